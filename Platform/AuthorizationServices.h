@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qm::platform {
+
+/// The status numbers of Authorization Services; any other value passes through unchanged.
+using AuthorizationStatus = std::int32_t;
+inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;
+inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;
+inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;
+inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;
+inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;
+inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;
+
+using AuthorizationFlags = std::uint32_t;
+inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;
+inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;
+inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;
+inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;
+
+/// One named value of a rights set or an environment.
+struct AuthorizationItem {
+  std::string name;
+  std::string value;
+  std::uint32_t flags = 0;
+};
+using AuthorizationItems = std::vector<AuthorizationItem>;
+
+/// A session's handle: opaque, null when there is none.
+struct OpaqueAuthorization;
+using AuthorizationRef = OpaqueAuthorization*;
+
+/// The standard output of a tool started with administrator rights.
+class CommunicationsPipe {
+ public:
+  virtual ~CommunicationsPipe() = default;
+  /// The next character (0 to 255), or -1 at the end of the output. Blocks.
+  virtual int readCharacter() = 0;
+};
+
+/// Sessions that hold administrator rights. One thread at a time; the calls may block while the
+/// system asks for a password.
+class AuthorizationServices {
+ public:
+  virtual ~AuthorizationServices() = default;
+
+  /// Makes a session without rights. `environment` is empty or holds credentials.
+  virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
+                                     AuthorizationRef* session) = 0;
+  /// Obtains rights for a session; shows the system's dialog when the flags allow interaction.
+  virtual AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,
+                                         const AuthorizationItems& environment, AuthorizationFlags flags) = 0;
+  /// Ends a session. Tools that it started run on to their end.
+  virtual AuthorizationStatus free(AuthorizationRef session, AuthorizationFlags flags) = 0;
+  /// Starts a tool with administrator rights and returns as soon as it runs. On success `pipe`
+  /// receives the reading end of the tool's output.
+  virtual AuthorizationStatus executeWithPrivileges(AuthorizationRef session, const std::string& tool,
+                                                    AuthorizationFlags flags, const std::vector<std::string>& arguments,
+                                                    std::shared_ptr<CommunicationsPipe>* pipe) = 0;
+  /// The session that a parent with administrator rights handed down. A success may still yield
+  /// null: there is none.
+  virtual AuthorizationStatus copyPrivilegedReference(AuthorizationRef* session, AuthorizationFlags flags) = 0;
+};
+
+}  // namespace qm::platform

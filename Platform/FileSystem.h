@@ -1,0 +1,76 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Status.h"
+
+namespace qm::platform {
+
+enum class FileType { Regular, Directory, SymbolicLink, Other };
+
+/// What the item itself is; a symbolic link is described, not followed.
+struct ItemAttributes {
+  FileType type = FileType::Regular;
+  std::uint64_t size = 0;  ///< bytes
+  std::chrono::system_clock::time_point modificationDate;
+};
+
+/// A file open for writing. Closed when the last owner lets go of it. One thread at a time.
+class FileHandle {
+ public:
+  virtual ~FileHandle() = default;
+  virtual Status seekToEndOfFile() = 0;
+  /// Writes all bytes at the current position or fails; some of them may then be on disk.
+  virtual Status writeData(std::string_view data) = 0;
+};
+
+/// The plain file operations, as the current user. Stateless: any thread, any number at a time.
+/// Paths are absolute byte strings; a path with a NUL byte names nothing. Errors are answered,
+/// never raised.
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  /// Something is reachable at the path. Links are followed: a dangling one reads as absent.
+  virtual bool fileExists(const std::string& path) const = 0;
+  /// The path leads to a folder. Links are followed.
+  virtual bool isDirectory(const std::string& path) const = 0;
+  /// The path leads to a regular file that the process may execute. Links are followed.
+  virtual bool isExecutableFile(const std::string& path) const = 0;
+  /// The names in a folder, one level, hidden ones included, "." and ".." never, in the system's
+  /// order. Nil when the folder cannot be listed. A link to a folder is followed.
+  virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
+  /// The item itself (a link is not followed); nil when nothing is there.
+  virtual std::optional<ItemAttributes> attributesOfItem(const std::string& path) const = 0;
+  /// The target of a symbolic link as it is written; nil when the item is not a link.
+  virtual std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const = 0;
+
+  /// Moves an item, a link as the link. Never replaces: anything at the destination, a dangling
+  /// link included, makes it fail. Across volumes the item is copied (see `copyItem`) and then
+  /// removed; when the copy fails the source is whole and no part of the copy is left.
+  virtual Status moveItem(const std::string& source, const std::string& destination) = 0;
+  /// Copies a file or a tree with modes, times, extended attributes, owner where the process may
+  /// set it, links as links. Never replaces and never leaves half a copy under the final name.
+  virtual Status copyItem(const std::string& source, const std::string& destination) = 0;
+  /// Makes a folder and the missing ones above it, with default attributes. A folder that is
+  /// there already is a success; anything else in the way is a failure.
+  virtual Status createDirectory(const std::string& path) = 0;
+  /// Removes a file, a link (never its target) or a whole tree. Does not cross into another
+  /// mounted file system. Stops at the first failure and answers it.
+  virtual Status removeItem(const std::string& path) = 0;
+
+  /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link
+  /// at the path is replaced, not written through. The folder must exist.
+  virtual Status writeFileAtomically(const std::string& path, std::string_view contents) = 0;
+  /// Opens an existing regular file for writing without truncating it; nil when there is none or
+  /// it may not be written. Never creates a file, never follows a link at the last component.
+  virtual std::shared_ptr<FileHandle> openForWriting(const std::string& path) = 0;
+};
+
+}  // namespace qm::platform

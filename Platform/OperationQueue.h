@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+
+namespace qm::platform {
+
+/// A serial queue: its operations run one at a time, in the order added, on a worker thread of its
+/// own that starts with the first operation.
+class OperationQueue {
+ public:
+  OperationQueue();
+  OperationQueue(const OperationQueue&) = delete;
+  OperationQueue& operator=(const OperationQueue&) = delete;
+  /// Lets the operations that were added finish, then ends the worker.
+  ~OperationQueue();
+
+  /// Any thread; returns at once. An operation must not throw.
+  void addOperation(std::function<void()> operation);
+
+  /// Blocks until every operation added before the call has finished. From inside an operation of
+  /// this very queue it returns at once, since that operation cannot wait for itself.
+  void waitUntilAllOperationsAreFinished();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace qm::platform

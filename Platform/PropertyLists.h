@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace qm::platform {
+
+/// A value of a property list. Kinds that nobody here reads (data, dates, arrays, dictionaries)
+/// are present as std::monostate.
+using PropertyListValue = std::variant<std::monostate, std::string, bool, std::int64_t, double>;
+using PropertyList = std::map<std::string, PropertyListValue>;
+
+/// Reading property lists, XML and binary. Any thread.
+class PropertyLists {
+ public:
+  virtual ~PropertyLists() = default;
+
+  /// The dictionary in a file; nil when the file is missing, too large, not a regular file, not a
+  /// property list, or holds no dictionary.
+  virtual std::optional<PropertyList> read(const std::string& path) const = 0;
+};
+
+}  // namespace qm::platform

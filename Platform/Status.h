@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace qm::platform {
+
+/// Why an operation of the system failed.
+struct Failure {
+  int code = 0;                      ///< the system's error number, 0 where there is none
+  std::string localizedDescription;  ///< one sentence for people, without a line end
+};
+
+/// The answer of an operation that yields nothing but success or a reason.
+class [[nodiscard]] Status {
+ public:
+  Status() = default;  // success
+  Status(Failure failure) : failure_(std::move(failure)) {}
+
+  static Status success() { return {}; }
+  static Status failed(int code, std::string description) { return Failure{code, std::move(description)}; }
+
+  bool ok() const { return !failure_.has_value(); }
+  explicit operator bool() const { return ok(); }
+
+  /// The system's error number, 0 after a success.
+  int code() const { return failure_ ? failure_->code : 0; }
+  /// The sentence for people, "" after a success.
+  const std::string& localizedDescription() const {
+    static const std::string none;
+    return failure_ ? failure_->localizedDescription : none;
+  }
+
+ private:
+  std::optional<Failure> failure_;
+};
+
+}  // namespace qm::platform

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Platform/Status.h"
+
+namespace qm::platform {
+
+/// What a child's standard stream is connected to.
+enum class TaskStream { Inherited, NullDevice, Pipe };
+
+/// The reading end of a child's output. One reading thread; `close` from any thread.
+class OutputReader {
+ public:
+  virtual ~OutputReader() = default;
+  /// Blocks until there is something, and returns it; "" only at the end of the output, after
+  /// `close`, or when reading fails.
+  virtual std::string availableData() = 0;
+  /// Ends the reading. A read that is blocked in another thread returns "".
+  virtual void close() = 0;
+};
+
+/// One run of a tool: prepared, launched once, waited for. The child is started without a shell,
+/// with the arguments given after its path, with default signals, and inherits no descriptor but
+/// its three standard streams. Any thread may ask or terminate while another waits. Letting go of
+/// a running task leaves it running; it is reaped when it ends.
+class Task {
+ public:
+  virtual ~Task() = default;
+
+  virtual void setLaunchPath(const std::string& path) = 0;
+  virtual std::string launchPath() const = 0;
+  virtual void setArguments(const std::vector<std::string>& arguments) = 0;
+  virtual void setStandardInput(TaskStream stream) = 0;
+  virtual void setStandardOutput(TaskStream stream) = 0;
+  virtual void setStandardError(TaskStream stream) = 0;
+
+  /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind.
+  virtual Status launch() = 0;
+  virtual bool isRunning() const = 0;
+  /// Returns when the child has exited; at once when it was never launched. On the main thread the
+  /// event loop is served meanwhile.
+  virtual void waitUntilExit() = 0;
+  /// The exit status, or the number of the signal that ended the child; 0 while it runs.
+  virtual int terminationStatus() const = 0;
+  /// Asks the child to end (SIGTERM). Does nothing when it has already ended or never began.
+  virtual void terminate() = 0;
+
+  /// The reading ends of streams set to `Pipe`, valid from the moment they are set; null for
+  /// streams that are not pipes.
+  virtual std::shared_ptr<OutputReader> standardOutputReader() const = 0;
+  virtual std::shared_ptr<OutputReader> standardErrorReader() const = 0;
+};
+
+class Tasks {
+ public:
+  virtual ~Tasks() = default;
+  /// A new task with inherited streams and no arguments.
+  virtual std::shared_ptr<Task> makeTask() = 0;
+};
+
+}  // namespace qm::platform

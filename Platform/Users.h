@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace qm::platform {
+
+/// Who runs the process and who sits at the machine. Any thread; nothing is cached, since another
+/// person may log in between two calls.
+class Users {
+ public:
+  virtual ~Users() = default;
+
+  /// The real (not the effective) user id of the process.
+  virtual unsigned realUserId() const = 0;
+  /// The login name of the process's user.
+  virtual std::string userName() const = 0;
+  /// The home folder of the process's user.
+  virtual std::string homeDirectory() const = 0;
+  /// The home folder of a named user; nil for no name or a name that the system does not know.
+  virtual std::optional<std::string> homeDirectoryForUser(const std::optional<std::string>& name) const = 0;
+  /// The name that the system gives for the person at the console: "loginwindow" while the login
+  /// screen is shown, nil when there is nobody or the system cannot tell.
+  virtual std::optional<std::string> consoleUser() const = 0;
+};
+
+}  // namespace qm::platform

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+
+namespace qm::foundation {
+
+/// One argument of a format string: text, nil, a number or a character. Implicit, so that calls read
+/// like the platform's own; a null pointer is refused by the compiler. Text is referred to, not
+/// copied: an argument lives no longer than the call that it is made for.
+class FormatArgument {
+ public:
+  struct Nil {};
+  using Value = std::variant<Nil, std::string_view, std::int64_t, std::uint64_t, double, char>;
+
+  FormatArgument(std::nullptr_t) = delete;
+  FormatArgument(const char* text) : value_(std::string_view(text)) {}
+  FormatArgument(std::string_view text) : value_(text) {}
+  FormatArgument(const std::string& text) : value_(std::string_view(text)) {}
+  FormatArgument(const std::optional<std::string>& text) {
+    if (text) value_ = std::string_view(*text);
+  }
+  FormatArgument(char character) : value_(character) {}
+  template <class Number>
+  requires(std::is_arithmetic_v<Number> && !std::is_same_v<Number, char>) FormatArgument(Number number)
+      : value_(widen(number)) {}
+
+  const Value& value() const { return value_; }
+
+ private:
+  template <class Number>
+  static Value widen(Number number) {
+    if constexpr (std::is_floating_point_v<Number>) {
+      return static_cast<double>(number);
+    } else if constexpr (std::is_signed_v<Number>) {
+      return static_cast<std::int64_t>(number);
+    } else {
+      return static_cast<std::uint64_t>(number);
+    }
+  }
+
+  Value value_{};
+};
+
+/// What a directive prints when there is no argument left for it.
+inline constexpr std::string_view kMissingFormatArgument = "(missing)";
+
+/// Fills a format string. Directives: %@ %s (text; nil prints "(null)"), %i %d %u %x %lu (integers;
+/// length modifiers h, l, ll, q, z, t and j are accepted and mean nothing), %f with a precision,
+/// %c, %%, each with flags "-", "0", "+", " " and a width. An argument of another kind than its
+/// directive prints in its own natural form. A directive without an argument prints
+/// `kMissingFormatArgument`. %n prints nothing, writes nothing and takes no argument. Anything else
+/// after a "%", and a "%" at the end, is printed as it stands. Widths over 4096 and precisions over
+/// 100 are cut to those. Never reads beyond `arguments`; any bytes are allowed.
+std::string format(std::string_view formatString, std::span<const FormatArgument> arguments);
+
+/// The same with the arguments in place.
+template <class... Arguments>
+std::string formatted(std::string_view formatString, const Arguments&... arguments) {
+  if constexpr (sizeof...(Arguments) == 0) {
+    return format(formatString, {});
+  } else {
+    const FormatArgument list[] = {FormatArgument(arguments)...};
+    return format(formatString, list);
+  }
+}
+
+}  // namespace qm::foundation

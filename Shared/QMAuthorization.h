@@ -1,0 +1,135 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/AuthorizationServices.h"
+#include "Shared/Singleton.h"
+
+enum class WithGUI : bool { No, Yes };
+enum class Async : bool { No, Yes };
+enum class DeleteOnRootAccount : bool { No, Yes };
+
+/// The one object of the process that holds administrator rights, and the file commands that run
+/// with them: /bin/cp, /bin/mv, /bin/rm and /bin/mkdir.
+///
+/// Rights are asked for when the first command needs them and are kept until `authEnd`. A process
+/// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
+/// removes asks the guard first and refuses system folders as a whole. Commands only start their
+/// tool: true means that it runs, not that it did its work, so callers that must know watch the
+/// disk. Refusals are printed to the system console. One thread at a time.
+class QMAuthorization : public Singleton<QMAuthorization> {
+ public:
+  using AuthorizationRef = qm::platform::AuthorizationRef;
+
+  /// `sharedController`. The same as `sharedController:` with YES.
+  static QMAuthorization* sharedController();
+  /// `sharedController:`. The one object; the flag of the first call decides whether the system's
+  /// password dialog is allowed, later ones are ignored.
+  static QMAuthorization* sharedController(WithGUI withGUI);
+
+  /// `init`. With the password dialog allowed. Takes over the session of a privileged parent.
+  QMAuthorization* init();
+  /// `initWithoutGUI`
+  QMAuthorization* initWithoutGUI();
+
+  /// `hasGUI`
+  bool hasGUI() const { return hasGUI_; }
+  void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
+  /// `authRef`. The session; null when not authorized. The setter frees nothing.
+  AuthorizationRef authRef() const { return authRef_; }
+  void setAuthRef(AuthorizationRef session) { authRef_ = session; }
+  /// `userDirectory`. The home folder for which the object was made; nil as root.
+  const std::optional<std::string>& userDirectory() const { return userDirectory_; }
+
+  /// `canAuthorize`. A dialog is allowed, or none is needed.
+  bool canAuthorize() const;
+  /// `isAuthorized`
+  bool isAuthorized() const;
+  /// `authStart`. Authorizes with the system's dialog, unless that is done already. Blocks while it
+  /// is shown. False after a refusal; the session is then null.
+  bool authStart();
+  /// `authStartWithUser:password:`. Authorizes without a dialog. False for nil arguments and wrong
+  /// ones. Writes "Authorization failed. Invalid username or password" to console and log.
+  bool authStartWithUser(const std::optional<std::string>& user, const std::optional<std::string>& password);
+  /// `authEnd`. Ends the session; the next command asks again.
+  void authEnd();
+  /// `finalize`
+  void finalize();
+  /// `dealloc`. Ends the session; the object itself lives as long as the process.
+  void dealloc();
+
+  /// `authExecTask:parameters:async:`. Starts a tool with administrator rights: 0 started, -1 not
+  /// authorized, -2 no such tool, else the status of Authorization Services. With `Async::No` it
+  /// returns when the tool has closed its output (as root, when it has exited).
+  std::int32_t authExecTask(const std::string& path, const std::vector<std::string>& parameters, Async async);
+  /// `authExecTask:parameters:`. Does not wait.
+  std::int32_t authExecTask(const std::string& path, const std::vector<std::string>& parameters);
+
+  /// `authCreateDir:`. With the missing folders above it. Not guarded.
+  bool authCreateDir(const std::string& path);
+  /// `authCopyFile:toPath:`. Replaces what is at the destination. Not guarded.
+  bool authCopyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
+  /// `authMoveFile:toPath:`. Replaces what is at the destination.
+  bool authMoveFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
+  /// `authMoveFolderContents:toPath:`. Every entry; true if none failed.
+  bool authMoveFolderContents(const std::string& folder, const std::string& destination);
+  /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash; on a clash its name
+  /// there gets the time ("notes_20240229230507.txt"; without an extension the name ends in a dot).
+  /// As root without a user's Trash and with the flag set, the item of that name in the Trash is
+  /// removed and the path itself stays.
+  bool authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount);
+  /// `authTrashFile:`
+  bool authTrashFile(const std::string& path);
+  /// `authTrashFolderContents:deleteOnRootAccount:`. Every entry; true if none failed.
+  bool authTrashFolderContents(const std::string& folder, DeleteOnRootAccount deleteOnRootAccount);
+  /// `authTrashFolderContents:`
+  bool authTrashFolderContents(const std::string& folder);
+  /// `authRemoveFile:`. A file or a whole tree, for good.
+  bool authRemoveFile(const std::string& path);
+
+  // A null pointer is no path.
+  template <class... Rest>
+  std::int32_t authExecTask(std::nullptr_t, const Rest&...) = delete;
+  bool authStartWithUser(std::nullptr_t, const std::optional<std::string>&) = delete;
+  template <class User>
+  bool authStartWithUser(const User&, std::nullptr_t) = delete;
+  bool authCreateDir(std::nullptr_t) = delete;
+  template <class Destination>
+  bool authCopyFile(std::nullptr_t, const Destination&) = delete;
+  bool authCopyFile(const std::optional<std::string>&, std::nullptr_t) = delete;
+  template <class Destination>
+  bool authMoveFile(std::nullptr_t, const Destination&) = delete;
+  bool authMoveFile(const std::optional<std::string>&, std::nullptr_t) = delete;
+  template <class Destination>
+  bool authMoveFolderContents(std::nullptr_t, const Destination&) = delete;
+  bool authMoveFolderContents(const std::string&, std::nullptr_t) = delete;
+  template <class... Rest>
+  bool authTrashFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  bool authTrashFolderContents(std::nullptr_t, const Rest&...) = delete;
+  bool authRemoveFile(std::nullptr_t) = delete;
+
+ private:
+  friend class Singleton<QMAuthorization>;
+  template <class Any>
+  friend struct SingletonReset;
+  QMAuthorization() = default;
+  ~QMAuthorization() = default;
+
+  QMAuthorization* initWithGUI(WithGUI withGUI);
+  bool startFileCommand(const std::string& tool, const std::vector<std::string>& parameters);
+  std::optional<std::string> trashDestination(const std::string& path) const;
+  bool deletesOnRootAccount(DeleteOnRootAccount flag) const;
+
+  AuthorizationRef authRef_ = nullptr;
+  bool hasGUI_ = false;
+  std::optional<std::string> userDirectory_;
+  /// The output of every tool started: kept open, since a tool that outlives the call would be
+  /// ended by writing to a closed pipe.
+  std::vector<std::shared_ptr<qm::platform::CommunicationsPipe>> communicationsPipes_;
+};

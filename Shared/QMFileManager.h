@@ -1,0 +1,164 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Whether a plain attempt that failed is repeated with administrator rights.
+enum class ShouldAuth : bool { No, Yes };
+
+/// File operations that fall back to administrator rights, their variants that wait for the result to
+/// show on disk, and walks over folder trees.
+///
+/// Every mutating operation is tried as the current user first. A failure is written to the log with
+/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are asked for
+/// next (trashing writes none), and is then repeated once with administrator rights unless the
+/// caller asked otherwise. Nothing is ever raised. No state, any thread; a call blocks while a
+/// password dialog is shown.
+class QMFileManager {
+ public:
+  QMFileManager() = delete;
+
+  /// `moveFile:toPath:shouldAuth:`. Never replaces in the plain attempt; the administrator's move
+  /// does. Clears the lock of the destination and of the files below destination/name-of-source
+  /// first. A change of letter case alone goes through a free name next to the destination.
+  static bool moveFile(const std::string& source, const std::string& destination, ShouldAuth shouldAuth);
+  /// `moveFile:toPath:`
+  static bool moveFile(const std::string& source, const std::string& destination);
+  /// `copyFile:toPath:shouldAuth:`. Links are copied as links. An existing destination fails the
+  /// plain attempt. Clears the lock of the destination's folder first. Nil paths are refused with a
+  /// line in log and console.
+  static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
+                       ShouldAuth shouldAuth);
+  /// `copyFile:toPath:`
+  static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
+  /// `createDirectory:shouldAuth:`. With the missing folders above it.
+  static bool createDirectory(const std::string& path, ShouldAuth shouldAuth);
+  /// `createDirectory:`
+  static bool createDirectory(const std::string& path);
+  /// `removeFile:shouldAuth:`. A file or a whole tree, for good. True when nothing is there; a
+  /// dangling link reads as nothing and stays.
+  static bool removeFile(const std::string& path, ShouldAuth shouldAuth);
+  /// `removeFile:`
+  static bool removeFile(const std::string& path);
+  /// `trashFile:shouldAuth:`. Into the user's Trash. True when nothing is there; a dangling link reads
+  /// as nothing and stays. Clears the item's lock first.
+  static bool trashFile(const std::string& path, ShouldAuth shouldAuth);
+  /// `trashFile:`
+  static bool trashFile(const std::string& path);
+  /// `trashDirectoryContents:shouldAuth:`. Every entry; true if none failed. The folder stays.
+  static bool trashDirectoryContents(const std::string& folder, ShouldAuth shouldAuth);
+  /// `trashDirectoryContents:`
+  static bool trashDirectoryContents(const std::string& folder);
+
+  /// `createDirectoryStructure:destination:`. Makes the item's folder under another root ("/A/b/c.txt"
+  /// under "/R" gives "/R/A/b"; a folder that is no package gives itself) and returns it, whether or
+  /// not making it succeeded.
+  static std::string createDirectoryStructure(const std::string& item, const std::string& destination);
+
+  /// `fileExistsAtPath:`. Links are followed: a link to a missing target reads as absent.
+  static bool fileExistsAtPath(const std::string& path);
+  /// `isDirectoryAtPath:`. Links are followed.
+  static bool isDirectoryAtPath(const std::string& path);
+  /// `isPackageAtPath:`
+  static bool isPackageAtPath(const std::string& path);
+  /// `isSymbolicLinkAtPath:`. The item itself is a link.
+  static bool isSymbolicLinkAtPath(const std::string& path);
+
+  /// `lockFile:`. Failures are ignored.
+  static void lockFile(const std::string& path);
+  /// `unlockFile:`. Failures are ignored.
+  static void unlockFile(const std::string& path);
+  /// `isFileLocked:`. False when nothing is there.
+  static bool isFileLocked(const std::string& path);
+  /// `lockFolder:`. The files below a folder, at any depth; the folders themselves stay as they are.
+  static void lockFolder(const std::string& folder);
+  /// `unlockFolder:`. As `lockFolder:`.
+  static void unlockFolder(const std::string& folder);
+
+  /// `uniqueFilename:`. The path when nothing exists there, else the first free "name 2.ext",
+  /// "name 3.ext" and so on.
+  static std::string uniqueFilename(const std::string& path);
+
+  /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; answers whether
+  /// it is. All variants with a limit: false at once when the operation fails; otherwise the disk is
+  /// looked at until the limit has passed, every 0.3 seconds, or on the main thread between single
+  /// events. A limit of 0 or less looks without waiting.
+  static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
+                       std::chrono::seconds timeout);
+  /// `createDirectory:timeout:`. Answers whether the folder is there.
+  static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
+  /// `moveFile:toPath:timeout:`. Answers whether the source is gone; a change of letter case alone
+  /// answers true after 500 microseconds without looking.
+  static bool moveFile(const std::string& source, const std::string& destination, std::chrono::seconds timeout);
+  /// `removeFile:timeout:`. Answers whether the path is gone.
+  static bool removeFile(const std::string& path, std::chrono::seconds timeout);
+  /// `trashFile:timeout:`. Answers whether the path is gone.
+  static bool trashFile(const std::string& path, std::chrono::seconds timeout);
+  /// `copyContentsOfDirectory:toPath:timeout:`. Every entry, each with the whole limit, up to the first
+  /// that fails. Logs "File: %@" for each. The destination must exist.
+  static bool copyContentsOfDirectory(const std::string& source, const std::string& destination,
+                                      std::chrono::seconds timeout);
+
+  /// `fileSize:`. Bytes of a file or of all files below a folder; 0 for what is not there or cannot be
+  /// read. A link to a folder is walked, without a record of what was visited.
+  static std::uint64_t fileSize(const std::string& path);
+  /// `isFolderEmpty:`. Nothing below but folders, ".DS_Store" and "Icon\r". True for a plain file, a
+  /// missing path and a folder that cannot be listed.
+  static bool isFolderEmpty(const std::string& folder);
+  /// `trashFilesNamed:inFolder:`. Trashes the files of exactly this name at any depth, packages
+  /// included, folders never. The paths, in the order visited, whether or not trashing succeeded.
+  static std::vector<std::string> trashFilesNamed(const std::string& name, const std::string& folder);
+  /// `trashFilesOfType:inFolder:`. The same for an extension, in any letter case; "" means files
+  /// without one.
+  static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
+  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not.
+  static bool removeFolderIfEmpty(const std::string& folder);
+
+  // A null pointer is no path.
+  template <class... Rest>
+  static bool moveFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool moveFile(const std::string&, std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool copyFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool copyFile(const std::optional<std::string>&, std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool createDirectory(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool removeFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool trashFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool trashDirectoryContents(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static std::string createDirectoryStructure(std::nullptr_t, const Rest&...) = delete;
+  static std::string createDirectoryStructure(const std::string&, std::nullptr_t) = delete;
+  static bool fileExistsAtPath(std::nullptr_t) = delete;
+  static bool isDirectoryAtPath(std::nullptr_t) = delete;
+  static bool isPackageAtPath(std::nullptr_t) = delete;
+  static bool isSymbolicLinkAtPath(std::nullptr_t) = delete;
+  static void lockFile(std::nullptr_t) = delete;
+  static void unlockFile(std::nullptr_t) = delete;
+  static bool isFileLocked(std::nullptr_t) = delete;
+  static void lockFolder(std::nullptr_t) = delete;
+  static void unlockFolder(std::nullptr_t) = delete;
+  static std::string uniqueFilename(std::nullptr_t) = delete;
+  template <class... Rest>
+  static bool copyContentsOfDirectory(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool copyContentsOfDirectory(const std::string&, std::nullptr_t, const Rest&...) = delete;
+  static std::uint64_t fileSize(std::nullptr_t) = delete;
+  static bool isFolderEmpty(std::nullptr_t) = delete;
+  static bool removeFolderIfEmpty(std::nullptr_t) = delete;
+  template <class... Rest>
+  static std::vector<std::string> trashFilesNamed(std::nullptr_t, const Rest&...) = delete;
+  static std::vector<std::string> trashFilesNamed(const std::string&, std::nullptr_t) = delete;
+  template <class... Rest>
+  static std::vector<std::string> trashFilesOfType(std::nullptr_t, const Rest&...) = delete;
+  static std::vector<std::string> trashFilesOfType(const std::string&, std::nullptr_t) = delete;
+};

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/AtomicProperty.h"
+#include "Platform/FileSystem.h"
+#include "Platform/OperationQueue.h"
+#include "Platform/foundation/Format.h"
+#include "Shared/Singleton.h"
+
+/// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, one dated
+/// line a message, up to five files, a new one after 500,000 bytes.
+///
+/// Messages are formatted on the caller's thread and written in order by one worker thread. A text
+/// handed from one logging operation to the next is that one's format string, so a "%" that is
+/// left after the first pass is read as a directive again. Failures never reach the caller; they
+/// are printed to the system console. Any thread.
+class QMLog : public Singleton<QMLog> {
+ public:
+  /// `sharedController`. The one log, made on first use.
+  static QMLog* sharedController();
+
+  /// `createNewLog`. The same as `createNewLog:` with nil.
+  static void createNewLog();
+  /// `createNewLog:`. Waits for pending writes, moves APP.1.log to APP.4.log up by one (the fifth is
+  /// removed) and begins a new first file with its header. The name is used only when the
+  /// executable has none. Does nothing but say so when the user's preferences switch logging off.
+  /// When a step fails, the console says which and no new file is begun.
+  static void createNewLog(const std::optional<std::string>& name);
+  static void createNewLog(std::nullptr_t) = delete;
+
+  /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A nil format does nothing.
+  template <class... Arguments>
+  static void fastAppendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
+    if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
+  }
+  template <class... Arguments>
+  static void fastAppendLog(std::nullptr_t, const Arguments&...) = delete;
+
+  /// `appendLog:`. Formats the message and hands it to `fastAppendLog:`. A message of 1 to 99
+  /// characters behind at most 99 waiting ones is on disk when this returns. A nil format does
+  /// nothing.
+  template <class... Arguments>
+  static void appendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
+    if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
+  }
+  template <class... Arguments>
+  static void appendLog(std::nullptr_t, const Arguments&...) = delete;
+
+  /// `appendLogAndPrint:`. Trims the format, then as `appendLog:`, and prints the message to the
+  /// system console. A nil format does nothing.
+  template <class... Arguments>
+  static void appendLogAndPrint(const std::optional<std::string>& format, const Arguments&... arguments) {
+    if (format) appendAndPrintMessage(qm::foundation::formatted(trimmed(*format), arguments...));
+  }
+  template <class... Arguments>
+  static void appendLogAndPrint(std::nullptr_t, const Arguments&...) = delete;
+
+  /// `appendLogOnThread:`. The queued operation: opens the file when needed (it never makes one),
+  /// writes the line, counts it and begins a new log after 500,000 bytes.
+  static void appendLogOnThread(const std::string& message);
+
+  /// `finishWriting`. Returns when every queued message has been written; at once from inside the
+  /// writing itself.
+  static void finishWriting();
+
+  /// `release`. Frees nothing, but waits as `finishWriting` does.
+  void release();
+  /// `dealloc`. Waits for pending writes and gives up name, queue and file. Nothing in the system
+  /// calls it: the log lives as long as the process.
+  void dealloc();
+
+  /// `writeQueue`
+  std::shared_ptr<qm::platform::OperationQueue> writeQueue() const { return writeQueue_.get(); }
+  void setWriteQueue(std::shared_ptr<qm::platform::OperationQueue> queue) { writeQueue_.set(std::move(queue)); }
+  /// `fileHandle`. Open on the current file at its end; null when no file is open.
+  std::shared_ptr<qm::platform::FileHandle> fileHandle() const { return fileHandle_.get(); }
+  void setFileHandle(std::shared_ptr<qm::platform::FileHandle> handle) { fileHandle_.set(std::move(handle)); }
+  /// `appName`. The name set, else the executable's without extension, else nil.
+  std::optional<std::string> appName() const;
+  void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
+  /// `bytesWritten`. Bytes of message lines appended since the last new log.
+  std::size_t bytesWritten() const { return bytesWritten_; }
+  void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
+  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate, since it is raised
+  /// and lowered by separate reads and writes.
+  std::size_t bytesInQueue() const { return bytesInQueue_; }
+  void setBytesInQueue(std::size_t units) { bytesInQueue_ = units; }
+  /// `loggingDisabled`. Set when the user's preferences switch logging off; never cleared again.
+  bool loggingDisabled() const { return loggingDisabled_; }
+  void setLoggingDisabled(bool disabled) { loggingDisabled_ = disabled; }
+
+ private:
+  friend class Singleton<QMLog>;
+  template <class Any>
+  friend struct SingletonReset;
+  QMLog() = default;
+  ~QMLog() = default;
+
+  static std::string trimmed(const std::string& text);
+  static void queueMessage(const std::string& text);
+  static void appendMessage(const std::string& text);
+  static void appendAndPrintMessage(const std::string& text);
+
+  qm::platform::AtomicProperty<std::shared_ptr<qm::platform::OperationQueue>> writeQueue_;
+  qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
+  qm::platform::AtomicProperty<std::optional<std::string>> appName_;
+  std::atomic<std::size_t> bytesWritten_{0};
+  std::atomic<std::size_t> bytesInQueue_{0};
+  std::atomic<bool> loggingDisabled_{false};
+};

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/AtomicProperty.h"
+#include "Platform/Tasks.h"
+#include "Platform/foundation/Strings.h"
+
+/// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
+using TimeoutInterval = std::chrono::duration<double>;
+
+/// Runs a command-line tool by its absolute path, without a shell, and waits for it.
+///
+/// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not
+/// executable" on the console and in the log. That, and a launch that the system itself refuses
+/// (about which nothing is logged), is answered by the value that means that no process was
+/// started: -1, nil, false. A wait on the main thread keeps its event loop served. Arguments may
+/// be nil (none).
+///
+/// The forms with a time limit ask the tool to end when the limit has passed; the call then returns
+/// in its normal way, with what the ended tool left. Their timer thread sleeps the limit out even
+/// when the tool is quicker.
+class QMTask : public std::enable_shared_from_this<QMTask> {
+ public:
+  using Task = qm::platform::Task;
+  using Arguments = std::optional<std::vector<std::string>>;
+  using Data = std::optional<std::string>;  ///< bytes; nil when no process was started
+
+  /// `terminationCodeFromTask:arguments:task:`. The exit status, sign-extended; output discarded.
+  /// `task`, when not null, receives the task before it is launched.
+  static long terminationCodeFromTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
+  /// `terminationCodeFromTask:arguments:`
+  static long terminationCodeFromTask(const std::string& path, const Arguments& arguments);
+  /// `terminationCodeFromTask:arguments:timeout:`
+  static long terminationCodeFromTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+
+  /// `dataFromTask:arguments:task:`. What the tool printed to standard error or, only when that is
+  /// empty, to standard output. Standard output is read to its end first, so a tool that fills the
+  /// error pipe meanwhile waits. Does not wait for the tool to exit.
+  static Data dataFromTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
+  /// `dataFromTask:arguments:timeout:`
+  static Data dataFromTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+
+  /// `stringFromTask:arguments:encoding:task:`. The same bytes as text: "" when no process was
+  /// started, nil when the bytes are not valid in the encoding.
+  static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments,
+                                                   qm::foundation::StringEncoding encoding,
+                                                   std::shared_ptr<Task>* task);
+  /// `stringFromTask:arguments:task:`. In 7-bit ASCII.
+  static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments,
+                                                   std::shared_ptr<Task>* task);
+  /// `stringFromTask:arguments:`. In 7-bit ASCII.
+  static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments);
+  /// `stringFromTask:arguments:encoding:timeout:`
+  static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments,
+                                                   qm::foundation::StringEncoding encoding, TimeoutInterval timeout);
+  /// `stringFromTask:arguments:timeout:`. In 7-bit ASCII.
+  static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments,
+                                                   TimeoutInterval timeout);
+
+  /// `runTask:arguments:task:`. True once the tool has exited, whatever its status; output discarded.
+  static bool runTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
+  /// `runTask:arguments:`
+  static bool runTask(const std::string& path, const Arguments& arguments);
+  /// `runTask:arguments:timeout:`
+  static void runTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+
+  /// `runTaskAndReturn:arguments:`. Starts the tool and returns; it is reaped when it ends.
+  static void runTaskAndReturn(const std::string& path, const Arguments& arguments);
+
+  // A null pointer is no path.
+  template <class... Rest>
+  static long terminationCodeFromTask(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static Data dataFromTask(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static std::optional<std::string> stringFromTask(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool runTask(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static void runTaskAndReturn(std::nullptr_t, const Rest&...) = delete;
+
+  /// A runner of its own, as each call with a time limit makes one.
+  static std::shared_ptr<QMTask> make();
+
+  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose slot holds the task meanwhile.
+  long terminationCodeOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+  /// `dataFromTask:arguments:timeout:` on an instance.
+  Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+  /// `runTask:arguments:timeout:` on an instance.
+  void runOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+
+  /// `theTask`. The tool that a call with a time limit waits for; null when there is none. Any thread.
+  std::shared_ptr<Task> theTask() const { return theTask_.get(); }
+  void setTheTask(std::shared_ptr<Task> task) { theTask_.set(std::move(task)); }
+
+  /// `setupTimeout:`. The timer thread: sleeps, then has the main thread perform `timeout`.
+  void setupTimeout(std::chrono::seconds limit);
+  /// `timeout`. Main thread: ends the task in the slot if it still runs, and says so.
+  void timeout();
+
+ private:
+  QMTask() = default;
+
+  template <class Operation>
+  auto withTimeout(TimeoutInterval timeout, Operation operation);
+
+  qm::platform::AtomicProperty<std::shared_ptr<Task>> theTask_;
+};

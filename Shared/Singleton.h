@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+
+/// A process-wide object: made by the first allocation under the class's lock, never destroyed.
+/// Its reference count is a fiction, so callers may release the shared object freely.
+///
+/// `Class` declares this a friend, has a default constructor, and overrides `release` where that
+/// does more than nothing.
+template <class Class>
+class Singleton {
+ public:
+  /// `allocWithZone:`. The one object, not yet initialised; null when it has been allocated before.
+  static Class* allocWithZone() {
+    const std::scoped_lock lock(classLock());
+    if (shared() != nullptr) return nullptr;
+    return shared() = new Class;
+  }
+
+  /// `retain`
+  Class* retain() { return self(); }
+  /// `autorelease`
+  Class* autorelease() { return self(); }
+  /// `copyWithZone:`
+  Class* copyWithZone() { return self(); }
+  /// `release`. Frees nothing.
+  void release() {}
+  /// `retainCount`
+  std::uint32_t retainCount() const { return UINT32_MAX; }
+
+ protected:
+  Singleton() = default;
+  ~Singleton() = default;
+  Singleton(const Singleton&) = delete;
+  Singleton& operator=(const Singleton&) = delete;
+
+  /// Recursive: making the shared object allocates it under the same lock.
+  static std::recursive_mutex& classLock() {
+    static auto* lock = new std::recursive_mutex;  // outlives every thread
+    return *lock;
+  }
+
+  static Class*& shared() {
+    static Class* object = nullptr;
+    return object;
+  }
+
+ private:
+  template <class Any>
+  friend struct SingletonReset;  // tests start from a fresh object
+
+  Class* self() { return static_cast<Class*>(this); }
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "Platform/UserInterface.h"
+
+/// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker
+/// thread removes the items one by one, an alert at the end. There is no way back from the progress
+/// window: whatever fails on the way, the run ends in the alert and the application quits.
+///
+/// Made by the main interface file, which connects the outlets and sends the actions. Lives until the
+/// process ends, with the worker possibly inside its last call.
+class AppController : public qm::platform::InterfaceOwner {
+ public:
+  void connect(const qm::platform::Outlets& outlets) override;
+
+  /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for
+  /// nil, for an item in a folder named "Release", below "/Structure/Applications/", already in the
+  /// Trash, or not there (a dangling link reads as not there).
+  void trashFile(const std::optional<std::string>& path);
+  void trashFile(std::nullptr_t) = delete;
+
+  /// `cancel:` (main thread). Ends the application.
+  void cancel(const qm::platform::ActionSender* sender) override;
+  /// `endProgress` (main thread). Closes the progress window, shows the alert, ends the application.
+  void endProgress();
+  /// `beginUninstall` (worker). The whole run.
+  void beginUninstall();
+  /// `uninstall:` (main thread). Shows the progress window in place of the main one, starts the worker
+  /// and returns.
+  void uninstall(const qm::platform::ActionSender* sender) override;
+  /// `awakeFromNib`. Does nothing.
+  void awakeFromNib() override;
+
+ private:
+  void stopProduct() const;
+  void trashItems(bool removeConfig);
+
+  qm::platform::Outlets outlets_;
+};

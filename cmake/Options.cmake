@@ -1,0 +1,31 @@
+# What every target of the project is compiled with.
+add_library(qm_options INTERFACE)
+target_compile_options(qm_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-align
+  -Woverloaded-virtual -Wnon-virtual-dtor -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
+  -Werror)
+target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR})
+
+if(QM_SANITIZE)
+  # Everything, tests' libraries aside, is built with the sanitizers.
+  add_compile_options(-fsanitize=${QM_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${QM_SANITIZE})
+  # The sanitizers' instrumentation makes the compiler see null pointers that cannot be.
+  target_compile_options(qm_options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+endif()
+if(QM_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
+# The project's own targets: qm_library(name sources...), qm_executable(name sources...).
+function(qm_library name)
+  add_library(${name} STATIC ${ARGN})
+  target_link_libraries(${name} PRIVATE qm_options)
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+endfunction()
+
+function(qm_executable name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE qm_options)
+endfunction()
