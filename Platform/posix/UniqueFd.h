@@ -1,0 +1,43 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace qm::posix {
+
+/// Owns one file descriptor and closes it at the end. Move-only; -1 is "none".
+class UniqueFd {
+ public:
+  explicit UniqueFd(int fd = -1) noexcept : fd_(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(other.release()) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    reset(other.release());
+    return *this;
+  }
+  UniqueFd(const UniqueFd&) = delete;
+  UniqueFd& operator=(const UniqueFd&) = delete;
+  ~UniqueFd() { reset(); }
+
+  int get() const noexcept { return fd_; }
+  explicit operator bool() const noexcept { return fd_ >= 0; }
+
+  /// Hands the descriptor over to the caller, who closes it.
+  [[nodiscard]] int release() noexcept { return std::exchange(fd_, -1); }
+
+  /// Closes the descriptor, if there is one, and takes `fd` in its place. The error number of a call
+  /// that failed before stays as it is.
+  void reset(int fd = -1) noexcept {
+    const int old = std::exchange(fd_, fd);
+    if (old < 0) return;
+    const int saved = errno;
+    ::close(old);
+    errno = saved;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
+}  // namespace qm::posix
