@@ -2,6 +2,9 @@
 
 #include <string_view>
 
+#include "Platform/Platform.h"
+#include "Platform/foundation/Format.h"
+
 namespace qm::platform {
 
 /// The system console: where an administrator looks.
@@ -12,5 +15,11 @@ class Console {
   /// Writes one message as it stands. Any thread; never fails towards the caller.
   virtual void print(std::string_view text) = 0;
 };
+
+/// Formats a message and writes it to the installed console.
+template <class... Arguments>
+void printToConsole(std::string_view format, const Arguments&... arguments) {
+  platform().console->print(foundation::formatted(format, arguments...));
+}
 
 }  // namespace qm::platform

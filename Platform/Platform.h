@@ -13,6 +13,7 @@ class PropertyLists;
 class StandardDirectories;
 class SystemInformation;
 class Tasks;
+class Threads;
 class Trash;
 class UserInterface;
 class Users;
@@ -31,6 +32,7 @@ struct Platform {
   StandardDirectories* standardDirectories = nullptr;
   SystemInformation* systemInformation = nullptr;
   Tasks* tasks = nullptr;
+  Threads* threads = nullptr;
   Trash* trash = nullptr;
   UserInterface* userInterface = nullptr;
   Users* users = nullptr;

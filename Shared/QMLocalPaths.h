@@ -73,7 +73,7 @@ class QMLocalPaths {
   /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user
   /// or the machine, compared letter by letter; in the loose mode also anything that begins with
   /// /usr, /var, /private/var or /System. A trailing slash is cut together with the letter before
-  /// it, so "/Applications/" is not recognised. Nil and paths under 3 bytes are not protected.
+  /// it, so "/Applications/" is not recognised. Nil and paths under 3 characters are not protected.
   static bool isPathSystemDirectory(const std::optional<std::string>& path, ExactMatch exactMatch);
   /// `isPathSystemDirectory:`. The loose mode.
   static bool isPathSystemDirectory(const std::optional<std::string>& path);

@@ -101,6 +101,16 @@ class QMLog : public Singleton<QMLog> {
   QMLog() = default;
   ~QMLog() = default;
 
+  struct Files;
+  static bool isSwitchedOff();
+  static Files files(const std::optional<std::string>& appName);
+  static bool rotate(const std::string& folder, const std::optional<std::string>& appName);
+  static std::string header();
+  static std::shared_ptr<qm::platform::FileHandle> openAtEnd(const std::optional<std::string>& path);
+  void beginFile(const std::optional<std::string>& path);
+  std::shared_ptr<qm::platform::FileHandle> openedHandle(const std::string& message);
+  void write(const std::string& message);
+  void reportWritingFailure(const std::string& reason) const;
   static std::string trimmed(const std::string& text);
   static void queueMessage(const std::string& text);
   static void appendMessage(const std::string& text);
@@ -112,4 +122,5 @@ class QMLog : public Singleton<QMLog> {
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
   std::atomic<bool> loggingDisabled_{false};
+  std::atomic<bool> initialised_{false};
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 
@@ -14,8 +15,9 @@ class Singleton {
   /// `allocWithZone:`. The one object, not yet initialised; null when it has been allocated before.
   static Class* allocWithZone() {
     const std::scoped_lock lock(classLock());
-    if (shared() != nullptr) return nullptr;
-    return shared() = new Class;
+    if (shared().load() != nullptr) return nullptr;
+    shared().store(new Class);
+    return shared().load();
   }
 
   /// `retain`
@@ -41,8 +43,8 @@ class Singleton {
     return *lock;
   }
 
-  static Class*& shared() {
-    static Class* object = nullptr;
+  static std::atomic<Class*>& shared() {
+    static std::atomic<Class*> object{nullptr};
     return object;
   }
 

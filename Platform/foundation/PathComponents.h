@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,7 +31,12 @@ std::string deletingPathExtension(std::string_view path);
 std::string appendingPathComponent(std::string_view path, std::string_view component);
 
 /// The same for a path that may be nil, which gives nil.
-std::optional<std::string> appendingPathComponent(const std::optional<std::string>& path, std::string_view component);
+template <class Path>
+  requires std::same_as<Path, std::optional<std::string>>
+Path appendingPathComponent(const Path& path, std::string_view component) {
+  if (!path) return std::nullopt;
+  return appendingPathComponent(std::string_view(*path), component);
+}
 
 /// "/a/b" gives "/", "a", "b"; a trailing slash gives a last component "/"; "" gives none.
 std::vector<std::string> pathComponents(std::string_view path);

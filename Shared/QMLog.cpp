@@ -1,0 +1,270 @@
+#include "Shared/QMLog.h"
+
+#include <algorithm>
+#include <exception>
+#include <mutex>
+#include <tuple>
+#include <utility>
+#include <variant>
+
+#include "Platform/Clock.h"
+#include "Platform/Console.h"
+#include "Platform/Platform.h"
+#include "Platform/PropertyLists.h"
+#include "Platform/SystemInformation.h"
+#include "Platform/Users.h"
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/foundation/Strings.h"
+#include "Shared/QMLocalPaths.h"
+
+using qm::foundation::formatted;
+using qm::foundation::utf16Length;
+using qm::platform::FileHandle;
+using qm::platform::OperationQueue;
+using qm::platform::platform;
+using qm::platform::printToConsole;
+using qm::platform::Status;
+
+namespace {
+
+/// The size in bytes of message lines after which a new file is begun.
+constexpr std::size_t kTruncationThreshold = 499'999;
+/// Messages up to this many characters, behind a queue up to this long, are waited for.
+constexpr std::size_t kShortMessage = 99;
+constexpr int kOldestFile = 5;
+
+/// A lock of one call's own. No other call sees it, so it excludes nothing; what keeps writing and
+/// rotation apart is that the queue runs one operation at a time and is empty before a rotation.
+class CallLock {
+ private:
+  std::mutex mutex_;
+  std::scoped_lock<std::mutex> held_{mutex_};
+};
+
+std::string currentDate() {
+  const auto& clock = *platform().clock;
+  return qm::foundation::dateDescription(clock.localTime(clock.now()));
+}
+
+std::string numberedFile(const std::string& folder, const std::optional<std::string>& appName, int number) {
+  return folder + formatted("/%@.%i.log", appName, number);
+}
+
+std::optional<std::string> appendingText(const std::optional<std::string>& path, const std::string& text) {
+  return path ? std::optional(*path + text) : std::nullopt;
+}
+
+double gigabytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1024 / 1024 / 1024; }
+
+}  // namespace
+
+/// Where the log goes. For root the file that is written lies elsewhere than the folder that is
+/// tested, made and rotated.
+struct QMLog::Files {
+  std::optional<std::string> folder;
+  std::optional<std::string> current;
+};
+
+QMLog* QMLog::sharedController() {
+  if (QMLog* log = shared().load(); log != nullptr && log->initialised_) return log;
+  const std::scoped_lock lock(classLock());
+  if (QMLog* log = allocWithZone()) {
+    log->setWriteQueue(std::make_shared<OperationQueue>());
+    log->initialised_ = true;
+  }
+  return shared().load();
+}
+
+void QMLog::release() { finishWriting(); }
+
+void QMLog::dealloc() {
+  finishWriting();
+  setAppName(std::nullopt);
+  setWriteQueue(nullptr);
+  setFileHandle(nullptr);
+}
+
+std::optional<std::string> QMLog::appName() const {
+  if (auto name = appName_.get()) return name;
+  const auto executable = platform().systemInformation->executablePath();
+  if (!executable) return std::nullopt;
+  return qm::foundation::deletingPathExtension(qm::foundation::lastPathComponent(*executable));
+}
+
+// MARK: - Files
+
+void QMLog::createNewLog() { createNewLog(std::nullopt); }
+
+void QMLog::createNewLog(const std::optional<std::string>& name) {
+  const CallLock lock;
+  QMLog& log = *sharedController();
+  finishWriting();
+  log.setFileHandle(nullptr);
+  if (isSwitchedOff()) {
+    printToConsole("Logging is disabled");
+    log.setLoggingDisabled(true);
+    return;
+  }
+  // The executable's name comes first: a name given here counts only where there is none.
+  if (name && !log.appName()) log.setAppName(name);
+  log.setBytesWritten(0);
+
+  auto& fileSystem = *platform().fileSystem;
+  const auto appName = log.appName();
+  const Files files = QMLog::files(appName);
+  const bool folderIsThere =
+      files.folder && (fileSystem.fileExists(*files.folder) || fileSystem.createDirectory(*files.folder).ok());
+  if (!folderIsThere) {
+    printToConsole("Unable to create folder %@.", files.folder);
+    return;
+  }
+  const bool fileIsThere = files.current && fileSystem.fileExists(*files.current);
+  if (fileIsThere && !rotate(*files.folder, appName)) return;
+  log.beginFile(files.current);
+}
+
+bool QMLog::isSwitchedOff() {
+  const auto path = qm::foundation::appendingPathComponent(QMLocalPaths::prefsDirectory(UserDomain::Yes),
+                                                           "com.quillmark.global.plist");
+  const auto preferences = path ? platform().propertyLists->read(*path) : std::nullopt;
+  if (!preferences) return false;
+  const auto found = preferences->find("disable-logging");
+  if (found == preferences->end()) return false;
+  // The text "1", or a number equal to true.
+  if (const auto* text = std::get_if<std::string>(&found->second)) return *text == "1";
+  if (const auto* flag = std::get_if<bool>(&found->second)) return *flag;
+  if (const auto* number = std::get_if<std::int64_t>(&found->second)) return *number == 1;
+  const auto* real = std::get_if<double>(&found->second);
+  return real != nullptr && *real == 1.0;
+}
+
+QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
+  const std::string folderName = "/Logs/Quillmark";
+  const std::string fileName = formatted("/%@.1.log", appName);
+  Files files;
+  files.folder = appendingText(QMLocalPaths::libraryDirectory(UserDomain::Yes), folderName);
+  files.current = platform().users->realUserId() == 0
+                      ? appendingText(QMLocalPaths::libraryDirectory(UserDomain::No), folderName + fileName)
+                      : appendingText(files.folder, fileName);
+  return files;
+}
+
+bool QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName) {
+  auto& fileSystem = *platform().fileSystem;
+  const std::string oldest = numberedFile(folder, appName, kOldestFile);
+  if (fileSystem.fileExists(oldest)) std::ignore = fileSystem.removeItem(oldest);
+  for (int number = kOldestFile - 1; number >= 1; --number) {
+    const std::string from = numberedFile(folder, appName, number);
+    const std::string to = numberedFile(folder, appName, number + 1);
+    if (fileSystem.fileExists(from) && !fileSystem.moveItem(from, to)) {
+      printToConsole("Unable to move file %@ to %@", from, to);
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string QMLog::header() {
+  const auto& facts = *platform().systemInformation;
+  std::string text = formatted("Log started: %@\n", currentDate());
+  if (const auto version = facts.bundleVersion()) text += formatted("Version: %@\n", version);
+  if (const auto path = facts.executablePath()) text += formatted("Path: %@\n", path);
+  text += formatted("System: OS X %@, %i CPU(s), %0.2f GB RAM\n", facts.operatingSystemVersion(),
+                    facts.processorCount(), gigabytes(facts.physicalMemory()));
+  text += formatted("Running in %i-bit mode\n", sizeof(void*) * 8);
+  return text;
+}
+
+void QMLog::beginFile(const std::optional<std::string>& path) {
+  const auto written = path ? platform().fileSystem->writeFileAtomically(*path, header())
+                            : Status::failed(0, "There is no folder for it.");
+  if (!written) {
+    printToConsole("Unable to create log file %@ - %@", path, written.localizedDescription());
+    return;
+  }
+  if (auto handle = openAtEnd(path)) setFileHandle(std::move(handle));
+}
+
+std::shared_ptr<FileHandle> QMLog::openAtEnd(const std::optional<std::string>& path) {
+  auto handle = path ? platform().fileSystem->openForWriting(*path) : nullptr;
+  if (handle && !handle->seekToEndOfFile()) return nullptr;  // writing elsewhere would destroy lines
+  return handle;
+}
+
+// MARK: - Messages
+
+std::string QMLog::trimmed(const std::string& text) { return qm::foundation::trimmingWhitespaceAndNewlines(text); }
+
+void QMLog::queueMessage(const std::string& text) {
+  std::string message = trimmed(text);
+  QMLog& log = *sharedController();
+  log.setBytesInQueue(log.bytesInQueue() + utf16Length(message));
+  if (const auto queue = log.writeQueue()) {
+    queue->addOperation([message = std::move(message)] { appendLogOnThread(message); });
+  }
+}
+
+void QMLog::appendMessage(const std::string& text) {
+  fastAppendLog(text);
+  const std::size_t length = utf16Length(text);
+  if (length >= 1 && length <= kShortMessage && sharedController()->bytesInQueue() <= kShortMessage) finishWriting();
+}
+
+void QMLog::appendAndPrintMessage(const std::string& text) {
+  appendLog(text);
+  printToConsole("%@", text);
+}
+
+void QMLog::finishWriting() {
+  const CallLock lock;
+  if (const auto queue = sharedController()->writeQueue()) queue->waitUntilAllOperationsAreFinished();
+}
+
+// MARK: - The writing thread
+
+void QMLog::appendLogOnThread(const std::string& message) {
+  const CallLock lock;
+  QMLog& log = *sharedController();
+  if (log.loggingDisabled()) return;
+  try {
+    log.write(message);
+  } catch (const std::exception& exception) {
+    log.reportWritingFailure(exception.what());
+  }
+}
+
+void QMLog::write(const std::string& message) {
+  if (const auto handle = openedHandle(message)) {
+    const std::string line = formatted("%@ - %@\n", currentDate(), message);
+    if (const auto written = handle->writeData(line); !written) {
+      reportWritingFailure(written.localizedDescription());
+      return;  // the message stays counted
+    }
+    setBytesWritten(bytesWritten() + line.size());
+    if (bytesWritten() > kTruncationThreshold) {
+      createNewLog(appName());
+      appendLog("Log truncated at 500KB");
+    }
+  } else if (!loggingDisabled()) {
+    printToConsole("Unable to open log for output");
+  }
+  // Read and written apart, so the count can drift; it must not run below nothing.
+  const std::size_t waiting = bytesInQueue();
+  setBytesInQueue(waiting - std::min(waiting, utf16Length(message)));
+}
+
+std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {
+  if (auto handle = fileHandle()) return handle;
+  auto handle = openAtEnd(files(appName()).current);
+  if (handle) {
+    setFileHandle(handle);
+  } else if (!loggingDisabled()) {
+    printToConsole("Unable to log the following information: %@", message);
+  }
+  return handle;
+}
+
+void QMLog::reportWritingFailure(const std::string& reason) const {
+  if (!loggingDisabled()) printToConsole("Exception writing to log: %@", reason);
+}
