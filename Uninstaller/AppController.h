@@ -35,7 +35,6 @@ class AppController : public qm::platform::InterfaceOwner {
   void awakeFromNib() override;
 
  private:
-  void stopProduct() const;
   void trashItems(bool removeConfig);
 
   qm::platform::Outlets outlets_;

@@ -1,0 +1,253 @@
+#include "Shared/QMAuthorization.h"
+
+#include "Platform/Clock.h"
+#include "Platform/Console.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Platform.h"
+#include "Platform/Users.h"
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+#include "Shared/QMLocalPaths.h"
+#include "Shared/QMLog.h"
+#include "Shared/QMTask.h"
+
+using namespace qm::platform;  // the names of Authorization Services are long enough as they are
+using qm::foundation::appendingPathComponent;
+using qm::foundation::formatted;
+
+namespace {
+
+constexpr std::int32_t kNotAuthorized = -1;
+constexpr std::int32_t kToolMissing = -2;
+/// Gives a tool that has just been started a head start.
+constexpr std::chrono::microseconds kStartPause(500);
+
+bool isRoot() { return platform().users->realUserId() == 0; }
+
+AuthorizationItems administratorRights() { return {{.name = "system.privilege.admin", .value = "", .flags = 0}}; }
+
+bool exists(const std::string& path) { return platform().fileSystem->fileExists(path); }
+
+std::vector<std::string> entries(const std::string& folder) {
+  return platform().fileSystem->contentsOfDirectory(folder).value_or(std::vector<std::string>());
+}
+
+/// Asks the guard; a refusal is printed with `message`.
+bool isProtected(const std::string& path, std::string_view message) {
+  if (!QMLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes)) return false;
+  printToConsole(message, path);
+  return true;
+}
+
+/// Runs an operation for each entry of a folder, also after a failure; true if none failed.
+template <class Operation>
+bool forEachEntry(const std::string& folder, Operation operation) {
+  bool allDone = true;
+  for (const auto& name : entries(folder)) {
+    if (!operation(name)) allDone = false;
+  }
+  return allDone;
+}
+
+}  // namespace
+
+// MARK: - The session
+
+QMAuthorization* QMAuthorization::sharedController() { return sharedController(WithGUI::Yes); }
+
+QMAuthorization* QMAuthorization::sharedController(WithGUI withGUI) {
+  const std::scoped_lock lock(classLock());
+  if (shared().load() == nullptr) {
+    auto* object = allocWithZone();
+    withGUI == WithGUI::Yes ? object->init() : object->initWithoutGUI();
+  }
+  return shared().load();
+}
+
+QMAuthorization* QMAuthorization::init() { return initWithGUI(WithGUI::Yes); }
+
+QMAuthorization* QMAuthorization::initWithoutGUI() { return initWithGUI(WithGUI::No); }
+
+QMAuthorization* QMAuthorization::initWithGUI(WithGUI withGUI) {
+  hasGUI_ = withGUI == WithGUI::Yes;
+  authRef_ = nullptr;
+  AuthorizationRef handedDown = nullptr;
+  const auto status =
+      platform().authorizationServices->copyPrivilegedReference(&handedDown, kAuthorizationFlagDefaults);
+  if (status == errAuthorizationSuccess && handedDown != nullptr) authRef_ = handedDown;
+  if (!isRoot()) userDirectory_ = QMLocalPaths::userDirectory();
+  return this;
+}
+
+bool QMAuthorization::canAuthorize() const { return hasGUI_ || isRoot(); }
+
+bool QMAuthorization::isAuthorized() const { return isRoot() || authRef_ != nullptr; }
+
+bool QMAuthorization::authStart() {
+  if (isAuthorized()) return true;
+  if (!hasGUI_) {
+    printToConsole("Unable to authorize");
+    return false;
+  }
+  auto& services = *platform().authorizationServices;
+  if (services.create({}, kAuthorizationFlagDefaults, &authRef_) == errAuthorizationSuccess) {
+    constexpr AuthorizationFlags flags =
+        kAuthorizationFlagInteractionAllowed | kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
+    if (services.copyRights(authRef_, administratorRights(), {}, flags) == errAuthorizationSuccess) return true;
+    services.free(authRef_, kAuthorizationFlagDefaults);
+  }
+  authRef_ = nullptr;
+  return false;
+}
+
+bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
+                                        const std::optional<std::string>& password) {
+  if (isRoot()) return true;
+  if (!user || !password) return false;
+  const AuthorizationItems credentials = {{.name = "username", .value = *user, .flags = 0},
+                                          {.name = "password", .value = *password, .flags = 0}};
+  auto& services = *platform().authorizationServices;
+  // The handle is overwritten, not freed: another session may still be in use under it.
+  if (const auto status = services.create(credentials, kAuthorizationFlagDefaults, &authRef_); status != 0) {
+    printToConsole("Unable to create authRef - error %d", status);
+    authRef_ = nullptr;
+    return false;
+  }
+  constexpr AuthorizationFlags flags = kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
+  if (services.copyRights(authRef_, administratorRights(), credentials, flags) == errAuthorizationSuccess) return true;
+  services.free(authRef_, kAuthorizationFlagDefaults);
+  authRef_ = nullptr;
+  printToConsole("Authorization failed. Invalid username or password");
+  QMLog::appendLog("Authorization failed. Invalid username or password");
+  return false;
+}
+
+void QMAuthorization::authEnd() {
+  if (!isRoot() && authRef_ != nullptr) platform().authorizationServices->free(authRef_, kAuthorizationFlagDefaults);
+  authRef_ = nullptr;
+}
+
+void QMAuthorization::finalize() { authEnd(); }
+
+void QMAuthorization::dealloc() { authEnd(); }
+
+// MARK: - Running tools
+
+std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::vector<std::string>& parameters,
+                                           Async async) {
+  if (!exists(path)) {
+    printToConsole("Unable to execute task: path %@ doesn't exist", path);
+    return kToolMissing;
+  }
+  if (isRoot()) {
+    async == Async::Yes ? QMTask::runTaskAndReturn(path, parameters) : void(QMTask::runTask(path, parameters));
+    return errAuthorizationSuccess;
+  }
+  if (!isAuthorized() && !authStart()) return kNotAuthorized;
+
+  std::shared_ptr<CommunicationsPipe> pipe;
+  const auto status = platform().authorizationServices->executeWithPrivileges(
+      authRef_, path, kAuthorizationFlagDefaults, parameters, &pipe);
+  if (pipe) communicationsPipes_.push_back(pipe);
+  if (status != errAuthorizationSuccess || async == Async::Yes) return status;
+  while (pipe && pipe->readCharacter() >= 0) {
+  }
+  return status;
+}
+
+std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::vector<std::string>& parameters) {
+  return authExecTask(path, parameters, Async::Yes);
+}
+
+/// Starts a tool of the file commands that are always begun when the process is root.
+bool QMAuthorization::startFileCommand(const std::string& tool, const std::vector<std::string>& parameters) {
+  if (!isRoot()) return authExecTask(tool, parameters) == errAuthorizationSuccess;
+  QMTask::runTaskAndReturn(tool, parameters);
+  return true;
+}
+
+// MARK: - File commands
+
+bool QMAuthorization::authCreateDir(const std::string& path) {
+  if (!startFileCommand("/bin/mkdir", {"-p", path})) return false;
+  if (!isRoot()) platform().clock->sleep(kStartPause);
+  return true;
+}
+
+bool QMAuthorization::authCopyFile(const std::optional<std::string>& source,
+                                   const std::optional<std::string>& destination) {
+  if (!source) {
+    printToConsole("Error in authCopyFile: old path is null");
+    return false;
+  }
+  if (!destination) {
+    printToConsole("Error in authCopyFile: new path is null");
+    return false;
+  }
+  return exists(*source) && startFileCommand("/bin/cp", {"-f", "-p", "-R", *source, *destination});
+}
+
+bool QMAuthorization::authMoveFile(const std::optional<std::string>& source,
+                                   const std::optional<std::string>& destination) {
+  if (!source) {
+    printToConsole("Error in authMoveFile: old path is null");
+    return false;
+  }
+  if (!destination) {
+    printToConsole("Error in authMoveFile: new path is null");
+    return false;
+  }
+  if (isProtected(*source, "Unable to move path %@ because it is a system directory.")) return false;
+  return exists(*source) && startFileCommand("/bin/mv", {"-f", *source, *destination});
+}
+
+bool QMAuthorization::authMoveFolderContents(const std::string& folder, const std::string& destination) {
+  if (isProtected(folder, "Unable to move contents of path %@ because it is a system directory.")) return false;
+  return forEachEntry(folder, [&](const std::string& name) {
+    return authMoveFile(appendingPathComponent(folder, name), appendingPathComponent(destination, name));
+  });
+}
+
+/// Where a path goes in the Trash. A taken name gets the time once; the new name is not tested again.
+std::optional<std::string> QMAuthorization::trashDestination(const std::string& path) const {
+  const std::string name = qm::foundation::lastPathComponent(path);
+  auto destination = appendingPathComponent(QMLocalPaths::trashDirectory(), name);
+  if (isRoot() && userDirectory_) destination = *userDirectory_ + formatted("/.Trash/%@", name);
+  if (!destination || !exists(*destination)) return destination;
+  const auto& clock = *platform().clock;
+  const std::string date = qm::foundation::compactDate(clock.localTime(clock.now()));
+  return qm::foundation::deletingPathExtension(*destination) +
+         formatted("_%@.%@", date, qm::foundation::pathExtension(path));
+}
+
+bool QMAuthorization::deletesOnRootAccount(DeleteOnRootAccount flag) const {
+  return !userDirectory_ && flag == DeleteOnRootAccount::Yes && isRoot();
+}
+
+bool QMAuthorization::authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount) {
+  if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
+  const auto destination = trashDestination(path);
+  // What goes is the item of that name in the Trash; the path itself stays. Callers count on it.
+  if (deletesOnRootAccount(deleteOnRootAccount)) return destination && authRemoveFile(*destination);
+  return authMoveFile(path, destination);
+}
+
+bool QMAuthorization::authTrashFile(const std::string& path) { return authTrashFile(path, DeleteOnRootAccount::No); }
+
+bool QMAuthorization::authTrashFolderContents(const std::string& folder, DeleteOnRootAccount deleteOnRootAccount) {
+  if (isProtected(folder, "Unable to trash folder contents of path %@ because it is a system directory.")) return false;
+  const bool deletes = deletesOnRootAccount(deleteOnRootAccount);
+  return forEachEntry(folder, [&](const std::string& name) {
+    const std::string entry = appendingPathComponent(folder, name);
+    return deletes ? authExecTask("/bin/rm", {"-R", "-f", entry}) == errAuthorizationSuccess : authTrashFile(entry);
+  });
+}
+
+bool QMAuthorization::authTrashFolderContents(const std::string& folder) {
+  return authTrashFolderContents(folder, DeleteOnRootAccount::No);
+}
+
+bool QMAuthorization::authRemoveFile(const std::string& path) {
+  if (isProtected(path, "Unable to delete path %@ because it is a system directory.")) return false;
+  return authExecTask("/bin/rm", {"-Rdf", path}) == errAuthorizationSuccess;
+}

@@ -1,0 +1,315 @@
+#include "Shared/QMFileManager.h"
+
+#include <string_view>
+#include <utility>
+
+#include "Platform/Clock.h"
+#include "Platform/FileSystem.h"
+#include "Platform/ItemLocks.h"
+#include "Platform/MainThread.h"
+#include "Platform/Packages.h"
+#include "Platform/Platform.h"
+#include "Platform/Trash.h"
+#include "Platform/foundation/Format.h"
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/foundation/Strings.h"
+#include "Shared/QMAuthorization.h"
+#include "Shared/QMLocalPaths.h"
+#include "Shared/QMLog.h"
+
+using qm::foundation::appendingPathComponent;
+using qm::foundation::deletingLastPathComponent;
+using qm::foundation::deletingPathExtension;
+using qm::foundation::formatted;
+using qm::foundation::lastPathComponent;
+using qm::foundation::lowercaseString;
+using qm::foundation::pathExtension;
+using qm::platform::FileSystem;
+using qm::platform::platform;
+using qm::platform::Status;
+
+namespace {
+
+/// How long a wait looks away: for one event of the interface, or off the main thread.
+constexpr std::chrono::milliseconds kEventLimit(10);
+constexpr std::chrono::milliseconds kPollPause(300);
+/// Lets a change of letter case settle.
+constexpr std::chrono::microseconds kLetterCasePause(500);
+
+FileSystem& fileSystem() { return *platform().fileSystem; }
+
+QMAuthorization& authorization() { return *QMAuthorization::sharedController(); }
+
+std::vector<std::string> entries(const std::string& folder) {
+  return fileSystem().contentsOfDirectory(folder).value_or(std::vector<std::string>());
+}
+
+bool differOnlyInLetterCase(const std::string& a, const std::string& b) {
+  return lowercaseString(a) == lowercaseString(b);
+}
+
+/// The common end of the mutating operations: the outcome of the plain attempt is the answer when it
+/// is a success; otherwise it is logged, and repeated with administrator rights if wanted.
+template <class Privileged>
+bool orAuthorize(const Status& plain, std::string_view message, ShouldAuth shouldAuth, Privileged privileged) {
+  if (plain) return true;
+  if (!message.empty()) QMLog::appendLog(std::string(message), plain.localizedDescription());
+  return shouldAuth == ShouldAuth::Yes && privileged(authorization());
+}
+
+/// Renames through a free name, since the destination is the source itself where letter case does
+/// not count. Where it counts and the destination is free, the first step is the whole move.
+bool moveThroughFreeName(const std::string& source, const std::string& destination) {
+  const std::string between = QMFileManager::uniqueFilename(destination);
+  if (!fileSystem().moveItem(source, between)) return false;
+  return between == destination || fileSystem().moveItem(between, destination).ok();
+}
+
+void setLocked(const std::string& path, bool locked) { std::ignore = platform().itemLocks->setImmutable(path, locked); }
+
+void setFolderLocked(const std::string& folder, bool locked) {
+  for (const auto& name : entries(folder)) {
+    const std::string entry = appendingPathComponent(folder, name);
+    if (QMFileManager::isDirectoryAtPath(entry)) {
+      setFolderLocked(entry, locked);
+    } else {
+      setLocked(entry, locked);
+    }
+  }
+}
+
+enum class Wanted : bool { Absent, Present };
+
+bool isAsWanted(const std::string& path, Wanted wanted) {
+  return QMFileManager::fileExistsAtPath(path) == (wanted == Wanted::Present);
+}
+
+/// One pause of a wait. The main thread keeps answering the user: it handles one event.
+void lookAway() {
+  auto& mainThread = *platform().mainThread;
+  if (mainThread.isMainThread()) {
+    mainThread.handleOneEvent(kEventLimit);
+  } else {
+    platform().clock->sleep(kPollPause);
+  }
+}
+
+/// The wait of all timed operations. The limit is looked at before each pause, so a wait may be
+/// longer by one pause, and a limit of 0 or less never pauses.
+bool waitUntil(const std::string& path, Wanted wanted, std::chrono::seconds limit) {
+  const auto& clock = *platform().clock;
+  const auto start = clock.monotonicNow();
+  while (!isAsWanted(path, wanted) && clock.monotonicNow() - start < limit) lookAway();
+  return isAsWanted(path, wanted);
+}
+
+bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
+
+/// Trashes the files below a folder whose names are wanted. Folders are searched, never trashed.
+template <class IsWanted>
+void trashFilesBelow(const std::string& folder, const IsWanted& isWanted, std::vector<std::string>& trashed) {
+  for (const auto& name : entries(folder)) {
+    std::string entry = appendingPathComponent(folder, name);
+    if (fileSystem().isDirectory(entry)) {
+      trashFilesBelow(entry, isWanted, trashed);
+    } else if (isWanted(name)) {
+      QMFileManager::trashFile(entry);
+      trashed.push_back(std::move(entry));
+    }
+  }
+}
+
+}  // namespace
+
+// MARK: - Operations
+
+bool QMFileManager::moveFile(const std::string& source, const std::string& destination, ShouldAuth shouldAuth) {
+  unlockFile(destination);
+  unlockFolder(appendingPathComponent(destination, lastPathComponent(source)));
+  if (differOnlyInLetterCase(source, destination) && moveThroughFreeName(source, destination)) return true;
+  return orAuthorize(fileSystem().moveItem(source, destination), "Error moving file: %@. Authorizing...", shouldAuth,
+                     [&](QMAuthorization& rights) { return rights.authMoveFile(source, destination); });
+}
+
+bool QMFileManager::moveFile(const std::string& source, const std::string& destination) {
+  return moveFile(source, destination, ShouldAuth::Yes);
+}
+
+bool QMFileManager::copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
+                             ShouldAuth shouldAuth) {
+  if (!source) {
+    QMLog::appendLogAndPrint("Error copying file: source path is nil");
+    return false;
+  }
+  if (!destination) {
+    QMLog::appendLogAndPrint("Error copying file %@: destination path is nil", *source);
+    return false;
+  }
+  unlockFile(deletingLastPathComponent(*destination));
+  return orAuthorize(fileSystem().copyItem(*source, *destination), "Error copying file: %@. Authorizing...", shouldAuth,
+                     [&](QMAuthorization& rights) { return rights.authCopyFile(source, destination); });
+}
+
+bool QMFileManager::copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination) {
+  return copyFile(source, destination, ShouldAuth::Yes);
+}
+
+bool QMFileManager::createDirectory(const std::string& path, ShouldAuth shouldAuth) {
+  return orAuthorize(fileSystem().createDirectory(path), "Error creating folder: %@. Authorizing...", shouldAuth,
+                     [&](QMAuthorization& rights) { return rights.authCreateDir(path); });
+}
+
+bool QMFileManager::createDirectory(const std::string& path) { return createDirectory(path, ShouldAuth::Yes); }
+
+bool QMFileManager::removeFile(const std::string& path, ShouldAuth shouldAuth) {
+  unlockFile(path);
+  if (!fileSystem().fileExists(path)) return true;
+  return orAuthorize(fileSystem().removeItem(path), "Error removing file: %@. Authorizing...", shouldAuth,
+                     [&](QMAuthorization& rights) { return rights.authRemoveFile(path); });
+}
+
+bool QMFileManager::removeFile(const std::string& path) { return removeFile(path, ShouldAuth::Yes); }
+
+bool QMFileManager::trashFile(const std::string& path, ShouldAuth shouldAuth) {
+  unlockFile(path);
+  if (!fileExistsAtPath(path)) return true;
+  const auto plain = platform().trash->recycle(deletingLastPathComponent(path), QMLocalPaths::trashDirectory(),
+                                               {lastPathComponent(path)});
+  return orAuthorize(plain, "", shouldAuth, [&](QMAuthorization& rights) { return rights.authTrashFile(path); });
+}
+
+bool QMFileManager::trashFile(const std::string& path) { return trashFile(path, ShouldAuth::Yes); }
+
+bool QMFileManager::trashDirectoryContents(const std::string& folder, ShouldAuth shouldAuth) {
+  bool allTrashed = true;
+  for (const auto& name : entries(folder)) {
+    if (!trashFile(appendingPathComponent(folder, name), shouldAuth)) allTrashed = false;
+  }
+  return allTrashed;
+}
+
+bool QMFileManager::trashDirectoryContents(const std::string& folder) {
+  return trashDirectoryContents(folder, ShouldAuth::Yes);
+}
+
+std::string QMFileManager::createDirectoryStructure(const std::string& item, const std::string& destination) {
+  const bool isFolder = isDirectoryAtPath(item) && !isPackageAtPath(item);
+  std::string folder = appendingPathComponent(destination, isFolder ? item : deletingLastPathComponent(item));
+  if (!fileExistsAtPath(folder)) createDirectory(folder);
+  return folder;
+}
+
+// MARK: - Predicates
+
+bool QMFileManager::fileExistsAtPath(const std::string& path) { return fileSystem().fileExists(path); }
+
+bool QMFileManager::isDirectoryAtPath(const std::string& path) { return fileSystem().isDirectory(path); }
+
+bool QMFileManager::isPackageAtPath(const std::string& path) { return platform().packages->isFilePackage(path); }
+
+bool QMFileManager::isSymbolicLinkAtPath(const std::string& path) {
+  return fileSystem().destinationOfSymbolicLink(path).has_value();
+}
+
+// MARK: - Locks
+
+void QMFileManager::lockFile(const std::string& path) { setLocked(path, true); }
+
+void QMFileManager::unlockFile(const std::string& path) { setLocked(path, false); }
+
+bool QMFileManager::isFileLocked(const std::string& path) {
+  return platform().itemLocks->isImmutable(path).value_or(false);
+}
+
+void QMFileManager::lockFolder(const std::string& folder) { setFolderLocked(folder, true); }
+
+void QMFileManager::unlockFolder(const std::string& folder) { setFolderLocked(folder, false); }
+
+std::string QMFileManager::uniqueFilename(const std::string& path) {
+  if (!fileExistsAtPath(path)) return path;
+  const std::string stem = deletingPathExtension(path);
+  const std::string extension = pathExtension(path);
+  const std::string ending = extension.empty() ? "" : "." + extension;
+  for (std::uint64_t number = 2;; ++number) {
+    std::string candidate = stem + formatted(" %lu", number) + ending;
+    if (!fileExistsAtPath(candidate)) return candidate;
+  }
+}
+
+// MARK: - With a time limit
+
+bool QMFileManager::copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
+                             std::chrono::seconds timeout) {
+  return copyFile(source, destination) && waitUntil(*destination, Wanted::Present, timeout);
+}
+
+bool QMFileManager::createDirectory(const std::string& path, std::chrono::seconds timeout) {
+  return createDirectory(path) && waitUntil(path, Wanted::Present, timeout);
+}
+
+bool QMFileManager::moveFile(const std::string& source, const std::string& destination, std::chrono::seconds timeout) {
+  if (!moveFile(source, destination)) return false;
+  if (!differOnlyInLetterCase(source, destination)) return waitUntil(source, Wanted::Absent, timeout);
+  platform().clock->sleep(kLetterCasePause);
+  return true;
+}
+
+bool QMFileManager::removeFile(const std::string& path, std::chrono::seconds timeout) {
+  return removeFile(path, ShouldAuth::Yes) && waitUntil(path, Wanted::Absent, timeout);
+}
+
+bool QMFileManager::trashFile(const std::string& path, std::chrono::seconds timeout) {
+  return trashFile(path) && waitUntil(path, Wanted::Absent, timeout);
+}
+
+bool QMFileManager::copyContentsOfDirectory(const std::string& source, const std::string& destination,
+                                            std::chrono::seconds timeout) {
+  for (const auto& name : entries(source)) {
+    QMLog::appendLog("File: %@", name);
+    const std::string target = appendingPathComponent(destination, name);
+    if (!copyFile(appendingPathComponent(source, name), target, timeout)) return false;
+  }
+  return true;
+}
+
+// MARK: - Folders
+
+std::uint64_t QMFileManager::fileSize(const std::string& path) {
+  if (!fileSystem().isDirectory(path)) {
+    const auto attributes = fileSystem().attributesOfItem(path);
+    return attributes ? attributes->size : 0;
+  }
+  std::uint64_t sum = 0;
+  for (const auto& name : entries(path)) sum += fileSize(appendingPathComponent(path, name));
+  return sum;
+}
+
+bool QMFileManager::isFolderEmpty(const std::string& folder) {
+  const auto names = entries(folder);
+  if (names.size() == 1 && isHousekeeping(names.front())) return true;
+  for (const auto& name : names) {
+    if (isHousekeeping(name)) continue;
+    const std::string entry = appendingPathComponent(folder, name);
+    if (!isDirectoryAtPath(entry) || !isFolderEmpty(entry)) return false;
+  }
+  return true;
+}
+
+bool QMFileManager::removeFolderIfEmpty(const std::string& folder) {
+  return isFolderEmpty(folder) && removeFile(folder);
+}
+
+std::vector<std::string> QMFileManager::trashFilesNamed(const std::string& name, const std::string& folder) {
+  std::vector<std::string> trashed;
+  trashFilesBelow(
+      folder, [&](const std::string& entry) { return entry == name; }, trashed);
+  return trashed;
+}
+
+std::vector<std::string> QMFileManager::trashFilesOfType(const std::string& extension, const std::string& folder) {
+  const std::string wanted = lowercaseString(extension);
+  std::vector<std::string> trashed;
+  trashFilesBelow(
+      folder, [&](const std::string& entry) { return lowercaseString(pathExtension(entry)) == wanted; }, trashed);
+  return trashed;
+}
