@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 
@@ -13,7 +12,8 @@ class OperationQueue {
   OperationQueue();
   OperationQueue(const OperationQueue&) = delete;
   OperationQueue& operator=(const OperationQueue&) = delete;
-  /// Lets the operations that were added finish, then ends the worker.
+  /// Lets the operations that were added finish, then ends the worker. From inside an operation of
+  /// this very queue it returns at once, and the worker ends after the remaining operations.
   ~OperationQueue();
 
   /// Any thread; returns at once. An operation must not throw.
@@ -24,8 +24,8 @@ class OperationQueue {
   void waitUntilAllOperationsAreFinished();
 
  private:
-  struct State;
-  std::unique_ptr<State> state_;
+  class State;
+  std::shared_ptr<State> state_;  // the worker's as well
 };
 
 }  // namespace qm::platform

@@ -1,0 +1,46 @@
+#include "Platform/foundation/DateText.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <string_view>
+
+namespace qm::foundation {
+namespace {
+
+/// Appends a number with leading zeros; a number with more digits has them all.
+void appendPadded(std::string& text, int number, std::size_t digits) {
+  if (number < 0) text += '-';
+  const std::string plain = std::to_string(std::abs(number));
+  if (plain.size() < digits) text.append(digits - plain.size(), '0');
+  text += plain;
+}
+
+/// The six fields with what stands between them: in the date, between date and time, in the time.
+std::string fields(const CivilTime& time, std::string_view inDate, std::string_view between, std::string_view inTime) {
+  std::string text;
+  text.reserve(32);
+  appendPadded(text, time.year, 4);
+  appendPadded(text.append(inDate), time.month, 2);
+  appendPadded(text.append(inDate), time.day, 2);
+  appendPadded(text.append(between), time.hour, 2);
+  appendPadded(text.append(inTime), time.minute, 2);
+  appendPadded(text.append(inTime), time.second, 2);
+  return text;
+}
+
+}  // namespace
+
+std::string dateDescription(const CivilTime& time) {
+  std::string text = fields(time, "-", " ", ":");
+  text += time.utcOffsetMinutes < 0 ? " -" : " +";
+  const int offset = std::abs(time.utcOffsetMinutes);
+  appendPadded(text, offset / 60, 2);
+  appendPadded(text, offset % 60, 2);
+  return text;
+}
+
+std::string compactDate(const CivilTime& time) { return fields(time, "", "", ""); }
+
+std::string isoDate(const CivilTime& time) { return fields(time, "-", "T", ":"); }
+
+}  // namespace qm::foundation

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// Walking UTF-8 text one character at a time.
+namespace qm::foundation {
+
+/// One character of a text: a code point, or a byte that begins none.
+struct Character {
+  std::int32_t codePoint = -1;  ///< -1 for a byte that is not part of valid UTF-8
+  std::size_t length = 1;       ///< bytes
+  bool isValid() const { return codePoint >= 0; }
+};
+
+/// The character that begins at `position`, which must lie within the text.
+Character characterAt(std::string_view text, std::size_t position);
+
+/// The character that ends right before `end`, which must be over 0.
+Character characterBefore(std::string_view text, std::size_t end);
+
+/// How many characters a text has, and its first `count` characters.
+std::size_t characterCount(std::string_view text);
+std::string_view firstCharacters(std::string_view text, std::size_t count);
+
+}  // namespace qm::foundation
