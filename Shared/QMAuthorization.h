@@ -39,9 +39,11 @@ class QMAuthorization : public Singleton<QMAuthorization> {
 
   /// `hasGUI`
   bool hasGUI() const { return hasGUI_; }
+  /// `setHasGUI:`
   void setHasGUI(bool hasGUI) { hasGUI_ = hasGUI; }
-  /// `authRef`. The session; null when not authorized. The setter frees nothing.
+  /// `authRef`. The session; null when not authorized.
   AuthorizationRef authRef() const { return authRef_; }
+  /// `setAuthRef:`. Frees nothing.
   void setAuthRef(AuthorizationRef session) { authRef_ = session; }
   /// `userDirectory`. The home folder for which the object was made; nil as root.
   const std::optional<std::string>& userDirectory() const { return userDirectory_; }

@@ -76,22 +76,28 @@ class QMLog : public Singleton<QMLog> {
 
   /// `writeQueue`
   std::shared_ptr<qm::platform::OperationQueue> writeQueue() const { return writeQueue_.get(); }
+  /// `setWriteQueue:`
   void setWriteQueue(std::shared_ptr<qm::platform::OperationQueue> queue) { writeQueue_.set(std::move(queue)); }
   /// `fileHandle`. Open on the current file at its end; null when no file is open.
   std::shared_ptr<qm::platform::FileHandle> fileHandle() const { return fileHandle_.get(); }
+  /// `setFileHandle:`
   void setFileHandle(std::shared_ptr<qm::platform::FileHandle> handle) { fileHandle_.set(std::move(handle)); }
   /// `appName`. The name set, else the executable's without extension, else nil.
   std::optional<std::string> appName() const;
+  /// `setAppName:`
   void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
   /// `bytesWritten`. Bytes of message lines appended since the last new log.
   std::size_t bytesWritten() const { return bytesWritten_; }
+  /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
   /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate, since it is raised
   /// and lowered by separate reads and writes.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
+  /// `setBytesInQueue:`
   void setBytesInQueue(std::size_t units) { bytesInQueue_ = units; }
   /// `loggingDisabled`. Set when the user's preferences switch logging off; never cleared again.
   bool loggingDisabled() const { return loggingDisabled_; }
+  /// `setLoggingDisabled:`
   void setLoggingDisabled(bool disabled) { loggingDisabled_ = disabled; }
 
  private:

@@ -98,6 +98,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
 
   /// `theTask`. The tool that a call with a time limit waits for; null when there is none. Any thread.
   std::shared_ptr<Task> theTask() const { return theTask_.get(); }
+  /// `setTheTask:`
   void setTheTask(std::shared_ptr<Task> task) { theTask_.set(std::move(task)); }
 
   /// `setupTimeout:`. The timer thread: sleeps, then has the main thread perform `timeout`.

@@ -7,7 +7,7 @@
 /// A process-wide object: made by the first allocation under the class's lock, never destroyed.
 /// Its reference count is a fiction, so callers may release the shared object freely.
 ///
-/// `Class` declares this a friend, has a default constructor, and overrides `release` where that
+/// The class declares this a friend, has a default constructor, and overrides `release` where that
 /// does more than nothing.
 template <class Class>
 class Singleton {
