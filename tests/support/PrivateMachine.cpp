@@ -1,0 +1,307 @@
+#include "tests/support/PrivateMachine.h"
+
+#include <fcntl.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "Platform/posix/UniqueFd.h"
+#include "tests/support/SubordinateIds.h"
+
+namespace qm::testing {
+namespace {
+
+using posix::UniqueFd;
+
+std::string systemText(const std::string& what) { return what + ": " + std::strerror(errno); }
+
+/// Sends what fails in a child to the process that runs the test: file, line and message, each
+/// ended by a NUL byte.
+class FailureSender : public ::testing::EmptyTestEventListener {
+ public:
+  explicit FailureSender(UniqueFd pipe) : pipe_(std::move(pipe)) {}
+
+  void OnTestPartResult(const ::testing::TestPartResult& result) override {
+    if (!result.failed()) return;
+    failed_ = true;
+    std::string record = result.file_name() != nullptr ? result.file_name() : "unknown file";
+    record += '\0' + std::to_string(result.line_number()) + '\0' + result.message() + '\0';
+    send(record);
+  }
+
+  bool failed() const { return failed_; }
+
+ private:
+  void send(std::string_view record) {
+    while (!record.empty()) {
+      const ssize_t written = ::write(pipe_.get(), record.data(), record.size());
+      if (written < 0 && errno != EINTR) return;
+      if (written > 0) record.remove_prefix(static_cast<std::size_t>(written));
+    }
+  }
+
+  UniqueFd pipe_;
+  bool failed_ = false;
+};
+
+/// Null in the process that runs the test. A child of a child writes to the same pipe.
+FailureSender* sender = nullptr;
+
+void becomeSender(UniqueFd pipe) {
+  auto& listeners = ::testing::UnitTest::GetInstance()->listeners();
+  delete listeners.Release(listeners.default_result_printer());
+  delete listeners.Release(listeners.default_xml_generator());
+  sender = new FailureSender(std::move(pipe));  // owned by the list
+  listeners.Append(sender);
+}
+
+void runBody(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const std::exception& exception) {
+    ADD_FAILURE() << "the child's body threw: " << exception.what();
+  }
+}
+
+[[noreturn]] void childMain(UniqueFd pipe, const std::function<void()>& body) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (sender == nullptr) becomeSender(std::move(pipe));
+  runBody(body);
+  std::exit(sender->failed() ? 1 : 0);
+}
+
+std::string readToEnd(int fd) {
+  std::string all;
+  char block[4096];
+  for (;;) {
+    const ssize_t got = ::read(fd, block, sizeof block);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return all;
+    all.append(block, static_cast<std::size_t>(got));
+  }
+}
+
+std::vector<std::string> splitAtNuls(const std::string& text) {
+  std::vector<std::string> parts;
+  for (std::size_t start = 0, end = 0; (end = text.find('\0', start)) != std::string::npos; start = end + 1) {
+    parts.push_back(text.substr(start, end - start));
+  }
+  return parts;
+}
+
+void repeatFailures(const std::string& records) {
+  const auto parts = splitAtNuls(records);
+  for (std::size_t i = 0; i + 2 < parts.size(); i += 3) {
+    ADD_FAILURE_AT(parts[i].c_str(), std::atoi(parts[i + 1].c_str())) << parts[i + 2];
+  }
+}
+
+int waitFor(pid_t child) {
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+/// An end that the child's own failures do not explain is a failure as well.
+bool judge(int status, bool reported) {
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return !reported;
+  const bool explained = WIFEXITED(status) && WEXITSTATUS(status) == 1;
+  if (WIFSIGNALED(status)) {
+    ADD_FAILURE() << "the child was ended by signal " << WTERMSIG(status);
+  } else if (!explained || (sender == nullptr && !reported)) {
+    ADD_FAILURE() << "the child ended with status " << WEXITSTATUS(status);
+  }
+  return false;
+}
+
+bool makePipe(UniqueFd& reading, UniqueFd& writing) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+  reading.reset(ends[0]);
+  writing.reset(ends[1]);
+  return true;
+}
+
+/// `beforeWaiting` runs in the parent while the child lives.
+bool runChild(const std::function<void()>& body, const std::function<void(pid_t)>& beforeWaiting) {
+  UniqueFd reading, writing;
+  if (!makePipe(reading, writing)) {
+    ADD_FAILURE() << systemText("pipe");
+    return false;
+  }
+  std::fflush(nullptr);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    reading.reset();
+    childMain(std::move(writing), body);
+  }
+  writing.reset();
+  if (child < 0) {
+    ADD_FAILURE() << systemText("fork");
+    return false;
+  }
+  if (beforeWaiting) beforeWaiting(child);
+  const std::string records = readToEnd(reading.get());
+  const int status = waitFor(child);
+  repeatFailures(records);
+  return judge(status, !records.empty());
+}
+
+void makeFolder(const std::string& path) {
+  if (::mkdir(path.c_str(), 0755) != 0 && errno != EEXIST) FAIL() << systemText("mkdir " + path);
+}
+
+std::string& scratchFolder() {
+  static std::string folder;
+  return folder;
+}
+
+/// An empty folder outside, on which the machine's tmpfs is mounted.
+class MountPoint {
+ public:
+  MountPoint() {
+    char pattern[] = "/tmp/private-machine-XXXXXX";
+    if (::mkdtemp(pattern) != nullptr) path_ = pattern;
+  }
+  ~MountPoint() {
+    if (!path_.empty()) ::rmdir(path_.c_str());
+  }
+  MountPoint(const MountPoint&) = delete;
+  MountPoint& operator=(const MountPoint&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+void enterMachine(const std::string& folder) {
+  ASSERT_EQ(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0) << systemText("making mounts private");
+  mountTmpfs(folder, "mode=0755");
+  scratchFolder() = folder;
+  ASSERT_EQ(::chdir("/"), 0);
+}
+
+/// The child's side of a machine for somebody who is not root: its ids are mapped by its parent,
+/// which may use the helpers for that, as soon as the namespace is there.
+class NamespaceForUser {
+ public:
+  NamespaceForUser() : usable_(makePipe(madeReading_, madeWriting_) && makePipe(mappedReading_, mappedWriting_)) {}
+
+  void enter() {
+    ASSERT_TRUE(usable_) << systemText("pipe");
+    ASSERT_EQ(::unshare(CLONE_NEWUSER | CLONE_NEWNS), 0) << systemText("unshare as an ordinary user");
+    ASSERT_EQ(::write(madeWriting_.get(), "m", 1), 1);
+    char answer = 0;
+    ASSERT_EQ(::read(mappedReading_.get(), &answer, 1), 1);
+    ASSERT_EQ(answer, 'y') << "no ids could be mapped into the user namespace";
+    ASSERT_EQ(::setresgid(0, 0, 0), 0) << systemText("setresgid");
+    ASSERT_EQ(::setresuid(0, 0, 0), 0) << systemText("setresuid");
+  }
+
+  void mapIdsOf(pid_t child) {
+    madeWriting_.reset();
+    mappedReading_.reset();
+    char made = 0;
+    if (::read(madeReading_.get(), &made, 1) != 1) return;
+    const char answer = mapSubordinateIds(child) ? 'y' : 'n';
+    EXPECT_EQ(::write(mappedWriting_.get(), &answer, 1), 1);
+  }
+
+ private:
+  UniqueFd madeReading_, madeWriting_, mappedReading_, mappedWriting_;
+  bool usable_;
+};
+
+bool runAsRoot(const std::string& folder, const std::function<void()>& body) {
+  return runChild(
+      [&] {
+        ASSERT_EQ(::unshare(CLONE_NEWNS), 0) << systemText("unshare");
+        ASSERT_NO_FATAL_FAILURE(enterMachine(folder));
+        body();
+      },
+      nullptr);
+}
+
+bool runAsDeveloper(const std::string& folder, const std::function<void()>& body) {
+  NamespaceForUser space;
+  return runChild(
+      [&] {
+        ASSERT_NO_FATAL_FAILURE(space.enter());
+        ASSERT_NO_FATAL_FAILURE(enterMachine(folder));
+        body();
+      },
+      [&](pid_t child) { space.mapIdsOf(child); });
+}
+
+constexpr const char* kLoanNeeded =
+    " (whoever is not root needs ids on loan for other users: newuidmap, /etc/subuid and /etc/subgid)";
+
+void dropRights(uid_t user, gid_t group) {
+  ASSERT_EQ(::setgroups(0, nullptr), 0) << systemText("setgroups") << kLoanNeeded;
+  ASSERT_EQ(::setresgid(group, group, group), 0) << systemText("setresgid");
+  ASSERT_EQ(::setresuid(user, user, user), 0) << systemText("setresuid");
+  // As in a program that this user started: its own entries in /proc are readable to it.
+  ::prctl(PR_SET_DUMPABLE, 1);
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+}
+
+}  // namespace
+
+bool runInPrivateMachine(const std::function<void()>& body) {
+  const MountPoint point;
+  if (point.path().empty()) {
+    ADD_FAILURE() << systemText("mkdtemp");
+    return false;
+  }
+  return ::geteuid() == 0 ? runAsRoot(point.path(), body) : runAsDeveloper(point.path(), body);
+}
+
+const std::string& machineFolder() { return scratchFolder(); }
+
+bool asUser(uid_t user, gid_t group, const std::function<void()>& body) {
+  return runChild(
+      [&] {
+        ASSERT_NO_FATAL_FAILURE(dropRights(user, group));
+        body();
+      },
+      nullptr);
+}
+
+bool inChild(const std::function<void()>& body) { return runChild(body, nullptr); }
+
+void mountTmpfs(const std::string& path, const std::string& options) {
+  ASSERT_NO_FATAL_FAILURE(makeFolder(path));
+  ASSERT_EQ(::mount("tmpfs", path.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, options.c_str()), 0)
+      << systemText("mounting a tmpfs on " + path);
+}
+
+void bindMount(const std::string& folder, const std::string& path, Writable writable) {
+  ASSERT_NO_FATAL_FAILURE(makeFolder(path));
+  ASSERT_EQ(::mount(folder.c_str(), path.c_str(), nullptr, MS_BIND, nullptr), 0) << systemText("binding " + path);
+  if (writable == Writable::No) makeReadOnly(path);
+}
+
+void makeReadOnly(const std::string& path) {
+  ASSERT_EQ(::mount(nullptr, path.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV, nullptr),
+            0)
+      << systemText("making " + path + " read-only");
+}
+
+}  // namespace qm::testing
