@@ -1,0 +1,53 @@
+#include "Platform/Application.h"
+
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+
+#include "Platform/linux/qt/FrontEnd.h"
+
+namespace qm::linux_ {
+
+namespace {
+
+/// Qt gives up by aborting. Here that means that there is no display, which is not a crash and leaves
+/// no core file.
+void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, message)));
+  if (type != QtFatalMsg) return;
+  std::fputs("tessaly-uninstaller: no window can be opened. Start it from a desktop session.\n", stderr);
+  std::_Exit(EXIT_FAILURE);
+}
+
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
+  const auto previous = qInstallMessageHandler(reportStartFailure);
+  auto application = std::make_unique<QApplication>(argc, argv);
+  qInstallMessageHandler(previous);
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setDesktopFileName(QStringLiteral("tessaly-uninstaller"));
+  return application;
+}
+
+int runEventLoop(FrontEnd& front) {
+  if (front.mainThread.holdsWaitingCallers()) return EXIT_SUCCESS;  // terminated while loading
+  front.interface->windowMain().makeKeyAndOrderFront();
+  return QApplication::exec();
+}
+
+}  // namespace
+
+}  // namespace qm::linux_
+
+int qm::platform::applicationMain(int argc, char** argv, const MakeInterfaceOwner& makeOwner) {
+  auto& front = linux_::frontEnd();
+  const auto application = linux_::makeApplication(argc, argv);
+  if (!front.mainThread.begin()) {
+    std::fputs("tessaly-uninstaller: the system has no event descriptors left.\n", stderr);
+    return EXIT_FAILURE;
+  }
+  front.interface = std::make_unique<linux_::MainInterface>(makeOwner());
+  const int code = linux_::runEventLoop(front);
+  front.mainThread.end();
+  front.interface->destroyWindows();
+  return code;
+}

@@ -1,0 +1,10 @@
+#include "Platform/linux/qt/FrontEnd.h"
+
+namespace qm::linux_ {
+
+FrontEnd& frontEnd() {
+  static auto* const shared = new FrontEnd;
+  return *shared;
+}
+
+}  // namespace qm::linux_

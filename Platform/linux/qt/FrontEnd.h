@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+
+#include "Platform/linux/qt/MainInterface.h"
+#include "Platform/linux/qt/QtDescriptorWait.h"
+#include "Platform/linux/qt/QtMainThread.h"
+#include "Platform/linux/qt/QtUserInterface.h"
+
+namespace qm::linux_ {
+
+/// The services that come with the toolkit, and the loaded interface. There is one, made by the first
+/// call of `frontEnd` and never destroyed: a worker may be inside one of them while the process ends.
+struct FrontEnd {
+  QtMainThread mainThread;
+  QtDescriptorWait descriptorWait;
+  QtUserInterface userInterface{mainThread};
+  std::unique_ptr<MainInterface> interface;
+};
+
+/// The thread of the first call is the main thread.
+FrontEnd& frontEnd();
+
+}  // namespace qm::linux_

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "Platform/UserInterface.h"
+#include "Platform/linux/qt/QtControls.h"
+
+namespace Ui {
+class MainInterface;
+}
+
+namespace qm::linux_ {
+
+/// What the main interface file holds, loaded: its owner with the outlets and actions connected, and
+/// the two windows. Outlets and owner live as long as this object; the windows until `destroyWindows`.
+class MainInterface {
+ public:
+  explicit MainInterface(std::unique_ptr<platform::InterfaceOwner> owner);
+  MainInterface(const MainInterface&) = delete;
+  MainInterface& operator=(const MainInterface&) = delete;
+  ~MainInterface();
+
+  platform::Window& windowMain() { return *windowMain_; }
+  /// The widgets go, while there still is an application object. The outlets stay.
+  void destroyWindows();
+
+ private:
+  void makeOutlets();
+  void connectActions();
+
+  std::unique_ptr<platform::InterfaceOwner> owner_;
+  std::unique_ptr<Ui::MainInterface> file_;
+  std::unique_ptr<QWidget> canvas_;
+  std::unique_ptr<QWidget> mainWidget_;
+  std::unique_ptr<QWidget> progressWidget_;
+
+  std::unique_ptr<QtWindow> windowMain_;
+  std::unique_ptr<QtCheckBox> removeSharedCheck_;
+  std::unique_ptr<QtCheckBox> removeConfigCheck_;
+  std::unique_ptr<QtWindow> windowProgress_;
+  std::unique_ptr<QtProgressIndicator> progressBar_;
+};
+
+}  // namespace qm::linux_
