@@ -1,0 +1,81 @@
+#include "Platform/linux/LinuxPlatform.h"
+
+#include "Platform/Threads.h"
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/files/BundlePackages.h"
+#include "Platform/linux/files/LinuxItemLocks.h"
+#include "Platform/linux/system/MacLayoutDirectories.h"
+#include "Platform/linux/system/PlistPropertyLists.h"
+#include "Platform/linux/system/ProcessState.h"
+#include "Platform/linux/system/SystemClock.h"
+#include "Platform/linux/system/SystemConsole.h"
+#include "Platform/linux/system/SystemFacts.h"
+#include "Platform/linux/system/SystemUsers.h"
+#include "Platform/linux/system/UnavailableAuthorization.h"
+#include "Platform/linux/trash/FreedesktopTrash.h"
+#include "Platform/posix/PosixFileSystem.h"
+#include "Platform/posix/process/PosixTasks.h"
+
+namespace qm::linux_ {
+namespace {
+
+std::string programName(const std::optional<std::string>& executable) {
+  return executable ? foundation::lastPathComponent(*executable) : "tessaly-uninstaller";
+}
+
+/// Every service once, in the order in which they need each other.
+struct Services {
+  explicit Services(const FrontEndServices& frontEnd)
+      : executable(runningExecutable()),
+        console(clock, programName(executable)),
+        directories(users),
+        facts(propertyLists, executable),
+        authorization(console),
+        tasks(frontEnd.mainThread, frontEnd.descriptorWait) {
+    platform.authorizationServices = &authorization;
+    platform.clock = &clock;
+    platform.console = &console;
+    platform.fileSystem = &fileSystem;
+    platform.itemLocks = &itemLocks;
+    platform.mainThread = &frontEnd.mainThread;
+    platform.packages = &packages;
+    platform.propertyLists = &propertyLists;
+    platform.standardDirectories = &directories;
+    platform.systemInformation = &facts;
+    platform.tasks = &tasks;
+    platform.threads = &threads;
+    platform.trash = &trash;
+    platform.userInterface = &frontEnd.userInterface;
+    platform.users = &users;
+  }
+
+  const std::optional<std::string> executable;
+  SystemClock clock;
+  SystemConsole console;
+  SystemUsers users;
+  MacLayoutDirectories directories;
+  PlistPropertyLists propertyLists;
+  SystemFacts facts;
+  UnavailableAuthorization authorization;
+  platform::StandardThreads threads;
+  posix::PosixTasks tasks;
+  posix::PosixFileSystem fileSystem;
+  LinuxItemLocks itemLocks;
+  BundlePackages packages;
+  FreedesktopTrash trash;
+  platform::Platform platform;
+};
+
+Services* makeServices(const FrontEndServices& frontEnd) {
+  settleInheritedState();
+  return new Services(frontEnd);
+}
+
+}  // namespace
+
+const platform::Platform& linuxPlatform(const FrontEndServices& frontEnd) {
+  static Services* const services = makeServices(frontEnd);
+  return services->platform;
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+#include "Platform/Platform.h"
+#include "Platform/UserInterface.h"
+#include "Platform/posix/process/DescriptorWait.h"
+
+namespace qm::linux_ {
+
+/// What the front end brings along. All of it outlives every user.
+struct FrontEndServices {
+  platform::MainThread& mainThread;
+  platform::UserInterface& userInterface;
+  posix::DescriptorWait& descriptorWait;
+};
+
+/// The services of a Linux machine together with those of the front end. Made by the first call, which comes before
+/// any other thread exists and also settles the state that the process was started in; later calls answer the same
+/// set. Never destroyed: a worker may be inside one of the services while the process ends.
+const platform::Platform& linuxPlatform(const FrontEndServices& frontEnd);
+
+}  // namespace qm::linux_

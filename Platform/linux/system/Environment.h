@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace qm::linux_ {
+
+/// The value of an environment variable; nil when it is not set.
+std::optional<std::string> environmentValue(const char* name);
+
+/// `path` without its trailing slashes when it is absolute ("/" stays), nil otherwise.
+std::optional<std::string> absoluteFolder(std::optional<std::string> path);
+
+}  // namespace qm::linux_

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace qm::linux_ {
+
+/// The bytes of a regular file of at most `limit` bytes; nil for anything else that the path may lead to. Links are
+/// followed. Never waits for a FIFO's writer and never opens a device.
+std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit);
+
+}  // namespace qm::linux_

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <atomic>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/PropertyLists.h"
+#include "Platform/SystemInformation.h"
+
+namespace qm::linux_ {
+
+/// The value of PRETTY_NAME in the text of an os-release file; nil without one.
+std::optional<std::string> prettyName(std::string_view osRelease);
+
+/// The path that the running program was started from; nil when the system does not tell.
+std::optional<std::string> runningExecutable();
+
+/// Facts from the kernel and the distribution. The program's information dictionary is an Info.plist beside the folder
+/// of the executable (Contents/MacOS/program has Contents/Info.plist, bin/program has share/tessaly-uninstaller/
+/// Info.plist).
+class SystemFacts : public platform::SystemInformation {
+ public:
+  SystemFacts(const platform::PropertyLists& propertyLists, std::optional<std::string> executable);
+
+  /// "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64"
+  std::string operatingSystemVersion() const override;
+  int processorCount() const override;
+  std::uint64_t physicalMemory() const override;
+  std::string globallyUniqueString() const override;
+  std::optional<std::string> executablePath() const override;
+  std::optional<std::string> bundleVersion() const override;
+
+ private:
+  const platform::PropertyLists& propertyLists_;
+  const std::optional<std::string> executable_;
+  mutable std::atomic<unsigned> uniqueStrings_{0};
+};
+
+}  // namespace qm::linux_

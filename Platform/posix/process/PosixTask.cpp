@@ -1,0 +1,179 @@
+#include "Platform/posix/process/PosixTask.h"
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "Platform/posix/process/Descriptors.h"
+
+namespace qm::posix {
+
+using platform::Status;
+using platform::TaskStream;
+
+PosixTask::~PosixTask() {
+  if (process_ && !hasExited()) surroundings_->reaper.adopt(std::move(process_));
+}
+
+void PosixTask::setLaunchPath(const std::string& path) {
+  const std::scoped_lock lock(mutex_);
+  launchPath_ = path;
+}
+
+std::string PosixTask::launchPath() const {
+  const std::scoped_lock lock(mutex_);
+  return launchPath_;
+}
+
+void PosixTask::setArguments(const std::vector<std::string>& arguments) {
+  const std::scoped_lock lock(mutex_);
+  arguments_ = arguments;
+}
+
+void PosixTask::setStandardInput(TaskStream stream) { setStream(STDIN_FILENO, makeInput(stream)); }
+void PosixTask::setStandardOutput(TaskStream stream) { setStream(STDOUT_FILENO, makeOutput(stream)); }
+void PosixTask::setStandardError(TaskStream stream) { setStream(STDERR_FILENO, makeOutput(stream)); }
+
+PosixTask::Stream PosixTask::makeInput(TaskStream kind) {
+  Stream stream;
+  stream.kind = kind;
+  if (kind != TaskStream::Pipe) return stream;
+  Pipe pipe = makePipe();
+  if (!pipe.reading) stream.error = errno;
+  stream.childEnd = std::move(pipe.reading);
+  stream.writingEnd = std::move(pipe.writing);
+  return stream;
+}
+
+PosixTask::Stream PosixTask::makeOutput(TaskStream kind) {
+  Stream stream;
+  stream.kind = kind;
+  if (kind != TaskStream::Pipe) return stream;
+  Pipe pipe = makeLargestPipe();
+  if (!pipe.writing) stream.error = errno;
+  stream.childEnd = std::move(pipe.writing);
+  stream.reader = std::make_shared<PipeReader>(std::move(pipe.reading));
+  return stream;
+}
+
+void PosixTask::setStream(std::size_t number, Stream stream) {
+  const std::scoped_lock lock(mutex_);
+  streams_.at(number) = std::move(stream);
+}
+
+std::shared_ptr<platform::OutputReader> PosixTask::standardOutputReader() const { return reader(STDOUT_FILENO); }
+std::shared_ptr<platform::OutputReader> PosixTask::standardErrorReader() const { return reader(STDERR_FILENO); }
+
+std::shared_ptr<platform::OutputReader> PosixTask::reader(std::size_t number) const {
+  const std::scoped_lock lock(mutex_);
+  return streams_.at(number).reader;
+}
+
+Status PosixTask::launch() {
+  const std::scoped_lock lock(mutex_);
+  const int error = process_ ? EALREADY : start();
+  if (error == 0) return Status::success();
+  return Status::failed(error, std::generic_category().message(error));
+}
+
+int PosixTask::start() {
+  int error = streamError();
+  // The child is told from others by a descriptor. Whether there is one to be had is seen before the tool does
+  // anything.
+  ProcessHandle reserved = ProcessHandle::open(::getpid());
+  if (error == 0 && !reserved) error = errno;
+  if (error == 0) {
+    SpawnRequest request;
+    describeStreams(request);
+    pid_t child = -1;
+    error = request.spawn(launchPath_, arguments_, &child);
+    reserved = ProcessHandle();
+    if (error == 0) error = adopt(child);
+  }
+  forgetPipes(error == 0);
+  return error;
+}
+
+int PosixTask::adopt(pid_t child) {
+  process_ = ProcessHandle::open(child);
+  if (process_) return 0;
+  // Another thread took the descriptor that was kept free. The child is not reaped yet, so its id is still its own.
+  const int error = errno;
+  ::kill(child, SIGKILL);
+  while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+  }
+  return error;
+}
+
+void PosixTask::describeStreams(SpawnRequest& request) const {
+  for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+    const Stream& stream = streams_.at(static_cast<std::size_t>(number));
+    switch (stream.kind) {
+      case TaskStream::Inherited:
+        request.inherit(number);
+        break;
+      case TaskStream::NullDevice:
+        request.connectToNullDevice(number);
+        break;
+      case TaskStream::Pipe:
+        request.connect(number, stream.childEnd.get());
+        break;
+    }
+  }
+}
+
+int PosixTask::streamError() const {
+  for (const Stream& stream : streams_) {
+    if (stream.error != 0) return stream.error;
+  }
+  return 0;
+}
+
+// With the child's ends gone, its exit is the end of its output. After a failed launch the input's other end goes too.
+void PosixTask::forgetPipes(bool launched) {
+  for (Stream& stream : streams_) {
+    stream.childEnd.reset();
+    if (!launched) stream.writingEnd.reset();
+  }
+}
+
+bool PosixTask::isRunning() const {
+  const std::scoped_lock lock(mutex_);
+  return process_ && !hasExited();
+}
+
+void PosixTask::waitUntilExit() {
+  const ProcessHandle* process = processToWaitFor();
+  if (process == nullptr) return;
+  if (surroundings_->mainThread.isMainThread()) surroundings_->descriptorWait.waitUntilReadable(process->descriptor());
+  process->waitForExit();
+  const std::scoped_lock lock(mutex_);
+  hasExited();
+}
+
+const ProcessHandle* PosixTask::processToWaitFor() const {
+  const std::scoped_lock lock(mutex_);
+  return process_ && !status_ ? &process_ : nullptr;
+}
+
+int PosixTask::terminationStatus() const {
+  const std::scoped_lock lock(mutex_);
+  return process_ && hasExited() ? *status_ : 0;
+}
+
+void PosixTask::terminate() {
+  const std::scoped_lock lock(mutex_);
+  if (process_ && !status_) process_.signal(SIGTERM);
+}
+
+// Reaps the child when it has exited. With the lock held.
+bool PosixTask::hasExited() const {
+  if (!status_) status_ = process_.reap();
+  return status_.has_value();
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/MainThread.h"
+#include "Platform/Tasks.h"
+#include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/process/DescriptorWait.h"
+#include "Platform/posix/process/PipeReader.h"
+#include "Platform/posix/process/ProcessHandle.h"
+#include "Platform/posix/process/Reaper.h"
+#include "Platform/posix/process/SpawnRequest.h"
+
+namespace qm::posix {
+
+/// What every task needs of the process around it.
+struct TaskSurroundings {
+  platform::MainThread& mainThread;
+  DescriptorWait& descriptorWait;
+  Reaper reaper;
+};
+
+/// A run of a tool through posix_spawn(3). The child is reaped by whoever first asks about it after its exit, or by
+/// the reaper when the task was let go of before.
+class PosixTask : public platform::Task {
+ public:
+  explicit PosixTask(std::shared_ptr<TaskSurroundings> surroundings) : surroundings_(std::move(surroundings)) {}
+  PosixTask(const PosixTask&) = delete;
+  PosixTask& operator=(const PosixTask&) = delete;
+  ~PosixTask() override;
+
+  void setLaunchPath(const std::string& path) override;
+  std::string launchPath() const override;
+  void setArguments(const std::vector<std::string>& arguments) override;
+  void setStandardInput(platform::TaskStream stream) override;
+  void setStandardOutput(platform::TaskStream stream) override;
+  void setStandardError(platform::TaskStream stream) override;
+
+  /// A second launch fails with EALREADY.
+  platform::Status launch() override;
+  bool isRunning() const override;
+  void waitUntilExit() override;
+  int terminationStatus() const override;
+  void terminate() override;
+
+  std::shared_ptr<platform::OutputReader> standardOutputReader() const override;
+  std::shared_ptr<platform::OutputReader> standardErrorReader() const override;
+
+ private:
+  struct Stream {
+    platform::TaskStream kind = platform::TaskStream::Inherited;
+    int error = 0;                       // why there is no pipe
+    UniqueFd childEnd;                   // until the launch
+    UniqueFd writingEnd;                 // of the standard input, never written to
+    std::shared_ptr<PipeReader> reader;  // of the outputs
+  };
+
+  static Stream makeInput(platform::TaskStream kind);
+  static Stream makeOutput(platform::TaskStream kind);
+  void setStream(std::size_t number, Stream stream);
+  std::shared_ptr<platform::OutputReader> reader(std::size_t number) const;
+
+  int start();
+  int adopt(pid_t child);
+  void describeStreams(SpawnRequest& request) const;
+  int streamError() const;
+  void forgetPipes(bool launched);
+  const ProcessHandle* processToWaitFor() const;
+  bool hasExited() const;
+
+  const std::shared_ptr<TaskSurroundings> surroundings_;
+  mutable std::mutex mutex_;
+  std::string launchPath_;
+  std::vector<std::string> arguments_;
+  std::array<Stream, 3> streams_;
+  ProcessHandle process_;  // set by the launch, then unchanged
+  mutable std::optional<int> status_;
+};
+
+}  // namespace qm::posix

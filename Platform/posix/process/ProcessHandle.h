@@ -1,0 +1,40 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+
+/// A hold on one child of this process that survives the child: a process id that the system gives to somebody else
+/// is never waited for or signalled.
+class ProcessHandle {
+ public:
+  /// No process.
+  ProcessHandle() = default;
+  /// A hold on a process that cannot have been reaped yet. Without one (see `errno`) the handle is false.
+  static ProcessHandle open(pid_t process);
+
+  explicit operator bool() const { return static_cast<bool>(descriptor_); }
+
+  /// Can be read once the child has exited; for poll(2) and its like.
+  int descriptor() const { return descriptor_.get(); }
+  /// Blocks until the child has exited, and leaves it to be reaped. Any number of threads at a time.
+  void waitForExit() const;
+  /// Reaps the child when it has exited: its exit status, or the number of the signal that ended it. Nil while it
+  /// runs. A child that was reaped behind this handle's back answers `kUnknownStatus`.
+  std::optional<int> reap() const;
+  /// Sends a signal. Does nothing when the child has ended.
+  void signal(int number) const;
+
+  static constexpr int kUnknownStatus = -1;
+
+ private:
+  explicit ProcessHandle(UniqueFd descriptor) : descriptor_(std::move(descriptor)) {}
+
+  UniqueFd descriptor_;
+};
+
+}  // namespace qm::posix

@@ -1,0 +1,41 @@
+#include <sys/pidfd.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+
+#include "Platform/posix/process/Descriptors.h"
+#include "Platform/posix/process/ProcessHandle.h"
+
+namespace qm::posix {
+namespace {
+
+int waitFor(int descriptor, siginfo_t* exit, int options) {
+  int result = 0;
+  do {
+    result = ::waitid(P_PIDFD, static_cast<id_t>(descriptor), exit, options);
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+}  // namespace
+
+ProcessHandle ProcessHandle::open(pid_t process) {
+  return ProcessHandle(aboveStandardStreams(UniqueFd(::pidfd_open(process, 0))));
+}
+
+void ProcessHandle::waitForExit() const {
+  siginfo_t exit{};
+  // A failure means that the child is reaped already.
+  waitFor(descriptor(), &exit, WEXITED | WNOWAIT);
+}
+
+std::optional<int> ProcessHandle::reap() const {
+  siginfo_t exit{};
+  if (waitFor(descriptor(), &exit, WEXITED | WNOHANG) < 0) return kUnknownStatus;
+  if (exit.si_pid == 0) return std::nullopt;
+  return exit.si_status;
+}
+
+void ProcessHandle::signal(int number) const { ::pidfd_send_signal(descriptor(), number, nullptr, 0); }
+
+}  // namespace qm::posix
