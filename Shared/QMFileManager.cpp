@@ -231,7 +231,7 @@ std::string QMFileManager::uniqueFilename(const std::string& path) {
   const std::string extension = pathExtension(path);
   const std::string ending = extension.empty() ? "" : "." + extension;
   for (std::uint64_t number = 2;; ++number) {
-    std::string candidate = stem + formatted(" %lu", number) + ending;
+    std::string candidate = formatted("%@ %lu%@", stem, number, ending);
     if (!fileExistsAtPath(candidate)) return candidate;
   }
 }

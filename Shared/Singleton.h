@@ -12,6 +12,9 @@
 template <class Class>
 class Singleton {
  public:
+  Singleton(const Singleton&) = delete;
+  Singleton& operator=(const Singleton&) = delete;
+
   /// `allocWithZone:`. The one object, not yet initialised; null when it has been allocated before.
   static Class* allocWithZone() {
     const std::scoped_lock lock(classLock());
@@ -34,9 +37,6 @@ class Singleton {
  protected:
   Singleton() = default;
   ~Singleton() = default;
-  Singleton(const Singleton&) = delete;
-  Singleton& operator=(const Singleton&) = delete;
-
   /// Recursive: making the shared object allocates it under the same lock.
   static std::recursive_mutex& classLock() {
     static auto* lock = new std::recursive_mutex;  // outlives every thread

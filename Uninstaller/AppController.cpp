@@ -13,7 +13,6 @@
 #include "Shared/QMTask.h"
 
 using qm::foundation::appendingPathComponent;
-using qm::platform::ActionSender;
 using qm::platform::platform;
 
 namespace {
@@ -74,7 +73,7 @@ void AppController::trashFile(const std::optional<std::string>& path) {
   QMFileManager::trashFile(*path, kTrashLimit);
 }
 
-void AppController::cancel(const ActionSender* /*sender*/) { platform().userInterface->terminate(this); }
+void AppController::cancel(const qm::platform::ActionSender* /*sender*/) { platform().userInterface->terminate(this); }
 
 void AppController::endProgress() {
   outlets_.windowProgress->orderOut();
@@ -99,7 +98,7 @@ void AppController::trashItems(bool removeConfig) {
   }
 }
 
-void AppController::uninstall(const ActionSender* /*sender*/) {
+void AppController::uninstall(const qm::platform::ActionSender* /*sender*/) {
   outlets_.progressBar->setUsesThreadedAnimation(true);
   outlets_.progressBar->startAnimation();
   outlets_.windowProgress->makeKeyAndOrderFront();
