@@ -1,0 +1,101 @@
+#include "Platform/linux/trash/FreedesktopTrash.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/trash/MoveToTrash.h"
+
+namespace qm::linux_ {
+namespace {
+
+using platform::Status;
+
+// Asking who the user is takes longer than moving a file; within this time the answer stands.
+constexpr std::chrono::seconds kUserStands{1};
+
+std::optional<std::string> environmentDataHome() {
+  // Nothing in this program changes the environment.
+  const char* value = std::getenv("XDG_DATA_HOME");  // NOLINT(concurrency-mt-unsafe)
+  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+bool isAbsolutePath(const std::string& path) { return path.starts_with('/') && path.find('\0') == std::string::npos; }
+
+// Within the home the link is relative, so that it holds when the home is moved.
+std::string linkTarget(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home) {
+  const bool beside = !user.dataHome && foundation::deletingLastPathComponent(trashDirectory) == user.home;
+  return beside ? ".local/share/Trash/files" : home.path + "/files";
+}
+
+// A courtesy: whether it succeeds has no bearing on the item.
+void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home) {
+  struct stat found {};
+  if (::lstat(trashDirectory.c_str(), &found) == 0 || errno != ENOENT) return;
+  if (::symlink(linkTarget(trashDirectory, user, home).c_str(), trashDirectory.c_str()) != 0) return;
+}
+
+bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {
+  return foundation::appendingPathComponent(source.path, name) == trashDirectory;
+}
+
+Status itemRefused(const std::string& name) { return trashFailure(name, {EINVAL, "it is the Trash itself"}); }
+
+}  // namespace
+
+FreedesktopTrash::FreedesktopTrash(const platform::Users& users, const platform::Clock& clock)
+    : users_(users), clock_(clock), dataHome_(environmentDataHome()) {}
+
+Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                                 const std::vector<std::string>& names) {
+  const std::string first = names.empty() ? sourceFolder : names.front();
+  if (!trashDirectory) return trashFailure(first, {ENOENT, "nobody is logged in"});
+  if (!isAbsolutePath(*trashDirectory)) return trashFailure(first, {EINVAL, "the place of the Trash is not known"});
+  Outcome<SharedUser> user = userFor(*trashDirectory);
+  if (!user) return trashFailure(first, user.problem());
+  Outcome<SourceFolder> source = openSourceFolder(sourceFolder, **user);
+  if (!source) return trashFailure(first, source.problem());
+
+  FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
+  if (!acting.ok()) return trashFailure(first, itemProblem(EPERM));
+  Outcome<SharedTrashDirectory> home = finder_.homeTrash(**user);
+  if (home) showTrash(*trashDirectory, **user, **home);
+  Outcome<SharedTrashDirectory> trash = TrashFinder::trashFor(*source, **user, home, acting);
+  if (!trash) return trashFailure(first, trash.problem());
+
+  const std::string date = deletionDate();
+  for (const std::string& name : names) {
+    if (isTrashItself(*source, name, *trashDirectory)) return itemRefused(name);
+    if (const auto problem = moveToTrash(*source, name, **trash, date, acting)) return trashFailure(name, *problem);
+  }
+  return Status::success();
+}
+
+Outcome<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
+  const unsigned realUserId = users_.realUserId();
+  const auto now = clock_.monotonicNow();
+  const std::scoped_lock lock(mutex_);
+  const KnownUser& known = knownUser_;
+  const bool stands = known.user && known.realUserId == realUserId && known.trashDirectory == trashDirectory &&
+                      now - known.since < kUserStands;
+  if (stands) return known.user;
+  Outcome<TrashUser> user = findTrashUser(users_, dataHome_);
+  if (!user) return user.problem();
+  knownUser_ = {realUserId, trashDirectory, now, std::make_shared<const TrashUser>(std::move(*user))};
+  return knownUser_.user;
+}
+
+std::string FreedesktopTrash::deletionDate() {
+  const auto second = std::chrono::floor<std::chrono::seconds>(clock_.now());
+  const std::scoped_lock lock(mutex_);
+  if (knownDate_.text.empty() || knownDate_.second != second) {
+    knownDate_ = {second, foundation::isoDate(clock_.localTime(second))};
+  }
+  return knownDate_.text;
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Clock.h"
+#include "Platform/Trash.h"
+#include "Platform/Users.h"
+#include "Platform/linux/trash/TrashFinder.h"
+#include "Platform/linux/trash/TrashUser.h"
+
+namespace qm::linux_ {
+
+/// The Trash by the rules of freedesktop.org, version 1.0: the user's home trash for what lies on its
+/// volume, and a folder at the top of every other volume. The services outlive it.
+class FreedesktopTrash final : public platform::Trash {
+ public:
+  /// Reads XDG_DATA_HOME once, here.
+  FreedesktopTrash(const platform::Users& users, const platform::Clock& clock);
+
+  /// As root the work is done with the console user's rights and belongs to him; root's own rights are
+  /// used where his do not suffice to take the item from its folder. ~/.Trash is made as a link to the
+  /// home trash when nothing is there.
+  platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                           const std::vector<std::string>& names) override;
+
+ private:
+  using SharedUser = std::shared_ptr<const TrashUser>;
+  struct KnownUser {
+    unsigned realUserId = 0;
+    std::string trashDirectory;
+    std::chrono::steady_clock::time_point since;
+    SharedUser user;
+  };
+  struct KnownDate {
+    std::chrono::system_clock::time_point second;
+    std::string text;
+  };
+
+  Outcome<SharedUser> userFor(const std::string& trashDirectory);
+  std::string deletionDate();
+
+  const platform::Users& users_;
+  const platform::Clock& clock_;
+  const std::optional<std::string> dataHome_;
+  TrashFinder finder_;
+
+  std::mutex mutex_;  // guards what follows
+  KnownUser knownUser_;
+  KnownDate knownDate_;
+};
+
+}  // namespace qm::linux_

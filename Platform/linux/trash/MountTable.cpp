@@ -1,0 +1,93 @@
+#include "Platform/linux/trash/MountTable.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <cerrno>
+#include <charconv>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+namespace qm::linux_ {
+namespace {
+
+// One line of the table: "36 35 98:0 /root-within /mount-point options …".
+struct Line {
+  std::uint64_t mount = 0;
+  std::string_view point;
+};
+
+std::string_view takeUntil(std::string_view& text, char end) {
+  const std::size_t length = std::min(text.find(end), text.size());
+  const std::string_view taken = text.substr(0, length);
+  text.remove_prefix(std::min(length + 1, text.size()));
+  return taken;
+}
+
+Line parse(std::string_view line) {
+  Line result;
+  const std::string_view id = takeUntil(line, ' ');
+  std::from_chars(id.data(), id.data() + id.size(), result.mount);
+  for (int field = 0; field < 3; ++field) takeUntil(line, ' ');
+  result.point = takeUntil(line, ' ');
+  return result;
+}
+
+bool isOctal(char c) { return c >= '0' && c <= '7'; }
+
+bool startsEscape(std::string_view text) {
+  return text.size() >= 4 && text[0] == '\\' && isOctal(text[1]) && isOctal(text[2]) && isOctal(text[3]);
+}
+
+// The table writes white space and backslashes as three octal digits.
+std::string unescaped(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const bool escape = startsEscape(text);
+    result += escape ? static_cast<char>((text[1] - '0') * 64 + (text[2] - '0') * 8 + (text[3] - '0')) : text[0];
+    text.remove_prefix(escape ? 4 : 1);
+  }
+  return result;
+}
+
+bool isAtOrBelow(std::string_view path, std::string_view folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+}  // namespace
+
+std::optional<Place> placeOf(int folder, const char* name) {
+  constexpr unsigned wanted = STATX_TYPE | STATX_MODE | STATX_UID | STATX_INO | STATX_MNT_ID;
+  struct statx found {};
+  if (::statx(folder, name, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, wanted, &found) != 0) return {};
+  if ((found.stx_mask & wanted) != wanted) {
+    errno = ENOTSUP;
+    return {};
+  }
+  return Place{found.stx_mnt_id, makedev(found.stx_dev_major, found.stx_dev_minor), found.stx_ino, found.stx_uid,
+               found.stx_mode};
+}
+
+MountTable::MountTable() {
+  std::ifstream table("/proc/self/mountinfo", std::ios::binary);
+  text_.assign(std::istreambuf_iterator<char>(table), {});
+}
+
+std::optional<std::string> MountTable::mountPoint(std::uint64_t mount) const {
+  for (std::string_view rest = text_; !rest.empty();) {
+    const Line line = parse(takeUntil(rest, '\n'));
+    if (line.mount == mount) return unescaped(line.point);
+  }
+  return std::nullopt;
+}
+
+bool MountTable::hasMountBelow(const std::string& path) const {
+  for (std::string_view rest = text_; !rest.empty();) {
+    if (isAtOrBelow(unescaped(parse(takeUntil(rest, '\n')).point), path)) return true;
+  }
+  return false;
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,195 @@
+#include "Platform/linux/trash/MoveToTrash.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+#include <string_view>
+
+#include "Platform/linux/trash/RenameWithoutReplacing.h"
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/linux/trash/TrashName.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+// How often another program may snatch the name that was just found free.
+constexpr int kMostRounds = 64;
+
+// The description of an item, there for good only once the item is in its place. Nothing waits for the
+// disk: the description is made before the rename, a journal keeps that order, and after a power cut
+// either may be missing, as with any other rename.
+class InfoFile {
+ public:
+  InfoFile(int folder, std::string name) : folder_(folder), name_(std::move(name)) {}
+  InfoFile(const InfoFile&) = delete;
+  InfoFile& operator=(const InfoFile&) = delete;
+  ~InfoFile() {
+    if (made_) ::unlinkat(folder_, name_.c_str(), 0);
+  }
+
+  // Answers the error number, EEXIST when the name is in use.
+  int create(std::string_view text) {
+    UniqueFd file(
+        ::openat(folder_, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file) return errno;
+    made_ = true;
+    const ssize_t written = ::write(file.get(), text.data(), text.size());
+    if (written < 0) return errno;
+    if (static_cast<std::size_t>(written) < text.size()) return ENOSPC;
+    // Some file systems tell only now that there was no room.
+    return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+  }
+
+  void keep() { made_ = false; }
+
+ private:
+  int folder_;
+  std::string name_;
+  bool made_ = false;
+};
+
+bool isIn(std::string_view path, std::string_view folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
+bool exists(int folder, const std::string& name) {
+  struct stat found {};
+  return ::fstatat(folder, name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT;
+}
+
+bool isValidName(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+         name.find('\0') == std::string::npos;
+}
+
+bool isFolder(const Place& place) { return S_ISDIR(place.mode); }
+
+// One item on its way.
+class Move {
+ public:
+  Move(const SourceFolder& source, const std::string& name, const TrashDirectory& trash, FileSystemUser& acting)
+      : source_(source),
+        name_(name),
+        trash_(trash),
+        acting_(acting),
+        path_(source.path == "/" ? "/" + name : source.path + "/" + name) {}
+
+  std::optional<TrashProblem> run(const std::string& deletionDate) {
+    if (std::optional<TrashProblem> refusal = look()) return refusal;
+    const std::string text = trashInfoText(recordedPath(), deletionDate);
+    const int error = moveUnderFreeName(text);
+    if (error == 0) return std::nullopt;
+    return madeInfo_ ? itemProblem(error) : trashFolderProblem(error, trash_.path);
+  }
+
+ private:
+  std::optional<TrashProblem> look() {
+    if (isIn(source_.path, trash_.path)) return TrashProblem{EINVAL, "it is already in the Trash"};
+    if (isIn(trash_.path, path_)) return TrashProblem{EINVAL, "the Trash itself is in it"};
+    const int error = withRights([this] {
+      const std::optional<Place> found = placeOf(source_.fd.get(), name_.c_str());
+      if (found) item_ = *found;
+      return found ? 0 : errno;
+    });
+    if (error != 0) return itemProblem(error);
+    return holdsMount() ? std::optional(itemProblem(EBUSY)) : std::nullopt;
+  }
+
+  // The contents of a volume are not the item's own, and the system would let them go along.
+  bool holdsMount() const {
+    return item_.mount != source_.place.mount || (isFolder(item_) && MountTable().hasMountBelow(path_));
+  }
+
+  std::string_view recordedPath() const {
+    const std::string_view path = path_;
+    if (trash_.topFolder.empty()) return path;
+    return path.substr(trash_.topFolder == "/" ? 1 : trash_.topFolder.size() + 1);
+  }
+
+  int moveUnderFreeName(const std::string& text) {
+    const TrashName names(name_, trash_.nameLimit);
+    unsigned number = 1;
+    for (int round = 0; round < kMostRounds; ++round) {
+      const int error = moveAs(names.numbered(number), text);
+      if (error != EEXIST) return error;
+      number = freeNumber(number + 1, [&](unsigned candidate) { return isTaken(names.numbered(candidate)); });
+    }
+    return EEXIST;
+  }
+
+  // What lost its other half counts as well: neither is overwritten.
+  bool isTaken(const std::string& stored) const {
+    return exists(trash_.info.get(), stored + std::string(kTrashInfoSuffix)) || exists(trash_.files.get(), stored);
+  }
+
+  int moveAs(const std::string& stored, const std::string& text) {
+    InfoFile info(trash_.info.get(), stored + std::string(kTrashInfoSuffix));
+    int error = info.create(text);
+    madeInfo_ = error == 0;
+    if (error == 0) error = renameTo(stored);
+    if (error == 0) info.keep();
+    return error;
+  }
+
+  int renameTo(const std::string& stored) {
+    const auto rename = [&] {
+      return renameWithoutReplacing(source_.fd.get(), name_.c_str(), trash_.files.get(), stored.c_str());
+    };
+    const int error = withRights(rename);
+    return error == EACCES && isOwnLockedFolder() ? renameUnlocked(rename) : error;
+  }
+
+  // With the user's rights, and where they do not suffice with root's, if those may be used here.
+  int withRights(const std::function<int()>& call) {
+    const int error = call();
+    if ((error != EACCES && error != EPERM) || !source_.withRootRights) return error;
+    acting_.leave();
+    const int asRoot = call();
+    acting_.enter();
+    return asRoot;
+  }
+
+  // A folder can be moved elsewhere only by who may write in it, which its owner can always allow
+  // himself. That is done only where nothing else stands in the way.
+  bool isOwnLockedFolder() const {
+    return isFolder(item_) && item_.owner == trash_.filesPlace.owner && (item_.mode & S_IWUSR) == 0 &&
+           ::faccessat(source_.fd.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
+  }
+
+  // The folder's mode is as before afterwards, wherever it then is.
+  int renameUnlocked(const std::function<int()>& rename) const {
+    const UniqueFd folder(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::optional<Place> place = folder ? placeOf(folder.get()) : std::nullopt;
+    if (!place || !place->sameItem(item_)) return EACCES;
+    const std::string self = "/proc/self/fd/" + std::to_string(folder.get());
+    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO | S_ISUID | S_ISGID | S_ISVTX;
+    if (::chmod(self.c_str(), (place->mode & permissions) | S_IWUSR) != 0) return EACCES;
+    const int error = rename();
+    ::chmod(self.c_str(), place->mode & permissions);
+    return error;
+  }
+
+  const SourceFolder& source_;
+  const std::string& name_;
+  const TrashDirectory& trash_;
+  FileSystemUser& acting_;
+  std::string path_;
+  Place item_;
+  bool madeInfo_ = false;
+};
+
+}  // namespace
+
+std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
+                                        const TrashDirectory& trash, const std::string& deletionDate,
+                                        FileSystemUser& acting) {
+  if (!isValidName(name)) return TrashProblem{EINVAL, "that is not the name of an item"};
+  return Move(source, name, trash, acting).run(deletionDate);
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Platform/linux/trash/FileSystemUser.h"
+#include "Platform/linux/trash/SourceFolder.h"
+#include "Platform/linux/trash/TrashDirectory.h"
+#include "Platform/linux/trash/TrashProblem.h"
+
+namespace qm::linux_ {
+
+/// Moves one item of a folder into a Trash, or says why it stays. The ".trashinfo" file is written first
+/// and reserves the name; it is gone again when the item cannot follow. The calling thread works with
+/// the user's rights and goes back to root's only where those do not suffice and the folder allows it.
+std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
+                                        const TrashDirectory& trash, const std::string& deletionDate,
+                                        FileSystemUser& acting);
+
+}  // namespace qm::linux_

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/trash/TrashProblem.h"
+#include "Platform/linux/trash/TrashUser.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// The folder that an item is taken from, held by a descriptor: what happens to the path afterwards does
+/// not change where the item comes from.
+struct SourceFolder {
+  posix::UniqueFd fd;
+  Place place;
+  std::string path;  ///< absolute and without links
+  /// Root may use its own rights here: no link that a person could have planted led to the folder.
+  bool withRootRights = false;
+};
+
+/// Opens a folder by an absolute path that may lead through links. As root for somebody else, links that
+/// only root can make are followed with root's rights; from any other link on, that person's rights are
+/// all there is.
+Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
+
+/// The absolute path of what a descriptor holds, now; "" when it has none.
+std::string pathOf(int fd);
+
+}  // namespace qm::linux_

@@ -1,0 +1,65 @@
+#include "Platform/linux/trash/TrashDirectory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include "Platform/linux/trash/SourceFolder.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr mode_t kForOwnerAlone = S_IRWXU;
+
+std::size_t longestName(int folder) {
+  struct statvfs found {};
+  if (::fstatvfs(folder, &found) != 0 || found.f_namemax == 0) return NAME_MAX;
+  return std::min<std::size_t>(found.f_namemax, NAME_MAX);
+}
+
+std::string shownPath(int parent, const std::string& name) { return pathOf(parent) + "/" + name; }
+
+}  // namespace
+
+UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
+  const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
+  UniqueFd fd = open();
+  if (fd || errno != ENOENT) return fd;
+  // Somebody else may make it at the same moment; the second look decides.
+  if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
+  return open();
+}
+
+Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
+  UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
+  if (!fd) return trashFolderProblem(errno, shown);
+  const std::optional<Place> place = placeOf(fd.get());
+  if (!place) return trashFolderProblem(errno, shown);
+  if (place->owner != owner) return trashFolderProblem(EPERM, shown);
+  return fd;
+}
+
+Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
+                                                 const std::string& topFolder) {
+  const std::string shown = shownPath(parent, name);
+  Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
+  if (!trash) return trash.problem();
+  Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
+  if (!files) return files.problem();
+  Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
+  if (!info) return info.problem();
+  const std::optional<Place> filesPlace = placeOf(files->get());
+  const std::optional<Place> infoPlace = placeOf(info->get());
+  if (!filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
+  const std::size_t limit = longestName(info->get());
+  return SharedTrashDirectory(std::make_shared<const TrashDirectory>(TrashDirectory{
+      std::move(*files), std::move(*info), *filesPlace, *infoPlace, pathOf(trash->get()), topFolder, limit}));
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/trash/TrashProblem.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// A Trash that has been looked at and found to be its owner's, held by descriptors. Nothing in it
+/// changes, so any number of threads may use it.
+struct TrashDirectory {
+  posix::UniqueFd files;
+  posix::UniqueFd info;
+  Place filesPlace;
+  Place infoPlace;
+  /// Absolute and without links.
+  std::string path;
+  /// What the paths in its ".trashinfo" files are relative to; "" where they are absolute.
+  std::string topFolder;
+  /// The longest file name, in bytes.
+  std::size_t nameLimit = 0;
+};
+
+using SharedTrashDirectory = std::shared_ptr<const TrashDirectory>;
+
+/// Opens a folder in another one and makes it, for its owner alone, when nothing is there. A link, or a
+/// folder of somebody else, is refused. `shown` names it in the problem.
+Outcome<posix::UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown);
+
+/// The same without a word about who owns it; a link is followed unless `flags` say O_NOFOLLOW.
+posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags);
+
+/// Opens the Trash `name` of `parent` with its two folders and makes what is missing.
+Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
+                                                 const std::string& topFolder);
+
+}  // namespace qm::linux_

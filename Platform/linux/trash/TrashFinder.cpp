@@ -1,0 +1,153 @@
+#include "Platform/linux/trash/TrashFinder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "Platform/foundation/PathComponents.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+using TrashOutcome = Outcome<SharedTrashDirectory>;
+
+constexpr const char* kDataFolder = "/.local/share";
+
+std::string dataFolder(const TrashUser& user) { return user.dataHome.value_or(user.home + kDataFolder); }
+
+// Where the folders that may have to be made begin: an existing home, or the root when the data folder
+// is the environment's choice.
+UniqueFd openAnchor(const TrashUser& user) {
+  const std::string anchor = user.dataHome ? "/" : user.home;
+  return UniqueFd(::open(anchor.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// For another person the way below his home must be without links: root follows none that he planted.
+Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
+  UniqueFd at = openAnchor(user);
+  std::string shown = user.dataHome ? "" : user.home;
+  for (const std::string& component : foundation::pathComponents(user.dataHome.value_or(kDataFolder))) {
+    if (!at) break;
+    if (component == "/") continue;
+    shown += "/" + component;
+    at = openOrMakeFolder(at.get(), component, user.forAnother ? O_NOFOLLOW : 0);
+  }
+  if (!at) return trashFolderProblem(errno, shown);
+  return at;
+}
+
+bool leadsTo(const std::string& path, const Place& place) {
+  const std::optional<Place> found = placeOf(AT_FDCWD, path.c_str());
+  return found && found->sameItem(place) && found->owner == place.owner;
+}
+
+bool isCurrent(const TrashDirectory& trash, const std::string& folder) {
+  return leadsTo(folder + "/files", trash.filesPlace) && leadsTo(folder + "/info", trash.infoPlace);
+}
+
+bool onVolumeOf(const std::string& folder, const SourceFolder& source) {
+  const std::optional<Place> place = placeOf(AT_FDCWD, (folder + "/.").c_str());
+  return place && place->sameVolume(source.place);
+}
+
+// A volume's Trash, either the one that its administrator set up for everybody or the user's own.
+class VolumeTrash {
+ public:
+  VolumeTrash(UniqueFd top, std::string path, const TrashUser& user, FileSystemUser& acting)
+      : top_(std::move(top)), path_(std::move(path)), user_(user), acting_(acting) {}
+
+  TrashOutcome open() {
+    TrashOutcome shared = openShared();
+    return shared ? shared : openOwn();
+  }
+
+ private:
+  std::string userNumber() const { return std::to_string(user_.identity.uid); }
+  std::string ownName() const { return ".Trash-" + userNumber(); }
+
+  // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
+  TrashOutcome openShared() {
+    const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::optional<Place> place = shared ? placeOf(shared.get()) : std::nullopt;
+    if (!place || (place->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
+    return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_);
+  }
+
+  TrashOutcome openOwn() {
+    TrashOutcome own = openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
+    if (own || own.problem().code != EACCES || !user_.forAnother || !makeAsRoot()) return own;
+    return openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
+  }
+
+  // A top folder that root alone can write to: nobody can step in between making and giving away.
+  bool makeAsRoot() {
+    const std::optional<Place> top = placeOf(top_.get());
+    if (!top || top->owner != 0 || (top->mode & (S_IWGRP | S_IWOTH)) != 0) return false;
+    acting_.leave();
+    const bool made = makeAndGive();
+    acting_.enter();
+    return made && acting_.ok();
+  }
+
+  bool makeAndGive() const {
+    const std::string name = ownName();
+    const FileSystemIdentity& to = user_.identity;
+    return ::mkdirat(top_.get(), name.c_str(), S_IRWXU) == 0 &&
+           ::fchownat(top_.get(), name.c_str(), to.uid, to.gid, AT_SYMLINK_NOFOLLOW) == 0;
+  }
+
+  UniqueFd top_;
+  std::string path_;
+  const TrashUser& user_;
+  FileSystemUser& acting_;
+};
+
+TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
+  const std::optional<std::string> path = MountTable().mountPoint(source.place.mount);
+  if (!path) return itemProblem(EXDEV);
+  UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!top) return trashFolderProblem(errno, *path);
+  const std::optional<Place> place = placeOf(top.get());
+  // Another volume may be attached on top of this one, which cannot be reached then.
+  if (!place || place->mount != source.place.mount) return itemProblem(EXDEV);
+  return VolumeTrash(std::move(top), *path, user, acting).open();
+}
+
+}  // namespace
+
+TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
+  const uid_t owner = user.identity.uid;
+  const std::string folder = dataFolder(user) + "/Trash";
+  if (SharedTrashDirectory known = remembered(owner, folder)) return known;
+  Outcome<UniqueFd> data = openDataFolder(user);
+  if (!data) return data.problem();
+  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", owner, "");
+  if (trash) remember({owner, folder, *trash});
+  return trash;
+}
+
+TrashOutcome TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, TrashOutcome& home,
+                                   FileSystemUser& acting) {
+  if (home ? (*home)->filesPlace.sameVolume(source.place) : onVolumeOf(user.home, source)) return home;
+  return volumeTrash(source, user, acting);
+}
+
+SharedTrashDirectory TrashFinder::remembered(uid_t owner, const std::string& folder) {
+  SharedTrashDirectory known;
+  {
+    const std::scoped_lock lock(mutex_);
+    if (home_.owner == owner && home_.folder == folder) known = home_.trash;
+  }
+  return known && isCurrent(*known, folder) ? known : nullptr;
+}
+
+void TrashFinder::remember(Home home) {
+  const std::scoped_lock lock(mutex_);
+  home_ = std::move(home);
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,38 @@
+#include "Platform/linux/trash/TrashInfo.h"
+
+namespace qm::linux_ {
+namespace {
+
+bool standsForItself(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
+         c == '.' || c == '~' || c == '/';
+}
+
+void appendEncoded(std::string& text, char c) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  const auto byte = static_cast<unsigned char>(c);
+  text += '%';
+  text += digits[byte >> 4U];
+  text += digits[byte & 15U];
+}
+
+}  // namespace
+
+std::string percentEncoded(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size());
+  for (const char c : bytes) {
+    if (standsForItself(c)) {
+      text += c;
+    } else {
+      appendEncoded(text, c);
+    }
+  }
+  return text;
+}
+
+std::string trashInfoText(std::string_view path, const std::string& deletionDate) {
+  return "[Trash Info]\nPath=" + percentEncoded(path) + "\nDeletionDate=" + deletionDate + "\n";
+}
+
+}  // namespace qm::linux_

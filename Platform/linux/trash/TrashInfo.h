@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace qm::linux_ {
+
+/// The ending of the file that describes an item in the Trash.
+inline constexpr std::string_view kTrashInfoSuffix = ".trashinfo";
+
+/// Any bytes as the text of a URL path: letters, digits, "-", "_", ".", "~" and "/" stand for
+/// themselves, everything else is written "%XX".
+std::string percentEncoded(std::string_view bytes);
+
+/// The contents of a ".trashinfo" file. `path` is absolute in the home trash and relative to the
+/// volume's top folder in a volume's trash.
+std::string trashInfoText(std::string_view path, const std::string& deletionDate);
+
+}  // namespace qm::linux_

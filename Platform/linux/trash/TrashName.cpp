@@ -1,0 +1,56 @@
+#include "Platform/linux/trash/TrashName.h"
+
+#include <algorithm>
+
+#include "Platform/linux/trash/TrashInfo.h"
+
+namespace qm::linux_ {
+namespace {
+
+// What follows the last dot is part of the name's body when it is this long: it says nothing then
+// about what kind of file it is.
+constexpr std::size_t kLongestExtension = 64;
+
+std::size_t extensionStart(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  const bool none = dot == std::string_view::npos || dot == 0 || name.size() - dot > kLongestExtension;
+  return none ? name.size() : dot;
+}
+
+bool continuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; }
+
+// The first `length` bytes or up to three fewer, so that no UTF-8 character is cut.
+std::string_view cutBetweenCharacters(std::string_view text, std::size_t length) {
+  if (text.size() <= length) return text;
+  std::size_t end = length;
+  while (end > 0 && length - end < 3 && continuesCharacter(text[end])) --end;
+  return text.substr(0, continuesCharacter(text[end]) ? length : end);
+}
+
+}  // namespace
+
+TrashName::TrashName(std::string_view name, std::size_t limit)
+    : base_(name.substr(0, extensionStart(name))),
+      extension_(name.substr(base_.size())),
+      longest_(limit - std::min(limit, kTrashInfoSuffix.size())) {}
+
+std::string TrashName::numbered(unsigned number) const {
+  const std::string ending = (number > 1 ? " " + std::to_string(number) : "") + extension_;
+  return std::string(cutBetweenCharacters(base_, longest_ - std::min(longest_, ending.size()))) + ending;
+}
+
+unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken) {
+  unsigned taken = first - 1;
+  unsigned open = first;
+  for (unsigned step = 1; isTaken(open); step *= 2) {
+    taken = open;
+    open += step;
+  }
+  while (open - taken > 1) {
+    const unsigned middle = taken + (open - taken) / 2;
+    (isTaken(middle) ? taken : open) = middle;
+  }
+  return open;
+}
+
+}  // namespace qm::linux_

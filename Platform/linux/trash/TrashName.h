@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace qm::linux_ {
+
+/// The names that an item may get in the Trash: its own first, then "name 2.ext", "name 3.ext" …
+/// A name that is too long for its ".trashinfo" file is shortened before its extension, between two
+/// characters where it is UTF-8.
+class TrashName {
+ public:
+  /// `limit` is the longest file name of the volume, in bytes.
+  TrashName(std::string_view name, std::size_t limit);
+
+  /// Number 1 is the name without a number.
+  std::string numbered(unsigned number) const;
+
+ private:
+  std::string base_;
+  std::string extension_;  // with its dot
+  std::size_t longest_;
+};
+
+/// A number from `first` on that is not taken, found with few questions: about twice the logarithm of
+/// how many are taken in a row. It is the smallest one when the taken numbers have no gaps.
+unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken);
+
+}  // namespace qm::linux_

@@ -1,0 +1,71 @@
+#include "Platform/linux/trash/TrashProblem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+namespace qm::linux_ {
+namespace {
+
+std::string systemWords(int code) { return "of a system error (" + std::generic_category().message(code) + ")"; }
+
+std::string itemWords(int code) {
+  switch (code) {
+    case ENOENT:
+      return "it doesn’t exist";
+    case EACCES:
+      return "you don’t have permission to move it";
+    case EPERM:
+      return "it is locked or belongs to somebody else";
+    case EBUSY:
+      return "a volume is mounted there";
+    case EROFS:
+      return "its volume can’t be changed";
+    case EXDEV:
+      return "its volume has no Trash that it can be moved to";
+    case ENOSPC:
+    case EDQUOT:
+      return "there is no space left on its volume";
+    default:
+      return systemWords(code);
+  }
+}
+
+std::string folderWords(int code, const std::string& quoted) {
+  switch (code) {
+    case EACCES:
+      return "you don’t have permission to use the Trash folder " + quoted;
+    case EPERM:
+      return "the Trash folder " + quoted + " belongs to somebody else";
+    case ENOTDIR:
+    case ELOOP:
+      return quoted + " is not a real folder";
+    default:
+      return itemWords(code);
+  }
+}
+
+bool isControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7f;
+}
+
+std::string quotedForPeople(std::string name) {
+  std::replace_if(name.begin(), name.end(), isControl, '?');
+  return "“" + name + "”";
+}
+
+}  // namespace
+
+TrashProblem itemProblem(int code) { return {code, itemWords(code)}; }
+
+TrashProblem trashFolderProblem(int code, const std::string& folder) {
+  return {code, folderWords(code, quotedForPeople(folder))};
+}
+
+platform::Status trashFailure(const std::string& name, const TrashProblem& problem) {
+  return platform::Status::failed(
+      problem.code, quotedForPeople(name) + " couldn’t be moved to the Trash because " + problem.because + ".");
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Platform/Users.h"
+#include "Platform/linux/trash/FileSystemUser.h"
+#include "Platform/linux/trash/TrashProblem.h"
+
+namespace qm::linux_ {
+
+/// The person whose Trash is meant.
+struct TrashUser {
+  FileSystemIdentity identity;
+  std::string home;
+  /// Where the home trash lies, when the environment says so; else it is below `home`.
+  std::optional<std::string> dataHome;
+  /// The process runs as root and works for somebody else.
+  bool forAnother = false;
+};
+
+/// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
+/// counts only where the environment is that person's own.
+Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome);
+
+}  // namespace qm::linux_
