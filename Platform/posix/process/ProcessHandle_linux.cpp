@@ -1,5 +1,6 @@
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 
@@ -8,6 +9,11 @@
 
 namespace qm::posix {
 namespace {
+
+// The C library's own header for these two calls cannot be used from C++ before its version 2.37.
+int openDescriptor(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0U)); }
+
+void sendSignal(int descriptor, int number) { ::syscall(SYS_pidfd_send_signal, descriptor, number, nullptr, 0U); }
 
 int waitFor(int descriptor, siginfo_t* exit, int options) {
   int result = 0;
@@ -20,7 +26,7 @@ int waitFor(int descriptor, siginfo_t* exit, int options) {
 }  // namespace
 
 ProcessHandle ProcessHandle::open(pid_t process) {
-  return ProcessHandle(aboveStandardStreams(UniqueFd(::pidfd_open(process, 0))));
+  return ProcessHandle(aboveStandardStreams(UniqueFd(openDescriptor(process))));
 }
 
 void ProcessHandle::waitForExit() const {
@@ -36,6 +42,6 @@ std::optional<int> ProcessHandle::reap() const {
   return exit.si_status;
 }
 
-void ProcessHandle::signal(int number) const { ::pidfd_send_signal(descriptor(), number, nullptr, 0); }
+void ProcessHandle::signal(int number) const { sendSignal(descriptor(), number); }
 
 }  // namespace qm::posix
