@@ -1,0 +1,183 @@
+"""Compares a throw-away machine's disk with what the run must have left.
+
+    verify.py BEFORE AFTER --user NUMBER --home FOLDER [--moved PATH[=TRASH]]... [--removed PATH]...
+
+BEFORE and AFTER are snapshots. Every item "moved" must be in the home trash (or in the TRASH given),
+whole and unchanged, with a .trashinfo that leads back; everything "removed" must be gone; and nothing else
+on the disk may differ. Prints what is wrong and answers 1, or prints nothing and answers 0.
+"""
+
+import argparse
+import datetime
+import json
+import os
+import re
+import sys
+import urllib.parse
+
+# What a toolkit may leave behind for itself.
+TOOLKIT = re.compile(r"/(home/\w+|root)/\.cache(/fontconfig.*)?$|/tmp/runtime-\w+$")
+PRIVATE_DIRECTORY, PRIVATE_FILE, LINK = "0o40700", "0o100600", "0o120777"
+INFO = re.compile(r"\[Trash Info\]\nPath=([^\n]+)\nDeletionDate=(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d)\n\Z")
+
+
+def parent(path):
+    return os.path.dirname(path) or "/"
+
+
+def subtree(snapshot, path):
+    """What a snapshot holds at and below a path, by the path relative to it."""
+    return {key[len(path):]: value for key, value in snapshot.items() if key == path or key.startswith(path + "/")}
+
+
+class Verifier:
+    def __init__(self, before, after, user, home):
+        self.before, self.after = before, after
+        self.user, self.home = user, home
+        self.explained_new = set()
+        self.explained_gone = set()
+        self.touched_folders = set()
+        self.infos = {}
+        self.problems = []
+
+    def expect(self, holds, problem):
+        if not holds:
+            self.problems.append(problem)
+
+    # ---- the Trash
+
+    def read_trash(self, trash):
+        """The new .trashinfo files of a Trash, by the place that they lead back to."""
+        if trash in self.infos:
+            return self.infos[trash]
+        self.infos[trash] = {}
+        for path in sorted(self.after):
+            if parent(path) == trash + "/info" and path not in self.before:
+                self.read_info(trash, path)
+        self.check_trash_folders(trash)
+        return self.infos[trash]
+
+    def read_info(self, trash, path):
+        with open(path, encoding="ascii") as file:
+            match = INFO.match(file.read())
+        self.expect(match is not None, f"{path} is not a trash info file")
+        if match is None:
+            return
+        written = match.group(1)
+        self.expect(urllib.parse.quote(urllib.parse.unquote_to_bytes(written)) == written, f"{path}: escaping of {written}")
+        original = os.fsdecode(urllib.parse.unquote_to_bytes(written))
+        top = parent(trash)
+        if not original.startswith("/"):
+            original = os.path.join(top, original)
+        age = datetime.datetime.now() - datetime.datetime.fromisoformat(match.group(2))
+        self.expect(datetime.timedelta(0) <= age < datetime.timedelta(minutes=2), f"{path}: date {match.group(2)}")
+        self.expect(original not in self.infos[trash], f"two trash info files lead to {original}")
+        self.infos[trash][original] = path
+
+    def check_trash_folders(self, trash):
+        """The folders that had to be made are private, and the user's."""
+        folder = trash
+        made = {trash, trash + "/files", trash + "/info"}
+        while parent(folder) not in self.before:
+            folder = parent(folder)
+            made.add(folder)
+        for folder in sorted(made):
+            if folder in self.before:
+                continue
+            self.explained_new.add(folder)
+            self.touched_folders.add(parent(folder))
+            shown = self.after.get(folder)
+            self.expect(shown is not None, f"{folder} is missing")
+            if shown is not None:
+                self.expect(shown["owner"] == shown["group"] == self.user, f"{folder} belongs to {shown['owner']}")
+                self.expect(shown["mode"] == PRIVATE_DIRECTORY, f"{folder} has the mode {shown['mode']}")
+        self.touched_folders |= {trash + "/files", trash + "/info"}
+        self.check_shortcut()
+
+    def check_shortcut(self):
+        """~/.Trash, where it was missing, leads to the home trash."""
+        link = self.home + "/.Trash"
+        shown = self.after.get(link)
+        if link in self.before or shown is None:
+            return
+        self.explained_new.add(link)
+        self.touched_folders.add(self.home)
+        self.expect(shown["mode"] == LINK, f"{link} is no link")
+        target = os.path.join(self.home, shown["contents"])
+        self.expect(target == self.home + "/.local/share/Trash/files", f"{link} leads to {target}")
+        self.expect(shown["owner"] == self.user, f"{link} belongs to {shown['owner']}")
+
+    # ---- the expectations
+
+    def moved(self, path, trash):
+        self.expect(path in self.before, f"{path} was never there")
+        self.gone(path)
+        info = self.read_trash(trash).pop(path, None)
+        if info is None:
+            self.problems.append(f"no trash info file in {trash} leads back to {path}")
+            return
+        shown = self.after[info]
+        self.expect(shown["mode"] == PRIVATE_FILE and shown["owner"] == self.user, f"{info}: {shown}")
+        name = os.path.basename(info)[: -len(".trashinfo")]
+        kept = f"{trash}/files/{name}"
+        self.expect(name.startswith(os.path.basename(path).split(".")[0]), f"{path} is called {name} in the Trash")
+        self.expect(kept not in self.before, f"{kept} was there before")
+        was, now = subtree(self.before, path), subtree(self.after, kept)
+        for key in sorted(was.keys() | now.keys()):
+            self.expect(was.get(key) == now.get(key), f"{path}{key}: was {was.get(key)}, in the Trash {now.get(key)}")
+        self.explained_new |= {info} | {kept + key for key in now}
+
+    def gone(self, path):
+        self.expect(not os.path.lexists(path), f"{path} is still there")
+        self.explained_gone |= {path + key for key in subtree(self.before, path)}
+        self.touched_folders.add(parent(path))
+
+    def nothing_else(self):
+        for trash, left in self.infos.items():
+            self.expect(not left, f"not expected in {trash}: {sorted(left)}")
+        for path in sorted(self.before.keys() | self.after.keys()):
+            self.check_unchanged(path)
+
+    def check_unchanged(self, path):
+        was, now = self.before.get(path), self.after.get(path)
+        if was == now or path in self.explained_gone and now is None or path in self.explained_new and was is None:
+            return
+        if TOOLKIT.match(path) or (TOOLKIT.match(path + "/.cache") and self.only_time_differs(was, now)):
+            return
+        if path in self.touched_folders and self.only_time_differs(was, now):
+            return
+        self.problems.append(f"{path}: was {was}, is {now}")
+
+    @staticmethod
+    def only_time_differs(was, now):
+        return was is not None and now is not None and {**was, "time": 0} == {**now, "time": 0}
+
+
+def load(name):
+    with open(name, encoding="utf-8") as file:
+        return json.load(file)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("before")
+    parser.add_argument("after")
+    parser.add_argument("--user", type=int, required=True)
+    parser.add_argument("--home", required=True)
+    parser.add_argument("--moved", action="append", default=[])
+    parser.add_argument("--removed", action="append", default=[])
+    options = parser.parse_args()
+    verifier = Verifier(load(options.before), load(options.after), options.user, options.home)
+    for moved in options.moved:
+        path, _, trash = moved.partition("=")
+        verifier.moved(path, trash or options.home + "/.local/share/Trash")
+    for path in options.removed:
+        verifier.gone(path)
+    verifier.nothing_else()
+    for problem in verifier.problems:
+        print(problem)
+    return 1 if verifier.problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
