@@ -1,0 +1,46 @@
+#include <fcntl.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/SystemFileCalls.h"
+
+namespace qm::posix {
+
+int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
+  return errorOf(::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE));
+}
+
+int lookupFlag() { return O_PATH; }
+
+int identify(int folder, FolderIdentity& identity) {
+  struct statx found {};
+  const int flags = AT_EMPTY_PATH | AT_NO_AUTOMOUNT;
+  if (::statx(folder, "", flags, STATX_INO | STATX_MNT_ID, &found) != 0) return errno;
+  identity.device = makedev(found.stx_dev_major, found.stx_dev_minor);
+  identity.inode = found.stx_ino;
+  // A kernel without mount numbers leaves mounts to be told apart by their devices.
+  identity.mount = (found.stx_mask & STATX_MNT_ID) != 0 ? found.stx_mnt_id : 0;
+  return 0;
+}
+
+bool isProtected(int folder, const char* name) {
+  struct statx found {};
+  const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
+  if (::statx(folder, name, flags, STATX_TYPE, &found) != 0) return false;
+  return (found.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
+}
+
+ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
+  off_t fromOffset = offset, toOffset = offset;
+  return ::copy_file_range(from, &fromOffset, to, &toOffset, count, 0);
+}
+
+timespec accessTime(const struct stat& attributes) { return attributes.st_atim; }
+timespec modificationTime(const struct stat& attributes) { return attributes.st_mtim; }
+
+}  // namespace qm::posix

@@ -1,0 +1,97 @@
+#include "Platform/linux/files/LinuxItemLocks.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/posix/FileMessages.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+/// What an item is and whether it is locked, as far as a look at it tells.
+struct Look {
+  bool lockable = false;  ///< a file or a folder
+  std::optional<bool> immutable;
+};
+
+int lookAt(const std::string& path, Look& look) {
+  struct statx found {};
+  const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
+  if (::statx(AT_FDCWD, path.c_str(), flags, STATX_TYPE, &found) != 0) return errno;
+  look.lockable = S_ISREG(found.stx_mode) || S_ISDIR(found.stx_mode);
+  if ((found.stx_attributes_mask & STATX_ATTR_IMMUTABLE) != 0) {
+    look.immutable = (found.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
+  } else if (!look.lockable) {
+    look.immutable = false;
+  }
+  return 0;
+}
+
+/// Opens a file or a folder, and nothing else even when the item is replaced meanwhile: a device or a
+/// FIFO must not be waited for.
+int openItem(const std::string& path, UniqueFd& item) {
+  item.reset(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!item) return errno;
+  struct stat attributes {};
+  if (::fstat(item.get(), &attributes) != 0) return errno;
+  return S_ISREG(attributes.st_mode) || S_ISDIR(attributes.st_mode) ? 0 : EINVAL;
+}
+
+bool isUnsupported(int error) { return error == ENOTTY || error == EOPNOTSUPP || error == ENOSYS; }
+
+/// The flags of an open item. Where the file system has none, none is set.
+int readFlags(int item, unsigned& flags) {
+  flags = 0;
+  const int error = ::ioctl(item, FS_IOC_GETFLAGS, &flags) == 0 ? 0 : errno;
+  return isUnsupported(error) ? 0 : error;
+}
+
+int changeFlag(int item, bool immutable) {
+  unsigned flags = 0;
+  if (const int error = readFlags(item, flags)) return error;
+  const unsigned bit = FS_IMMUTABLE_FL;
+  const unsigned wanted = immutable ? flags | bit : flags & ~bit;
+  if (wanted == flags) return 0;
+  return ::ioctl(item, FS_IOC_SETFLAGS, &wanted) == 0 ? 0 : errno;
+}
+
+int setFlag(const std::string& path, bool immutable) {
+  if (const int error = posix::pathError(path)) return error;
+  Look look;
+  if (const int error = lookAt(path, look)) return error;
+  if (look.immutable == immutable) return 0;
+  if (!look.lockable) return EOPNOTSUPP;
+  UniqueFd item;
+  const int error = openItem(path, item);
+  return error != 0 ? error : changeFlag(item.get(), immutable);
+}
+
+}  // namespace
+
+platform::Status LinuxItemLocks::setImmutable(const std::string& path, bool immutable) {
+  const auto operation = immutable ? posix::FileOperation::Lock : posix::FileOperation::Unlock;
+  const std::string item = posix::withoutTrailingSlashes(path);
+  return posix::statusOf(operation, setFlag(item, immutable), path);
+}
+
+std::optional<bool> LinuxItemLocks::isImmutable(const std::string& path) const {
+  const std::string itself = posix::withoutTrailingSlashes(path);
+  Look look;
+  if (posix::pathError(itself) != 0 || lookAt(itself, look) != 0) return std::nullopt;
+  if (look.immutable) return look.immutable;
+  UniqueFd item;
+  unsigned flags = 0;
+  if (openItem(itself, item) != 0 || readFlags(item.get(), flags) != 0) return std::nullopt;
+  return (flags & FS_IMMUTABLE_FL) != 0;
+}
+
+}  // namespace qm::linux_

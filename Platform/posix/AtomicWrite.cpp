@@ -1,0 +1,67 @@
+#include "Platform/posix/AtomicWrite.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+
+#include "Platform/posix/FileContents.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/Publish.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+namespace {
+
+constexpr mode_t kDefaultMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// The file that is replaced; none when a link or nothing has the name.
+int lookAtOld(const Place& place, std::optional<struct stat>& old) {
+  struct stat attributes {};
+  if (::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
+    return errno == ENOENT ? 0 : errno;
+  }
+  if (S_ISDIR(attributes.st_mode)) return EISDIR;
+  if (S_ISREG(attributes.st_mode)) old = attributes;
+  return 0;
+}
+
+int takeOver(int file, const struct stat& old) {
+  // Somebody else's file becomes one's own where its owner cannot be set.
+  static_cast<void>(::fchown(file, old.st_uid, old.st_gid) == 0);
+  return errorOf(::fchmod(file, old.st_mode & kPermissions));
+}
+
+int fill(int file, std::string_view contents, const std::optional<struct stat>& old) {
+  if (const int error = writeAll(file, contents.data(), contents.size())) return error;
+  if (old) {
+    if (const int error = takeOver(file, *old)) return error;
+  }
+  return errorOf(::fsync(file));
+}
+
+}  // namespace
+
+int writeAtomically(const std::string& path, std::string_view contents) {
+  Place place;
+  if (const int error = openPlace(path, place)) return error;
+  std::optional<struct stat> old;
+  if (const int error = lookAtOld(place, old)) return error;
+  const int folder = place.folder.get();
+  const std::string name = temporaryName();
+  // Never open to more people than the old file was.
+  const mode_t mode = old ? old->st_mode & kDefaultMode : kDefaultMode;
+  const UniqueFd file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+  if (!file) return errno;
+  int error = fill(file.get(), contents, old);
+  if (error == 0) error = errorOf(::renameat(folder, name.c_str(), folder, place.name.c_str()));
+  if (error != 0) ::unlinkat(folder, name.c_str(), 0);
+  return error;
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/Status.h"
+#include "Platform/posix/FileError.h"
+
+namespace qm::posix {
+
+/// What was asked for, for the sentences that people read.
+enum class FileOperation { Move, Copy, CreateFolder, Remove, Write, Lock, Unlock };
+
+/// Success, or the failure with its sentence: `path` is the item that was named, `destination` where
+/// it was to go ("" when the operation has none).
+platform::Status statusOf(FileOperation operation, const FileError& error, const std::string& path,
+                          const std::string& destination = {});
+
+}  // namespace qm::posix

@@ -1,0 +1,47 @@
+#include "Platform/posix/FolderListing.h"
+
+#include <dirent.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+namespace qm::posix {
+namespace {
+
+struct CloseStream {
+  void operator()(DIR* stream) const { ::closedir(stream); }
+};
+
+EntryKind kindOf(const dirent& entry) {
+  if (entry.d_type == DT_UNKNOWN) return EntryKind::Unknown;
+  return entry.d_type == DT_DIR ? EntryKind::Folder : EntryKind::Other;
+}
+
+template <class Take>
+int forEachEntry(UniqueFd folder, Take take) {
+  const std::unique_ptr<DIR, CloseStream> stream(::fdopendir(folder.get()));
+  if (!stream) return errno;
+  static_cast<void>(folder.release());  // the stream closes it
+  for (;;) {
+    errno = 0;
+    const dirent* entry = ::readdir(stream.get());
+    if (entry == nullptr) return errno;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") take(*entry);
+  }
+}
+
+}  // namespace
+
+int listFolder(UniqueFd folder, std::vector<FolderEntry>& entries) {
+  return forEachEntry(std::move(folder), [&](const dirent& entry) {
+    entries.push_back({entry.d_name, kindOf(entry)});
+  });
+}
+
+int listFolder(UniqueFd folder, std::vector<std::string>& names) {
+  return forEachEntry(std::move(folder), [&](const dirent& entry) { names.emplace_back(entry.d_name); });
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+
+/// What the folder itself says about an entry. The item may have been replaced since.
+enum class EntryKind { Folder, Other, Unknown };
+
+struct FolderEntry {
+  std::string name;
+  EntryKind kind = EntryKind::Unknown;
+};
+
+/// All entries but "." and "..", in the system's order. Answers 0 or an error number.
+int listFolder(UniqueFd folder, std::vector<FolderEntry>& entries);
+int listFolder(UniqueFd folder, std::vector<std::string>& names);
+
+}  // namespace qm::posix

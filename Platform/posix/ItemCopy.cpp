@@ -1,0 +1,110 @@
+#include "Platform/posix/ItemCopy.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+
+#include "Platform/posix/FileContents.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+namespace {
+
+constexpr mode_t kPermissions = 07777;
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+
+std::array<timespec, 2> timesOf(const struct stat& attributes) {
+  return {accessTime(attributes), modificationTime(attributes)};
+}
+
+/// The process may not set it, or the file system (of a memory card, for example) has no such thing.
+bool cannotBeKept(int error) { return error == EPERM || error == EINVAL || error == ENOTSUP || error == ENOSYS; }
+
+OwnerKept copyOwner(int to, const struct stat& attributes, int& error) {
+  if (::fchown(to, attributes.st_uid, attributes.st_gid) == 0) return OwnerKept::Yes;
+  if (!cannotBeKept(errno)) error = errno;
+  // The group alone may be one of the user's.
+  static_cast<void>(::fchown(to, static_cast<uid_t>(-1), attributes.st_gid) == 0);
+  return OwnerKept::No;
+}
+
+mode_t permittedMode(const struct stat& attributes, OwnerKept ownerKept) {
+  const mode_t mode = attributes.st_mode & kPermissions;
+  return ownerKept == OwnerKept::Yes ? mode : mode & ~static_cast<mode_t>(S_ISUID | S_ISGID);
+}
+
+ItemCopyResult copyFile(ItemName from, ItemName to) {
+  const UniqueFd source(
+      ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!source) return {errno, false};
+  struct stat attributes {};
+  if (::fstat(source.get(), &attributes) != 0) return {errno, false};
+  if (!S_ISREG(attributes.st_mode)) return {ESTALE, false};
+  const UniqueFd copy(
+      ::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
+  if (!copy) return {errno, false};
+  int error = copyContents(source.get(), copy.get(), attributes);
+  if (error == 0) error = copyAttributes(source.get(), copy.get(), attributes);
+  return {error, true};
+}
+
+int readLink(ItemName link, std::string& target) {
+  std::array<char, PATH_MAX> text{};
+  const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), text.data(), text.size());
+  if (length < 0) return errno;
+  if (static_cast<std::size_t>(length) == text.size()) return ENAMETOOLONG;
+  target.assign(text.data(), static_cast<std::size_t>(length));
+  return 0;
+}
+
+/// For an item that is not opened. It was just made under a name that nobody knows, and links are not
+/// followed, so that nothing else is changed.
+int copyAttributesByName(ItemName from, ItemName to, const struct stat& attributes) {
+  const char* name = to.name.c_str();
+  const bool owned = ::fchownat(to.folder, name, attributes.st_uid, attributes.st_gid, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!owned && !cannotBeKept(errno)) return errno;
+  if (const int error = copyExtendedAttributes(from.folder, from.name, to.folder, to.name)) return error;
+  const mode_t mode = permittedMode(attributes, owned ? OwnerKept::Yes : OwnerKept::No);
+  if (!S_ISLNK(attributes.st_mode) && ::fchmodat(to.folder, name, mode, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  return errorOf(::utimensat(to.folder, name, timesOf(attributes).data(), AT_SYMLINK_NOFOLLOW));
+}
+
+ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes) {
+  std::string target;
+  if (const int error = readLink(from, target)) return {error, false};
+  if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno, false};
+  return {copyAttributesByName(from, to, attributes), true};
+}
+
+/// A FIFO, a socket or a device: made anew, not opened.
+ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes) {
+  const mode_t kind = attributes.st_mode & S_IFMT;
+  if (::mknodat(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev) != 0) return {errno, false};
+  return {copyAttributesByName(from, to, attributes), true};
+}
+
+}  // namespace
+
+ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes) {
+  if (S_ISREG(attributes.st_mode)) return copyFile(from, to);
+  if (S_ISLNK(attributes.st_mode)) return copyLink(from, to, attributes);
+  if (S_ISDIR(attributes.st_mode)) return {ESTALE, false};  // it has just taken the place of something else
+  return copyNode(from, to, attributes);
+}
+
+int copyAttributes(int from, int to, const struct stat& attributes) {
+  int error = 0;
+  // The owner first: changing it takes rights away again that were set before.
+  const OwnerKept ownerKept = copyOwner(to, attributes, error);
+  if (error != 0) return error;
+  if ((error = copyExtendedAttributes(from, to, ownerKept)) != 0) return error;
+  if (::fchmod(to, permittedMode(attributes, ownerKept)) != 0 && !cannotBeKept(errno)) return errno;
+  return errorOf(::futimens(to, timesOf(attributes).data()));
+}
+
+}  // namespace qm::posix

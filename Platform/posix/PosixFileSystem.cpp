@@ -1,0 +1,114 @@
+#include "Platform/posix/PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <climits>
+#include <utility>
+
+#include "Platform/posix/AtomicWrite.h"
+#include "Platform/posix/FileMessages.h"
+#include "Platform/posix/FolderListing.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/MakeFolders.h"
+#include "Platform/posix/Move.h"
+#include "Platform/posix/OpenFile.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TreeRemoval.h"
+
+namespace qm::posix {
+namespace {
+
+using platform::FileType;
+using platform::ItemAttributes;
+using platform::Status;
+
+/// What the path leads to, links followed; 0 when that is nothing.
+mode_t kindBehind(const std::string& path) {
+  struct stat attributes {};
+  if (pathError(path) != 0 || ::stat(path.c_str(), &attributes) != 0) return 0;
+  return attributes.st_mode & S_IFMT;
+}
+
+FileType typeOf(mode_t mode) {
+  if (S_ISREG(mode)) return FileType::Regular;
+  if (S_ISDIR(mode)) return FileType::Directory;
+  return S_ISLNK(mode) ? FileType::SymbolicLink : FileType::Other;
+}
+
+std::chrono::system_clock::time_point timePoint(const timespec& time) {
+  const auto sinceEpoch = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+  return std::chrono::system_clock::time_point(
+      std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
+}
+
+FileError removeAt(const std::string& path) {
+  Place place;
+  if (const int error = openPlace(path, place)) return error;
+  return removeTree(place.folder.get(), place.name);
+}
+
+}  // namespace
+
+bool PosixFileSystem::fileExists(const std::string& path) const { return kindBehind(path) != 0; }
+
+bool PosixFileSystem::isDirectory(const std::string& path) const { return kindBehind(path) == S_IFDIR; }
+
+bool PosixFileSystem::isExecutableFile(const std::string& path) const {
+  return kindBehind(path) == S_IFREG && ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+}
+
+std::optional<std::vector<std::string>> PosixFileSystem::contentsOfDirectory(const std::string& path) const {
+  if (pathError(path) != 0) return std::nullopt;
+  UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+  std::vector<std::string> names;
+  if (!folder || listFolder(std::move(folder), names) != 0) return std::nullopt;
+  return names;
+}
+
+std::optional<ItemAttributes> PosixFileSystem::attributesOfItem(const std::string& path) const {
+  struct stat attributes {};
+  if (pathError(path) != 0 || ::lstat(withoutTrailingSlashes(path).c_str(), &attributes) != 0) return std::nullopt;
+  ItemAttributes answer;
+  answer.type = typeOf(attributes.st_mode);
+  answer.size = static_cast<std::uint64_t>(attributes.st_size);
+  answer.modificationDate = timePoint(modificationTime(attributes));
+  return answer;
+}
+
+std::optional<std::string> PosixFileSystem::destinationOfSymbolicLink(const std::string& path) const {
+  if (pathError(path) != 0) return std::nullopt;
+  std::array<char, PATH_MAX> target{};
+  const ssize_t length = ::readlink(withoutTrailingSlashes(path).c_str(), target.data(), target.size());
+  if (length < 0) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+Status PosixFileSystem::moveItem(const std::string& source, const std::string& destination) {
+  return statusOf(FileOperation::Move, moveTree(source, destination), source, destination);
+}
+
+Status PosixFileSystem::copyItem(const std::string& source, const std::string& destination) {
+  return statusOf(FileOperation::Copy, copyTree(source, destination), source, destination);
+}
+
+Status PosixFileSystem::createDirectory(const std::string& path) {
+  return statusOf(FileOperation::CreateFolder, makeFolders(path), path);
+}
+
+Status PosixFileSystem::removeItem(const std::string& path) {
+  return statusOf(FileOperation::Remove, removeAt(path), path);
+}
+
+Status PosixFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {
+  return statusOf(FileOperation::Write, writeAtomically(path, contents), path);
+}
+
+std::shared_ptr<platform::FileHandle> PosixFileSystem::openForWriting(const std::string& path) {
+  return openFileForWriting(path);
+}
+
+}  // namespace qm::posix

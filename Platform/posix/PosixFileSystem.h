@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/FileSystem.h"
+
+namespace qm::posix {
+
+/// The plain file operations on a POSIX system. Paths that are empty, relative or hold a NUL byte name
+/// nothing and are refused where something would be changed. Slashes at the end of a path do not count
+/// where the item itself is meant.
+class PosixFileSystem : public platform::FileSystem {
+ public:
+  bool fileExists(const std::string& path) const override;
+  bool isDirectory(const std::string& path) const override;
+  bool isExecutableFile(const std::string& path) const override;
+  std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
+  std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
+  std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
+
+  platform::Status moveItem(const std::string& source, const std::string& destination) override;
+  platform::Status copyItem(const std::string& source, const std::string& destination) override;
+  platform::Status createDirectory(const std::string& path) override;
+  platform::Status removeItem(const std::string& path) override;
+
+  platform::Status writeFileAtomically(const std::string& path, std::string_view contents) override;
+  std::shared_ptr<platform::FileHandle> openForWriting(const std::string& path) override;
+};
+
+}  // namespace qm::posix

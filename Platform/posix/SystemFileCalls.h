@@ -1,0 +1,56 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+/// The few calls that each system has in its own form. Their bodies are in the system's own folder,
+/// which the build adds; everything else here is POSIX. Functions of type int answer 0 or an error
+/// number.
+namespace qm::posix {
+
+/// Renames only when nothing, not even a dangling link, has the new name. EINVAL or ENOTSUP where the
+/// file system cannot promise that (EINVAL also for a folder that would go into itself).
+int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to);
+
+/// The access mode of a folder that is opened only to name items in it; search permission is enough.
+int lookupFlag();
+
+/// Which folder a descriptor stands for, and through which mount it was reached.
+struct FolderIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  std::uint64_t mount = 0;
+
+  bool sameFolder(const FolderIdentity& other) const { return device == other.device && inode == other.inode; }
+  bool sameMount(const FolderIdentity& other) const { return device == other.device && mount == other.mount; }
+};
+int identify(int folder, FolderIdentity& identity);
+
+/// The item may not be renamed or removed, whatever the permissions say (immutable or append-only).
+bool isProtected(int folder, const char* name);
+
+/// Something is mounted on an item below the folder. False as well when the system does not tell.
+bool holdsMountPoint(int folder);
+
+/// Copies up to `count` bytes at `offset` within the kernel; -1 where that cannot be done, 0 at the end.
+ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
+
+/// Copies the extended attributes, access lists among them, as far as this process and the other
+/// file system take them. Those that grant rights to a program go only to the same owner.
+enum class OwnerKept : bool { No, Yes };
+int copyExtendedAttributes(int from, int to, OwnerKept ownerKept);
+
+/// The same for an item that cannot be opened, a link for example.
+int copyExtendedAttributes(int fromFolder, const std::string& from, int toFolder, const std::string& to);
+
+/// Takes away the access lists that a new item got from its folder.
+void dropInheritedAccess(int item);
+
+timespec accessTime(const struct stat& attributes);
+timespec modificationTime(const struct stat& attributes);
+
+}  // namespace qm::posix

@@ -1,0 +1,183 @@
+#include "Platform/posix/TreeCopy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "Platform/posix/ItemCopy.h"
+#include "Platform/posix/Publish.h"
+#include "Platform/posix/TreeRemoval.h"
+#include "Platform/posix/TreeWalk.h"
+
+namespace qm::posix {
+namespace {
+
+/// What goes wrong on the copy's side is never taken for an item that has vanished from the source.
+int destinationError(int error) { return error == ENOENT ? ESTALE : error; }
+
+/// Where files with several names were copied to, so that the copy has one file with as many.
+class CopiedFiles {
+ public:
+  const std::string* find(const struct stat& file) const {
+    const auto found = paths_.find({file.st_dev, file.st_ino});
+    return found == paths_.end() ? nullptr : &found->second;
+  }
+  void add(const struct stat& file, std::string path) {
+    paths_.emplace(std::pair(file.st_dev, file.st_ino), std::move(path));
+  }
+
+ private:
+  std::map<std::pair<dev_t, ino_t>, std::string> paths_;
+};
+
+/// Builds the copy along a walk of the source.
+class CopyVisitor : public TreeVisitor {
+ public:
+  CopyVisitor(int toFolder, std::string name) : start_(toFolder), topName_(std::move(name)) {}
+
+  int begin() { return to_.start(start_); }
+
+  /// Something of the copy is there and must be removed after a failure.
+  bool made() const { return made_; }
+
+  int entered(const FolderChain& chain, const std::string& name) override {
+    const bool top = folders_.empty();
+    if (!top && chain.identity().sameFolder(copy_)) return EINVAL;
+    struct stat attributes {};
+    if (::fstat(chain.folder(), &attributes) != 0) return errno;
+    if (const int error = makeFolder(top ? topName_ : name)) return destinationError(error);
+    if (top) beginWithTop();
+    folders_.push_back(attributes);
+    relativePath_ += (top ? "" : "/") + (top ? topName_ : name);
+    return 0;
+  }
+
+  int item(int folder, const std::string& name) override {
+    struct stat attributes {};
+    if (::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT ? 0 : errno;
+    const bool shared = S_ISREG(attributes.st_mode) && attributes.st_nlink > 1;
+    if (shared && linkToCopy(attributes, name)) return 0;
+    const ItemCopyResult result = copyNonFolder({folder, name}, {to_.folder(), name}, attributes);
+    if (result.error != 0) return destinationError(result.error);
+    if (shared) copied_.add(attributes, relativePath_ + "/" + name);
+    return 0;
+  }
+
+  int left(int, int folder, const std::string&) override {
+    UniqueFd copy;
+    if (const int error = to_.leave(copy)) return destinationError(error);
+    const struct stat attributes = folders_.back();
+    folders_.pop_back();
+    relativePath_.erase(folders_.empty() ? 0 : relativePath_.rfind('/'));
+    return destinationError(copyAttributes(folder, copy.get(), attributes));
+  }
+
+  int cannotEnter(int, const std::string&, int error) override { return error == ENOENT && made_ ? 0 : error; }
+
+ private:
+  int makeFolder(const std::string& name) {
+    if (::mkdirat(to_.folder(), name.c_str(), S_IRWXU) != 0) return errno;
+    made_ = true;
+    return to_.enter(name.c_str());
+  }
+
+  void beginWithTop() {
+    copy_ = to_.identity();
+    dropInheritedAccess(to_.folder());
+  }
+
+  /// A file that cannot be linked, for whatever reason, is copied like any other.
+  bool linkToCopy(const struct stat& file, const std::string& name) const {
+    const std::string* path = copied_.find(file);
+    return path != nullptr && ::linkat(start_, path->c_str(), to_.folder(), name.c_str(), 0) == 0;
+  }
+
+  const int start_;
+  const std::string topName_;
+  FolderChain to_;
+  FolderIdentity copy_;
+  bool made_ = false;
+  std::vector<struct stat> folders_;  ///< of the source, as they were entered
+  std::string relativePath_;          ///< of the copy's current folder
+  CopiedFiles copied_;
+};
+
+FileError copyFolder(const Place& source, int toFolder, const std::string& name, bool& made) {
+  CopyVisitor visitor(toFolder, name);
+  if (const int error = visitor.begin()) return {error, {}, FileError::Side::Destination};
+  FileError error = walkTree(source.folder.get(), source.name, visitor);
+  made = visitor.made();
+  if (error.code == EINVAL) error.side = FileError::Side::Itself;
+  return error;
+}
+
+/// Copies to a name of which nothing exists.
+FileError copyItem(const Place& source, const struct stat& attributes, int toFolder, const std::string& name,
+                   bool& made) {
+  if (S_ISDIR(attributes.st_mode)) return copyFolder(source, toFolder, name, made);
+  const ItemCopyResult result = copyNonFolder({source.folder.get(), source.name}, {toFolder, name}, attributes);
+  made = result.made;
+  return result.error;
+}
+
+bool isTaken(const Place& place) {
+  struct stat attributes {};
+  return ::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+/// The folder above; false at the root and where it cannot be told.
+bool climb(UniqueFd& folder, FolderIdentity& identity) {
+  UniqueFd above(::openat(folder.get(), "..", lookupFlag() | O_DIRECTORY | O_CLOEXEC));
+  FolderIdentity found;
+  if (!above || identify(above.get(), found) != 0 || found.sameFolder(identity)) return false;
+  folder = std::move(above);
+  identity = found;
+  return true;
+}
+
+FileError tooLongName(const Place& destination) {
+  // The copy has another name at first: what is wrong with the final one shows only at the end.
+  struct stat attributes {};
+  const bool tooLong =
+      ::fstatat(destination.folder.get(), destination.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0 &&
+      errno == ENAMETOOLONG;
+  return tooLong ? FileError(ENAMETOOLONG, {}, FileError::Side::Destination) : FileError();
+}
+
+}  // namespace
+
+bool isWithin(int folder, int parent, const std::string& name) {
+  const UniqueFd wanted(::openat(parent, name.c_str(), lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  FolderIdentity wantedIdentity, current;
+  if (!wanted || identify(wanted.get(), wantedIdentity) != 0) return false;
+  UniqueFd at(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  if (!at || identify(at.get(), current) != 0) return false;
+  do {
+    if (current.sameFolder(wantedIdentity)) return true;
+  } while (climb(at, current));
+  return false;
+}
+
+FileError copyTree(const Place& source, const Place& destination) {
+  struct stat attributes {};
+  if (::fstatat(source.folder.get(), source.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  if (isTaken(destination)) return EEXIST;
+  if (FileError error = tooLongName(destination)) return error;
+  const int folder = destination.folder.get();
+  if (S_ISDIR(attributes.st_mode) && isWithin(folder, source.folder.get(), source.name)) {
+    return {EINVAL, {}, FileError::Side::Itself};
+  }
+  const std::string name = temporaryName();
+  bool made = false;
+  FileError error = copyItem(source, attributes, folder, name, made);
+  if (!error)
+    error = {renameWithoutReplacing({folder, name}, {folder, destination.name}), {}, FileError::Side::Destination};
+  if (error && made) static_cast<void>(removeTree(folder, name, OpenUpFolders::Yes));
+  return error;
+}
+
+}  // namespace qm::posix

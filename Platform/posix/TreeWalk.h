@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/FolderChain.h"
+
+namespace qm::posix {
+
+/// What is done along a walk. Functions answer 0 to go on or the error number that ends it.
+class TreeVisitor {
+ public:
+  /// Answered by `cannotEnter` to have the folder tried once more.
+  static constexpr int kTryAgain = -1;
+
+  virtual ~TreeVisitor() = default;
+
+  /// The walk has come into the folder `name`, the last of `chain`; nothing in it was visited yet.
+  virtual int entered(const FolderChain& chain, const std::string& name) = 0;
+  /// Anything in `folder` that is no folder, as far as the listing tells.
+  virtual int item(int folder, const std::string& name) = 0;
+  /// Everything in `folder` was visited; the walk is back in `parent`.
+  virtual int left(int parent, int folder, const std::string& name) = 0;
+  /// The folder `name` cannot be opened: it has vanished, has become something else (ENOTDIR, ELOOP) or
+  /// may not be read. 0 means that it needs no visit.
+  virtual int cannotEnter(int parent, const std::string& name, int error) = 0;
+};
+
+/// Walks the folder `name` in `parent` and all that is below, by descriptor and without recursion,
+/// so that neither depth nor the length of paths is limited. Links are not followed. Every folder is
+/// listed once, before its items are visited; some of them may have vanished by then.
+FileError walkTree(int parent, const std::string& name, TreeVisitor& visitor);
+
+}  // namespace qm::posix
