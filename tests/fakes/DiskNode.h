@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Platform/FileSystem.h"
+
+namespace qm::testing {
+
+/// What a volume of the fake disk is like.
+struct VolumeKind {
+  bool readOnly = false;
+  bool caseInsensitive = false;
+  std::optional<std::uint64_t> capacity;  ///< bytes of file contents; nil for no limit
+};
+
+/// An item of the fake disk.
+struct DiskNode : std::enable_shared_from_this<DiskNode> {
+  using Entry = std::pair<std::string, std::shared_ptr<DiskNode>>;
+
+  platform::FileType type = platform::FileType::Regular;
+  std::string contents;                ///< of a file; the target of a link
+  std::vector<Entry> entries;          ///< of a folder, in the order added
+  DiskNode* folder = nullptr;          ///< the one that holds it; null for the root and for what was removed
+  std::shared_ptr<VolumeKind> volume;  ///< of a mount point
+  std::chrono::system_clock::time_point modificationDate;
+  unsigned owner = 0;
+  bool readable = true;
+  bool writable = true;
+  bool searchable = true;
+  bool executable = false;
+  bool immutable = false;
+
+  bool isFolder() const { return type == platform::FileType::Directory; }
+  bool isLink() const { return type == platform::FileType::SymbolicLink; }
+  bool isFile() const { return type == platform::FileType::Regular; }
+
+  /// The folder at which the volume of this item is mounted; null for what was removed.
+  DiskNode* mountPoint();
+  const VolumeKind& kind();
+  std::string path() const;
+  std::string name() const;
+  bool isWithin(const DiskNode& other) const;
+
+  std::shared_ptr<DiskNode> entry(std::string_view name);
+  void add(const std::string& name, const std::shared_ptr<DiskNode>& item);
+  std::shared_ptr<DiskNode> take(const DiskNode& item);
+
+  /// Bytes of the file contents here and below, on this volume.
+  std::uint64_t size() const;
+  /// A copy of the item and all below; nothing in it is immutable.
+  std::shared_ptr<DiskNode> clone() const;
+};
+
+}  // namespace qm::testing

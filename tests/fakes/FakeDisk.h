@@ -1,0 +1,143 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/FileSystem.h"
+#include "Platform/Status.h"
+#include "tests/fakes/DiskNode.h"
+#include "tests/fakes/FakeClock.h"
+
+namespace qm::testing {
+
+/// With whose rights something is done.
+enum class Access { User, Administrator };
+
+/// The answer for one of the system's error numbers; 0 is success.
+platform::Status statusOf(int error);
+
+/// A disk in memory, on which all fake services work: files, folders, links, volumes. It begins with
+/// an empty root folder. Listings come in the order in which entries were made. Links are followed as
+/// POSIX does it, up to 40 of them; paths end at 4095 bytes, names at 255. Any thread.
+class FakeDisk {
+ public:
+  explicit FakeDisk(FakeClock& clock);
+
+  // Arranging, by path, without regard to rights. The folders above are made; what is there is replaced.
+
+  void addFile(const std::string& path, const std::string& contents = "");
+  void addExecutable(const std::string& path);
+  void addFolder(const std::string& path);
+  void addLink(const std::string& path, const std::string& target);
+  /// Mounts an empty volume on a new folder.
+  void addVolume(const std::string& path, const VolumeKind& kind = {});
+  /// Changes the volume that is mounted on a folder ("/" for the root volume).
+  void setVolumeKind(const std::string& path, const VolumeKind& kind);
+  void remove(const std::string& path);
+
+  // The item itself; a link is not followed. The item must be there.
+
+  /// A file that may be read, a folder that may be listed; by the user.
+  void setReadable(const std::string& path, bool readable) { node(path).readable = readable; }
+  /// A file that may be written, a folder whose entries may be changed; by the user.
+  void setWritable(const std::string& path, bool writable) { node(path).writable = writable; }
+  /// A folder through which paths may lead; for the user.
+  void setSearchable(const std::string& path, bool searchable) { node(path).searchable = searchable; }
+  void setExecutable(const std::string& path, bool executable) { node(path).executable = executable; }
+  void setLocked(const std::string& path, bool immutable) { node(path).immutable = immutable; }
+  void setOwner(const std::string& path, unsigned owner) { node(path).owner = owner; }
+  void setModificationDate(const std::string& path, std::chrono::system_clock::time_point date) {
+    node(path).modificationDate = date;
+  }
+
+  /// Makes the user one for whom rights do not count.
+  void setSuperuser(bool superuser);
+  /// The number that new items get as their owner.
+  void setUser(unsigned number);
+
+  /// The item is removed, or a file is made, when the fake clock has moved by so much from now.
+  void disappearAfter(const std::string& path, FakeClock::Span span);
+  void appearAfter(const std::string& path, FakeClock::Span span, const std::string& contents = "");
+
+  // Looking, without regard to rights. The item itself; a link is not followed.
+
+  bool has(const std::string& path);
+  /// The bytes of a file; nil when there is none.
+  std::optional<std::string> fileContents(const std::string& path);
+  std::optional<std::string> linkTarget(const std::string& path);
+  unsigned owner(const std::string& path) { return node(path).owner; }
+  bool isLocked(const std::string& path) { return node(path).immutable; }
+  /// Everything below a folder, sorted: "/a/file", "/a/folder/", "/a/link -> target".
+  std::vector<std::string> tree(const std::string& path = "/");
+
+  // Operations with rights and the system's error numbers (0 is success), for the services and for the
+  // effects of tools.
+
+  bool exists(const std::string& path, Access access = Access::User);
+  bool isDirectory(const std::string& path, Access access = Access::User);
+  bool isExecutableFile(const std::string& path);
+  std::optional<std::vector<std::string>> list(const std::string& path, Access access = Access::User);
+  std::optional<platform::ItemAttributes> attributes(const std::string& path);
+  std::optional<std::string> target(const std::string& path);
+  /// The folder on which the volume of an item, or of the folder where it would be, is mounted.
+  std::string mountPointOf(const std::string& path);
+
+  int move(const std::string& source, const std::string& destination, Access access = Access::User);
+  int copy(const std::string& source, const std::string& destination, Access access = Access::User);
+  int makeFolders(const std::string& path, Access access = Access::User);
+  int makeLink(const std::string& path, const std::string& target, Access access = Access::User);
+  int removeTree(const std::string& path, Access access = Access::User);
+  int writeFile(const std::string& path, std::string_view contents, Access access = Access::User);
+  int setImmutable(const std::string& path, bool immutable);
+  std::optional<bool> isImmutable(const std::string& path);
+  /// Sets the time of an item to now.
+  int touch(const std::string& path);
+
+  /// An open file, which stays when its name goes.
+  std::shared_ptr<DiskNode> open(const std::string& path);
+  std::size_t length(const DiskNode& file);
+  /// Writes into an open file, as much as the volume holds.
+  int write(DiskNode& file, std::size_t position, std::string_view data);
+
+ private:
+  struct Place;
+  enum class Follow { No, Yes };
+  struct Planned {
+    std::string path;
+    FakeClock::Span time;
+    std::optional<std::string> contents;  // nil: it disappears
+  };
+  using Lock = std::unique_lock<std::recursive_mutex>;
+
+  Lock settled();
+  DiskNode& node(const std::string& path);
+  Place find(const std::string& path, Follow follow, Access access);
+  Place walk(std::vector<std::string> rest, Follow follow, Access access);
+  bool may(bool right, Access access) const { return right || superuser_ || access == Access::Administrator; }
+  std::shared_ptr<DiskNode> make(platform::FileType type, const std::string& contents);
+  void arrange(const std::string& path, const std::shared_ptr<DiskNode>& item);
+  void changed(DiskNode& folder);
+  int folderError(DiskNode& folder, Access access) const;
+  int removalError(const DiskNode& item, Access access) const;
+  int copyError(const DiskNode& item, Access access) const;
+  int put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access);
+  int removeItem(DiskNode& item, Access access);
+  int moveAcross(const Place& from, const Place& to, Access access);
+  static int spaceError(DiskNode& folder, std::uint64_t bytes);
+  static void listTree(const DiskNode& folder, const std::string& path, std::vector<std::string>& lines);
+
+  FakeClock& clock_;
+  std::recursive_mutex mutex_;
+  std::shared_ptr<DiskNode> root_;
+  bool superuser_ = false;
+  unsigned user_ = 501;
+  std::vector<Planned> planned_;
+};
+
+}  // namespace qm::testing

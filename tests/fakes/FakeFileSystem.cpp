@@ -1,0 +1,97 @@
+#include "tests/fakes/FakeFileSystem.h"
+
+#include <utility>
+
+namespace qm::testing {
+namespace {
+
+using platform::Status;
+
+class FakeFileHandle : public platform::FileHandle {
+ public:
+  FakeFileHandle(Calls& calls, FakeDisk& disk, std::string path, std::shared_ptr<DiskNode> file)
+      : calls_(calls), disk_(disk), path_(std::move(path)), file_(std::move(file)) {}
+
+  Status seekToEndOfFile() override {
+    if (calls_.command("fileHandle.seekToEndOfFile", path_)) return calls_.failure();
+    position_ = disk_.length(*file_);
+    return Status::success();
+  }
+
+  Status writeData(std::string_view data) override {
+    if (calls_.command("fileHandle.writeData", path_, data)) return calls_.failure();
+    const int error = disk_.write(*file_, position_, data);
+    if (error == 0) position_ += data.size();
+    return statusOf(error);
+  }
+
+ private:
+  Calls& calls_;
+  FakeDisk& disk_;
+  std::string path_;
+  std::shared_ptr<DiskNode> file_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace
+
+bool FakeFileSystem::fileExists(const std::string& path) const {
+  return !calls_.question("fileSystem.fileExists", path) && disk_.exists(path);
+}
+
+bool FakeFileSystem::isDirectory(const std::string& path) const {
+  return !calls_.question("fileSystem.isDirectory", path) && disk_.isDirectory(path);
+}
+
+bool FakeFileSystem::isExecutableFile(const std::string& path) const {
+  return !calls_.question("fileSystem.isExecutableFile", path) && disk_.isExecutableFile(path);
+}
+
+std::optional<std::vector<std::string>> FakeFileSystem::contentsOfDirectory(const std::string& path) const {
+  if (calls_.question("fileSystem.contentsOfDirectory", path)) return std::nullopt;
+  return disk_.list(path);
+}
+
+std::optional<platform::ItemAttributes> FakeFileSystem::attributesOfItem(const std::string& path) const {
+  if (calls_.question("fileSystem.attributesOfItem", path)) return std::nullopt;
+  return disk_.attributes(path);
+}
+
+std::optional<std::string> FakeFileSystem::destinationOfSymbolicLink(const std::string& path) const {
+  if (calls_.question("fileSystem.destinationOfSymbolicLink", path)) return std::nullopt;
+  return disk_.target(path);
+}
+
+Status FakeFileSystem::moveItem(const std::string& source, const std::string& destination) {
+  if (calls_.command("fileSystem.moveItem", source, destination)) return calls_.failure();
+  return statusOf(disk_.move(source, destination));
+}
+
+Status FakeFileSystem::copyItem(const std::string& source, const std::string& destination) {
+  if (calls_.command("fileSystem.copyItem", source, destination)) return calls_.failure();
+  return statusOf(disk_.copy(source, destination));
+}
+
+Status FakeFileSystem::createDirectory(const std::string& path) {
+  if (calls_.command("fileSystem.createDirectory", path)) return calls_.failure();
+  return statusOf(disk_.makeFolders(path));
+}
+
+Status FakeFileSystem::removeItem(const std::string& path) {
+  if (calls_.command("fileSystem.removeItem", path)) return calls_.failure();
+  return statusOf(disk_.removeTree(path));
+}
+
+Status FakeFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {
+  if (calls_.command("fileSystem.writeFileAtomically", path, contents)) return calls_.failure();
+  return statusOf(disk_.writeFile(path, contents));
+}
+
+std::shared_ptr<platform::FileHandle> FakeFileSystem::openForWriting(const std::string& path) {
+  if (calls_.command("fileSystem.openForWriting", path)) return nullptr;
+  std::shared_ptr<DiskNode> file = disk_.open(path);
+  if (!file) return nullptr;
+  return std::make_shared<FakeFileHandle>(calls_, disk_, path, std::move(file));
+}
+
+}  // namespace qm::testing

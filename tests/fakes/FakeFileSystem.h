@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/FileSystem.h"
+#include "tests/fakes/Calls.h"
+#include "tests/fakes/FakeDisk.h"
+
+namespace qm::testing {
+
+/// The file operations on the fake disk, with the user's rights. Handles are recorded as
+/// "fileHandle.writeData(path, data)" and "fileHandle.seekToEndOfFile(path)". Failures carry the
+/// system's numbers and sentences (`statusOf`), injected ones those of `Calls::setFailure`.
+class FakeFileSystem : public platform::FileSystem {
+ public:
+  FakeFileSystem(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}
+
+  bool fileExists(const std::string& path) const override;
+  bool isDirectory(const std::string& path) const override;
+  bool isExecutableFile(const std::string& path) const override;
+  std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
+  std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
+  std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
+  platform::Status moveItem(const std::string& source, const std::string& destination) override;
+  platform::Status copyItem(const std::string& source, const std::string& destination) override;
+  platform::Status createDirectory(const std::string& path) override;
+  platform::Status removeItem(const std::string& path) override;
+  platform::Status writeFileAtomically(const std::string& path, std::string_view contents) override;
+  std::shared_ptr<platform::FileHandle> openForWriting(const std::string& path) override;
+
+ private:
+  Calls& calls_;
+  FakeDisk& disk_;
+};
+
+}  // namespace qm::testing

@@ -1,0 +1,52 @@
+#include "tests/fakes/FakeThreads.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace qm::testing {
+
+void FakeThreads::keepBodies() {
+  const std::scoped_lock lock(mutex_);
+  keeps_ = true;
+}
+
+std::size_t FakeThreads::runKept() {
+  std::vector<std::function<void()>> bodies;
+  {
+    const std::scoped_lock lock(mutex_);
+    bodies.swap(kept_);
+  }
+  for (const std::function<void()>& body : bodies) body();
+  return bodies.size();
+}
+
+bool FakeThreads::waitUntilAllEnded() {
+  std::unique_lock lock(mutex_);
+  return ended_.wait_for(lock, std::chrono::seconds(30), [&] { return running_ == 0; });
+}
+
+bool FakeThreads::detachNewThread(std::function<void()> body) {
+  if (calls_.command("threads.detachNewThread")) return false;
+  std::unique_lock lock(mutex_);
+  if (keeps_) {
+    kept_.push_back(std::move(body));
+  } else {
+    ++running_;
+    lock.unlock();
+    start(std::move(body));
+  }
+  return true;
+}
+
+void FakeThreads::start(std::function<void()> body) {
+  std::thread([this, body = std::move(body)]() mutable {
+    body();
+    body = nullptr;  // what it holds is let go of before the thread counts as ended
+    const std::scoped_lock lock(mutex_);
+    --running_;
+    ended_.notify_all();
+  }).detach();
+}
+
+}  // namespace qm::testing

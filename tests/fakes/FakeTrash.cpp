@@ -1,0 +1,110 @@
+#include "tests/fakes/FakeTrash.h"
+
+#include <cerrno>
+#include <string_view>
+
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+
+namespace qm::testing {
+namespace {
+
+using foundation::appendingPathComponent;
+using platform::Status;
+
+constexpr std::string_view informationSuffix = ".trashinfo";
+constexpr std::size_t longestName = 255;
+
+std::string percentEncoded(const std::string& path) {
+  constexpr std::string_view kept = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.~/";
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  std::string encoded;
+  for (const char character : path) {
+    if (kept.find(character) != std::string_view::npos) {
+      encoded += character;
+    } else {
+      const auto byte = static_cast<unsigned char>(character);
+      encoded.append(1, '%').append(1, digits[byte >> 4U]).append(1, digits[byte & 15U]);
+    }
+  }
+  return encoded;
+}
+
+/// The n-th name to try, short enough for the information file beside it.
+std::string numbered(const std::string& name, int number) {
+  if (number == 1 && name.size() + informationSuffix.size() <= longestName) return name;
+  const std::string extension = foundation::pathExtension(name);
+  const std::string end =
+      (number == 1 ? "" : " " + std::to_string(number)) + (extension.empty() ? "" : "." + extension);
+  std::string stem = foundation::deletingPathExtension(name);
+  const auto isInsideCharacter = [&] { return (static_cast<unsigned char>(stem.back()) & 0xC0U) == 0x80U; };
+  while (stem.size() + end.size() + informationSuffix.size() > longestName) {
+    while (isInsideCharacter()) stem.pop_back();
+    stem.pop_back();
+  }
+  return stem + end;
+}
+
+bool isSingleComponent(const std::string& name) {
+  return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
+}  // namespace
+
+Status FakeTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                          const std::vector<std::string>& names) {
+  if (calls_.command("trash.recycle", sourceFolder, trashDirectory, names)) return calls_.failure();
+  if (!trashDirectory) return calls_.failure();
+  for (const std::string& name : names) {
+    if (!isSingleComponent(name)) return statusOf(EINVAL);
+    const int error = recycleOne(appendingPathComponent(sourceFolder, name), *trashDirectory);
+    if (error != 0) return statusOf(error);
+  }
+  return Status::success();
+}
+
+int FakeTrash::recycleOne(const std::string& path, const std::string& trashDirectory) {
+  const std::string home = foundation::deletingLastPathComponent(trashDirectory);
+  const std::string top = disk_.mountPointOf(path);
+  const bool isHomeVolume = top == disk_.mountPointOf(home);
+  const std::string trash = isHomeVolume
+                                ? appendingPathComponent(home, ".local/share/Trash")
+                                : appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+  if (!disk_.attributes(path)) return ENOENT;
+  if (top == path) return EBUSY;
+  if (const int error = prepare(trash, home, trashDirectory); error != 0) return error;
+  const std::string name = freeName(trash, foundation::lastPathComponent(path));
+  const std::string informationFile = trash + "/info/" + name + std::string(informationSuffix);
+  const int noted = disk_.writeFile(informationFile, information(path, isHomeVolume ? "" : top));
+  if (noted != 0) return noted;
+  const int moved = disk_.move(path, trash + "/files/" + name);
+  if (moved != 0) disk_.remove(informationFile);
+  return moved;
+}
+
+/// Makes the folders of a trash, and the name under which the desktop's users know theirs.
+int FakeTrash::prepare(const std::string& trash, const std::string& home, const std::string& trashDirectory) {
+  if (const int error = disk_.makeFolders(trash + "/files"); error != 0) return error;
+  if (const int error = disk_.makeFolders(trash + "/info"); error != 0) return error;
+  if (trash.starts_with(home + "/") && !disk_.has(trashDirectory)) {
+    (void)disk_.makeLink(trashDirectory, trash + "/files");
+  }
+  return 0;
+}
+
+std::string FakeTrash::freeName(const std::string& trash, const std::string& name) {
+  for (int number = 1;; ++number) {
+    const std::string candidate = numbered(name, number);
+    const bool isTaken = disk_.has(trash + "/files/" + candidate) ||
+                         disk_.has(trash + "/info/" + candidate + std::string(informationSuffix));
+    if (!isTaken) return candidate;
+  }
+}
+
+std::string FakeTrash::information(const std::string& path, const std::string& top) const {
+  const std::string noted = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
+  return "[Trash Info]\nPath=" + percentEncoded(noted) +
+         "\nDeletionDate=" + foundation::isoDate(clock_.localTime(clock_.now())) + "\n";
+}
+
+}  // namespace qm::testing

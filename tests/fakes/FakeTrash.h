@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Trash.h"
+#include "tests/fakes/Calls.h"
+#include "tests/fakes/FakeClock.h"
+#include "tests/fakes/FakeDisk.h"
+#include "tests/fakes/FakeUsers.h"
+
+namespace qm::testing {
+
+/// A Trash on the fake disk, laid out as freedesktop.org has it: HOME/.local/share/Trash, where HOME
+/// holds the given `trashDirectory`, and .Trash-NUMBER at the top of other volumes, each with files/
+/// and info/. A name that is taken becomes "name 2.ext", "name 3.ext" and so on. ~/.Trash is made as a
+/// link to the home trash's files when nothing is there. Recorded as
+/// "trash.recycle(/folder, /home/u/.Trash, name)".
+class FakeTrash : public platform::Trash {
+ public:
+  FakeTrash(Calls& calls, FakeDisk& disk, const FakeClock& clock, const FakeUsers& users)
+      : calls_(calls), disk_(disk), clock_(clock), users_(users) {}
+
+  platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                           const std::vector<std::string>& names) override;
+
+ private:
+  int recycleOne(const std::string& path, const std::string& trashDirectory);
+  int prepare(const std::string& trash, const std::string& home, const std::string& trashDirectory);
+  std::string freeName(const std::string& trash, const std::string& name);
+  std::string information(const std::string& path, const std::string& top) const;
+
+  Calls& calls_;
+  FakeDisk& disk_;
+  const FakeClock& clock_;
+  const FakeUsers& users_;
+};
+
+}  // namespace qm::testing

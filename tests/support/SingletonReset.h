@@ -1,0 +1,34 @@
+#pragma once
+
+#include <mutex>
+
+#include "Shared/QMLog.h"
+#include "Shared/Singleton.h"
+
+/// Gives a test a process without the shared object of a class, and takes the one away that the test
+/// leaves behind. No other thread may use the class meanwhile.
+template <class Class>
+struct SingletonReset {
+  SingletonReset() { reset(); }
+  SingletonReset(const SingletonReset&) = delete;
+  SingletonReset& operator=(const SingletonReset&) = delete;
+  ~SingletonReset() { reset(); }
+
+  static void reset() {
+    if (Class* object = Class::shared().load(); object != nullptr) finish(*object);
+    const std::scoped_lock lock(Class::classLock());
+    delete Class::shared().exchange(nullptr);
+  }
+
+ private:
+  template <class Other>
+  static void finish(Other& /*object*/) {}
+
+  /// Twice: a message that is written may add one more, about a log that was begun anew.
+  static void finish(QMLog& log) {
+    const auto queue = log.writeQueue();
+    if (!queue) return;
+    queue->waitUntilAllOperationsAreFinished();
+    queue->waitUntilAllOperationsAreFinished();
+  }
+};
