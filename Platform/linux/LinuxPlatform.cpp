@@ -31,7 +31,8 @@ struct Services {
         directories(users),
         facts(propertyLists, executable),
         authorization(console),
-        tasks(frontEnd.mainThread, frontEnd.descriptorWait) {
+        tasks(frontEnd.mainThread, frontEnd.descriptorWait),
+        trash(users, clock) {
     platform.authorizationServices = &authorization;
     platform.clock = &clock;
     platform.console = &console;
