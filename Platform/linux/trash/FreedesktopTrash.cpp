@@ -1,5 +1,6 @@
 #include "Platform/linux/trash/FreedesktopTrash.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,7 +41,10 @@ void showTrash(const std::string& trashDirectory, const TrashUser& user, const T
 }
 
 bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {
-  return foundation::appendingPathComponent(source.path, name) == trashDirectory;
+  if (name != foundation::lastPathComponent(trashDirectory)) return false;
+  const std::optional<Place> item = placeOf(source.fd.get(), name.c_str());
+  const std::optional<Place> trash = placeOf(AT_FDCWD, trashDirectory.c_str());
+  return item && trash && item->sameItem(*trash);
 }
 
 Status itemRefused(const std::string& name) { return trashFailure(name, {EINVAL, "it is the Trash itself"}); }
@@ -76,17 +80,22 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
 }
 
 Outcome<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
-  const unsigned realUserId = users_.realUserId();
-  const auto now = clock_.monotonicNow();
-  const std::scoped_lock lock(mutex_);
-  const KnownUser& known = knownUser_;
-  const bool stands = known.user && known.realUserId == realUserId && known.trashDirectory == trashDirectory &&
-                      now - known.since < kUserStands;
-  if (stands) return known.user;
+  const KnownUser asked{users_.realUserId(), trashDirectory, clock_.monotonicNow(), nullptr};
+  if (SharedUser known = knownUser(asked)) return known;
   Outcome<TrashUser> user = findTrashUser(users_, dataHome_);
   if (!user) return user.problem();
-  knownUser_ = {realUserId, trashDirectory, now, std::make_shared<const TrashUser>(std::move(*user))};
-  return knownUser_.user;
+  auto shared = std::make_shared<const TrashUser>(std::move(*user));
+  const std::scoped_lock lock(mutex_);
+  knownUser_ = asked;
+  knownUser_.user = shared;
+  return shared;
+}
+
+FreedesktopTrash::SharedUser FreedesktopTrash::knownUser(const KnownUser& asked) {
+  const std::scoped_lock lock(mutex_);
+  const bool stands = knownUser_.realUserId == asked.realUserId && knownUser_.trashDirectory == asked.trashDirectory &&
+                      asked.since - knownUser_.since < kUserStands;
+  return stands ? knownUser_.user : nullptr;
 }
 
 std::string FreedesktopTrash::deletionDate() {

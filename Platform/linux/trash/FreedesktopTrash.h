@@ -42,6 +42,7 @@ class FreedesktopTrash final : public platform::Trash {
   };
 
   Outcome<SharedUser> userFor(const std::string& trashDirectory);
+  SharedUser knownUser(const KnownUser& asked);
   std::string deletionDate();
 
   const platform::Users& users_;

@@ -23,7 +23,10 @@ std::size_t longestName(int folder) {
   return std::min<std::size_t>(found.f_namemax, NAME_MAX);
 }
 
-std::string shownPath(int parent, const std::string& name) { return pathOf(parent) + "/" + name; }
+std::string shownPath(int parent, const std::string& name) {
+  const std::string path = pathOf(parent);
+  return (path == "/" ? "" : path) + "/" + name;
+}
 
 }  // namespace
 
@@ -54,12 +57,15 @@ Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& 
   if (!files) return files.problem();
   Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
   if (!info) return info.problem();
-  const std::optional<Place> filesPlace = placeOf(files->get());
-  const std::optional<Place> infoPlace = placeOf(info->get());
-  if (!filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
-  const std::size_t limit = longestName(info->get());
-  return SharedTrashDirectory(std::make_shared<const TrashDirectory>(TrashDirectory{
-      std::move(*files), std::move(*info), *filesPlace, *infoPlace, pathOf(trash->get()), topFolder, limit}));
+  const auto folderPlace = placeOf(trash->get());
+  const auto filesPlace = placeOf(files->get());
+  const auto infoPlace = placeOf(info->get());
+  if (!folderPlace || !filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
+  TrashDirectory result{
+      std::move(*trash), std::move(*files), std::move(*info), *folderPlace, *filesPlace, *infoPlace, "", topFolder, 0};
+  result.path = pathOf(result.folder.get());
+  result.nameLimit = longestName(result.info.get());
+  return SharedTrashDirectory(std::make_shared<const TrashDirectory>(std::move(result)));
 }
 
 }  // namespace qm::linux_

@@ -15,8 +15,10 @@ namespace qm::linux_ {
 /// A Trash that has been looked at and found to be its owner's, held by descriptors. Nothing in it
 /// changes, so any number of threads may use it.
 struct TrashDirectory {
+  posix::UniqueFd folder;
   posix::UniqueFd files;
   posix::UniqueFd info;
+  Place folderPlace;
   Place filesPlace;
   Place infoPlace;
   /// Absolute and without links.

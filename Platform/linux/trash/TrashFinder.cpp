@@ -40,18 +40,22 @@ Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
   return at;
 }
 
-bool leadsTo(const std::string& path, const Place& place) {
-  const std::optional<Place> found = placeOf(AT_FDCWD, path.c_str());
+bool leadsTo(int folder, const std::string& name, const Place& place) {
+  const std::optional<Place> found = placeOf(folder, name.c_str());
   return found && found->sameItem(place) && found->owner == place.owner;
 }
 
-bool isCurrent(const TrashDirectory& trash, const std::string& folder) {
-  return leadsTo(folder + "/files", trash.filesPlace) && leadsTo(folder + "/info", trash.infoPlace);
+bool isCurrent(const TrashDirectory& trash, const std::string& path) {
+  const int folder = trash.folder.get();
+  return leadsTo(AT_FDCWD, path, trash.folderPlace) && leadsTo(folder, "files", trash.filesPlace) &&
+         leadsTo(folder, "info", trash.infoPlace);
 }
 
-bool onVolumeOf(const std::string& folder, const SourceFolder& source) {
-  const std::optional<Place> place = placeOf(AT_FDCWD, (folder + "/.").c_str());
-  return place && place->sameVolume(source.place);
+// Without a home there is nobody to find what is in a Trash.
+bool isForHome(const SourceFolder& source, const TrashUser& user, TrashOutcome& home) {
+  if (home) return (*home)->filesPlace.sameVolume(source.place);
+  const std::optional<Place> place = placeOf(AT_FDCWD, (user.home + "/.").c_str());
+  return !place || place->sameVolume(source.place);
 }
 
 // A volume's Trash, either the one that its administrator set up for everybody or the user's own.
@@ -132,8 +136,7 @@ TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
 
 TrashOutcome TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, TrashOutcome& home,
                                    FileSystemUser& acting) {
-  if (home ? (*home)->filesPlace.sameVolume(source.place) : onVolumeOf(user.home, source)) return home;
-  return volumeTrash(source, user, acting);
+  return isForHome(source, user, home) ? home : volumeTrash(source, user, acting);
 }
 
 SharedTrashDirectory TrashFinder::remembered(uid_t owner, const std::string& folder) {

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Status.h"
+
+namespace qm::testing {
+
+enum class ItemKind { Nothing, File, Folder, Link };
+
+/// The little world in which a case of the Trash plays: the user u, number 501, at home in /home/u, on a
+/// machine of which only "/" and what the case makes are known. It is 2024-02-29 23:05:07. All paths are
+/// absolute; what is made belongs to the user.
+class TrashWorld {
+ public:
+  virtual ~TrashWorld() = default;
+
+  virtual void makeFolder(const std::string& path) = 0;
+  virtual void makeFile(const std::string& path, const std::string& contents) = 0;
+  virtual void makeLink(const std::string& path, const std::string& target) = 0;
+  /// Attaches an empty volume that the user may write to.
+  virtual void makeVolume(const std::string& path) = 0;
+  virtual void removeFile(const std::string& path) = 0;
+  /// From now on the process runs as root, with somebody at the console.
+  virtual void actAsRoot(const std::optional<std::string>& consoleUser) = 0;
+
+  /// The item itself; a link at the end is not followed.
+  virtual ItemKind kindOf(const std::string& path) = 0;
+  /// What is in a file, or what a link says.
+  virtual std::string contentsOf(const std::string& path) = 0;
+  /// The names in a folder, sorted; none when there is no folder.
+  virtual std::vector<std::string> namesIn(const std::string& folder) = 0;
+
+  /// The operation under test.
+  virtual platform::Status recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
+                                   const std::vector<std::string>& names) = 0;
+
+  /// One item, to the user's own Trash.
+  platform::Status recycle(const std::string& folder, const std::string& name) {
+    return recycle(folder, kTrashLink, {name});
+  }
+
+  static constexpr const char* kHome = "/home/u";
+  static constexpr const char* kTrashLink = "/home/u/.Trash";
+  static constexpr const char* kHomeTrash = "/home/u/.local/share/Trash";
+};
+
+}  // namespace qm::testing
