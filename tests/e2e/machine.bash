@@ -1,0 +1,212 @@
+# What scenarios are made of. Sourced on a throw-away machine, as root. Whatever goes wrong ends the
+# scenario through `fail`.
+
+support=$(dirname "${BASH_SOURCE[0]}")/../support
+verify=$(dirname "${BASH_SOURCE[0]}")/verify.py
+uninstaller=/usr/local/bin/tessaly-uninstaller
+work=/dev/shm # holds what the scenario itself writes: no snapshot looks there
+
+fail() {
+  printf 'failed: %s\n' "$*" >&2
+  [ ! -s $work/program.log ] || sed 's/^/  program: /' $work/program.log >&2
+  [ -z "${DISPLAY-}" ] || [ -z "${pictures-}" ] || import -window root "$pictures/failed-$scenario.png" || :
+  exit 1
+}
+
+# ---- waiting for what must come
+
+pause() { read -rt 0.01 <$work/never || :; }
+
+# wait_until SECONDS COMMAND...: the command succeeds within the time.
+wait_until() {
+  local end=$((${EPOCHREALTIME/./} + $1 * 1000000))
+  shift
+  until "$@"; do
+    [ "${EPOCHREALTIME/./}" -lt "$end" ] || fail "waited in vain: $*"
+    pause
+  done
+}
+
+# holds_for MILLISECONDS COMMAND...: the command succeeds all the time.
+holds_for() {
+  local end=$((${EPOCHREALTIME/./} + $1 * 1000))
+  shift
+  while [ "${EPOCHREALTIME/./}" -lt "$end" ]; do
+    "$@" || fail "did not last: $*"
+    pause
+  done
+}
+
+# ---- the machine
+
+# install USER [OPTION...]: the user that everything is about, with a sample installation.
+install() {
+  owner=$1
+  home=/home/$owner
+  number=$(id -u "$owner")
+  runtime=/run/user/$number
+  "$support/sample-installation" "$@"
+  mkdir -p "$runtime" /run/user/0
+  chown "$owner:$owner" "$runtime"
+  chmod 0700 "$runtime" /run/user/0
+}
+
+as_owner() {
+  setpriv --reuid "$owner" --regid "$owner" --init-groups \
+    env -i PATH="$PATH" LANG=C.UTF-8 HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
+    XDG_RUNTIME_DIR="$runtime" "$@"
+}
+
+process_named() {
+  local comm
+  for comm in /proc/[0-9]*/comm; do
+    [ "$(cat "$comm" 2>/dev/null)" != "$1" ] || return 0
+  done
+  return 1
+}
+no_process_named() { ! process_named "$1"; }
+
+no_zombie_of() {
+  ! grep -lE "^[0-9]+ \(.*\) Z $1 " /proc/[0-9]*/stat 2>/dev/null | grep -q .
+}
+
+start_product() {
+  as_owner /Applications/Tessaly.app/Contents/MacOS/Tessaly -f /dev/null &
+  wait_until 5 process_named Tessaly
+}
+
+# From here on the stopping of the product takes until `let_killall_go`.
+hold_killall() {
+  mv /usr/bin/killall /usr/bin/real-killall
+  mkfifo -m 0666 /run/killall-may-go
+  printf '#!/bin/bash\nread -r </run/killall-may-go\nexec /usr/bin/real-killall "$@"\n' >/usr/bin/killall
+  chmod 0755 /usr/bin/killall
+}
+let_killall_go() { echo go >/run/killall-may-go; }
+
+window_manager_runs() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
+
+start_display() {
+  Xvfb -displayfd 3 -screen 0 1280x800x24 -noreset -nolisten tcp -ac 3>$work/display 2>$work/display.log &
+  wait_until 10 test -s $work/display
+  DISPLAY=:$(cat $work/display)
+  export DISPLAY
+  openbox >$work/openbox.log 2>&1 &
+  wait_until 10 window_manager_runs
+}
+
+# ---- the program
+
+# start_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`.
+start_program() {
+  python3 "$support/snapshot.py" $work/before "${volumes[@]}"
+  local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
+    TSAN_OPTIONS=exitcode=66 "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
+  if [ -n "${as_root-}" ]; then
+    env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >$work/program.log 2>&1 &
+  else
+    as_owner "${sanitizers[@]}" "$@" $uninstaller >$work/program.log 2>&1 &
+  fi
+  program=$!
+  wait_for_window 'Uninstall Tessaly'
+}
+
+find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
+no_window() { ! find_window "$1"; }
+has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
+
+# Afterwards `window` is the window with the title, and what is typed goes there.
+wait_for_window() {
+  wait_until 15 find_window "$1"
+  wait_until 15 has_keyboard
+}
+
+# The windows have the same title; the progress window is the narrower one.
+find_progress_window() {
+  find_window 'Uninstall Tessaly' && [ "$window" != "$main_window" ]
+}
+wait_for_progress_window() {
+  main_window=$1
+  wait_until 15 find_progress_window
+  wait_until 15 has_keyboard
+}
+
+press() { xdotool key "$@"; }
+
+# click RIGHT BOTTOM: the place so far from the window's lower right corner.
+click() {
+  local WIDTH HEIGHT X Y SCREEN WINDOW
+  eval "$(xdotool getwindowgeometry --shell "$window")"
+  xdotool mousemove --window "$window" $((WIDTH - $1)) $((HEIGHT - $2)) mousedown 1 mouseup 1
+}
+click_uninstall() { click 74 31; }
+click_cancel() { click 184 31; }
+
+# The box has its mark: a few pixels as dark as text.
+preferences_are_ticked() {
+  local dark
+  dark=$(import -window "$window" -crop 16x18+24+139 +repage png:- |
+    convert png:- -colorspace gray -threshold 25% -negate -format '%[fx:round(mean*w*h)]' info:)
+  [ "$dark" -ge 12 ]
+}
+
+program_ended() { [ ! -d "/proc/$program" ] || grep -q '^[0-9]* (.*) Z ' "/proc/$program/stat" 2>/dev/null; }
+
+# The program ends by itself, without an error and leaving no child behind.
+expect_end() {
+  wait_until 20 program_ended
+  local code=0
+  wait "$program" || code=$?
+  [ $code = 0 ] || fail "the program's exit code is $code"
+  wait_until 5 no_zombie_of 1
+}
+
+# The alert comes, and OK ends the program.
+finish_run() {
+  wait_for_window 'Uninstall complete'
+  no_zombie_of "$program" || fail 'the program left a zombie'
+  picture alert
+  press Return
+  expect_end
+}
+
+# ---- what must be left
+
+items=(
+  /Applications/Quillmark/Tessaly.app /Applications/Tessaly.app
+  '@/Library/Application Support/Quillmark/Tessaly/Caches' @/Library/Caches/com.quillmark.tessaly
+  @/Library/LaunchAgents/com.quillmark.Tessaly.plist
+  @/Library/LaunchAgents/com.quillmark.TessalyProjectWatcher.plist
+  @/Library/LaunchAgents/com.quillmark.Tessaly.autosave.plist
+  @/Library/LaunchAgents/com.quillmark.OrvendelProjectWatcher.plist
+)
+preferences=(
+  @/Library/Preferences/com.quillmark.Tessaly.plist @/Library/Preferences/com.quillmark.tessaly.plist
+  /Library/Preferences/com.quillmark.Tessaly.plist /Library/Preferences/com.quillmark.tessaly.plist
+)
+volumes=()
+
+# expect_disk [--moved ITEM | --removed FOLDER]...: with that, and nothing else, done.
+expect_disk() {
+  python3 "$support/snapshot.py" $work/after "${volumes[@]}"
+  python3 "$verify" $work/before $work/after --user "$number" --home "$home" "${@//@/$home}" || fail 'the disk is not as it must be'
+}
+
+# moved ITEM...: the options for `expect_disk`, in `options`.
+options=()
+moved() {
+  local item
+  for item; do options+=(--moved "$item"); done
+}
+removed() { options+=(--removed "$1"); }
+
+# ---- pictures, where somebody wants them
+
+is_drawn() { [ "$(import -window "$window" png:- 2>/dev/null | identify -format %k png:- 2>/dev/null || echo 0)" -gt 20 ]; }
+
+# picture NAME: the window with its frame, cut out of the screen.
+picture() {
+  [ -n "${pictures-}" ] || return 0
+  wait_until 10 is_drawn
+  import -window root png:- | convert png:- -fuzz 2% -trim +repage "$pictures/$1${suffix-}.png"
+}
