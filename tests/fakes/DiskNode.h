@@ -17,7 +17,7 @@ namespace qm::testing {
 struct VolumeKind {
   bool readOnly = false;
   bool caseInsensitive = false;
-  std::optional<std::uint64_t> capacity;  ///< bytes of file contents; nil for no limit
+  std::optional<std::uint64_t> capacity{};  ///< bytes of file contents; nil for no limit
 };
 
 /// An item of the fake disk.

@@ -10,6 +10,11 @@ using platform::TaskStream;
 
 namespace {
 constexpr int terminationSignal = 15;
+
+const char* nameOf(TaskStream stream) {
+  if (stream == TaskStream::NullDevice) return "null device";
+  return stream == TaskStream::Pipe ? "pipe" : "inherited";
+}
 }  // namespace
 
 /// What a task, its readers and the alarm that ends it share.
@@ -128,12 +133,27 @@ void FakeTask::print(const std::string& piece) { run_->print(run_->output, piece
 void FakeTask::printError(const std::string& piece) { run_->print(run_->error, piece); }
 void FakeTask::exit(int status) { run_->end(status, true); }
 
-void FakeTask::setLaunchPath(const std::string& path) { run_->set(run_->path, path); }
+void FakeTask::setLaunchPath(const std::string& path) {
+  calls_.note("tasks.setLaunchPath", path);
+  run_->set(run_->path, path);
+}
 std::string FakeTask::launchPath() const { return run_->get(run_->path); }
-void FakeTask::setArguments(const std::vector<std::string>& arguments) { run_->set(run_->arguments, arguments); }
-void FakeTask::setStandardInput(TaskStream stream) { run_->set(run_->input, stream); }
-void FakeTask::setStandardOutput(TaskStream stream) { run_->set(run_->output.kind, stream); }
-void FakeTask::setStandardError(TaskStream stream) { run_->set(run_->error.kind, stream); }
+void FakeTask::setArguments(const std::vector<std::string>& arguments) {
+  calls_.note("tasks.setArguments", arguments);
+  run_->set(run_->arguments, arguments);
+}
+void FakeTask::setStandardInput(TaskStream stream) {
+  calls_.note("tasks.setStandardInput", nameOf(stream));
+  run_->set(run_->input, stream);
+}
+void FakeTask::setStandardOutput(TaskStream stream) {
+  calls_.note("tasks.setStandardOutput", nameOf(stream));
+  run_->set(run_->output.kind, stream);
+}
+void FakeTask::setStandardError(TaskStream stream) {
+  calls_.note("tasks.setStandardError", nameOf(stream));
+  run_->set(run_->error.kind, stream);
+}
 
 Status FakeTask::launch() {
   const std::string path = launchPath();

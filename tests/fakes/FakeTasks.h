@@ -20,18 +20,19 @@
 
 namespace qm::testing {
 
-/// How one run of a tool goes. Without anything said it exits with 0 at once and prints nothing.
+/// How one run of a tool goes, named member by member: {.exitStatus = 1, .standardOutput = {"text"}}. Without anything
+/// said it exits with 0 at once and prints nothing.
 struct TaskScript {
   int exitStatus = 0;
-  std::vector<std::string> standardOutput;  ///< each piece is one answer of `availableData`
-  std::vector<std::string> standardError;
-  bool closesOutputEarly = false;          ///< both streams end after the pieces, while the tool runs on
-  bool runsUntilEnded = false;             ///< until it is terminated or ended by the test
-  std::optional<FakeClock::Span> runsFor;  ///< on the fake clock
+  std::vector<std::string> standardOutput{};  ///< each piece is one answer of `availableData`
+  std::vector<std::string> standardError{};
+  bool closesOutputEarly = false;            ///< both streams end after the pieces, while the tool runs on
+  bool runsUntilEnded = false;               ///< until it is terminated or ended by the test
+  std::optional<FakeClock::Span> runsFor{};  ///< on the fake clock
   bool ignoresTermination = false;
-  std::optional<platform::Failure> launchFailure;
+  std::optional<platform::Failure> launchFailure{};
   /// What the tool does to the world when it exits by itself. Nil: what `fileCommand` knows about it.
-  ToolEffect effect;
+  ToolEffect effect{};
 };
 
 /// One task: what the program asks of it, and what the test can look at or do to it.
@@ -82,8 +83,8 @@ class FakeTask : public platform::Task {
 };
 
 /// Tasks that run nothing. Recorded as "tasks.launch(/bin/mv, -f, /a, /b)", "tasks.terminate(/bin/mv)",
-/// and among everything "tasks.waitUntilExit(/bin/mv)" and "tasks.availableData(/bin/mv, standard
-/// output)"; reading that fails answers "".
+/// and among everything "tasks.waitUntilExit(/bin/mv)", "tasks.availableData(/bin/mv, standard output)"
+/// and what a task is prepared with, as "tasks.setStandardError(null device)"; reading that fails answers "".
 class FakeTasks : public platform::Tasks {
  public:
   FakeTasks(Calls& calls, FakeMainThread& mainThread, FakeClock& clock, FakeDisk& disk)

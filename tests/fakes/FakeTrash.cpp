@@ -49,27 +49,57 @@ bool isSingleComponent(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
+bool isAtOrBelow(const std::string& path, const std::string& folder) {
+  return path == folder || path.starts_with(folder + "/");
+}
+
 }  // namespace
 
 Status FakeTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                           const std::vector<std::string>& names) {
   if (calls_.command("trash.recycle", sourceFolder, trashDirectory, names)) return calls_.failure();
-  if (!trashDirectory) return calls_.failure();
+  if (!trashDirectory || !users_.isAnybodyMeant()) return calls_.failure();
+  const std::optional<std::string> folder = realFolder(sourceFolder);
+  if (!folder) return statusOf(ENOENT);
   for (const std::string& name : names) {
     if (!isSingleComponent(name)) return statusOf(EINVAL);
-    const int error = recycleOne(appendingPathComponent(sourceFolder, name), *trashDirectory);
+    const int error = recycleOne(*folder, name, *trashDirectory);
     if (error != 0) return statusOf(error);
   }
   return Status::success();
 }
 
-int FakeTrash::recycleOne(const std::string& path, const std::string& trashDirectory) {
+/// The folder's own path, without the links that lead to it.
+std::optional<std::string> FakeTrash::realFolder(const std::string& folder) {
+  if (!folder.starts_with('/') || !disk_.isDirectory(folder, Access::Administrator)) return std::nullopt;
+  std::string path = "/";
+  std::vector<std::string> rest = foundation::pathComponents(folder);
+  while (!rest.empty()) {
+    const std::string component = rest.front();
+    rest.erase(rest.begin());
+    if (component == ".") continue;
+    std::string next = component == ".."  ? foundation::deletingLastPathComponent(path)
+                       : component == "/" ? path
+                                          : appendingPathComponent(path, component);
+    if (const auto target = disk_.linkTarget(next)) {
+      const std::vector<std::string> components = foundation::pathComponents(*target);
+      rest.insert(rest.begin(), components.begin(), components.end());
+      next = target->starts_with('/') ? "/" : path;
+    }
+    path = next;
+  }
+  return path;
+}
+
+int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName, const std::string& trashDirectory) {
+  const std::string path = appendingPathComponent(folder, itemName);
   const std::string home = foundation::deletingLastPathComponent(trashDirectory);
   const std::string top = disk_.mountPointOf(path);
   const bool isHomeVolume = top == disk_.mountPointOf(home);
   const std::string trash = isHomeVolume
                                 ? appendingPathComponent(home, ".local/share/Trash")
                                 : appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+  if (isAtOrBelow(folder, trash) || isAtOrBelow(trash, path) || path == trashDirectory) return EINVAL;
   if (!disk_.attributes(path)) return ENOENT;
   if (top == path) return EBUSY;
   if (const int error = prepare(trash, home, trashDirectory); error != 0) return error;
@@ -87,7 +117,7 @@ int FakeTrash::prepare(const std::string& trash, const std::string& home, const 
   if (const int error = disk_.makeFolders(trash + "/files"); error != 0) return error;
   if (const int error = disk_.makeFolders(trash + "/info"); error != 0) return error;
   if (trash.starts_with(home + "/") && !disk_.has(trashDirectory)) {
-    (void)disk_.makeLink(trashDirectory, trash + "/files");
+    (void)disk_.makeLink(trashDirectory, trash.substr(home.size() + 1) + "/files");
   }
   return 0;
 }

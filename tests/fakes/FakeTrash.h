@@ -15,7 +15,7 @@ namespace qm::testing {
 /// A Trash on the fake disk, laid out as freedesktop.org has it: HOME/.local/share/Trash, where HOME
 /// holds the given `trashDirectory`, and .Trash-NUMBER at the top of other volumes, each with files/
 /// and info/. A name that is taken becomes "name 2.ext", "name 3.ext" and so on. ~/.Trash is made as a
-/// link to the home trash's files when nothing is there. Recorded as
+/// relative link to the home trash's files when nothing is there. Recorded as
 /// "trash.recycle(/folder, /home/u/.Trash, name)".
 class FakeTrash : public platform::Trash {
  public:
@@ -26,7 +26,8 @@ class FakeTrash : public platform::Trash {
                            const std::vector<std::string>& names) override;
 
  private:
-  int recycleOne(const std::string& path, const std::string& trashDirectory);
+  std::optional<std::string> realFolder(const std::string& folder);
+  int recycleOne(const std::string& folder, const std::string& name, const std::string& trashDirectory);
   int prepare(const std::string& trash, const std::string& home, const std::string& trashDirectory);
   std::string freeName(const std::string& trash, const std::string& name);
   std::string information(const std::string& path, const std::string& top) const;

@@ -24,6 +24,11 @@ unsigned FakeUsers::meantUserId() const {
   return realUserId_ == 0 ? consoleUserId_ : realUserId_;
 }
 
+bool FakeUsers::isAnybodyMeant() const {
+  const std::scoped_lock lock(mutex_);
+  return realUserId_ != 0 || (consoleUser_ && consoleUser_ != "loginwindow");
+}
+
 std::string FakeUsers::userDomainRoot() const {
   const std::scoped_lock lock(mutex_);
   return realUserId_ == 0 ? "/var/root" : homeDirectory_;

@@ -29,6 +29,8 @@ class FakeUsers : public platform::Users {
 
   /// The number of the user for whom things are done: the process's, as root the console's.
   unsigned meantUserId() const;
+  /// There is such a user: as root, somebody is at the console and past the login screen.
+  bool isAnybodyMeant() const;
   /// Where the user domain of the standard folders lies: the process's home, as root /var/root.
   std::string userDomainRoot() const;
 
