@@ -4,6 +4,7 @@
 
 #include <type_traits>
 
+#include "tests/contract/trash/FakeTrashWorld.h"
 #include "tests/contract/trash/RealTrashWorld.h"
 #include "tests/contract/trash/TrashEntries.h"
 
@@ -35,7 +36,7 @@ std::string storedNameOf(TrashWorld& world, const std::string& name) {
 template <class World>
 class TrashContract : public ::testing::Test {};
 
-using Worlds = ::testing::Types<RealTrashWorld>;
+using Worlds = ::testing::Types<FakeTrashWorld, RealTrashWorld>;
 
 struct WorldNames {
   template <class World>

@@ -64,7 +64,7 @@ TEST_F(Machine, RecyclesIntoTheHomeTrash) {
   EXPECT_EQ(fakes.disk.fileContents("/home/u/.local/share/Trash/files/Über 100%.txt"), "x");
   EXPECT_EQ(fakes.disk.fileContents("/home/u/.local/share/Trash/info/Über 100%.txt.trashinfo"),
             "[Trash Info]\nPath=/Applications/%C3%9Cber%20100%25.txt\nDeletionDate=2024-02-29T23:05:07\n");
-  EXPECT_EQ(fakes.disk.linkTarget("/home/u/.Trash"), "/home/u/.local/share/Trash/files");
+  EXPECT_EQ(fakes.disk.linkTarget("/home/u/.Trash"), ".local/share/Trash/files");
   EXPECT_EQ(fakes.calls.log(), Strings{"trash.recycle(/Applications, /home/u/.Trash, Über 100%.txt)"});
 }
 
