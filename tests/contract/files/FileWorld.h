@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/FileSystem.h"
+
+namespace qm::testing {
+
+/// A disk with a file system service on it, real or fake, for an ordinary user. Below `root` are
+/// - home: the user's own folder, empty
+/// - volume: another volume, empty and the user's
+/// - small: another volume that takes 64 KiB
+/// - read-only: another volume, which cannot be changed, with "file" ("kept") and "folder/inside"
+/// Arranging and looking is done past the service, with the user's own items.
+class FileWorld {
+ public:
+  virtual ~FileWorld() = default;
+
+  virtual platform::FileSystem& files() = 0;
+  virtual std::string root() const = 0;
+  std::string home(const std::string& name = "") const { return at("home", name); }
+  std::string volume(const std::string& name = "") const { return at("volume", name); }
+  std::string small(const std::string& name = "") const { return at("small", name); }
+  std::string readOnly(const std::string& name = "") const { return at("read-only", name); }
+
+  virtual void addFile(const std::string& path, const std::string& contents = "") = 0;
+  virtual void addFolder(const std::string& path) = 0;
+  virtual void addLink(const std::string& path, const std::string& target) = 0;
+  virtual void setReadable(const std::string& path, bool readable) = 0;
+  virtual void setWritable(const std::string& path, bool writable) = 0;
+  virtual void setSearchable(const std::string& path, bool searchable) = 0;
+  virtual void setExecutable(const std::string& path, bool executable) = 0;
+  /// Seconds since 1970.
+  virtual void setModificationDate(const std::string& path, long seconds) = 0;
+
+  /// The item itself is there; a link is not followed.
+  virtual bool has(const std::string& path) = 0;
+  virtual std::optional<std::string> contents(const std::string& path) = 0;
+  /// Everything below a folder, sorted, relative to it: "file", "folder/", "link -> target".
+  virtual std::vector<std::string> tree(const std::string& folder) = 0;
+
+ private:
+  std::string at(const std::string& area, const std::string& name) const {
+    return root() + "/" + area + (name.empty() ? "" : "/" + name);
+  }
+};
+
+using FileCase = std::function<void(FileWorld&)>;
+
+/// Runs a case on a fresh disk of one kind.
+struct FileWorldKind {
+  const char* name;
+  void (*run)(const FileCase&);
+};
+
+void runInFakeWorld(const FileCase& body);
+/// In a private machine, as an ordinary user.
+void runInRealWorld(const FileCase& body);
+
+}  // namespace qm::testing

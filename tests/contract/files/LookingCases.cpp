@@ -1,0 +1,149 @@
+#include <algorithm>
+
+#include "tests/contract/files/FileCases.h"
+
+namespace qm::testing {
+namespace {
+
+using platform::FileType;
+
+class LookingAtItems : public FileContract {};
+INSTANTIATE_TEST_SUITE_P(On, LookingAtItems, bothWorlds(), nameOfKind);
+
+TEST_P(LookingAtItems, SeesFilesFoldersAndWhatLinksLeadTo) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("folder/file"));
+    world.addLink(world.home("to file"), "folder/file");
+    world.addLink(world.home("to folder"), "folder");
+    for (const char* name : {"folder", "folder/file", "to file", "to folder", "to folder/file"}) {
+      EXPECT_TRUE(world.files().fileExists(world.home(name))) << name;
+    }
+    EXPECT_TRUE(world.files().isDirectory(world.home("folder")));
+    EXPECT_TRUE(world.files().isDirectory(world.home("to folder")));
+    EXPECT_FALSE(world.files().isDirectory(world.home("folder/file")));
+    EXPECT_FALSE(world.files().isDirectory(world.home("to file")));
+  });
+}
+
+TEST_P(LookingAtItems, ReadsADanglingLinkAsAbsentAndYetAsALink) {
+  inWorld([](FileWorld& world) {
+    world.addLink(world.home("link"), "nowhere");
+    EXPECT_FALSE(world.files().fileExists(world.home("link")));
+    EXPECT_FALSE(world.files().isDirectory(world.home("link")));
+    EXPECT_EQ(world.files().destinationOfSymbolicLink(world.home("link")), "nowhere");
+    EXPECT_EQ(world.files().attributesOfItem(world.home("link"))->type, FileType::SymbolicLink);
+  });
+}
+
+TEST_P(LookingAtItems, SeesNothingWhereNothingIs) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"));
+    const std::string cut = world.home("file") + std::string("\0x", 2);
+    for (const std::string& path : {world.home("none"), world.home("none/deeper"), world.home("file/below"),
+                                    std::string(), std::string("file"), cut, tooLongPath(world.home())}) {
+      EXPECT_FALSE(world.files().fileExists(path)) << path;
+      EXPECT_FALSE(world.files().isDirectory(path)) << path;
+      EXPECT_FALSE(world.files().isExecutableFile(path)) << path;
+      EXPECT_EQ(world.files().contentsOfDirectory(path), std::nullopt) << path;
+      EXPECT_FALSE(world.files().attributesOfItem(path).has_value()) << path;
+      EXPECT_EQ(world.files().destinationOfSymbolicLink(path), std::nullopt) << path;
+    }
+  });
+}
+
+TEST_P(LookingAtItems, SeesNothingBehindAFolderThatMayNotBeSearched) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("folder/file"));
+    world.setSearchable(world.home("folder"), false);
+    EXPECT_FALSE(world.files().fileExists(world.home("folder/file")));
+    EXPECT_TRUE(world.files().isDirectory(world.home("folder")));
+    world.setSearchable(world.home("folder"), true);
+    EXPECT_TRUE(world.files().fileExists(world.home("folder/file")));
+  });
+}
+
+TEST_P(LookingAtItems, CallsOnlyRegularFilesWithTheRightExecutable) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("tool"));
+    world.addFile(world.home("text"));
+    world.addFolder(world.home("folder"));
+    world.addLink(world.home("link"), "tool");
+    world.setExecutable(world.home("tool"), true);
+    EXPECT_TRUE(world.files().isExecutableFile(world.home("tool")));
+    EXPECT_TRUE(world.files().isExecutableFile(world.home("link")));
+    EXPECT_FALSE(world.files().isExecutableFile(world.home("text")));
+    EXPECT_FALSE(world.files().isExecutableFile(world.home("folder")));
+  });
+}
+
+TEST_P(LookingAtItems, ListsOneLevelHiddenNamesIncluded) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("a/.hidden"));
+    world.addFile(world.home("a/folder/deeper"));
+    world.addLink(world.home("a/link"), "nowhere");
+    world.addLink(world.home("to a"), "a");
+    for (const char* name : {"a", "to a", "a/"}) {
+      auto names = world.files().contentsOfDirectory(world.home(name));
+      ASSERT_TRUE(names.has_value()) << name;
+      std::sort(names->begin(), names->end());
+      EXPECT_EQ(*names, (Lines{".hidden", "folder", "link"}));
+    }
+  });
+}
+
+TEST_P(LookingAtItems, ListsNothingOfAnEmptyFolderAndNilOfWhatCannotBeListed) {
+  inWorld([](FileWorld& world) {
+    world.addFolder(world.home("empty"));
+    world.addFile(world.home("file"));
+    world.addFile(world.home("secret/file"));
+    world.setReadable(world.home("secret"), false);
+    EXPECT_EQ(world.files().contentsOfDirectory(world.home("empty")), Lines{});
+    EXPECT_EQ(world.files().contentsOfDirectory(world.home("file")), std::nullopt);
+    EXPECT_EQ(world.files().contentsOfDirectory(world.home("secret")), std::nullopt);
+  });
+}
+
+TEST_P(LookingAtItems, ListsAnyBytesInNames) {
+  inWorld([](FileWorld& world) {
+    Lines expected = oddNames();
+    for (const auto& name : expected) world.addFile(world.home("a/" + name));
+    auto names = world.files().contentsOfDirectory(world.home("a"));
+    ASSERT_TRUE(names.has_value());
+    std::sort(names->begin(), names->end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(*names, expected);
+  });
+}
+
+TEST_P(LookingAtItems, TellsKindSizeAndDate) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"), "12345");
+    world.addFolder(world.home("folder"));
+    world.addLink(world.home("link"), "file");
+    world.setModificationDate(world.home("file"), 1'500'000'000);
+    const auto file = world.files().attributesOfItem(world.home("file"));
+    ASSERT_TRUE(file.has_value());
+    EXPECT_EQ(file->type, FileType::Regular);
+    EXPECT_EQ(file->size, 5U);
+    EXPECT_EQ(file->modificationDate.time_since_epoch(), std::chrono::seconds(1'500'000'000));
+    EXPECT_EQ(world.files().attributesOfItem(world.home("folder"))->type, FileType::Directory);
+    const auto link = world.files().attributesOfItem(world.home("link"));
+    EXPECT_EQ(link->type, FileType::SymbolicLink);
+    EXPECT_EQ(link->size, 4U);
+  });
+}
+
+TEST_P(LookingAtItems, AnswersTheTargetOfALinkAsItIsWritten) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"));
+    world.addLink(world.home("one"), "../home//./file");
+    world.addLink(world.home("two"), "one");
+    EXPECT_EQ(world.files().destinationOfSymbolicLink(world.home("one")), "../home//./file");
+    EXPECT_EQ(world.files().destinationOfSymbolicLink(world.home("two")), "one");
+    EXPECT_EQ(world.files().destinationOfSymbolicLink(world.home("file")), std::nullopt);
+    EXPECT_EQ(world.files().destinationOfSymbolicLink(world.home()), std::nullopt);
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
