@@ -15,34 +15,39 @@ bool isSmallRegularFile(const struct stat& file, std::size_t limit) {
   return S_ISREG(file.st_mode) && file.st_size >= 0 && static_cast<std::size_t>(file.st_size) <= limit;
 }
 
-posix::UniqueFd openSmallRegularFile(const std::string& path, std::size_t limit) {
+struct OpenFile {
+  posix::UniqueFd descriptor;
+  std::size_t size = 0;
+};
+
+OpenFile openSmallRegularFile(const std::string& path, std::size_t limit) {
   // Opening a device may do something, so what is there is looked at first; a look after the opening sees that nothing
   // was put in its place meanwhile.
+  OpenFile opened{posix::UniqueFd()};
   struct stat file {};
-  if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &file) < 0 || !isSmallRegularFile(file, limit)) {
-    return posix::UniqueFd();
-  }
-  posix::UniqueFd opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (opened && (::fstat(opened.get(), &file) < 0 || !isSmallRegularFile(file, limit))) opened.reset();
-  return opened;
+  if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &file) < 0) return opened;
+  if (!isSmallRegularFile(file, limit)) return opened;
+  posix::UniqueFd descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!descriptor || ::fstat(descriptor.get(), &file) < 0 || !isSmallRegularFile(file, limit)) return opened;
+  return {std::move(descriptor), static_cast<std::size_t>(file.st_size)};
 }
 
 }  // namespace
 
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit) {
-  const posix::UniqueFd file = openSmallRegularFile(path, limit);
-  if (!file) return std::nullopt;
-  // One byte more than allowed shows a file that grew.
-  std::string bytes(limit + 1, '\0');
+  const OpenFile file = openSmallRegularFile(path, limit);
+  if (!file.descriptor) return std::nullopt;
+  // Room for one byte more shows a file that grew meanwhile.
+  std::string bytes(file.size + 1, '\0');
   std::size_t length = 0;
   while (length < bytes.size()) {
-    const ssize_t count = ::read(file.get(), bytes.data() + length, bytes.size() - length);
+    const ssize_t count = ::read(file.descriptor.get(), bytes.data() + length, bytes.size() - length);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return std::nullopt;
     if (count == 0) break;
     length += static_cast<std::size_t>(count);
   }
-  if (length > limit) return std::nullopt;
+  if (length > file.size) return std::nullopt;
   bytes.resize(length);
   return bytes;
 }

@@ -4,6 +4,24 @@
 #include <ctime>
 
 namespace qm::linux_ {
+namespace {
+
+constexpr long kNanosecondsInASecond = 1'000'000'000;
+
+std::timespec momentAfter(std::chrono::microseconds span) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(span);
+  std::timespec moment{};
+  ::clock_gettime(CLOCK_MONOTONIC, &moment);
+  moment.tv_sec += seconds.count();
+  moment.tv_nsec += std::chrono::nanoseconds(span - seconds).count();
+  if (moment.tv_nsec >= kNanosecondsInASecond) {
+    moment.tv_nsec -= kNanosecondsInASecond;
+    ++moment.tv_sec;
+  }
+  return moment;
+}
+
+}  // namespace
 
 std::chrono::system_clock::time_point SystemClock::now() const { return std::chrono::system_clock::now(); }
 
@@ -25,9 +43,9 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
 
 void SystemClock::sleep(std::chrono::microseconds span) {
   if (span <= std::chrono::microseconds::zero()) return;
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(span);
-  std::timespec left{seconds.count(), std::chrono::nanoseconds(span - seconds).count()};
-  while (::nanosleep(&left, &left) < 0 && errno == EINTR) {
+  // Until a fixed moment: restarting with what is left would add up a little at every signal.
+  const std::timespec end = momentAfter(span);
+  while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
   }
 }
 

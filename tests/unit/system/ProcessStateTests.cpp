@@ -1,0 +1,59 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "Platform/linux/system/ProcessState.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+std::string openAt(int descriptor) {
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
+}
+
+sighandler_t handlerOf(int signalNumber) {
+  struct sigaction current {};
+  ::sigaction(signalNumber, nullptr, &current);
+  return current.sa_handler;
+}
+
+TEST(InheritedState, FillsMissingStandardStreamsWithTheNullDevice) {
+  inChild([] {
+    ::close(STDIN_FILENO);
+    ::close(STDOUT_FILENO);
+    ::close(STDERR_FILENO);
+    linux_::settleInheritedState();
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+      EXPECT_EQ(openAt(stream), "/dev/null") << stream;
+      EXPECT_EQ(::fcntl(stream, F_GETFD), 0) << stream;
+    }
+  });
+}
+
+TEST(InheritedState, LeavesStreamsThatAreThere) {
+  inChild([] {
+    ::close(STDIN_FILENO);
+    ASSERT_EQ(::open("/dev/zero", O_RDONLY), STDIN_FILENO);
+    const std::string output = openAt(STDOUT_FILENO);
+    linux_::settleInheritedState();
+    EXPECT_EQ(openAt(STDIN_FILENO), "/dev/zero");
+    EXPECT_EQ(openAt(STDOUT_FILENO), output);
+  });
+}
+
+TEST(InheritedState, HearsOfChildrenAgainAndSurvivesABrokenPipe) {
+  inChild([] {
+    ::signal(SIGCHLD, SIG_IGN);
+    ::signal(SIGPIPE, SIG_DFL);
+    linux_::settleInheritedState();
+    EXPECT_EQ(handlerOf(SIGCHLD), SIG_DFL);
+    EXPECT_EQ(handlerOf(SIGPIPE), SIG_IGN);
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
