@@ -38,7 +38,7 @@ mode_t permittedMode(const struct stat& attributes, OwnerKept ownerKept) {
   return ownerKept == OwnerKept::Yes ? mode : mode & ~static_cast<mode_t>(S_ISUID | S_ISGID);
 }
 
-ItemCopyResult copyFile(ItemName from, ItemName to) {
+ItemCopyResult copyFile(ItemName from, ItemName to, InheritedAccess inherited) {
   const UniqueFd source(
       ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!source) return {errno, false};
@@ -48,6 +48,7 @@ ItemCopyResult copyFile(ItemName from, ItemName to) {
   const UniqueFd copy(
       ::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
   if (!copy) return {errno, false};
+  if (inherited == InheritedAccess::Possible) dropInheritedAccess(copy.get());
   int error = copyContents(source.get(), copy.get(), attributes);
   if (error == 0) error = copyAttributes(source.get(), copy.get(), attributes);
   return {error, true};
@@ -90,8 +91,8 @@ ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attribute
 
 }  // namespace
 
-ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes) {
-  if (S_ISREG(attributes.st_mode)) return copyFile(from, to);
+ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
+  if (S_ISREG(attributes.st_mode)) return copyFile(from, to, inherited);
   if (S_ISLNK(attributes.st_mode)) return copyLink(from, to, attributes);
   if (S_ISDIR(attributes.st_mode)) return {ESTALE, false};  // it has just taken the place of something else
   return copyNode(from, to, attributes);

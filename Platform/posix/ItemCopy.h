@@ -12,15 +12,18 @@ struct ItemName {
   const std::string& name;
 };
 
-/// How an item without contents of its own kind of items (anything but a folder) was copied.
+/// How the copying of one item ended.
 struct ItemCopyResult {
   int error = 0;
   bool made = false;  ///< something of the new name was made, complete or not
 };
 
+/// Whether the folder of the copy may hand its own access lists on to what is made in it.
+enum class InheritedAccess : bool { None, Possible };
+
 /// Copies a file, a link as a link, a FIFO, a socket or a device, with owner, mode, times and extended
 /// attributes as far as they may be set. `attributes` are those of the source. Replaces nothing.
-ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes);
+ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
 
 /// Gives an open file or folder the owner, mode, times and extended attributes of another. The bits that
 /// lend the owner's rights are kept only with the owner. Answers 0 or an error number.

@@ -35,9 +35,12 @@ FileError moveAcrossVolumes(const Places& places) {
   return removeTree(folder, places.source.name);
 }
 
-Side sideOf(int error) {
-  if (error == EINVAL) return Side::Itself;
-  const bool destination = error == ENOSPC || error == EDQUOT || error == ENAMETOOLONG || error == EROFS;
+/// Which side the error number of a rename speaks of.
+Side sideOf(int error, const Places& places) {
+  const Place& source = places.source;
+  if (error == EINVAL && isWithin(places.destination.folder.get(), source.folder.get(), source.name))
+    return Side::Itself;
+  const bool destination = error == ENOSPC || error == EDQUOT || error == ENAMETOOLONG || error == EINVAL;
   return destination ? Side::Destination : Side::Source;
 }
 
@@ -48,7 +51,7 @@ FileError moveTree(const std::string& source, const std::string& destination) {
   if (FileError error = openPlaces(source, destination, places)) return error;
   const int error = renameWithoutReplacing({places.source.folder.get(), places.source.name},
                                            {places.destination.folder.get(), places.destination.name});
-  return error == EXDEV ? moveAcrossVolumes(places) : FileError(error, {}, sideOf(error));
+  return error == EXDEV ? moveAcrossVolumes(places) : FileError(error, {}, sideOf(error, places));
 }
 
 FileError copyTree(const std::string& source, const std::string& destination) {

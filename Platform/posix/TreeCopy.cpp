@@ -44,9 +44,15 @@ class CopyVisitor : public TreeVisitor {
   /// Something of the copy is there and must be removed after a failure.
   bool made() const { return made_; }
 
+  /// The walk has come to the copy: by another mount, the destination is in the source.
+  bool intoItself() const { return intoItself_; }
+
   int entered(const FolderChain& chain, const std::string& name) override {
     const bool top = folders_.empty();
-    if (!top && chain.identity().sameFolder(copy_)) return EINVAL;
+    if (!top && chain.identity().sameFolder(copy_)) {
+      intoItself_ = true;
+      return EINVAL;
+    }
     struct stat attributes {};
     if (::fstat(chain.folder(), &attributes) != 0) return errno;
     if (const int error = makeFolder(top ? topName_ : name)) return destinationError(error);
@@ -61,7 +67,8 @@ class CopyVisitor : public TreeVisitor {
     if (::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT ? 0 : errno;
     const bool shared = S_ISREG(attributes.st_mode) && attributes.st_nlink > 1;
     if (shared && linkToCopy(attributes, name)) return 0;
-    const ItemCopyResult result = copyNonFolder({folder, name}, {to_.folder(), name}, attributes);
+    const ItemCopyResult result =
+        copyNonFolder({folder, name}, {to_.folder(), name}, attributes, InheritedAccess::None);
     if (result.error != 0) return destinationError(result.error);
     if (shared) copied_.add(attributes, relativePath_ + "/" + name);
     return 0;
@@ -101,6 +108,7 @@ class CopyVisitor : public TreeVisitor {
   FolderChain to_;
   FolderIdentity copy_;
   bool made_ = false;
+  bool intoItself_ = false;
   std::vector<struct stat> folders_;  ///< of the source, as they were entered
   std::string relativePath_;          ///< of the copy's current folder
   CopiedFiles copied_;
@@ -111,15 +119,15 @@ FileError copyFolder(const Place& source, int toFolder, const std::string& name,
   if (const int error = visitor.begin()) return {error, {}, FileError::Side::Destination};
   FileError error = walkTree(source.folder.get(), source.name, visitor);
   made = visitor.made();
-  if (error.code == EINVAL) error.side = FileError::Side::Itself;
-  return error;
+  return visitor.intoItself() ? FileError(EINVAL, {}, FileError::Side::Itself) : error;
 }
 
 /// Copies to a name of which nothing exists.
 FileError copyItem(const Place& source, const struct stat& attributes, int toFolder, const std::string& name,
                    bool& made) {
   if (S_ISDIR(attributes.st_mode)) return copyFolder(source, toFolder, name, made);
-  const ItemCopyResult result = copyNonFolder({source.folder.get(), source.name}, {toFolder, name}, attributes);
+  const ItemCopyResult result =
+      copyNonFolder({source.folder.get(), source.name}, {toFolder, name}, attributes, InheritedAccess::Possible);
   made = result.made;
   return result.error;
 }

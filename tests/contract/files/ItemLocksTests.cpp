@@ -1,0 +1,149 @@
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+
+#include "Platform/linux/files/LinuxItemLocks.h"
+#include "Platform/posix/PosixFileSystem.h"
+#include "tests/contract/files/RealFiles.h"
+
+namespace qm::testing {
+namespace {
+
+constexpr uid_t kUser = 1000;
+
+linux_::LinuxItemLocks locks;
+posix::PosixFileSystem files;
+
+/// Sets the attribute past the service.
+void setFlag(const std::string& path, bool immutable) {
+  const int item = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  unsigned flags = 0;
+  ASSERT_EQ(::ioctl(item, FS_IOC_GETFLAGS, &flags), 0) << errno;
+  flags = immutable ? flags | FS_IMMUTABLE_FL : flags & ~static_cast<unsigned>(FS_IMMUTABLE_FL);
+  ASSERT_EQ(::ioctl(item, FS_IOC_SETFLAGS, &flags), 0) << errno;
+  ::close(item);
+}
+
+TEST(ItemLocksOnDisk, LocksAndUnlocksFilesAndFolders) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/file", "text");
+    makeFolders(home + "/folder");
+    for (const std::string& path : {home + "/file", home + "/folder"}) {
+      EXPECT_EQ(locks.isImmutable(path), false);
+      expectDone(locks.setImmutable(path, true));
+      EXPECT_EQ(locks.isImmutable(path), true);
+      EXPECT_EQ(files.removeItem(path).code(), EPERM);
+      expectDone(locks.setImmutable(path, true));
+      expectDone(locks.setImmutable(path, false));
+      EXPECT_EQ(locks.isImmutable(path), false);
+      expectDone(files.removeItem(path));
+    }
+  });
+}
+
+TEST(ItemLocksOnDisk, NeitherFollowLinksNorLockThem) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/file");
+    ASSERT_EQ(::symlink("file", (home + "/link").c_str()), 0);
+    setFlag(home + "/file", true);
+    EXPECT_EQ(locks.isImmutable(home + "/link"), false);
+    expectDone(locks.setImmutable(home + "/link", false));
+    expectError(locks.setImmutable(home + "/link", true), EOPNOTSUPP,
+                "“link” couldn’t be locked (Operation not supported).");
+    EXPECT_EQ(locks.isImmutable(home + "/file"), true);
+    setFlag(home + "/file", false);
+  });
+}
+
+TEST(ItemLocksOnDisk, DoNotWaitForFifosOrOpenDevices) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    ASSERT_EQ(::mkfifo((home + "/fifo").c_str(), 0600), 0);
+    EXPECT_EQ(locks.isImmutable(home + "/fifo"), false);
+    EXPECT_EQ(locks.setImmutable(home + "/fifo", true).code(), EOPNOTSUPP);
+    expectDone(locks.setImmutable(home + "/fifo", false));
+    EXPECT_EQ(locks.setImmutable("/dev/null", true).code(), EOPNOTSUPP);
+  });
+}
+
+TEST(ItemLocksOnDisk, FailWhenNothingIsThere) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    EXPECT_EQ(locks.isImmutable(home + "/none"), std::nullopt);
+    EXPECT_EQ(locks.isImmutable(""), std::nullopt);
+    EXPECT_EQ(locks.isImmutable("relative"), std::nullopt);
+    expectError(locks.setImmutable(home + "/none", false), ENOENT,
+                "“none” couldn’t be unlocked because it doesn’t exist.");
+    EXPECT_EQ(locks.setImmutable(std::string("/a\0b", 4), true).code(), EINVAL);
+  });
+}
+
+TEST(ItemLocksOnDisk, AreChangedOnlyByAnAdministratorAndReadByAnybody) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/locked");
+    setFlag(home + "/locked", true);
+    asUser(kUser, kUser, [&] {
+      makeFile(home + "/own");
+      expectError(locks.setImmutable(home + "/own", true), EPERM,
+                  "“own” couldn’t be locked because you don’t have permission.");
+      EXPECT_EQ(locks.setImmutable(home + "/locked", false).code(), EPERM);
+      EXPECT_EQ(locks.isImmutable(home + "/locked"), true);
+      // Nothing needs to be changed, so nothing needs to be permitted.
+      expectDone(locks.setImmutable(home + "/own", false));
+      expectDone(locks.setImmutable(home + "/locked", true));
+    });
+    setFlag(home + "/locked", false);
+  });
+}
+
+TEST(ItemLocksOnDisk, KeepOtherFlags) {
+  runInPrivateMachine([] {
+    const std::string path = openFolder("home") + "/file";
+    makeFile(path);
+    const int item = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    unsigned flags = FS_NODUMP_FL;
+    ASSERT_EQ(::ioctl(item, FS_IOC_SETFLAGS, &flags), 0);
+    expectDone(locks.setImmutable(path, true));
+    expectDone(locks.setImmutable(path, false));
+    ASSERT_EQ(::ioctl(item, FS_IOC_GETFLAGS, &flags), 0);
+    EXPECT_EQ(flags, static_cast<unsigned>(FS_NODUMP_FL));
+    ::close(item);
+  });
+}
+
+TEST(ItemLocksOnDisk, AreClearWhereTheFileSystemHasNone) {
+  EXPECT_EQ(locks.isImmutable("/proc/self/status"), false);
+  expectDone(locks.setImmutable("/proc/self/status", false));
+  EXPECT_FALSE(locks.setImmutable("/proc/self/status", true).ok());
+}
+
+TEST(ItemLocksOnDisk, CopiesOfLockedItemsAreNotLocked) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/file", "text");
+    setFlag(home + "/file", true);
+    expectDone(files.copyItem(home + "/file", home + "/copy"));
+    EXPECT_EQ(locks.isImmutable(home + "/copy"), false);
+    setFlag(home + "/file", false);
+  });
+}
+
+TEST(ItemLocksOnDisk, KeepALockedItemFromBeingCopiedInVain) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home"), volume = machineFolder() + "/volume";
+    mountTmpfs(volume);
+    makeFolders(home + "/tree");
+    makeFile(home + "/tree/file", "text");
+    setFlag(home + "/tree/file", true);
+    expectError(files.moveItem(home + "/tree", volume + "/tree"), EPERM,
+                "“file” couldn’t be moved to “volume” because you don’t have permission.");
+    EXPECT_EQ(countIn(volume), 0U);
+    setFlag(home + "/tree/file", false);
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
