@@ -76,15 +76,22 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
 
   // A null pointer is no path.
   template <class... Rest>
-  static long terminationCodeFromTask(std::nullptr_t, const Rest&...) = delete;
+  static long terminationCodeFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
   template <class... Rest>
-  static Data dataFromTask(std::nullptr_t, const Rest&...) = delete;
+  static Data dataFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
   template <class... Rest>
-  static std::optional<std::string> stringFromTask(std::nullptr_t, const Rest&...) = delete;
+  static std::optional<std::string> stringFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
   template <class... Rest>
-  static bool runTask(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static void runTaskAndReturn(std::nullptr_t, const Rest&...) = delete;
+  static bool runTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
+  static void runTaskAndReturn(std::nullptr_t, const Arguments&) = delete;
+
+  // A bare 0 is no limit: it would be taken for the out-parameter's null.
+  static long terminationCodeFromTask(const std::string&, const Arguments&, int) = delete;
+  static Data dataFromTask(const std::string&, const Arguments&, int) = delete;
+  static std::optional<std::string> stringFromTask(const std::string&, const Arguments&, int) = delete;
+  static std::optional<std::string> stringFromTask(const std::string&, const Arguments&, qm::foundation::StringEncoding,
+                                                   int) = delete;
+  static bool runTask(const std::string&, const Arguments&, int) = delete;
 
   /// A runner of its own, as each call with a time limit makes one.
   static std::shared_ptr<QMTask> make();
@@ -95,6 +102,9 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
   /// `runTask:arguments:timeout:` on an instance.
   void runOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
+  long terminationCodeOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
+  Data dataOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
+  void runOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
 
   /// `theTask`. The tool that a call with a time limit waits for; null when there is none. Any thread.
   std::shared_ptr<Task> theTask() const { return theTask_.get(); }
