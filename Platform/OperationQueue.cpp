@@ -1,8 +1,6 @@
 #include "Platform/OperationQueue.h"
 
-#include <atomic>
 #include <condition_variable>
-#include <cstdint>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -20,7 +18,6 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
       const std::scoped_lock lock(mutex_);
       if (!worker_.joinable()) worker_ = std::thread([state = shared_from_this()] { state->run(); });
       pending_.push_back(std::move(operation));
-      ++added_;
       wake = std::exchange(workerSleeps_, false);
     }
     if (wake) somethingToDo_.notify_one();
@@ -29,10 +26,7 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
   void wait() {
     if (isOwnWorker()) return;
     std::unique_lock lock(mutex_);
-    const std::uint64_t wanted = added_;
-    ++waiting_;
-    progress_.wait(lock, [&] { return finished_ >= wanted; });
-    --waiting_;
+    allDone_.wait(lock, [this] { return pending_.empty() && !works_; });
   }
 
   void end() {
@@ -63,46 +57,35 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     current() = this;
     std::vector<Operation> batch;
     while (take(batch)) {
-      for (Operation& operation : batch) {
-        operation();
-        operation = nullptr;  // what it holds is let go of before it counts as finished
-        countFinished();
-      }
-      batch.clear();
+      for (Operation& operation : batch) operation();
+      batch.clear();  // what the operations hold is let go of before they count as finished
     }
   }
 
-  /// Waits for operations and takes all there are; false at the queue's end.
+  /// Waits for operations and takes all there are; false at the queue's end. Who waits for the queue is
+  /// woken once, when nothing is left, and not by every operation.
   bool take(std::vector<Operation>& batch) {
     std::unique_lock lock(mutex_);
+    works_ = false;
+    if (pending_.empty()) allDone_.notify_all();
     while (pending_.empty() && !ending_) {
       workerSleeps_ = true;
       somethingToDo_.wait(lock);
     }
     workerSleeps_ = false;
     batch.swap(pending_);
-    return !batch.empty();
-  }
-
-  /// Without the lock as long as nobody waits. A waiter counts itself before it looks at `finished_`,
-  /// so that one of the two sees the other.
-  void countFinished() {
-    ++finished_;
-    if (waiting_ == 0) return;
-    { const std::scoped_lock lock(mutex_); }  // a waiter that has looked is asleep by now
-    progress_.notify_all();
+    works_ = !batch.empty();
+    return works_;
   }
 
   std::mutex mutex_;
   std::condition_variable somethingToDo_;
-  std::condition_variable progress_;
+  std::condition_variable allDone_;
   std::vector<Operation> pending_;
-  std::uint64_t added_ = 0;
+  bool works_ = false;  ///< on operations that are no longer pending
   bool workerSleeps_ = false;
   bool ending_ = false;
   std::thread worker_;
-  std::atomic<std::uint64_t> finished_{0};
-  std::atomic<unsigned> waiting_{0};
 };
 
 OperationQueue::OperationQueue() : state_(std::make_shared<State>()) {}

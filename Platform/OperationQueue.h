@@ -19,8 +19,8 @@ class OperationQueue {
   /// Any thread; returns at once. An operation must not throw.
   void addOperation(std::function<void()> operation);
 
-  /// Blocks until every operation added before the call has finished. From inside an operation of
-  /// this very queue it returns at once, since that operation cannot wait for itself.
+  /// Blocks until the queue has no operation left, those added meanwhile included. From inside an
+  /// operation of this very queue it returns at once, since that operation cannot wait for itself.
   void waitUntilAllOperationsAreFinished();
 
  private:

@@ -9,6 +9,7 @@
 #include "Platform/Users.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Strings.h"
+#include "Platform/foundation/Utf8.h"
 
 using qm::foundation::appendingPathComponent;
 using qm::platform::DomainMask;
@@ -34,13 +35,14 @@ std::string relativeToRootHome(std::string path) {
   return path;
 }
 
-/// Cuts a trailing slash together with the character before it.
+/// Cuts a trailing slash together with the UTF-16 unit before it. Of a character that has two units the
+/// other half stays, which is no character: the rest is then the name of no folder.
 std::string_view withoutTrailingSlash(std::string_view path) {
   if (!path.ends_with('/')) return path;
   path.remove_suffix(1);
-  const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; };
-  while (!path.empty() && isContinuation(path.back())) path.remove_suffix(1);
-  if (!path.empty()) path.remove_suffix(1);
+  const auto last = qm::foundation::characterBefore(path, path.size());
+  const bool hasTwoUnits = last.codePoint > 0xFFFF;
+  path.remove_suffix(hasTwoUnits ? 1 : last.length);
   return path;
 }
 

@@ -1,8 +1,10 @@
 #include "Shared/QMLog.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <mutex>
+#include <stdexcept>
 #include <tuple>
 #include <utility>
 #include <variant>
@@ -42,9 +44,8 @@ class CallLock {
   std::scoped_lock<std::mutex> held_{mutex_};
 };
 
-std::string currentDate() {
-  const auto& clock = *platform().clock;
-  return qm::foundation::dateDescription(clock.localTime(clock.now()));
+std::string dateText(std::chrono::system_clock::time_point date) {
+  return qm::foundation::dateDescription(platform().clock->localTime(date));
 }
 
 std::string numberedFile(const std::string& folder, const std::optional<std::string>& appName, int number) {
@@ -53,6 +54,11 @@ std::string numberedFile(const std::string& folder, const std::optional<std::str
 
 std::optional<std::string> appendingText(const std::optional<std::string>& path, const std::string& text) {
   return path ? std::optional(*path + text) : std::nullopt;
+}
+
+/// Ends the writing of a message that a failed step makes impossible; the message stays counted.
+void require(const Status& step) {
+  if (!step) throw std::runtime_error(step.localizedDescription());
 }
 
 double gigabytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1024 / 1024 / 1024; }
@@ -167,7 +173,7 @@ bool QMLog::rotate(const std::string& folder, const std::optional<std::string>& 
 
 std::string QMLog::header() {
   const auto& facts = *platform().systemInformation;
-  std::string text = formatted("Log started: %@\n", currentDate());
+  std::string text = formatted("Log started: %@\n", dateText(platform().clock->now()));
   if (const auto version = facts.bundleVersion()) text += formatted("Version: %@\n", version);
   if (const auto path = facts.executablePath()) text += formatted("Path: %@\n", path);
   text += formatted("System: OS X %@, %i CPU(s), %0.2f GB RAM\n", facts.operatingSystemVersion(),
@@ -183,13 +189,13 @@ void QMLog::beginFile(const std::optional<std::string>& path) {
     printToConsole("Unable to create log file %@ - %@", path, written.localizedDescription());
     return;
   }
-  if (auto handle = openAtEnd(path)) setFileHandle(std::move(handle));
+  auto handle = openCurrent(path);
+  // Elsewhere than at the end it would write over lines.
+  if (handle && handle->seekToEndOfFile()) setFileHandle(std::move(handle));
 }
 
-std::shared_ptr<FileHandle> QMLog::openAtEnd(const std::optional<std::string>& path) {
-  auto handle = path ? platform().fileSystem->openForWriting(*path) : nullptr;
-  if (handle && !handle->seekToEndOfFile()) return nullptr;  // writing elsewhere would destroy lines
-  return handle;
+std::shared_ptr<FileHandle> QMLog::openCurrent(const std::optional<std::string>& path) {
+  return path ? platform().fileSystem->openForWriting(*path) : nullptr;
 }
 
 // MARK: - Messages
@@ -234,14 +240,26 @@ void QMLog::appendLogOnThread(const std::string& message) {
   }
 }
 
+/// The date's text is made once a second, since making it takes about as long as the rest of a line.
+std::string QMLog::line(const std::string& message) {
+  constexpr std::size_t usualDate = 40;
+  const auto now = platform().clock->now();
+  const auto second = std::chrono::floor<std::chrono::seconds>(now);
+  auto date = lineDate_.get();
+  if (!date || date->second != second) {
+    date = std::make_shared<const LineDate>(LineDate{second, dateText(now)});
+    lineDate_.set(date);
+  }
+  std::string text;
+  text.reserve(message.size() + usualDate);
+  return text.append(date->text).append(" - ").append(message).append(1, '\n');
+}
+
 void QMLog::write(const std::string& message) {
   if (const auto handle = openedHandle(message)) {
-    const std::string line = formatted("%@ - %@\n", currentDate(), message);
-    if (const auto written = handle->writeData(line); !written) {
-      reportWritingFailure(written.localizedDescription());
-      return;  // the message stays counted
-    }
-    setBytesWritten(bytesWritten() + line.size());
+    const std::string text = line(message);
+    require(handle->writeData(text));
+    setBytesWritten(bytesWritten() + text.size());
     if (bytesWritten() > kTruncationThreshold) {
       createNewLog(appName());
       appendLog("Log truncated at 500KB");
@@ -256,8 +274,9 @@ void QMLog::write(const std::string& message) {
 
 std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {
   if (auto handle = fileHandle()) return handle;
-  auto handle = openAtEnd(files(appName()).current);
+  auto handle = openCurrent(files(appName()).current);
   if (handle) {
+    require(handle->seekToEndOfFile());  // else it is not kept: elsewhere it would write over lines
     setFileHandle(handle);
   } else if (!loggingDisabled()) {
     printToConsole("Unable to log the following information: %@", message);

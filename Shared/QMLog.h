@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -63,6 +64,7 @@ class QMLog : public Singleton<QMLog> {
   /// `appendLogOnThread:`. The queued operation: opens the file when needed (it never makes one),
   /// writes the line, counts it and begins a new log after 500,000 bytes.
   static void appendLogOnThread(const std::string& message);
+  static void appendLogOnThread(std::nullptr_t) = delete;
 
   /// `finishWriting`. Returns when every queued message has been written; at once from inside the
   /// writing itself.
@@ -86,6 +88,7 @@ class QMLog : public Singleton<QMLog> {
   std::optional<std::string> appName() const;
   /// `setAppName:`
   void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
+  void setAppName(std::nullptr_t) = delete;
   /// `bytesWritten`. Bytes of message lines appended since the last new log.
   std::size_t bytesWritten() const { return bytesWritten_; }
   /// `setBytesWritten:`
@@ -108,13 +111,18 @@ class QMLog : public Singleton<QMLog> {
   ~QMLog() = default;
 
   struct Files;
+  struct LineDate {
+    std::chrono::system_clock::time_point second;
+    std::string text;
+  };
   static bool isSwitchedOff();
   static Files files(const std::optional<std::string>& appName);
   static bool rotate(const std::string& folder, const std::optional<std::string>& appName);
   static std::string header();
-  static std::shared_ptr<qm::platform::FileHandle> openAtEnd(const std::optional<std::string>& path);
+  static std::shared_ptr<qm::platform::FileHandle> openCurrent(const std::optional<std::string>& path);
   void beginFile(const std::optional<std::string>& path);
   std::shared_ptr<qm::platform::FileHandle> openedHandle(const std::string& message);
+  std::string line(const std::string& message);
   void write(const std::string& message);
   void reportWritingFailure(const std::string& reason) const;
   static std::string trimmed(const std::string& text);
@@ -125,6 +133,7 @@ class QMLog : public Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<qm::platform::OperationQueue>> writeQueue_;
   qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
   qm::platform::AtomicProperty<std::optional<std::string>> appName_;
+  qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
   std::atomic<bool> loggingDisabled_{false};

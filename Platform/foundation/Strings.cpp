@@ -66,6 +66,13 @@ bool letterFollows(std::string_view text, std::size_t position) {
   return false;
 }
 
+/// Without a branch for each byte, so that the compiler can take many at once.
+bool isAscii(std::string_view text) {
+  unsigned bits = 0;
+  for (const char byte : text) bits |= static_cast<unsigned char>(byte);
+  return bits < 0x80;
+}
+
 void appendCodePoint(std::string& text, std::int32_t point) {
   utf8proc_uint8_t bytes[4];
   const utf8proc_ssize_t length = utf8proc_encode_char(point, bytes);
@@ -117,6 +124,7 @@ std::string lowercaseString(std::string_view text) {
 }
 
 std::size_t utf16Length(std::string_view text) {
+  if (isAscii(text)) return text.size();
   std::size_t units = 0;
   for (std::size_t at = 0; at < text.size();) {
     const Character character = characterAt(text, at);

@@ -13,9 +13,8 @@ constexpr unsigned char firstNonAscii = 0x80;
 Character characterAt(std::string_view text, std::size_t position) {
   const auto first = static_cast<unsigned char>(text[position]);
   if (first < firstNonAscii) return {first, 1};
-  utf8proc_uint8_t bytes[longestCharacter];
+  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data()) + position;
   const std::size_t available = std::min(longestCharacter, text.size() - position);
-  std::copy_n(text.begin() + static_cast<std::ptrdiff_t>(position), available, bytes);
   utf8proc_int32_t codePoint = -1;
   const utf8proc_ssize_t length = utf8proc_iterate(bytes, static_cast<utf8proc_ssize_t>(available), &codePoint);
   if (length <= 0) return {};
