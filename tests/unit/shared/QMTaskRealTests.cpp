@@ -1,0 +1,367 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "Platform/posix/process/PosixTasks.h"
+#include "Shared/QMTask.h"
+#include "tests/support/PlatformTest.h"
+
+namespace qm::testing {
+namespace {
+
+using foundation::StringEncoding;
+using std::chrono::seconds;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::Ge;
+using ::testing::IsEmpty;
+using ::testing::Le;
+
+using Arguments = QMTask::Arguments;
+
+const std::string kShell = "/bin/sh";
+const std::string kLogFile = "/home/u/Library/Logs/Quillmark/Demo.1.log";
+constexpr std::size_t kMebibyte = 1048576;
+/// A limit that no test reaches unless something hangs.
+constexpr TimeoutInterval kAmple(60);
+
+Arguments script(const std::string& text) { return std::vector<std::string>{"-c", text}; }
+
+/// The states of this process's children, by the system's own account: 'Z' for one that has ended and is not reaped.
+std::string statesOfChildren() {
+  std::string states;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream file(entry.path() / "stat");
+    std::stringstream text;
+    text << file.rdbuf();
+    const std::string line = text.str();
+    const auto name = line.rfind(')');
+    if (entry.path().filename().string().find_first_not_of("0123456789") != std::string::npos) continue;
+    if (name == std::string::npos) continue;
+    char state = 0;
+    int parent = 0;
+    std::istringstream(line.substr(name + 1)) >> state >> parent;
+    if (parent == ::getpid()) states += state;
+  }
+  return states;
+}
+
+/// Waits until something has come about; false when it has not after 30 seconds.
+template <class Condition>
+bool eventually(const Condition& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + seconds(30);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+bool hasNoChildren() { return statesOfChildren().empty(); }
+
+/// Sleeps for real, up to the end of the test.
+class RealSleep : public FakeClock {
+ public:
+  using FakeClock::FakeClock;
+
+  void sleep(Span span) override {
+    pollfd waiting{end_[0], POLLIN, 0};
+    (void)::poll(&waiting, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(span).count()));
+  }
+  void wakeEverybody() { ::close(std::exchange(end_[1], -1)); }
+
+  bool begin() { return ::pipe2(end_, O_CLOEXEC) == 0; }
+  ~RealSleep() override { ::close(end_[0]); }
+
+ private:
+  int end_[2] = {-1, -1};
+};
+
+/// Serves the fake main thread until a descriptor can be read.
+class Pumping : public posix::DescriptorWait {
+ public:
+  explicit Pumping(FakeMainThread& mainThread) : mainThread_(mainThread) {}
+
+  void waitUntilReadable(int descriptor) override {
+    EXPECT_TRUE(mainThread_.pumpUntil([descriptor] {
+      pollfd watched{descriptor, POLLIN, 0};
+      return ::poll(&watched, 1, 0) > 0;
+    }));
+  }
+
+ private:
+  FakeMainThread& mainThread_;
+};
+
+/// Real child processes and real time; everything else is fake. The tools are real at their paths, and the fake disk
+/// says that they can be run.
+class RealTask : public PlatformTest {
+ protected:
+  RealTask() : pumping_(fakes.mainThread), tasks_(fakes.mainThread, pumping_) {
+    for (const std::string& tool : {kShell, std::string("/bin/cat")}) fakes.disk.addExecutable(tool);
+    fakes.disk.addFile(kLogFile);
+    services_ = fakes.platform;
+    services_.tasks = &tasks_;
+    services_.clock = &clock_;
+    platform::install(&services_);
+    EXPECT_TRUE(clock_.begin());
+  }
+
+  void TearDown() override {
+    clock_.wakeEverybody();
+    PlatformTest::TearDown();
+    QMLog::finishWriting();
+    platform::install(&fakes.platform);
+    EXPECT_TRUE(eventually(hasNoChildren)) << statesOfChildren();  // whatever a test did
+  }
+
+  std::string log() {
+    QMLog::finishWriting();
+    return fakes.disk.fileContents(kLogFile).value_or("no log");
+  }
+
+  /// A folder of the test's own.
+  std::string folder() {
+    if (folder_.empty()) {
+      std::string pattern = (std::filesystem::temp_directory_path() / "task.XXXXXX").string();
+      folder_ = ::mkdtemp(pattern.data());
+    }
+    return folder_;
+  }
+
+  ~RealTask() override {
+    if (!folder_.empty()) std::filesystem::remove_all(folder_);
+  }
+
+ private:
+  RealSleep clock_{fakes.calls};
+  Pumping pumping_;
+  posix::PosixTasks tasks_;
+  platform::Platform services_;
+  std::string folder_;
+};
+
+// MARK: - Statuses
+
+TEST_F(RealTask, AnswersTheExitStatus) {
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 0")), 0);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 7")), 7);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 255")), 255);
+}
+
+TEST_F(RealTask, AnswersTheSignalThatKilledTheTool) {
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("kill -KILL $$")), SIGKILL);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("kill -SEGV $$")), SIGSEGV);
+}
+
+TEST_F(RealTask, IsTrueForAToolThatFailsOrIsKilled) {
+  EXPECT_TRUE(QMTask::runTask(kShell, script("exit 3")));
+  EXPECT_TRUE(QMTask::runTask(kShell, script("kill -KILL $$")));
+}
+
+TEST_F(RealTask, HandsTheArgumentsOverWithoutAShell) {
+  const Arguments arguments = std::vector<std::string>{"-c", "printf '<%s>' \"$@\"", "name", "", "a b", "$HOME", "*"};
+  EXPECT_EQ(QMTask::stringFromTask(kShell, arguments), "<><a b><$HOME><*>");
+}
+
+TEST_F(RealTask, AnswersALaunchThatTheSystemRefusesAsNoProcess) {
+  const std::string tool = folder() + "/broken";
+  std::ofstream(tool) << "\x7f"
+                         "ELF and nothing more";
+  ASSERT_EQ(::chmod(tool.c_str(), 0755), 0);
+  fakes.disk.addExecutable(tool);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(tool, std::nullopt), -1);
+  EXPECT_EQ(QMTask::dataFromTask(tool, std::nullopt, nullptr), std::nullopt);
+  EXPECT_EQ(QMTask::stringFromTask(tool, std::nullopt), "");
+  EXPECT_FALSE(QMTask::runTask(tool, std::nullopt));
+  QMTask::runTaskAndReturn(tool, std::nullopt);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(folder() + "/missing", std::nullopt), -1);
+}
+
+// MARK: - Output
+
+TEST_F(RealTask, AnswersWhatWasPrinted) {
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo one; echo two")), "one\ntwo\n");
+  EXPECT_EQ(QMTask::dataFromTask(kShell, script(":"), nullptr), "");
+}
+
+TEST_F(RealTask, PrefersTheErrorOutputWhicheverComesFirst) {
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo out; echo err >&2")), "err\n");
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo err >&2; echo out; exit 1")), "err\n");
+}
+
+TEST_F(RealTask, ReadsMuchOutput) {
+  const auto data = QMTask::dataFromTask(kShell, script("head -c 8388608 /dev/zero"), kAmple);
+  ASSERT_TRUE(data);
+  EXPECT_EQ(data->size(), 8 * kMebibyte);
+  EXPECT_EQ(data->find_first_not_of('\0'), std::string::npos);
+}
+
+TEST_F(RealTask, TakesAMebibyteOfChatterOnTheErrorOutputWhileTheOutputIsSilent) {
+  const auto data =
+      QMTask::dataFromTask(kShell, script("exec 3>&1 >&2; exec dd if=/dev/zero bs=65536 count=16 status=none"), kAmple);
+  ASSERT_TRUE(data);
+  EXPECT_EQ(data->size(), kMebibyte);
+  EXPECT_EQ(log(), "");
+}
+
+TEST_F(RealTask, LetsChatterBeyondThePipeWaitForTheLimit) {
+  fakes.mainThread.serveOnOwnThread();
+  const auto data =
+      QMTask::dataFromTask(kShell, script("exec 3>&1 >&2; exec head -c 268435456 /dev/zero"), TimeoutInterval(1));
+  ASSERT_TRUE(data);
+  EXPECT_THAT(data->size(), AllOf(Ge(kMebibyte), ::testing::Lt(256 * kMebibyte)));
+  EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
+}
+
+TEST_F(RealTask, IsNilForOutputThatIsNotValidInTheEncoding) {
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("printf '\\303\\251'")), std::nullopt);
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("printf '\\303\\251'"), StringEncoding::UTF8, nullptr), "\xC3\xA9");
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("printf '\\377'"), StringEncoding::UTF8, nullptr), std::nullopt);
+}
+
+TEST_F(RealTask, ReturnsAtTheEndOfTheOutputWhileTheToolRunsOn) {
+  std::shared_ptr<QMTask::Task> task;
+  EXPECT_EQ(QMTask::dataFromTask(kShell, script("echo done; exec >&- 2>&-; read line"), &task), "done\n");
+  EXPECT_TRUE(task->isRunning());  // it reads an input that nobody ever writes to or ends
+  task->terminate();
+  task->waitUntilExit();
+}
+
+// MARK: - Limits
+
+TEST_F(RealTask, EndsASleeperAtItsLimitOffTheMainThread) {
+  fakes.mainThread.serveOnOwnThread();
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), TimeoutInterval(1.9)), SIGTERM);
+  EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
+  EXPECT_EQ(log(), "2024-02-29 23:05:07 +0000 - Task /bin/sh timed out. Terminating...\n");
+}
+
+TEST_F(RealTask, EndsASleeperAtItsLimitOnTheMainThreadWhoseEventsAreServed) {
+  bool served = false;
+  fakes.mainThread.perform([&] { served = true; });
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), TimeoutInterval(0.5)), SIGTERM);
+  EXPECT_TRUE(served);
+}
+
+TEST_F(RealTask, RunsToItsLimitInTheRunForm) {
+  QMTask::runTask(kShell, script("exec sleep 600"), TimeoutInterval(0));
+  EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
+}
+
+TEST_F(RealTask, AnswersWhatWasPrintedUpToTheLimit) {
+  fakes.mainThread.serveOnOwnThread();
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo begun; exec sleep 600"), TimeoutInterval(1)), "begun\n");
+  EXPECT_EQ(QMTask::dataFromTask("/bin/cat", std::nullopt, TimeoutInterval(1)), "");  // its input never ends
+}
+
+TEST_F(RealTask, ReadsToTheEndOnTheMainThreadBeforeItsLimitTakesEffect) {
+  const std::string gate = folder() + "/gate";
+  ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+  std::thread opener([&] {
+    while (fakes.mainThread.queued() == 0) std::this_thread::yield();  // the timer has asked
+    std::ofstream(gate) << "go\n";
+  });
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo a; read line < " + gate + "; echo b"), TimeoutInterval(0)),
+            "a\nb\n");
+  opener.join();
+  EXPECT_EQ(fakes.mainThread.pump(), 1U);
+  EXPECT_THAT(fakes.console.lines(), IsEmpty());
+}
+
+TEST_F(RealTask, ReturnsLongBeforeALimitThatIsNotReached) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 4"), TimeoutInterval(600)), 4);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(300));
+  EXPECT_THAT(fakes.console.lines(), IsEmpty());
+}
+
+// MARK: - What is left behind
+
+std::size_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+TEST_F(RealTask, StartsAToolAndReturnsWhileItRuns) {
+  const std::string gate = folder() + "/gate";
+  ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
+  QMTask::runTaskAndReturn(kShell, script("read line < " + gate + "; echo \"$line\" > " + folder() + "/done"));
+  EXPECT_FALSE(std::filesystem::exists(folder() + "/done"));
+  std::ofstream(gate) << "went on\n";
+  EXPECT_TRUE(eventually(hasNoChildren));
+  std::string line;
+  std::getline(std::ifstream(folder() + "/done") >> std::ws, line);
+  EXPECT_EQ(line, "went on");
+}
+
+TEST_F(RealTask, LeavesNoZombieOfAToolThatNobodyWaitsFor) {
+  for (int run = 0; run < 20; ++run) QMTask::runTaskAndReturn(kShell, script("exit 1"));
+  EXPECT_TRUE(eventually(hasNoChildren)) << statesOfChildren();
+}
+
+TEST_F(RealTask, LeavesNoZombieOfAnyForm) {
+  fakes.mainThread.serveOnOwnThread();
+  QMTask::runTask(kShell, script(":"));
+  QMTask::terminationCodeFromTask(kShell, script(":"));
+  QMTask::dataFromTask(kShell, script("echo x"), nullptr);
+  QMTask::runTask(kShell, script("exec sleep 600"), TimeoutInterval(1));
+  QMTask::stringFromTask(kShell, script("exec sleep 600"), TimeoutInterval(1));
+  EXPECT_TRUE(eventually(hasNoChildren)) << statesOfChildren();
+}
+
+TEST_F(RealTask, LeaksNoDescriptorInTwoHundredRuns) {
+  const std::string refused = folder() + "/broken";
+  std::ofstream(refused) << "\x7f"
+                            "ELF and nothing more";
+  ASSERT_EQ(::chmod(refused.c_str(), 0755), 0);
+  fakes.disk.addExecutable(refused);
+  const auto runAll = [&refused](int times) {
+    for (int run = 0; run < times; ++run) {
+      QMTask::runTask(kShell, script(":"));
+      QMTask::terminationCodeFromTask(kShell, script(":"));
+      QMTask::dataFromTask(kShell, script("echo x; echo y >&2"), nullptr);
+      QMTask::runTaskAndReturn(kShell, script(":"));
+      QMTask::dataFromTask(refused, std::nullopt, nullptr);
+    }
+  };
+  runAll(2);
+  EXPECT_TRUE(eventually(hasNoChildren));
+  const std::size_t before = openDescriptors();
+  runAll(50);
+  EXPECT_TRUE(eventually(hasNoChildren));
+  EXPECT_TRUE(eventually([before] { return openDescriptors() <= before; })) << openDescriptors() << " > " << before;
+}
+
+TEST_F(RealTask, RunsManyToolsFromManyThreads) {
+  fakes.mainThread.serveOnOwnThread();
+  std::atomic<int> right = 0;
+  std::vector<std::thread> threads;
+  for (int index = 0; index < 8; ++index) {
+    threads.emplace_back([&right, index] {
+      for (int run = 0; run < 10; ++run) {
+        const int status = index * 10 + run;
+        const auto text = std::to_string(status);
+        if (QMTask::terminationCodeFromTask(kShell, script("exit " + text), kAmple) == status) ++right;
+        if (QMTask::stringFromTask(kShell, script("printf " + text), kAmple) == text) ++right;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(right, 160);
+}
+
+}  // namespace
+}  // namespace qm::testing
