@@ -16,8 +16,8 @@ namespace {
 
 using platform::Status;
 
-// Asking who the user is takes longer than moving a file; within this time the answer stands.
-constexpr std::chrono::seconds kUserStands{1};
+// Asking who the user is takes longer than moving a file; within this time an answer stands.
+constexpr std::chrono::seconds kAnswersStand{1};
 
 std::optional<std::string> environmentDataHome() {
   // Nothing in this program changes the environment.
@@ -34,10 +34,10 @@ std::string linkTarget(const std::string& trashDirectory, const TrashUser& user,
 }
 
 // A courtesy: whether it succeeds has no bearing on the item.
-void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home) {
+void makeLink(const std::string& trashDirectory, const std::string& target) {
   struct stat found {};
   if (::lstat(trashDirectory.c_str(), &found) == 0 || errno != ENOENT) return;
-  if (::symlink(linkTarget(trashDirectory, user, home).c_str(), trashDirectory.c_str()) != 0) return;
+  if (::symlink(target.c_str(), trashDirectory.c_str()) != 0) return;
 }
 
 bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {
@@ -94,8 +94,18 @@ Outcome<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::strin
 FreedesktopTrash::SharedUser FreedesktopTrash::knownUser(const KnownUser& asked) {
   const std::scoped_lock lock(mutex_);
   const bool stands = knownUser_.realUserId == asked.realUserId && knownUser_.trashDirectory == asked.trashDirectory &&
-                      asked.since - knownUser_.since < kUserStands;
+                      asked.since - knownUser_.since < kAnswersStand;
   return stands ? knownUser_.user : nullptr;
+}
+
+void FreedesktopTrash::showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home) {
+  const auto now = clock_.monotonicNow();
+  {
+    const std::scoped_lock lock(mutex_);
+    if (knownLink_.trashDirectory == trashDirectory && now - knownLink_.since < kAnswersStand) return;
+    knownLink_ = {trashDirectory, now};
+  }
+  makeLink(trashDirectory, linkTarget(trashDirectory, user, home));
 }
 
 std::string FreedesktopTrash::deletionDate() {

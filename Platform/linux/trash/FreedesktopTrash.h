@@ -41,8 +41,14 @@ class FreedesktopTrash final : public platform::Trash {
     std::string text;
   };
 
+  struct KnownLink {
+    std::string trashDirectory;
+    std::chrono::steady_clock::time_point since;
+  };
+
   Outcome<SharedUser> userFor(const std::string& trashDirectory);
   SharedUser knownUser(const KnownUser& asked);
+  void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home);
   std::string deletionDate();
 
   const platform::Users& users_;
@@ -52,6 +58,7 @@ class FreedesktopTrash final : public platform::Trash {
 
   std::mutex mutex_;  // guards what follows
   KnownUser knownUser_;
+  KnownLink knownLink_;
   KnownDate knownDate_;
 };
 

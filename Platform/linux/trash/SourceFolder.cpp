@@ -94,14 +94,18 @@ class RootLinkWalk {
   int links_ = 0;
 };
 
-UniqueFd openAsRoot(const std::string& folder) {
-  UniqueFd fd = openWithoutLinks(folder);
-  const bool retry = !fd && (errno == ELOOP || errno == ENOSYS || errno == EPERM);
-  return retry ? RootLinkWalk(folder).run() : std::move(fd);
-}
+// Looking for links failed on a link, or cannot be done on this system.
+bool mayLeadThroughLinks(int error) { return error == ELOOP || error == ENOSYS || error == EPERM; }
 
 UniqueFd openPlainly(const std::string& folder) {
   return UniqueFd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// A path of plain components, one slash before each: without links on its way it is the folder's own.
+bool isTidy(const std::string& path) {
+  return path.find("//") == std::string::npos && path.find("/./") == std::string::npos &&
+         path.find("/../") == std::string::npos && !path.ends_with('/') && !path.ends_with("/.") &&
+         !path.ends_with("/..");
 }
 
 TrashProblem folderProblem(int code) {
@@ -119,13 +123,20 @@ TrashProblem folderProblem(int code) {
   }
 }
 
-Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights) {
+// `path` is "" where it has to be asked for, which takes longer than all the rest.
+Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
   const std::optional<Place> place = placeOf(fd.get());
   if (!place) return folderProblem(errno);
-  std::string path = pathOf(fd.get());
+  if (path.empty()) path = pathOf(fd.get());
   if (path.empty()) return folderProblem(ENAMETOOLONG);
   return SourceFolder{std::move(fd), *place, std::move(path), withRootRights};
+}
+
+Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
+  const FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
+  if (!acting.ok()) return itemProblem(EPERM);
+  return describe(openPlainly(folder), false);
 }
 
 }  // namespace
@@ -142,12 +153,13 @@ Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUse
   if (!folder.starts_with('/') || folder.find('\0') != std::string::npos) {
     return TrashProblem{EINVAL, "the place of its folder is not known"};
   }
-  if (!user.forAnother) return describe(openPlainly(folder), false);
-  UniqueFd trusted = openAsRoot(folder);
+  UniqueFd plain = openWithoutLinks(folder);
+  if (plain) return describe(std::move(plain), user.forAnother, isTidy(folder) ? folder : "");
+  if (!mayLeadThroughLinks(errno)) return folderProblem(errno);
+  if (!user.forAnother) return openWithRightsOf(user, folder);
+  UniqueFd trusted = RootLinkWalk(folder).run();
   if (trusted || errno != ELOOP) return describe(std::move(trusted), true);
-  const FileSystemUser acting(&user.identity);
-  if (!acting.ok()) return itemProblem(EPERM);
-  return describe(openPlainly(folder), false);
+  return openWithRightsOf(user, folder);
 }
 
 }  // namespace qm::linux_

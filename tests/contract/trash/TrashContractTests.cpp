@@ -163,11 +163,17 @@ TYPED_TEST(TrashContract, RecordsTheRealFolderBehindALink) {
   });
 }
 
-TYPED_TEST(TrashContract, TakesASourceFolderWithTrailingAndDoubledSlashes) {
+TYPED_TEST(TrashContract, RecordsATidyPathHoweverTheFolderIsSpelled) {
   TypeParam::play([](TrashWorld& world) {
-    world.makeFile("/home/u/a", "x");
-    EXPECT_TRUE(world.recycle("/home//u/", "a"));
-    EXPECT_EQ(expectInHomeTrash(world, "/home/u/a"), "a");
+    world.makeFolder("/home/u/d");
+    for (const std::string folder :
+         {"/home//u", "/home/u/", "/home/u/.", "/home/./u", "/home/u/../u", "/home/u/d/.."}) {
+      SCOPED_TRACE(folder);
+      world.makeFile("/home/u/a", "x");
+      EXPECT_TRUE(world.recycle(folder, "a"));
+    }
+    for (const TrashEntry& entry : entriesIn(world, TrashWorld::kHomeTrash)) EXPECT_EQ(entry.path, "/home/u/a");
+    EXPECT_EQ(world.namesIn(kInfo).size(), 6U);
   });
 }
 

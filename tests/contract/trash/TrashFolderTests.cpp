@@ -246,6 +246,7 @@ TEST(TrashFolders, GetTheirLinkInTheHomeBackWhenItWasRemoved) {
   World::play([](World& world) {
     EXPECT_TRUE(trashFile(world, "a"));
     world.removeFile(World::kTrashLink);
+    world.clock().advance(std::chrono::seconds(1));
     EXPECT_TRUE(trashFile(world, "b"));
     EXPECT_EQ(world.kindOf(World::kTrashLink), ItemKind::Link);
   });
