@@ -8,6 +8,9 @@ FakePlatform::FakePlatform() {
        {"/bin/cp", "/bin/mkdir", "/bin/mv", "/bin/rm", "/usr/bin/ditto", "/usr/bin/killall", "/usr/bin/touch"}) {
     disk.addExecutable(tool);
   }
+  disk.addFolder("/home/u/.local/share/Trash/files");
+  disk.addFolder("/home/u/.local/share/Trash/info");
+  disk.addLink("/home/u/.Trash", ".local/share/Trash/files");
   platform.authorizationServices = &authorizationServices;
   platform.clock = &clock;
   platform.console = &console;

@@ -45,8 +45,9 @@ namespace qm::testing {
 /// on a new FakePlatform with `calls.failCallNumber(k)` for each k up to that.
 ///
 /// The machine begins with the user "u" (501) at home in /home/u and at the console; the folders
-/// /Applications, /Library, /tmp, /home/u/Library; the tools /bin/cp, /bin/mkdir, /bin/mv, /bin/rm,
-/// /usr/bin/ditto, /usr/bin/killall and /usr/bin/touch; the thread that makes it is the main thread.
+/// /Applications, /Library, /tmp and /home/u/Library; an empty Trash with /home/u/.Trash leading to it;
+/// the tools /bin/cp, /bin/mkdir, /bin/mv, /bin/rm, /usr/bin/ditto, /usr/bin/killall and /usr/bin/touch.
+/// The thread that makes it is the main thread.
 struct FakePlatform {
   FakePlatform();
   FakePlatform(const FakePlatform&) = delete;

@@ -24,11 +24,7 @@ struct SingletonReset {
   template <class Other>
   static void finish(Other& /*object*/) {}
 
-  /// Twice: a message that is written may add one more, about a log that was begun anew.
   static void finish(QMLog& log) {
-    const auto queue = log.writeQueue();
-    if (!queue) return;
-    queue->waitUntilAllOperationsAreFinished();
-    queue->waitUntilAllOperationsAreFinished();
+    if (const auto queue = log.writeQueue()) queue->waitUntilAllOperationsAreFinished();
   }
 };

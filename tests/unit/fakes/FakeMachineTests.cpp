@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "Shared/QMFileManager.h"
 #include "tests/support/PlatformTest.h"
 
 namespace {
@@ -66,6 +67,22 @@ TEST_F(Machine, RecyclesIntoTheHomeTrash) {
             "[Trash Info]\nPath=/Applications/%C3%9Cber%20100%25.txt\nDeletionDate=2024-02-29T23:05:07\n");
   EXPECT_EQ(fakes.disk.linkTarget("/home/u/.Trash"), ".local/share/Trash/files");
   EXPECT_EQ(fakes.calls.log(), Strings{"trash.recycle(/Applications, /home/u/.Trash, Über 100%.txt)"});
+}
+
+TEST_F(Machine, MakesTheUsersTrashLeadToTheHomeTrashWhenNothingIsThere) {
+  fakes.disk.remove("/home/u/.Trash");
+  fakes.disk.addFile("/tmp/a");
+  ASSERT_TRUE(fakes.trash.recycle("/tmp", "/home/u/.Trash", {"a"}).ok());
+  EXPECT_EQ(fakes.disk.linkTarget("/home/u/.Trash"), ".local/share/Trash/files");
+}
+
+TEST_F(Machine, CarriesTheRealClassesThroughAFailure) {
+  fakes.disk.addFile("/Applications/Tessaly.app/Contents/Info.plist");
+  fakes.calls.failNext("trash.recycle");
+  EXPECT_TRUE(QMFileManager::trashFile("/Applications/Tessaly.app"));
+  EXPECT_TRUE(fakes.disk.has("/home/u/.Trash/Tessaly.app"));
+  EXPECT_FALSE(fakes.disk.has("/Applications/Tessaly.app"));
+  EXPECT_LT(fakes.calls.indexOf("trash.recycle").value(), fakes.calls.indexOf("authorization.copyRights").value());
 }
 
 TEST_F(Machine, RenamesInTheTrashOnAClash) {
