@@ -9,6 +9,8 @@ work=/dev/shm # holds what the scenario itself writes: no snapshot looks there
 fail() {
   printf 'failed: %s\n' "$*" >&2
   [ ! -s $work/program.log ] || sed 's/^/  program: /' $work/program.log >&2
+  [ -z "${program-}" ] || grep -E '^(Name|State|Threads)' "/proc/$program/status" >&2 || :
+  [ -z "${DISPLAY-}" ] || xwininfo -root -tree 2>/dev/null | grep '"' >&2 || :
   [ -z "${DISPLAY-}" ] || [ -z "${pictures-}" ] || import -window root "$pictures/failed-$scenario.png" || :
   exit 1
 }
@@ -91,7 +93,7 @@ start_display() {
   wait_until 10 test -s $work/display
   DISPLAY=:$(cat $work/display)
   export DISPLAY
-  openbox >$work/openbox.log 2>&1 &
+  XDG_CACHE_HOME=$work openbox >$work/openbox.log 2>&1 &
   wait_until 10 window_manager_runs
 }
 
@@ -101,7 +103,7 @@ start_display() {
 start_program() {
   python3 "$support/snapshot.py" $work/before "${volumes[@]}"
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
-    TSAN_OPTIONS=exitcode=66 "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
+    "TSAN_OPTIONS=exitcode=66:suppressions=$support/tsan.supp" "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
   if [ -n "${as_root-}" ]; then
     env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >$work/program.log 2>&1 &
   else
