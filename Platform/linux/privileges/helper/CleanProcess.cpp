@@ -1,0 +1,67 @@
+#include "Platform/linux/privileges/helper/CleanProcess.h"
+
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <initializer_list>
+
+namespace qm::linux_ {
+namespace {
+
+constexpr rlim_t kMostDescriptors = 4096;
+constexpr rlim_t kStack = 8U << 20U;
+
+bool closeInherited() { return ::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0U) == 0; }
+
+// A timer outlives the change of program, and its signal would end this one.
+void stopTimers() {
+  const itimerval none{};
+  for (const auto timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF}) ::setitimer(timer, &none, nullptr);
+}
+
+bool resetSignals() {
+  struct sigaction standard {};
+  standard.sa_handler = SIG_DFL;
+  for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
+  sigset_t none;
+  sigemptyset(&none);
+  return ::sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+}
+
+bool setLimit(__rlimit_resource resource, rlim_t value) {
+  const rlimit limit{value, value};
+  return ::setrlimit(resource, &limit) == 0;
+}
+
+bool resetLimits() {
+  bool done = true;
+  for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS, RLIMIT_RSS, RLIMIT_NPROC}) {
+    done = setLimit(resource, RLIM_INFINITY) && done;
+  }
+  done = setLimit(RLIMIT_STACK, kStack) && done;
+  done = setLimit(RLIMIT_NOFILE, kMostDescriptors) && done;
+  return setLimit(RLIMIT_CORE, 0) && done;
+}
+
+bool clearEnvironment() { return ::clearenv() == 0 && ::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1) == 0; }
+
+}  // namespace
+
+bool becomeCleanProcess() {
+  stopTimers();
+  ::prctl(PR_SET_PDEATHSIG, 0);
+  ::umask(022);
+  ::setpriority(PRIO_PROCESS, 0, 0);
+  const bool own = ::setsid() >= 0 || errno == EPERM;  // already the first of its session
+  return resetSignals() && closeInherited() && resetLimits() && clearEnvironment() && own && ::chdir("/") == 0 &&
+         ::prctl(PR_SET_DUMPABLE, 0) == 0;
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,148 @@
+#include "Platform/linux/privileges/helper/HelperSession.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "Platform/linux/privileges/helper/LaunchRun.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+// Each takes a few descriptors.
+constexpr std::size_t kMostRuns = 512;
+
+bool makePipe(UniqueFd& reading, UniqueFd& writing) {
+  int ends[2] = {-1, -1};
+  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+  reading.reset(ends[0]);
+  writing.reset(ends[1]);
+  return true;
+}
+
+void writeAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return;
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+// The process of one launch. It tells the helper what the helper passes on.
+[[noreturn]] void runMain(const Launch& launch, uid_t person, UniqueFd output, const UniqueFd& messages) {
+  runLaunch(launch, person, std::move(output), [&](const Message& message) {
+    if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
+  });
+  ::_exit(0);
+}
+
+int waitFor(pid_t process) {
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+}  // namespace
+
+void HelperSession::run() {
+  send(Hello{});
+  while (peer_.isOpen() || !runs_.empty()) waitForEvents();
+}
+
+void HelperSession::waitForEvents() {
+  std::vector<pollfd> watched = {{peer_.isOpen() ? peer_.descriptor() : -1, POLLIN, 0},
+                                 {peer_.isOpen() ? peer_.peerDescriptor() : -1, POLLIN, 0}};
+  for (const Run& run : runs_) watched.push_back({run.messages.get(), POLLIN, 0});
+  if (::poll(watched.data(), watched.size(), -1) < 0) return;
+  for (std::size_t i = 0; i + 2 < watched.size(); ++i) {
+    if (watched[i + 2].revents != 0) forward(runs_[i]);
+  }
+  std::erase_if(runs_, [](const Run& run) { return !run.messages; });
+  if (watched[0].revents != 0) {
+    receive();
+  } else if (watched[1].revents != 0) {
+    peer_.close();
+  }
+}
+
+void HelperSession::receive() {
+  std::string bytes;
+  if (peer_.receive(bytes) != PeerSocket::Received::Bytes) return;
+  reader_.append(bytes);
+  while (const auto message = reader_.next()) {
+    const auto* launch = std::get_if<Launch>(&*message);
+    if (launch == nullptr) return peer_.close();
+    start(*launch);
+  }
+  if (reader_.isBroken()) peer_.close();
+}
+
+void HelperSession::start(const Launch& launch) {
+  std::optional<Run> run;
+  errno = EAGAIN;
+  if (runs_.size() < kMostRuns) run = fork(launch);
+  if (!run) return send(Started{launch.number, errno, 0, launch.tool + ": " + std::strerror(errno)});
+  runs_.push_back(std::move(*run));
+}
+
+// The child closes its copy of the connection with everything else that is not its own.
+std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
+  Run run;
+  run.number = launch.number;
+  UniqueFd messagesWriting, outputWriting;
+  if (!makePipe(run.messages, messagesWriting) || !makePipe(run.output, outputWriting)) return std::nullopt;
+  run.process = ::fork();
+  if (run.process < 0) return std::nullopt;
+  if (run.process == 0) {
+    runs_.clear();
+    run.messages.reset();
+    run.output.reset();
+    peer_.leave();
+    runMain(launch, person_, std::move(outputWriting), messagesWriting);
+  }
+  return run;
+}
+
+void HelperSession::forward(Run& run) {
+  std::array<char, 4096> block{};
+  const ssize_t got = ::read(run.messages.get(), block.data(), block.size());
+  if (got < 0 && errno == EINTR) return;
+  if (got <= 0) return finish(run);
+  run.reader.append({block.data(), static_cast<std::size_t>(got)});
+  while (const auto message = run.reader.next()) forwardMessage(run, *message);
+}
+
+void HelperSession::forwardMessage(Run& run, const Message& message) {
+  const auto* started = std::get_if<Started>(&message);
+  const bool runs = started != nullptr && started->error == 0;
+  send(message, runs ? run.output.get() : -1);
+  run.started = run.started || started != nullptr;
+  run.exited = run.exited || std::holds_alternative<Exited>(message) || (started != nullptr && !runs);
+  if (runs) run.output.reset();
+}
+
+// A process that ended without a word is reported as well.
+void HelperSession::finish(Run& run) {
+  run.messages.reset();
+  const int status = waitFor(run.process);
+  if (!run.started) {
+    send(Started{run.number, EIO, 0, "the launch broke off"});
+  } else if (!run.exited) {
+    send(Exited{run.number, status, "the launch broke off"});
+  }
+}
+
+void HelperSession::send(const Message& message, int descriptor) {
+  if (const auto bytes = encoded(message)) peer_.send(*bytes, descriptor);
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <deque>
+#include <optional>
+
+#include "Platform/linux/privileges/helper/PeerSocket.h"
+#include "Platform/linux/privileges/protocol/Messages.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// Serves launches until the application ends the connection, ends itself or breaks a rule. Each launch is a
+/// process of its own, so that none can hold up or harm another; those that run are waited for at the end.
+class HelperSession {
+ public:
+  HelperSession(PeerSocket& peer, uid_t person) : peer_(peer), person_(person) {}
+
+  /// Says hello and serves. Returns when nothing runs any more.
+  void run();
+
+ private:
+  /// A launch under way, its messages and the reading end of its tool's output.
+  struct Run {
+    pid_t process = -1;
+    std::uint64_t number = 0;
+    posix::UniqueFd messages;
+    posix::UniqueFd output;
+    MessageReader reader;
+    bool started = false;
+    bool exited = false;
+  };
+
+  void waitForEvents();
+  void receive();
+  void start(const Launch& launch);
+  std::optional<Run> fork(const Launch& launch);
+  void forward(Run& run);
+  void forwardMessage(Run& run, const Message& message);
+  void finish(Run& run);
+  void send(const Message& message, int descriptor = -1);
+
+  PeerSocket& peer_;
+  uid_t person_;
+  MessageReader reader_;
+  std::deque<Run> runs_;
+};
+
+}  // namespace qm::linux_

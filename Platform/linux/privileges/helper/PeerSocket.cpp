@@ -1,0 +1,122 @@
+#include "Platform/linux/privileges/helper/PeerSocket.h"
+
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+bool isStreamSocket(int fd) {
+  int domain = 0;
+  int type = 0;
+  socklen_t size = sizeof domain;
+  if (::getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &size) != 0) return false;
+  size = sizeof type;
+  return ::getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && domain == AF_UNIX && type == SOCK_STREAM;
+}
+
+bool tellsSenders(int fd) {
+  const int on = 1;
+  return ::setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) == 0;
+}
+
+ucred peerOf(int fd) {
+  ucred peer{-1, static_cast<uid_t>(-1), static_cast<gid_t>(-1)};
+  socklen_t size = sizeof peer;
+  ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+  return peer;
+}
+
+// Room for the sender and nothing else: descriptors that come along are dropped by the kernel, which says so.
+union SenderSpace {
+  cmsghdr alignment;
+  std::array<char, CMSG_SPACE(sizeof(ucred))> bytes;
+};
+
+bool isFrom(msghdr& message, pid_t process, uid_t person) {
+  const cmsghdr* header = CMSG_FIRSTHDR(&message);
+  if ((message.msg_flags & (MSG_CTRUNC | MSG_TRUNC)) != 0 || header == nullptr) return false;
+  if (header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_CREDENTIALS ||
+      header->cmsg_len != CMSG_LEN(sizeof(ucred))) {
+    return false;
+  }
+  ucred sender{};
+  std::memcpy(&sender, CMSG_DATA(header), sizeof sender);
+  return sender.pid == process && sender.uid == person;
+}
+
+union DescriptorSpace {
+  cmsghdr alignment;
+  std::array<char, CMSG_SPACE(sizeof(int))> bytes;
+};
+
+void attach(msghdr& message, DescriptorSpace& space, int descriptor) {
+  message.msg_control = space.bytes.data();
+  message.msg_controllen = space.bytes.size();
+  cmsghdr* header = CMSG_FIRSTHDR(&message);
+  header->cmsg_level = SOL_SOCKET;
+  header->cmsg_type = SCM_RIGHTS;
+  header->cmsg_len = CMSG_LEN(sizeof descriptor);
+  std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+}
+
+}  // namespace
+
+// The parent is looked at once more when its end can be seen: until then its number could have gone to
+// another process.
+PeerSocket::PeerSocket(UniqueFd socket, uid_t person) : socket_(std::move(socket)), person_(person) {
+  if (!isStreamSocket(socket_.get()) || !tellsSenders(socket_.get())) return;
+  const ucred peer = peerOf(socket_.get());
+  if (peer.uid != person || peer.pid <= 0 || peer.pid != ::getppid()) return;
+  peerEnd_.reset(static_cast<int>(::syscall(SYS_pidfd_open, peer.pid, 0U)));
+  peer_ = peer.pid;
+  open_ = peerEnd_ && ::getppid() == peer.pid;
+}
+
+PeerSocket::Received PeerSocket::receive(std::string& bytes) {
+  std::array<char, 65536> block{};
+  SenderSpace space{};
+  iovec part{block.data(), block.size()};
+  msghdr message{};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  message.msg_control = space.bytes.data();
+  message.msg_controllen = space.bytes.size();
+  const ssize_t got = ::recvmsg(socket_.get(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+  if (got < 0 && (errno == EINTR || errno == EAGAIN)) return Received::Nothing;
+  if (got <= 0 || !isFrom(message, peer_, person_)) {
+    open_ = false;
+    return Received::End;
+  }
+  bytes.append(block.data(), static_cast<std::size_t>(got));
+  return Received::Bytes;
+}
+
+void PeerSocket::leave() {
+  open_ = false;
+  socket_.reset();
+  peerEnd_.reset();
+}
+
+void PeerSocket::send(const std::string& bytes, int descriptor) const {
+  for (std::size_t sent = 0; sent < bytes.size();) {
+    iovec part{const_cast<char*>(bytes.data()) + sent, bytes.size() - sent};
+    DescriptorSpace space{};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    if (descriptor >= 0 && sent == 0) attach(message, space, descriptor);
+    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
+    if (count < 0 && errno != EINTR) return;
+    if (count > 0) sent += static_cast<std::size_t>(count);
+  }
+}
+
+}  // namespace qm::linux_

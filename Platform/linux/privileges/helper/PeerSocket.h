@@ -1,0 +1,43 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// The helper's end of its connection. Everything that is read came from one process of one person; a byte
+/// from anybody else, or a descriptor, ends the connection.
+class PeerSocket {
+ public:
+  enum class Received { Bytes, Nothing, End };
+
+  /// Takes `socket` when it connects this process to its own parent and that parent is `person`'s; see
+  /// `isOpen`.
+  PeerSocket(posix::UniqueFd socket, uid_t person);
+
+  bool isOpen() const { return open_; }
+  int descriptor() const { return socket_.get(); }
+  /// Readable once the peer has ended.
+  int peerDescriptor() const { return peerEnd_.get(); }
+
+  /// Appends what has arrived to `bytes`. Never blocks.
+  Received receive(std::string& bytes);
+  /// Receives nothing from here on.
+  void close() { open_ = false; }
+  /// Lets go of the connection, without ending it, in a process that has nothing to do with it.
+  void leave();
+  /// Sends all, with a descriptor if there is one. A peer that is gone is no failure.
+  void send(const std::string& bytes, int descriptor = -1) const;
+
+ private:
+  posix::UniqueFd socket_;
+  posix::UniqueFd peerEnd_;
+  pid_t peer_ = -1;
+  uid_t person_;
+  bool open_ = false;
+};
+
+}  // namespace qm::linux_
