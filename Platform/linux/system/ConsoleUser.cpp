@@ -54,8 +54,8 @@ std::optional<std::string> userOfActiveSession() {
 }
 
 std::optional<std::string> userBehindRootTool() {
-  if (const auto name = nameUnlessRoot(personWithId(environmentValue("PKEXEC_UID")))) return name;
-  if (const auto name = nameUnlessRoot(personWithId(environmentValue("SUDO_UID")))) return name;
+  if (auto name = nameUnlessRoot(personWithId(environmentValue("PKEXEC_UID")))) return name;
+  if (auto name = nameUnlessRoot(personWithId(environmentValue("SUDO_UID")))) return name;
   return nameUnlessRoot(userWithName(environmentValue("SUDO_USER").value_or("")));
 }
 

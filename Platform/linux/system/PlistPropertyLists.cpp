@@ -14,7 +14,7 @@ namespace {
 using platform::PropertyList;
 using platform::PropertyListValue;
 
-constexpr std::size_t kLargestFile = 1024 * 1024;
+constexpr std::size_t kLargestFile = std::size_t{1024} * 1024;
 
 struct FreeNode {
   void operator()(plist_t node) const { ::plist_free(node); }

@@ -1,8 +1,9 @@
 #include "Platform/linux/system/ProcessState.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace qm::linux_ {
 
@@ -11,8 +12,8 @@ void settleInheritedState() {
     // The lowest free number is the missing one, since those below it are there by now.
     if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);  // children get it too
   }
-  ::signal(SIGCHLD, SIG_DFL);
-  ::signal(SIGPIPE, SIG_IGN);
+  static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 }
 
 }  // namespace qm::linux_

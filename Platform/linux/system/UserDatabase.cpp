@@ -9,7 +9,7 @@ namespace qm::linux_ {
 namespace {
 
 constexpr std::size_t kFirstBuffer = 1024;
-constexpr std::size_t kLargestBuffer = 1024 * 1024;
+constexpr std::size_t kLargestBuffer = std::size_t{1024} * 1024;
 
 std::string textOrEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
 

@@ -2,7 +2,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <utility>
 
 #include "Platform/posix/process/Descriptors.h"
 
@@ -32,10 +32,10 @@ void growPipe(int descriptor) {
 
 Pipe makePipe() {
   int ends[2] = {-1, -1};
-  if (::pipe2(ends, O_CLOEXEC) < 0) return Pipe();
+  Pipe none;
+  if (::pipe2(ends, O_CLOEXEC) < 0) return none;
   Pipe pipe{aboveStandardStreams(UniqueFd(ends[0])), aboveStandardStreams(UniqueFd(ends[1]))};
-  if (!pipe.reading || !pipe.writing) return Pipe();
-  return pipe;
+  return pipe.reading && pipe.writing ? std::move(pipe) : std::move(none);
 }
 
 Pipe makeLargestPipe() {

@@ -1,11 +1,11 @@
 #include "Platform/posix/process/PosixTask.h"
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 #include "Platform/posix/process/Descriptors.h"

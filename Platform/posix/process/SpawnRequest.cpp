@@ -1,11 +1,11 @@
 #include "Platform/posix/process/SpawnRequest.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 
 namespace qm::posix {
 namespace {

@@ -30,8 +30,8 @@ class SpawnRequest {
  private:
   void note(int error);
 
-  posix_spawn_file_actions_t actions_;
-  posix_spawnattr_t attributes_;
+  posix_spawn_file_actions_t actions_{};
+  posix_spawnattr_t attributes_{};
   int error_ = 0;
 };
 
