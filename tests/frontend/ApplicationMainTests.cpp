@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "Platform/Application.h"
+#include "Platform/linux/qt/FrontEnd.h"
+
+namespace qm::testing {
+namespace {
+
+using Step = std::function<void(const platform::Outlets&)>;
+
+/// Does what the case wants once the interface is loaded.
+class Owner : public platform::InterfaceOwner {
+ public:
+  explicit Owner(Step step) : step_(std::move(step)) {}
+  ~Owner() override { std::fputs("the owner is destroyed\n", stderr); }
+  void connect(const platform::Outlets& outlets) override { outlets_ = outlets; }
+  void awakeFromNib() override { step_(outlets_); }
+  void uninstall(const platform::ActionSender* /*sender*/) override {}
+  void cancel(const platform::ActionSender* /*sender*/) override {}
+
+ private:
+  Step step_;
+  platform::Outlets outlets_;
+};
+
+/// Runs the application in a process of its own, as `main` does, until it exits.
+[[noreturn]] void runApplication(const Step& step) {
+  ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  char name[] = "test";
+  char* arguments[] = {name, nullptr};
+  linux_::frontEnd();
+  const int code = platform::applicationMain(1, arguments, [&] { return std::make_unique<Owner>(step); });
+  std::fputs("the event loop has ended\n", stderr);
+  std::exit(code);
+}
+
+class ApplicationMain : public ::testing::Test {
+ protected:
+  ApplicationMain() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+void terminate() { linux_::frontEnd().userInterface.terminate(nullptr); }
+
+TEST_F(ApplicationMain, EndsWithoutRunningWhenItIsTerminatedWhileLoading) {
+  EXPECT_EXIT(runApplication([](const platform::Outlets& /*outlets*/) { terminate(); }), ::testing::ExitedWithCode(0),
+              "^the event loop has ended\n$");
+}
+
+TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
+  const Step step = [](const platform::Outlets& outlets) {
+    std::thread([outlets] {
+      linux_::frontEnd().mainThread.performAndWait([outlets] {
+        outlets.windowMain->orderOut();
+        terminate();
+      });
+      std::fputs("the worker came back\n", stderr);
+    }).detach();
+  };
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^the event loop has ended\n$");
+}
+
+TEST_F(ApplicationMain, EndsWhileWorkersKeepAskingForWork) {
+  const Step step = [](const platform::Outlets& outlets) {
+    for (int worker = 0; worker < 3; ++worker) {
+      std::thread([check = outlets.removeConfigCheck] {
+        while (check->state() == platform::kOffState) linux_::frontEnd().mainThread.performAndWait([] {});
+      }).detach();
+    }
+    linux_::frontEnd().mainThread.perform([] { linux_::frontEnd().mainThread.perform(terminate); });
+  };
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^the event loop has ended\n$");
+}
+
+TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
+  const Step step = [](const platform::Outlets& outlets) {
+    auto& mainThread = linux_::frontEnd().mainThread;
+    mainThread.perform([&mainThread, outlets] {
+      outlets.windowMain->orderOut();
+      mainThread.perform([] {
+        std::fputs("still there\n", stderr);
+        terminate();
+      });
+    });
+  };
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^still there\nthe event loop has ended\n$");
+}
+
+TEST_F(ApplicationMain, SaysSoWhenNoWindowCanBeOpened) {
+  const auto start = [] {
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+    char name[] = "test";
+    char* arguments[] = {name, nullptr};
+    std::exit(platform::applicationMain(1, arguments, [] { return std::unique_ptr<Owner>(); }));
+  };
+  EXPECT_EXIT(start(), ::testing::ExitedWithCode(1), "no window can be opened. Start it from a desktop session.\n$");
+}
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,197 @@
+#include "Platform/linux/qt/MainInterface.h"
+
+#include <gmock/gmock.h>
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <string>
+#include <vector>
+
+#include "tests/frontend/QtFixture.h"
+
+namespace qm::testing {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct Owner : platform::InterfaceOwner {
+  Owner(std::vector<std::string>& sent, platform::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
+  void connect(const platform::Outlets& outlets) override {
+    sent_.emplace_back("connect");
+    outlets_ = outlets;
+  }
+  void awakeFromNib() override { sent_.emplace_back("awakeFromNib"); }
+  void uninstall(const platform::ActionSender* /*sender*/) override { sent_.emplace_back("uninstall"); }
+  void cancel(const platform::ActionSender* /*sender*/) override { sent_.emplace_back("cancel"); }
+
+ private:
+  std::vector<std::string>& sent_;
+  platform::Outlets& outlets_;
+};
+
+class MainInterface : public QtFixture {
+ protected:
+  MainInterface() : interface_(std::make_unique<Owner>(sent, outlets)) {
+    interface_.windowMain().makeKeyAndOrderFront();
+    sent.clear();
+  }
+  ~MainInterface() override { interface_.destroyWindows(); }
+
+  static QWidget& window(const char* name) {
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+      if (widget->objectName() == name) return *widget;
+    }
+    throw std::runtime_error(std::string("no window ") + name);
+  }
+  template <class Widget>
+  static Widget& control(const char* windowName, const char* name) {
+    auto* const found = window(windowName).findChild<Widget*>(name);
+    if (found == nullptr) throw std::runtime_error(std::string("no control ") + name);
+    return *found;
+  }
+  static void press(int key) { QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key)); }
+  static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
+
+  std::vector<std::string> sent;
+  platform::Outlets outlets;
+
+ private:
+  linux_::MainInterface interface_;
+};
+
+TEST_F(MainInterface, ConnectsEveryOutletBeforeItWakesItsOwner) {
+  std::vector<std::string> order;
+  platform::Outlets connected;
+  linux_::MainInterface another(std::make_unique<Owner>(order, connected));
+  EXPECT_THAT(order, ElementsAre("connect", "awakeFromNib"));
+  EXPECT_NE(connected.windowMain, nullptr);
+  EXPECT_NE(connected.removeSharedCheck, nullptr);
+  EXPECT_NE(connected.removeConfigCheck, nullptr);
+  EXPECT_NE(connected.windowProgress, nullptr);
+  EXPECT_NE(connected.progressBar, nullptr);
+  another.destroyWindows();
+}
+
+TEST_F(MainInterface, ShowsTheMainWindowOnly) {
+  EXPECT_TRUE(window("windowMain").isVisible());
+  EXPECT_FALSE(window("windowProgress").isVisible());
+  EXPECT_TRUE(window("windowProgress").isWindow());
+}
+
+TEST_F(MainInterface, StartsWithThePreferencesKept) {
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+  control<QCheckBox>("windowMain", "removeConfigCheck").click();
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOnState);
+}
+
+TEST_F(MainInterface, PromisesNothingByTheOtherBox) {
+  const auto& box = control<QCheckBox>("windowMain", "removeSharedCheck");
+  EXPECT_FALSE(box.isEnabled());
+  EXPECT_TRUE(box.isChecked());
+  EXPECT_EQ(control<QLabel>("windowMain", "removeSharedLabel").text(),
+            "The Quillmark folder in Applications is removed if nothing is left in it");
+}
+
+TEST_F(MainInterface, SendsTheActionsOfItsButtons) {
+  control<QPushButton>("windowMain", "uninstallButton").click();
+  control<QPushButton>("windowMain", "cancelButton").click();
+  EXPECT_THAT(sent, ElementsAre("uninstall", "cancel"));
+}
+
+TEST_F(MainInterface, UninstallsOnReturnFromTheStart) {
+  EXPECT_EQ(focused(), "uninstallButton");
+  press(Qt::Key_Return);
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, UninstallsOnReturnInACheckBox) {
+  control<QCheckBox>("windowMain", "removeConfigCheck").setFocus();
+  press(Qt::Key_Return);
+  press(Qt::Key_Enter);
+  EXPECT_THAT(sent, ElementsAre("uninstall", "uninstall"));
+}
+
+TEST_F(MainInterface, PressesTheCancelButtonOnReturnWhenItHasTheFocus) {
+  auto& cancel = control<QPushButton>("windowMain", "cancelButton");
+  auto& uninstall = control<QPushButton>("windowMain", "uninstallButton");
+  EXPECT_TRUE(uninstall.isDefault());
+  cancel.setFocus();
+  EXPECT_TRUE(cancel.isDefault());
+  EXPECT_FALSE(uninstall.isDefault());
+  press(Qt::Key_Return);
+  EXPECT_THAT(sent, ElementsAre("cancel"));
+}
+
+TEST_F(MainInterface, CancelsOnEscapeFromEveryControl) {
+  for (const auto* const name : {"removeConfigCheck", "cancelButton", "uninstallButton"}) {
+    control<QWidget>("windowMain", name).setFocus();
+    press(Qt::Key_Escape);
+  }
+  EXPECT_THAT(sent, ElementsAre("cancel", "cancel", "cancel"));
+}
+
+TEST_F(MainInterface, CancelsWhenTheMainWindowIsClosed) {
+  EXPECT_FALSE(window("windowMain").close());
+  EXPECT_THAT(sent, ElementsAre("cancel"));
+  EXPECT_TRUE(window("windowMain").isVisible());
+}
+
+TEST_F(MainInterface, DoesNothingWhenTheProgressWindowIsClosed) {
+  outlets.windowProgress->makeKeyAndOrderFront();
+  auto& progress = window("windowProgress");
+  EXPECT_FALSE(progress.close());
+  QTest::keyClick(&progress, Qt::Key_Escape);
+  QTest::keyClick(&progress, Qt::Key_Return);
+  EXPECT_TRUE(progress.isVisible());
+  EXPECT_THAT(sent, ElementsAre());
+}
+
+TEST_F(MainInterface, IsWalkedThroughInTheOrderOnTheScreen) {
+  std::vector<std::string> order;
+  for (int step = 0; step < 3; ++step) {
+    press(Qt::Key_Tab);
+    order.push_back(focused());
+  }
+  EXPECT_THAT(order, ElementsAre("removeConfigCheck", "cancelButton", "uninstallButton"));
+}
+
+TEST_F(MainInterface, NamesEveryWindowAndControlForScreenReaders) {
+  for (const auto* const name : {"windowMain", "windowProgress"}) {
+    EXPECT_FALSE(window(name).accessibleName().isEmpty()) << name;
+    EXPECT_FALSE(window(name).windowTitle().isEmpty()) << name;
+  }
+  for (const auto* const name : {"removeConfigCheck", "removeSharedCheck", "cancelButton", "uninstallButton"}) {
+    const auto& found = control<QWidget>("windowMain", name);
+    EXPECT_FALSE(found.accessibleName().isEmpty()) << name;
+    EXPECT_FALSE(found.accessibleDescription().isEmpty()) << name;
+  }
+  EXPECT_FALSE(control<QProgressBar>("windowProgress", "progressBar").accessibleName().isEmpty());
+}
+
+TEST_F(MainInterface, GivesEveryControlThatCanBeUsedAKeyOfItsOwn) {
+  std::vector<std::string> keys;
+  for (const auto* const name : {"removeConfigCheck", "cancelButton", "uninstallButton"}) {
+    keys.push_back(control<QAbstractButton>("windowMain", name).shortcut().toString().toStdString());
+  }
+  EXPECT_THAT(keys, ElementsAre("Alt+P", "Alt+C", "Alt+U"));
+}
+
+TEST_F(MainInterface, HasRoomForEveryText) {
+  for (const auto* const label : window("windowMain").findChildren<QLabel*>()) {
+    EXPECT_GE(label->height(),
+              label->hasHeightForWidth() ? label->heightForWidth(label->width()) : label->sizeHint().height())
+        << label->objectName().toStdString();
+    if (!label->wordWrap()) {
+      EXPECT_GE(label->width(), label->sizeHint().width()) << label->objectName().toStdString();
+    }
+  }
+  for (const auto* const button : window("windowMain").findChildren<QAbstractButton*>()) {
+    EXPECT_GE(button->width(), button->sizeHint().width()) << button->objectName().toStdString();
+  }
+}
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <cstdlib>
+#include <memory>
+
+#include "Platform/linux/qt/QtMainThread.h"
+
+namespace qm::testing {
+
+/// An application object without a display, and a main thread that has begun.
+class QtFixture : public ::testing::Test {
+ protected:
+  QtFixture() {
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    application_ = std::make_unique<QApplication>(argc_, argv_);
+    QApplication::setQuitOnLastWindowClosed(false);
+    mainThread = new linux_::QtMainThread;  // a thread that is never released keeps looking at it
+    EXPECT_TRUE(mainThread->begin());
+  }
+  ~QtFixture() override { mainThread->end(); }
+
+  linux_::QtMainThread* mainThread;
+
+ private:
+  int argc_ = 1;
+  char name_[5] = "test";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QApplication> application_;
+};
+
+}  // namespace qm::testing

@@ -1,0 +1,111 @@
+#include "Platform/linux/qt/QtUserInterface.h"
+
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include "Platform/linux/qt/QtControls.h"
+#include "tests/frontend/QtFixture.h"
+
+namespace qm::testing {
+namespace {
+
+class QtUserInterface : public QtFixture {
+ protected:
+  /// Shows the alert, and calls `look` once it is there. `look` must dismiss it.
+  void runAlert(const std::string& title, const std::string& message, const std::function<void(QMessageBox&)>& look) {
+    mainThread->perform([&] {
+      auto* const alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(alert, nullptr);
+      look(*alert);
+    });
+    userInterface.runAlertPanel(title, message);
+  }
+
+  linux_::QtUserInterface userInterface{*mainThread};
+};
+
+TEST_F(QtUserInterface, ShowsTheTitleAndTheMessageWithOneButton) {
+  bool looked = false;
+  runAlert("Uninstall complete", "Items have been placed in your Trash.", [&](QMessageBox& alert) {
+    EXPECT_EQ(alert.windowTitle(), "Uninstall complete");
+    EXPECT_EQ(alert.text(), "<b>Uninstall complete</b>");
+    EXPECT_EQ(alert.informativeText(), "Items have been placed in your Trash.");
+    EXPECT_EQ(alert.windowModality(), Qt::ApplicationModal);
+    ASSERT_EQ(alert.buttons().size(), 1);
+    EXPECT_EQ(alert.standardButton(alert.buttons().front()), QMessageBox::Ok);
+    looked = true;
+    alert.accept();
+  });
+  EXPECT_TRUE(looked);
+}
+
+TEST_F(QtUserInterface, ShowsMarkupInTextsAsItIsWritten) {
+  runAlert("a < b & c", "<i>d</i>", [](QMessageBox& alert) {
+    EXPECT_EQ(alert.text(), "<b>a &lt; b &amp; c</b>");
+    EXPECT_EQ(alert.informativeText(), "&lt;i&gt;d&lt;/i&gt;");
+    alert.accept();
+  });
+}
+
+TEST_F(QtUserInterface, DismissesTheAlertOnReturn) {
+  runAlert("t", "m", [](QMessageBox& alert) { QTest::keyClick(&alert, Qt::Key_Return); });
+}
+
+TEST_F(QtUserInterface, DismissesTheAlertOnEscape) {
+  runAlert("t", "m", [](QMessageBox& alert) { QTest::keyClick(&alert, Qt::Key_Escape); });
+}
+
+TEST_F(QtUserInterface, EndsTheEventLoopWithSuccess) {
+  mainThread->perform([&] { userInterface.terminate(nullptr); });
+  EXPECT_EQ(QApplication::exec(), 0);
+  EXPECT_TRUE(mainThread->holdsWaitingCallers());
+}
+
+TEST_F(QtUserInterface, ReadsACheckBoxFromTheMirror) {
+  QCheckBox box;
+  box.setChecked(true);
+  const linux_::QtCheckBox mirrored(box);
+  EXPECT_EQ(mirrored.state(), platform::kOnState);
+  box.click();
+  EXPECT_EQ(mirrored.state(), platform::kOffState);
+  box.setChecked(true);
+  EXPECT_EQ(mirrored.state(), platform::kOnState);
+}
+
+TEST_F(QtUserInterface, KeepsTheStateOfACheckBoxThatIsGone) {
+  auto box = std::make_unique<QCheckBox>();
+  const linux_::QtCheckBox mirrored(*box);
+  box->click();
+  box.reset();
+  EXPECT_EQ(mirrored.state(), platform::kOnState);
+}
+
+TEST_F(QtUserInterface, MakesTheProgressBarIndeterminate) {
+  QProgressBar bar;
+  linux_::QtProgressIndicator indicator(bar);
+  indicator.setUsesThreadedAnimation(true);
+  indicator.startAnimation();
+  EXPECT_EQ(bar.minimum(), 0);
+  EXPECT_EQ(bar.maximum(), 0);
+}
+
+TEST_F(QtUserInterface, ShowsAWindowInTheMiddleOfTheScreenAndHidesIt) {
+  QWidget widget;
+  widget.setFixedSize(200, 100);
+  linux_::QtWindow window(widget);
+  window.makeKeyAndOrderFront();
+  EXPECT_TRUE(widget.isVisible());
+  const auto offset = widget.geometry().center() - widget.screen()->availableGeometry().center();
+  EXPECT_LE(offset.manhattanLength(), 2);
+  window.orderOut();
+  EXPECT_FALSE(widget.isVisible());
+}
+
+}  // namespace
+}  // namespace qm::testing
