@@ -95,8 +95,8 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authRemoveFile(const std::string& path);
 
   // A null pointer is no path.
-  template <class... Rest>
-  std::int32_t authExecTask(std::nullptr_t, const Rest&...) = delete;
+  std::int32_t authExecTask(std::nullptr_t, const std::vector<std::string>&, Async) = delete;
+  std::int32_t authExecTask(std::nullptr_t, const std::vector<std::string>&) = delete;
   bool authStartWithUser(std::nullptr_t, const std::optional<std::string>&) = delete;
   template <class User>
   bool authStartWithUser(const User&, std::nullptr_t) = delete;
