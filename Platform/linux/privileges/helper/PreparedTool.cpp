@@ -236,7 +236,8 @@ class Preparation {
     return std::nullopt;
   }
 
-  void pass(const std::string& asked, const std::string& path, UniqueFd pinned) {
+  // By reference, so that the path is made while the descriptor is still in its place.
+  void pass(const std::string& asked, const std::string& path, UniqueFd&& pinned) {
     tool_.arguments.push_back(path);
     tool_.shown.emplace_back(path, asked);
     tool_.pinned.push_back(std::move(pinned));

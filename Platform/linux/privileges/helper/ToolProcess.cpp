@@ -17,6 +17,7 @@ namespace {
 using posix::UniqueFd;
 
 constexpr std::size_t kLongestErrors = 700;
+constexpr unsigned kCloseOnExec = 4;  // CLOSE_RANGE_CLOEXEC
 
 bool makePipe(UniqueFd& reading, UniqueFd& writing) {
   int ends[2] = {-1, -1};
@@ -45,6 +46,7 @@ int becomeTool(const PreparedTool& tool, int output, int errors) {
       !connect(STDERR_FILENO, errors)) {
     return errno;
   }
+  if (::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, kCloseOnExec) != 0) return errno;
   for (const UniqueFd& pinned : tool.pinned) {
     if (::fcntl(pinned.get(), F_SETFD, 0) != 0) return errno;
   }

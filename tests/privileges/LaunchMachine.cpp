@@ -1,0 +1,106 @@
+#include "tests/privileges/LaunchMachine.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "Platform/linux/privileges/helper/LaunchRun.h"
+
+namespace qm::testing {
+namespace {
+
+using posix::UniqueFd;
+
+void give(const std::string& path, uid_t owner) {
+  ASSERT_EQ(::lchown(path.c_str(), owner, owner), 0) << path;
+}
+
+std::string readToEnd(int fd) {
+  std::string all;
+  char block[4096];
+  for (ssize_t got = 0; (got = ::read(fd, block, sizeof block)) > 0;) all.append(block, static_cast<std::size_t>(got));
+  return all;
+}
+
+void note(Outcome& outcome, const linux_::Message& message) {
+  if (const auto* started = std::get_if<linux_::Started>(&message)) {
+    outcome.error = started->error;
+    outcome.reason = started->reason;
+  } else if (const auto* exited = std::get_if<linux_::Exited>(&message)) {
+    outcome.waitStatus = exited->waitStatus;
+    outcome.note = exited->note;
+  }
+}
+
+}  // namespace
+
+Outcome launch(const std::string& tool, const std::vector<std::string>& arguments) {
+  Outcome outcome;
+  int ends[2] = {-1, -1};
+  EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  const UniqueFd reading(ends[0]);
+  std::thread reader([&] { outcome.output = readToEnd(reading.get()); });
+  linux_::runLaunch({1, tool, arguments}, kPerson, UniqueFd(ends[1]),
+                    [&](const linux_::Message& message) { note(outcome, message); });
+  reader.join();
+  return outcome;
+}
+
+void makeFolder(const std::string& path, uid_t owner, mode_t mode) {
+  ASSERT_EQ(::mkdir(path.c_str(), 0700), 0) << path;
+  give(path, owner);
+  ASSERT_EQ(::chmod(path.c_str(), mode), 0) << path;
+}
+
+void makeFile(const std::string& path, const std::string& contents, uid_t owner, mode_t mode) {
+  std::ofstream(path) << contents;
+  give(path, owner);
+  ASSERT_EQ(::chmod(path.c_str(), mode), 0) << path;
+}
+
+void makeLink(const std::string& path, const std::string& target, uid_t owner) {
+  ASSERT_EQ(::symlink(target.c_str(), path.c_str()), 0) << path;
+  give(path, owner);
+}
+
+bool exists(const std::string& path) {
+  struct stat found {};
+  return ::lstat(path.c_str(), &found) == 0;
+}
+
+bool isLink(const std::string& path) {
+  struct stat found {};
+  return ::lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode);
+}
+
+std::string contentsOf(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+uid_t ownerOf(const std::string& path) {
+  struct stat found {};
+  EXPECT_EQ(::lstat(path.c_str(), &found), 0) << path;
+  return found.st_uid;
+}
+
+mode_t modeOf(const std::string& path) {
+  struct stat found {};
+  EXPECT_EQ(::lstat(path.c_str(), &found), 0) << path;
+  return found.st_mode & 07777U;
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename());
+  std::ranges::sort(names);
+  return names;
+}
+
+}  // namespace qm::testing

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace qm::testing {
+
+/// An ordinary person of the machine, and another.
+inline constexpr uid_t kPerson = 1001;
+inline constexpr uid_t kOther = 1002;
+
+/// What became of a launch.
+struct Outcome {
+  int error = -1;
+  std::string reason;
+  int waitStatus = -1;
+  std::string note;
+  std::string output;
+
+  bool started() const { return error == 0; }
+  bool succeeded() const { return started() && waitStatus == 0 && note.empty(); }
+};
+
+/// Runs a tool as the helper does for `kPerson`, to its end.
+Outcome launch(const std::string& tool, const std::vector<std::string>& arguments);
+
+/// Folders and files of root's, or of somebody's. Folders on the way must exist.
+void makeFolder(const std::string& path, uid_t owner = 0, mode_t mode = 0755);
+void makeFile(const std::string& path, const std::string& contents, uid_t owner = 0, mode_t mode = 0644);
+void makeLink(const std::string& path, const std::string& target, uid_t owner = 0);
+
+bool exists(const std::string& path);
+bool isLink(const std::string& path);
+std::string contentsOf(const std::string& path);
+uid_t ownerOf(const std::string& path);
+mode_t modeOf(const std::string& path);
+std::vector<std::string> namesIn(const std::string& folder);
+
+}  // namespace qm::testing

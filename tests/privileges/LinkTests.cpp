@@ -1,0 +1,210 @@
+// Links, "..", mount points and other ways to lead root astray.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tests/privileges/LaunchMachine.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+// A folder "system" of root's, "home" of the person's and "others" of another person's.
+class PathsForRoot : public ::testing::Test {
+ protected:
+  void run(const std::function<void()>& body) {
+    runInPrivateMachine([&] {
+      makeFolder(system());
+      makeFile(system() + "/precious", "precious");
+      makeFolder(home(), kPerson);
+      makeFile(home() + "/own", "own", kPerson);
+      makeFolder(others(), kOther);
+      body();
+      EXPECT_EQ(contentsOf(system() + "/precious"), "precious");
+    });
+  }
+
+  static std::string system() { return machineFolder() + "/system"; }
+  static std::string home() { return machineFolder() + "/home"; }
+  static std::string others() { return machineFolder() + "/others"; }
+};
+
+TEST_F(PathsForRoot, RefuseALinkOfThePersonToAFolderOfRoots) {
+  run([] {
+    makeLink(home() + "/link", system(), kPerson);
+    const Outcome outcome = launch("/bin/rm", {"-Rdf", home() + "/link/precious"});
+    EXPECT_EQ(outcome.error, ELOOP);
+    EXPECT_NE(outcome.reason.find("could have been planted"), std::string::npos) << outcome.reason;
+  });
+}
+
+TEST_F(PathsForRoot, RefuseALinkOfThePersonToAFolderOfAnothers) {
+  run([] {
+    makeFile(others() + "/item", "kept", kOther);
+    makeLink(home() + "/link", others(), kPerson);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/link/item"}).error, ELOOP);
+    EXPECT_EQ(contentsOf(others() + "/item"), "kept");
+  });
+}
+
+TEST_F(PathsForRoot, FollowALinkOfThePersonToAFolderOfHisOwn) {
+  run([] {
+    makeFolder(home() + "/real", kPerson);
+    makeFile(home() + "/real/item", "", kPerson);
+    makeLink(home() + "/link", "real", kPerson);
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", home() + "/link/item"}).succeeded());
+    EXPECT_FALSE(exists(home() + "/real/item"));
+  });
+}
+
+TEST_F(PathsForRoot, FollowALinkOfRoots) {
+  run([] {
+    makeFile(system() + "/item", "");
+    makeLink(machineFolder() + "/link", "system");
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", machineFolder() + "/link/item"}).succeeded());
+    EXPECT_FALSE(exists(system() + "/item"));
+  });
+}
+
+TEST_F(PathsForRoot, RefuseALinkOfRootsThatAPersonCouldHaveMovedThere) {
+  run([] {
+    makeFolder(home() + "/roots");
+    makeLink(home() + "/roots/link", system());
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/roots/link/precious"}).error, ELOOP);
+  });
+}
+
+TEST_F(PathsForRoot, RefuseALinkWhereEverybodyMayWrite) {
+  run([] {
+    makeFolder(machineFolder() + "/open", 0, 0777);
+    makeFolder(machineFolder() + "/open/real", kPerson);
+    makeFile(machineFolder() + "/open/real/item", "", kPerson);
+    makeLink(machineFolder() + "/open/link", "real", kPerson);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", machineFolder() + "/open/link/item"}).error, ELOOP);
+    EXPECT_TRUE(exists(machineFolder() + "/open/real/item"));
+  });
+}
+
+TEST_F(PathsForRoot, FollowALinkInAStickyFolderToItsOwnersFolder) {
+  run([] {
+    makeFolder(machineFolder() + "/tmp", 0, 01777);
+    makeFile(home() + "/item", "", kPerson);
+    makeLink(machineFolder() + "/tmp/link", home(), kPerson);
+    makeLink(machineFolder() + "/tmp/evil", home(), kOther);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", machineFolder() + "/tmp/evil/item"}).error, ELOOP);
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", machineFolder() + "/tmp/link/item"}).succeeded());
+  });
+}
+
+TEST_F(PathsForRoot, RefuseToGoUpFromAFolderThatAPersonCanMove) {
+  run([] {
+    makeFolder(home() + "/folder", kPerson);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/folder/../own"}).error, EPERM);
+    EXPECT_TRUE(exists(home() + "/own"));
+  });
+}
+
+TEST_F(PathsForRoot, GoUpFromAFolderThatOnlyRootCanMove) {
+  run([] {
+    makeFile(machineFolder() + "/item", "");
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", system() + "/../item"}).succeeded());
+    EXPECT_FALSE(exists(machineFolder() + "/item"));
+  });
+}
+
+TEST_F(PathsForRoot, NeverLeadThroughAnotherProcess) {
+  run([] {
+    asUser(kPerson, kPerson, [] {
+      ASSERT_EQ(::chdir(system().c_str()), 0);
+      const std::string self = "/proc/" + std::to_string(::getpid());
+      makeLink(home() + "/process", self + "/cwd", kPerson);
+    });
+    EXPECT_NE(launch("/bin/rm", {"-Rdf", home() + "/process/precious"}).error, -1);
+    const std::string own = "/proc/" + std::to_string(::getpid()) + "/root";
+    makeLink(home() + "/root", own, kPerson);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/root" + system() + "/precious"}).error, ELOOP);
+  });
+}
+
+TEST_F(PathsForRoot, RemoveALinkAndNotWhatItLeadsTo) {
+  run([] {
+    makeLink(home() + "/link", system(), kPerson);
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", home() + "/link"}).succeeded());
+    EXPECT_FALSE(exists(home() + "/link"));
+  });
+}
+
+TEST_F(PathsForRoot, RefuseALinkWithASlashBehindIt) {
+  run([] {
+    makeLink(home() + "/link", system(), kPerson);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/link/"}).error, ENOTDIR);
+    EXPECT_EQ(launch("/bin/mv", {"-f", home() + "/link/", home() + "/moved"}).error, ENOTDIR);
+    EXPECT_TRUE(isLink(home() + "/link"));
+  });
+}
+
+TEST_F(PathsForRoot, MayHoldAnyCharacter) {
+  run([] {
+    for (const std::string name : {"-rf", "new\nline", "a b", "*", "\xFF", "--", "'\"$(id)"}) {
+      makeFile(home() + "/" + name, "", kPerson);
+      EXPECT_TRUE(launch("/bin/rm", {"-Rdf", home() + "/" + name}).succeeded()) << name;
+      EXPECT_FALSE(exists(home() + "/" + name)) << name;
+    }
+    EXPECT_TRUE(exists(home() + "/own"));
+  });
+}
+
+TEST_F(PathsForRoot, AreAbsolute) {
+  run([] {
+    for (const std::string path : {"-R", "--", "-", "", "own", "../own", "--target-directory=/"}) {
+      const Outcome outcome = launch("/bin/mv", {"-f", home() + "/own", path});
+      EXPECT_EQ(outcome.error, EINVAL) << path;
+    }
+    EXPECT_TRUE(exists(home() + "/own"));
+  });
+}
+
+TEST_F(PathsForRoot, NameAnItem) {
+  run([] {
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", "/"}).error, EINVAL);
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", system() + "/.."}).error, EINVAL);
+  });
+}
+
+TEST_F(PathsForRoot, AreReportedAsMissingByTheToolItself) {
+  run([] {
+    EXPECT_TRUE(launch("/bin/rm", {"-Rdf", home() + "/missing/item"}).succeeded());
+    const Outcome outcome = launch("/bin/mv", {"-f", home() + "/missing/item", home() + "/new"});
+    EXPECT_TRUE(outcome.started());
+    EXPECT_NE(outcome.waitStatus, 0);
+    EXPECT_NE(outcome.note.find(home() + "/missing/item"), std::string::npos) << outcome.note;
+  });
+}
+
+TEST_F(PathsForRoot, AreNotLeftAtAMountPoint) {
+  run([] {
+    makeFolder(home() + "/mounted", kPerson);
+    bindMount(system(), home() + "/mounted");
+    const Outcome outcome = launch("/bin/mv", {"-f", home() + "/mounted", home() + "/moved"});
+    EXPECT_TRUE(outcome.started());
+    EXPECT_NE(outcome.waitStatus, 0);
+    EXPECT_TRUE(exists(home() + "/mounted/precious"));
+  });
+}
+
+TEST_F(PathsForRoot, ToTouchAreNotThoseOfAnItemWithOtherNames) {
+  run([] {
+    ASSERT_EQ(::link((system() + "/precious").c_str(), (home() + "/name").c_str()), 0);
+    EXPECT_EQ(launch("/usr/bin/touch", {"-c", home() + "/name"}).error, EPERM);
+    EXPECT_TRUE(launch("/usr/bin/touch", {"-c", home() + "/own"}).succeeded());
+    EXPECT_TRUE(launch("/usr/bin/touch", {"-c", home() + "/missing"}).succeeded());
+    EXPECT_FALSE(exists(home() + "/missing"));
+    makeLink(home() + "/link", system() + "/precious", kPerson);
+    EXPECT_EQ(launch("/usr/bin/touch", {"-c", home() + "/link"}).error, ELOOP);
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing

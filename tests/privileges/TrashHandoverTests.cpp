@@ -1,0 +1,192 @@
+// What arrives in a person's Trash by root's hand.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/privileges/LaunchMachine.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+class ItemInTheTrash : public ::testing::Test {
+ protected:
+  static void run(const std::function<void()>& body) {
+    runInPrivateMachine([&] {
+      addAccount();
+      makeFolder(home(), kPerson);
+      makeFolder(trash(), kPerson, 0700);
+      makeFolder(trash() + "/files", kPerson, 0700);
+      makeFolder(trash() + "/info", kPerson, 0700);
+      makeLink(home() + "/.Trash", "Trash/files", kPerson);
+      makeFolder(applications());
+      body();
+    });
+  }
+
+  // The machine's own account list, seen by this process only.
+  static void addAccount() {
+    makeFile(machineFolder() + "/passwd", "root:x:0:0::/root:/bin/sh\nsam:x:1001:1001::/home/sam:/bin/sh\n");
+    bindMount(machineFolder() + "/passwd", "/etc/passwd");
+  }
+
+  static void makeBundle(const std::string& path) {
+    makeFolder(path);
+    makeFolder(path + "/Contents", 0, 0555);
+    makeFile(path + "/Contents/secret", "secret", 0, 0600);
+    makeFile(path + "/Contents/tool", "tool", 0, 04755);
+    makeLink(path + "/Contents/link", "/etc");
+  }
+
+  static Outcome trashItem(const std::string& name) {
+    return launch("/bin/mv", {"-f", applications() + "/" + name, home() + "/.Trash/" + name});
+  }
+
+  static std::string home() { return machineFolder() + "/home"; }
+  static std::string trash() { return home() + "/Trash"; }
+  static std::string applications() { return machineFolder() + "/applications"; }
+};
+
+TEST_F(ItemInTheTrash, IsDescribedAsThePersonsOwn) {
+  run([] {
+    makeBundle(applications() + "/100 % Tessaly.app");
+    EXPECT_TRUE(trashItem("100 % Tessaly.app").succeeded());
+    const std::string info = trash() + "/info/100 % Tessaly.app.trashinfo";
+    const std::string text = contentsOf(info);
+    EXPECT_EQ(text.find("[Trash Info]\nPath=" + applications() + "/100%20%25%20Tessaly.app\nDeletionDate=20"), 0U) << text;
+    EXPECT_EQ(ownerOf(info), kPerson);
+    EXPECT_EQ(modeOf(info), 0600U);
+    EXPECT_EQ(namesIn(trash() + "/files"), std::vector<std::string>{"100 % Tessaly.app"});
+  });
+}
+
+TEST_F(ItemInTheTrash, CanBeRestoredByThePerson) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    asUser(kPerson, kPerson, [] {
+      const std::string item = trash() + "/files/Tessaly.app";
+      EXPECT_EQ(::rename(item.c_str(), (home() + "/Tessaly.app").c_str()), 0);
+    });
+  });
+}
+
+TEST_F(ItemInTheTrash, CanBeDeletedByThePerson) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    asUser(kPerson, kPerson, [] {
+      const std::string contents = trash() + "/files/Tessaly.app/Contents";
+      for (const std::string name : {"/secret", "/tool", "/link"}) EXPECT_EQ(::unlink((contents + name).c_str()), 0);
+      EXPECT_EQ(::rmdir(contents.c_str()), 0);
+      EXPECT_EQ(::rmdir((trash() + "/files/Tessaly.app").c_str()), 0);
+      EXPECT_EQ(::unlink((trash() + "/info/Tessaly.app.trashinfo").c_str()), 0);
+    });
+  });
+}
+
+TEST_F(ItemInTheTrash, GivesThePersonFoldersButNoFiles) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    const std::string item = trash() + "/files/Tessaly.app";
+    EXPECT_EQ(ownerOf(item), kPerson);
+    EXPECT_EQ(ownerOf(item + "/Contents"), kPerson);
+    EXPECT_EQ(modeOf(item + "/Contents"), 0755U) << "he can empty it";
+    EXPECT_EQ(ownerOf(item + "/Contents/secret"), 0U);
+    EXPECT_EQ(modeOf(item + "/Contents/secret"), 0600U);
+    EXPECT_EQ(ownerOf(item + "/Contents/tool"), 0U);
+    EXPECT_EQ(ownerOf("/etc"), 0U) << "links are not followed";
+  });
+}
+
+TEST_F(ItemInTheTrash, LeavesTheOtherNamesOfItsFilesAlone) {
+  run([] {
+    makeFolder(applications() + "/Tessaly.app");
+    makeFile(machineFolder() + "/elsewhere", "root's", 0, 0600);
+    ASSERT_EQ(::link((machineFolder() + "/elsewhere").c_str(), (applications() + "/Tessaly.app/name").c_str()), 0);
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(ownerOf(machineFolder() + "/elsewhere"), 0U);
+    EXPECT_EQ(modeOf(machineFolder() + "/elsewhere"), 0600U);
+  });
+}
+
+TEST_F(ItemInTheTrash, DoesNotGiveAwayAnotherVolume) {
+  run([] {
+    makeFolder(applications() + "/Tessaly.app");
+    mountTmpfs(applications() + "/Tessaly.app/volume", "mode=0700");
+    makeFolder(applications() + "/Tessaly.app/volume/folder");
+    // The kernel moves a folder with a mount in it along.
+    trashItem("Tessaly.app");
+    const std::string item = exists(trash() + "/files/Tessaly.app") ? trash() + "/files" : applications();
+    EXPECT_EQ(ownerOf(item + "/Tessaly.app/volume"), 0U);
+    EXPECT_EQ(ownerOf(item + "/Tessaly.app/volume/folder"), 0U);
+  });
+}
+
+TEST_F(ItemInTheTrash, MayBeAFile) {
+  run([] {
+    makeFile(applications() + "/settings.plist", "settings", 0, 0600);
+    EXPECT_TRUE(trashItem("settings.plist").succeeded());
+    EXPECT_TRUE(exists(trash() + "/info/settings.plist.trashinfo"));
+    EXPECT_EQ(ownerOf(trash() + "/files/settings.plist"), 0U);
+    asUser(kPerson, kPerson, [] { EXPECT_EQ(::unlink((trash() + "/files/settings.plist").c_str()), 0); });
+  });
+}
+
+TEST_F(ItemInTheTrash, ReplacesADescriptionThatLostItsItem) {
+  run([] {
+    makeFile(trash() + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=/old\n", kPerson);
+    makeBundle(applications() + "/Tessaly.app");
+    EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(contentsOf(trash() + "/info/Tessaly.app.trashinfo").find("/old"), std::string::npos);
+  });
+}
+
+TEST_F(ItemInTheTrash, ArrivesWithAWordWhenItCannotBeDescribed) {
+  run([] {
+    const std::string name(250, 'n');
+    makeFolder(applications() + "/" + name);
+    const Outcome outcome = trashItem(name);
+    EXPECT_EQ(outcome.waitStatus, 0);
+    EXPECT_NE(outcome.note.find("could not be handed over completely: File name too long"), std::string::npos);
+    EXPECT_TRUE(exists(trash() + "/files/" + name));
+  });
+}
+
+TEST_F(ItemInTheTrash, IsNotDescribedWhenItNeverCame) {
+  run([] {
+    EXPECT_NE(trashItem("missing").waitStatus, 0);
+    EXPECT_EQ(namesIn(trash() + "/info"), std::vector<std::string>{});
+    EXPECT_EQ(namesIn(trash() + "/files"), std::vector<std::string>{});
+  });
+}
+
+TEST_F(ItemInTheTrash, ComesFromAnotherVolume) {
+  run([] {
+    mountTmpfs(machineFolder() + "/volume", "mode=0755");
+    makeBundle(machineFolder() + "/volume/Tessaly.app");
+    const Outcome outcome =
+        launch("/bin/mv", {"-f", machineFolder() + "/volume/Tessaly.app", home() + "/.Trash/Tessaly.app"});
+    EXPECT_TRUE(outcome.succeeded()) << outcome.reason << outcome.note;
+    EXPECT_EQ(ownerOf(trash() + "/files/Tessaly.app/Contents"), kPerson);
+    EXPECT_EQ(modeOf(trash() + "/files/Tessaly.app/Contents/tool"), 04755U);
+    EXPECT_FALSE(exists(machineFolder() + "/volume/Tessaly.app"));
+  });
+}
+
+TEST_F(ItemInTheTrash, IsHandedOverInNobodyElsesFolders) {
+  run([] {
+    // Looks like a Trash, but its descriptions would be somebody else's.
+    ASSERT_EQ(::chown((trash() + "/info").c_str(), kOther, kOther), 0);
+    makeBundle(applications() + "/Tessaly.app");
+    EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(ownerOf(trash() + "/files/Tessaly.app"), 0U);
+    EXPECT_EQ(namesIn(trash() + "/info"), std::vector<std::string>{});
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
