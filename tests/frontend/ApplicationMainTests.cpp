@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -12,6 +13,10 @@
 
 namespace qm::testing {
 namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 using Step = std::function<void(const platform::Outlets&)>;
 
@@ -46,11 +51,17 @@ class ApplicationMain : public ::testing::Test {
   ApplicationMain() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
+/// What such a process says: neither the worker nor anything that it may touch moves after the end.
+auto endsOrderly() {
+  return AllOf(HasSubstr("the event loop has ended\n"), Not(HasSubstr("the worker came back")),
+               Not(HasSubstr("the owner is destroyed")));
+}
+
 void terminate() { linux_::frontEnd().userInterface.terminate(nullptr); }
 
 TEST_F(ApplicationMain, EndsWithoutRunningWhenItIsTerminatedWhileLoading) {
   EXPECT_EXIT(runApplication([](const platform::Outlets& /*outlets*/) { terminate(); }), ::testing::ExitedWithCode(0),
-              "^the event loop has ended\n$");
+              endsOrderly());
 }
 
 TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
@@ -63,7 +74,7 @@ TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
       std::fputs("the worker came back\n", stderr);
     }).detach();
   };
-  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^the event loop has ended\n$");
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), endsOrderly());
 }
 
 TEST_F(ApplicationMain, EndsWhileWorkersKeepAskingForWork) {
@@ -75,7 +86,7 @@ TEST_F(ApplicationMain, EndsWhileWorkersKeepAskingForWork) {
     }
     linux_::frontEnd().mainThread.perform([] { linux_::frontEnd().mainThread.perform(terminate); });
   };
-  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^the event loop has ended\n$");
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), endsOrderly());
 }
 
 TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
@@ -89,7 +100,7 @@ TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
       });
     });
   };
-  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), "^still there\nthe event loop has ended\n$");
+  EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), AllOf(HasSubstr("still there\n"), endsOrderly()));
 }
 
 TEST_F(ApplicationMain, SaysSoWhenNoWindowCanBeOpened) {

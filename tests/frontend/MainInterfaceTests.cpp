@@ -36,6 +36,7 @@ class MainInterface : public QtFixture {
  protected:
   MainInterface() : interface_(std::make_unique<Owner>(sent, outlets)) {
     interface_.windowMain().makeKeyAndOrderFront();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window("windowMain")));
     sent.clear();
   }
   ~MainInterface() override { interface_.destroyWindows(); }
