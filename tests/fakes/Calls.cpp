@@ -112,9 +112,15 @@ std::size_t Calls::callCount() const {
   return callCount_;
 }
 
+std::vector<std::string> Calls::failed() const {
+  const std::scoped_lock lock(mutex_);
+  return failed_;
+}
+
 void Calls::clear() {
   const std::scoped_lock lock(mutex_);
   entries_.clear();
+  failed_.clear();
   callCount_ = 0;
 }
 
@@ -159,6 +165,7 @@ bool Calls::enter(Kind kind, std::string_view name, const std::string& arguments
   std::unique_lock lock(mutex_);
   entries_.push_back(entry);
   const bool fails = isToFail(entry);
+  if (fails) failed_.push_back(entry.text);
   const std::vector<Plan> due = takeDue(actions_, entry);
   holdWhileHanging(lock, entry);
   lock.unlock();

@@ -74,6 +74,8 @@ class Calls {
   std::optional<std::size_t> indexOf(const std::string& call) const;
   /// How many calls there were that could have failed.
   std::size_t callCount() const;
+  /// The calls that were made to fail, in order.
+  std::vector<std::string> failed() const;
   /// Forgets what has happened; plans stay.
   void clear();
 
@@ -117,6 +119,7 @@ class Calls {
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Entry> entries_;
+  std::vector<std::string> failed_;
   std::size_t callCount_ = 0;
   std::size_t failingNumber_ = 0;
   std::vector<Plan> failures_;

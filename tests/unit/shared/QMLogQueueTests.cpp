@@ -1,0 +1,710 @@
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <future>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+
+#include "tests/unit/shared/LogTest.h"
+
+namespace qm::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using ::testing::Values;
+
+constexpr std::chrono::seconds kLong{30};
+
+// A null pointer is no text, whatever follows it.
+
+template <class Text>
+concept IsAFastFormat = requires(Text text) {
+  QMLog::fastAppendLog(text, 1);
+};
+template <class Text>
+concept IsAFormat = requires(Text text) {
+  QMLog::appendLog(text);
+};
+template <class Text>
+concept IsAPrintedFormat = requires(Text text) {
+  QMLog::appendLogAndPrint(text, "x");
+};
+template <class Text>
+concept IsAMessage = requires(Text text) {
+  QMLog::appendLogOnThread(text);
+};
+
+static_assert(IsAFastFormat<const char*> && IsAFastFormat<std::nullopt_t> && !IsAFastFormat<std::nullptr_t>);
+static_assert(IsAFormat<const char*> && IsAFormat<std::nullopt_t> && !IsAFormat<std::nullptr_t>);
+static_assert(IsAPrintedFormat<const char*> && IsAPrintedFormat<std::nullopt_t> && !IsAPrintedFormat<std::nullptr_t>);
+static_assert(IsAMessage<const char*> && IsAMessage<std::string> && !IsAMessage<std::nullptr_t>);
+static_assert(!std::is_constructible_v<foundation::FormatArgument, std::nullptr_t>);
+
+class LogQueue : public LogTest {
+ protected:
+  /// The lines behind what was in the file at first.
+  std::string written() { return contents(1).value_or("old line\nno file").substr(std::string("old line\n").size()); }
+
+  /// What `action` makes of a file, once all is written.
+  std::string writtenBy(const std::function<void()>& action) {
+    addLogFile();
+    log().setFileHandle(nullptr);
+    action();
+    QMLog::finishWriting();
+    return written();
+  }
+
+  /// Holds the writing thread at the next line, until `release`.
+  void hold() {
+    fakes.calls.hang("fileHandle.writeData");
+    QMLog::fastAppendLog("held");
+    ASSERT_TRUE(fakes.calls.waitUntilHanging("fileHandle.writeData"));
+  }
+  void release() {
+    fakes.calls.release("fileHandle.writeData");
+    QMLog::finishWriting();
+  }
+
+  /// `append` returns only after its message is written.
+  void expectToWait(const std::function<void()>& append) {
+    std::future<void> call = callWhileHeld(append);
+    EXPECT_EQ(call.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    finish(call);
+  }
+
+  /// `append` returns while its message is not written.
+  void expectToGoOn(const std::function<void()>& append) {
+    std::future<void> call = callWhileHeld(append);
+    EXPECT_EQ(call.wait_for(kLong), std::future_status::ready);
+    finish(call);
+  }
+
+ private:
+  std::future<void> callWhileHeld(const std::function<void()>& append) {
+    fakes.calls.hang("fileHandle.writeData");
+    std::future<void> call = std::async(std::launch::async, append);
+    EXPECT_TRUE(fakes.calls.waitUntilHanging("fileHandle.writeData"));
+    return call;
+  }
+  void finish(const std::future<void>& call) {
+    fakes.calls.release("fileHandle.writeData");
+    call.wait();
+    QMLog::finishWriting();
+  }
+};
+
+// MARK: - The line
+
+TEST_F(LogQueue, WritesADatedLineForEachMessage) {
+  EXPECT_EQ(writtenBy([] { QMLog::fastAppendLog("Item %i of %@", 3, "Trash"); }),
+            "2024-02-29 23:05:07 +0000 - Item 3 of Trash\n");
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog("Item %i of %@", 3, "Trash"); }),
+            "2024-02-29 23:05:07 +0000 - Item 3 of Trash\n");
+  EXPECT_EQ(writtenBy([] { QMLog::appendLogAndPrint("Item %i of %@", 3, "Trash"); }),
+            "2024-02-29 23:05:07 +0000 - Item 3 of Trash\n");
+}
+
+TEST_F(LogQueue, WritesTheDateOfTheWritingInTheMachinesTimeZone) {
+  fakes.clock.setUtcOffset(std::chrono::minutes(90));
+  addLogFile();
+  hold();
+  QMLog::fastAppendLog("later");
+  fakes.clock.advance(std::chrono::seconds(3600));
+  release();
+  EXPECT_EQ(written(), "2024-03-01 00:35:07 +0130 - held\n2024-03-01 01:35:07 +0130 - later\n");
+}
+
+TEST_F(LogQueue, WritesEachSecondsOwnDate) {
+  addLogFile();
+  std::string expected;
+  for (const char* second : {"07", "08", "09"}) {
+    QMLog::appendLog("a");
+    QMLog::appendLog("b");
+    const std::string date = "2024-02-29 23:05:" + std::string(second) + " +0000 - ";
+    expected += date + "a\n" + date + "b\n";
+    fakes.clock.advance(std::chrono::seconds(1));
+  }
+  EXPECT_EQ(written(), expected);
+}
+
+TEST_F(LogQueue, WritesTheDateThatTheClockWasSetBackTo) {
+  addLogFile();
+  QMLog::appendLog("now");
+  fakes.clock.setLocalTime({1999, 12, 31, 23, 59, 59, -720});
+  QMLog::appendLog("then");
+  EXPECT_EQ(written(), lineOf("now") + "1999-12-31 23:59:59 -1200 - then\n");
+}
+
+TEST_F(LogQueue, WritesMessagesInTheOrderQueued) {
+  std::string expected;
+  for (int number = 0; number < 100; ++number) expected += lineOf("Message " + std::to_string(number));
+  EXPECT_EQ(writtenBy([] {
+              for (int number = 0; number < 100; ++number) QMLog::fastAppendLog("Message %i", number);
+            }),
+            expected);
+}
+
+TEST_F(LogQueue, WritesUtf8AndBytesThatAreNotAsTheyAre) {
+  const std::string text = "\u00fcber \U0001F600 \xff\x80 end";
+  EXPECT_EQ(writtenBy([&] { QMLog::appendLog("%@", text); }), lineOf(text));
+}
+
+// MARK: - Formatting and trimming
+
+/// What becomes of one format, given without arguments, in each operation.
+struct FormatCase {
+  std::string format;
+  std::string fast;
+  std::string append;
+  std::string andPrint;
+  std::string printed;
+};
+
+void PrintTo(const FormatCase& one, std::ostream* stream) { *stream << '"' << one.format << '"'; }
+
+class FormattedMessage : public LogQueue, public ::testing::WithParamInterface<FormatCase> {};
+
+TEST_P(FormattedMessage, IsFormattedOnceByFastAppendLog) {
+  EXPECT_EQ(writtenBy([] { QMLog::fastAppendLog(GetParam().format); }), lineOf(GetParam().fast));
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_P(FormattedMessage, IsFormattedTwiceByAppendLog) {
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog(GetParam().format); }), lineOf(GetParam().append));
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_P(FormattedMessage, IsFormattedThriceByAppendLogAndPrintAndPrintedAfterOnce) {
+  EXPECT_EQ(writtenBy([] { QMLog::appendLogAndPrint(GetParam().format); }), lineOf(GetParam().andPrint));
+  EXPECT_THAT(printed(), ElementsAre(GetParam().printed));
+}
+
+INSTANTIATE_TEST_SUITE_P(EachFormat, FormattedMessage,
+                         Values(FormatCase{"plain", "plain", "plain", "plain", "plain"}, FormatCase{"", "", "", "", ""},
+                                FormatCase{"%%%%%%%%", "%%%%", "%%", "%", "%%%%"},
+                                FormatCase{"%%%%", "%%", "%", "%", "%%"}, FormatCase{"%%", "%", "%", "%", "%"},
+                                FormatCase{"100%", "100%", "100%", "100%", "100%"},
+                                FormatCase{"%@", "(missing)", "(missing)", "(missing)", "(missing)"},
+                                FormatCase{"%%@", "%@", "(missing)", "(missing)", "%@"},
+                                FormatCase{"%%%%i", "%%i", "%i", "(missing)", "%%i"},
+                                FormatCase{"a%nb", "ab", "ab", "ab", "ab"},
+                                FormatCase{"a%%nb", "a%nb", "ab", "ab", "a%nb"},
+                                FormatCase{" \t\r\n a \n b \n", "a \n b", "a \n b", "a \n b", "a \n b"},
+                                FormatCase{"\u00a0\u2003x\u2028", "x", "x", "x", "x"}));
+
+TEST_F(LogQueue, ReadsAPercentInAnArgumentAsADirectiveOfTheNextPass) {
+  EXPECT_EQ(writtenBy([] { QMLog::fastAppendLog("Moved %@", "/a/50%@.txt"); }), lineOf("Moved /a/50%@.txt"));
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog("Moved %@", "/a/50%@.txt"); }), lineOf("Moved /a/50(missing).txt"));
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog("Moved %@", "/a/50%%@.txt"); }), lineOf("Moved /a/50%@.txt"));
+  EXPECT_EQ(writtenBy([] { QMLog::appendLogAndPrint("Moved %@", "/a/50%%@.txt"); }),
+            lineOf("Moved /a/50(missing).txt"));
+  EXPECT_THAT(printed(), ElementsAre("Moved /a/50%%@.txt"));
+}
+
+TEST_F(LogQueue, WritesNilArgumentsAsSuch) {
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog("%@ and %@", std::optional<std::string>(), "text"); }),
+            lineOf("(null) and text"));
+}
+
+TEST_F(LogQueue, TrimsTheResultNotOnlyTheFormat) {
+  EXPECT_EQ(writtenBy([] { QMLog::fastAppendLog("%@", " \n x y \n\n"); }), lineOf("x y"));
+  EXPECT_EQ(writtenBy([] { QMLog::appendLog(" %@ ", "\tx\n\ny\t"); }), lineOf("x\n\ny"));
+}
+
+TEST_F(LogQueue, PrintsAMessageWhoseFormatWasTrimmedButNotItself) {
+  EXPECT_EQ(writtenBy([] { QMLog::appendLogAndPrint("  [%@]  \n", " x "); }), lineOf("[ x ]"));
+  EXPECT_EQ(writtenBy([] { QMLog::appendLogAndPrint("  %@  \n", " x "); }), lineOf("x"));
+  EXPECT_THAT(printed(), ElementsAre("[ x ]", " x "));
+}
+
+TEST_F(LogQueue, PrintsAfterTheMessageIsHandedOver) {
+  addLogFile();
+  QMLog::appendLogAndPrint("short");
+  EXPECT_LT(fakes.calls.indexOf("fileHandle.writeData"), fakes.calls.indexOf("console.print"));
+}
+
+TEST_F(LogQueue, DoesNothingForANilFormat) {
+  addLogFile();
+  const std::optional<std::string> nil;
+  QMLog::fastAppendLog(nil);
+  QMLog::appendLog(nil, 1, "x");
+  QMLog::appendLogAndPrint(nil);
+  QMLog::fastAppendLog(std::nullopt);
+  QMLog::finishWriting();
+  EXPECT_EQ(written(), "");
+  EXPECT_THAT(printed(), IsEmpty());
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+// MARK: - The file
+
+TEST_F(LogQueue, AppendsToTheFileThatIsThereAndOpensItOnce) {
+  addLogFile("old line\n");
+  for (int number = 0; number < 3; ++number) QMLog::appendLog("x");
+  EXPECT_EQ(contents(1), "old line\n" + lineOf("x") + lineOf("x") + lineOf("x"));
+  EXPECT_EQ(fakes.calls.count("fileSystem.openForWriting"), 1U);
+  EXPECT_EQ(fakes.calls.count("fileHandle.seekToEndOfFile"), 1U);
+  EXPECT_NE(log().fileHandle(), nullptr);
+}
+
+TEST_F(LogQueue, CountsFromNothingInAFileThatItOpens) {
+  addLogFile(std::string(600'000, 'x'));
+  QMLog::appendLog("message");
+  EXPECT_EQ(log().bytesWritten(), lineOf("message").size());
+  EXPECT_FALSE(fakes.disk.has(logFile(2)));
+}
+
+TEST_F(LogQueue, CountsBytesNotCharacters) {
+  addLogFile();
+  QMLog::appendLog("\u00e9\U0001F600");
+  EXPECT_EQ(log().bytesWritten(), kDated.size() + 6 + 1);
+}
+
+TEST_F(LogQueue, PrintsBothTextsForEachMessageAndMakesNoFileWhenThereIsNone) {
+  const std::vector<std::string> before = fakes.disk.tree();
+  QMLog::appendLog("First 50%%");
+  QMLog::appendLog("Second");
+  EXPECT_THAT(printed(),
+              ElementsAre("Unable to log the following information: First 50%", "Unable to open log for output",
+                          "Unable to log the following information: Second", "Unable to open log for output"));
+  EXPECT_EQ(fakes.disk.tree(), before);
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+  EXPECT_EQ(log().bytesWritten(), 0U);
+}
+
+TEST_F(LogQueue, PrintsBothTextsWithoutALibraryFolder) {
+  fakes.calls.failAlways("standardDirectories.search");
+  QMLog::appendLog("x");
+  EXPECT_THAT(printed(), ElementsAre("Unable to log the following information: x", "Unable to open log for output"));
+}
+
+TEST_F(LogQueue, OpensTheFileAgainForTheNextMessage) {
+  addLogFile();
+  fakes.calls.failNext("fileSystem.openForWriting");
+  QMLog::appendLog("lost");
+  QMLog::appendLog("written");
+  EXPECT_EQ(written(), lineOf("written"));
+  EXPECT_EQ(printed().size(), 2U);
+}
+
+TEST_F(LogQueue, OpensTheMachinesFileForRoot) {
+  fakes.actAsRoot();
+  addLogFile();
+  fakes.disk.addFile(logFile(1, kRootLogFolder), "machine\n");
+  QMLog::appendLog("x");
+  EXPECT_EQ(fakes.disk.fileContents(logFile(1, kRootLogFolder)), "machine\n" + lineOf("x"));
+  EXPECT_EQ(written(), "");
+}
+
+TEST_F(LogQueue, OpensTheFileOfTheNameThatWasSet) {
+  fakes.disk.addFile(kLogFolder + "/Set.1.log", "");
+  log().setAppName("Set");
+  QMLog::appendLog("x");
+  EXPECT_EQ(fakes.disk.fileContents(kLogFolder + "/Set.1.log"), lineOf("x"));
+}
+
+TEST_F(LogQueue, PrintsWhyALineCannotBeWrittenAndKeepsItCounted) {
+  addLogFile();
+  fakes.calls.setFailure(28, "The volume is 100%@ full.");
+  fakes.calls.failNth("fileHandle.writeData", 2);
+  for (const char* message : {"one", "second", "three"}) QMLog::appendLog(message);
+  EXPECT_EQ(written(), lineOf("one") + lineOf("three"));
+  EXPECT_THAT(printed(), ElementsAre("Exception writing to log: The volume is 100%@ full."));
+  EXPECT_EQ(log().bytesInQueue(), std::string("second").size());
+  EXPECT_EQ(log().bytesWritten(), (lineOf("one") + lineOf("three")).size());
+  EXPECT_EQ(fakes.calls.count("fileSystem.openForWriting"), 1U);
+}
+
+TEST_F(LogQueue, PrintsWhyTheEndOfTheFileCannotBeFoundAndWritesNothingElsewhere) {
+  addLogFile();
+  fakes.calls.setFailure(29, "Illegal seek.");
+  fakes.calls.failNext("fileHandle.seekToEndOfFile");
+  QMLog::appendLog("lost");
+  QMLog::appendLog("next");
+  EXPECT_EQ(contents(1), "old line\n" + lineOf("next"));
+  EXPECT_THAT(printed(), ElementsAre("Exception writing to log: Illegal seek."));
+  EXPECT_EQ(log().bytesInQueue(), std::string("lost").size());
+}
+
+TEST_F(LogQueue, SurvivesAFullVolume) {
+  addLogFile();
+  fakes.disk.setVolumeKind("/", {.capacity = 9});
+  QMLog::appendLog("x");
+  EXPECT_THAT(printed(), ElementsAre(StartsWith("Exception writing to log: ")));
+  fakes.disk.setVolumeKind("/", {});
+  QMLog::appendLog("y");
+  EXPECT_THAT(*contents(1), StartsWith("old line\n"));
+  EXPECT_THAT(*contents(1), EndsWith(lineOf("y")));
+}
+
+// MARK: - Logging switched off
+
+class DisabledLog : public LogQueue {
+ protected:
+  /// Switches logging off while a message is being written, right before `call`.
+  void disableBefore(const std::string& call) {
+    fakes.calls.before(call, 1, [] { log().setLoggingDisabled(true); });
+  }
+};
+
+TEST_F(DisabledLog, WritesAndPrintsNothingAndOnlyCounts) {
+  addLogFile();
+  log().setLoggingDisabled(true);
+  QMLog::appendLog("1234567890");
+  QMLog::fastAppendLog("123");
+  QMLog::finishWriting();
+  EXPECT_EQ(written(), "");
+  EXPECT_THAT(fakes.calls.log(), IsEmpty());
+  EXPECT_EQ(log().bytesInQueue(), 13U);
+}
+
+TEST_F(DisabledLog, StillPrintsWhatIsToBePrinted) {
+  log().setLoggingDisabled(true);
+  QMLog::appendLogAndPrint("text");
+  EXPECT_THAT(printed(), ElementsAre("text"));
+}
+
+TEST_F(DisabledLog, PrintsNothingAboutAFileThatItCannotOpen) {
+  disableBefore("fileSystem.openForWriting");
+  QMLog::fastAppendLog("1234567890");
+  QMLog::finishWriting();
+  EXPECT_THAT(printed(), IsEmpty());
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+TEST_F(DisabledLog, PrintsNothingAboutALineThatItCannotWrite) {
+  addLogFile();
+  disableBefore("fileHandle.writeData");
+  fakes.calls.failNext("fileHandle.writeData");
+  QMLog::fastAppendLog("1234567890");
+  QMLog::finishWriting();
+  EXPECT_THAT(printed(), IsEmpty());
+  EXPECT_EQ(log().bytesInQueue(), 10U);
+}
+
+TEST_F(DisabledLog, StopsWaitingOnceMoreThanNinetyNineCharactersHaveBeenQueued) {
+  log().setLoggingDisabled(true);
+  // The queue's only operation waits, so that a call that waited for the queue would not return.
+  std::promise<void> go;
+  log().writeQueue()->addOperation([&go] { go.get_future().wait(); });
+  log().setBytesInQueue(99);
+  std::future<void> call = std::async(std::launch::async, [] { QMLog::appendLog("x"); });
+  EXPECT_EQ(call.wait_for(kLong), std::future_status::ready);
+  go.set_value();
+  call.wait();
+  QMLog::finishWriting();
+  EXPECT_EQ(log().bytesInQueue(), 100U);
+}
+
+// MARK: - Counting and waiting
+
+TEST_F(LogQueue, CountsTheUtf16UnitsOfTrimmedMessagesUntilTheyAreWritten) {
+  addLogFile();
+  hold();
+  EXPECT_EQ(log().bytesInQueue(), 4U);  // "held"
+  QMLog::fastAppendLog("  abc \n");
+  EXPECT_EQ(log().bytesInQueue(), 7U);
+  QMLog::fastAppendLog("\u00e9");
+  EXPECT_EQ(log().bytesInQueue(), 8U);
+  QMLog::fastAppendLog("\U0001F600");
+  EXPECT_EQ(log().bytesInQueue(), 10U);
+  QMLog::fastAppendLog(" ");
+  EXPECT_EQ(log().bytesInQueue(), 10U);
+  release();
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+TEST_F(LogQueue, NeverCountsBelowNothing) {
+  addLogFile();
+  hold();
+  log().setBytesInQueue(1);
+  release();
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+TEST_F(LogQueue, ReturnsAtOnceFromFastAppendLog) {
+  addLogFile();
+  expectToGoOn([] { QMLog::fastAppendLog("short"); });
+}
+
+TEST_F(LogQueue, WaitsForAShortMessage) {
+  addLogFile();
+  expectToWait([] { QMLog::appendLog("x"); });
+  expectToWait([] { QMLog::appendLog("%@", std::string(99, 'x')); });
+  expectToWait([] { QMLog::appendLogAndPrint("short"); });
+}
+
+TEST_F(LogQueue, DoesNotWaitForALongMessage) {
+  addLogFile();
+  expectToGoOn([] { QMLog::appendLog("%@", std::string(100, 'x')); });
+  expectToGoOn([] { QMLog::appendLogAndPrint("%@", std::string(100, 'x')); });
+}
+
+TEST_F(LogQueue, DoesNotWaitForAnEmptyMessageButWritesIt) {
+  addLogFile();
+  expectToGoOn([] { QMLog::appendLog(""); });
+  EXPECT_EQ(written(), lineOf(""));
+}
+
+TEST_F(LogQueue, MeasuresAMessageBeforeItIsTrimmed) {
+  addLogFile();
+  expectToWait([] { QMLog::appendLog("   "); });
+  expectToGoOn([] { QMLog::appendLog("%@", "x" + std::string(99, ' ')); });
+}
+
+TEST_F(LogQueue, MeasuresAMessageAfterTheFirstPassInUtf16Units) {
+  addLogFile();
+  std::string smileys;
+  for (int number = 0; number < 49; ++number) smileys += "\U0001F600";
+  expectToWait([&] { QMLog::appendLog("%@", smileys + "x"); });
+  expectToGoOn([&] { QMLog::appendLog("%@", smileys + "\U0001F600"); });
+  expectToWait([&] { QMLog::appendLog("%99@", "x"); });
+  expectToGoOn([&] { QMLog::appendLog("%100@", "x"); });
+}
+
+TEST_F(LogQueue, WaitsOnlyBehindAtMostNinetyNineCharactersTheMessageIncluded) {
+  addLogFile();
+  log().setBytesInQueue(98);
+  expectToWait([] { QMLog::appendLog("x"); });
+  log().setBytesInQueue(99);
+  expectToGoOn([] { QMLog::appendLog("x"); });
+}
+
+TEST_F(LogQueue, HasWrittenAllThatCameBeforeAShortMessage) {
+  addLogFile();
+  for (int number = 0; number < 10; ++number) QMLog::fastAppendLog("1");
+  QMLog::appendLog("2");
+  std::string expected;
+  for (int number = 0; number < 10; ++number) expected += lineOf("1");
+  EXPECT_EQ(written(), expected + lineOf("2"));
+}
+
+TEST_F(LogQueue, FinishesAtOnceWithNothingToWrite) {
+  QMLog::finishWriting();
+  EXPECT_THAT(fakes.calls.log(), IsEmpty());
+}
+
+TEST_F(LogQueue, FinishesWithoutAQueue) {
+  log().setWriteQueue(nullptr);
+  QMLog::appendLog("x");
+  QMLog::finishWriting();
+  EXPECT_EQ(log().bytesInQueue(), 1U);
+  EXPECT_THAT(fakes.calls.log(), IsEmpty());
+}
+
+TEST_F(LogQueue, IsNotWaitedForByItsOwnOperations) {
+  addLogFile();
+  std::promise<void> done;
+  log().writeQueue()->addOperation([&done] {
+    QMLog::finishWriting();
+    QMLog::appendLog("from inside");
+    done.set_value();
+  });
+  EXPECT_EQ(done.get_future().wait_for(kLong), std::future_status::ready);
+  QMLog::finishWriting();
+  EXPECT_EQ(written(), lineOf("from inside"));
+}
+
+TEST_F(LogQueue, WritesAMessageDirectlyOnTheCallingThread) {
+  addLogFile();
+  QMLog::appendLogOnThread("50%@");
+  EXPECT_EQ(written(), lineOf("50%@"));
+}
+
+// MARK: - Truncation
+
+class Truncation : public LogQueue {
+ protected:
+  /// How many bytes before `message` are one too few for a new file.
+  static std::size_t justBefore(const std::string& message) { return 499'999 - lineOf(message).size(); }
+};
+
+TEST_F(Truncation, DoesNotHappenAtFourHundredNinetyNineThousandNineHundredNinetyNineBytes) {
+  addLogFile();
+  log().setBytesWritten(justBefore("last"));
+  QMLog::appendLog("last");
+  EXPECT_EQ(log().bytesWritten(), 499'999U);
+  EXPECT_FALSE(fakes.disk.has(logFile(2)));
+}
+
+TEST_F(Truncation, HappensAtFiveHundredThousandBytes) {
+  addLogFile();
+  log().setBytesWritten(justBefore("last") + 1);
+  QMLog::fastAppendLog("last");
+  QMLog::finishWriting();
+  EXPECT_EQ(contents(2), "old line\n" + lineOf("last"));
+  EXPECT_EQ(contents(1), kHeader + lineOf("Log truncated at 500KB"));
+  EXPECT_EQ(log().bytesWritten(), lineOf("Log truncated at 500KB").size());
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+TEST_F(Truncation, PutsItsNoticeBehindTheMessagesThatWait) {
+  addLogFile();
+  log().setBytesWritten(499'999);
+  hold();
+  for (const char* message : {"first", "second", "third"}) QMLog::fastAppendLog(message);
+  release();
+  EXPECT_EQ(contents(2), "old line\n" + lineOf("held"));
+  EXPECT_EQ(contents(1),
+            kHeader + lineOf("first") + lineOf("second") + lineOf("third") + lineOf("Log truncated at 500KB"));
+}
+
+TEST_F(Truncation, IsCompleteWhenAMessageWasWaitedFor) {
+  addLogFile();
+  log().setBytesWritten(499'999);
+  QMLog::appendLog("last");
+  EXPECT_EQ(contents(1), kHeader + lineOf("Log truncated at 500KB"));
+}
+
+TEST_F(Truncation, TakesPlaceBeforeTheMessageIsUncounted) {
+  addLogFile();
+  log().setBytesWritten(499'999);
+  std::size_t counted = 0;
+  fakes.calls.before("fileSystem.writeFileAtomically", 1, [&counted] { counted = log().bytesInQueue(); });
+  QMLog::fastAppendLog("12345");
+  QMLog::finishWriting();
+  EXPECT_EQ(counted, 5U);
+}
+
+TEST_F(Truncation, KeepsTheNameOfTheLog) {
+  fakes.systemInformation.setExecutablePath(std::nullopt);
+  QMLog::createNewLog("Given");
+  log().setBytesWritten(499'999);
+  QMLog::appendLog("last");
+  EXPECT_THAT(fakes.disk.tree(kLogFolder), ElementsAre(kLogFolder + "/Given.1.log", kLogFolder + "/Given.2.log"));
+}
+
+TEST_F(Truncation, GoesOnInTheOldFileWhenItCannotBeMoved) {
+  addLogFile();
+  log().setBytesWritten(499'999);
+  fakes.calls.failNext("fileSystem.moveItem");
+  QMLog::appendLog("last");
+  EXPECT_EQ(contents(1), "old line\n" + lineOf("last") + lineOf("Log truncated at 500KB"));
+  EXPECT_THAT(printed(), ElementsAre("Unable to move file " + logFile(1) + " to " + logFile(2)));
+  EXPECT_EQ(log().bytesWritten(), lineOf("Log truncated at 500KB").size());
+}
+
+TEST_F(Truncation, EndsTheLogWhenItHasBeenSwitchedOffMeanwhile) {
+  addLogFile();
+  log().setBytesWritten(499'999);
+  fakes.propertyLists.set("/home/u/Library/Preferences/com.quillmark.global.plist", {{"disable-logging", true}});
+  QMLog::fastAppendLog("last");
+  QMLog::finishWriting();
+  EXPECT_THAT(printed(), ElementsAre("Logging is disabled"));
+  EXPECT_EQ(contents(1), "old line\n" + lineOf("last"));
+  EXPECT_FALSE(fakes.disk.has(logFile(2)));
+  EXPECT_EQ(log().bytesInQueue(), std::string("Log truncated at 500KB").size());
+}
+
+TEST_F(Truncation, HappensAgainAndAgainWithNoLineLost) {
+  QMLog::createNewLog();
+  const std::string filling(1'000, 'x');
+  constexpr int lines = 1'600;
+  for (int number = 0; number < lines; ++number) QMLog::fastAppendLog("%05i %@", number, filling);
+  QMLog::finishWriting();
+  EXPECT_TRUE(fakes.disk.has(logFile(4)));
+  EXPECT_FALSE(fakes.disk.has(logFile(5)));
+  std::string all;
+  for (int file = 4; file >= 1; --file) all += *contents(file);
+  std::size_t at = 0;
+  for (int number = 0; number < lines && at != std::string::npos; ++number) {
+    std::ostringstream begin;
+    begin.width(5);
+    begin.fill('0');
+    begin << number;
+    at = all.find(" - " + begin.str() + " xxx", at);
+  }
+  EXPECT_NE(at, std::string::npos);
+}
+
+// MARK: - Many threads
+
+/// The messages of the lines that end in a word, in order.
+std::vector<std::string> linesOf(const std::string& text, const std::string& word) {
+  std::vector<std::string> found;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (line.ends_with(" " + word)) found.push_back(line.substr(kDated.size()));
+  }
+  return found;
+}
+
+class LogOfManyThreads : public LogQueue {
+ protected:
+  static constexpr int threadCount = 8;
+  static constexpr int messageCount = 60;
+
+  static void run(const std::function<void(const std::string& word, int number)>& append) {
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+      threads.emplace_back([&append, word = "thread" + std::to_string(thread)] {
+        for (int number = 0; number < messageCount; ++number) append(word, number);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    QMLog::finishWriting();
+  }
+
+  static void expectAllInOrder(const std::string& text) {
+    std::vector<std::string> expected;
+    for (int thread = 0; thread < threadCount; ++thread) {
+      const std::string word = "thread" + std::to_string(thread);
+      expected.clear();
+      for (int number = 0; number < messageCount; ++number) expected.push_back(std::to_string(number) + " " + word);
+      EXPECT_EQ(linesOf(text, word), expected);
+    }
+  }
+};
+
+TEST_F(LogOfManyThreads, HoldsTheMessagesOfEachInItsOrder) {
+  addLogFile();
+  run([](const std::string& word, int number) { QMLog::fastAppendLog("%i %@", number, word); });
+  expectAllInOrder(written());
+}
+
+TEST_F(LogOfManyThreads, HoldsShortMessagesThatEachWaitsFor) {
+  addLogFile();
+  run([](const std::string& word, int number) { QMLog::appendLog("%i %@", number, word); });
+  expectAllInOrder(written());
+}
+
+TEST_F(LogOfManyThreads, HoldsWhatIsPrinted) {
+  addLogFile();
+  run([](const std::string& word, int number) { QMLog::appendLogAndPrint("%i %@", number, word); });
+  expectAllInOrder(written());
+  EXPECT_EQ(printed().size(), static_cast<std::size_t>(threadCount * messageCount));
+}
+
+TEST_F(LogOfManyThreads, LosesNothingToTruncation) {
+  QMLog::createNewLog();
+  run([](const std::string& word, int number) {
+    if (number % 20 == 0) log().setBytesWritten(490'000);
+    QMLog::fastAppendLog("%i %@", number, word);
+  });
+  std::string all;
+  for (int file = 5; file >= 1; --file) all += contents(file).value_or("");
+  expectAllInOrder(all);
+}
+
+TEST_F(LogOfManyThreads, MayBeBegunAnewAtAnyTime) {
+  QMLog::createNewLog();
+  run([](const std::string& word, int number) {
+    if (number == 30 && word == "thread3") QMLog::createNewLog();
+    QMLog::fastAppendLog("%i %@", number, word);
+    log().setAppName(log().appName());
+  });
+  EXPECT_THAT(*contents(1), StartsWith(kHeader));
+  EXPECT_THAT(*contents(2), StartsWith(kHeader));
+  EXPECT_THAT(printed(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace qm::testing
