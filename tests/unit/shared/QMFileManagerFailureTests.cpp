@@ -1,0 +1,118 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "Shared/QMFileManager.h"
+#include "tests/support/PlatformTest.h"
+
+namespace qm::testing {
+namespace {
+
+using std::chrono::seconds;
+using ::testing::HasSubstr;
+
+struct Operation {
+  std::string name;
+  std::function<void()> run;
+};
+
+/// Every operation that changes something, on files whose contents tell them apart.
+std::vector<Operation> operations() {
+  return {
+      {"move", [] { QMFileManager::moveFile("/d/one", "/d/moved"); }},
+      {"move to another volume", [] { QMFileManager::moveFile("/d/one", "/volume/one"); }},
+      {"change letter case", [] { QMFileManager::moveFile("/d/one", "/d/One"); }},
+      {"timed move", [] { QMFileManager::moveFile("/d", "/tmp/d", seconds(1)); }},
+      {"copy", [] { QMFileManager::copyFile("/d/one", "/d/copy"); }},
+      {"timed copy", [] { QMFileManager::copyFile("/d", "/tmp/d", seconds(1)); }},
+      {"copy contents", [] { QMFileManager::copyContentsOfDirectory("/d", "/tmp", seconds(1)); }},
+      {"make a folder", [] { QMFileManager::createDirectory("/d/new", seconds(1)); }},
+      {"mirror a folder", [] { QMFileManager::createDirectoryStructure("/d/one", "/tmp"); }},
+      {"remove something else", [] { QMFileManager::removeFile("/d/other", seconds(1)); }},
+      {"remove an empty folder", [] { QMFileManager::removeFolderIfEmpty("/empty"); }},
+      {"keep a full folder", [] { QMFileManager::isFolderEmpty("/d"); }},
+      {"trash", [] { QMFileManager::trashFile("/d/one", seconds(1)); }},
+      {"trash a folder", [] { QMFileManager::trashFile("/d"); }},
+      {"trash contents", [] { QMFileManager::trashDirectoryContents("/d"); }},
+      {"trash by name", [] { QMFileManager::trashFilesNamed("one", "/d"); }},
+      {"trash by type", [] { QMFileManager::trashFilesOfType("", "/d"); }},
+      {"lock", [] { QMFileManager::lockFolder("/d"), QMFileManager::lockFile("/d"); }},
+      {"unlock", [] { QMFileManager::unlockFolder("/d"), QMFileManager::isFileLocked("/d/one"); }},
+      {"measure", [] { QMFileManager::fileSize("/d"); }},
+      {"find a free name", [] { QMFileManager::uniqueFilename("/d/one"); }},
+  };
+}
+
+void arrange(FakePlatform& fakes) {
+  fakes.mainThread.disown();
+  fakes.disk.addFile("/d/one", "first file");
+  fakes.disk.addFile("/d/two", "second file");
+  fakes.disk.addFile("/d/other", "nobody's");
+  fakes.disk.addFile("/empty/.DS_Store");
+  fakes.disk.addVolume("/volume");
+}
+
+/// The contents of all files on the disk, wherever they are now.
+std::string allContents(FakePlatform& fakes) {
+  std::string contents;
+  for (const auto& line : fakes.disk.tree()) contents += fakes.disk.fileContents(line).value_or("") + "\n";
+  return contents;
+}
+
+/// Answers how many calls there were that could fail.
+std::size_t runWithFailingCall(const Operation& operation, std::size_t failing, bool asRoot) {
+  FakePlatform fakes;
+  const ScopedPlatform installed(fakes.platform);
+  const SingletonReset<QMAuthorization> authorization;
+  const SingletonReset<QMLog> log;
+  if (asRoot) fakes.actAsRoot("u");
+  arrange(fakes);
+  if (failing > 0) fakes.calls.failCallNumber(failing);
+  operation.run();
+  QMLog::finishWriting();
+  const std::size_t calls = fakes.calls.callCount();
+  const std::string contents = allContents(fakes);
+  EXPECT_THAT(contents, HasSubstr("first file\n"));
+  EXPECT_THAT(contents, HasSubstr("second file\n"));
+  fakes.end();
+  return calls;
+}
+
+TEST(QMFileManagerFailures, LoseNoFileWhicheverCallFails) {
+  for (const bool asRoot : {false, true}) {
+    for (const auto& operation : operations()) {
+      SCOPED_TRACE(operation.name + (asRoot ? " as root" : ""));
+      const std::size_t calls = runWithFailingCall(operation, 0, asRoot);
+      EXPECT_GT(calls, 0U);
+      for (std::size_t failing = 1; failing <= calls; ++failing) {
+        SCOPED_TRACE("call " + std::to_string(failing));
+        runWithFailingCall(operation, failing, asRoot);
+      }
+    }
+  }
+}
+
+TEST(QMFileManagerFailures, LoseNoFileWhenRightsAreRefusedToo) {
+  for (const auto& operation : operations()) {
+    SCOPED_TRACE(operation.name);
+    FakePlatform fakes;
+    const ScopedPlatform installed(fakes.platform);
+    const SingletonReset<QMAuthorization> authorization;
+    const SingletonReset<QMLog> log;
+    arrange(fakes);
+    for (const std::string call : {"fileSystem.moveItem", "fileSystem.copyItem", "fileSystem.removeItem",
+                                   "fileSystem.createDirectory", "trash.recycle", "authorization.copyRights"}) {
+      fakes.calls.failAlways(call);
+    }
+    const auto before = fakes.disk.tree();
+    operation.run();
+    EXPECT_EQ(fakes.disk.tree(), before) << "everything stays where it is";
+    fakes.end();
+  }
+}
+
+}  // namespace
+}  // namespace qm::testing
