@@ -17,12 +17,12 @@ class QtFixture : public ::testing::Test {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     application_ = std::make_unique<QApplication>(argc_, argv_);
     QApplication::setQuitOnLastWindowClosed(false);
-    mainThread = new linux_::QtMainThread;  // a thread that is never released keeps looking at it
+    mainThread = std::make_unique<linux_::QtMainThread>();
     EXPECT_TRUE(mainThread->begin());
   }
   ~QtFixture() override { mainThread->end(); }
 
-  linux_::QtMainThread* mainThread;
+  std::unique_ptr<linux_::QtMainThread> mainThread;
 
  private:
   int argc_ = 1;
