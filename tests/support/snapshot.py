@@ -43,10 +43,14 @@ def entry(path):
 
 
 def tree(folder, shown_as):
-    """The entries below a folder, the folder itself included, by the path at which they are seen."""
+    """The entries below a folder, the folder itself included, by the path at which they are seen. What is
+    shared with the real machine lies on other volumes and is left out."""
+    volume = os.lstat(folder).st_dev
     found = {shown_as or "/": entry(folder)}
     for name in sorted(os.listdir(folder)):
         path = os.path.join(folder, name)
+        if os.lstat(path).st_dev != volume:
+            continue
         if os.path.isdir(path) and not os.path.islink(path):
             found.update(tree(path, f"{shown_as}/{name}"))
         else:
