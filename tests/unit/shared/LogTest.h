@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
+#include <future>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +40,12 @@ inline const std::string kDated = "2024-02-29 23:05:07 +0000 - ";
 /// The line of a message.
 inline std::string lineOf(const std::string& message) { return kDated + message + "\n"; }
 
+/// The preferences of the fake user that may switch logging off.
+inline const std::string kSwitchFile = "/home/u/Library/Preferences/com.quillmark.global.plist";
+
+/// Longer than anything here takes.
+inline constexpr std::chrono::seconds kLong{30};
+
 /// A log on a fake machine, in a process that has not logged yet.
 class LogTest : public PlatformTest {
  protected:
@@ -45,6 +55,79 @@ class LogTest : public PlatformTest {
   std::optional<std::string> contents(int number) { return fakes.disk.fileContents(logFile(number)); }
   std::vector<std::string> printed() const { return fakes.console.lines(); }
   static QMLog& log() { return *QMLog::sharedController(); }
+};
+
+/// The same with a hand on the writing thread.
+class LogQueue : public LogTest {
+ protected:
+  /// The lines behind what was in the file at first.
+  std::string written() { return contents(1).value_or("old line\nno file").substr(std::string("old line\n").size()); }
+
+  /// What `action` makes of a file, once all is written.
+  std::string writtenBy(const std::function<void()>& action) {
+    addLogFile();
+    log().setFileHandle(nullptr);
+    action();
+    QMLog::finishWriting();
+    return written();
+  }
+
+  /// Holds the writing thread at the next line, until `release`.
+  void hold() {
+    fakes.calls.hang("fileHandle.writeData");
+    QMLog::fastAppendLog("held");
+    ASSERT_TRUE(fakes.calls.waitUntilHanging("fileHandle.writeData"));
+  }
+  void release() {
+    fakes.calls.release("fileHandle.writeData");
+    QMLog::finishWriting();
+  }
+
+  /// `append` returns only after its message is written.
+  void expectToWait(const std::function<void()>& append) {
+    std::future<void> call = callWhileHeld(append);
+    EXPECT_EQ(call.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    finish(call);
+  }
+
+  /// `append` returns while its message is not written.
+  void expectToGoOn(const std::function<void()>& append) {
+    std::future<void> call = callWhileHeld(append);
+    EXPECT_EQ(call.wait_for(kLong), std::future_status::ready);
+    finish(call);
+  }
+
+ private:
+  std::future<void> callWhileHeld(const std::function<void()>& append) {
+    fakes.calls.hang("fileHandle.writeData");
+    std::future<void> call = std::async(std::launch::async, append);
+    EXPECT_TRUE(fakes.calls.waitUntilHanging("fileHandle.writeData"));
+    return call;
+  }
+  void finish(const std::future<void>& call) {
+    fakes.calls.release("fileHandle.writeData");
+    call.wait();
+    QMLog::finishWriting();
+  }
+};
+
+/// The same with old files and the switch.
+class LogFiles : public LogTest {
+ protected:
+  /// Files with their own numbers as their contents.
+  void addFiles(std::initializer_list<int> numbers, const std::string& folder = kLogFolder) {
+    for (const int number : numbers) fakes.disk.addFile(logFile(number, folder), "old " + std::to_string(number));
+  }
+  void switchWith(const platform::PropertyListValue& value, const std::string& file = kSwitchFile) {
+    fakes.propertyLists.set(file, platform::PropertyList{{"disable-logging", value}});
+  }
+  std::vector<std::string> names() { return fakes.disk.tree(kLogFolder); }
+  static std::string moveOf(int number) {
+    return "fileSystem.moveItem(" + logFile(number) + ", " + logFile(number + 1) + ")";
+  }
+  static std::string moveFailure(int number) {
+    return "Unable to move file " + logFile(number) + " to " + logFile(number + 1);
+  }
 };
 
 }  // namespace qm::testing
