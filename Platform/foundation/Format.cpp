@@ -185,18 +185,18 @@ void appendDirective(std::string& result, const Directive& directive, Arguments&
 
 }  // namespace
 
-std::string format(std::string_view formatString, std::span<const FormatArgument> list) {
+std::string format(std::string_view formatString, std::span<const FormatArgument> arguments) {
   constexpr std::size_t usualArgument = 32;
   std::string result;
-  result.reserve(formatString.size() + list.size() * usualArgument);
-  Arguments arguments(list);
+  result.reserve(formatString.size() + arguments.size() * usualArgument);
+  Arguments given(arguments);
   for (;;) {
     const std::size_t percent = formatString.find('%');
     result.append(formatString.substr(0, percent));
     if (percent == std::string_view::npos) return result;
     formatString.remove_prefix(percent + 1);
     if (const std::optional<Directive> directive = readDirective(formatString)) {
-      appendDirective(result, *directive, arguments);
+      appendDirective(result, *directive, given);
       formatString.remove_prefix(directive->length);
     } else {
       result += '%';

@@ -48,8 +48,8 @@ struct DiskNode : std::enable_shared_from_this<DiskNode> {
   std::string name() const;
   bool isWithin(const DiskNode& other) const;
 
-  std::shared_ptr<DiskNode> entry(std::string_view name);
-  void add(const std::string& name, const std::shared_ptr<DiskNode>& item);
+  std::shared_ptr<DiskNode> entry(std::string_view wanted);
+  void add(const std::string& itemName, const std::shared_ptr<DiskNode>& item);
   std::shared_ptr<DiskNode> take(const DiskNode& item);
 
   /// Bytes of the file contents here and below, on this volume.

@@ -127,7 +127,7 @@ AuthorizationStatus FakeAuthorizationServices::nextAnswer(const std::string& ope
 
 AuthorizationRef FakeAuthorizationServices::openSession() {
   handles_.push_back('\0');
-  const auto session = reinterpret_cast<AuthorizationRef>(&handles_.back());  // opaque: nobody looks behind it
+  auto* const session = reinterpret_cast<AuthorizationRef>(&handles_.back());  // opaque: nobody looks behind it
   open_.push_back(session);
   return session;
 }

@@ -194,9 +194,12 @@ std::optional<std::string> FakeDisk::linkTarget(const std::string& path) {
 
 void FakeDisk::listTree(const DiskNode& folder, const std::string& path, std::vector<std::string>& lines) {
   for (const auto& [name, item] : folder.entries) {
-    const std::string line = path + "/" + name;
-    lines.push_back(item->isLink() ? line + " -> " + item->contents : item->isFolder() ? line + "/" : line);
-    listTree(*item, line, lines);
+    std::string itemPath = path;
+    itemPath.append("/").append(name);
+    std::string& line = lines.emplace_back(itemPath);
+    if (item->isLink()) line.append(" -> ").append(item->contents);
+    if (item->isFolder()) line.append("/");
+    listTree(*item, itemPath, lines);
   }
 }
 

@@ -45,12 +45,20 @@ std::string numbered(const std::string& name, int number) {
   return stem + end;
 }
 
+std::string placeOf(const std::string& trash, const std::string& name) {
+  return appendingPathComponent(trash + "/files", name);
+}
+
+std::string informationPlaceOf(const std::string& trash, const std::string& name) {
+  return appendingPathComponent(trash + "/info", name).append(informationSuffix);
+}
+
 bool isSingleComponent(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-bool isAtOrBelow(const std::string& path, const std::string& folder) {
-  return path == folder || path.starts_with(folder + "/");
+bool isAtOrBelow(const std::string& inner, const std::string& outer) {
+  return inner == outer || inner.starts_with(outer + "/");
 }
 
 }  // namespace
@@ -104,10 +112,10 @@ int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName
   if (top == path) return EBUSY;
   if (const int error = prepare(trash, home, trashDirectory); error != 0) return error;
   const std::string name = freeName(trash, foundation::lastPathComponent(path));
-  const std::string informationFile = trash + "/info/" + name + std::string(informationSuffix);
+  const std::string informationFile = informationPlaceOf(trash, name);
   const int noted = disk_.writeFile(informationFile, information(path, isHomeVolume ? "" : top));
   if (noted != 0) return noted;
-  const int moved = disk_.move(path, trash + "/files/" + name);
+  const int moved = disk_.move(path, placeOf(trash, name));
   if (moved != 0) disk_.remove(informationFile);
   return moved;
 }
@@ -124,10 +132,8 @@ int FakeTrash::prepare(const std::string& trash, const std::string& home, const 
 
 std::string FakeTrash::freeName(const std::string& trash, const std::string& name) {
   for (int number = 1;; ++number) {
-    const std::string candidate = numbered(name, number);
-    const bool isTaken = disk_.has(trash + "/files/" + candidate) ||
-                         disk_.has(trash + "/info/" + candidate + std::string(informationSuffix));
-    if (!isTaken) return candidate;
+    std::string candidate = numbered(name, number);
+    if (!disk_.has(placeOf(trash, candidate)) && !disk_.has(informationPlaceOf(trash, candidate))) return candidate;
   }
 }
 

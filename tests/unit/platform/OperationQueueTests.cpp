@@ -55,6 +55,7 @@ TEST(OperationQueue, NeverRunsTwoAtATime) {
   std::atomic<int> most{0};
   OperationQueue queue;
   std::vector<std::thread> adders;
+  adders.reserve(4);
   for (int adder = 0; adder < 4; ++adder) {
     adders.emplace_back([&] {
       for (int i = 0; i < 500; ++i) {
@@ -169,6 +170,7 @@ TEST(OperationQueue, LetsManyThreadsWait) {
   OperationQueue queue;
   queue.addOperation([&] { gate.pass(); });
   std::vector<std::future<void>> waiters;
+  waiters.reserve(4);
   for (int i = 0; i < 4; ++i) {
     waiters.push_back(std::async(std::launch::async, [&] { queue.waitUntilAllOperationsAreFinished(); }));
   }
