@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -16,8 +17,8 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     bool wake = false;
     {
       const std::scoped_lock lock(mutex_);
-      if (!worker_.joinable()) worker_ = std::thread([state = shared_from_this()] { state->run(); });
       pending_.push_back(std::move(operation));
+      startWorker();
       wake = std::exchange(workerSleeps_, false);
     }
     if (wake) somethingToDo_.notify_one();
@@ -26,7 +27,8 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
   void wait() {
     if (isOwnWorker()) return;
     std::unique_lock lock(mutex_);
-    allDone_.wait(lock, [this] { return pending_.empty() && !works_; });
+    if (!pending_.empty()) startWorker();
+    allDone_.wait(lock, [this] { return !worker_.joinable() || (pending_.empty() && !works_); });
   }
 
   void end() {
@@ -59,6 +61,15 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     while (take(batch)) {
       for (Operation& operation : batch) operation();
       batch.clear();  // what the operations hold is let go of before they count as finished
+    }
+  }
+
+  /// Tried again by the next call when the system gives no thread.
+  void startWorker() {
+    if (worker_.joinable()) return;
+    try {
+      worker_ = std::thread([state = shared_from_this()] { state->run(); });
+    } catch (const std::system_error&) {  // out of threads: what is pending stays so
     }
   }
 

@@ -6,7 +6,8 @@
 namespace qm::platform {
 
 /// A serial queue: its operations run one at a time, in the order added, on a worker thread of its
-/// own that starts with the first operation.
+/// own that starts with the first operation. While the system gives no thread, operations stay in the
+/// queue until a later call can start one, and nobody waits for them.
 class OperationQueue {
  public:
   OperationQueue();
