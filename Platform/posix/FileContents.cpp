@@ -13,9 +13,9 @@
 namespace qm::posix {
 namespace {
 
-constexpr std::size_t kBlock = 256 * 1024;
+constexpr std::size_t kBlock = 262'144;
 /// Below this a plain read and write are quicker than the kernel's own copying.
-constexpr off_t kSmallFile = 64 * 1024;
+constexpr off_t kSmallFile = 65'536;
 constexpr off_t kStatBlock = 512;
 
 /// A part of a file, from `begin` to `end`.

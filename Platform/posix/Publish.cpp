@@ -52,7 +52,8 @@ std::string temporaryName() {
   // Without random bytes the name is still one that no other call of this process uses.
   if (::getentropy(&number, sizeof number) != 0) number = (static_cast<std::uint64_t>(::getpid()) << 32) + ++made;
   std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), ".incomplete-%016llx", static_cast<unsigned long long>(number));
+  static_cast<void>(
+      std::snprintf(text.data(), text.size(), ".incomplete-%016llx", static_cast<unsigned long long>(number)));
   return text.data();
 }
 

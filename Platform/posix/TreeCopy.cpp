@@ -160,7 +160,8 @@ FileError tooLongName(const Place& destination) {
 
 bool isWithin(int folder, int parent, const std::string& name) {
   const UniqueFd wanted(::openat(parent, name.c_str(), lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  FolderIdentity wantedIdentity, current;
+  FolderIdentity wantedIdentity;
+  FolderIdentity current;
   if (!wanted || identify(wanted.get(), wantedIdentity) != 0) return false;
   UniqueFd at(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
   if (!at || identify(at.get(), current) != 0) return false;

@@ -66,8 +66,8 @@ bool stickyFolderForbids(const struct stat& folder, const struct stat& item) {
 }
 
 int obstacleToRemovingEntry(int folder, const std::string& name) {
-  struct stat folderAttributes {
-  }, itemAttributes{};
+  struct stat folderAttributes {};
+  struct stat itemAttributes {};
   if (::fstatat(folder, name.c_str(), &itemAttributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
   if (::fstat(folder, &folderAttributes) != 0) return errno;
   if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0) return errno;

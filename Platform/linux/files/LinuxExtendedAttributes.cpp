@@ -79,7 +79,8 @@ int copyExtendedAttributes(int from, int to, OwnerKept ownerKept) {
 }
 
 int copyExtendedAttributes(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
-  const std::string source = pathIn(fromFolder, from), copy = pathIn(toFolder, to);
+  const std::string source = pathIn(fromFolder, from);
+  const std::string copy = pathIn(toFolder, to);
   const Attributes attributes{
       [&](char* block, std::size_t size) { return ::llistxattr(source.c_str(), block, size); },
       [&](const char* name, char* block, std::size_t size) { return ::lgetxattr(source.c_str(), name, block, size); }};

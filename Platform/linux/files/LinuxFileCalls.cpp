@@ -36,7 +36,8 @@ bool isProtected(int folder, const char* name) {
 }
 
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
-  off_t fromOffset = offset, toOffset = offset;
+  off_t fromOffset = offset;
+  off_t toOffset = offset;
   return ::copy_file_range(from, &fromOffset, to, &toOffset, count, 0);
 }
 

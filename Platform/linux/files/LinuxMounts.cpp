@@ -19,7 +19,7 @@ std::string escaped(std::string_view path) {
   std::string text;
   for (const char c : path) {
     if (c == ' ' || c == '\t' || c == '\n' || c == '\\') {
-      const auto code = static_cast<unsigned>(c);
+      const unsigned code = static_cast<unsigned char>(c);
       text += {'\\', static_cast<char>('0' + code / 64), static_cast<char>('0' + code / 8 % 8),
                static_cast<char>('0' + code % 8)};
     } else {
