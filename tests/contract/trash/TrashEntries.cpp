@@ -62,10 +62,12 @@ std::optional<TrashEntry> parseTrashInfo(const std::string& text, const std::str
 
 std::vector<TrashEntry> entriesIn(TrashWorld& world, const std::string& trash, const std::string& topFolder) {
   std::vector<TrashEntry> entries;
-  for (const std::string& name : world.namesIn(trash + "/info")) {
+  const std::string folder = trash + "/info/";
+  for (const std::string& name : world.namesIn(folder)) {
     EXPECT_TRUE(name.ends_with(kSuffix)) << name;
-    std::optional<TrashEntry> entry = parseTrashInfo(world.contentsOf(trash + "/info/" + name), topFolder);
-    EXPECT_TRUE(entry.has_value()) << name << ":\n" << world.contentsOf(trash + "/info/" + name);
+    const std::string text = world.contentsOf(folder + name);
+    std::optional<TrashEntry> entry = parseTrashInfo(text, topFolder);
+    EXPECT_TRUE(entry.has_value()) << name << ":\n" << text;
     if (!entry) continue;
     entry->stored = name.substr(0, name.size() - kSuffix.size());
     entries.push_back(*entry);

@@ -303,6 +303,7 @@ TEST(TrashFolders, TakeItemsOfOneNameFromManyThreadsAtOnce) {
     };
     world.withUsersRights([&] {
       std::vector<std::jthread> running;
+      running.reserve(threads);
       for (int thread = 0; thread < threads; ++thread) running.emplace_back(work, thread);
     });
     const auto entries = entriesIn(world, kTrash);

@@ -97,11 +97,12 @@ TEST(TrashItems, MayBeOwnFoldersWithoutWritePermissionAndKeepTheirModes) {
   World::play([](World& world) {
     for (const mode_t mode : {0555U, 0500U, 0U, 01555U}) {
       const std::string name = "d" + std::to_string(mode);
-      world.makeFolder("/home/u/" + name);
-      world.makeFile("/home/u/" + name + "/a", "a");
-      world.setMode("/home/u/" + name, mode);
+      const std::string path = "/home/u/" + name;
+      world.makeFolder(path);
+      world.makeFile(path + "/a", "a");
+      world.setMode(path, mode);
       EXPECT_TRUE(world.recycle("/home/u", name));
-      expectInHomeTrash(world, "/home/u/" + name);
+      expectInHomeTrash(world, path);
       EXPECT_EQ(world.modeOf(kTrash + "/files/" + name), mode);
     }
   });
