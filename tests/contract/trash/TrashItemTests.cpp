@@ -96,14 +96,13 @@ TEST(TrashItems, StayInAFolderThatMayNotBeEntered) {
 TEST(TrashItems, MayBeOwnFoldersWithoutWritePermissionAndKeepTheirModes) {
   World::play([](World& world) {
     for (const mode_t mode : {0555U, 0500U, 0U, 01555U}) {
-      const std::string name = "d" + std::to_string(mode);
-      const std::string path = "/home/u/" + name;
+      const std::string name = std::to_string(mode);
+      const std::string path = std::string(World::kHome).append("/").append(name);
       world.makeFolder(path);
-      world.makeFile(path + "/a", "a");
       world.setMode(path, mode);
       EXPECT_TRUE(world.recycle("/home/u", name));
       expectInHomeTrash(world, path);
-      EXPECT_EQ(world.modeOf(kTrash + "/files/" + name), mode);
+      EXPECT_EQ(world.modeOf(std::string(World::kTrashLink).append("/").append(name)), mode);
     }
   });
 }
