@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "Platform/foundation/Exception.h"
+
+/// For code that catches exceptions: what they mean, and one form of report for all of them. Any
+/// thread; never raises.
+class QMException {
+ public:
+  using Exception = qm::foundation::Exception;
+
+  QMException() = delete;
+
+  /// `didTimeout:`. The exception's name is exactly "NSPortTimeoutException". Nil is none.
+  static bool didTimeout(const Exception* exception);
+
+  /// `logException:forMethod:`. Reports "Exception in %s. %@ - %@." (the method that caught it, name,
+  /// reason) in the log and on the console, and answers the report. The log reads the report as a
+  /// format again, so a "%" in it is a directive there. A nil exception has neither name nor reason;
+  /// both print as "(null)".
+  static std::string logException(const Exception* exception, const std::string& method);
+  static std::string logException(const Exception*, std::nullptr_t) = delete;
+};
