@@ -252,7 +252,8 @@ std::string QMLog::line(const std::string& message) {
   }
   std::string text;
   text.reserve(message.size() + usualDate);
-  return text.append(date->text).append(" - ").append(message).append(1, '\n');
+  text.append(date->text).append(" - ").append(message).append(1, '\n');
+  return text;
 }
 
 void QMLog::write(const std::string& message) {
