@@ -118,6 +118,29 @@ class QMFileManager {
   /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not.
   static bool removeFolderIfEmpty(const std::string& folder);
 
+  /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern names, in the order found: from
+  /// the base folder, from "/" when that is nil; an absolute pattern under a base is read relative to
+  /// it. A component with "*" is matched against the entries of each folder reached so far (hidden
+  /// ones too, letter case counts, "?" is one character); every other component is taken as it
+  /// stands. Links are followed and dangling ones left out; what cannot be listed drops out silently.
+  /// A pattern without "*" answers its one path without looking at the disk. A slash at the end of
+  /// a pattern with "*" is a component "/" like the first one, and leads back to where the walk began.
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
+                                                            const std::optional<std::string>& basePath);
+  /// `filesMatchingWildcardPath:`. With no base.
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
+  /// `decodeWildcardPath:fromBasePath:`. The first of these; when there is none, the base joined with
+  /// the pattern as it is written, nil without a base.
+  static std::optional<std::string> decodeWildcardPath(const std::string& pattern,
+                                                       const std::optional<std::string>& basePath);
+
+  /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
+  /// of 1024 up to gigabytes.
+  static std::string formatFileSize(double size);
+  /// `validateFilename:`. A proposed name without one leading dot, then without white space and line
+  /// ends at both ends, then without "/" and ":". May be "".
+  static std::string validateFilename(const std::string& name);
+
   // A null pointer is no path.
   template <class... Rest>
   static bool moveFile(std::nullptr_t, const Rest&...) = delete;
@@ -161,4 +184,11 @@ class QMFileManager {
   template <class... Rest>
   static std::vector<std::string> trashFilesOfType(std::nullptr_t, const Rest&...) = delete;
   static std::vector<std::string> trashFilesOfType(const std::string&, std::nullptr_t) = delete;
+  template <class... Rest>
+  static std::vector<std::string> filesMatchingWildcardPath(std::nullptr_t, const Rest&...) = delete;
+  static std::vector<std::string> filesMatchingWildcardPath(const std::string&, std::nullptr_t) = delete;
+  template <class... Rest>
+  static std::optional<std::string> decodeWildcardPath(std::nullptr_t, const Rest&...) = delete;
+  static std::optional<std::string> decodeWildcardPath(const std::string&, std::nullptr_t) = delete;
+  static std::string validateFilename(std::nullptr_t) = delete;
 };
