@@ -18,13 +18,15 @@ using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
+void say(const char* line) { static_cast<void>(std::fprintf(stderr, "%s\n", line)); }
+
 using Step = std::function<void(const platform::Outlets&)>;
 
 /// Does what the case wants once the interface is loaded.
 class Owner : public platform::InterfaceOwner {
  public:
   explicit Owner(Step step) : step_(std::move(step)) {}
-  ~Owner() override { std::fputs("the owner is destroyed\n", stderr); }
+  ~Owner() override { say("the owner is destroyed"); }
   void connect(const platform::Outlets& outlets) override { outlets_ = outlets; }
   void awakeFromNib() override { step_(outlets_); }
   void uninstall(const platform::ActionSender* /*sender*/) override {}
@@ -42,7 +44,7 @@ class Owner : public platform::InterfaceOwner {
   char* arguments[] = {name, nullptr};
   linux_::frontEnd();
   const int code = platform::applicationMain(1, arguments, [&] { return std::make_unique<Owner>(step); });
-  std::fputs("the event loop has ended\n", stderr);
+  say("the event loop has ended");
   std::exit(code);
 }
 
@@ -71,7 +73,7 @@ TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
         outlets.windowMain->orderOut();
         terminate();
       });
-      std::fputs("the worker came back\n", stderr);
+      say("the worker came back");
     }).detach();
   };
   EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), endsOrderly());
@@ -95,7 +97,7 @@ TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
     mainThread.perform([&mainThread, outlets] {
       outlets.windowMain->orderOut();
       mainThread.perform([] {
-        std::fputs("still there\n", stderr);
+        say("still there");
         terminate();
       });
     });

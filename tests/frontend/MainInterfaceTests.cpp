@@ -33,13 +33,15 @@ struct Owner : platform::InterfaceOwner {
 };
 
 class MainInterface : public QtFixture {
+ public:
+  ~MainInterface() override { interface_.destroyWindows(); }
+
  protected:
   MainInterface() : interface_(std::make_unique<Owner>(sent, outlets)) {
     interface_.windowMain().makeKeyAndOrderFront();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window("windowMain")));
     sent.clear();
   }
-  ~MainInterface() override { interface_.destroyWindows(); }
 
   static QWidget& window(const char* name) {
     for (auto* const widget : QApplication::topLevelWidgets()) {

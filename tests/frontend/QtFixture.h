@@ -12,6 +12,9 @@ namespace qm::testing {
 
 /// An application object without a display, and a main thread that has begun.
 class QtFixture : public ::testing::Test {
+ public:
+  ~QtFixture() override { mainThread->end(); }
+
  protected:
   QtFixture() {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
@@ -20,7 +23,6 @@ class QtFixture : public ::testing::Test {
     mainThread = std::make_unique<linux_::QtMainThread>();
     EXPECT_TRUE(mainThread->begin());
   }
-  ~QtFixture() override { mainThread->end(); }
 
   std::unique_ptr<linux_::QtMainThread> mainThread;
 

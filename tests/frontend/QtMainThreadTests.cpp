@@ -16,12 +16,14 @@ using namespace std::chrono_literals;
 
 class QtMainThread : public QtFixture {};
 class QtDescriptorWait : public QtFixture {
- protected:
-  QtDescriptorWait() { EXPECT_EQ(::pipe(ends_), 0); }
+ public:
   ~QtDescriptorWait() override {
     ::close(ends_[0]);
     ::close(ends_[1]);
   }
+
+ protected:
+  QtDescriptorWait() { EXPECT_EQ(::pipe(ends_), 0); }
 
   int readingEnd() const { return ends_[0]; }
   void write() { EXPECT_EQ(::write(ends_[1], "x", 1), 1); }

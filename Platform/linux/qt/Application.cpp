@@ -10,12 +10,14 @@ namespace qm::linux_ {
 
 namespace {
 
+void say(const char* line) { static_cast<void>(std::fprintf(stderr, "%s\n", line)); }
+
 /// Qt gives up by aborting. Here that means that there is no display, which is not a crash and leaves
 /// no core file.
 void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-  std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, message)));
+  say(qUtf8Printable(qFormatLogMessage(type, context, message)));
   if (type != QtFatalMsg) return;
-  std::fputs("tessaly-uninstaller: no window can be opened. Start it from a desktop session.\n", stderr);
+  say("tessaly-uninstaller: no window can be opened. Start it from a desktop session.");
   std::_Exit(EXIT_FAILURE);
 }
 
@@ -42,7 +44,7 @@ int qm::platform::applicationMain(int argc, char** argv, const MakeInterfaceOwne
   auto& front = linux_::frontEnd();
   const auto application = linux_::makeApplication(argc, argv);
   if (!front.mainThread.begin()) {
-    std::fputs("tessaly-uninstaller: the system has no event descriptors left.\n", stderr);
+    linux_::say("tessaly-uninstaller: the system has no event descriptors left.");
     return EXIT_FAILURE;
   }
   front.interface = std::make_unique<linux_::MainInterface>(makeOwner());
