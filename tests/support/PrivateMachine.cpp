@@ -107,7 +107,7 @@ std::vector<std::string> splitAtNuls(const std::string& text) {
 void repeatFailures(const std::string& records) {
   const auto parts = splitAtNuls(records);
   for (std::size_t i = 0; i + 2 < parts.size(); i += 3) {
-    ADD_FAILURE_AT(parts[i].c_str(), std::atoi(parts[i + 1].c_str())) << parts[i + 2];
+    ADD_FAILURE_AT(parts[i].c_str(), std::stoi(parts[i + 1])) << parts[i + 2];
   }
 }
 
@@ -140,12 +140,13 @@ bool makePipe(UniqueFd& reading, UniqueFd& writing) {
 
 /// `beforeWaiting` runs in the parent while the child lives.
 bool runChild(const std::function<void()>& body, const std::function<void(pid_t)>& beforeWaiting) {
-  UniqueFd reading, writing;
+  UniqueFd reading;
+  UniqueFd writing;
   if (!makePipe(reading, writing)) {
     ADD_FAILURE() << systemText("pipe");
     return false;
   }
-  std::fflush(nullptr);
+  static_cast<void>(std::fflush(nullptr));
   const pid_t child = ::fork();
   if (child == 0) {
     reading.reset();
@@ -225,7 +226,10 @@ class NamespaceForUser {
   }
 
  private:
-  UniqueFd madeReading_, madeWriting_, mappedReading_, mappedWriting_;
+  UniqueFd madeReading_;
+  UniqueFd madeWriting_;
+  UniqueFd mappedReading_;
+  UniqueFd mappedWriting_;
   bool usable_;
 };
 

@@ -45,6 +45,7 @@ std::optional<Loan> loanIn(const char* file) {
 
 bool runTool(std::vector<std::string> words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (auto& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   pid_t tool = -1;

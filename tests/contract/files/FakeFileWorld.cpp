@@ -14,7 +14,8 @@ class FakeFileWorld : public FileWorld {
   FakeFileWorld() {
     disk_.addFolder(home());
     disk_.addVolume(volume());
-    VolumeKind small64, unchangeable;
+    VolumeKind small64;
+    VolumeKind unchangeable;
     small64.capacity = 64 * 1024;
     unchangeable.readOnly = true;
     disk_.addVolume(small(), small64);

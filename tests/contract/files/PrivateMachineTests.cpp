@@ -29,7 +29,7 @@ int makeFile(const std::string& path) {
 
 TEST(PrivateMachine, GivesRootAFolderThatNobodyOutsideSees) {
   const std::string leftBehind = "/tmp/private-machine-test-" + std::to_string(::getpid());
-  std::string before = machineFolder();
+  const std::string before = machineFolder();
   EXPECT_TRUE(runInPrivateMachine([&] {
     EXPECT_EQ(::geteuid(), 0U);
     EXPECT_EQ(makeFile(machineFolder() + "/inside"), 0);
@@ -50,12 +50,12 @@ struct Outcome {
 [[noreturn]] void runAsTest(int output, const std::function<void()>& run) {
   ::dup2(output, STDOUT_FILENO);
   run();
-  std::fflush(stdout);
+  static_cast<void>(std::fflush(stdout));
   ::_exit(::testing::Test::HasFailure() ? 1 : 0);
 }
 
 Outcome outcomeOf(const std::function<void()>& run) {
-  std::fflush(stdout);
+  static_cast<void>(std::fflush(stdout));
   int pipe[2] = {-1, -1};
   EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
   const pid_t child = ::fork();
@@ -86,14 +86,14 @@ TEST(PrivateMachine, ReportsWhatFailsInside) {
 }
 
 TEST(PrivateMachine, ReportsAnEndThatNobodyExplained) {
-  expectReported([] { inChild([] { ::raise(SIGTERM); }); }, "ended by signal 15");
+  expectReported([] { inChild([] { static_cast<void>(::raise(SIGTERM)); }); }, "ended by signal 15");
   expectReported([] { inChild([] { ::_exit(3); }); }, "ended with status 3");
   expectReported([] { inChild([] { throw std::runtime_error("unexpected"); }); }, "threw: unexpected");
 }
 
 TEST(PrivateMachine, ActsAsAnOrdinaryUser) {
   runInPrivateMachine([] {
-    const std::string folder = machineFolder();
+    const std::string& folder = machineFolder();
     asUser(1000, 1001, [&] {
       EXPECT_EQ(::geteuid(), 1000U);
       EXPECT_EQ(::getegid(), 1001U);

@@ -56,13 +56,15 @@ std::string accessList() {
 
 TEST(CopyingOnDisk, KeepsModesAndTimesToTheNanosecond) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     asUser(kUser, kUser, [&] {
       makeFolders(from + "/tree/folder");
       makeFile(from + "/tree/folder/file", "text");
       ASSERT_EQ(::symlink("nowhere", (from + "/tree/link").c_str()), 0);
       ASSERT_EQ(::chmod((from + "/tree/folder/file").c_str(), 0641), 0);
-      const timespec access{1'000'000'001, 123'456'789}, modification{1'000'000'002, 987'654'321};
+      const timespec access{1'000'000'001, 123'456'789};
+      const timespec modification{1'000'000'002, 987'654'321};
       for (const char* name : {"/tree/folder/file", "/tree/link", "/tree/folder", "/tree"}) {
         setTimes(from + name, access, modification);
       }
@@ -81,7 +83,8 @@ TEST(CopyingOnDisk, KeepsModesAndTimesToTheNanosecond) {
 
 TEST(CopyingOnDisk, KeepsOwnerAndSetUserBitsAsRoot) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     makeFile(from + "/tool", "text");
     ASSERT_EQ(::chown((from + "/tool").c_str(), kUser, kOther), 0);
     ASSERT_EQ(::chmod((from + "/tool").c_str(), 06755), 0);
@@ -97,7 +100,8 @@ TEST(CopyingOnDisk, KeepsOwnerAndSetUserBitsAsRoot) {
 
 TEST(CopyingOnDisk, DropsSetUserBitsWithTheOwner) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     makeFile(from + "/tool", "text");
     ASSERT_EQ(::chmod((from + "/tool").c_str(), 06755), 0);
     asUser(kUser, kUser, [&] {
@@ -116,7 +120,8 @@ const char* keptAttribute(const std::string& path) {
 
 TEST(CopyingOnDisk, KeepsExtendedAttributesOfFilesAndFolders) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     const char* kept = keptAttribute(from);
     makeFolders(from + "/folder");
     makeFile(from + "/folder/small");
@@ -135,7 +140,8 @@ TEST(CopyingOnDisk, KeepsExtendedAttributesOfFilesAndFolders) {
 
 TEST(CopyingOnDisk, LeavesAttributesBehindThatItMaySeeButNotSet) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     makeFile(from + "/file", "text");
     ASSERT_EQ(::setxattr((from + "/file").c_str(), "security.note", "n", 1, 0), 0) << errno;
     asUser(kUser, kUser, [&] {
@@ -148,7 +154,8 @@ TEST(CopyingOnDisk, LeavesAttributesBehindThatItMaySeeButNotSet) {
 
 TEST(CopyingOnDisk, KeepsAccessListsAndTakesNoneFromTheNewFolder) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     const std::string list = accessList();
     makeFile(from + "/listed");
     makeFolders(from + "/folder/inner");
@@ -168,7 +175,8 @@ TEST(CopyingOnDisk, KeepsAccessListsAndTakesNoneFromTheNewFolder) {
 
 TEST(CopyingOnDisk, CopiesAFolderThatItsOwnerMayNotChange) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     asUser(kUser, kUser, [&] {
       makeFolders(from + "/tree/inner");
       makeFile(from + "/tree/inner/file", "text");
@@ -183,7 +191,8 @@ TEST(CopyingOnDisk, CopiesAFolderThatItsOwnerMayNotChange) {
 
 TEST(CopyingOnDisk, RemovesEvenUnchangeableFoldersOfAFailedCopy) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     asUser(kUser, kUser, [&] {
       makeFolders(from + "/tree/a/b");
       makeFile(from + "/tree/a/b/file", "text");
@@ -198,7 +207,8 @@ TEST(CopyingOnDisk, RemovesEvenUnchangeableFoldersOfAFailedCopy) {
 
 TEST(CopyingOnDisk, KeepsHolesAndTheBytesAroundThem) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     constexpr off_t size = 64 * 1024 * 1024;
     const int file = ::open((from + "/sparse").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
     ASSERT_EQ(::ftruncate(file, size), 0);
@@ -215,14 +225,16 @@ TEST(CopyingOnDisk, KeepsHolesAndTheBytesAroundThem) {
 
 TEST(CopyingOnDisk, KeepsNamesOfOneFileInATreeTogether) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     makeFolders(from + "/tree/a");
     makeFolders(from + "/tree/b");
     makeFile(from + "/tree/a/one", "text");
     ASSERT_EQ(::link((from + "/tree/a/one").c_str(), (from + "/tree/b/two").c_str()), 0);
     ASSERT_EQ(::link((from + "/tree/a/one").c_str(), (from + "/outside").c_str()), 0);
     expectDone(files.copyItem(from + "/tree", to + "/tree"));
-    const struct stat one = attributesOf(to + "/tree/a/one"), two = attributesOf(to + "/tree/b/two");
+    const struct stat one = attributesOf(to + "/tree/a/one");
+    const struct stat two = attributesOf(to + "/tree/b/two");
     EXPECT_EQ(one.st_ino, two.st_ino);
     EXPECT_EQ(one.st_nlink, 2U);
     EXPECT_EQ(textOf(to + "/tree/b/two"), "text");
@@ -231,7 +243,8 @@ TEST(CopyingOnDisk, KeepsNamesOfOneFileInATreeTogether) {
 
 TEST(CopyingOnDisk, MakesFifosAndSocketsAnewWithoutWaiting) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     asUser(kUser, kUser, [&] {
       makeFolders(from + "/tree");
       ASSERT_EQ(::mkfifo((from + "/tree/fifo").c_str(), 0640), 0);
@@ -257,7 +270,8 @@ TEST(CopyingOnDisk, FailsWhereADeviceMayNotBeMade) {
 
 TEST(CopyingOnDisk, CopiesBigFilesToTheByteWithAndWithoutTheKernelsHelp) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     std::string bytes(3'000'017, '\0');
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31 + i / 256);
     makeFile(from + "/big", bytes);
@@ -276,7 +290,8 @@ TEST(CopyingOnDisk, CopiesBigFilesToTheByteWithAndWithoutTheKernelsHelp) {
 
 TEST(CopyingOnDisk, EndsAlthoughTheFileKeepsGrowing) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     const std::string path = from + "/growing";
     makeFile(path, std::string(1'000'000, 'x'));
     std::atomic<bool> ended{false};
@@ -307,7 +322,8 @@ TEST(CopyingOnDisk, RefusesATreeThatLeadsIntoTheCopyByAnotherMount) {
 
 TEST(CopyingOnDisk, CopiesATreeDeeperThanAnyPath) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = openFolder("to");
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
     int folder = ::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::string name(200, 'd');
     for (int level = 0; level < 300; ++level) {

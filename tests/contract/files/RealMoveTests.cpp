@@ -93,7 +93,8 @@ TEST(MovingOnDisk, LooksFirstWhereThereAreNoHardLinksEither) {
 TEST(MovingOnDisk, OnlyOneOfManyAtOnceGetsAName) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
-    constexpr int movers = 4, rounds = 50;
+    constexpr int movers = 4;
+    constexpr int rounds = 50;
     for (int round = 0; round < rounds; ++round) {
       std::atomic<int> moved{0};
       std::vector<std::thread> threads;
@@ -112,7 +113,8 @@ TEST(MovingOnDisk, OnlyOneOfManyAtOnceGetsAName) {
 
 TEST(MovingOnDisk, TakesEverythingAcrossVolumes) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), to = machineFolder() + "/volume";
+    const std::string from = openFolder("from");
+    const std::string to = machineFolder() + "/volume";
     mountTmpfs(to, "mode=0777");
     makeFolders(from + "/tree/folder", 0500);
     makeFile(from + "/tree/file", "text");
@@ -131,7 +133,8 @@ TEST(MovingOnDisk, TakesEverythingAcrossVolumes) {
 
 TEST(MovingOnDisk, CopiesAcrossABindMountOfTheSameVolume) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), other = openFolder("other");
+    const std::string from = openFolder("from");
+    const std::string other = openFolder("other");
     bindMount(other, machineFolder() + "/bound");
     makeFile(from + "/file", "text");
     expectDone(files.moveItem(from + "/file", machineFolder() + "/bound/file"));
@@ -142,7 +145,8 @@ TEST(MovingOnDisk, CopiesAcrossABindMountOfTheSameVolume) {
 
 TEST(MovingOnDisk, CopiesNothingOutOfAStickyFolderThatKeepsItsItems) {
   runInPrivateMachine([] {
-    const std::string shared = openFolder("shared"), volume = machineFolder() + "/volume";
+    const std::string shared = openFolder("shared");
+    const std::string volume = machineFolder() + "/volume";
     ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
     mountTmpfs(volume, "mode=0777");
     makeFile(shared + "/foreign", "kept");
@@ -157,7 +161,8 @@ TEST(MovingOnDisk, CopiesNothingOutOfAStickyFolderThatKeepsItsItems) {
 
 TEST(MovingOnDisk, CopiesNothingOfATreeInWhichAVolumeIsMounted) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), volume = machineFolder() + "/volume";
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
     mountTmpfs(volume, "mode=0777");
     makeFolders(from + "/tree");
     mountTmpfs(from + "/tree/mounted");
@@ -168,7 +173,8 @@ TEST(MovingOnDisk, CopiesNothingOfATreeInWhichAVolumeIsMounted) {
 
 TEST(MovingOnDisk, KeepsTheCompleteCopyWhenTheSourceCannotBeRemovedAfterAll) {
   runInPrivateMachine([] {
-    const std::string from = openFolder("from"), volume = machineFolder() + "/volume";
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
     mountTmpfs(volume, "mode=0777");
     makeFolders(from + "/tree");
     makeFile(from + "/tree/file", "text");

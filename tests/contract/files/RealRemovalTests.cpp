@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 
 #include <atomic>
+#include <cstdio>
 #include <thread>
 
 #include "Platform/posix/PosixFileSystem.h"
@@ -91,7 +92,8 @@ TEST(RemovingOnDisk, RemovesNothingOfATreeInWhichAVolumeIsMounted) {
 
 TEST(RemovingOnDisk, DoesNotCrossIntoAFolderShownThereByABindMount) {
   runInPrivateMachine([] {
-    const std::string home = openFolder("home"), other = openFolder("other");
+    const std::string home = openFolder("home");
+    const std::string other = openFolder("other");
     makeFile(other + "/file", "kept");
     makeFolders(home + "/tree");
     bindMount(other, home + "/tree/bound");
@@ -130,7 +132,8 @@ TEST(RemovingOnDisk, RemovesFifosSocketsAndDevicesWithoutOpeningThem) {
 
 TEST(RemovingOnDisk, NeverLeavesTheTreeWhileFoldersAreSwappedForLinks) {
   runInPrivateMachine([] {
-    const std::string home = openFolder("home"), outside = openFolder("outside");
+    const std::string home = openFolder("home");
+    const std::string outside = openFolder("outside");
     for (int i = 0; i < 50; ++i) makeFile(outside + "/" + std::to_string(i), "kept");
     std::atomic<bool> ended{false};
     makeFolders(home + "/tree/victim");
@@ -159,7 +162,8 @@ TEST(RemovingOnDisk, NeverLeavesTheTreeWhileFoldersAreSwappedForLinks) {
 
 TEST(RemovingOnDisk, StopsWhenAFolderWasCarriedAwayFromUnderIt) {
   runInPrivateMachine([] {
-    const std::string home = openFolder("home"), outside = openFolder("outside");
+    const std::string home = openFolder("home");
+    const std::string outside = openFolder("outside");
     makeFile(outside + "/file", "kept");
     const int deepest = descendByMaking(home, "d", 200);
     ::close(deepest);
@@ -169,8 +173,8 @@ TEST(RemovingOnDisk, StopsWhenAFolderWasCarriedAwayFromUnderIt) {
     for (int level = 0; level < 100; ++level) middle += "/d";
     std::thread mover([&] {
       while (!ended) {
-        ::rename(middle.c_str(), (outside + "/carried").c_str());
-        ::rename((outside + "/carried").c_str(), middle.c_str());
+        static_cast<void>(std::rename(middle.c_str(), (outside + "/carried").c_str()));
+        static_cast<void>(std::rename((outside + "/carried").c_str(), middle.c_str()));
       }
     });
     static_cast<void>(files.removeItem(home + "/d"));

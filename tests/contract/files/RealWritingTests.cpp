@@ -47,7 +47,8 @@ TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
 TEST(WritingOnDisk, ReadersSeeTheOldContentsOrTheNew) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
-    const std::string even(100'000, 'e'), odd(50'000, 'o');
+    const std::string even(100'000, 'e');
+    const std::string odd(50'000, 'o');
     makeFile(home + "/file", even);
     std::thread writer([&] {
       for (int i = 0; i < 200; ++i) expectDone(files.writeFileAtomically(home + "/file", i % 2 == 0 ? odd : even));

@@ -174,8 +174,11 @@ TEST_P(RemovingAnItem, RefusesPathsThatAreTooLong) {
 
 TEST_P(RemovingAnItem, TakesAnyBytesInNames) {
   inWorld([](FileWorld& world) {
-    for (const auto& name : oddNames()) world.addFile(world.home("a/" + name + "/" + name));
-    for (const auto& name : oddNames()) expectSuccess(world.files().removeItem(world.home("a/" + name)));
+    for (const auto& name : oddNames()) {
+      const std::string folder = world.home("a/" + name);
+      world.addFile(folder + "/" += name);
+      expectSuccess(world.files().removeItem(folder));
+    }
     EXPECT_EQ(world.tree(world.home()), Lines{"a/"});
   });
 }

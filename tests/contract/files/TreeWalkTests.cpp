@@ -54,7 +54,8 @@ TEST(FolderChainOnDisk, FindsItsWayBackThroughFoldersThatItHasClosed) {
 
 TEST(FolderChainOnDisk, DoesNotTakeAnotherFolderForTheOneThatItCameFrom) {
   runInPrivateMachine([] {
-    const std::string home = openFolder("home"), elsewhere = openFolder("elsewhere");
+    const std::string home = openFolder("home");
+    const std::string elsewhere = openFolder("elsewhere");
     FolderChain chain;
     ASSERT_EQ(chain.start(openForLookup(home).get()), 0);
     enterLevels(chain, 100);
