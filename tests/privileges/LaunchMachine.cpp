@@ -17,9 +17,7 @@ namespace {
 
 using posix::UniqueFd;
 
-void give(const std::string& path, uid_t owner) {
-  ASSERT_EQ(::lchown(path.c_str(), owner, owner), 0) << path;
-}
+void give(const std::string& path, uid_t owner) { ASSERT_EQ(::lchown(path.c_str(), owner, owner), 0) << path; }
 
 std::string readToEnd(int fd) {
   std::string all;

@@ -19,9 +19,9 @@ std::vector<Message> messagesIn(const std::string& bytes, std::size_t piece) {
 }
 
 TEST(PrivilegeMessages, ArriveAsTheyWereSentInPiecesOfAnySize) {
-  const std::vector<Message> sent = {
-      Hello{}, Launch{7, "/bin/mv", {"-f", "", "a b\n", "\xFF"}}, Started{7, 0, 1234, {}},
-      Started{~0ULL, 2, -1, "No such file"}, Exited{7, 256, "note"}};
+  const std::vector<Message> sent = {Hello{}, Launch{7, "/bin/mv", {"-f", "", "a b\n", "\xFF"}},
+                                     Started{7, 0, 1234, {}}, Started{~0ULL, 2, -1, "No such file"},
+                                     Exited{7, 256, "note"}};
   std::string bytes;
   for (const Message& message : sent) bytes += bytesOf(message);
   for (const std::size_t piece : {std::size_t{1}, std::size_t{3}, std::size_t{64}, bytes.size()}) {

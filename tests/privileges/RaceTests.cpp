@@ -19,6 +19,7 @@ namespace qm::testing {
 namespace {
 
 constexpr int kSwaps = 10000;
+constexpr int kRounds = 400;
 constexpr unsigned kExchange = 2;  // RENAME_EXCHANGE
 
 // Counted by the one who swaps, read by the one who works.
@@ -82,13 +83,11 @@ class SwappedFolder : public ::testing::Test {
       const std::string before = listing(precious());
       Swapper swapper(home() + "/folder", home() + "/link");
       int rounds = 0;
-      while (swapper.swaps() < kSwaps || rounds < 50) {
+      while (swapper.swaps() < kSwaps || rounds < kRounds) {
         work();
         ++rounds;
       }
       EXPECT_EQ(listing(precious()), before) << "after " << rounds << " rounds and " << swapper.swaps() << " swaps";
-      RecordProperty("rounds", rounds);
-      RecordProperty("swaps", swapper.swaps());
     });
   }
 
@@ -144,8 +143,7 @@ TEST_F(SwappedFolder, LeadsNoNewFolderElsewhere) {
 TEST_F(SwappedFolder, InsideATreeLeadsNoToolElsewhere) {
   run([] {
     launch("/bin/cp", {"-f", "-p", "-R", home(), machineFolder() + "/volume/copy"});
-    EXPECT_FALSE(exists(machineFolder() + "/volume/copy/folder/item"));
-    EXPECT_FALSE(exists(machineFolder() + "/volume/copy/link/item"));
+    EXPECT_EQ(launch("/usr/bin/find", {machineFolder() + "/volume/copy", "-name", "item"}).output, "");
     launch("/bin/rm", {"-Rdf", machineFolder() + "/volume/copy"});
   });
 }

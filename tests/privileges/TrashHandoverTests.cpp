@@ -55,7 +55,8 @@ TEST_F(ItemInTheTrash, IsDescribedAsThePersonsOwn) {
     EXPECT_TRUE(trashItem("100 % Tessaly.app").succeeded());
     const std::string info = trash() + "/info/100 % Tessaly.app.trashinfo";
     const std::string text = contentsOf(info);
-    EXPECT_EQ(text.find("[Trash Info]\nPath=" + applications() + "/100%20%25%20Tessaly.app\nDeletionDate=20"), 0U) << text;
+    EXPECT_EQ(text.find("[Trash Info]\nPath=" + applications() + "/100%20%25%20Tessaly.app\nDeletionDate=20"), 0U)
+        << text;
     EXPECT_EQ(ownerOf(info), kPerson);
     EXPECT_EQ(modeOf(info), 0600U);
     EXPECT_EQ(namesIn(trash() + "/files"), std::vector<std::string>{"100 % Tessaly.app"});

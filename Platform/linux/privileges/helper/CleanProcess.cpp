@@ -40,9 +40,10 @@ bool setLimit(__rlimit_resource resource, rlim_t value) {
   return ::setrlimit(resource, &limit) == 0;
 }
 
+// The number of processes does not limit root.
 bool resetLimits() {
   bool done = true;
-  for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS, RLIMIT_RSS, RLIMIT_NPROC}) {
+  for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS, RLIMIT_RSS}) {
     done = setLimit(resource, RLIM_INFINITY) && done;
   }
   done = setLimit(RLIMIT_STACK, kStack) && done;

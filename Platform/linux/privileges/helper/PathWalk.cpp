@@ -78,6 +78,7 @@ class Walk {
   }
 
   Result makeFolder() {
+    if (Result refusal = judge()) return refusal;
     if (::mkdirat(place_.folder.get(), place_.name.c_str(), 0755) != 0 && errno != EEXIST) return failure(errno);
     place_.item.reset(::openat(place_.folder.get(), place_.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto status = place_.item ? statusOf(place_.item.get()) : std::nullopt;

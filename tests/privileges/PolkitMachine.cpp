@@ -1,0 +1,195 @@
+#include "tests/privileges/PolkitMachine.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tests/contract/system/WaitUntil.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using linux_::ChildProgram;
+using posix::UniqueFd;
+using namespace platform;  // the names of Authorization Services are long enough as they are
+
+constexpr AuthorizationFlags kWithDialog =
+    kAuthorizationFlagInteractionAllowed | kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
+constexpr AuthorizationFlags kWithoutDialog = kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
+
+const AuthorizationItems kAdministrator = {{.name = "system.privilege.admin", .value = "", .flags = 0}};
+
+void runAsRoot(const std::string& command) {
+  ASSERT_EQ(::system(command.c_str()), 0) << command;  // NOLINT(cert-env33-c): a test's own fixed commands
+}
+
+void makeAccount(const Account& account) {
+  const std::string name = account.name;
+  const std::string uid = std::to_string(account.uid);
+  runAsRoot("id " + name + " >/dev/null 2>&1 || useradd --uid " + uid + " --create-home --shell /bin/bash " + name);
+  runAsRoot("echo \"" + name + ":" + account.password + "\" | chpasswd");
+}
+
+bool isThrowawayMachine() {
+  char name[64] = {};
+  return ::gethostname(name, sizeof name - 1) == 0 && std::string(name) == "throwaway" &&
+         std::filesystem::exists("/run/machine/changes");
+}
+
+// Says its address when it takes connections.
+void startMessageBus() {
+  // Never destroyed: each case runs in a copy of this process, which has no say over the bus.
+  static auto& bus = *new ChildProgram;
+  ASSERT_EQ(::mkdir("/run/dbus", 0755), 0);
+  UniqueFd reading, writing;
+  ASSERT_TRUE(linux_::makePipe(reading, writing));
+  ASSERT_EQ(bus.start("/usr/bin/dbus-daemon", {"--system", "--nofork", "--nopidfile", "--print-address=1"},
+                      {.output = writing.get()}),
+            0);
+  writing.reset();
+  char unused = 0;
+  ASSERT_EQ(::read(reading.get(), &unused, 1), 1) << "the message bus did not start";
+  // It may go on writing there.
+  static_cast<void>(reading.release());
+}
+
+}  // namespace
+
+void KeptConsole::print(std::string_view text) {
+  const std::scoped_lock lock(mutex_);
+  text_ += std::string(text) + "\n";
+}
+
+std::string KeptConsole::text() const {
+  const std::scoped_lock lock(mutex_);
+  return text_;
+}
+
+bool KeptConsole::waitFor(const std::string& part) const {
+  return waitUntil([&] { return text().find(part) != std::string::npos; });
+}
+
+DesktopAgent::DesktopAgent(const std::vector<std::string>& answers) {
+  std::vector<std::string> arguments = {std::to_string(::getpid()), linux_::ownStartTime()};
+  arguments.insert(arguments.end(), answers.begin(), answers.end());
+  UniqueFd inputReading, outputWriting;
+  EXPECT_TRUE(linux_::makePipe(inputReading, input_) && linux_::makePipe(output_, outputWriting));
+  EXPECT_EQ(child_.start(programFolder() + "/test-desktop-agent", arguments,
+                         {.input = inputReading.get(), .output = outputWriting.get(), .errors = STDERR_FILENO}),
+            0);
+  char ready[6] = {};
+  EXPECT_EQ(::read(output_.get(), ready, sizeof ready), 6) << "the agent did not register";
+  ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
+}
+
+DesktopAgent::~DesktopAgent() {
+  input_.reset();
+  child_.wait();
+}
+
+std::vector<std::string> DesktopAgent::dialogs() {
+  char block[4096];
+  for (ssize_t got = 0; (got = ::read(output_.get(), block, sizeof block)) > 0;) {
+    text_.append(block, static_cast<std::size_t>(got));
+  }
+  std::vector<std::string> lines;
+  std::istringstream stream(text_);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+Application::Application()
+    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller")), service(console, programs) {
+  EXPECT_EQ(service.create({}, 0, &session), errAuthorizationSuccess);
+}
+
+AuthorizationStatus Application::open() { return service.copyRights(session, kAdministrator, {}, kWithDialog); }
+
+AuthorizationStatus Application::open(const std::string& user, const std::string& password) {
+  const AuthorizationItems credentials = {{.name = "username", .value = user, .flags = 0},
+                                          {.name = "password", .value = password, .flags = 0}};
+  return service.copyRights(session, kAdministrator, credentials, kWithoutDialog);
+}
+
+AuthorizationStatus Application::start(const std::string& tool, const std::vector<std::string>& arguments) {
+  return service.executeWithPrivileges(session, tool, 0, arguments, &pipe);
+}
+
+std::string Application::outputOf(const std::string& tool, const std::vector<std::string>& arguments) {
+  EXPECT_EQ(start(tool, arguments), errAuthorizationSuccess) << tool << "\n" << console.text();
+  std::string output;
+  for (int character = 0; pipe && (character = pipe->readCharacter()) >= 0;) output += static_cast<char>(character);
+  return output;
+}
+
+bool asAccount(const Account& account, const std::function<void()>& body) {
+  return asUser(account.uid, account.uid, [&] {
+    EXPECT_GT(::setsid(), 0);
+    body();
+  });
+}
+
+std::vector<pid_t> processesNamed(const std::string& name) {
+  std::vector<pid_t> processes;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string number = entry.path().filename();
+    if (number.find_first_not_of("0123456789") != std::string::npos) continue;
+    std::ifstream file(entry.path() / "comm");
+    std::string found;
+    std::getline(file, found);
+    std::error_code error;  // what has ended and waits to be reaped runs no program
+    const bool runs = !std::filesystem::read_symlink(entry.path() / "exe", error).empty();
+    if (runs && found == name.substr(0, 15)) processes.push_back(static_cast<pid_t>(std::stol(number)));
+  }
+  return processes;
+}
+
+namespace {
+
+// This program is the first process of the machine: who has lost his parent is its child.
+void reapAdopted() {
+  while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+  }
+}
+
+}  // namespace
+
+// The kernel keeps fifteen letters of a name: helper and agent share them.
+bool nobodyIsLeft() {
+  return waitUntil([] {
+    reapAdopted();
+    return processesNamed("tessaly-uninstaller-admin-helper").empty() &&
+           processesNamed("polkit-agent-helper-1").empty() && processesNamed("pkexec").empty();
+  });
+}
+
+const std::string& programFolder() {
+  static const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  return folder;
+}
+
+void takeMachineIntoUse(const std::string& policyFile) {
+  ASSERT_TRUE(isThrowawayMachine()) << "these tests change the system: run them on a throw-away machine";
+  for (const Account& account : {kSam, kAnna, kBea, kEve}) makeAccount(account);
+  runAsRoot("usermod -aG sudo anna && usermod -aG sudo bea && usermod -aG sudo eve && usermod -e 1 eve");
+  std::ifstream policy(policyFile);
+  std::string text{std::istreambuf_iterator<char>(policy), {}};
+  const std::string mark = "@QM_ADMIN_HELPER@";
+  ASSERT_NE(text.find(mark), std::string::npos) << policyFile;
+  text.replace(text.find(mark), mark.size(), programFolder() + "/tessaly-uninstaller-admin-helper");
+  std::ofstream("/usr/share/polkit-1/actions/com.quillmark.uninstaller.admin.policy") << text;
+  startMessageBus();
+}
+
+}  // namespace qm::testing
