@@ -209,7 +209,7 @@ TEST(CopyingOnDisk, KeepsHolesAndTheBytesAroundThem) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
-    constexpr off_t size = 64 * 1024 * 1024;
+    constexpr off_t size = 67'108'864;
     const int file = ::open((from + "/sparse").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644);
     ASSERT_EQ(::ftruncate(file, size), 0);
     ASSERT_EQ(::pwrite(file, "begin", 5, 1'000'000), 5);
