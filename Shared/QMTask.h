@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,11 +12,13 @@
 #include "Platform/AtomicProperty.h"
 #include "Platform/Tasks.h"
 #include "Platform/foundation/Strings.h"
+#include "Shared/AsyncTaskDelegate.h"
 
 /// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
 using TimeoutInterval = std::chrono::duration<double>;
 
-/// Runs a command-line tool by its absolute path, without a shell, and waits for it.
+/// Runs a command-line tool by its absolute path, without a shell, and waits for it; or, on an instance,
+/// runs it in the background and hands its output on as it comes.
 ///
 /// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not
 /// executable" on the console and in the log. That, and a launch that the system itself refuses
@@ -106,7 +109,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   Data dataOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
   void runOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
 
-  /// `theTask`. The tool that a call with a time limit waits for; null when there is none. Any thread.
+  /// `theTask`. The tool that a call with a time limit waits for, or that runs in the background; null when
+  /// there is none. Any thread.
   std::shared_ptr<Task> theTask() const { return theTask_.get(); }
   /// `setTheTask:`
   void setTheTask(std::shared_ptr<Task> task) { theTask_.set(std::move(task)); }
@@ -116,11 +120,58 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `timeout`. Main thread: ends the task in the slot if it still runs, and says so.
   void timeout();
 
+  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and hands
+  /// each piece of its standard output to the delegate, at last an empty one; returns at once. Standard
+  /// error and the exit status are discarded; the tool shares the program's standard input. There is
+  /// no check and no limit: a tool that cannot be launched is reported by the reading thread as
+  /// "Unable to launch async task - %@" (the system's reason) in log and console, and nobody is called.
+  /// After the last piece the tool is asked to end, and everything that the run held is let go of.
+  ///
+  /// One run at a time: a second call takes the first one's place. The first tool is not ended, but its
+  /// further output is dropped. The instance lives until its reading threads have ended. Any thread.
+  void asyncDataFromTask(const std::string& path, const Arguments& arguments,
+                         const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
+                         const std::shared_ptr<void>& object);
+  void asyncDataFromTask(std::nullptr_t, const Arguments&, const std::shared_ptr<AsyncTaskDelegate>&,
+                         const AsyncTaskSelector&, const std::shared_ptr<void>&) = delete;
+  void asyncDataFromTask(const std::string&, const Arguments&, const std::shared_ptr<AsyncTaskDelegate>&,
+                         std::nullptr_t, const std::shared_ptr<void>&) = delete;
+
+  /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
+  /// output. Logs "Unable to launch async task - no task set" when there is none.
+  void launchAsyncTask();
+  /// `asyncTaskReturnData:`. Hands one piece to the delegate if it answers the selector, and ends the run
+  /// after the empty one either way.
+  void asyncTaskReturnData(const AsyncTaskNotification& notification);
+  /// `terminateAsyncTask`. Ends the reading, asks the tool to end and lets go of delegate, context and
+  /// task; a read that is blocked ends at once. The delegate is not told: nothing more reaches it but a
+  /// piece that was already on its way. Does nothing when nothing runs. Any thread, the delegate's own
+  /// calls included.
+  void terminateAsyncTask();
+
  private:
+  /// Whom the output goes to.
+  struct AsyncReceiver {
+    std::shared_ptr<AsyncTaskDelegate> delegate;
+    AsyncTaskSelector selector;
+    std::shared_ptr<void> object;
+  };
+
   QMTask() = default;
 
   template <class Operation>
   auto withTimeout(TimeoutInterval timeout, Operation operation);
 
+  void beginAsyncRun(const std::shared_ptr<Task>& task, AsyncReceiver receiver);
+  void endAsyncRun(const Task* only);
+  void readAsyncTask(const std::shared_ptr<Task>& task);
+  bool launchForReading(const std::shared_ptr<Task>& task);
+  std::string nextPiece(const std::shared_ptr<Task>& task) const;
+  void deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
+  AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;
+
   qm::platform::AtomicProperty<std::shared_ptr<Task>> theTask_;
+  mutable std::mutex asyncMutex_;  // of receiver_, and of its going together with theTask_
+  AsyncReceiver receiver_;
+  std::mutex launchMutex_;  // a launch and an ending exclude each other
 };

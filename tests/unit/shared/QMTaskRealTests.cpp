@@ -1,22 +1,14 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <ctime>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <thread>
 
-#include "Platform/posix/process/PosixTasks.h"
-#include "Shared/QMTask.h"
-#include "tests/support/PlatformTest.h"
+#include "tests/unit/shared/RealTaskTest.h"
 
 namespace qm::testing {
 namespace {
@@ -27,131 +19,11 @@ using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::IsEmpty;
-using ::testing::Le;
 
 using Arguments = QMTask::Arguments;
 
-const std::string kShell = "/bin/sh";
-const std::string kLogFile = "/home/u/Library/Logs/Quillmark/Demo.1.log";
-constexpr std::size_t kMebibyte = 1048576;
 /// A limit that no test reaches unless something hangs.
 constexpr TimeoutInterval kAmple(60);
-
-Arguments script(const std::string& text) { return std::vector<std::string>{"-c", text}; }
-
-/// The states of this process's children, by the system's own account: 'Z' for one that has ended and is not reaped.
-std::string statesOfChildren() {
-  std::string states;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    std::ifstream file(entry.path() / "stat");
-    std::stringstream text;
-    text << file.rdbuf();
-    const std::string line = text.str();
-    const auto name = line.rfind(')');
-    if (entry.path().filename().string().find_first_not_of("0123456789") != std::string::npos) continue;
-    if (name == std::string::npos) continue;
-    char state = 0;
-    int parent = 0;
-    std::istringstream(line.substr(name + 1)) >> state >> parent;
-    if (parent == ::getpid()) states += state;
-  }
-  return states;
-}
-
-/// Waits until something has come about; false when it has not after 30 seconds.
-template <class Condition>
-bool eventually(const Condition& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + seconds(30);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::yield();
-  }
-  return true;
-}
-
-bool hasNoChildren() { return statesOfChildren().empty(); }
-
-/// Sleeps for real, up to the end of the test.
-class RealSleep : public FakeClock {
- public:
-  using FakeClock::FakeClock;
-
-  void sleep(Span span) override {
-    pollfd waiting{end_[0], POLLIN, 0};
-    (void)::poll(&waiting, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(span).count()));
-  }
-  void wakeEverybody() { ::close(std::exchange(end_[1], -1)); }
-
-  bool begin() { return ::pipe2(end_, O_CLOEXEC) == 0; }
-  ~RealSleep() override { ::close(end_[0]); }
-
- private:
-  int end_[2] = {-1, -1};
-};
-
-/// Serves the fake main thread until a descriptor can be read.
-class Pumping : public posix::DescriptorWait {
- public:
-  explicit Pumping(FakeMainThread& mainThread) : mainThread_(mainThread) {}
-
-  void waitUntilReadable(int descriptor) override {
-    EXPECT_TRUE(mainThread_.pumpUntil([descriptor] {
-      pollfd watched{descriptor, POLLIN, 0};
-      return ::poll(&watched, 1, 0) > 0;
-    }));
-  }
-
- private:
-  FakeMainThread& mainThread_;
-};
-
-/// Real child processes and real time; everything else is fake. The tools are real at their paths, and the fake disk
-/// says that they can be run.
-class RealTask : public PlatformTest {
- protected:
-  RealTask() : pumping_(fakes.mainThread), tasks_(fakes.mainThread, pumping_) {
-    for (const std::string& tool : {kShell, std::string("/bin/cat")}) fakes.disk.addExecutable(tool);
-    fakes.disk.addFile(kLogFile);
-    services_ = fakes.platform;
-    services_.tasks = &tasks_;
-    services_.clock = &clock_;
-    platform::install(&services_);
-    EXPECT_TRUE(clock_.begin());
-  }
-
-  void TearDown() override {
-    clock_.wakeEverybody();
-    PlatformTest::TearDown();
-    QMLog::finishWriting();
-    platform::install(&fakes.platform);
-    EXPECT_TRUE(eventually(hasNoChildren)) << statesOfChildren();  // whatever a test did
-  }
-
-  std::string log() {
-    QMLog::finishWriting();
-    return fakes.disk.fileContents(kLogFile).value_or("no log");
-  }
-
-  /// A folder of the test's own.
-  std::string folder() {
-    if (folder_.empty()) {
-      std::string pattern = (std::filesystem::temp_directory_path() / "task.XXXXXX").string();
-      folder_ = ::mkdtemp(pattern.data());
-    }
-    return folder_;
-  }
-
-  ~RealTask() override {
-    if (!folder_.empty()) std::filesystem::remove_all(folder_);
-  }
-
- private:
-  RealSleep clock_{fakes.calls};
-  Pumping pumping_;
-  posix::PosixTasks tasks_;
-  platform::Platform services_;
-  std::string folder_;
-};
 
 // MARK: - Statuses
 
@@ -289,11 +161,6 @@ TEST_F(RealTask, ReturnsLongBeforeALimitThatIsNotReached) {
 }
 
 // MARK: - What is left behind
-
-std::size_t openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
 
 TEST_F(RealTask, StartsAToolAndReturnsWhileItRuns) {
   const std::string gate = folder() + "/gate";

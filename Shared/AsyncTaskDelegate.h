@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+class QMTask;
+
+/// The name of the operation that a delegate is asked to perform; nil is none.
+using AsyncTaskSelector = std::optional<std::string>;
+
+/// Whom a background run hands its output to. The caller chooses the operation by name, as one object may
+/// serve several runs.
+class AsyncTaskDelegate {
+ public:
+  virtual ~AsyncTaskDelegate() = default;
+
+  /// Whether the delegate answers the operation. One that does not is never called by that name.
+  virtual bool respondsToSelector(const std::string& selector) const = 0;
+
+  /// One piece of output as it came; "" is the end, after which nothing more comes of this run. `object`
+  /// is the caller's context, null when none was given. Called on the run's reading thread, and must
+  /// not throw. It may end the run, or begin another one on the same runner.
+  virtual void perform(const std::string& selector, const std::string& data, QMTask& task,
+                       const std::shared_ptr<void>& object) = 0;
+};
+
+/// What carries one piece of output from the reading thread to the runner: "QMAsyncTaskDataNotification", from
+/// no sender, with one entry in its user information. It is passed directly, never posted.
+struct AsyncTaskNotification {
+  static constexpr const char* dataName = "QMAsyncTaskDataNotification";
+  static constexpr const char* dataItem = "NSFileHandleNotificationDataItem";
+
+  std::string name;
+  std::shared_ptr<void> object;
+  std::map<std::string, std::string> userInfo;
+
+  static AsyncTaskNotification withData(std::string data);
+  /// The piece it carries; "" when it carries none.
+  const std::string& data() const;
+};
