@@ -4,6 +4,8 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/files/BundlePackages.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
+#include "Platform/linux/privileges/PolkitAuthorization.h"
+#include "Platform/linux/privileges/PrivilegePrograms.h"
 #include "Platform/linux/system/MacLayoutDirectories.h"
 #include "Platform/linux/system/PlistPropertyLists.h"
 #include "Platform/linux/system/ProcessState.h"
@@ -11,7 +13,6 @@
 #include "Platform/linux/system/SystemConsole.h"
 #include "Platform/linux/system/SystemFacts.h"
 #include "Platform/linux/system/SystemUsers.h"
-#include "Platform/linux/system/UnavailableAuthorization.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/PosixFileSystem.h"
 #include "Platform/posix/process/PosixTasks.h"
@@ -30,7 +31,7 @@ struct Services {
         console(clock, programName(executable)),
         directories(users),
         facts(propertyLists, executable),
-        authorization(console),
+        authorization(console, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         trash(users, clock) {
     platform.authorizationServices = &authorization;
@@ -57,7 +58,7 @@ struct Services {
   MacLayoutDirectories directories;
   PlistPropertyLists propertyLists;
   SystemFacts facts;
-  UnavailableAuthorization authorization;
+  PolkitAuthorization authorization;
   platform::StandardThreads threads;
   posix::PosixTasks tasks;
   posix::PosixFileSystem fileSystem;

@@ -75,7 +75,7 @@ bool TerminalAgent::start(const std::string& program) {
   UniqueFd reading, writing;
   if (!makePipe(reading, writing)) return false;
   const std::string process = std::to_string(::getpid()) + "," + ownStartTime();
-  if (child_.start(program, {"--process", process, "--notify-fd", "1", "--fallback"}, {.output = writing.get()}) != 0) {
+  if (child_.start(program, {"--process", process, "--notify-fd", "1"}, {.output = writing.get()}) != 0) {
     return false;
   }
   writing.reset();

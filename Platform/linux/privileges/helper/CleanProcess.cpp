@@ -9,6 +9,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <initializer_list>
 
@@ -26,10 +27,12 @@ void stopTimers() {
   for (const auto timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF}) ::setitimer(timer, &none, nullptr);
 }
 
+// The library keeps two signals for itself and would leave those as they are: the kernel is asked.
 bool resetSignals() {
-  struct sigaction standard {};
-  standard.sa_handler = SIG_DFL;
-  for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
+  constexpr std::array<unsigned long, 4> standard{};  // handler, flags, restorer, mask
+  for (int number = 1; number < NSIG; ++number) {
+    ::syscall(SYS_rt_sigaction, number, standard.data(), nullptr, sizeof(unsigned long));
+  }
   sigset_t none;
   sigemptyset(&none);
   return ::sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
