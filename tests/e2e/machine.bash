@@ -48,6 +48,7 @@ install() {
   number=$(id -u "$owner")
   runtime=/run/user/$number
   "$support/sample-installation" "$@"
+  [ -z "${as_root-}" ] || chown -R root:root /Applications /Library
   mkdir -p "$runtime" /run/user/0
   chown "$owner:$owner" "$runtime"
   chmod 0700 "$runtime" /run/user/0
