@@ -143,7 +143,8 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
     async == Async::Yes ? QMTask::runTaskAndReturn(path, parameters) : void(QMTask::runTask(path, parameters));
     return errAuthorizationSuccess;
   }
-  if (!isAuthorized() && !authStart()) return kNotAuthorized;
+  if (!isAuthorized()) authStart();
+  if (!isAuthorized()) return kNotAuthorized;
 
   std::shared_ptr<CommunicationsPipe> pipe;
   const auto status = platform().authorizationServices->executeWithPrivileges(
@@ -227,7 +228,7 @@ bool QMAuthorization::deletesOnRootAccount(DeleteOnRootAccount flag) const {
 bool QMAuthorization::authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount) {
   if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
   const auto destination = trashDestination(path);
-  // What goes is the item of that name in the Trash; the path itself stays. Callers count on it.
+  // What is removed is the chosen name in the Trash; the path itself stays. Callers count on it.
   if (deletesOnRootAccount(deleteOnRootAccount)) return destination && authRemoveFile(*destination);
   return authMoveFile(path, destination);
 }

@@ -20,8 +20,8 @@ enum class DeleteOnRootAccount : bool { No, Yes };
 /// Rights are asked for when the first command needs them and are kept until `authEnd`. A process
 /// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
 /// removes asks the guard first and refuses system folders as a whole. Commands only start their
-/// tool: true means that it runs, not that it did its work, so callers that must know watch the
-/// disk. Refusals are printed to the system console. One thread at a time.
+/// tool: true means that it was started (as root, that starting it was tried), not that it did its
+/// work, so callers that must know watch the disk. Refusals are printed to the system console. One thread at a time.
 class QMAuthorization : public Singleton<QMAuthorization> {
  public:
   using AuthorizationRef = qm::platform::AuthorizationRef;
@@ -48,15 +48,17 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   /// `userDirectory`. The home folder for which the object was made; nil as root.
   const std::optional<std::string>& userDirectory() const { return userDirectory_; }
 
-  /// `canAuthorize`. A dialog is allowed, or none is needed.
+  /// `canAuthorize`. A dialog is allowed, or the process is root's.
   bool canAuthorize() const;
   /// `isAuthorized`
   bool isAuthorized() const;
   /// `authStart`. Authorizes with the system's dialog, unless that is done already. Blocks while it
   /// is shown. False after a refusal; the session is then null.
   bool authStart();
-  /// `authStartWithUser:password:`. Authorizes without a dialog. False for nil arguments and wrong
-  /// ones. Writes "Authorization failed. Invalid username or password" to console and log.
+  /// `authStartWithUser:password:`. Authorizes without a dialog. An earlier session is overwritten, not
+  /// freed. False, and nothing else, for nil arguments; for a session that cannot be made, with its
+  /// status on the console; for wrong ones, with "Authorization failed. Invalid username or password"
+  /// on console and in the log. As root always true.
   bool authStartWithUser(const std::optional<std::string>& user, const std::optional<std::string>& password);
   /// `authEnd`. Ends the session; the next command asks again.
   void authEnd();
@@ -74,20 +76,22 @@ class QMAuthorization : public Singleton<QMAuthorization> {
 
   /// `authCreateDir:`. With the missing folders above it. Not guarded.
   bool authCreateDir(const std::string& path);
-  /// `authCopyFile:toPath:`. Replaces what is at the destination. Not guarded.
+  /// `authCopyFile:toPath:`. Replaces a file at the destination and copies into a folder there. Not
+  /// guarded.
   bool authCopyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
-  /// `authMoveFile:toPath:`. Replaces what is at the destination.
+  /// `authMoveFile:toPath:`. Replaces a file at the destination and moves into a folder there.
   bool authMoveFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
   /// `authMoveFolderContents:toPath:`. Every entry; true if none failed.
   bool authMoveFolderContents(const std::string& folder, const std::string& destination);
   /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash; on a clash its name
   /// there gets the time ("notes_20240229230507.txt"; without an extension the name ends in a dot).
-  /// As root without a user's Trash and with the flag set, the item of that name in the Trash is
-  /// removed and the path itself stays.
+  /// Made as root and with the flag set, the chosen name in the Trash is removed instead, and the path
+  /// itself stays.
   bool authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount);
   /// `authTrashFile:`
   bool authTrashFile(const std::string& path);
-  /// `authTrashFolderContents:deleteOnRootAccount:`. Every entry; true if none failed.
+  /// `authTrashFolderContents:deleteOnRootAccount:`. Every entry; true if none failed. Made as root and
+  /// with the flag set, the entries are removed for good.
   bool authTrashFolderContents(const std::string& folder, DeleteOnRootAccount deleteOnRootAccount);
   /// `authTrashFolderContents:`
   bool authTrashFolderContents(const std::string& folder);

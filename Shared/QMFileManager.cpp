@@ -99,7 +99,8 @@ void lookAway() {
 bool waitUntil(const std::string& path, Wanted wanted, std::chrono::seconds limit) {
   const auto& clock = *platform().clock;
   const auto start = clock.monotonicNow();
-  while (!isAsWanted(path, wanted) && clock.monotonicNow() - start < limit) lookAway();
+  using Elapsed = std::chrono::duration<double>;  // any limit can be compared with it
+  while (!isAsWanted(path, wanted) && Elapsed(clock.monotonicNow() - start) < limit) lookAway();
   return isAsWanted(path, wanted);
 }
 

@@ -74,7 +74,8 @@ class QMFileManager {
   static void unlockFile(const std::string& path);
   /// `isFileLocked:`. False when nothing is there.
   static bool isFileLocked(const std::string& path);
-  /// `lockFolder:`. The files below a folder, at any depth; the folders themselves stay as they are.
+  /// `lockFolder:`. The files below a folder, at any depth and through links to folders; the folders
+  /// themselves stay as they are.
   static void lockFolder(const std::string& folder);
   /// `unlockFolder:`. As `lockFolder:`.
   static void unlockFolder(const std::string& folder);
@@ -106,8 +107,8 @@ class QMFileManager {
   /// `fileSize:`. Bytes of a file or of all files below a folder; 0 for what is not there or cannot be
   /// read. A link to a folder is walked, without a record of what was visited.
   static std::uint64_t fileSize(const std::string& path);
-  /// `isFolderEmpty:`. Nothing below but folders, ".DS_Store" and "Icon\r". True for a plain file, a
-  /// missing path and a folder that cannot be listed.
+  /// `isFolderEmpty:`. Nothing below but folders, links to such folders, ".DS_Store" and "Icon\r"
+  /// (whatever these are). True for a plain file, a missing path and a folder that cannot be listed.
   static bool isFolderEmpty(const std::string& folder);
   /// `trashFilesNamed:inFolder:`. Trashes the files of exactly this name at any depth, packages
   /// included, folders never. The paths, in the order visited, whether or not trashing succeeded.

@@ -32,8 +32,8 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
 
 /// The same for a path that may be nil, which gives nil.
 template <class Path>
-  requires std::same_as<Path, std::optional<std::string>>
-Path appendingPathComponent(const Path& path, std::string_view component) {
+requires std::same_as<Path, std::optional<std::string>> Path appendingPathComponent(const Path& path,
+                                                                                    std::string_view component) {
   if (!path) return std::nullopt;
   return appendingPathComponent(std::string_view(*path), component);
 }

@@ -200,7 +200,7 @@ AuthorizationStatus FakeAuthorizationServices::copyPrivilegedReference(Authoriza
   const bool fails = log_.command("authorization.copyPrivilegedReference");
   const std::scoped_lock lock(mutex_);
   const AuthorizationStatus status = nextAnswer("copyPrivilegedReference", fails);
-  if (status == platform::errAuthorizationSuccess) *session = parentSession_;
+  *session = parentSession_;  // also with a refusal: the status alone decides
   return keep({"copyPrivilegedReference", parentSession_, {}, {}, flags, {}, {}, 0}, status);
 }
 

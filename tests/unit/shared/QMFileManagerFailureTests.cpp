@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -111,6 +112,65 @@ TEST(QMFileManagerFailures, LoseNoFileWhenRightsAreRefusedToo) {
     operation.run();
     EXPECT_EQ(fakes.disk.tree(), before) << "everything stays where it is";
     fakes.end();
+  }
+}
+
+// Answers.
+
+struct Answered {
+  std::string name;
+  std::function<bool()> run;
+  std::function<bool(FakeDisk&)> isDone;
+};
+
+const std::vector<Answered>& answered() {
+  static const std::vector<Answered> list = {
+      {"move", [] { return QMFileManager::moveFile("/d/one", "/d/moved"); },
+       [](FakeDisk& disk) { return disk.has("/d/moved") && !disk.has("/d/one"); }},
+      {"copy", [] { return QMFileManager::copyFile("/d/one", "/d/copy"); },
+       [](FakeDisk& disk) { return disk.has("/d/copy"); }},
+      {"make", [] { return QMFileManager::createDirectory("/d/new"); },
+       [](FakeDisk& disk) { return disk.has("/d/new"); }},
+      {"remove", [] { return QMFileManager::removeFile("/d/one"); },
+       [](FakeDisk& disk) { return !disk.has("/d/one"); }},
+      {"trash", [] { return QMFileManager::trashFile("/d/one"); }, [](FakeDisk& disk) { return !disk.has("/d/one"); }}};
+  return list;
+}
+
+/// The answer is what the disk shows, but where the failing call was the look at the item itself: then
+/// there seems to be nothing to do.
+std::size_t answerWithFailingCall(const Answered& operation, std::size_t failing, bool plainFails) {
+  FakePlatform fakes;
+  const ScopedPlatform installed(fakes.platform);
+  const SingletonReset<QMAuthorization> authorization;
+  const SingletonReset<QMLog> log;
+  fakes.disk.addFile("/d/one", "1");
+  for (const std::string call : {"fileSystem.moveItem", "fileSystem.copyItem", "fileSystem.removeItem",
+                                 "fileSystem.createDirectory", "trash.recycle"}) {
+    if (plainFails) fakes.calls.failAlways(call);
+  }
+  if (failing > 0) fakes.calls.failCallNumber(failing);
+  const bool answer = operation.run();
+  QMLog::finishWriting();
+  const auto failed = fakes.calls.failed();
+  const bool overlooked = std::ranges::find(failed, "fileSystem.fileExists(/d/one)") != failed.end();
+  if (!(overlooked && answer)) {
+    EXPECT_EQ(answer, operation.isDone(fakes.disk));
+  }
+  fakes.end();
+  return fakes.calls.callCount();
+}
+
+TEST(QMFileManagerFailures, AreAnsweredAsTheDiskShows) {
+  for (const bool plainFails : {false, true}) {
+    for (const auto& operation : answered()) {
+      SCOPED_TRACE(operation.name + (plainFails ? " with rights" : ""));
+      const std::size_t calls = answerWithFailingCall(operation, 0, plainFails);
+      for (std::size_t failing = 1; failing <= calls; ++failing) {
+        SCOPED_TRACE("call " + std::to_string(failing));
+        answerWithFailingCall(operation, failing, plainFails);
+      }
+    }
   }
 }
 

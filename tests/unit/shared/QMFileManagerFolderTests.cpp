@@ -13,7 +13,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class FolderTest : public LoggedTest {};
+class FolderTest : public LoggedTest {
+ protected:
+  using Command = std::vector<std::string>;
+  std::vector<Command> executions() { return fakes.authorizationServices.executions(); }
+};
 
 // Sizes.
 
@@ -174,6 +178,33 @@ TEST_F(FolderTest, TakesAnEmptyTypeForFilesWithoutExtension) {
   fakes.disk.addFile("/d/x.txt");
   EXPECT_THAT(QMFileManager::trashFilesOfType("", "/d"), ElementsAre("/d/plain", "/d/.hidden"));
   EXPECT_TRUE(fakes.disk.has("/d/x.txt"));
+}
+
+TEST_F(FolderTest, AsksForRightsToTrashWhatItFinds) {
+  fakes.disk.addFile("/d/x.y");
+  fakes.calls.failAlways("trash.recycle");
+  EXPECT_THAT(QMFileManager::trashFilesNamed("x.y", "/d"), ElementsAre("/d/x.y"));
+  fakes.disk.addFile("/d/z.y");
+  EXPECT_THAT(QMFileManager::trashFilesOfType("y", "/d"), ElementsAre("/d/z.y"));
+  EXPECT_THAT(executions(), ElementsAre(Command{"/bin/mv", "-f", "/d/x.y", "/home/u/.Trash/x.y"},
+                                        Command{"/bin/mv", "-f", "/d/z.y", "/home/u/.Trash/z.y"}));
+}
+
+TEST_F(FolderTest, TakesHousekeepingByNameAloneAndFollowsLinksToFolders) {
+  fakes.disk.addFile("/one/.DS_Store/file");
+  fakes.disk.addFile("/two/Icon\r/file");
+  fakes.disk.addFile("/two/.DS_Store");
+  fakes.disk.addFolder("/nothing");
+  fakes.disk.addLink("/three/link", "/nothing");
+  for (const std::string path : {"/one", "/two", "/three"}) EXPECT_TRUE(QMFileManager::isFolderEmpty(path)) << path;
+  fakes.disk.addFile("/nothing/file");
+  EXPECT_FALSE(QMFileManager::isFolderEmpty("/three"));
+}
+
+TEST_F(FolderTest, ListsADanglingLinkThatItLeaves) {
+  fakes.disk.addLink("/d/x", "/nowhere");
+  EXPECT_THAT(QMFileManager::trashFilesNamed("x", "/d"), ElementsAre("/d/x"));
+  EXPECT_TRUE(fakes.disk.has("/d/x"));
 }
 
 }  // namespace

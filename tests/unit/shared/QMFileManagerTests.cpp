@@ -474,5 +474,30 @@ TEST_F(QMFileManagerTest, TakesADanglingLinkForAFreeName) {
   EXPECT_EQ(QMFileManager::uniqueFilename("/d/x"), "/d/x");
 }
 
+TEST_F(QMFileManagerTest, TrashesTheEntriesInTheOrderListedAndAsksForRights) {
+  for (const std::string name : {"two", ".one", "three"}) fakes.disk.addFile("/d/" + name);
+  fakes.calls.failAlways("trash.recycle");
+  EXPECT_TRUE(QMFileManager::trashDirectoryContents("/d"));
+  EXPECT_THAT(executions(), ElementsAre(Command{"/bin/mv", "-f", "/d/two", "/home/u/.Trash/two"},
+                                        Command{"/bin/mv", "-f", "/d/.one", "/home/u/.Trash/.one"},
+                                        Command{"/bin/mv", "-f", "/d/three", "/home/u/.Trash/three"}));
+}
+
+TEST_F(QMFileManagerTest, MakesAMirrorWithRightsWhereNeeded) {
+  fakes.calls.failAlways("fileSystem.createDirectory");
+  EXPECT_EQ(QMFileManager::createDirectoryStructure("/B/c", "/R"), "/R/B");
+  EXPECT_THAT(executions(), ElementsAre(Command{"/bin/mkdir", "-p", "/R/B"}));
+}
+
+TEST_F(QMFileManagerTest, ClearsNoOtherLocks) {
+  fakes.disk.addFile("/d/a"), fakes.disk.addFolder("/to");
+  QMFileManager::copyFile("/d/a", "/to/a");
+  EXPECT_EQ(fakes.calls.count("itemLocks.setImmutable"), 1U);
+  QMFileManager::createDirectory("/d/new");
+  EXPECT_EQ(fakes.calls.count("itemLocks.setImmutable"), 1U);
+  QMFileManager::removeFile("/d");
+  EXPECT_EQ(fakes.calls.count("itemLocks.setImmutable"), 2U);
+}
+
 }  // namespace
 }  // namespace qm::testing

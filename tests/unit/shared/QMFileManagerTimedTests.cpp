@@ -239,5 +239,35 @@ TEST_F(TimedTest, HasNothingToCopyFromAnEmptyOrMissingFolder) {
   EXPECT_FALSE(fakes.disk.has("/to")) << "the destination is not made";
 }
 
+TEST_F(TimedTest, AnswersWhatTheLastLookShows) {
+  failPlainAttempts();
+  fakes.disk.addFile("/d/a");
+  fakes.calls.before("fileSystem.fileExists(/d/a)", 3, [this] { fakes.disk.remove("/d/a"); });
+  EXPECT_TRUE(QMFileManager::removeFile("/d/a", seconds(0)));
+  EXPECT_EQ(fakes.calls.count("fileSystem.fileExists(/d/a)"), 3U);
+}
+
+TEST_F(TimedTest, AnswersNoForAnItemThatIsBackAtTheLastLook) {
+  fakes.disk.addFile("/d/a");
+  fakes.calls.before("fileSystem.fileExists(/d/a)", 3, [this] { fakes.disk.addFile("/d/a"); });
+  EXPECT_FALSE(QMFileManager::removeFile("/d/a", seconds(5)));
+  EXPECT_THAT(fakes.clock.sleeps(), IsEmpty());
+}
+
+TEST_F(TimedTest, WaitsForAnyLimit) {
+  failPlainAttempts();
+  fakes.disk.addFile("/d/a");
+  fakes.disk.disappearAfter("/d/a", seconds(1));
+  EXPECT_TRUE(QMFileManager::trashFile("/d/a", seconds::max()));
+  EXPECT_FALSE(QMFileManager::createDirectory("/d/b", seconds::min()));
+}
+
+TEST_F(TimedTest, StopsAtTheLimitItself) {
+  failPlainAttempts();
+  fakes.disk.addFile("/d/a");
+  EXPECT_FALSE(QMFileManager::trashFile("/d/a", seconds(3)));
+  EXPECT_THAT(fakes.clock.sleeps(), SizeIs(10));
+}
+
 }  // namespace
 }  // namespace qm::testing

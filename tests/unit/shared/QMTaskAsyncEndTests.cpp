@@ -294,6 +294,7 @@ TEST_F(AsyncTaskReplaced, LeavesTheOtherAloneWhenItWasEndedBefore) {
 TEST_F(AsyncTaskEndedEarly, StaysWholeWhenManyThreadsBeginAndEndRuns) {
   scriptEndlessTool({"one", "two"});
   std::vector<std::thread> owners;
+  owners.reserve(4);
   for (int owner = 0; owner < 4; ++owner) {
     owners.emplace_back([&, owner] {
       for (int round = 0; round < 25; ++round) {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
+#include <csignal>
 
 #include <cstddef>
 #include <fstream>
