@@ -1,13 +1,8 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
 #include <atomic>
+#include <mutex>
 #include <thread>
-#include <type_traits>
 
-#include "Uninstaller/AppController.h"
-#include "tests/support/PlatformTest.h"
+#include "tests/unit/shared/AppControllerTest.h"
 
 namespace qm::testing {
 namespace {
@@ -15,114 +10,13 @@ namespace {
 using platform::DomainMask;
 using platform::StandardDirectory;
 using std::chrono::milliseconds;
-using std::chrono::seconds;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::SizeIs;
-using ::testing::StartsWith;
-
-using Strings = std::vector<std::string>;
-
-template <class Path>
-concept IsTrashablePath = requires(AppController controller, Path path) {
-  controller.trashFile(path);
-};
-static_assert(IsTrashablePath<std::string> && IsTrashablePath<const char*> && IsTrashablePath<std::nullopt_t>);
-static_assert(!IsTrashablePath<std::nullptr_t>, "a null pointer is no path");
-
-const std::string kFolder = "/Applications/Quillmark";
-const std::string kTrashFiles = "/home/u/.local/share/Trash/files";
-
-/// The items in the order in which they go.
-const std::array<std::string, 12> kItems = {
-    "/Applications/Quillmark/Tessaly.app",
-    "/Applications/Tessaly.app",
-    "/home/u/Library/Application Support/Quillmark/Tessaly/Caches",
-    "/home/u/Library/Caches/com.quillmark.tessaly",
-    "/home/u/Library/Preferences/com.quillmark.Tessaly.plist",
-    "/home/u/Library/Preferences/com.quillmark.tessaly.plist",
-    "/Library/Preferences/com.quillmark.Tessaly.plist",
-    "/Library/Preferences/com.quillmark.tessaly.plist",
-    "/home/u/Library/LaunchAgents/com.quillmark.Tessaly.plist",
-    "/home/u/Library/LaunchAgents/com.quillmark.TessalyProjectWatcher.plist",
-    "/home/u/Library/LaunchAgents/com.quillmark.Tessaly.autosave.plist",
-    "/home/u/Library/LaunchAgents/com.quillmark.OrvendelProjectWatcher.plist",
-};
-
-bool isPreference(std::size_t index) { return index >= 4 && index < 8; }
-
-/// What looks like the product and is not.
-const std::array<std::string, 5> kNeighbours = {
-    "/Applications/Quillmark/Orvendel.app/Contents/Info.plist", "/Applications/Tessaly.app.old/data",
-    "/home/u/Library/Preferences/com.quillmark.Orvendel.plist", "/home/u/Library/Caches/com.quillmark.orvendel/data",
-    "/home/u/Library/LaunchAgents/com.quillmark.Tessaly.other.plist"};
-
-bool isFolderItem(std::size_t index) { return index < 4; }
-
-/// The file that tells an item from others: its path is its contents.
-std::string witness(std::size_t index) {
-  return isFolderItem(index) ? kItems[index] + "/Contents/data" : kItems[index];
-}
-
-void installItem(FakeDisk& disk, std::size_t index) { disk.addFile(witness(index), witness(index)); }
-
-void installProduct(FakeDisk& disk) {
-  for (std::size_t index = 0; index < kItems.size(); ++index) installItem(disk, index);
-}
-
-void installNeighbours(FakeDisk& disk) {
-  for (const std::string& file : kNeighbours) disk.addFile(file, file);
-}
-
-/// Whoever sends an action.
-class Sender : public platform::ActionSender {};
-
-/// A machine, the controller on its interface, and a test that is the main thread.
-class AppControllerTest : public PlatformTest {
- protected:
-  AppControllerTest() {
-    controller.connect(fakes.interface.outlets());
-    fakes.interface.removeConfigCheck.setState(platform::kOnState);
-  }
-
-  /// From the click to the end.
-  void run() {
-    controller.uninstall(&sender);
-    ASSERT_TRUE(fakes.mainThread.pumpUntil([this] { return fakes.userInterface.isTerminated(); }));
-  }
-
-  /// The calls of one operation, in order.
-  Strings callsOf(const std::string& operation) const {
-    Strings calls = fakes.calls.everything();
-    std::erase_if(calls, [&](const std::string& call) { return !call.starts_with(operation + "("); });
-    return calls;
-  }
-
-  /// The paths that were handed to the Trash, in order.
-  Strings recycled() const {
-    Strings paths;
-    for (std::string call : callsOf("trash.recycle")) {
-      call = call.substr(std::string("trash.recycle(").size());
-      call.pop_back();
-      paths.push_back(call.substr(0, call.find(", ")) + "/" + call.substr(call.rfind(", ") + 2));
-    }
-    return paths;
-  }
-
-  /// Neither a change nor a word: nothing that the file manager does.
-  void expectUntouched() const {
-    EXPECT_THAT(fakes.calls.log(), IsEmpty());
-    EXPECT_THAT(fakes.console.lines(), IsEmpty());
-  }
-
-  Sender sender;
-  AppController controller;
-};
 
 // MARK: - The windows
 
@@ -438,9 +332,7 @@ TEST_P(UninstallItem, IsTheOnlyOneLeftWhenItCannotBeTrashed) {
   fakes.calls.failNth("trash.recycle", GetParam() + 1);
   fakes.calls.failAlways("authorization.copyRights");
   run();
-  for (std::size_t index = 0; index < kItems.size(); ++index) {
-    EXPECT_EQ(fakes.disk.has(kItems[index]), kItems[index] == item) << kItems[index];
-  }
+  for (const std::string& each : kItems) EXPECT_EQ(fakes.disk.has(each), each == item) << each;
   EXPECT_EQ(fakes.disk.fileContents(witness(GetParam())), witness(GetParam()));
 }
 
@@ -489,233 +381,6 @@ TEST_F(MakersFolder, StaysWithTheProductThatCouldNotBeTrashed) {
   fakes.calls.failAlways("authorization.copyRights");
   run();
   EXPECT_EQ(fakes.disk.fileContents(witness(0)), witness(0));
-}
-
-// MARK: - One item
-
-class TrashOneItem : public AppControllerTest {
- protected:
-  TrashOneItem() { fakes.mainThread.disown(); }
-
-  void expectSkipped(const std::string& path) {
-    fakes.disk.addFile(path);
-    fakes.calls.clear();
-    controller.trashFile(path);
-    expectUntouched();
-    EXPECT_EQ(fakes.calls.count("fileSystem.fileExists"), 0U) << path;
-    EXPECT_TRUE(fakes.disk.has(path)) << path;
-  }
-
-  void expectTrashed(const std::string& path) {
-    fakes.disk.addFile(path);
-    controller.trashFile(path);
-    EXPECT_FALSE(fakes.disk.has(path)) << path;
-    EXPECT_THAT(recycled(), Contains(path));
-  }
-};
-
-TEST_F(TrashOneItem, SkipsNilWithoutAnyCall) {
-  controller.trashFile(std::nullopt);
-  EXPECT_THAT(fakes.calls.everything(), IsEmpty());
-}
-
-TEST_F(TrashOneItem, SkipsWhatLiesInAFolderNamedRelease) {
-  expectSkipped("/home/u/build/Release/Tessaly.app");
-  expectSkipped("/Release/Tessaly.app");
-  expectSkipped("/home/u/build/Release//Other.app");
-  fakes.calls.clear();
-  controller.trashFile("/home/u/build/Release/Tessaly.app/");
-  EXPECT_THAT(fakes.calls.everything(), IsEmpty());  // not even where the Trash is
-}
-
-TEST_F(TrashOneItem, TakesReleaseForASwornNameInThatSpellingAndPlaceOnly) {
-  expectTrashed("/home/u/build/release/Tessaly.app");
-  expectTrashed("/home/u/build/Releases/Tessaly.app");
-  expectTrashed("/home/u/build/Release.old/Tessaly.app");
-  expectTrashed("/home/u/build/Release/bin/Tessaly.app");
-  expectTrashed("/home/u/other/Release");
-}
-
-TEST_F(TrashOneItem, SkipsWhatLiesBelowStructureApplications) {
-  expectSkipped("/Volumes/Disk/Structure/Applications/Tessaly.app");
-  expectSkipped("/Structure/Applications/a/b/Tessaly.app");
-  fakes.calls.clear();
-  controller.trashFile("/Structure/Applications/Tessaly.app");
-  EXPECT_THAT(fakes.calls.everything(), IsEmpty());
-}
-
-TEST_F(TrashOneItem, TakesStructureApplicationsToTheLetter) {
-  expectTrashed("/Volumes/Disk/structure/Applications/Tessaly.app");
-  expectTrashed("/Volumes/Disk/Structure/Applications2/Tessaly.app");
-  expectTrashed("/Volumes/Disk/InfraStructure/Applications/Tessaly.app");
-  expectTrashed("/Volumes/Disk/Structure/Applications");
-}
-
-TEST_F(TrashOneItem, SkipsWhatIsInTheTrashAlready) {
-  expectSkipped("/home/u/.Trash/Tessaly.app");
-  expectSkipped("/home/u/.Trash/folder/Tessaly.app");
-}
-
-TEST_F(TrashOneItem, ComparesTheTrashByTheBeginningOfThePath) {
-  expectSkipped("/home/u/.Trashed/Tessaly.app");
-  expectTrashed("/home/u/.Tras/Tessaly.app");
-  expectTrashed("/home/v/.Trash/Tessaly.app");
-  expectTrashed("/Volumes/home/u/.Trash/Tessaly.app");
-}
-
-TEST_F(TrashOneItem, KnowsTheConsoleUsersTrashAsRoot) {
-  fakes.actAsRoot("u");
-  expectSkipped("/home/u/.Trash/Tessaly.app");
-  expectTrashed("/root/.Trash/Tessaly.app");
-}
-
-TEST_F(TrashOneItem, IsNotStoppedByTheLackOfATrash) {
-  fakes.actAsRoot(std::nullopt);
-  fakes.disk.addFile("/Applications/Tessaly.app");
-  controller.trashFile("/Applications/Tessaly.app");
-  EXPECT_EQ(fakes.calls.count("trash.recycle(/Applications, nil, Tessaly.app)"), 1U);
-}
-
-TEST_F(TrashOneItem, LooksForTheTrashBeforeItLooksForTheItem) {
-  controller.trashFile("/Applications/Tessaly.app");
-  EXPECT_THAT(fakes.calls.everything(), ElementsAre("users.realUserId()", "users.homeDirectory()",
-                                                    "fileSystem.fileExists(/Applications/Tessaly.app)"));
-}
-
-TEST_F(TrashOneItem, CallsNobodyAndSaysNothingWhenTheItemIsMissing) {
-  controller.trashFile("/Applications/Tessaly.app");
-  controller.trashFile("");
-  expectUntouched();
-}
-
-TEST_F(TrashOneItem, TakesALinkToNowhereForMissing) {
-  fakes.disk.addLink("/Applications/Tessaly.app", "/nowhere");
-  controller.trashFile("/Applications/Tessaly.app");
-  expectUntouched();
-  EXPECT_TRUE(fakes.disk.has("/Applications/Tessaly.app"));
-}
-
-TEST_F(TrashOneItem, TrashesALinkAndNotItsTarget) {
-  fakes.disk.addFile("/opt/Tessaly.app/Contents/data", "kept");
-  fakes.disk.addLink("/Applications/Tessaly.app", "/opt/Tessaly.app");
-  controller.trashFile("/Applications/Tessaly.app");
-  EXPECT_FALSE(fakes.disk.has("/Applications/Tessaly.app"));
-  EXPECT_EQ(fakes.disk.fileContents("/opt/Tessaly.app/Contents/data"), "kept");
-}
-
-TEST_F(TrashOneItem, AsksForRightsWhenThePlainWayFails) {
-  fakes.disk.addFolder("/home/u/.Trash");
-  fakes.disk.addFile("/Applications/Tessaly.app", "data");
-  fakes.calls.failNext("trash.recycle");
-  controller.trashFile("/Applications/Tessaly.app");
-  EXPECT_EQ(fakes.disk.fileContents("/home/u/.Trash/Tessaly.app"), "data");
-}
-
-// MARK: - Every call fails in turn
-
-/// A machine, and a controller that outlives its threads.
-struct Machine {
-  Machine() {
-    controller.connect(fakes.interface.outlets());
-    fakes.interface.removeConfigCheck.setState(platform::kOnState);
-  }
-  ~Machine() { fakes.end(); }
-
-  void run() {
-    controller.uninstall(nullptr);
-    const auto isOver = [this] { return fakes.calls.count("userInterface.terminate") > 0; };
-    EXPECT_TRUE(fakes.mainThread.pumpUntil(isOver));
-  }
-
-  /// Every file is what and where it was, or whole in the Trash: once, and nothing else.
-  void expectKept(const std::string& file, const std::string& name) {
-    Strings places;
-    for (const std::string& path : fakes.disk.tree()) {
-      if (fakes.disk.fileContents(path) == file) places.push_back(path);
-    }
-    ASSERT_THAT(places, SizeIs(1)) << file;
-    if (places[0] == file) return;
-    EXPECT_TRUE(places[0].starts_with(kTrashFiles + "/") || places[0].starts_with("/home/u/.Trash/")) << places[0];
-    EXPECT_NE(places[0].find(name), std::string::npos) << places[0];
-  }
-
-  void expectItemsKept(const std::vector<std::size_t>& items) {
-    for (const std::size_t index : items) {
-      const std::string name = kItems[index].substr(kItems[index].rfind('/') + 1);
-      expectKept(witness(index), name.substr(0, name.rfind('.')));
-    }
-  }
-
-  AppController controller;
-  FakePlatform fakes;
-  ScopedPlatform installed{fakes.platform};
-  SingletonReset<QMAuthorization> authorization;
-  SingletonReset<QMLog> log;
-};
-
-/// Runs a prepared uninstall once as it is and then once for each of its calls, which fails.
-template <class Prepare, class Check>
-void failEveryCallInTurn(std::size_t atLeast, const Prepare& prepare, const Check& check) {
-  std::size_t count = 0;
-  {
-    Machine machine;
-    prepare(machine);
-    machine.run();
-    count = machine.fakes.calls.callCount();
-  }
-  ASSERT_GE(count, atLeast);
-  for (std::size_t number = 1; number <= count; ++number) {
-    SCOPED_TRACE("call " + std::to_string(number));
-    Machine machine;
-    prepare(machine);
-    machine.fakes.calls.failCallNumber(number);
-    machine.run();
-    check(machine);
-    const Strings calls = machine.fakes.calls.everything();
-    EXPECT_EQ(calls.back(), "userInterface.terminate(sender)");
-    EXPECT_EQ(machine.fakes.calls.count("windowProgress.orderOut"), 1U);
-    EXPECT_EQ(machine.fakes.calls.count("userInterface.runAlertPanel(Uninstall complete, Items have been placed in "
-                                        "your Trash.)"),
-              1U);
-    EXPECT_EQ(machine.fakes.calls.count("userInterface.terminate"), 1U);
-    EXPECT_THAT(machine.fakes.interface.record.offMainThread(), IsEmpty());
-  }
-}
-
-TEST(UninstallUnderFailure, EndsInTheAlertAndLosesNothing) {
-  const std::vector<std::size_t> all = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
-  const auto prepare = [](Machine& machine) {
-    installProduct(machine.fakes.disk);
-    // Not the one in the maker's folder: a folder that cannot be listed counts as empty and goes.
-    for (std::size_t index = 1; index < kNeighbours.size(); ++index) {
-      machine.fakes.disk.addFile(kNeighbours[index], kNeighbours[index]);
-    }
-  };
-  failEveryCallInTurn(60, prepare, [&](Machine& machine) {
-    machine.expectItemsKept(all);
-    for (std::size_t index = 1; index < kNeighbours.size(); ++index) {
-      EXPECT_EQ(machine.fakes.disk.fileContents(kNeighbours[index]), kNeighbours[index]);
-    }
-  });
-}
-
-TEST(UninstallUnderFailure, LosesNothingWithAdministratorRights) {
-  const std::vector<std::size_t> differentNames = {1, 2, 3, 8, 9, 10, 11};
-  const auto prepare = [&](Machine& machine) {
-    for (const std::size_t index : differentNames) installItem(machine.fakes.disk, index);
-    machine.fakes.disk.addFolder("/home/u/.Trash");
-    machine.fakes.calls.failAlways("trash.recycle");
-  };
-  failEveryCallInTurn(60, prepare, [&](Machine& machine) { machine.expectItemsKept(differentNames); });
-}
-
-TEST(UninstallUnderFailure, EndsInTheAlertWithoutTheToolThatStopsTheProduct) {
-  const auto prepare = [](Machine& machine) {
-    machine.fakes.disk.remove("/usr/bin/killall");
-    machine.fakes.disk.addFile("/home/u/Library/Logs/Quillmark/Demo.1.log");
-    installItem(machine.fakes.disk, 1);
-  };
-  failEveryCallInTurn(20, prepare, [](Machine& machine) { machine.expectItemsKept({1}); });
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <csignal>
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <fstream>
 #include <thread>
 
@@ -215,8 +215,10 @@ TEST_F(RealTask, LeaksNoDescriptorInTwoHundredRuns) {
 TEST_F(RealTask, RunsManyToolsFromManyThreads) {
   fakes.mainThread.serveOnOwnThread();
   std::atomic<int> right = 0;
+  constexpr int kThreads = 8;
   std::vector<std::thread> threads;
-  for (int index = 0; index < 8; ++index) {
+  threads.reserve(kThreads);
+  for (int index = 0; index < kThreads; ++index) {
     threads.emplace_back([&right, index] {
       for (int run = 0; run < 10; ++run) {
         const int status = index * 10 + run;

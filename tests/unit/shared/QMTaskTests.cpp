@@ -12,10 +12,8 @@ namespace {
 
 using foundation::StringEncoding;
 using platform::TaskStream;
-using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 using Arguments = QMTask::Arguments;
 using TaskPointer = std::shared_ptr<QMTask::Task>;
