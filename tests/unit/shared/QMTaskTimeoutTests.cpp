@@ -244,11 +244,12 @@ TEST_F(TaskTimeout, IsEmptyAfterEveryKindOfEnd) {
   EXPECT_EQ(runner->theTask(), nullptr);
 }
 
-TEST_F(TaskTimeout, EmptiesTheSlotBeforeTheToolIsLookedAt) {
+TEST_F(TaskTimeout, EmptiesTheSlotAfterTheTimerIsStartedAndBeforeTheToolIsLookedAt) {
   const auto runner = QMTask::make();
   const auto old = fakes.tasks.makeTask();
   runner->setTheTask(old);
   bool isEmpty = false;
+  fakes.calls.before("threads.detachNewThread", 1, [&] { EXPECT_EQ(runner->theTask(), old); });
   fakes.calls.before("fileSystem.isExecutableFile", 1, [&] { isEmpty = runner->theTask() == nullptr; });
   runner->runOnInstance("/no", kNone, TimeoutInterval(1));
   EXPECT_TRUE(isEmpty);
