@@ -1,7 +1,7 @@
 #include "Platform/linux/privileges/AuthenticationAgents.h"
 
-#include <string.h>
 #include <unistd.h>
+#include <cstring>
 
 #include <cerrno>
 #include <cstdint>
@@ -62,7 +62,9 @@ bool saysReady(int fd) {
 
 bool CredentialsAgent::start(const std::string& program, const std::string& user, const std::string& password) {
   if (user.size() > kLongest || password.size() > kLongest) return false;
-  UniqueFd inputReading, outputReading, outputWriting;
+  UniqueFd inputReading;
+  UniqueFd outputReading;
+  UniqueFd outputWriting;
   if (!makePipe(inputReading, input_) || !makePipe(outputReading, outputWriting)) return false;
   const std::vector<std::string> arguments = {std::to_string(::getpid()), ownStartTime()};
   if (child_.start(program, arguments, {.input = inputReading.get(), .output = outputWriting.get()}) != 0) return false;
@@ -72,7 +74,8 @@ bool CredentialsAgent::start(const std::string& program, const std::string& user
 
 // The agent closes its standard output when it is ready; it talks to the terminal itself.
 bool TerminalAgent::start(const std::string& program) {
-  UniqueFd reading, writing;
+  UniqueFd reading;
+  UniqueFd writing;
   if (!makePipe(reading, writing)) return false;
   const std::string process = std::to_string(::getpid()) + "," + ownStartTime();
   if (child_.start(program, {"--process", process, "--notify-fd", "1"}, {.output = writing.get()}) != 0) {

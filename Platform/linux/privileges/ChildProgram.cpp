@@ -2,9 +2,9 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <array>
 #include <cerrno>
@@ -73,6 +73,7 @@ class Attributes {
 
 std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
   std::vector<char*> vector = {const_cast<char*>(path.c_str())};
+  vector.reserve(arguments.size() + 2);
   for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
   vector.push_back(nullptr);
   return vector;

@@ -69,9 +69,9 @@ class PkexecRun {
     if (::access(programs.helper.c_str(), X_OK) != 0) return unavailable(programs.helper, errno);
     if (const int error = start(programs); error != 0) return unavailable(programs.pkexec, error);
     if (!waitForHello()) return explain(pkexec_.wait(), errors_);
-    return {platform::errAuthorizationSuccess,
-            {},
-            std::make_unique<HelperConnection>(std::move(socket_), std::move(pkexec_), console)};
+    HelperOpening opening{platform::errAuthorizationSuccess, {}, nullptr};
+    opening.connection = std::make_unique<HelperConnection>(std::move(socket_), std::move(pkexec_), console);
+    return opening;
   }
 
  private:
@@ -81,7 +81,8 @@ class PkexecRun {
 
   // The helper's end is its standard input: pkexec closes everything but the standard streams.
   int start(const PrivilegePrograms& programs) {
-    UniqueFd helpers, errorsWriting;
+    UniqueFd helpers;
+    UniqueFd errorsWriting;
     if (!makeSocketPair(socket_, helpers) || !makePipe(errorsReading_, errorsWriting)) return errno;
     return pkexec_.start(programs.pkexec, {"--disable-internal-agent", programs.helper},
                          {.input = helpers.get(), .output = -1, .errors = errorsWriting.get()});

@@ -65,7 +65,7 @@ AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*envi
                                                 AuthorizationRef* session) {
   const std::scoped_lock lock(mutex_);
   // Never the same twice: what was freed stays unknown.
-  *session = reinterpret_cast<AuthorizationRef>(++lastSession_);
+  *session = reinterpret_cast<AuthorizationRef>(++lastSession_);  // NOLINT(performance-no-int-to-ptr)
   sessions_[*session] = nullptr;
   return errAuthorizationSuccess;
 }

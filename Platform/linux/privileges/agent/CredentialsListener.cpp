@@ -1,9 +1,9 @@
 #include "Platform/linux/privileges/agent/CredentialsListener.h"
 
 #include <pwd.h>
-#include <string.h>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <cstring>
 
 #include <cerrno>
 #include <cstdint>

@@ -3,10 +3,10 @@
 // standard input is closed.
 
 #include <glib-unix.h>
-#include <stdlib.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
+#include <cstdlib>
 
 #include <csignal>
 #include <string_view>
@@ -66,7 +66,7 @@ bool serve(Credentials& credentials, PolkitSubject* process) {
 int main(int count, char** arguments) {
   if (count != 3 || !protectMemory()) return kMisused;
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  ::signal(SIGPIPE, SIG_IGN);
+  static_cast<void>(::signal(SIGPIPE, SIG_IGN));
   Credentials credentials;
   if (!credentials.read(STDIN_FILENO)) return kMisused;
   const int process = static_cast<int>(::strtol(arguments[1], nullptr, 10));

@@ -1,13 +1,13 @@
 #include "Platform/linux/privileges/helper/CleanProcess.h"
 
-#include <signal.h>
-#include <stdlib.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
+#include <csignal>
+#include <cstdlib>
 
 #include <array>
 #include <cerrno>

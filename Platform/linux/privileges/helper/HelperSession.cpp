@@ -98,7 +98,8 @@ void HelperSession::start(const Launch& launch) {
 std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
   Run run;
   run.number = launch.number;
-  UniqueFd messagesWriting, outputWriting;
+  UniqueFd messagesWriting;
+  UniqueFd outputWriting;
   if (!makePipe(run.messages, messagesWriting) || !makePipe(run.output, outputWriting)) return std::nullopt;
   run.process = ::fork();
   if (run.process < 0) return std::nullopt;

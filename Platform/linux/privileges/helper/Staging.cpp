@@ -69,7 +69,7 @@ int Staging::publish(const std::string& name) const { return renameIn(folder(), 
 
 std::string Staging::publishUnderFreeName(const std::string& name) const {
   for (int number = 2; number < kMostNames; ++number) {
-    const std::string free = name + " " + std::to_string(number);
+    std::string free = name + " " + std::to_string(number);
     if (renameIn(folder(), name, above_, free, kDoNotReplace) == 0) return free;
   }
   return {};

@@ -29,6 +29,7 @@ bool makePipe(UniqueFd& reading, UniqueFd& writing) {
 
 std::vector<char*> argumentVector(const std::vector<std::string>& arguments) {
   std::vector<char*> vector;
+  vector.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
   vector.push_back(nullptr);
   return vector;
@@ -99,7 +100,10 @@ bool drain(const UniqueFd& pipe, std::string& text) {
 }  // namespace
 
 int startTool(const PreparedTool& tool, const UniqueFd& output, ToolProcess* started) {
-  UniqueFd errorsReading, errorsWriting, reportReading, reportWriting;
+  UniqueFd errorsReading;
+  UniqueFd errorsWriting;
+  UniqueFd reportReading;
+  UniqueFd reportWriting;
   if (!makePipe(errorsReading, errorsWriting) || !makePipe(reportReading, reportWriting)) return errno;
   const pid_t child = ::fork();
   if (child == 0) childMain(tool, output.get(), errorsWriting.get(), reportWriting.get());

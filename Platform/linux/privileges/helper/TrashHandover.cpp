@@ -3,8 +3,8 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
+#include <ctime>
 
 #include <cerrno>
 #include <string_view>
@@ -48,7 +48,7 @@ std::string dateNow() {
   tm local{};
   char text[32] = {};
   if (::localtime_r(&now, &local) == nullptr) return "1970-01-01T00:00:00";
-  ::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+  static_cast<void>(::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local));
   return text;
 }
 

@@ -2,8 +2,8 @@
 // connection to the application as standard input and a pipe for pkexec's own messages as standard error.
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
+#include <cstdlib>
 
 #include <cerrno>
 #include <optional>
