@@ -21,6 +21,7 @@ void runLaunch(const Launch& launch, uid_t person, posix::UniqueFd output,
   std::string errors;
   exited.waitStatus = waitForTool(process, &errors);
   if (tool->publication) exited.note = tool->publication->finish();
+  tool->publication.reset();  // with its staging folder
   exited.note += tool->inAskedPaths(errors);
   report(exited);
   output.reset();
