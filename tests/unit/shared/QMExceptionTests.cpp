@@ -15,7 +15,6 @@ namespace {
 
 using foundation::Exception;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // MARK: - What must not compile
 

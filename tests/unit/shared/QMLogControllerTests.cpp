@@ -19,7 +19,6 @@ using platform::PropertyListValue;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::Values;
 
