@@ -20,7 +20,7 @@ using platform::PropertyListValue;
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
-constexpr std::size_t kLimit = 1024 * 1024;
+constexpr std::size_t kLimit = 1024UL * 1024;
 
 std::string xml(const std::string& body) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -182,14 +182,14 @@ TEST_F(PropertyLists, RefuseABinaryThatContainsItself) {
 TEST_F(PropertyLists, RefuseABinaryThatUnfoldsWithoutEnd) {
   std::vector<std::string> objects{binaryDict(1, 2), "\x51k"};
   for (std::size_t i = 2; i < 40; ++i) objects.push_back("\xa2" + reference(i + 1) + reference(i + 1));
-  objects.push_back("\x09");
+  objects.emplace_back("\x09");
   EXPECT_EQ(parse(binary(objects)), std::nullopt);
 }
 
 TEST_F(PropertyLists, RefuseABinaryThatIsNestedTooDeeply) {
   std::vector<std::string> objects{binaryDict(1, 2), "\x51k"};
   for (std::size_t i = 2; i < 30000; ++i) objects.push_back("\xa1" + reference(i + 1));
-  objects.push_back("\x09");
+  objects.emplace_back("\x09");
   EXPECT_EQ(parse(binary(objects)), std::nullopt);
 }
 
