@@ -288,8 +288,19 @@ void Publication::handOverTo(uid_t person, std::string origin) {
   trash_ = TrashHandover::into(folder(), person);
 }
 
+// Something has taken the name while the tool worked: it stays, with its description.
+std::string Publication::publishBeside() const {
+  const int folders = trash_->giveFolders(stagingFolder(), name_);
+  const std::string free = staging_->publishUnderFreeName(name_);
+  const int described = free.empty() ? EEXIST : trash_->describe(free, origin_);
+  const std::string where = free.empty() ? shownPath(stagingFolder()) : free;
+  const std::string note = "\"" + name_ + "\" is taken; it is now: " + where;
+  return folders == 0 && described == 0 ? note : note + ", which the desktop may not be able to put back";
+}
+
 std::string Publication::finish() const {
   if (!statusIn(stagingFolder(), name_.c_str())) return {};
+  if (trash_ && statusIn(folder(), name_.c_str())) return publishBeside();
   std::string note = trash_ ? handOver() : std::string();
   const int error = staging_->publish(name_);
   if (error == 0) return note;

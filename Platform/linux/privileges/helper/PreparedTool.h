@@ -38,6 +38,7 @@ class Publication {
 
  private:
   std::string handOver() const;
+  std::string publishBeside() const;
 
   posix::UniqueFd folder_;
   std::string name_;
