@@ -43,6 +43,9 @@ class FileSystem {
   virtual bool isDirectory(const std::string& path) const = 0;
   /// The path leads to a regular file that the process may execute. Links are followed.
   virtual bool isExecutableFile(const std::string& path) const = 0;
+  /// The path leads to an item that the process may write (into a folder: may change its entries).
+  /// Links are followed.
+  virtual bool isWritableFile(const std::string& path) const = 0;
   /// The names in a folder, one level, hidden ones included, "." and ".." never, in the system's
   /// order. Nil when the folder cannot be listed. A link to a folder is followed.
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
@@ -64,6 +67,9 @@ class FileSystem {
   /// Removes a file, a link (never its target) or a whole tree. Does not cross into another
   /// mounted file system. Stops at the first failure and answers it.
   virtual Status removeItem(const std::string& path) = 0;
+
+  /// Sets the creation date of an item, of a link itself. ENOTSUP where the system lets nobody do that.
+  virtual Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) = 0;
 
   /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link
   /// at the path is replaced, not written through. The folder must exist.

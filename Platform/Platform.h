@@ -5,7 +5,10 @@ namespace qm::platform {
 class AuthorizationServices;
 class Clock;
 class Console;
+class DesktopShell;
+class FileReferences;
 class FileSystem;
+class FinderInformation;
 class ItemLocks;
 class MainThread;
 class Packages;
@@ -24,7 +27,10 @@ struct Platform {
   AuthorizationServices* authorizationServices = nullptr;
   Clock* clock = nullptr;
   Console* console = nullptr;
+  DesktopShell* desktopShell = nullptr;
+  FileReferences* fileReferences = nullptr;
   FileSystem* fileSystem = nullptr;
+  FinderInformation* finderInformation = nullptr;
   ItemLocks* itemLocks = nullptr;
   MainThread* mainThread = nullptr;
   Packages* packages = nullptr;

@@ -7,8 +7,18 @@
 #include <string>
 #include <vector>
 
+#include "Platform/FileReferences.h"
+#include "Platform/foundation/Color.h"
+
+/// A reference to an item that outlives its renaming, and a status of the desktop: 0 is success.
+using FSRef = qm::platform::FileReference;
+using OSStatus = std::int32_t;
+
 /// Whether a plain attempt that failed is repeated with administrator rights.
 enum class ShouldAuth : bool { No, Yes };
+
+/// Whether the creation date is set along with the others.
+enum class SetCreationDate : bool { No, Yes };
 
 /// File operations that fall back to administrator rights, their variants that wait for the result to
 /// show on disk, and walks over folder trees.
@@ -135,6 +145,36 @@ class QMFileManager {
   static std::optional<std::string> decodeWildcardPath(const std::string& pattern,
                                                        const std::optional<std::string>& basePath);
 
+  /// `finderColorIndexForPath:`. All of the item's Finder flags, of which the label is 0x000E (0 for none); 0 on
+  /// any failure. The item itself: a link is not followed.
+  static unsigned finderColorIndexForPath(const std::string& path);
+  /// `finderColorForPath:`. The colour of the item's label; nil when it has none, or has any other Finder
+  /// flag above 1.
+  static std::optional<qm::foundation::Color> finderColorForPath(const std::string& path);
+  /// `setFinderColorIndex:forPath:`. Sets the label, in its place in the Finder flags (2, 4 .. 14; other bits are
+  /// left out), and keeps the other flags. Failures are ignored.
+  static void setFinderColorIndex(unsigned index, const std::string& path);
+
+  /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch, never making one. True at
+  /// once for an item that the user may write, whatever came of it; for any other, also a missing one,
+  /// administrator rights are asked for, and the answer is whether the tool was started. Whether the
+  /// system lets the creation date be set does not count. False for nil.
+  static bool touchFile(const std::optional<std::string>& path, SetCreationDate setCreationDate);
+  /// `touchFile:`. Without the creation date.
+  static bool touchFile(const std::optional<std::string>& path);
+
+  /// `stringToFSRef:`. A reference to the item at a path, to a link itself; unfilled when there is none.
+  static FSRef stringToFSRef(const std::string& path);
+  /// `stringWithFSRef:`. Where the item is now; nil when it is gone, and for an unfilled reference or none.
+  static std::optional<std::string> stringWithFSRef(const FSRef* reference);
+
+  /// `registerApplicationWithLaunchServices:`. Makes an application bundle known to the desktop, again when it
+  /// already is. False when the desktop refused it.
+  static bool registerApplicationWithLaunchServices(const std::string& path);
+  /// `notifyFileSystemChanged:`. Tells the desktop that an item, usually a folder, has changed. Whether it
+  /// hears that is not looked at.
+  static void notifyFileSystemChanged(const std::string& path);
+
   /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
   /// of 1024 up to gigabytes.
   static std::string formatFileSize(double size);
@@ -192,4 +232,16 @@ class QMFileManager {
   static std::optional<std::string> decodeWildcardPath(std::nullptr_t, const Rest&...) = delete;
   static std::optional<std::string> decodeWildcardPath(const std::string&, std::nullptr_t) = delete;
   static std::string validateFilename(std::nullptr_t) = delete;
+  static unsigned finderColorIndexForPath(std::nullptr_t) = delete;
+  static std::optional<qm::foundation::Color> finderColorForPath(std::nullptr_t) = delete;
+  static void setFinderColorIndex(unsigned, std::nullptr_t) = delete;
+  template <class... Rest>
+  static bool touchFile(std::nullptr_t, const Rest&...) = delete;
+  static FSRef stringToFSRef(std::nullptr_t) = delete;
+  static bool registerApplicationWithLaunchServices(std::nullptr_t) = delete;
+  static void notifyFileSystemChanged(std::nullptr_t) = delete;
 };
+
+/// `SendFinderSyncEvent`. Tells the desktop that an item has changed: 0 when the notice was sent, else what was in
+/// the way of naming the item or of sending. Nobody's answer is waited for.
+OSStatus SendFinderSyncEvent(const FSRef* reference);

@@ -65,6 +65,10 @@ std::string_view actionText(FileOperation operation) {
       return "locked";
     case FileOperation::Unlock:
       return "unlocked";
+    case FileOperation::Date:
+      return "dated";
+    case FileOperation::Label:
+      return "labelled";
   }
   return {};
 }

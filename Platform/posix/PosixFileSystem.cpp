@@ -61,6 +61,10 @@ bool PosixFileSystem::isExecutableFile(const std::string& path) const {
   return kindBehind(path) == S_IFREG && ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
 }
 
+bool PosixFileSystem::isWritableFile(const std::string& path) const {
+  return pathError(path) == 0 && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 std::optional<std::vector<std::string>> PosixFileSystem::contentsOfDirectory(const std::string& path) const {
   if (pathError(path) != 0) return std::nullopt;
   UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
@@ -101,6 +105,11 @@ Status PosixFileSystem::createDirectory(const std::string& path) {
 
 Status PosixFileSystem::removeItem(const std::string& path) {
   return statusOf(FileOperation::Remove, removeAt(path), path);
+}
+
+Status PosixFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
+  const int error = pathError(path);
+  return statusOf(FileOperation::Date, error != 0 ? error : setCreationTime(withoutTrailingSlashes(path), date), path);
 }
 
 Status PosixFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -49,6 +50,9 @@ int copyExtendedAttributes(int fromFolder, const std::string& from, int toFolder
 
 /// Takes away the access lists that a new item got from its folder.
 void dropInheritedAccess(int item);
+
+/// Sets when the item was made. ENOTSUP where the system keeps that date to itself.
+int setCreationTime(const std::string& path, std::chrono::system_clock::time_point date);
 
 timespec accessTime(const struct stat& attributes);
 timespec modificationTime(const struct stat& attributes);

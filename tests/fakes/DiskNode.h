@@ -30,6 +30,8 @@ struct DiskNode : std::enable_shared_from_this<DiskNode> {
   DiskNode* folder = nullptr;          ///< the one that holds it; null for the root and for what was removed
   std::shared_ptr<VolumeKind> volume;  ///< of a mount point
   std::chrono::system_clock::time_point modificationDate;
+  std::optional<std::chrono::system_clock::time_point> creationDate;  ///< nil: never set by anybody
+  std::uint16_t finderFlags = 0;
   unsigned owner = 0;
   bool readable = true;
   bool writable = true;

@@ -158,6 +158,11 @@ void FakeDisk::setSuperuser(bool superuser) {
   superuser_ = superuser;
 }
 
+void FakeDisk::setKeepsCreationDates(bool keeps) {
+  const Lock lock(mutex_);
+  keepsCreationDates_ = keeps;
+}
+
 void FakeDisk::setUser(unsigned number) {
   const Lock lock(mutex_);
   user_ = number;

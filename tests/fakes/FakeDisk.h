@@ -56,6 +56,13 @@ class FakeDisk {
     node(path).modificationDate = date;
   }
 
+  void setFinderFlags(const std::string& path, std::uint16_t flags) { node(path).finderFlags = flags; }
+  /// The system lets creation dates be set, as the Mac does; at first it does not.
+  void setKeepsCreationDates(bool keeps);
+  std::optional<std::chrono::system_clock::time_point> creationDate(const std::string& path) {
+    return node(path).creationDate;
+  }
+
   /// Makes the user one for whom rights do not count.
   void setSuperuser(bool superuser);
   /// The number that new items get as their owner.
@@ -82,6 +89,7 @@ class FakeDisk {
   bool exists(const std::string& path, Access access = Access::User);
   bool isDirectory(const std::string& path, Access access = Access::User);
   bool isExecutableFile(const std::string& path);
+  bool isWritable(const std::string& path);
   std::optional<std::vector<std::string>> list(const std::string& path, Access access = Access::User);
   std::optional<platform::ItemAttributes> attributes(const std::string& path);
   std::optional<std::string> target(const std::string& path);
@@ -96,12 +104,20 @@ class FakeDisk {
   int writeFile(const std::string& path, std::string_view contents, Access access = Access::User);
   int setImmutable(const std::string& path, bool immutable);
   std::optional<bool> isImmutable(const std::string& path);
+  /// Fails with ENOTSUP unless dates can be set (`setKeepsCreationDates`).
+  int setCreationDate(const std::string& path, std::chrono::system_clock::time_point date);
   /// Sets the time of an item to now.
   int touch(const std::string& path);
 
   /// An open file, which stays when its name goes.
   std::shared_ptr<DiskNode> open(const std::string& path);
   std::size_t length(const DiskNode& file);
+  /// The item itself, a link not followed; null when nothing is there.
+  std::shared_ptr<DiskNode> item(const std::string& path);
+  /// Where an item is now; nil when it was removed.
+  std::optional<std::string> pathOf(const DiskNode& item);
+  std::optional<std::uint16_t> finderFlags(const DiskNode& item);
+  int setFinderFlags(DiskNode& item, std::uint16_t flags);
   /// Writes into an open file, as much as the volume holds.
   int write(DiskNode& file, std::size_t position, std::string_view data);
 
@@ -124,6 +140,7 @@ class FakeDisk {
   void arrange(const std::string& path, const std::shared_ptr<DiskNode>& item);
   void changed(DiskNode& folder);
   int folderError(DiskNode& folder, Access access) const;
+  int changeError(DiskNode& item) const;
   int removalError(const DiskNode& item, Access access) const;
   int copyError(const DiskNode& item, Access access) const;
   int put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access);
@@ -136,6 +153,7 @@ class FakeDisk {
   std::recursive_mutex mutex_;
   std::shared_ptr<DiskNode> root_;
   bool superuser_ = false;
+  bool keepsCreationDates_ = false;
   unsigned user_ = 501;
   std::vector<Planned> planned_;
 };

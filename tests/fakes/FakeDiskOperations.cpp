@@ -27,6 +27,12 @@ bool FakeDisk::isExecutableFile(const std::string& path) {
   return place.item && place.item->isFile() && place.item->executable;
 }
 
+bool FakeDisk::isWritable(const std::string& path) {
+  const Lock lock = settled();
+  const Place place = find(path, Follow::Yes, Access::User);
+  return place.item && changeError(*place.item) == 0;
+}
+
 std::optional<std::vector<std::string>> FakeDisk::list(const std::string& path, Access access) {
   const Lock lock = settled();
   const Place place = find(path, Follow::Yes, access);
@@ -59,6 +65,9 @@ std::string FakeDisk::mountPointOf(const std::string& path) {
 }
 
 // What stands in the way of a change.
+
+/// Of the item itself, by the user.
+int FakeDisk::changeError(DiskNode& item) const { return folderError(item, Access::User); }
 
 int FakeDisk::folderError(DiskNode& folder, Access access) const {
   if (folder.kind().readOnly) return EROFS;
@@ -210,6 +219,16 @@ std::optional<bool> FakeDisk::isImmutable(const std::string& path) {
   const Place place = find(path, Follow::No, Access::User);
   if (!place.item) return std::nullopt;
   return place.item->immutable;
+}
+
+int FakeDisk::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
+  const Lock lock = settled();
+  const Place place = find(path, Follow::No, Access::User);
+  if (!place.item) return place.error;
+  if (!keepsCreationDates_) return ENOTSUP;
+  if (const int error = changeError(*place.item); error != 0) return error;
+  place.item->creationDate = date;
+  return 0;
 }
 
 int FakeDisk::touch(const std::string& path) {

@@ -47,6 +47,10 @@ bool FakeFileSystem::isExecutableFile(const std::string& path) const {
   return !calls_.question("fileSystem.isExecutableFile", path) && disk_.isExecutableFile(path);
 }
 
+bool FakeFileSystem::isWritableFile(const std::string& path) const {
+  return !calls_.question("fileSystem.isWritableFile", path) && disk_.isWritable(path);
+}
+
 std::optional<std::vector<std::string>> FakeFileSystem::contentsOfDirectory(const std::string& path) const {
   if (calls_.question("fileSystem.contentsOfDirectory", path)) return std::nullopt;
   return disk_.list(path);
@@ -80,6 +84,11 @@ Status FakeFileSystem::createDirectory(const std::string& path) {
 Status FakeFileSystem::removeItem(const std::string& path) {
   if (calls_.command("fileSystem.removeItem", path)) return calls_.failure();
   return statusOf(disk_.removeTree(path));
+}
+
+Status FakeFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
+  if (calls_.command("fileSystem.setCreationDate", path)) return calls_.failure();
+  return statusOf(disk_.setCreationDate(path, date));
 }
 
 Status FakeFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {

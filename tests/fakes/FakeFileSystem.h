@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ class FakeFileSystem : public platform::FileSystem {
   bool fileExists(const std::string& path) const override;
   bool isDirectory(const std::string& path) const override;
   bool isExecutableFile(const std::string& path) const override;
+  bool isWritableFile(const std::string& path) const override;
   std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
   std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
@@ -29,6 +31,7 @@ class FakeFileSystem : public platform::FileSystem {
   platform::Status copyItem(const std::string& source, const std::string& destination) override;
   platform::Status createDirectory(const std::string& path) override;
   platform::Status removeItem(const std::string& path) override;
+  platform::Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) override;
   platform::Status writeFileAtomically(const std::string& path, std::string_view contents) override;
   std::shared_ptr<platform::FileHandle> openForWriting(const std::string& path) override;
 

@@ -14,7 +14,10 @@ FakePlatform::FakePlatform() {
   platform.authorizationServices = &authorizationServices;
   platform.clock = &clock;
   platform.console = &console;
+  platform.desktopShell = &desktopShell;
+  platform.fileReferences = &fileReferences;
   platform.fileSystem = &fileSystem;
+  platform.finderInformation = &finderInformation;
   platform.itemLocks = &itemLocks;
   platform.mainThread = &mainThread;
   platform.packages = &packages;

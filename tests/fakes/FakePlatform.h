@@ -9,8 +9,11 @@
 #include "tests/fakes/FakeAuthorizationServices.h"
 #include "tests/fakes/FakeClock.h"
 #include "tests/fakes/FakeConsole.h"
+#include "tests/fakes/FakeDesktopShell.h"
 #include "tests/fakes/FakeDisk.h"
+#include "tests/fakes/FakeFileReferences.h"
 #include "tests/fakes/FakeFileSystem.h"
+#include "tests/fakes/FakeFinderInformation.h"
 #include "tests/fakes/FakeItemLocks.h"
 #include "tests/fakes/FakeMainThread.h"
 #include "tests/fakes/FakePackages.h"
@@ -68,6 +71,9 @@ struct FakePlatform {
   FakeMainThread mainThread{calls, clock};
   FakeThreads threads{calls};
   FakeFileSystem fileSystem{calls, disk};
+  FakeFileReferences fileReferences{calls, disk};
+  FakeFinderInformation finderInformation{calls, disk};
+  FakeDesktopShell desktopShell{calls, disk};
   FakeItemLocks itemLocks{calls, disk};
   FakePackages packages{calls, disk};
   FakeTrash trash{calls, disk, clock, users};

@@ -1,5 +1,7 @@
 #include "tests/fakes/FileCommands.h"
 
+#include <algorithm>
+
 #include "Platform/foundation/PathComponents.h"
 
 namespace qm::testing {
@@ -44,9 +46,11 @@ void makeFolderCommand(FakeDisk& disk, const Words& arguments) {
   for (const std::string& path : operands(arguments)) (void)disk.makeFolders(path, Access::Administrator);
 }
 
+/// With "-c" a missing file stays missing.
 void touchCommand(FakeDisk& disk, const Words& arguments) {
+  const bool makes = std::find(arguments.begin(), arguments.end(), "-c") == arguments.end();
   for (const std::string& path : operands(arguments)) {
-    if (disk.touch(path) != 0) (void)disk.writeFile(path, "", Access::Administrator);
+    if (disk.touch(path) != 0 && makes) (void)disk.writeFile(path, "", Access::Administrator);
   }
 }
 

@@ -41,6 +41,12 @@ ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
   return ::copy_file_range(from, &fromOffset, to, &toOffset, count, 0);
 }
 
+/// The kernel has no call that sets a birth time, on whatever file system.
+int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
+  struct stat attributes {};
+  return ::lstat(path.c_str(), &attributes) != 0 ? errno : ENOTSUP;
+}
+
 timespec accessTime(const struct stat& attributes) { return attributes.st_atim; }
 timespec modificationTime(const struct stat& attributes) { return attributes.st_mtim; }
 

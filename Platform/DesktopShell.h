@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "Platform/FileReferences.h"
+
+namespace qm::platform {
+
+/// The status numbers of the desktop's services; any other value passes through unchanged.
+using OSStatus = std::int32_t;
+inline constexpr OSStatus noErr = 0;
+inline constexpr OSStatus fnfErr = -43;            ///< there is no such item
+inline constexpr OSStatus procNotFound = -600;     ///< no desktop that listens
+inline constexpr OSStatus kLSUnknownErr = -10810;  ///< the application could not be registered
+inline constexpr OSStatus kLSNotAnApplicationErr = -10811;
+
+/// What an update notice names its item by. Disposed of with its owner.
+class Alias {
+ public:
+  Alias() = default;
+  Alias(const Alias&) = delete;
+  Alias& operator=(const Alias&) = delete;
+  virtual ~Alias() = default;
+};
+
+/// The program that shows files and starts applications. Any thread. Nothing here waits for the desktop
+/// longer than a few seconds.
+class DesktopShell {
+ public:
+  virtual ~DesktopShell() = default;
+
+  /// Makes a minimal alias of an item. `alias` is set on success only.
+  virtual OSStatus newMinimalAlias(const FileReference& reference, std::unique_ptr<Alias>* alias) = 0;
+  /// Tells the shell that an item, usually a folder, has changed, and does not wait for an answer.
+  virtual OSStatus sendUpdateEvent(const Alias& alias) = 0;
+
+  /// Makes an application bundle known, so that it is offered to the user. A bundle that is already
+  /// known is registered anew.
+  virtual OSStatus registerApplication(const std::string& path) = 0;
+};
+
+}  // namespace qm::platform

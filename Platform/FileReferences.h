@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace qm::platform {
+
+/// What a filled reference holds; each system has its own kind.
+class ReferencedItem {
+ public:
+  ReferencedItem() = default;
+  ReferencedItem(const ReferencedItem&) = delete;
+  ReferencedItem& operator=(const ReferencedItem&) = delete;
+  virtual ~ReferencedItem() = default;
+};
+
+/// A stable reference to an item: it keeps meaning that item when the item is renamed or moved within its
+/// volume. A value; copies share what they hold. An unfilled one means nothing.
+class FileReference {
+ public:
+  FileReference() = default;
+  explicit FileReference(std::shared_ptr<const ReferencedItem> item) : item_(std::move(item)) {}
+
+  bool isFilled() const { return item_ != nullptr; }
+  const ReferencedItem* item() const { return item_.get(); }
+
+ private:
+  std::shared_ptr<const ReferencedItem> item_;
+};
+
+/// Making references to items and asking them where these are. Any thread.
+class FileReferences {
+ public:
+  virtual ~FileReferences() = default;
+
+  /// A reference to the item at an absolute path, to a symbolic link itself; unfilled when nothing is
+  /// there.
+  virtual FileReference make(const std::string& path) const = 0;
+  /// Where the item is now. Nil for an unfilled reference, and when the item is gone or not to be found.
+  virtual std::optional<std::string> path(const FileReference& reference) const = 0;
+};
+
+}  // namespace qm::platform
