@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <fstream>
-#include <iterator>
 #include <string_view>
+
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
 namespace {
@@ -44,12 +46,31 @@ bool startsEscape(std::string_view text) {
 // The table writes white space and backslashes as three octal digits.
 std::string unescaped(std::string_view text) {
   std::string result;
+  result.reserve(text.size());
   while (!text.empty()) {
     const bool escape = startsEscape(text);
     result += escape ? static_cast<char>((text[1] - '0') * 64 + (text[2] - '0') * 8 + (text[3] - '0')) : text[0];
     text.remove_prefix(escape ? 4 : 1);
   }
   return result;
+}
+
+// A table of a few dozen mounts fits at once.
+constexpr std::size_t kUsualTable = 16'384;
+
+// Each item that is moved reads the table anew, so it is read without a stream's detours.
+std::string readTable() {
+  std::string text(kUsualTable, '\0');
+  std::size_t length = 0;
+  const posix::UniqueFd table(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+  while (table) {
+    const ssize_t count = ::read(table.get(), text.data() + length, text.size() - length);
+    if (count <= 0) break;
+    length += static_cast<std::size_t>(count);
+    if (length == text.size()) text.resize(2 * length);
+  }
+  text.resize(length);
+  return text;
 }
 
 bool isAtOrBelow(std::string_view path, std::string_view folder) {
@@ -70,10 +91,7 @@ std::optional<Place> placeOf(int folder, const char* name) {
                found.stx_mode};
 }
 
-MountTable::MountTable() {
-  std::ifstream table("/proc/self/mountinfo", std::ios::binary);
-  text_.assign(std::istreambuf_iterator<char>(table), {});
-}
+MountTable::MountTable() : text_(readTable()) {}
 
 std::optional<std::string> MountTable::mountPoint(std::uint64_t mount) const {
   for (std::string_view rest = text_; !rest.empty();) {
@@ -85,7 +103,9 @@ std::optional<std::string> MountTable::mountPoint(std::uint64_t mount) const {
 
 bool MountTable::hasMountBelow(const std::string& path) const {
   for (std::string_view rest = text_; !rest.empty();) {
-    if (isAtOrBelow(unescaped(parse(takeUntil(rest, '\n')).point), path)) return true;
+    const std::string_view point = parse(takeUntil(rest, '\n')).point;
+    const bool plain = point.find('\\') == std::string_view::npos;
+    if (plain ? isAtOrBelow(point, path) : isAtOrBelow(unescaped(point), path)) return true;
   }
   return false;
 }

@@ -29,6 +29,8 @@ std::optional<Place> placeOf(int folder, const char* name = "");
 class MountTable {
  public:
   MountTable();
+  /// Whether the system shows the table at all; nothing is known of mounts otherwise.
+  explicit operator bool() const { return !text_.empty(); }
   /// Where a mount is attached; nil when it is not in the process's view.
   std::optional<std::string> mountPoint(std::uint64_t mount) const;
   /// Something is mounted at or below a path.

@@ -96,13 +96,16 @@ class Move {
       if (found) item_ = *found;
       return found ? 0 : errno;
     });
-    if (error != 0) return itemProblem(error);
-    return holdsMount() ? std::optional(itemProblem(EBUSY)) : std::nullopt;
+    return error != 0 ? std::optional(itemProblem(error)) : mountedVolume();
   }
 
   // The contents of a volume are not the item's own, and the system would let them go along.
-  bool holdsMount() const {
-    return item_.mount != source_.place.mount || (isFolder(item_) && MountTable().hasMountBelow(path_));
+  std::optional<TrashProblem> mountedVolume() const {
+    if (item_.mount != source_.place.mount) return itemProblem(EBUSY);
+    if (!isFolder(item_)) return std::nullopt;
+    const MountTable mounts;
+    if (!mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
+    return mounts.hasMountBelow(path_) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
   }
 
   std::string_view recordedPath() const {

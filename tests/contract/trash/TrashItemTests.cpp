@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
@@ -189,6 +190,19 @@ TEST(TrashItems, StayWhenAVolumeIsMountedInThem) {
     expectRefusal(world, "/home/u", "holder", EBUSY, "a volume is mounted there");
     EXPECT_EQ(world.contentsOf("/home/u/holder/inner volume/a"), "a");
     EXPECT_TRUE(world.recycle("/home/u", "holder 2"));
+  });
+}
+
+TEST(TrashItems, StayWhenTheMountedVolumesCannotBeSeen) {
+  World::play([](World& world) {
+    world.makeFile("/home/u/file", "a");
+    world.makeFolder("/home/u/holder");
+    ASSERT_TRUE(world.recycle("/home/u", "file"));  // the Trash is known from here on
+    ASSERT_EQ(::mount("", "/proc", "tmpfs", 0, nullptr), 0) << errno;
+    const platform::Status status = world.recycle("/home/u", "holder");
+    EXPECT_EQ(status.code(), ENOTSUP);
+    EXPECT_EQ(status.localizedDescription(), sentence("holder", "it is not known whether a volume is mounted in it"));
+    EXPECT_EQ(world.kindOf("/home/u/holder"), ItemKind::Folder);
   });
 }
 
