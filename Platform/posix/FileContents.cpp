@@ -5,27 +5,30 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
+#include <utility>
 
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
-namespace {
-
-constexpr std::size_t kBlock = 262'144;
-/// Below this a plain read and write are quicker than the kernel's own copying.
-constexpr off_t kSmallFile = 65'536;
-constexpr off_t kStatBlock = 512;
 
 /// A part of a file, from `begin` to `end`.
-struct Range {
+struct ContentsCopier::Range {
   off_t begin = 0;
   off_t end = 0;
 
   bool empty() const { return begin >= end; }
   std::size_t size() const { return static_cast<std::size_t>(end - begin); }
 };
+
+namespace {
+
+constexpr std::size_t kBlock = 262'144;
+/// After so much a big file's observer is asked whether to go on.
+constexpr std::size_t kKernelBlock = 4'194'304;
+/// Below this a plain read and write are quicker than the kernel's own copying.
+constexpr off_t kSmallFile = 65'536;
+constexpr off_t kStatBlock = 512;
 
 ssize_t retried(auto call) {
   ssize_t answer = 0;
@@ -46,51 +49,19 @@ int writeAt(int file, const char* bytes, std::size_t count, off_t offset) {
   return 0;
 }
 
-/// Copies as much as the kernel copies by itself and leaves the rest in `range`.
-void copyInKernel(int from, int to, Range& range) {
-  while (!range.empty()) {
-    const ssize_t copied = retried([&] { return copyRange(from, to, range.begin, range.size()); });
-    // The reason is found again, if it is one, by the plain copy that follows.
-    if (copied <= 0) return;
-    range.begin += copied;
-  }
-}
-
-int copyByBlocks(int from, int to, Range range) {
-  const std::size_t size = std::min(kBlock, range.size());
-  const auto block = std::make_unique_for_overwrite<char[]>(size);
-  while (!range.empty()) {
-    const std::size_t wanted = std::min(size, range.size());
-    const ssize_t got = retried([&] { return ::pread(from, block.get(), wanted, range.begin); });
-    if (got < 0) return errno;
-    if (got == 0) return 0;  // it was cut off meanwhile
-    if (const int error = writeAt(to, block.get(), static_cast<std::size_t>(got), range.begin)) return error;
-    range.begin += got;
-  }
-  return 0;
-}
-
-int copyData(int from, int to, Range range) {
-  if (range.end - range.begin > kSmallFile) copyInKernel(from, to, range);
-  return range.empty() ? 0 : copyByBlocks(from, to, range);
-}
-
-/// The next part with data at or after `offset`; empty when there is none before `size`.
-Range nextData(int file, off_t offset, off_t size) {
+/// Where the next data at or after `offset` begins and ends; both `size` when there is none before it.
+std::pair<off_t, off_t> nextData(int file, off_t offset, off_t size) {
   const off_t begin = ::lseek(file, offset, SEEK_DATA);
   // ENXIO: only a hole is left. Anything else: the file system cannot tell, so all of it is data.
-  if (begin < 0) return errno == ENXIO ? Range{size, size} : Range{offset, size};
+  if (begin < 0) return {errno == ENXIO ? size : offset, size};
+  if (begin >= size) return {size, size};
   const off_t end = ::lseek(file, begin, SEEK_HOLE);
   return {begin, end < 0 ? size : std::min(end, size)};
 }
 
-int copyWithHoles(int from, int to, off_t size) {
-  if (::ftruncate(to, size) != 0) return errno;
-  for (Range data = nextData(from, 0, size); !data.empty(); data = nextData(from, data.end, size)) {
-    if (const int error = copyData(from, to, data)) return error;
-    if (data.end >= size) break;
-  }
-  return 0;
+/// No file of that volume can be shared with the copy, as opposed to this one.
+bool holdsForTheVolume(int error) {
+  return error == ENOTSUP || error == ENOTTY || error == EXDEV || error == ENOSYS || error == EINVAL;
 }
 
 }  // namespace
@@ -105,9 +76,67 @@ int writeAll(int file, const char* bytes, std::size_t count) {
   return 0;
 }
 
-int copyContents(int from, int to, const struct stat& attributes) {
+int ContentsCopier::copy(int from, int to, const struct stat& attributes) {
+  if (share(from, to, attributes)) return observer_.bytesCopied(static_cast<std::uint64_t>(attributes.st_size));
   const bool hasHoles = static_cast<off_t>(attributes.st_blocks) * kStatBlock < attributes.st_size;
-  return hasHoles ? copyWithHoles(from, to, attributes.st_size) : copyData(from, to, {0, attributes.st_size});
+  if (hasHoles) return copyWithHoles(from, to, attributes.st_size);
+  Range all{0, attributes.st_size};
+  return copyData(from, to, all);
+}
+
+bool ContentsCopier::share(int from, int to, const struct stat& attributes) {
+  if (attributes.st_size == 0 || unshareable_ == attributes.st_dev) return false;
+  const int error = shareContents(from, to);
+  if (holdsForTheVolume(error)) unshareable_ = attributes.st_dev;
+  return error == 0;
+}
+
+int ContentsCopier::copyWithHoles(int from, int to, off_t size) {
+  if (::ftruncate(to, size) != 0) return errno;
+  for (off_t done = 0; done < size;) {
+    const auto [begin, end] = nextData(from, done, size);
+    if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(begin - done))) return error;
+    Range data{begin, end};
+    if (const int error = copyData(from, to, data)) return error;
+    if (!data.empty()) return errorOf(::ftruncate(to, data.begin));
+    done = end;
+  }
+  return 0;
+}
+
+/// Leaves in `range` what was cut off meanwhile.
+int ContentsCopier::copyData(int from, int to, Range& range) {
+  if (range.end - range.begin > kSmallFile) {
+    if (const int error = copyInKernel(from, to, range)) return error;
+  }
+  return range.empty() ? 0 : copyByBlocks(from, to, range);
+}
+
+/// Copies as much as the kernel copies by itself and leaves the rest in `range`.
+int ContentsCopier::copyInKernel(int from, int to, Range& range) {
+  while (!range.empty()) {
+    const ssize_t copied =
+        retried([&] { return copyRange(from, to, range.begin, std::min(kKernelBlock, range.size())); });
+    // The reason is found again, if it is one, by the plain copy that follows.
+    if (copied <= 0) return 0;
+    range.begin += copied;
+    if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(copied))) return error;
+  }
+  return 0;
+}
+
+int ContentsCopier::copyByBlocks(int from, int to, Range& range) {
+  if (!block_) block_ = std::make_unique_for_overwrite<char[]>(kBlock);
+  while (!range.empty()) {
+    const std::size_t wanted = std::min(kBlock, range.size());
+    const ssize_t got = retried([&] { return ::pread(from, block_.get(), wanted, range.begin); });
+    if (got < 0) return errno;
+    if (got == 0) return 0;  // it was cut off meanwhile
+    if (const int error = writeAt(to, block_.get(), static_cast<std::size_t>(got), range.begin)) return error;
+    range.begin += got;
+    if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(got))) return error;
+  }
+  return 0;
 }
 
 }  // namespace qm::posix

@@ -3,14 +3,39 @@
 #include <sys/stat.h>
 
 #include <cstddef>
+#include <memory>
+#include <optional>
+
+#include "Platform/posix/CopyObserver.h"
 
 namespace qm::posix {
 
 /// Writes all bytes at the current position. Answers 0 or an error number.
 int writeAll(int file, const char* bytes, std::size_t count);
 
-/// Copies the contents of a regular file into a new, empty one; holes stay holes. `attributes` are the
-/// source's: what is added to it meanwhile is not copied. Answers 0 or an error number.
-int copyContents(int from, int to, const struct stat& attributes);
+/// Copies the contents of files, one after the other. What worked for one is tried first for the next.
+class ContentsCopier {
+ public:
+  explicit ContentsCopier(CopyObserver& observer) : observer_(observer) {}
+
+  /// Copies the contents of a regular file into a new, empty one: shared where the file system can do
+  /// that, else by the kernel, else in blocks; holes stay holes. `attributes` are the source's: what is
+  /// added to it meanwhile is not copied, and when it is cut off meanwhile, so is the copy. Answers 0 or
+  /// an error number, the observer's when that ends it.
+  int copy(int from, int to, const struct stat& attributes);
+
+ private:
+  struct Range;
+
+  bool share(int from, int to, const struct stat& attributes);
+  int copyWithHoles(int from, int to, off_t size);
+  int copyData(int from, int to, Range& range);
+  int copyInKernel(int from, int to, Range& range);
+  int copyByBlocks(int from, int to, Range& range);
+
+  CopyObserver& observer_;
+  std::unique_ptr<char[]> block_;
+  std::optional<dev_t> unshareable_;  ///< a volume whose files cannot be shared with the copy
+};
 
 }  // namespace qm::posix

@@ -14,8 +14,16 @@ struct CloseStream {
 };
 
 EntryKind kindOf(const dirent& entry) {
-  if (entry.d_type == DT_UNKNOWN) return EntryKind::Unknown;
-  return entry.d_type == DT_DIR ? EntryKind::Folder : EntryKind::Other;
+  switch (entry.d_type) {
+    case DT_DIR:
+      return EntryKind::Folder;
+    case DT_REG:
+      return EntryKind::RegularFile;
+    case DT_UNKNOWN:
+      return EntryKind::Unknown;
+    default:
+      return EntryKind::Other;
+  }
 }
 
 template <class Take>

@@ -8,7 +8,7 @@
 namespace qm::posix {
 
 /// What the folder itself says about an entry. The item may have been replaced since.
-enum class EntryKind { Folder, Other, Unknown };
+enum class EntryKind { Folder, RegularFile, Other, Unknown };
 
 struct FolderEntry {
   std::string name;

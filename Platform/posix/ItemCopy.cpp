@@ -7,10 +7,8 @@
 #include <cerrno>
 #include <climits>
 
-#include "Platform/posix/FileContents.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
-#include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
 namespace {
@@ -38,20 +36,10 @@ mode_t permittedMode(const struct stat& attributes, OwnerKept ownerKept) {
   return ownerKept == OwnerKept::Yes ? mode : mode & ~static_cast<mode_t>(S_ISUID | S_ISGID);
 }
 
-ItemCopyResult copyFile(ItemName from, ItemName to, InheritedAccess inherited) {
-  const UniqueFd source(
-      ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-  if (!source) return {errno, false};
-  struct stat attributes {};
-  if (::fstat(source.get(), &attributes) != 0) return {errno, false};
-  if (!S_ISREG(attributes.st_mode)) return {ESTALE, false};
-  const UniqueFd copy(
-      ::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
-  if (!copy) return {errno, false};
-  if (inherited == InheritedAccess::Possible) dropInheritedAccess(copy.get());
-  int error = copyContents(source.get(), copy.get(), attributes);
-  if (error == 0) error = copyAttributes(source.get(), copy.get(), attributes);
-  return {error, true};
+/// Inside a folder that is the owner's alone until the copy is complete, a file has its mode from the start.
+mode_t modeAtFirst(const struct stat& attributes, InheritedAccess inherited) {
+  constexpr mode_t kPlainPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+  return inherited == InheritedAccess::None ? (attributes.st_mode & kPlainPermissions) | kOwnerOnly : kOwnerOnly;
 }
 
 int readLink(ItemName link, std::string& target) {
@@ -91,20 +79,40 @@ ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attribute
 
 }  // namespace
 
-ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
-  if (S_ISREG(attributes.st_mode)) return copyFile(from, to, inherited);
-  if (S_ISLNK(attributes.st_mode)) return copyLink(from, to, attributes);
-  if (S_ISDIR(attributes.st_mode)) return {ESTALE, false};  // it has just taken the place of something else
-  return copyNode(from, to, attributes);
+int openSourceFile(ItemName from, SourceFile& source) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  source.file.reset(::openat(from.folder, from.name.c_str(), kFlags));
+  if (!source.file || ::fstat(source.file.get(), &source.attributes) != 0) return errno;
+  return S_ISREG(source.attributes.st_mode) ? 0 : ESTALE;
+}
+
+ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  const mode_t mode = modeAtFirst(source.attributes, inherited);
+  const UniqueFd copy(::openat(to.folder, to.name.c_str(), kFlags, mode));
+  if (!copy) return {errno, false};
+  if (inherited == InheritedAccess::Possible) dropInheritedAccess(copy.get());
+  int error = contents_.copy(source.file.get(), copy.get(), source.attributes);
+  if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
+  return {error, true};
+}
+
+ItemCopyResult ItemCopier::copyOther(ItemName from, ItemName to, const struct stat& attributes) {
+  return S_ISLNK(attributes.st_mode) ? copyLink(from, to, attributes) : copyNode(from, to, attributes);
 }
 
 int copyAttributes(int from, int to, const struct stat& attributes) {
+  struct stat made {};
+  if (::fstat(to, &made) != 0) return errno;
+  const bool owned = made.st_uid == attributes.st_uid && made.st_gid == attributes.st_gid;
   int error = 0;
   // The owner first: changing it takes rights away again that were set before.
-  const OwnerKept ownerKept = copyOwner(to, attributes, error);
+  const OwnerKept ownerKept = owned ? OwnerKept::Yes : copyOwner(to, attributes, error);
   if (error != 0) return error;
   if ((error = copyExtendedAttributes(from, to, ownerKept)) != 0) return error;
-  if (::fchmod(to, permittedMode(attributes, ownerKept)) != 0 && !cannotBeKept(errno)) return errno;
+  const mode_t mode = permittedMode(attributes, ownerKept);
+  const bool hasMode = owned && (made.st_mode & kPermissions) == mode;
+  if (!hasMode && ::fchmod(to, mode) != 0 && !cannotBeKept(errno)) return errno;
   return errorOf(::futimens(to, timesOf(attributes).data()));
 }
 

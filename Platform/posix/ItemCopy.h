@@ -4,6 +4,10 @@
 
 #include <string>
 
+#include "Platform/posix/CopyObserver.h"
+#include "Platform/posix/FileContents.h"
+#include "Platform/posix/UniqueFd.h"
+
 namespace qm::posix {
 
 /// An item by the folder that it is or will be in.
@@ -21,9 +25,29 @@ struct ItemCopyResult {
 /// Whether the folder of the copy may hand its own access lists on to what is made in it.
 enum class InheritedAccess : bool { None, Possible };
 
-/// Copies a file, a link as a link, a FIFO, a socket or a device, with owner, mode, times and extended
-/// attributes as far as they may be set. `attributes` are those of the source. Replaces nothing.
-ItemCopyResult copyNonFolder(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
+/// A regular file to be copied, open for reading.
+struct SourceFile {
+  UniqueFd file;
+  struct stat attributes {};
+};
+
+/// Opens a regular file without waiting for anything. Answers 0 or an error number, ESTALE for anything else.
+int openSourceFile(ItemName from, SourceFile& source);
+
+/// Copies items that are no folders, with owner, mode, times and extended attributes as far as they may be
+/// set. Replaces nothing.
+class ItemCopier {
+ public:
+  explicit ItemCopier(CopyObserver& observer) : contents_(observer) {}
+
+  ItemCopyResult copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited);
+  /// A link as a link; a FIFO, a socket or a device is made anew, not opened. `attributes` are those of
+  /// the source.
+  static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes);
+
+ private:
+  ContentsCopier contents_;
+};
 
 /// Gives an open file or folder the owner, mode, times and extended attributes of another. The bits that
 /// lend the owner's rights are kept only with the owner. Answers 0 or an error number.

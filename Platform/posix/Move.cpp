@@ -31,7 +31,8 @@ FileError openPlaces(const std::string& source, const std::string& destination, 
 FileError moveAcrossVolumes(const Places& places) {
   const int folder = places.source.folder.get();
   if (FileError error = obstacleToRemoval(folder, places.source.name)) return error;
-  if (FileError error = copyTree(places.source, places.destination)) return error;
+  CopyObserver nobody;
+  if (FileError error = copyTree(places.source, places.destination, nobody)) return error;
   return removeTree(folder, places.source.name);
 }
 
@@ -54,10 +55,10 @@ FileError moveTree(const std::string& source, const std::string& destination) {
   return error == EXDEV ? moveAcrossVolumes(places) : FileError(error, {}, sideOf(error, places));
 }
 
-FileError copyTree(const std::string& source, const std::string& destination) {
+FileError copyTree(const std::string& source, const std::string& destination, CopyObserver& observer) {
   Places places;
   FileError error = openPlaces(source, destination, places);
-  return error ? error : copyTree(places.source, places.destination);
+  return error ? error : copyTree(places.source, places.destination, observer);
 }
 
 }  // namespace qm::posix

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Platform/posix/CopyObserver.h"
 #include "Platform/posix/FileError.h"
 
 namespace qm::posix {
@@ -12,6 +13,6 @@ namespace qm::posix {
 FileError moveTree(const std::string& source, const std::string& destination);
 
 /// The same without removing the source: a copy.
-FileError copyTree(const std::string& source, const std::string& destination);
+FileError copyTree(const std::string& source, const std::string& destination, CopyObserver& observer);
 
 }  // namespace qm::posix

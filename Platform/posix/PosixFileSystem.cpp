@@ -96,7 +96,8 @@ Status PosixFileSystem::moveItem(const std::string& source, const std::string& d
 }
 
 Status PosixFileSystem::copyItem(const std::string& source, const std::string& destination) {
-  return statusOf(FileOperation::Copy, copyTree(source, destination), source, destination);
+  CopyObserver nobody;
+  return statusOf(FileOperation::Copy, copyTree(source, destination, nobody), source, destination);
 }
 
 Status PosixFileSystem::createDirectory(const std::string& path) {

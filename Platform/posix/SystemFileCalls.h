@@ -37,6 +37,10 @@ bool isProtected(int folder, const char* name);
 /// Something is mounted on an item below the folder. False as well when the system does not tell.
 bool holdsMountPoint(int folder);
 
+/// Lets a new, empty file have the contents of another without copying them, where the file system can:
+/// each keeps its own when the other is changed. Answers 0 or an error number.
+int shareContents(int from, int to);
+
 /// Copies up to `count` bytes at `offset` within the kernel; -1 where that cannot be done, 0 at the end.
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 

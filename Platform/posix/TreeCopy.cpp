@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <map>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -37,7 +39,8 @@ class CopiedFiles {
 /// Builds the copy along a walk of the source.
 class CopyVisitor : public TreeVisitor {
  public:
-  CopyVisitor(int toFolder, std::string name) : start_(toFolder), topName_(std::move(name)) {}
+  CopyVisitor(int toFolder, std::string name, CopyObserver& observer)
+      : start_(toFolder), topName_(std::move(name)), observer_(observer), copier_(observer) {}
 
   int begin() { return to_.start(start_); }
 
@@ -49,6 +52,7 @@ class CopyVisitor : public TreeVisitor {
 
   int entered(const FolderChain& chain, const std::string& name) override {
     const bool top = folders_.empty();
+    if (const int error = observer_.itemBegins(relativePath(), top ? "" : name)) return error;
     if (!top && chain.identity().sameFolder(copy_)) {
       intoItself_ = true;
       return EINVAL;
@@ -58,20 +62,21 @@ class CopyVisitor : public TreeVisitor {
     if (const int error = makeFolder(top ? topName_ : name)) return destinationError(error);
     if (top) beginWithTop();
     folders_.push_back(attributes);
-    relativePath_ += (top ? "" : "/") + (top ? topName_ : name);
+    copyPath_ += (top ? "" : "/") + (top ? topName_ : name);
+    observer_.itemCopied();
     return 0;
   }
 
   int item(int folder, const std::string& name) override {
-    struct stat attributes {};
-    if (::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT ? 0 : errno;
-    const bool shared = S_ISREG(attributes.st_mode) && attributes.st_nlink > 1;
-    if (shared && linkToCopy(attributes, name)) return 0;
-    const ItemCopyResult result =
-        copyNonFolder({folder, name}, {to_.folder(), name}, attributes, InheritedAccess::None);
-    if (result.error != 0) return destinationError(result.error);
-    if (shared) copied_.add(attributes, relativePath_ + "/" + name);
-    return 0;
+    const int error = observer_.itemBegins(relativePath(), name);
+    return error == 0 ? copyAnything({folder, name}) : error;
+  }
+
+  int regularFile(int folder, const std::string& name) override {
+    if (const int error = observer_.itemBegins(relativePath(), name)) return error;
+    SourceFile source;
+    // When there is none any more, what there is instead decides.
+    return openSourceFile({folder, name}, source) == 0 ? copyFile(source, name) : copyAnything({folder, name});
   }
 
   int left(int, int folder, const std::string&) override {
@@ -79,7 +84,7 @@ class CopyVisitor : public TreeVisitor {
     if (const int error = to_.leave(copy)) return destinationError(error);
     const struct stat attributes = folders_.back();
     folders_.pop_back();
-    relativePath_.erase(folders_.empty() ? 0 : relativePath_.rfind('/'));
+    copyPath_.erase(folders_.empty() ? 0 : copyPath_.rfind('/'));
     return destinationError(copyAttributes(folder, copy.get(), attributes));
   }
 
@@ -97,6 +102,39 @@ class CopyVisitor : public TreeVisitor {
     dropInheritedAccess(to_.folder());
   }
 
+  int copyAnything(ItemName from) {
+    struct stat attributes {};
+    int error = errorOf(::fstatat(from.folder, from.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW));
+    if (error == 0 && S_ISDIR(attributes.st_mode)) return ESTALE;  // it has just taken the place of something else
+    if (error == 0 && !S_ISREG(attributes.st_mode))
+      return ended(ItemCopier::copyOther(from, {to_.folder(), from.name}, attributes));
+    SourceFile source;
+    if (error == 0) error = openSourceFile(from, source);
+    if (error == ENOENT) return 0;  // it has vanished
+    return error == 0 ? copyFile(source, from.name) : error;
+  }
+
+  int copyFile(const SourceFile& source, const std::string& name) {
+    const bool shared = source.attributes.st_nlink > 1;
+    if (shared && linkToCopy(source.attributes, name)) {
+      observer_.itemCopied();
+      return observer_.bytesCopied(static_cast<std::uint64_t>(source.attributes.st_size));
+    }
+    const int error = ended(copier_.copyFile(source, {to_.folder(), name}, InheritedAccess::None));
+    if (error == 0 && shared) copied_.add(source.attributes, copyPath_ + "/" + name);
+    return error;
+  }
+
+  int ended(const ItemCopyResult& result) {
+    if (result.error == 0) observer_.itemCopied();
+    return destinationError(result.error);
+  }
+
+  /// From the item that was asked for to the folder that the walk is in.
+  std::string_view relativePath() const {
+    return std::string_view(copyPath_).substr(std::min(copyPath_.size(), topName_.size()));
+  }
+
   /// A file that cannot be linked, for whatever reason, is copied like any other.
   bool linkToCopy(const struct stat& file, const std::string& name) const {
     const std::string* path = copied_.find(file);
@@ -105,31 +143,48 @@ class CopyVisitor : public TreeVisitor {
 
   const int start_;
   const std::string topName_;
+  CopyObserver& observer_;
+  ItemCopier copier_;
   FolderChain to_;
   FolderIdentity copy_;
   bool made_ = false;
   bool intoItself_ = false;
   std::vector<struct stat> folders_;  ///< of the source, as they were entered
-  std::string relativePath_;          ///< of the copy's current folder
+  std::string copyPath_;              ///< of the copy's current folder
   CopiedFiles copied_;
 };
 
-FileError copyFolder(const Place& source, int toFolder, const std::string& name, bool& made) {
-  CopyVisitor visitor(toFolder, name);
+FileError copyFolder(const Place& source, int toFolder, const std::string& name, CopyObserver& observer, bool& made) {
+  CopyVisitor visitor(toFolder, name, observer);
   if (const int error = visitor.begin()) return {error, {}, FileError::Side::Destination};
   FileError error = walkTree(source.folder.get(), source.name, visitor);
   made = visitor.made();
   return visitor.intoItself() ? FileError(EINVAL, {}, FileError::Side::Itself) : error;
 }
 
-/// Copies to a name of which nothing exists.
-FileError copyItem(const Place& source, const struct stat& attributes, int toFolder, const std::string& name,
-                   bool& made) {
-  if (S_ISDIR(attributes.st_mode)) return copyFolder(source, toFolder, name, made);
-  const ItemCopyResult result =
-      copyNonFolder({source.folder.get(), source.name}, {toFolder, name}, attributes, InheritedAccess::Possible);
+/// Anything but a folder.
+FileError copyLoneItem(const Place& source, const struct stat& attributes, ItemName to, CopyObserver& observer,
+                       bool& made) {
+  if (const int error = observer.itemBegins({}, {})) return error;
+  const ItemName from{source.folder.get(), source.name};
+  ItemCopyResult result;
+  if (S_ISREG(attributes.st_mode)) {
+    SourceFile file;
+    if (const int error = openSourceFile(from, file)) return error;
+    result = ItemCopier(observer).copyFile(file, to, InheritedAccess::Possible);
+  } else {
+    result = ItemCopier::copyOther(from, to, attributes);
+  }
   made = result.made;
+  if (result.error == 0) observer.itemCopied();
   return result.error;
+}
+
+/// Copies to a name of which nothing exists.
+FileError copyItem(const Place& source, const struct stat& attributes, ItemName to, CopyObserver& observer,
+                   bool& made) {
+  return S_ISDIR(attributes.st_mode) ? copyFolder(source, to.folder, to.name, observer, made)
+                                     : copyLoneItem(source, attributes, to, observer, made);
 }
 
 bool isTaken(const Place& place) {
@@ -171,7 +226,7 @@ bool isWithin(int folder, int parent, const std::string& name) {
   return false;
 }
 
-FileError copyTree(const Place& source, const Place& destination) {
+FileError copyTree(const Place& source, const Place& destination, CopyObserver& observer) {
   struct stat attributes {};
   if (::fstatat(source.folder.get(), source.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
   if (isTaken(destination)) return EEXIST;
@@ -182,7 +237,7 @@ FileError copyTree(const Place& source, const Place& destination) {
   }
   const std::string name = temporaryName();
   bool made = false;
-  FileError error = copyItem(source, attributes, folder, name, made);
+  FileError error = copyItem(source, attributes, {folder, name}, observer, made);
   if (!error)
     error = {renameWithoutReplacing({folder, name}, {folder, destination.name}), {}, FileError::Side::Destination};
   if (error && made) static_cast<void>(removeTree(folder, name, OpenUpFolders::Yes));

@@ -36,10 +36,12 @@ class Walk {
   FileError visitNext() {
     Frame& frame = frames_.back();
     const FolderEntry entry = std::move(frame.entries[frame.next++]);
-    return {visit(entry), entry.name};
+    if (const int error = visit(entry)) return {error, entry.name};
+    return {};
   }
 
   int visit(const FolderEntry& entry) {
+    if (entry.kind == EntryKind::RegularFile) return visitor_.regularFile(chain_.folder(), entry.name);
     if (!isFolder(entry)) return visitor_.item(chain_.folder(), entry.name);
     const int error = descend(entry.name);
     // It was replaced since the listing.

@@ -19,6 +19,8 @@ class TreeVisitor {
   virtual int entered(const FolderChain& chain, const std::string& name) = 0;
   /// Anything in `folder` that is no folder, as far as the listing tells.
   virtual int item(int folder, const std::string& name) = 0;
+  /// The same for what the listing calls a regular file, for those to whom that saves a look.
+  virtual int regularFile(int folder, const std::string& name) { return item(folder, name); }
   /// Everything in `folder` was visited; the walk is back in `parent`.
   virtual int left(int parent, int folder, const std::string& name) = 0;
   /// The folder `name` cannot be opened: it has vanished, has become something else (ENOTDIR, ELOOP) or

@@ -52,6 +52,7 @@ int copyOne(const Attributes& from, const Set& set, const char* name) {
 }
 
 int copyAll(const Attributes& from, const Set& set, OwnerKept ownerKept) {
+  if (from.list(nullptr, 0) == 0) return 0;
   std::string names;
   if (const int error = readAll(from.list, names)) return maySkipAfter(error) ? 0 : error;
   for (const char* name = names.data(); name < names.data() + names.size(); name += std::strlen(name) + 1) {

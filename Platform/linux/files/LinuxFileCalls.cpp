@@ -1,4 +1,6 @@
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -34,6 +36,8 @@ bool isProtected(int folder, const char* name) {
   if (::statx(folder, name, flags, STATX_TYPE, &found) != 0) return false;
   return (found.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0;
 }
+
+int shareContents(int from, int to) { return errorOf(::ioctl(to, FICLONE, from)); }
 
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
   off_t fromOffset = offset;
