@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Platform/foundation/Wipe.h"
+
 namespace qm::platform {
 
 /// The status numbers of Authorization Services; any other value passes through unchanged.
@@ -31,6 +33,11 @@ struct AuthorizationItem {
 };
 using AuthorizationItems = std::vector<AuthorizationItem>;
 
+/// Wipes the values.
+inline void wipe(AuthorizationItems& items) {
+  for (AuthorizationItem& item : items) foundation::wipe(item.value);
+}
+
 /// A session's handle: opaque, null when there is none.
 struct OpaqueAuthorization;
 using AuthorizationRef = OpaqueAuthorization*;
@@ -49,10 +56,11 @@ class AuthorizationServices {
  public:
   virtual ~AuthorizationServices() = default;
 
-  /// Makes a session without rights. `environment` is empty or holds credentials.
+  /// Makes a session without rights. `environment` is empty or holds credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
-  /// Obtains rights for a session; shows the system's dialog when the flags allow interaction.
+  /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
+  /// of credentials.
   virtual AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                          const AuthorizationItems& environment, AuthorizationFlags flags) = 0;
   /// Ends a session. Tools that it started run on to their end.

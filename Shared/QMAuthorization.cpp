@@ -14,6 +14,7 @@
 using namespace qm::platform;  // the names of Authorization Services are long enough as they are
 using qm::foundation::appendingPathComponent;
 using qm::foundation::formatted;
+using qm::foundation::WipeAtEnd;
 
 namespace {
 
@@ -25,6 +26,14 @@ constexpr std::chrono::microseconds kStartPause(500);
 bool isRoot() { return platform().users->realUserId() == 0; }
 
 AuthorizationItems administratorRights() { return {{.name = "system.privilege.admin", .value = "", .flags = 0}}; }
+
+/// In place: every copy of a password would have to be wiped as well, those that a list moves as it grows too.
+void fillCredentials(AuthorizationItems& items, const std::string& user, const std::string& password) {
+  items[0].name = "username";
+  items[0].value = user;
+  items[1].name = "password";
+  items[1].value = password;
+}
 
 bool exists(const std::string& path) { return platform().fileSystem->fileExists(path); }
 
@@ -104,8 +113,9 @@ bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
                                         const std::optional<std::string>& password) {
   if (isRoot()) return true;
   if (!user || !password) return false;
-  const AuthorizationItems credentials = {{.name = "username", .value = *user, .flags = 0},
-                                          {.name = "password", .value = *password, .flags = 0}};
+  AuthorizationItems credentials(2);
+  const WipeAtEnd wiped(credentials);
+  fillCredentials(credentials, *user, *password);
   auto& services = *platform().authorizationServices;
   // The handle is overwritten, not freed: another session may still be in use under it.
   if (const auto status = services.create(credentials, kAuthorizationFlagDefaults, &authRef_); status != 0) {

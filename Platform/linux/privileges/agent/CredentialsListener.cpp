@@ -1,12 +1,5 @@
 #include "Platform/linux/privileges/agent/CredentialsListener.h"
 
-#include <pwd.h>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <cstring>
-
-#include <cerrno>
-#include <cstdint>
 #include <string_view>
 
 namespace {
@@ -111,40 +104,9 @@ GType listenerType() {
   return type;
 }
 
-bool readAll(int fd, char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t got = ::read(fd, bytes, size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    bytes += got;
-    size -= static_cast<std::size_t>(got);
-  }
-  return true;
-}
-
-bool readText(int fd, char* text, std::size_t longest) {
-  unsigned char length[4] = {};
-  if (!readAll(fd, reinterpret_cast<char*>(length), sizeof length)) return false;
-  std::uint32_t size = 0;
-  for (unsigned i = 0; i < 4; ++i) size |= static_cast<std::uint32_t>(length[i]) << (8U * i);
-  return size <= longest && readAll(fd, text, size) && ::strlen(text) == size;
-}
-
 }  // namespace
 
 namespace qm::linux_ {
-
-Credentials::Credentials() { ::mlock(this, sizeof *this); }
-
-Credentials::~Credentials() {
-  ::explicit_bzero(user_, sizeof user_);
-  wipePassword();
-  ::munlock(this, sizeof *this);
-}
-
-bool Credentials::read(int fd) { return readText(fd, user_, kLongest) && readText(fd, password_, kLongest); }
-
-void Credentials::wipePassword() { ::explicit_bzero(password_, sizeof password_); }
 
 PolkitAgentListener* makeCredentialsListener(Credentials& credentials, void (*finished)(void*), void* context) {
   auto* listener = static_cast<Listener*>(g_object_new(listenerType(), nullptr));

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+
+namespace qm::linux_ {
+
+/// A name and a password in memory that is not swapped out and is wiped at the end.
+class Credentials {
+ public:
+  Credentials();
+  Credentials(const Credentials&) = delete;
+  Credentials& operator=(const Credentials&) = delete;
+  ~Credentials();
+
+  /// Reads both from a descriptor: each is preceded by its length in four bytes. False when they do not
+  /// arrive whole.
+  bool read(int fd);
+
+  const char* user() const { return user_; }
+  const char* password() const { return password_; }
+  void wipePassword();
+
+ private:
+  static constexpr std::size_t kLongest = 4096;
+  char user_[kLongest + 1] = {};
+  char password_[kLongest + 1] = {};
+};
+
+}  // namespace qm::linux_
