@@ -15,6 +15,7 @@ inline constexpr OSStatus fnfErr = -43;            ///< there is no such item
 inline constexpr OSStatus procNotFound = -600;     ///< no desktop that listens
 inline constexpr OSStatus kLSUnknownErr = -10810;  ///< the application could not be registered
 inline constexpr OSStatus kLSNotAnApplicationErr = -10811;
+inline constexpr OSStatus kLSNoExecutableErr = -10827;
 
 /// What an update notice names its item by. Disposed of with its owner.
 class Alias {

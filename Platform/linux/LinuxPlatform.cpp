@@ -2,6 +2,9 @@
 
 #include "Platform/Threads.h"
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/desktop/LinuxDesktopShell.h"
+#include "Platform/linux/desktop/LinuxFileReferences.h"
+#include "Platform/linux/desktop/LinuxFinderInformation.h"
 #include "Platform/linux/files/BundlePackages.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
@@ -33,11 +36,15 @@ struct Services {
         facts(propertyLists, executable),
         authorization(console, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
-        trash(users, clock) {
+        trash(users, clock),
+        desktopShell(users, tasks) {
     platform.authorizationServices = &authorization;
     platform.clock = &clock;
     platform.console = &console;
+    platform.desktopShell = &desktopShell;
+    platform.fileReferences = &fileReferences;
     platform.fileSystem = &fileSystem;
+    platform.finderInformation = &finderInformation;
     platform.itemLocks = &itemLocks;
     platform.mainThread = &frontEnd.mainThread;
     platform.packages = &packages;
@@ -65,6 +72,9 @@ struct Services {
   LinuxItemLocks itemLocks;
   BundlePackages packages;
   FreedesktopTrash trash;
+  LinuxFileReferences fileReferences;
+  LinuxFinderInformation finderInformation;
+  LinuxDesktopShell desktopShell;
   platform::Platform platform;
 };
 

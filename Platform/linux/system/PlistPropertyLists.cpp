@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Platform/linux/system/PlistStructure.h"
-#include "Platform/linux/system/SmallFile.h"
+#include "Platform/linux/system/PlistDocument.h"
 
 namespace qm::linux_ {
 namespace {
@@ -14,32 +13,9 @@ namespace {
 using platform::PropertyList;
 using platform::PropertyListValue;
 
-constexpr std::size_t kLargestFile = std::size_t{1024} * 1024;
-
-struct FreeNode {
-  void operator()(plist_t node) const { ::plist_free(node); }
-};
-using Node = std::unique_ptr<void, FreeNode>;
-
 struct FreeMemory {
   void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc)
 };
-
-Node parseBinary(const std::string& bytes) {
-  plist_t node = nullptr;
-  if (hasSoundBinaryStructure(bytes)) {
-    ::plist_from_bin(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
-  }
-  return Node(node);
-}
-
-Node parseText(const std::string& bytes) {
-  plist_t node = nullptr;
-  if (hasModestTextStructure(bytes)) {
-    ::plist_from_xml(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &node);
-  }
-  return Node(node);
-}
 
 PropertyListValue textValue(plist_t node) {
   std::uint64_t length = 0;
@@ -99,9 +75,7 @@ PropertyList entriesOf(plist_t dictionary) {
 }  // namespace
 
 std::optional<PropertyList> PlistPropertyLists::read(const std::string& path) const {
-  const auto bytes = readSmallFile(path, kLargestFile);
-  if (!bytes) return std::nullopt;
-  const Node root = isBinaryPropertyList(*bytes) ? parseBinary(*bytes) : parseText(*bytes);
+  const PlistDocument root = readPlistDocument(path);
   if (!root || ::plist_get_node_type(root.get()) != PLIST_DICT) return std::nullopt;
   return entriesOf(root.get());
 }

@@ -1,0 +1,158 @@
+#include "Platform/linux/desktop/DesktopEntry.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
+
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/foundation/Strings.h"
+#include "Platform/foundation/Utf8.h"
+
+namespace qm::linux_ {
+namespace {
+
+constexpr std::string_view kOwnMark = "\nX-Quillmark-Bundle=";
+constexpr std::size_t kLongestName = 200;
+
+bool isControl(std::int32_t character) { return character < 0x20 || (character >= 0x7f && character < 0xa0); }
+
+// U+2028 and U+2029 end lines, too.
+bool breaksLine(std::int32_t character) { return character == 0x2028 || character == 0x2029; }
+
+/// The text with each character replaced by what `replacement` makes of it.
+template <class Replacement>
+std::string eachCharacter(std::string_view text, Replacement replacement) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size();) {
+    const auto character = foundation::characterAt(text, i);
+    result += replacement(character, text.substr(i, character.length));
+    i += character.length;
+  }
+  return result;
+}
+
+using foundation::Character;
+
+std::string displayed(std::string_view text) {
+  const std::string line = eachCharacter(text, [](const Character& character, std::string_view bytes) {
+    if (!character.isValid()) return std::string("\xEF\xBF\xBD");
+    const bool blank = isControl(character.codePoint) || breaksLine(character.codePoint);
+    return blank ? std::string(" ") : std::string(bytes);
+  });
+  return foundation::trimmingWhitespaceAndNewlines(foundation::firstCharacters(line, kLongestName));
+}
+
+bool isExpressible(std::string_view path) {
+  for (std::size_t i = 0; i < path.size();) {
+    const Character character = foundation::characterAt(path, i);
+    const std::int32_t code = character.codePoint;
+    if (!character.isValid() || (isControl(code) && code != '\t' && code != '\n' && code != '\r')) return false;
+    i += character.length;
+  }
+  return true;
+}
+
+/// The escapes that hold for every value of an entry.
+std::string value(std::string_view text) {
+  return eachCharacter(text, [](const Character&, std::string_view bytes) -> std::string {
+    switch (bytes.front()) {
+      case '\\':
+        return "\\\\";
+      case '\n':
+        return "\\n";
+      case '\t':
+        return "\\t";
+      case '\r':
+        return "\\r";
+      default:
+        return std::string(bytes);
+    }
+  });
+}
+
+/// A word of a command line: between quotation marks, with what has a meaning there taken by the letter.
+std::string quotedWord(std::string_view word) {
+  const std::string inside = eachCharacter(word, [](const Character&, std::string_view bytes) {
+    const char c = bytes.front();
+    if (c == '"' || c == '`' || c == '$' || c == '\\') return "\\" + std::string(bytes);
+    return c == '%' ? std::string("%%") : std::string(bytes);
+  });
+  return "\"" + inside + "\"";
+}
+
+constexpr std::string_view kKnownMedia[] = {"application", "audio",     "chemical", "font",      "image",
+                                            "inode",       "message",   "model",    "multipart", "text",
+                                            "video",       "x-content", "x-epoc"};
+
+bool isTypeCharacter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || std::string_view("!#$&-^_.+").find(c) != std::string::npos;
+}
+
+bool isMediaType(std::string_view type) {
+  const std::size_t slash = type.find('/');
+  if (slash == std::string_view::npos || slash + 1 == type.size() || type.size() > kLongestName) return false;
+  const std::string_view media = type.substr(0, slash);
+  const std::string_view rest = type.substr(slash + 1);
+  return std::find(std::begin(kKnownMedia), std::end(kKnownMedia), media) != std::end(kKnownMedia) &&
+         std::all_of(rest.begin(), rest.end(), isTypeCharacter);
+}
+
+/// Each followed by a semicolon, none twice.
+std::string mediaTypeList(const std::vector<std::string>& types) {
+  std::vector<std::string> kept;
+  for (const auto& type : types) {
+    std::string lower = foundation::lowercaseString(type);
+    if (isMediaType(lower) && std::find(kept.begin(), kept.end(), lower) == kept.end())
+      kept.push_back(std::move(lower));
+  }
+  std::string list;
+  for (const auto& type : kept) list += type + ";";
+  return list;
+}
+
+std::string line(std::string_view key, const std::string& text) { return std::string(key) + "=" + text + "\n"; }
+
+bool isPlain(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+}
+
+std::string hexDigest(std::string_view bytes) {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
+  std::string digits;
+  for (unsigned i = 0; i < 16; ++i, hash >>= 4U) digits += "0123456789abcdef"[hash & 15U];
+  return digits;
+}
+
+}  // namespace
+
+std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
+  const bool hasIcon = entry.icon && isExpressible(*entry.icon);
+  if (!isExpressible(entry.executable) || !isExpressible(entry.bundle)) return std::nullopt;
+  if (entry.executable.find('=') != std::string::npos) return std::nullopt;
+  const std::string types = mediaTypeList(entry.mediaTypes);
+  const std::string name = displayed(entry.name);
+  std::string text = "[Desktop Entry]\nType=Application\nVersion=1.0\n";
+  text += line("Name", value(name.empty() ? displayed(foundation::lastPathComponent(entry.bundle)) : name));
+  text += line("Exec", value(quotedWord(entry.executable)) + (types.empty() ? "" : " %F"));
+  // Without its executable an application is not shown any more.
+  text += line("TryExec", value(entry.executable));
+  if (hasIcon) text += line("Icon", value(*entry.icon));
+  if (!types.empty()) text += line("MimeType", types);
+  return text + "Terminal=false" + std::string(kOwnMark) + value(entry.bundle) + "\n";
+}
+
+bool isOwnDesktopEntry(std::string_view text) { return text.find(kOwnMark) != std::string_view::npos; }
+
+std::string desktopEntryName(const std::string& identifier, const std::string& bundle) {
+  const std::string meant = identifier.empty() ? foundation::lastPathComponent(bundle) : identifier;
+  std::string name = meant.substr(0, kLongestName);
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return !isPlain(c); }, '-');
+  // What was lost must not make two bundles one.
+  if (identifier.empty() || name != identifier) name += "-" + hexDigest(identifier.empty() ? bundle : identifier);
+  return "quillmark-bundle-" + name + ".desktop";
+}
+
+}  // namespace qm::linux_

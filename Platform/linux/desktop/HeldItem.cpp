@@ -1,0 +1,39 @@
+#include "Platform/linux/desktop/HeldItem.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+
+namespace qm::linux_ {
+namespace {
+
+/// A removed item keeps its last name, with a mark that could just as well be part of a name; and another
+/// item may have the name by now. Only what is found there tells.
+bool leadsTo(const std::string& path, const struct stat& item) {
+  struct stat found {};
+  return ::lstat(path.c_str(), &found) == 0 && found.st_dev == item.st_dev && found.st_ino == item.st_ino;
+}
+
+}  // namespace
+
+std::optional<std::string> HeldItem::path() const {
+  std::array<char, PATH_MAX> target{};
+  const ssize_t length = ::readlink(handle().c_str(), target.data(), target.size());
+  if (length <= 0 || static_cast<std::size_t>(length) == target.size()) return std::nullopt;
+  std::string path(target.data(), static_cast<std::size_t>(length));
+  struct stat item {};
+  if (path.front() != '/' || ::fstat(item_.get(), &item) != 0 || !leadsTo(path, item)) return std::nullopt;
+  return path;
+}
+
+bool HeldItem::isFolder() const {
+  struct stat item {};
+  return ::fstat(item_.get(), &item) == 0 && S_ISDIR(item.st_mode);
+}
+
+const HeldItem* heldItem(const platform::FileReference& reference) {
+  return dynamic_cast<const HeldItem*>(reference.item());
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "Platform/FileReferences.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// An item held by a descriptor that gives no access to it: one for each reference and its copies. While it is
+/// held its volume cannot be unmounted.
+class HeldItem : public platform::ReferencedItem {
+ public:
+  explicit HeldItem(posix::UniqueFd item) : item_(std::move(item)) {}
+
+  /// A path that leads to the item itself, wherever it is and whatever it is called.
+  std::string handle() const { return "/proc/self/fd/" + std::to_string(item_.get()); }
+  /// Where the item is now; nil when it has no name any more, or none that this process can reach.
+  std::optional<std::string> path() const;
+  bool isFolder() const;
+
+ private:
+  posix::UniqueFd item_;
+};
+
+/// The item of a reference; null for an unfilled one.
+const HeldItem* heldItem(const platform::FileReference& reference);
+
+}  // namespace qm::linux_

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Platform/FileReferences.h"
+
+namespace qm::linux_ {
+
+/// References by an open descriptor, which takes no right to the item itself but one to search the folders
+/// on its way.
+class LinuxFileReferences : public platform::FileReferences {
+ public:
+  platform::FileReference make(const std::string& path) const override;
+  std::optional<std::string> path(const platform::FileReference& reference) const override;
+};
+
+}  // namespace qm::linux_

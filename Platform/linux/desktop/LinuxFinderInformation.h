@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "Platform/FinderInformation.h"
+
+namespace qm::linux_ {
+
+/// The Finder information is 32 bytes in an extended attribute: on the Mac's own volumes the one by which the
+/// kernel gives what the catalog holds, elsewhere "user.com.apple.FinderInfo", the name under which Mac files
+/// that are copied to other systems keep it. The flags are the big-endian word at byte 8, in a file's
+/// information and in a folder's.
+///
+/// An attribute of another size is none of ours: it is neither read nor written over. Links and devices have no
+/// such attribute, but on the Mac's volumes.
+class LinuxFinderInformation : public platform::FinderInformation {
+ public:
+  std::optional<std::uint16_t> finderFlags(const platform::FileReference& reference) const override;
+  platform::Status setFinderFlags(const platform::FileReference& reference, std::uint16_t flags) override;
+};
+
+}  // namespace qm::linux_
