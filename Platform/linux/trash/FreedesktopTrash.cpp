@@ -74,7 +74,8 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
   const std::string date = deletionDate();
   for (const std::string& name : names) {
     if (isTrashItself(*source, name, *trashDirectory)) return itemRefused(name);
-    if (const auto problem = moveToTrash(*source, name, **trash, date, acting)) return trashFailure(name, *problem);
+    const auto problem = moveToTrash(*source, name, **trash, date, acting, volumes_);
+    if (problem) return trashFailure(name, *problem);
   }
   return Status::success();
 }

@@ -10,6 +10,7 @@
 #include "Platform/Clock.h"
 #include "Platform/Trash.h"
 #include "Platform/Users.h"
+#include "Platform/linux/trash/MountTable.h"
 #include "Platform/linux/trash/TrashFinder.h"
 #include "Platform/linux/trash/TrashUser.h"
 
@@ -55,6 +56,7 @@ class FreedesktopTrash final : public platform::Trash {
   const platform::Clock& clock_;
   const std::optional<std::string> dataHome_;
   TrashFinder finder_;
+  MountedVolumes volumes_;
 
   std::mutex mutex_;  // guards what follows
   KnownUser knownUser_;

@@ -1,6 +1,7 @@
 #include "Platform/linux/trash/MountTable.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -58,13 +59,13 @@ std::string unescaped(std::string_view text) {
 // A table of a few dozen mounts fits at once.
 constexpr std::size_t kUsualTable = 16'384;
 
-// Each item that is moved reads the table anew, so it is read without a stream's detours.
-std::string readTable() {
+posix::UniqueFd openTable() { return posix::UniqueFd(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)); }
+
+std::string readTable(int table) {
   std::string text(kUsualTable, '\0');
   std::size_t length = 0;
-  const posix::UniqueFd table(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
-  while (table) {
-    const ssize_t count = ::read(table.get(), text.data() + length, text.size() - length);
+  for (;;) {
+    const ssize_t count = ::pread(table, text.data() + length, text.size() - length, static_cast<off_t>(length));
     if (count <= 0) break;
     length += static_cast<std::size_t>(count);
     if (length == text.size()) text.resize(2 * length);
@@ -91,7 +92,9 @@ std::optional<Place> placeOf(int folder, const char* name) {
                found.stx_mode};
 }
 
-MountTable::MountTable() : text_(readTable()) {}
+MountTable::MountTable() : MountTable(openTable().get()) {}
+
+MountTable::MountTable(int table) : text_(readTable(table)) {}
 
 std::optional<std::string> MountTable::mountPoint(std::uint64_t mount) const {
   for (std::string_view rest = text_; !rest.empty();) {
@@ -108,6 +111,19 @@ bool MountTable::hasMountBelow(const std::string& path) const {
     if (plain ? isAtOrBelow(point, path) : isAtOrBelow(unescaped(point), path)) return true;
   }
   return false;
+}
+
+std::shared_ptr<const MountTable> MountedVolumes::now() {
+  const std::scoped_lock lock(mutex_);
+  if (!file_) file_ = openTable();
+  if (!table_ || !*table_ || haveChanged()) table_ = std::make_shared<const MountTable>(file_.get());
+  return table_;
+}
+
+// The system tells each open file once of every change since its last answer.
+bool MountedVolumes::haveChanged() const {
+  pollfd table{file_.get(), POLLPRI, 0};
+  return ::poll(&table, 1, 0) != 0;
 }
 
 }  // namespace qm::linux_

@@ -3,8 +3,12 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
 
@@ -25,10 +29,13 @@ struct Place {
 /// with the error number set, when there is none.
 std::optional<Place> placeOf(int folder, const char* name = "");
 
-/// The mounted volumes as the process sees them now.
+/// The mounted volumes as the process saw them at one moment.
 class MountTable {
  public:
+  /// Reads them now.
   MountTable();
+  /// Reads them from a descriptor of the system's table.
+  explicit MountTable(int table);
   /// Whether the system shows the table at all; nothing is known of mounts otherwise.
   explicit operator bool() const { return !text_.empty(); }
   /// Where a mount is attached; nil when it is not in the process's view.
@@ -38,6 +45,20 @@ class MountTable {
 
  private:
   std::string text_;
+};
+
+/// The mounted volumes, read again only after the system has told of a change: it takes longer to list
+/// them than to move an item. Any thread.
+class MountedVolumes {
+ public:
+  std::shared_ptr<const MountTable> now();
+
+ private:
+  bool haveChanged() const;
+
+  std::mutex mutex_;
+  posix::UniqueFd file_;  // open from the first look on; it holds no volume
+  std::shared_ptr<const MountTable> table_;
 };
 
 }  // namespace qm::linux_

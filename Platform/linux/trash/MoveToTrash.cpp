@@ -72,11 +72,13 @@ bool isFolder(const Place& place) { return S_ISDIR(place.mode); }
 // One item on its way.
 class Move {
  public:
-  Move(const SourceFolder& source, const std::string& name, const TrashDirectory& trash, FileSystemUser& acting)
+  Move(const SourceFolder& source, const std::string& name, const TrashDirectory& trash, FileSystemUser& acting,
+       MountedVolumes& volumes)
       : source_(source),
         name_(name),
         trash_(trash),
         acting_(acting),
+        volumes_(volumes),
         path_(source.path == "/" ? "/" + name : source.path + "/" + name) {}
 
   std::optional<TrashProblem> run(const std::string& deletionDate) {
@@ -103,9 +105,9 @@ class Move {
   std::optional<TrashProblem> mountedVolume() const {
     if (item_.mount != source_.place.mount) return itemProblem(EBUSY);
     if (!isFolder(item_)) return std::nullopt;
-    const MountTable mounts;
-    if (!mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
-    return mounts.hasMountBelow(path_) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
+    const auto mounts = volumes_.now();
+    if (!*mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
+    return mounts->hasMountBelow(path_) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
   }
 
   std::string_view recordedPath() const {
@@ -181,6 +183,7 @@ class Move {
   const std::string& name_;
   const TrashDirectory& trash_;
   FileSystemUser& acting_;
+  MountedVolumes& volumes_;
   std::string path_;
   Place item_;
   bool madeInfo_ = false;
@@ -190,9 +193,9 @@ class Move {
 
 std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
                                         const TrashDirectory& trash, const std::string& deletionDate,
-                                        FileSystemUser& acting) {
+                                        FileSystemUser& acting, MountedVolumes& volumes) {
   if (!isValidName(name)) return TrashProblem{EINVAL, "that is not the name of an item"};
-  return Move(source, name, trash, acting).run(deletionDate);
+  return Move(source, name, trash, acting, volumes).run(deletionDate);
 }
 
 }  // namespace qm::linux_

@@ -15,6 +15,6 @@ namespace qm::linux_ {
 /// the user's rights and goes back to root's only where those do not suffice and the folder allows it.
 std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
                                         const TrashDirectory& trash, const std::string& deletionDate,
-                                        FileSystemUser& acting);
+                                        FileSystemUser& acting, MountedVolumes& volumes);
 
 }  // namespace qm::linux_

@@ -206,6 +206,21 @@ TEST(TrashItems, StayWhenTheMountedVolumesCannotBeSeen) {
   });
 }
 
+TEST(TrashItems, StayOrGoAsVolumesAreMountedInThemBetweenTwoCalls) {
+  World::play([](World& world) {
+    world.makeFolder("/home/u/first");
+    world.makeFolder("/home/u/holder");
+    world.makeFolder("/home/u/holder/inner");
+    EXPECT_TRUE(world.recycle("/home/u", "first"));
+    world.mountVolume("/home/u/holder/inner", "mode=0755,uid=501");
+    EXPECT_EQ(world.recycle("/home/u", "holder").code(), EBUSY);
+    EXPECT_EQ(world.recycle("/home/u", "holder").code(), EBUSY);
+    ASSERT_EQ(::umount("/home/u/holder/inner"), 0) << errno;
+    EXPECT_TRUE(world.recycle("/home/u", "holder"));
+    expectInHomeTrash(world, "/home/u/holder");
+  });
+}
+
 // File systems without a rename that does not replace.
 
 class TrashOnOldFileSystems : public ::testing::TestWithParam<int> {};
