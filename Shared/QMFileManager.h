@@ -17,6 +17,9 @@ using OSStatus = std::int32_t;
 /// Whether a plain attempt that failed is repeated with administrator rights.
 enum class ShouldAuth : bool { No, Yes };
 
+/// Whether an archive holds a folder, or its contents alone.
+enum class IncludeParent : bool { No, Yes };
+
 /// Whether the creation date is set along with the others.
 enum class SetCreationDate : bool { No, Yes };
 
@@ -175,6 +178,17 @@ class QMFileManager {
   /// hears that is not looked at.
   static void notifyFileSystemChanged(const std::string& path);
 
+  /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder by the system's zip
+  /// tool, and waits for it. What is at the destination goes to the Trash first; where that fails it stays, nothing
+  /// else is tried, and the tool replaces it. Answers whether the archive is there afterwards, which an old one is as
+  /// well. Nothing is reported.
+  static bool compressFile(const std::string& item, const std::string& destinationFile, IncludeParent includeParent);
+  /// `compressFile:toDestinationFile:`. With the folder.
+  static bool compressFile(const std::string& item, const std::string& destinationFile);
+  /// `decompressFile:toDestinationFolder:`. Unpacks a zip archive in the same way. What is at the destination goes to
+  /// the Trash even when there is no such archive.
+  static bool decompressFile(const std::string& archive, const std::string& destinationFolder);
+
   /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
   /// of 1024 up to gigabytes.
   static std::string formatFileSize(double size);
@@ -231,6 +245,13 @@ class QMFileManager {
   template <class... Rest>
   static std::optional<std::string> decodeWildcardPath(std::nullptr_t, const Rest&...) = delete;
   static std::optional<std::string> decodeWildcardPath(const std::string&, std::nullptr_t) = delete;
+  template <class... Rest>
+  static bool compressFile(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool compressFile(const std::string&, std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool decompressFile(std::nullptr_t, const Rest&...) = delete;
+  static bool decompressFile(const std::string&, std::nullptr_t) = delete;
   static std::string validateFilename(std::nullptr_t) = delete;
   static unsigned finderColorIndexForPath(std::nullptr_t) = delete;
   static std::optional<qm::foundation::Color> finderColorForPath(std::nullptr_t) = delete;

@@ -12,8 +12,8 @@
 namespace qm::testing {
 
 /// A machine with two processors and 8 GiB, running "Version 12.0 (Fake)", and a program
-/// /Applications/Demo.app/Contents/MacOS/Demo of version "1.2.3". Unique strings count up:
-/// "unique-1", "unique-2" and so on.
+/// /Applications/Demo.app/Contents/MacOS/Demo of version "1.2.3". The zip tool is /usr/bin/ditto. Unique strings count
+/// up: "unique-1", "unique-2" and so on.
 class FakeSystemInformation : public platform::SystemInformation {
  public:
   explicit FakeSystemInformation(Calls& calls) : calls_(calls) {}
@@ -22,6 +22,7 @@ class FakeSystemInformation : public platform::SystemInformation {
   void setProcessorCount(int count) { set(processorCount_, count); }
   void setPhysicalMemory(std::uint64_t bytes) { set(physicalMemory_, bytes); }
   void setExecutablePath(const std::optional<std::string>& path) { set(executablePath_, path); }
+  void setZipToolPath(const std::string& path) { set(zipToolPath_, path); }
   void setBundleVersion(const std::optional<std::string>& version) { set(bundleVersion_, version); }
 
   std::string operatingSystemVersion() const override {
@@ -48,6 +49,10 @@ class FakeSystemInformation : public platform::SystemInformation {
     if (calls_.question("systemInformation.bundleVersion")) return std::nullopt;
     return get(bundleVersion_);
   }
+  std::string zipToolPath() const override {
+    calls_.note("systemInformation.zipToolPath");
+    return get(zipToolPath_);
+  }
 
  private:
   template <class Value>
@@ -68,6 +73,7 @@ class FakeSystemInformation : public platform::SystemInformation {
   std::uint64_t physicalMemory_ = 8'589'934'592;
   std::optional<std::string> executablePath_ = "/Applications/Demo.app/Contents/MacOS/Demo";
   std::optional<std::string> bundleVersion_ = "1.2.3";
+  std::string zipToolPath_ = "/usr/bin/ditto";
   mutable std::atomic<unsigned> uniqueStrings_{0};
 };
 

@@ -13,8 +13,7 @@ struct PrivilegePrograms {
   std::string terminalAgent = "/usr/bin/pkttyagent";
 };
 
-/// Ours are looked for where they are installed, seen from the running program: in ../libexec, else beside
-/// it, as in a build folder.
+/// Ours are looked for from where the running program is (OwnPrograms.h).
 PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable);
 
 }  // namespace qm::linux_

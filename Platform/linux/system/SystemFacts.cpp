@@ -11,6 +11,7 @@
 
 #include "Platform/foundation/Format.h"
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/system/OwnPrograms.h"
 #include "Platform/linux/system/SmallFile.h"
 
 namespace qm::linux_ {
@@ -117,5 +118,7 @@ std::optional<std::string> SystemFacts::bundleVersion() const {
   }
   return std::nullopt;
 }
+
+std::string SystemFacts::zipToolPath() const { return ownProgram(executable_, "tessaly-ditto"); }
 
 }  // namespace qm::linux_

@@ -30,6 +30,8 @@ class SystemFacts : public platform::SystemInformation {
   std::string globallyUniqueString() const override;
   std::optional<std::string> executablePath() const override;
   std::optional<std::string> bundleVersion() const override;
+  /// The tool of ours, in Platform/linux/archives.
+  std::string zipToolPath() const override;
 
  private:
   const platform::PropertyLists& propertyLists_;

@@ -1,0 +1,168 @@
+#include "Platform/linux/archives/ExtractionFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+
+#include "Platform/linux/archives/ArchiveProblem.h"
+#include "Platform/linux/archives/EntryName.h"
+#include "Platform/linux/archives/NewFile.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/Publish.h"
+
+namespace qm::linux_ {
+namespace {
+
+using platform::Status;
+using posix::errorOf;
+
+constexpr int kStepFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr mode_t kNewFolder = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// Makes a link, in place of a link or file that has the name.
+int makeLink(const std::string& target, int folder, const std::string& name) {
+  if (::symlinkat(target.c_str(), folder, name.c_str()) == 0) return 0;
+  if (errno != EEXIST) return errno;
+  if (const int obstacle = obstacleToReplacing(folder, name)) return obstacle;
+  const std::string temporary = posix::temporaryName();
+  if (::symlinkat(target.c_str(), folder, temporary.c_str()) != 0) return errno;
+  const int error = errorOf(::renameat(folder, temporary.c_str(), folder, name.c_str()));
+  if (error != 0) ::unlinkat(folder, temporary.c_str(), 0);
+  return error;
+}
+
+/// A file that says it is larger than all that is free is not begun: it would fill the volume first.
+int obstacleToSize(int file, const std::optional<std::uint64_t>& size) {
+  struct statvfs volume {};
+  if (!size || ::fstatvfs(file, &volume) != 0) return 0;
+  return *size / volume.f_frsize > volume.f_bfree ? ENOSPC : 0;
+}
+
+Status answer(const std::string& name, int error) {
+  switch (error) {
+    case 0:
+      return Status::success();
+    case ELOOP:
+      return problemWith(name, "It would be written through a link");
+    case EISDIR:
+      return problemWith(name, "A folder has its name");
+    case ENOTDIR:
+      return problemWith(name, "Something that is no folder is in its way");
+    default:
+      return problemWith(name, error);
+  }
+}
+
+Status copyInto(NewFile& file, ZipReader& reader, const ZipEntry& entry, const std::function<bool()>& isStopped) {
+  for (std::string_view block;;) {
+    if (isStopped()) return problemWith(entry.name, EINTR);
+    if (Status status = reader.read(block); !status) return status;
+    if (block.empty()) return Status::success();
+    if (const int error = file.write(block)) return answer(entry.name, error);
+  }
+}
+
+}  // namespace
+
+Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std::function<bool()>& isStopped) {
+  std::vector<std::string> path;
+  if (Status status = takeApart(entry.name, path); !status) return status;
+  if (entry.isEncrypted) return problemWith(entry.name, "It is encrypted");
+  if (entry.kind == ZipEntry::Kind::Other)
+    return problemWith(entry.name, "It is neither a file nor a folder nor a link");
+  if (entry.kind == ZipEntry::Kind::Folder) return answer(entry.name, addFolder(path, entry));
+  if (path.empty()) return answer(entry.name, EISDIR);
+  const std::string name = std::move(path.back());
+  path.pop_back();
+  if (const int error = goTo(std::move(path))) return answer(entry.name, error);
+  if (entry.kind == ZipEntry::Kind::Link) return answer(entry.name, addLink(name, entry));
+  return addFile(name, entry, reader, isStopped);
+}
+
+Status ExtractionFolder::finish() {
+  // What is deep comes first: a folder may shut its owner out.
+  std::stable_sort(folders_.begin(), folders_.end(),
+                   [](const Folder& a, const Folder& b) { return a.path.size() > b.path.size(); });
+  for (Folder& folder : folders_) {
+    const std::string name = folder.path.back();
+    if (const int error = settle(std::move(folder))) return answer(name, error);
+  }
+  folders_.clear();
+  return Status::success();
+}
+
+/// Goes to a folder, making what is missing. The way begins at the folder of the last item where that is on it.
+int ExtractionFolder::goTo(std::vector<std::string> path) {
+  std::size_t known = path_.size();
+  if (known > path.size() || !std::equal(path_.begin(), path_.end(), path.begin())) {
+    known = 0;
+    here_.reset();
+  }
+  path_.clear();
+  for (std::size_t i = known; i < path.size(); ++i) {
+    if (const int error = step(path[i])) {
+      here_.reset();
+      return error;
+    }
+  }
+  path_ = std::move(path);
+  return 0;
+}
+
+int ExtractionFolder::step(const std::string& name) {
+  posix::UniqueFd next(::openat(here(), name.c_str(), kStepFlags));
+  if (!next && errno == ENOENT) {
+    if (::mkdirat(here(), name.c_str(), kNewFolder) != 0 && errno != EEXIST) return errno;
+    next.reset(::openat(here(), name.c_str(), kStepFlags));
+  }
+  if (!next) {
+    const int error = errno;
+    struct stat attributes {};
+    const bool isLink =
+        ::fstatat(here(), name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(attributes.st_mode);
+    return isLink ? ELOOP : error;
+  }
+  here_ = std::move(next);
+  return 0;
+}
+
+int ExtractionFolder::addFolder(const std::vector<std::string>& path, const ZipEntry& entry) {
+  if (const int error = goTo(path)) return error;
+  if (!path.empty()) folders_.push_back({path, entry.permissions, entry.modified});
+  return 0;
+}
+
+int ExtractionFolder::addLink(const std::string& name, const ZipEntry& entry) {
+  if (const int error = makeLink(entry.target, here(), name)) return error;
+  if (!entry.modified) return 0;
+  const timespec times[] = {*entry.modified, *entry.modified};
+  return errorOf(::utimensat(here(), name.c_str(), times, AT_SYMLINK_NOFOLLOW));
+}
+
+Status ExtractionFolder::addFile(const std::string& name, const ZipEntry& entry, ZipReader& reader,
+                                 const std::function<bool()>& isStopped) {
+  NewFile file;
+  if (const int error = file.begin(here(), name)) return answer(entry.name, error);
+  if (const int error = obstacleToSize(file.descriptor(), entry.size)) return answer(entry.name, error);
+  if (Status status = copyInto(file, reader, entry, isStopped); !status) return status;
+  return answer(entry.name, file.finish(entry.permissions, entry.modified));
+}
+
+int ExtractionFolder::settle(Folder folder) {
+  const std::string name = std::move(folder.path.back());
+  folder.path.pop_back();
+  if (const int error = goTo(std::move(folder.path))) return error;
+  const posix::UniqueFd made(::openat(here(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!made) return errno;
+  if (::fchmod(made.get(), folder.permissions) != 0) return errno;
+  if (!folder.modified) return 0;
+  const timespec times[] = {*folder.modified, *folder.modified};
+  return errorOf(::futimens(made.get(), times));
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qm::linux_ {
+
+enum class KeepParent : bool { No, Yes };
+
+/// What the zip tool is asked for.
+struct ToolArguments {
+  enum class Command { Compress, Extract };
+
+  Command command = Command::Compress;
+  KeepParent keepParent = KeepParent::No;
+  std::string source;
+  std::string destination;
+};
+
+/// Reads "-ck [--keepParent] ITEM ARCHIVE" and "-xk ARCHIVE FOLDER". The letters may stand apart ("-c -k"), options
+/// come before the paths, and "--" ends them. Nil for anything else.
+std::optional<ToolArguments> parsedArguments(const std::vector<std::string>& arguments);
+
+}  // namespace qm::linux_

@@ -1,0 +1,101 @@
+#include "Platform/linux/archives/Unpacking.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "Platform/linux/archives/ArchiveProblem.h"
+#include "Platform/linux/archives/ExtractionFolder.h"
+#include "Platform/linux/archives/NewFile.h"
+#include "Platform/linux/archives/ZipReader.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/MakeFolders.h"
+#include "Platform/posix/Publish.h"
+#include "Platform/posix/TreeRemoval.h"
+
+namespace qm::linux_ {
+namespace {
+
+using platform::Status;
+using posix::UniqueFd;
+
+constexpr mode_t kNewFolder = S_IRWXU | S_IRWXG | S_IRWXO;
+
+Status fill(ExtractionFolder& folder, ZipReader& reader, const ArchiveRun& run) {
+  std::optional<ZipEntry> entry;
+  for (;;) {
+    if (Status status = reader.next(entry); !status) return status;
+    if (!entry) return folder.finish();
+    if (run.isStopped()) return problemWith(entry->name, EINTR);
+    if (Status status = folder.add(*entry, reader, run.isStopped); !status) return status;
+  }
+}
+
+/// A folder under a name of its own, which is removed with all that is in it unless it gets its final name.
+class NewFolder {
+ public:
+  explicit NewFolder(const posix::Place& place) : place_(place) {}
+  NewFolder(const NewFolder&) = delete;
+  NewFolder& operator=(const NewFolder&) = delete;
+  ~NewFolder() {
+    if (isMade_) posix::removeTree(place_.folder.get(), name_, posix::OpenUpFolders::Yes);
+  }
+
+  int make(UniqueFd& folder) {
+    if (::mkdirat(place_.folder.get(), name_.c_str(), kNewFolder) != 0) return errno;
+    isMade_ = true;
+    folder.reset(::openat(place_.folder.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return posix::errorOf(folder.get());
+  }
+
+  int publish() {
+    const int error = posix::renameWithoutReplacing({place_.folder.get(), name_}, {place_.folder.get(), place_.name});
+    if (error == 0) isMade_ = false;
+    return error;
+  }
+
+ private:
+  const posix::Place& place_;
+  const std::string name_ = posix::temporaryName();
+  bool isMade_ = false;
+};
+
+bool isTaken(const posix::Place& place) {
+  struct stat attributes {};
+  return ::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+Status fillNewFolder(const std::string& path, ZipReader& reader, const ArchiveRun& run) {
+  posix::Place place;
+  if (const int error = posix::makeFolders(posix::folderOf(path))) return problemWith(path, error);
+  if (const int error = posix::openPlace(path, place)) return problemWith(path, error);
+  // A link that leads nowhere.
+  if (isTaken(place)) return problemWith(path, EEXIST);
+  NewFolder made(place);
+  UniqueFd folder;
+  if (const int error = made.make(folder)) return problemWith(path, error);
+  ExtractionFolder extraction(std::move(folder));
+  if (Status status = fill(extraction, reader, run); !status) return status;
+  const int error = made.publish();
+  return error == 0 ? Status::success() : problemWith(path, error);
+}
+
+}  // namespace
+
+Status unpackArchive(const std::string& archive, const std::string& folder, const ArchiveRun& run) {
+  if (const int error = posix::pathError(folder)) return problemWith(folder, error);
+  ZipReader reader;
+  if (Status status = reader.open(archive); !status) return status;
+  UniqueFd existing(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!existing && errno == ENOENT) return fillNewFolder(folder, reader, run);
+  if (!existing) return problemWith(folder, errno);
+  ExtractionFolder extraction(std::move(existing));
+  return fill(extraction, reader, run);
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "Platform/Status.h"
+#include "Platform/linux/archives/ArchiveRun.h"
+
+namespace qm::linux_ {
+
+/// Unpacks a zip archive into a folder; both paths are absolute, and links to both are followed. A folder that is not
+/// there is made, with those above it, and has its name only when everything is in it: after a failure nothing is
+/// there. One that is there is merged with the archive, and what was unpacked before a failure stays. The first item
+/// that cannot be unpacked, or would go elsewhere (ExtractionFolder.h), ends the run.
+platform::Status unpackArchive(const std::string& archive, const std::string& folder, const ArchiveRun& run);
+
+}  // namespace qm::linux_
