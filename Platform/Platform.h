@@ -6,6 +6,7 @@ class AuthorizationServices;
 class Clock;
 class Console;
 class DesktopShell;
+class FileOperations;
 class FileReferences;
 class FileSystem;
 class FinderInformation;
@@ -28,6 +29,7 @@ struct Platform {
   Clock* clock = nullptr;
   Console* console = nullptr;
   DesktopShell* desktopShell = nullptr;
+  FileOperations* fileOperations = nullptr;
   FileReferences* fileReferences = nullptr;
   FileSystem* fileSystem = nullptr;
   FinderInformation* finderInformation = nullptr;

@@ -17,6 +17,7 @@
 #include "Platform/linux/system/SystemFacts.h"
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
+#include "Platform/posix/PosixFileOperations.h"
 #include "Platform/posix/PosixFileSystem.h"
 #include "Platform/posix/process/PosixTasks.h"
 
@@ -36,12 +37,14 @@ struct Services {
         facts(propertyLists, executable),
         authorization(console, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
+        fileOperations(frontEnd.mainThread, threads, clock),
         trash(users, clock),
         desktopShell(users, tasks) {
     platform.authorizationServices = &authorization;
     platform.clock = &clock;
     platform.console = &console;
     platform.desktopShell = &desktopShell;
+    platform.fileOperations = &fileOperations;
     platform.fileReferences = &fileReferences;
     platform.fileSystem = &fileSystem;
     platform.finderInformation = &finderInformation;
@@ -69,6 +72,7 @@ struct Services {
   platform::StandardThreads threads;
   posix::PosixTasks tasks;
   posix::PosixFileSystem fileSystem;
+  posix::PosixFileOperations fileOperations;
   LinuxItemLocks itemLocks;
   BundlePackages packages;
   FreedesktopTrash trash;

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace qm::platform {
+
+/// How an asynchronous file operation, or a call about one, has ended: 0 is success and
+/// `userCanceledErr` a cancelled operation. Any other value is the system's own number, an `OSStatus` on
+/// macOS and an `errno` number elsewhere.
+using FileOperationStatus = std::int32_t;
+inline constexpr FileOperationStatus userCanceledErr = -128;
+
+enum class FileOperationStage : std::uint32_t { Undefined, Preflighting, Running, Complete };
+
+/// The entries of a status dictionary. Bytes are those of the contents of files, holes included; objects
+/// are files, folders, links and whatever else there is, the item that is copied among them.
+inline constexpr const char* kFSOperationTotalBytesKey = "kFSOperationTotalBytesKey";
+inline constexpr const char* kFSOperationBytesCompleteKey = "kFSOperationBytesCompleteKey";
+inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesRemainingKey";
+inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";
+inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";
+inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";
+inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
+inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
+inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOperationUserVisibleObjectsRemainingKey";
+/// Bytes a second, from the beginning of the copying on.
+inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
+using FileOperationStatusDictionary = std::map<std::string, std::uint64_t>;
+
+/// One asynchronous operation: opaque, used once.
+class FileOperation {
+ public:
+  virtual ~FileOperation() = default;
+};
+using FileOperationRef = std::shared_ptr<FileOperation>;
+
+/// What is told about an operation.
+struct FileOperationReport {
+  FileOperationStage stage = FileOperationStage::Undefined;
+  /// The path of the item in question: of the source while it is copied, in the end that of the copy; nil
+  /// where there is none.
+  std::optional<std::string> currentItem{};
+  FileOperationStatus error = 0;
+  std::optional<FileOperationStatusDictionary> statusDictionary{};
+};
+using FileOperationCallback = std::function<void(const FileOperationRef& operation, const FileOperationReport& report)>;
+
+/// What is to be copied: `source`, into the existing folder `destinationFolder`, under `newName`, a single path
+/// component. Paths are absolute.
+struct CopyObjectRequest {
+  std::string source;
+  std::string destinationFolder;
+  std::string newName;
+  std::chrono::milliseconds statusInterval{1000};
+  FileOperationCallback callback;
+};
+
+/// Copying in the background. Any thread, but `unschedule` inside a callback comes from the main thread.
+class FileOperations {
+ public:
+  virtual ~FileOperations() = default;
+
+  /// A new operation, never null.
+  virtual FileOperationRef create() = 0;
+  /// From now on the operation's reports come on the main thread, from its event loop.
+  virtual FileOperationStatus scheduleWithMainRunLoop(const FileOperationRef& operation) = 0;
+  /// No report comes any more; what the operation does goes on.
+  virtual FileOperationStatus unscheduleFromMainRunLoop(const FileOperationRef& operation) = 0;
+
+  /// Starts to copy a file or a tree and returns; an operation that is not scheduled, or was used before, is
+  /// refused. The copy has modes, times, extended attributes, the owner where the process may set it, links
+  /// as links. It never replaces anything, and never is there a part of it under the new name: after a
+  /// failure or a cancellation there is nothing. The source stays as it is.
+  ///
+  /// The operation lives on by itself until its end. Reports: at the beginning of a stage and then, in the
+  /// same stage, at most once per interval; a status dictionary comes with those of the running stage. None
+  /// is about progress after the operation was cancelled. The last is of the stage Complete, exactly
+  /// once, whatever the end was, and then the callback is let go of. After a refusal it is let go of at once.
+  virtual FileOperationStatus copyObject(const FileOperationRef& operation, const CopyObjectRequest& request) = 0;
+  /// Has the operation end soon, with `userCanceledErr` unless it had ended by itself. Does not wait for
+  /// that.
+  virtual FileOperationStatus cancel(const FileOperationRef& operation) = 0;
+};
+
+}  // namespace qm::platform

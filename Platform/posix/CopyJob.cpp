@@ -1,0 +1,109 @@
+#include "Platform/posix/CopyJob.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/Move.h"
+
+namespace qm::posix {
+
+using platform::FileOperationReport;
+using platform::FileOperationStage;
+using platform::FileOperationStatusDictionary;
+
+namespace {
+
+bool isFolder(const std::string& path) {
+  struct stat attributes {};
+  return ::lstat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+}
+
+}  // namespace
+
+CopyJob::CopyJob(std::shared_ptr<CopyOperation> operation, const platform::CopyObjectRequest& request,
+                 const platform::Clock& clock)
+    : operation_(std::move(operation)),
+      source_(withoutTrailingSlashes(request.source)),
+      destination_(foundation::appendingPathComponent(request.destinationFolder, request.newName)),
+      interval_(request.statusInterval),
+      clock_(clock),
+      start_(clock.monotonicNow()),
+      total_(std::make_shared<TreeCounter>()) {}
+
+void CopyJob::run(platform::Threads& threads) {
+  report(FileOperationStage::Preflighting, start_);
+  count(threads);
+  const FileError error = copyTree(source_, destination_, *this);
+  total_->stop();
+  total_->waitUntilFinished();  // the source is let go of before the end is reported
+  reportEnd(error.code);
+}
+
+/// A tree is counted aside, so that it costs the copying no time; without a thread for that, beforehand.
+void CopyJob::count(platform::Threads& threads) {
+  const auto counting = [total = total_, source = source_] { total->count(source); };
+  if (!isFolder(source_) || !threads.detachNewThread(counting)) counting();
+}
+
+int CopyJob::itemBegins(std::string_view folder, std::string_view name) {
+  current_.assign(folder);
+  if (!name.empty()) current_.append("/").append(name);
+  return goOn();
+}
+
+int CopyJob::bytesCopied(std::uint64_t count) {
+  bytes_ += count;
+  return goOn();
+}
+
+int CopyJob::goOn() {
+  if (operation_->isCancelled()) return ECANCELED;
+  const FileOperationStage stage =
+      total_->isFinished() ? FileOperationStage::Running : FileOperationStage::Preflighting;
+  const Time now = clock_.monotonicNow();
+  if (stage != stage_ || now - lastReport_ >= interval_) report(stage, now);
+  return 0;
+}
+
+void CopyJob::report(FileOperationStage stage, Time now) {
+  FileOperationReport report{stage, source_ + current_};
+  if (stage == FileOperationStage::Running) report.statusDictionary = status(now);
+  if (!operation_->report(std::move(report))) return;
+  stage_ = stage;
+  lastReport_ = now;
+}
+
+/// Of every success something of the running stage is told first, however short it was.
+void CopyJob::reportEnd(int error) {
+  if (error == 0 && stage_ != FileOperationStage::Running) report(FileOperationStage::Running, clock_.monotonicNow());
+  FileOperationReport end{FileOperationStage::Complete};
+  if (error == 0) end.currentItem = destination_;
+  end.error = error == ECANCELED ? platform::userCanceledErr : error;
+  operation_->report(std::move(end));
+}
+
+FileOperationStatusDictionary CopyJob::status(Time now) const {
+  // What was added to the source since it was counted is copied, too.
+  const std::uint64_t totalBytes = std::max(total_->bytes(), bytes_);
+  const std::uint64_t totalObjects = std::max(total_->objects(), objects_);
+  const double seconds = std::chrono::duration<double>(now - start_).count();
+  const auto throughput = seconds > 0 ? static_cast<std::uint64_t>(static_cast<double>(bytes_) / seconds) : 0;
+  return {{platform::kFSOperationTotalBytesKey, totalBytes},
+          {platform::kFSOperationBytesCompleteKey, bytes_},
+          {platform::kFSOperationBytesRemainingKey, totalBytes - bytes_},
+          {platform::kFSOperationTotalObjectsKey, totalObjects},
+          {platform::kFSOperationObjectsCompleteKey, objects_},
+          {platform::kFSOperationObjectsRemainingKey, totalObjects - objects_},
+          // Desktops here show what a package holds, so that every object is one that people see.
+          {platform::kFSOperationTotalUserVisibleObjectsKey, totalObjects},
+          {platform::kFSOperationUserVisibleObjectsCompleteKey, objects_},
+          {platform::kFSOperationUserVisibleObjectsRemainingKey, totalObjects - objects_},
+          {platform::kFSOperationThroughputKey, throughput}};
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Platform/Clock.h"
+#include "Platform/FileOperations.h"
+#include "Platform/Threads.h"
+#include "Platform/posix/CopyObserver.h"
+#include "Platform/posix/CopyOperation.h"
+#include "Platform/posix/TreeCounter.h"
+
+namespace qm::posix {
+
+/// The work of an asynchronous copy. What a tree holds is counted by another thread while the copying
+/// has already begun; until all is counted the stage is still the preflight.
+class CopyJob final : public CopyObserver {
+ public:
+  CopyJob(std::shared_ptr<CopyOperation> operation, const platform::CopyObjectRequest& request,
+          const platform::Clock& clock);
+
+  /// Copies, and makes all reports. `threads` may have none left.
+  void run(platform::Threads& threads);
+
+  int itemBegins(std::string_view folder, std::string_view name) override;
+  int bytesCopied(std::uint64_t count) override;
+  void itemCopied() override { ++objects_; }
+
+ private:
+  using Time = std::chrono::steady_clock::time_point;
+
+  void count(platform::Threads& threads);
+  int goOn();
+  void report(platform::FileOperationStage stage, Time now);
+  void reportEnd(int error);
+  platform::FileOperationStatusDictionary status(Time now) const;
+
+  const std::shared_ptr<CopyOperation> operation_;
+  const std::string source_;
+  const std::string destination_;
+  const std::chrono::milliseconds interval_;
+  const platform::Clock& clock_;
+  const Time start_;
+  const std::shared_ptr<TreeCounter> total_;
+  std::uint64_t objects_ = 0;
+  std::uint64_t bytes_ = 0;
+  std::string current_;  ///< the item that is copied, from the source on
+  platform::FileOperationStage stage_ = platform::FileOperationStage::Undefined;
+  Time lastReport_;
+};
+
+}  // namespace qm::posix

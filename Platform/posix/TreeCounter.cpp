@@ -1,0 +1,44 @@
+#include "Platform/posix/TreeCounter.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/TreeWalk.h"
+
+namespace qm::posix {
+
+class TreeCounter::Visitor : public TreeVisitor {
+ public:
+  explicit Visitor(TreeCounter& counter) : counter_(counter) {}
+
+  int entered(const FolderChain&, const std::string&) override { return add(0); }
+  int item(int folder, const std::string& name) override {
+    struct stat attributes {};
+    if (::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return 0;
+    return add(S_ISREG(attributes.st_mode) ? static_cast<std::uint64_t>(attributes.st_size) : 0);
+  }
+  int left(int, int, const std::string&) override { return 0; }
+  /// The lone item that is no folder comes here as well.
+  int cannotEnter(int parent, const std::string& name, int) override { return item(parent, name); }
+
+ private:
+  int add(std::uint64_t bytes) {
+    // One thread writes, so nothing is lost between reading and writing.
+    counter_.objects_.store(counter_.objects_ + 1, std::memory_order_relaxed);
+    counter_.bytes_.store(counter_.bytes_ + bytes, std::memory_order_relaxed);
+    return counter_.stopped_ ? ECANCELED : 0;
+  }
+
+  TreeCounter& counter_;
+};
+
+void TreeCounter::count(const std::string& path) {
+  Visitor visitor(*this);
+  Place place;
+  if (openPlace(path, place) == 0) static_cast<void>(walkTree(place.folder.get(), place.name, visitor));
+  finished_ = true;
+  finished_.notify_all();
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace qm::posix {
+
+/// Counts an item and all that is below it. One thread counts; others may read the numbers so far, ask
+/// whether they are final, and end the counting.
+class TreeCounter {
+ public:
+  /// Takes as long as reading all folders does; what cannot be read is left out. Called once.
+  void count(const std::string& path);
+
+  /// Has `count` return soon.
+  void stop() { stopped_ = true; }
+  bool isFinished() const { return finished_; }
+  void waitUntilFinished() const { finished_.wait(false); }
+
+  std::uint64_t objects() const { return objects_; }
+  /// Of the contents of regular files, holes included.
+  std::uint64_t bytes() const { return bytes_; }
+
+ private:
+  class Visitor;
+
+  std::atomic<bool> stopped_{false};
+  std::atomic<bool> finished_{false};
+  std::atomic<std::uint64_t> objects_{0};
+  std::atomic<std::uint64_t> bytes_{0};
+};
+
+}  // namespace qm::posix
