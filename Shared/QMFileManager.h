@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,11 @@
 /// A reference to an item that outlives its renaming, and a status of the desktop: 0 is success.
 using FSRef = qm::platform::FileReference;
 using OSStatus = std::int32_t;
+
+class FileOperationDelegate;
+namespace qm::platform {
+class FileOperation;
+}
 
 /// Whether a plain attempt that failed is repeated with administrator rights.
 enum class ShouldAuth : bool { No, Yes };
@@ -189,6 +195,24 @@ class QMFileManager {
   /// the Trash even when there is no such archive.
   static bool decompressFile(const std::string& archive, const std::string& destinationFolder);
 
+  /// `copyFileWithProgress:destination:delegate:object:object:`. Begins to copy a file or folder in the background, and
+  /// answers whether that was possible; the console says why not. The destination is the folder, made when it is
+  /// missing, plus the new name; what has that name already is not replaced. The delegate hears about progress once a
+  /// second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; it, both
+  /// objects and the paths come with every report. A copy that fails or is cancelled leaves nothing.
+  static bool copyFileWithProgress(const std::string& source, const std::string& destination,
+                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<void>& object, const std::shared_ptr<void>& object2);
+  /// `copyFileWithProgress:destination:delegate:object:`. Without the second object.
+  static bool copyFileWithProgress(const std::string& source, const std::string& destination,
+                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<void>& object);
+  /// `cancelFileOperation:`. Has a copy end soon; the delegate hears of the end. Takes what the delegate was given.
+  static void cancelFileOperation(const std::shared_ptr<qm::platform::FileOperation>& fileOperation);
+  /// `waitForFileWrites:`. Returns when the item was not modified for more than 4 seconds, or is gone; a link is not
+  /// followed. Logs the beginning and the end of a wait. There is no limit.
+  static void waitForFileWrites(const std::string& path);
+
   /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
   /// of 1024 up to gigabytes.
   static std::string formatFileSize(double size);
@@ -253,6 +277,11 @@ class QMFileManager {
   static bool decompressFile(std::nullptr_t, const Rest&...) = delete;
   static bool decompressFile(const std::string&, std::nullptr_t) = delete;
   static std::string validateFilename(std::nullptr_t) = delete;
+  template <class... Rest>
+  static bool copyFileWithProgress(std::nullptr_t, const Rest&...) = delete;
+  template <class... Rest>
+  static bool copyFileWithProgress(const std::string&, std::nullptr_t, const Rest&...) = delete;
+  static void waitForFileWrites(std::nullptr_t) = delete;
   static unsigned finderColorIndexForPath(std::nullptr_t) = delete;
   static std::optional<qm::foundation::Color> finderColorForPath(std::nullptr_t) = delete;
   static void setFinderColorIndex(unsigned, std::nullptr_t) = delete;

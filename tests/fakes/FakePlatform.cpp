@@ -15,6 +15,7 @@ FakePlatform::FakePlatform() {
   platform.clock = &clock;
   platform.console = &console;
   platform.desktopShell = &desktopShell;
+  platform.fileOperations = &fileOperations;
   platform.fileReferences = &fileReferences;
   platform.fileSystem = &fileSystem;
   platform.finderInformation = &finderInformation;
@@ -38,6 +39,7 @@ void FakePlatform::end() {
   clock.wakeAll();
   authorizationServices.closeOutputs();
   tasks.endAll();
+  fileOperations.abandonAll();
   mainThread.close();
   (void)threads.waitUntilAllEnded();
 }

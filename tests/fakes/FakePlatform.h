@@ -11,6 +11,7 @@
 #include "tests/fakes/FakeConsole.h"
 #include "tests/fakes/FakeDesktopShell.h"
 #include "tests/fakes/FakeDisk.h"
+#include "tests/fakes/FakeFileOperations.h"
 #include "tests/fakes/FakeFileReferences.h"
 #include "tests/fakes/FakeFileSystem.h"
 #include "tests/fakes/FakeFinderInformation.h"
@@ -71,6 +72,7 @@ struct FakePlatform {
   FakeMainThread mainThread{calls, clock};
   FakeThreads threads{calls};
   FakeFileSystem fileSystem{calls, disk};
+  FakeFileOperations fileOperations{calls, disk, mainThread};
   FakeFileReferences fileReferences{calls, disk};
   FakeFinderInformation finderInformation{calls, disk};
   FakeDesktopShell desktopShell{calls, disk};
