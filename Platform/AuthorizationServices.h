@@ -59,6 +59,9 @@ class AuthorizationServices {
   /// Makes a session without rights. `environment` is empty or holds credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
+  /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
+  /// it. Starts and asks nothing.
+  virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.
   virtual AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,

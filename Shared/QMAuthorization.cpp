@@ -153,7 +153,10 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
     async == Async::Yes ? QMTask::runTaskAndReturn(path, parameters) : void(QMTask::runTask(path, parameters));
     return errAuthorizationSuccess;
   }
-  if (!isAuthorized()) authStart();
+  if (!isAuthorized()) {
+    if (hasGUI_) platform().authorizationServices->announce(path, parameters);
+    authStart();
+  }
   if (!isAuthorized()) return kNotAuthorized;
 
   std::shared_ptr<CommunicationsPipe> pipe;

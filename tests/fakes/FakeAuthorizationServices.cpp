@@ -99,6 +99,11 @@ std::vector<std::vector<std::string>> FakeAuthorizationServices::executions() co
   return lines;
 }
 
+std::vector<std::vector<std::string>> FakeAuthorizationServices::announcements() const {
+  const std::scoped_lock lock(mutex_);
+  return announced_;
+}
+
 std::size_t FakeAuthorizationServices::openSessions() const {
   const std::scoped_lock lock(mutex_);
   return open_.size();
@@ -150,6 +155,12 @@ AuthorizationStatus FakeAuthorizationServices::create(const AuthorizationItems& 
   const AuthorizationRef made = status == platform::errAuthorizationSuccess ? openSession() : nullptr;
   if (made != nullptr) *session = made;
   return keep({"create", made, {}, environment, flags, {}, {}, 0}, status);
+}
+
+void FakeAuthorizationServices::announce(const std::string& tool, const std::vector<std::string>& arguments) {
+  const std::scoped_lock lock(mutex_);
+  announced_.push_back(arguments);
+  announced_.back().insert(announced_.back().begin(), tool);
 }
 
 AuthorizationStatus FakeAuthorizationServices::copyRights(AuthorizationRef session, const AuthorizationItems& rights,

@@ -55,6 +55,8 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   std::vector<AuthorizationCall> calls(const std::string& operation) const;
   /// The command lines started, path first.
   std::vector<std::vector<std::string>> executions() const;
+  /// The command lines that rights were announced for, path first.
+  std::vector<std::vector<std::string>> announcements() const;
   /// Sessions that were made or handed down and not freed.
   std::size_t openSessions() const;
   /// Pipes that were given out and that somebody still holds.
@@ -65,6 +67,7 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
                                        platform::AuthorizationFlags flags,
                                        platform::AuthorizationRef* session) override;
+  void announce(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyRights(platform::AuthorizationRef session,
                                            const platform::AuthorizationItems& rights,
                                            const platform::AuthorizationItems& environment,
@@ -97,6 +100,7 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   std::vector<platform::AuthorizationRef> open_;
   platform::AuthorizationRef parentSession_ = nullptr;
   std::vector<AuthorizationCall> made_;
+  std::vector<std::vector<std::string>> announced_;
   std::shared_ptr<Outputs> outputs_;
   std::vector<std::weak_ptr<platform::CommunicationsPipe>> pipes_;
 };

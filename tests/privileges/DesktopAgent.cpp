@@ -4,7 +4,8 @@
 //   test-desktop-agent PROCESS START-TIME ANSWER...
 //
 // Each dialog takes the next answer, and the last one again and again: "cancel", or passwords with slashes
-// between them, which are tried one after the other. The user is the first administrator offered.
+// between them, which are tried one after the other. The user is the first administrator offered, or the one whose
+// name and a colon stand before the passwords.
 
 #include <glib-unix.h>
 #include <polkitagent/polkitagent.h>
@@ -34,6 +35,20 @@ std::vector<std::string> split(const std::string& text) {
   std::istringstream stream(text);
   for (std::string part; std::getline(stream, part, '/');) parts.push_back(part);
   return parts;
+}
+
+// The administrator whose name an answer begins with; the name is taken away. The first one where there is none.
+PolkitIdentity* identityFor(std::string& answer, GList* identities) {
+  const std::size_t colon = answer.find(':');
+  if (colon == std::string::npos) return static_cast<PolkitIdentity*>(identities->data);
+  const std::string name = answer.substr(0, colon);
+  answer.erase(0, colon + 1);
+  for (GList* entry = identities; entry != nullptr; entry = entry->next) {
+    auto* identity = static_cast<PolkitIdentity*>(entry->data);
+    if (POLKIT_IS_UNIX_USER(identity) && name == polkit_unix_user_get_name(POLKIT_UNIX_USER(identity))) return identity;
+  }
+  std::fprintf(stderr, "test-desktop-agent: %s is not offered\n", name.c_str());
+  ::_exit(1);
 }
 
 void tryPassword(Dialog* dialog);
@@ -66,14 +81,14 @@ void beginDialog(PolkitAgentListener* agent, const gchar* action, const gchar* m
   std::printf("%s\t%s\n", action, message);
   std::fflush(stdout);
   GTask* task = g_task_new(agent, cancellable, callback, data);
-  const std::string answer = answers[nextAnswer];
+  std::string answer = answers[nextAnswer];
   if (nextAnswer + 1 < answers.size()) ++nextAnswer;
   if (answer == "cancel" || identities == nullptr) {
     g_task_return_new_error(task, POLKIT_ERROR, POLKIT_ERROR_CANCELLED, "dismissed");
     g_object_unref(task);
     return;
   }
-  auto* identity = static_cast<PolkitIdentity*>(g_object_ref(identities->data));
+  auto* identity = static_cast<PolkitIdentity*>(g_object_ref(identityFor(answer, identities)));
   tryPassword(new Dialog{task, identity, cookie, split(answer), 0});
 }
 

@@ -66,6 +66,8 @@ void startMessageBus() {
 
 }  // namespace
 
+void PrintTo(const Account& account, std::ostream* stream) { *stream << account.name; }
+
 void KeptConsole::print(std::string_view text) {
   const std::scoped_lock lock(mutex_);
   text_ += std::string(text) + "\n";

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <iosfwd>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -23,6 +24,8 @@ struct Account {
   uid_t uid;
   const char* password;
 };
+/// For the messages of tests.
+void PrintTo(const Account& account, std::ostream* stream);
 inline constexpr Account kSam{"sam", 1001, "sam's secret"};
 inline constexpr Account kAnna{"anna", 1002, "anna's secret"};
 inline constexpr Account kBea{"bea", 1003, "bea's secret"};

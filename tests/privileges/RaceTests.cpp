@@ -1,18 +1,10 @@
 // Somebody swaps folders for links while root's tools work in them.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <csignal>
-#include <new>
-
 #include "tests/privileges/LaunchMachine.h"
+#include "tests/privileges/Swapper.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -20,50 +12,6 @@ namespace {
 
 constexpr int kSwaps = 10000;
 constexpr int kRounds = 400;
-constexpr unsigned kExchange = 2;  // RENAME_EXCHANGE
-
-// Counted by the one who swaps, read by the one who works.
-struct SharedCount {
-  std::atomic<int> swaps{0};
-};
-
-SharedCount* makeSharedCount() {
-  void* memory = ::mmap(nullptr, sizeof(SharedCount), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  return memory == MAP_FAILED ? nullptr : new (memory) SharedCount;
-}
-
-bool exchange(const std::string& one, const std::string& other) {
-  return ::syscall(SYS_renameat2, AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), kExchange) == 0;
-}
-
-// Becomes the person for good and swaps until it is ended.
-[[noreturn]] void swapForEver(SharedCount& count, const std::string& folder, const std::string& link) {
-  if (::setresgid(kPerson, kPerson, kPerson) != 0 || ::setresuid(kPerson, kPerson, kPerson) != 0) ::_exit(1);
-  for (;;) {
-    if (exchange(folder, link)) ++count.swaps;
-  }
-}
-
-class Swapper {
- public:
-  Swapper(const std::string& folder, const std::string& link) : count_(makeSharedCount()) {
-    process_ = ::fork();
-    if (process_ == 0) swapForEver(*count_, folder, link);
-  }
-  Swapper(const Swapper&) = delete;
-  Swapper& operator=(const Swapper&) = delete;
-  ~Swapper() {
-    ::kill(process_, SIGKILL);
-    ::waitpid(process_, nullptr, 0);
-    ::munmap(count_, sizeof *count_);
-  }
-
-  int swaps() const { return count_->swaps; }
-
- private:
-  SharedCount* count_;
-  pid_t process_ = -1;
-};
 
 class SwappedFolder : public ::testing::Test {
  protected:
@@ -81,7 +29,7 @@ class SwappedFolder : public ::testing::Test {
       makeLink(home() + "/link", precious(), kPerson);
       makeFolder(source());
       const std::string before = listing(precious());
-      Swapper swapper(home() + "/folder", home() + "/link");
+      Swapper swapper(kPerson, home() + "/folder", home() + "/link");
       int rounds = 0;
       while (swapper.swaps() < kSwaps || rounds < kRounds) {
         work();

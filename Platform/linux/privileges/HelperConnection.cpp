@@ -9,7 +9,7 @@
 #include <system_error>
 #include <thread>
 
-#include "Platform/foundation/Format.h"
+#include "Platform/linux/privileges/ConsoleText.h"
 
 namespace qm::linux_ {
 
@@ -120,17 +120,20 @@ void HelperConnection::State::takeExited(const Exited& exited) {
     running.erase(exited.number);
   }
   if (exited.waitStatus != 0) {
-    console.print(tool + " " + endText(exited.waitStatus) + (exited.note.empty() ? "" : ": " + exited.note));
+    console.print(inOneLine(tool + " " + endText(exited.waitStatus) + (exited.note.empty() ? "" : ": " + exited.note)));
   } else if (!exited.note.empty()) {
-    console.print(tool + ": " + exited.note);
+    console.print(inOneLine(tool + ": " + exited.note));
   }
 }
 
+// The helper itself may go on until its last tool has ended.
 void HelperConnection::State::close() {
+  {
+    const std::scoped_lock lock(mutex);
+    open = false;
+    changed.notify_all();
+  }
   helper.wait();
-  const std::scoped_lock lock(mutex);
-  open = false;
-  changed.notify_all();
 }
 
 HelperConnection::HelperConnection(UniqueFd socket, ChildProgram helper, platform::Console& console)
@@ -175,7 +178,7 @@ AuthorizationStatus HelperConnection::launch(const std::string& tool, const std:
   lock.unlock();
   {
     const std::scoped_lock sending(state.sending);
-    if (!sendAll(state.socket.get(), *bytes)) return platform::errAuthorizationInvalidRef;
+    if (!sendAll(state.socket.get(), *bytes)) ::shutdown(state.socket.get(), SHUT_RDWR);
   }
   lock.lock();
   state.changed.wait(lock, [&] { return !state.open || state.answers.contains(number); });
@@ -188,7 +191,7 @@ AuthorizationStatus HelperConnection::launch(const std::string& tool, const std:
   }
   state.running.erase(number);
   lock.unlock();
-  state.console.print(tool + " was not started: " + started.reason);
+  state.console.print(inOneLine(tool + " was not started: " + started.reason + leftAsItWas(arguments)));
   return platform::errAuthorizationToolExecuteFailure;
 }
 

@@ -7,7 +7,9 @@
 #include <array>
 #include <cerrno>
 #include <optional>
+#include <utility>
 
+#include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/linux/privileges/HelperOpening.h"
 
 namespace qm::linux_ {
@@ -70,8 +72,19 @@ AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*envi
   return errAuthorizationSuccess;
 }
 
+void PolkitAuthorization::announce(const std::string& /*tool*/, const std::vector<std::string>& arguments) {
+  const std::scoped_lock lock(mutex_);
+  announced_ = leftAsItWas(arguments);
+}
+
+std::string PolkitAuthorization::takeAnnounced() {
+  const std::scoped_lock lock(mutex_);
+  return std::exchange(announced_, {});
+}
+
 AuthorizationStatus PolkitAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                     const AuthorizationItems& environment, AuthorizationFlags flags) {
+  const std::string announced = takeAnnounced();
   {
     const std::scoped_lock lock(mutex_);
     const auto found = sessions_.find(session);
@@ -80,11 +93,12 @@ AuthorizationStatus PolkitAuthorization::copyRights(AuthorizationRef session, co
     if (std::ranges::any_of(rights, isOther)) return errAuthorizationDenied;
     if (rights.empty() || (found->second && found->second->isOpen())) return errAuthorizationSuccess;
   }
-  return has(flags, kAuthorizationFlagExtendRights) ? open(session, environment, flags) : errAuthorizationDenied;
+  return has(flags, kAuthorizationFlagExtendRights) ? open(session, environment, flags, announced)
+                                                    : errAuthorizationDenied;
 }
 
 AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const AuthorizationItems& environment,
-                                              AuthorizationFlags flags) {
+                                              AuthorizationFlags flags, const std::string& announced) {
   const std::string* user = valueOf(environment, "username");
   const std::string* password = valueOf(environment, "password");
   const bool withCredentials = user != nullptr && password != nullptr;
@@ -98,7 +112,7 @@ AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const Au
   if (opening.connection) {
     sessions_[session] = std::move(opening.connection);
   } else {
-    console_.print("Administrator rights were not granted: " + opening.cause);
+    console_.print(inOneLine("Administrator rights were not granted: " + opening.cause + announced));
     if (std::ranges::none_of(sessions_, [](const auto& each) { return each.second != nullptr; })) {
       keepMemoryToOurselves(false);
     }
@@ -126,6 +140,10 @@ AuthorizationStatus PolkitAuthorization::executeWithPrivileges(AuthorizationRef 
   if (!connection) return errAuthorizationInvalidRef;
   posix::UniqueFd output;
   const AuthorizationStatus status = connection->launch(tool, arguments, &output);
+  if (status == errAuthorizationInvalidRef) {
+    console_.print(
+        inOneLine(tool + " was not started: the program with administrator rights has ended" + leftAsItWas(arguments)));
+  }
   if (status == errAuthorizationSuccess && pipe != nullptr) *pipe = std::make_shared<OutputPipe>(std::move(output));
   return status;
 }

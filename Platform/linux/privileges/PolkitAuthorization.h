@@ -16,7 +16,8 @@ namespace qm::linux_ {
 
 /// Administrator rights through polkit: a session with rights is a helper that pkexec started, and lives as
 /// long as the session. Credentials are the environment's items "username" and "password". The console is
-/// told why rights were not granted, why a tool was not started and that one failed.
+/// told why rights were not granted, why a tool was not started, in both cases what is left as it was, and that a
+/// tool failed.
 ///
 ///   granted                                      0
 ///   the dialog was dismissed                     errAuthorizationCanceled
@@ -38,6 +39,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
                                        platform::AuthorizationFlags flags,
                                        platform::AuthorizationRef* session) override;
+  void announce(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyRights(platform::AuthorizationRef session,
                                            const platform::AuthorizationItems& rights,
                                            const platform::AuthorizationItems& environment,
@@ -53,15 +55,18 @@ class PolkitAuthorization : public platform::AuthorizationServices {
  private:
   using SharedConnection = std::shared_ptr<HelperConnection>;
 
+  std::string takeAnnounced();
   platform::AuthorizationStatus open(platform::AuthorizationRef session,
                                      const platform::AuthorizationItems& environment,
-                                     platform::AuthorizationFlags flags);
+                                     platform::AuthorizationFlags flags, const std::string& announced);
 
   platform::Console& console_;
   const PrivilegePrograms programs_;
 
   std::mutex mutex_;  // guards what follows
   std::uintptr_t lastSession_ = 0;
+  /// What a refusal leaves undone, for its message.
+  std::string announced_;
   /// A session without rights has no connection.
   std::map<platform::AuthorizationRef, SharedConnection> sessions_;
 };

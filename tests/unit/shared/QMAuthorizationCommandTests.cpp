@@ -39,6 +39,22 @@ TEST_F(QMAuthorizationTest, StartsNoToolWithoutAuthorization) {
   EXPECT_THAT(executions(), IsEmpty());
 }
 
+TEST_F(QMAuthorizationTest, SaysWhatRightsAreWantedForWheneverTheyAreAskedFor) {
+  services().answerNext("copyRights", platform::errAuthorizationCanceled);
+  rights().authExecTask("/bin/mkdir", {"-p", "/a"});
+  rights().authExecTask("/bin/mkdir", {"-p", "/b"});
+  rights().authExecTask("/bin/mkdir", {"-p", "/c"});
+  EXPECT_THAT(services().announcements(),
+              ElementsAre(Command{"/bin/mkdir", "-p", "/a"}, Command{"/bin/mkdir", "-p", "/b"}))
+      << "the third needs no question";
+}
+
+TEST_F(QMAuthorizationTest, SaysNothingOfRightsThatCannotBeAskedFor) {
+  rights().setHasGUI(false);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}), -1);
+  EXPECT_THAT(services().announcements(), IsEmpty());
+}
+
 TEST_F(QMAuthorizationTest, PassesTheStatusOfARefusedLaunchOn) {
   services().answerNext("executeWithPrivileges", platform::errAuthorizationToolExecuteFailure);
   EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), -60031);

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <array>
 #include <cerrno>
@@ -38,6 +39,8 @@ void writeAll(int fd, std::string_view bytes) {
 
 // The process of one launch. It tells the helper what the helper passes on.
 [[noreturn]] void runMain(const Launch& launch, uid_t person, UniqueFd output, const UniqueFd& messages) {
+  // A helper that was ended reads no messages; its tools are still seen through.
+  static_cast<void>(::signal(SIGPIPE, SIG_IGN));
   runLaunch(launch, person, std::move(output), [&](const Message& message) {
     if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
   });

@@ -5,6 +5,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <algorithm>
 #include <array>
@@ -54,6 +55,7 @@ int becomeTool(const PreparedTool& tool, int output, int errors) {
   if (tool.confinement) {
     if (const int error = tool.confinement->enforce(); error != 0) return error;
   }
+  static_cast<void>(::signal(SIGPIPE, SIG_DFL));
   static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
   static char language[] = "LC_ALL=C.UTF-8";
   char* environment[] = {path, language, nullptr};

@@ -1,0 +1,169 @@
+// The helper's end of the connection: who is heard and who is not.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "Platform/linux/privileges/helper/HelperSession.h"
+#include "Platform/linux/privileges/helper/PeerSocket.h"
+#include "tests/privileges/LaunchMachine.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using linux_::PeerSocket;
+using posix::UniqueFd;
+
+// Both ends of a connection that somebody has made.
+struct Ends {
+  UniqueFd application;
+  UniqueFd helper;
+};
+
+Ends connect(uid_t maker, int type = SOCK_STREAM) {
+  int ends[2] = {-1, -1};
+  EXPECT_EQ(::seteuid(maker), 0);
+  EXPECT_EQ(::socketpair(AF_UNIX, type, 0, ends), 0);
+  EXPECT_EQ(::seteuid(0), 0);
+  // As the helper does, before anybody may speak.
+  const int on = 1;
+  EXPECT_EQ(::setsockopt(ends[1], SOL_SOCKET, SO_PASSCRED, &on, sizeof on), 0);
+  return {UniqueFd(ends[0]), UniqueFd(ends[1])};
+}
+
+// What a process says, as the person of this number.
+void say(const UniqueFd& socket, const std::string& text, uid_t speaker) {
+  EXPECT_EQ(::setresuid(speaker, speaker, 0), 0);
+  EXPECT_EQ(::send(socket.get(), text.data(), text.size(), MSG_NOSIGNAL), static_cast<ssize_t>(text.size()));
+  EXPECT_EQ(::setresuid(0, 0, 0), 0);
+}
+
+std::string received(const UniqueFd& socket) {
+  char text[256] = {};
+  const ssize_t got = ::recv(socket.get(), text, sizeof text, MSG_DONTWAIT);
+  return got > 0 ? std::string(text, static_cast<std::size_t>(got)) : std::string();
+}
+
+// Runs `body` in a child of this process, as the helper is one of the application.
+bool asHelper(const std::function<void()>& body) { return inChild(body); }
+
+TEST(PeerSocket, HearsItsParent) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    say(ends.application, "hello", kPerson);
+    asHelper([&] {
+      PeerSocket peer(std::move(ends.helper), kPerson);
+      ASSERT_TRUE(peer.isOpen());
+      std::string text;
+      EXPECT_EQ(peer.receive(text), PeerSocket::Received::Bytes);
+      EXPECT_EQ(text, "hello");
+      EXPECT_EQ(peer.receive(text), PeerSocket::Received::Nothing);
+      EXPECT_TRUE(peer.isOpen());
+    });
+  });
+}
+
+TEST(PeerSocket, HearsNoOtherPersonEvenInItsParent) {
+  runInPrivateMachine([] {
+    for (const uid_t speaker : {uid_t{0}, kOther}) {
+      Ends ends = connect(kPerson);
+      say(ends.application, "evil", speaker);
+      asHelper([&] {
+        PeerSocket peer(std::move(ends.helper), kPerson);
+        ASSERT_TRUE(peer.isOpen());
+        std::string text;
+        EXPECT_EQ(peer.receive(text), PeerSocket::Received::End);
+        EXPECT_EQ(text, "");
+        EXPECT_FALSE(peer.isOpen());
+      });
+    }
+  });
+}
+
+TEST(PeerSocket, HearsNoOtherProcessOfThePerson) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    asHelper([&] {
+      PeerSocket peer(std::move(ends.helper), kPerson);
+      ASSERT_TRUE(peer.isOpen());
+      inChild([&] { say(ends.application, "evil", kPerson); });
+      std::string text;
+      EXPECT_EQ(peer.receive(text), PeerSocket::Received::End);
+      EXPECT_EQ(text, "");
+    });
+  });
+}
+
+// Both in one reading: what the one who may speak has said is not mixed with what follows.
+TEST(PeerSocket, HearsWhatItsParentSaidBeforeAnotherSpeaks) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    say(ends.application, "hello", kPerson);
+    say(ends.application, "evil", kOther);
+    asHelper([&] {
+      PeerSocket peer(std::move(ends.helper), kPerson);
+      std::string text;
+      EXPECT_EQ(peer.receive(text), PeerSocket::Received::Bytes);
+      EXPECT_EQ(text, "hello");
+      EXPECT_EQ(peer.receive(text), PeerSocket::Received::End);
+      EXPECT_EQ(text, "hello");
+    });
+  });
+}
+
+TEST(PeerSocket, IsNotOpenedForAConnectionOfAnotherPersons) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kOther);
+    asHelper([&] { EXPECT_FALSE(PeerSocket(std::move(ends.helper), kPerson).isOpen()); });
+    EXPECT_EQ(received(ends.application), "");
+  });
+}
+
+TEST(PeerSocket, IsNotOpenedForAConnectionOfAnotherProcesss) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    asHelper([&] {
+      asHelper([&] { EXPECT_FALSE(PeerSocket(std::move(ends.helper), kPerson).isOpen()) << "a grandparent's"; });
+    });
+  });
+}
+
+TEST(PeerSocket, IsNotOpenedForWhatIsNoConnection) {
+  runInPrivateMachine([] {
+    Ends datagrams = connect(kPerson, SOCK_DGRAM);
+    asHelper([&] {
+      EXPECT_FALSE(PeerSocket(std::move(datagrams.helper), kPerson).isOpen());
+      EXPECT_FALSE(PeerSocket(UniqueFd(::open("/dev/null", O_RDWR | O_CLOEXEC)), kPerson).isOpen());
+      EXPECT_FALSE(PeerSocket(UniqueFd(), kPerson).isOpen());
+    });
+  });
+}
+
+TEST(HelperSession, DoesNothingForAWrongPeer) {
+  runInPrivateMachine([] {
+    const std::string made = machineFolder() + "/made";
+    for (const uid_t speaker : {kPerson, kOther}) {
+      Ends ends = connect(kPerson);
+      say(ends.application, *linux_::encoded(linux_::Launch{1, "/usr/bin/touch", {made}}), speaker);
+      asHelper([&] {
+        PeerSocket peer(std::move(ends.helper), kPerson);
+        linux_::HelperSession session(peer, kPerson);
+        ::shutdown(ends.application.get(), SHUT_WR);  // nothing more is said
+        session.run();
+      });
+      const std::string hello = *linux_::encoded(linux_::Hello{});
+      const std::string answer = received(ends.application);
+      EXPECT_EQ(answer.size() > hello.size(), speaker == kPerson) << "the other one gets no answer";
+    }
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
