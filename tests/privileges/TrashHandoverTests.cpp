@@ -5,6 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <optional>
+
+#include "Platform/linux/privileges/helper/FolderEntries.h"
+#include "Platform/linux/privileges/helper/PreparedTool.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -186,6 +190,87 @@ TEST_F(ItemInTheTrash, IsHandedOverInNobodyElsesFolders) {
     EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
     EXPECT_EQ(ownerOf(trash() + "/files/Tessaly.app"), 0U);
     EXPECT_EQ(namesIn(trash() + "/info"), std::vector<std::string>{});
+  });
+}
+
+// MARK: - A name that is taken while the tool works
+
+class ItemWithATakenName : public ItemInTheTrash {
+ protected:
+  // Publishes a bundle that the tool has made as "Tessaly.app", after `meanwhile`; answers what is said of it.
+  static std::string publish(const std::function<void(const linux_::Publication&)>& meanwhile) {
+    linux_::Publication publication(openFolder(trash() + "/files"), "Tessaly.app");
+    EXPECT_EQ(publication.prepare(), std::nullopt);
+    publication.handOverTo(kPerson, "/Applications/Tessaly.app");
+    const std::string staging = linux_::shownPath(publication.stagingFolder());
+    makeBundle(staging + "/Tessaly.app");
+    meanwhile(publication);
+    return publication.finish();
+  }
+
+  static posix::UniqueFd openFolder(const std::string& path) {
+    posix::UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    EXPECT_TRUE(folder);
+    return folder;
+  }
+
+  // Somebody trashes an item of this name.
+  static void takeName(const std::string& name) {
+    makeFile(trash() + "/files/" + name, "another " + name, kPerson);
+    makeFile(trash() + "/info/" + name + ".trashinfo", "[Trash Info]\nPath=/another/" + name + "\n", kPerson);
+  }
+
+  static std::string infoOf(const std::string& name) { return contentsOf(trash() + "/info/" + name + ".trashinfo"); }
+};
+
+TEST_F(ItemWithATakenName, IsPublishedBesideWithADescriptionOfItsOwn) {
+  run([] {
+    EXPECT_EQ(publish([](const auto&) { takeName("Tessaly.app"); }),
+              "\"Tessaly.app\" is taken; it is now: Tessaly.app 2");
+    EXPECT_EQ(contentsOf(trash() + "/files/Tessaly.app"), "another Tessaly.app");
+    EXPECT_EQ(infoOf("Tessaly.app"), "[Trash Info]\nPath=/another/Tessaly.app\n");
+    EXPECT_EQ(infoOf("Tessaly.app 2").find("[Trash Info]\nPath=/Applications/Tessaly.app\nDeletionDate=20"), 0U);
+    EXPECT_EQ(ownerOf(trash() + "/files/Tessaly.app 2/Contents"), kPerson);
+    EXPECT_EQ(namesIn(trash() + "/files"), (std::vector<std::string>{"Tessaly.app", "Tessaly.app 2"}));
+  });
+}
+
+TEST_F(ItemWithATakenName, GetsTheNextFreeNumber) {
+  run([] {
+    EXPECT_EQ(publish([](const auto&) {
+                for (const std::string name : {"Tessaly.app", "Tessaly.app 2", "Tessaly.app 3"}) takeName(name);
+              }),
+              "\"Tessaly.app\" is taken; it is now: Tessaly.app 4");
+    EXPECT_EQ(contentsOf(trash() + "/files/Tessaly.app 3"), "another Tessaly.app 3");
+    EXPECT_NE(infoOf("Tessaly.app 4").find("Path=/Applications/Tessaly.app\n"), std::string::npos);
+  });
+}
+
+TEST_F(ItemWithATakenName, StaysWhereItWasMadeWhenAllNumbersAreTaken) {
+  run([] {
+    std::string staging;
+    const std::string note = publish([&](const linux_::Publication& publication) {
+      staging = linux_::shownPath(publication.stagingFolder());
+      takeName("Tessaly.app");
+      for (int number = 2; number < 64; ++number) takeName("Tessaly.app " + std::to_string(number));
+    });
+    EXPECT_EQ(note,
+              "\"Tessaly.app\" is taken; it is now: " + staging + ", which the desktop may not be able to put back");
+    EXPECT_EQ(contentsOf(staging + "/Tessaly.app/Contents/secret"), "secret") << "better in the way than lost";
+    EXPECT_EQ(namesIn(trash() + "/files").size(), 64U);
+    EXPECT_EQ(infoOf("Tessaly.app"), "[Trash Info]\nPath=/another/Tessaly.app\n");
+  });
+}
+
+TEST_F(ItemWithATakenName, SaysSoWhenItCannotBeDescribed) {
+  run([] {
+    const std::string note = publish([](const auto&) {
+      takeName("Tessaly.app");
+      makeFolder(trash() + "/info/Tessaly.app 2.trashinfo", kPerson);
+    });
+    EXPECT_EQ(note,
+              "\"Tessaly.app\" is taken; it is now: Tessaly.app 2, which the desktop may not be able to put back");
+    EXPECT_TRUE(exists(trash() + "/files/Tessaly.app 2/Contents/tool"));
   });
 }
 
