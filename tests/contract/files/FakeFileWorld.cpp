@@ -4,7 +4,9 @@
 #include "tests/fakes/Calls.h"
 #include "tests/fakes/FakeClock.h"
 #include "tests/fakes/FakeDisk.h"
+#include "tests/fakes/FakeFileOperations.h"
 #include "tests/fakes/FakeFileSystem.h"
+#include "tests/fakes/FakeMainThread.h"
 
 namespace qm::testing {
 namespace {
@@ -26,6 +28,8 @@ class FakeFileWorld : public FileWorld {
   }
 
   platform::FileSystem& files() override { return files_; }
+  platform::FileOperations& operations() override { return operations_; }
+  FakeMainThread& mainThread() override { return mainThread_; }
   std::string root() const override { return "/disk"; }
 
   void addFile(const std::string& path, const std::string& contents) override { disk_.addFile(path, contents); }
@@ -52,6 +56,8 @@ class FakeFileWorld : public FileWorld {
   FakeClock clock_{calls_};
   FakeDisk disk_{clock_};
   FakeFileSystem files_{calls_, disk_};
+  FakeMainThread mainThread_{calls_, clock_};
+  FakeFileOperations operations_{calls_, disk_, mainThread_};
 };
 
 }  // namespace

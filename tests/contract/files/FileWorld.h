@@ -5,11 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "Platform/FileOperations.h"
 #include "Platform/FileSystem.h"
+#include "tests/fakes/FakeMainThread.h"
 
 namespace qm::testing {
 
-/// A disk with a file system service on it, real or fake, for an ordinary user. Below `root` are
+/// A disk with a file system service and a copying service on it, real or fake, for an ordinary user. Below `root` are
 /// - home: the user's own folder, empty
 /// - volume: another volume, empty and the user's
 /// - small: another volume that takes 64 KiB
@@ -20,6 +22,9 @@ class FileWorld {
   virtual ~FileWorld() = default;
 
   virtual platform::FileSystem& files() = 0;
+  virtual platform::FileOperations& operations() = 0;
+  /// Of the copying service: the calling thread is it.
+  virtual FakeMainThread& mainThread() = 0;
   virtual std::string root() const = 0;
   std::string home(const std::string& name = "") const { return at("home", name); }
   std::string volume(const std::string& name = "") const { return at("volume", name); }

@@ -10,6 +10,7 @@
 
 #include "Platform/posix/PosixFileSystem.h"
 #include "tests/contract/files/FileWorld.h"
+#include "tests/contract/files/RealCopies.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -22,6 +23,8 @@ constexpr uid_t kUser = 1000;
 class RealFileWorld : public FileWorld {
  public:
   platform::FileSystem& files() override { return files_; }
+  platform::FileOperations& operations() override { return copies_.service; }
+  FakeMainThread& mainThread() override { return copies_.mainThread; }
   std::string root() const override { return machineFolder() + "/disk"; }
 
   /// As root, before the user comes.
@@ -88,6 +91,7 @@ class RealFileWorld : public FileWorld {
   }
 
   posix::PosixFileSystem files_;
+  RealCopies copies_;
 };
 
 }  // namespace
