@@ -81,6 +81,13 @@ std::string quotedWord(std::string_view word) {
   return "\"" + inside + "\"";
 }
 
+/// The command that starts a program. Some desktops look for a program of the name as it is written, a doubled
+/// "%" included, and do not show what they then do not find; arguments they read by the rules.
+std::string command(const std::string& program) {
+  const bool isMisread = program.find('%') != std::string::npos;
+  return (isMisread ? "/usr/bin/env " : "") + quotedWord(program);
+}
+
 constexpr std::string_view kKnownMedia[] = {"application", "audio",     "chemical", "font",      "image",
                                             "inode",       "message",   "model",    "multipart", "text",
                                             "video",       "x-content", "x-epoc"};
@@ -135,7 +142,7 @@ std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
   const std::string name = displayed(entry.name);
   std::string text = "[Desktop Entry]\nType=Application\nVersion=1.0\n";
   text += line("Name", value(name.empty() ? displayed(foundation::lastPathComponent(entry.bundle)) : name));
-  text += line("Exec", value(quotedWord(entry.executable)) + (types.empty() ? "" : " %F"));
+  text += line("Exec", value(command(entry.executable)) + (types.empty() ? "" : " %F"));
   // Without its executable an application is not shown any more.
   text += line("TryExec", value(entry.executable));
   if (hasIcon) text += line("Icon", value(*entry.icon));

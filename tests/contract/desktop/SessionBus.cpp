@@ -5,11 +5,19 @@
 #include <chrono>
 #include <ostream>
 
+#include "tests/contract/desktop/DesktopMachine.h"
+
 namespace qm::testing {
 
-SessionBus::SessionBus(const std::string& socket) : socket_(socket), daemon_(tasks_.tasks.makeTask()) {
-  daemon_->setLaunchPath("/usr/bin/dbus-daemon");
-  daemon_->setArguments({"--session", "--nofork", "--nopidfile", "--print-address=1", "--address=" + address()});
+SessionBus::SessionBus(const std::string& socket, Owner owner) : socket_(socket), daemon_(tasks_.tasks.makeTask()) {
+  std::vector<std::string> arguments = {"/usr/bin/dbus-daemon", "--session",         "--nofork",
+                                        "--nopidfile",          "--print-address=1", "--address=" + address()};
+  if (owner == Owner::Person) {
+    const std::string id = std::to_string(kPerson);
+    arguments.insert(arguments.begin(), {"--reuid", id, "--regid", id, "--clear-groups"});
+  }
+  daemon_->setLaunchPath(owner == Owner::Person ? "/usr/bin/setpriv" : "/usr/bin/env");
+  daemon_->setArguments(arguments);
   daemon_->setStandardOutput(platform::TaskStream::Pipe);
   const auto status = daemon_->launch();
   EXPECT_TRUE(status.ok()) << status.localizedDescription();

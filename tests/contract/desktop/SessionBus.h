@@ -14,7 +14,9 @@ namespace qm::testing {
 /// A message bus of one's own, as a session has it, until the end of its scope.
 class SessionBus {
  public:
-  explicit SessionBus(const std::string& socket);
+  enum class Owner { Process, Person };
+  /// At a new socket; the process's own, or, from root, that of `kPerson`.
+  explicit SessionBus(const std::string& socket, Owner owner = Owner::Process);
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
   ~SessionBus();

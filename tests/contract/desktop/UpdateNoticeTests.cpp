@@ -1,0 +1,221 @@
+// The notice as it comes in on a session's message bus.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+#include "Platform/linux/desktop/DesktopNotices.h"
+#include "Platform/linux/desktop/LinuxDesktopShell.h"
+#include "Platform/linux/desktop/LinuxFileReferences.h"
+#include "Platform/posix/UniqueFd.h"
+#include "tests/contract/desktop/DesktopMachine.h"
+#include "tests/contract/desktop/SessionBus.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+
+/// The service as a person's program makes it.
+struct Desktop {
+  explicit Desktop(const std::string& home, unsigned user = kPerson, milliseconds limit = milliseconds(3000)) {
+    users.home = home;
+    users.user = user;
+    shell = std::make_unique<linux_::LinuxDesktopShell>(users, real.tasks, limit);
+  }
+
+  platform::OSStatus notify(const std::string& path) const {
+    std::unique_ptr<platform::Alias> alias;
+    const auto error = shell->newMinimalAlias(linux_::LinuxFileReferences().make(path), &alias);
+    return error != platform::noErr ? error : shell->sendUpdateEvent(*alias);
+  }
+
+  DesktopUsers users;
+  RealTasks real;
+  std::unique_ptr<linux_::LinuxDesktopShell> shell;
+};
+
+void useBus(const std::string& address) { ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1); }
+
+/// A socket that anybody may connect to and that nobody answers.
+posix::UniqueFd listenOn(const std::string& path) {
+  posix::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  EXPECT_EQ(::listen(socket.get(), 4), 0);
+  EXPECT_EQ(::chmod(path.c_str(), 0777), 0);
+  return socket;
+}
+
+TEST(UpdateNotice, HasAShownFolderReadAgain) {
+  asPerson([](const std::string& home) {
+    const SessionBus bus(home + "/.bus");
+    useBus(bus.address());
+    FileManagerStandIn fileManager(bus.address());
+    EXPECT_EQ(Desktop(home).notify(home), platform::noErr);
+    const std::string url = "file://" + home;
+    EXPECT_THAT(fileManager.waitFor(2), ElementsAre(Notice{"FilesChanged", {url}}, Notice{"FilesAdded", {url}}));
+  });
+}
+
+TEST(UpdateNotice, HasAFileLookedAtAgain) {
+  asPerson([](const std::string& home) {
+    const SessionBus bus(home + "/.bus");
+    useBus(bus.address());
+    FileManagerStandIn fileManager(bus.address());
+    const std::string file = home + "/ü %20\n\xff?#";
+    writeText(file, "");
+    EXPECT_EQ(Desktop(home).notify(file), platform::noErr);
+    EXPECT_THAT(fileManager.waitFor(1),
+                ElementsAre(Notice{"FilesChanged", {"file://" + home + "/%C3%BC%20%2520%0A%FF%3F%23"}}));
+    EXPECT_EQ(fileManager.received().size(), 1U);
+  });
+}
+
+TEST(UpdateNotice, ReachesEveryListenerBeforeItIsAnswered) {
+  asPerson([](const std::string& home) {
+    const SessionBus bus(home + "/.bus");
+    useBus(bus.address());
+    FileManagerStandIn first(bus.address());
+    FileManagerStandIn second(bus.address());
+    const Desktop desktop(home);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(desktop.notify(home), platform::noErr);
+    EXPECT_EQ(first.received().size(), 40U);
+    EXPECT_EQ(second.received().size(), 40U);
+  });
+}
+
+TEST(UpdateNotice, FindsTheBusInTheRuntimeFolder) {
+  asPerson([](const std::string& home) {
+    const std::string runtime = home + "/run, time;=";
+    ASSERT_EQ(::mkdir(runtime.c_str(), 0700), 0);
+    ::setenv("XDG_RUNTIME_DIR", (runtime + "/").c_str(), 1);
+    // The daemon's own address cannot hold such a name; it is moved there.
+    const SessionBus bus(home + "/.bus");
+    ASSERT_EQ(::rename((home + "/.bus").c_str(), (runtime + "/bus").c_str()), 0);
+    EXPECT_EQ(Desktop(home).notify(home), platform::noErr);
+  });
+}
+
+TEST(UpdateNotice, IsNotSentWithoutABus) {
+  asPerson([](const std::string& home) {
+    writeText(home + "/text", "");
+    for (const std::string address : {"unix:path=/nowhere/bus", "autolaunch:", "nonsense", "", "unix:path=/dev/null"}) {
+      useBus(address);
+      EXPECT_EQ(Desktop(home).notify(home), platform::procNotFound) << address;
+    }
+    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    EXPECT_EQ(Desktop(home).notify(home), platform::procNotFound);
+  });
+}
+
+TEST(UpdateNotice, DoesNotWaitForABusThatSaysNothing) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd silent = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Desktop(home, kPerson, milliseconds(200)).notify(home), platform::procNotFound);
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, milliseconds(200));
+    EXPECT_LT(taken, std::chrono::seconds(20)) << "the library itself would wait longer";
+  });
+}
+
+/// Takes one connection, says `words` and closes it.
+void answerOnce(int listener, const std::string& words) {
+  const posix::UniqueFd connection(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+  static_cast<void>(::write(connection.get(), words.data(), words.size()));
+}
+
+TEST(UpdateNotice, GivesABusUpThatSaysNonsenseOrHangsUp) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    for (const std::string words :
+         {"", "REJECTED\r\n", "OK 0123456789abcdef0123456789abcdef\r\nAGREE_UNIX_FD\r\nnonsense"}) {
+      std::thread other([&] { answerOnce(listener.get(), words); });
+      EXPECT_EQ(Desktop(home).notify(home), platform::procNotFound) << words;
+      other.join();
+    }
+  });
+}
+
+TEST(UpdateNotice, IsRefusedForAnAliasOfSomebodyElses) {
+  asPerson([](const std::string& home) {
+    struct Foreign : platform::Alias {};
+    EXPECT_EQ(Desktop(home).shell->sendUpdateEvent(Foreign()), platform::procNotFound);
+  });
+}
+
+TEST(UpdateNoticeAsRoot, GoesToThePersonAtTheConsole) {
+  asRootForPerson([](const std::string& home) {
+    const SessionBus bus("/run/user/1000/bus", SessionBus::Owner::Person);
+    // The bus takes nobody but its owner.
+    ASSERT_EQ(::seteuid(kPerson), 0);
+    FileManagerStandIn fileManager(bus.address());
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(Desktop(home, 0).notify(home), platform::noErr);
+    EXPECT_EQ(fileManager.waitFor(2).size(), 2U);
+  });
+}
+
+TEST(UpdateNoticeAsRoot, IsSentByThatPersonAndLeavesRootAsItWas) {
+  asRootForPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn("/run/user/1000/bus");
+    ucred peer{};
+    std::thread other([&] {
+      const posix::UniqueFd connection(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+      socklen_t size = sizeof peer;
+      ::getsockopt(connection.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size);
+    });
+    EXPECT_EQ(Desktop(home, 0).notify(home), platform::procNotFound);
+    other.join();
+    EXPECT_EQ(peer.uid, kPerson);
+    EXPECT_EQ(::geteuid(), 0U);
+    const std::string mark = machineFolder() + "/mark";
+    writeText(mark, "");
+    struct stat found {};
+    ASSERT_EQ(::stat(mark.c_str(), &found), 0);
+    EXPECT_EQ(found.st_uid, 0U);
+  });
+}
+
+TEST(UpdateNoticeAsRoot, GoesToNobodyWhenNobodyIsThere) {
+  asRootForPerson([](const std::string& home) {
+    for (const auto& console : {std::optional<std::string>(), std::optional<std::string>("loginwindow"),
+                                std::optional<std::string>("stranger")}) {
+      Desktop desktop(home, 0);
+      desktop.users.console = console;
+      EXPECT_EQ(desktop.notify(home), platform::procNotFound);
+    }
+  });
+}
+
+TEST(UpdateNoticeAsRoot, IsNotSentWithRootsOwnRights) {
+  asRootForPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn("/run/user/1000/bus");
+    inChild([&] {
+      failSystemCall(SYS_setresuid, EPERM);
+      EXPECT_EQ(Desktop(home, 0).notify(home), platform::procNotFound);
+      EXPECT_EQ(::fcntl(listener.get(), F_SETFL, O_NONBLOCK), 0);
+      EXPECT_EQ(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC), -1) << "somebody connected";
+    });
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
