@@ -91,15 +91,13 @@ std::optional<Directory> directory64(FileWindow& file, std::uint64_t endRecord) 
   return Directory{numberAt(*record, 48, 8), 0};
 }
 
-std::optional<Directory> directoryOf(FileWindow& file) {
-  const auto endRecord = endRecordOf(file);
-  if (!endRecord) return std::nullopt;
-  if (const auto large = directory64(file, *endRecord)) return large;
-  const std::string_view record = *file.at(*endRecord, kEndRecord);
+std::optional<Directory> directoryBefore(FileWindow& file, std::uint64_t endRecord) {
+  if (const auto large = directory64(file, endRecord)) return large;
+  const std::string_view record = *file.at(endRecord, kEndRecord);
   const std::uint64_t size = numberAt(record, 12, 4);
   const std::uint64_t offset = numberAt(record, 16, 4);
-  if (size > *endRecord) return std::nullopt;
-  return Directory{*endRecord - size, *endRecord - size - offset};
+  if (size > endRecord) return std::nullopt;
+  return Directory{endRecord - size, endRecord - size - offset};
 }
 
 /// Where an item is by its large-file field, which holds only those of the four numbers that are too large.
@@ -145,7 +143,9 @@ std::uint64_t takeItem(FileWindow& file, std::uint64_t position, std::uint64_t s
 ZipNames readZipNames(int archive) {
   ZipNames names;
   FileWindow file(archive);
-  if (const auto directory = directoryOf(file)) {
+  const auto endRecord = endRecordOf(file);
+  names.areNone = endRecord == 0U;
+  if (const auto directory = endRecord ? directoryBefore(file, *endRecord) : std::nullopt) {
     std::uint64_t position = directory->offset;
     while (const std::uint64_t length = takeItem(file, position, directory->shift, names)) position += length;
   }

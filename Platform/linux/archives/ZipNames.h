@@ -11,6 +11,8 @@ struct ZipNames {
   std::vector<std::uint64_t> utf8Marks;
   /// A name has a NUL byte, so that whoever reads it up to there takes it for another one.
   bool holdNul = false;
+  /// There is the end of an archive and nothing before it.
+  bool areNone = false;
 };
 
 /// The bit in such a byte.

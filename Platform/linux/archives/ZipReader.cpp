@@ -112,6 +112,7 @@ Status ZipReader::open(const std::string& path) {
   if (!source_->file || ::fstat(source_->file.get(), &attributes) != 0) return problemWith(path, errno);
   if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is no zip archive");
   source_->names = readZipNames(source_->file.get());
+  if (source_->names.areNone) return Status::success();
   if (source_->names.holdNul) return problemWith(path, "A name in it has a zero byte");
   archive* const reader = archive_.get();
   if (reader == nullptr) return problemWith(path, ENOMEM);
@@ -125,6 +126,7 @@ Status ZipReader::open(const std::string& path) {
 Status ZipReader::next(std::optional<ZipEntry>& entry) {
   entry.reset();
   read_ = 0;
+  if (source_->names.areNone) return Status::success();  // the library takes that for no archive
   archive_entry* found = nullptr;
   const int result = ::archive_read_next_header(archive_.get(), &found);
   if (result == ARCHIVE_EOF) return Status::success();

@@ -24,10 +24,16 @@ std::int64_t storableTime(std::int64_t seconds) {
   return std::clamp<std::int64_t>(seconds, 0, std::numeric_limits<std::uint32_t>::max());
 }
 
+/// Readers take a backslash for a slash where a name has no slash.
+std::string storableName(const std::string& name) {
+  const bool isAmbiguous = name.find('\\') != std::string::npos && name.find('/') == std::string::npos;
+  return isAmbiguous ? "./" + name : name;
+}
+
 Entry entryFor(const std::string& name, const struct stat& attributes, const std::string& target) {
   Entry entry(::archive_entry_new(), &::archive_entry_free);
   if (!entry) return entry;
-  ::archive_entry_copy_pathname(entry.get(), name.c_str());
+  ::archive_entry_copy_pathname(entry.get(), storableName(name).c_str());
   ::archive_entry_set_mode(entry.get(), attributes.st_mode);
   ::archive_entry_set_mtime(entry.get(), storableTime(attributes.st_mtim.tv_sec), 0);
   ::archive_entry_set_uid(entry.get(), attributes.st_uid);

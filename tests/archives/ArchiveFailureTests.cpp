@@ -1,0 +1,87 @@
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
+#include "tests/archives/ArchiveTest.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+/// What becomes of a run in which one of the system's calls always fails.
+class ArchiveFailure : public ArchiveTest {
+ protected:
+  ArchiveFailure() {
+    makeFile("item/folder/file");
+    makeLink("item/link", "folder");
+    EXPECT_TRUE(pack(path("item"), path("whole.zip")));
+    makeFile("there/item/link", "a file");
+    makeFile("there/item/folder/file", "a file");
+    makeFile("old.zip", "old");
+  }
+
+  std::string packing(long call, int error = EIO, int onlyWithFlags = -1) {
+    return problemOf(call, error, onlyWithFlags, [&] { return pack(path("item"), path("old.zip")); });
+  }
+  std::string unpacking(long call, int error = EIO, int onlyWithFlags = -1) {
+    return problemOf(call, error, onlyWithFlags, [&] { return unpack(path("whole.zip"), path("new")); });
+  }
+  std::string merging(long call, int error = EIO, int onlyWithFlags = -1) {
+    return problemOf(call, error, onlyWithFlags, [&] { return unpack(path("whole.zip"), path("there")); });
+  }
+
+ private:
+  /// Runs in a child, since a filter cannot be taken back; the reason comes in a file.
+  template <class Run>
+  std::string problemOf(long call, int error, int onlyWithFlags, const Run& run) {
+    const auto before = snapshot(path(""));
+    writeFile(path("reason"), "");
+    const int reason = ::open(path("reason").c_str(), O_WRONLY | O_CLOEXEC);
+    inChild([&] {
+      failSystemCall(call, error, onlyWithFlags);
+      const std::string text = run().localizedDescription();
+      // Another call than those that fail.
+      iovec bytes{const_cast<char*>(text.data()), text.size()};
+      EXPECT_EQ(::pwritev(reason, &bytes, 1, 0), static_cast<ssize_t>(text.size()));
+    });
+    ::close(reason);
+    const std::string text = contentsOf(path("reason"));
+    EXPECT_EQ(::unlink(path("reason").c_str()), 0);
+    if (!text.empty()) {
+      EXPECT_EQ(snapshot(path("")), before) << text;
+    }
+    return text;
+  }
+};
+
+const std::string kBroken = "Input/output error";
+
+TEST_F(ArchiveFailure, OfMakingAnArchiveLeavesTheOldOne) {
+  EXPECT_EQ(packing(SYS_renameat), path("old.zip") + ": " + kBroken);
+  EXPECT_EQ(packing(SYS_fchmod), path("old.zip") + ": " + kBroken);
+  EXPECT_EQ(packing(SYS_readlinkat), "item/link: " + kBroken);
+  EXPECT_EQ(packing(SYS_read), "item/folder/file: " + kBroken);
+  EXPECT_NE(packing(SYS_write, ENOSPC), "");
+  EXPECT_NE(packing(SYS_getdents64), "");
+}
+
+TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {
+  EXPECT_EQ(unpacking(SYS_renameat2), path("new") + ": " + kBroken);
+  EXPECT_EQ(unpacking(SYS_mkdirat), path("new") + ": " + kBroken);
+  EXPECT_EQ(unpacking(SYS_symlinkat), "item/link: " + kBroken);
+  EXPECT_EQ(unpacking(SYS_fchmod), "item/folder/file: " + kBroken);
+  EXPECT_EQ(unpacking(SYS_utimensat), "item/link: " + kBroken);
+  EXPECT_EQ(unpacking(SYS_write, ENOSPC), "item/folder/file: No space left on device");
+  EXPECT_NE(unpacking(SYS_pread64), "");
+  EXPECT_EQ(unpacking(SYS_fstatfs), "");  // the room is not known
+}
+
+TEST_F(ArchiveFailure, OfMergingLeavesWhatWasThere) { EXPECT_EQ(merging(SYS_renameat), "item/link: " + kBroken); }
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,136 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/archives/ArchiveTest.h"
+
+namespace qm::testing {
+namespace {
+
+using linux_::KeepParent;
+using Snapshot = std::map<std::string, std::string>;
+
+const std::string kPythonUnpack = R"(
+import os, sys, zipfile
+with zipfile.ZipFile(sys.argv[1]) as archive:
+    assert archive.testzip() is None
+    for item in archive.infolist():
+        print(item.filename.encode("unicode_escape").decode(), item.file_size, oct(item.external_attr >> 16), item.compress_type)
+)";
+
+const std::string kPythonPack = R"(
+import sys, zipfile
+with zipfile.ZipFile(sys.argv[1], "w", zipfile.ZIP_DEFLATED) as archive:
+    for mode, name, text in ((0o100751, "item/program", "#!"), (0o100600, "item/\u65e5\u672c \u00e9", "text"),
+                             (0o040750, "item/folder/", ""), (0o120777, "item/link", "program")):
+        item = zipfile.ZipInfo(name, (2001, 9, 9, 1, 46, 40))
+        item.external_attr = mode << 16
+        item.compress_type = zipfile.ZIP_DEFLATED
+        archive.writestr(item, text)
+    with archive.open(zipfile.ZipInfo("large format"), "w", force_zip64=True) as item:
+        item.write(b"64")
+)";
+
+class OtherPrograms : public ArchiveTest {
+ protected:
+  Snapshot makeItem() {
+    makeFile("item/program", "#!");
+    ::chmod(path("item/program").c_str(), 0751);
+    makeFile("item/\xC3\xA4 \xE6\x97\xA5", std::string(200'000, 'x'));
+    makeFile("item/empty", "");
+    makeFolder("item/folder", 0750);
+    makeFile("item/folder/below/file");
+    makeLink("item/link", "program");
+    setModified(path("item/program"), 1'000'000'002);  // even, as the old formats have it
+    return snapshot(path("item"));
+  }
+
+  void expectSuccess(const std::vector<std::string>& command) {
+    const ProgramRun run = runProgram(command);
+    EXPECT_EQ(run.status, 0) << command.front() << ": " << run.output;
+  }
+
+  void pack() {
+    const ProgramRun run = runZipTool({"-ck", path("item"), path("a.zip")});
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(run.output, "");
+  }
+
+  void expectToUnpack(const std::string& archive, const Snapshot& expected) {
+    const ProgramRun run = runZipTool({"-xk", archive, path("new")});
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(snapshot(path("new")), expected);
+  }
+};
+
+TEST_F(OtherPrograms, UnzipReadsWhatIsPacked) {
+  const Snapshot before = makeItem();
+  pack();
+  expectSuccess({"env", "LC_ALL=C.UTF-8", "unzip", "-q", path("a.zip"), "-d", path("unzipped")});
+  EXPECT_EQ(snapshot(path("unzipped")), before);
+}
+
+TEST_F(OtherPrograms, SevenZipReadsWhatIsPacked) {
+  const Snapshot before = makeItem();
+  pack();
+  expectSuccess({"env", "LC_ALL=C.UTF-8", "7zz", "x", path("a.zip"), "-o" + path("unzipped")});
+  EXPECT_EQ(snapshot(path("unzipped")), before);
+}
+
+TEST_F(OtherPrograms, PythonReadsWhatIsPacked) {
+  makeItem();
+  pack();
+  const ProgramRun run = runProgram({"python3", "-c", kPythonUnpack, path("a.zip")});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_NE(run.output.find("program 2 0o100751 8\n"), std::string::npos) << run.output;
+  EXPECT_NE(run.output.find("\\xe4 \\u65e5 200000 0o100644 8\n"), std::string::npos) << run.output;
+  EXPECT_NE(run.output.find("folder/ 0 0o40750 "), std::string::npos) << run.output;
+  EXPECT_NE(run.output.find("link 7 0o120777 "), std::string::npos) << run.output;
+}
+
+TEST_F(OtherPrograms, SeeAFileOfMoreThanFourGigabytes) {
+  makeFolder("item");
+  const int file = ::open(path("item/large").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+  ASSERT_EQ(::ftruncate(file, (off_t{1} << 32) + 1), 0);
+  ASSERT_EQ(::pwrite(file, "end", 3, (off_t{1} << 32) - 2), 3);
+  ::close(file);
+  pack();
+  const ProgramRun listed = runProgram({"unzip", "-Zl", path("a.zip")});
+  EXPECT_NE(listed.output.find("4294967297"), std::string::npos) << listed.output;
+}
+
+TEST_F(OtherPrograms, WriteWithZipWhatIsUnpacked) {
+  const Snapshot before = makeItem();
+  expectSuccess({"env", "-C", path("item"), "LC_ALL=C.UTF-8", "bsdtar", "--format", "zip", "-cf", path("a.zip"),
+                 "program", "empty", "folder", "link", "\xC3\xA4 \xE6\x97\xA5"});
+  expectToUnpack(path("a.zip"), before);
+}
+
+TEST_F(OtherPrograms, WriteWithSevenZipWhatIsUnpacked) {
+  makeItem();
+  expectSuccess({"env", "-C", path("item"), "LC_ALL=C.UTF-8", "7zz", "a", "-tzip", "-snl", path("a.zip"), "."});
+  const ProgramRun run = runZipTool({"-xk", path("a.zip"), path("new")});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_EQ(contentsOf(path("new/\xC3\xA4 \xE6\x97\xA5")), std::string(200'000, 'x'));
+  EXPECT_EQ(attributesOf(path("new/program")).st_mode & 07777, 0751U);
+  EXPECT_EQ(attributesOf(path("new/program")).st_mtim.tv_sec, 1'000'000'002);
+  EXPECT_EQ(snapshot(path("new")).at("link"), "120777 to program");
+  EXPECT_TRUE(isThere(path("new/folder/below/file")));
+}
+
+TEST_F(OtherPrograms, WriteWithPythonWhatIsUnpacked) {
+  expectSuccess({"python3", "-c", kPythonPack, path("a.zip")});
+  const ProgramRun run = runZipTool({"-xk", path("a.zip"), path("new")});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_EQ(contentsOf(path("new/item/\xE6\x97\xA5\xE6\x9C\xAC \xC3\xA9")), "text");
+  EXPECT_EQ(contentsOf(path("new/large format")), "64");
+  EXPECT_EQ(attributesOf(path("new/item/program")).st_mode & 07777, 0751U);
+  EXPECT_EQ(attributesOf(path("new/item/folder")).st_mode & 07777, 0750U);
+  EXPECT_EQ(snapshot(path("new")).at("item/link"), "120777 to program");
+}
+
+}  // namespace
+}  // namespace qm::testing
