@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 
 #include "tests/contract/files/FileCases.h"
 
@@ -88,6 +89,42 @@ TEST_P(LookingAtItems, ListsOneLevelHiddenNamesIncluded) {
       std::sort(names->begin(), names->end());
       EXPECT_EQ(*names, (Lines{".hidden", "folder", "link"}));
     }
+  });
+}
+
+TEST_P(LookingAtItems, TellsWhatMayBeWritten) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"));
+    world.addFile(world.home("folder/closed"));
+    world.setWritable(world.home("folder/closed"), false);
+    world.addLink(world.home("to-file"), "file");
+    world.addLink(world.home("to-closed"), "folder/closed");
+    world.addLink(world.home("dangling"), "nowhere");
+    for (const std::string name : {"file", "folder", "folder/", "to-file"})
+      EXPECT_TRUE(world.files().isWritableFile(world.home(name))) << name;
+    for (const std::string name : {"folder/closed", "to-closed", "dangling", "none", "file/none"})
+      EXPECT_FALSE(world.files().isWritableFile(world.home(name))) << name;
+    for (const std::string& path :
+         {world.readOnly("file"), std::string(), std::string("home"), std::string("/a\0b", 4)})
+      EXPECT_FALSE(world.files().isWritableFile(path)) << path;
+    world.setWritable(world.home("folder"), false);
+    EXPECT_FALSE(world.files().isWritableFile(world.home("folder")));
+    world.setWritable(world.home("folder"), true);
+    world.setSearchable(world.home("folder"), false);
+    EXPECT_FALSE(world.files().isWritableFile(world.home("folder/closed")));
+    world.setSearchable(world.home("folder"), true);
+  });
+}
+
+TEST_P(LookingAtItems, LeavesCreationDatesAsTheyAre) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"));
+    world.addLink(world.home("link"), "nowhere");
+    const std::chrono::system_clock::time_point date{};
+    expectFailure(world.files().setCreationDate(world.home("file"), date), ENOTSUP);
+    expectFailure(world.files().setCreationDate(world.home("link"), date), ENOTSUP);
+    expectFailure(world.files().setCreationDate(world.home("none"), date), ENOENT);
+    expectFailure(world.files().setCreationDate(world.home("file/none"), date), ENOTDIR);
   });
 }
 
