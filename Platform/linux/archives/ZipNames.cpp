@@ -55,7 +55,7 @@ class FileWindow {
  private:
   bool moveTo(std::uint64_t offset, std::size_t count) {
     start_ = offset;
-    bytes_.resize(std::max(kWindow, count));
+    bytes_.resize(std::max(count, static_cast<std::size_t>(std::min<std::uint64_t>(kWindow, size_ - offset))));
     const ssize_t got = ::pread(file_, bytes_.data(), bytes_.size(), static_cast<off_t>(offset));
     bytes_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
     return bytes_.size() >= count;
