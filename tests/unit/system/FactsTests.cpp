@@ -110,6 +110,19 @@ TEST_F(SystemFacts, KnowsTheExecutable) {
   EXPECT_EQ(linux_::SystemFacts(lists, std::nullopt).executablePath(), std::nullopt);
 }
 
+TEST_F(SystemFacts, FindsTheZipToolWhereItIsInstalledAndElseBesideTheProgram) {
+  runInPrivateMachine([this] {
+    const std::filesystem::path root = machineFolder();
+    const linux_::SystemFacts installed(lists, root / "bin/program");
+    EXPECT_EQ(installed.zipToolPath(), root / "bin/tessaly-ditto");
+    std::filesystem::create_directory(root / "libexec");
+    std::ofstream(root / "libexec/tessaly-ditto") << "#!/bin/sh\n";
+    EXPECT_EQ(installed.zipToolPath(), root / "bin/tessaly-ditto");  // nobody may run the other one
+    std::filesystem::permissions(root / "libexec/tessaly-ditto", std::filesystem::perms(0755));
+    EXPECT_EQ(installed.zipToolPath(), root / "libexec/tessaly-ditto");
+  });
+}
+
 TEST_F(SystemFacts, FindsTheVersionBesideTheExecutablesFolder) {
   EXPECT_EQ(versionFrom("/opt/t/Info.plist", std::string("1.2.3")), "1.2.3");
   EXPECT_EQ(versionFrom("/opt/t/share/tessaly-uninstaller/Info.plist", std::string("1.4")), "1.4");
