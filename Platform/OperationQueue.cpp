@@ -1,6 +1,7 @@
 #include "Platform/OperationQueue.h"
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -24,11 +25,14 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     if (wake) somethingToDo_.notify_one();
   }
 
+  /// One moment in which all was done is enough: who waits is not kept by others who go on adding.
   void wait() {
     if (isOwnWorker()) return;
     std::unique_lock lock(mutex_);
     if (!pending_.empty()) startWorker();
-    allDone_.wait(lock, [this] { return !worker_.joinable() || (pending_.empty() && !works_); });
+    if (pending_.empty() && !works_) return;
+    const std::uint64_t before = timesDone_;
+    allDone_.wait(lock, [&] { return !worker_.joinable() || timesDone_ != before; });
   }
 
   void end() {
@@ -78,7 +82,10 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
   bool take(std::vector<Operation>& batch) {
     std::unique_lock lock(mutex_);
     works_ = false;
-    if (pending_.empty()) allDone_.notify_all();
+    if (pending_.empty()) {
+      ++timesDone_;
+      allDone_.notify_all();
+    }
     while (pending_.empty() && !ending_) {
       workerSleeps_ = true;
       somethingToDo_.wait(lock);
@@ -93,6 +100,7 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
   std::condition_variable somethingToDo_;
   std::condition_variable allDone_;
   std::vector<Operation> pending_;
+  std::uint64_t timesDone_ = 0;
   bool works_ = false;  ///< on operations that are no longer pending
   bool workerSleeps_ = false;
   bool ending_ = false;

@@ -6,7 +6,10 @@ void trashMany(int files);
 void writeLog();
 void runTools();
 void runToolsWithMuchMemory();
+void readAsyncTask();
+void copyMuch();
 void firstPaint();
 void uninstallSample();
+void zipMuch();
 
 }  // namespace qm::bench

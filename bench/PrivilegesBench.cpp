@@ -1,5 +1,5 @@
 // What administrator rights cost: opening a session next to pkexec alone, and a launch next to posix_spawn.
-// Runs as root on a throw-away machine; see bench/privileges.
+// Runs as root on a throw-away machine; see scripts/bench.
 
 #include <gtest/gtest.h>
 #include <spawn.h>

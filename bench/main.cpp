@@ -13,8 +13,11 @@ int main(int argc, char** argv) {
       {"trash", [] { trashMany(1000), trashMany(10000); }},
       {"log", writeLog},
       {"tools", [] { runTools(), runToolsWithMuchMemory(); }},
+      {"async", readAsyncTask},
+      {"copy", copyMuch},
       {"paint", firstPaint},
       {"uninstall", uninstallSample},
+      {"zip", zipMuch},
   };
   qm::platform::install(&machine());
   for (int i = 1; i < argc; ++i) {

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -64,6 +65,11 @@ void startMessageBus() {
   static_cast<void>(reading.release());
 }
 
+KeptConsole& lastingConsole() {
+  static auto& consoles = *new std::deque<KeptConsole>;
+  return consoles.emplace_back();
+}
+
 }  // namespace
 
 void PrintTo(const Account& account, std::ostream* stream) { *stream << account.name; }
@@ -112,7 +118,9 @@ std::vector<std::string> DesktopAgent::dialogs() {
 }
 
 Application::Application()
-    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller")), service(console, programs) {
+    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller")),
+      console(lastingConsole()),
+      service(console, programs) {
   EXPECT_EQ(service.create({}, 0, &session), errAuthorizationSuccess);
 }
 

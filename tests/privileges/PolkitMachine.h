@@ -76,7 +76,8 @@ class Application {
   platform::AuthorizationStatus end() { return service.free(session, 0); }
 
   linux_::PrivilegePrograms programs;
-  KeptConsole console;
+  /// Outlives the application, since a tool may be told about later.
+  KeptConsole& console;
   linux_::PolkitAuthorization service;
   platform::AuthorizationRef session = nullptr;
   std::shared_ptr<platform::CommunicationsPipe> pipe;

@@ -82,8 +82,8 @@ TEST_P(AdministratorRights, GiveToolsACleanStart) {
     ASSERT_EQ(::setenv("BASH_ENV", "/tmp/evil.sh", 1), 0);
     ::umask(0);
     ASSERT_EQ(::chdir("/tmp"), 0);
-    const rlimit none{0, RLIM_INFINITY};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &none), 0);
+    const rlimit little{10U << 20U, RLIM_INFINITY};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &little), 0);
     ::signal(SIGTERM, SIG_IGN);
     Application application;
     ASSERT_EQ(application.open(kAnna), errAuthorizationSuccess);

@@ -100,6 +100,29 @@ TEST(OperationQueue, WaitsForOperationsAddedMeanwhile) {
   EXPECT_EQ(depth, 100);
 }
 
+// They wait for what they have added, so that there is such a moment again and again, and somebody adds at once.
+TEST(OperationQueue, KeepsNobodyWaitingThroughWhatOthersAddAfterwards) {
+  OperationQueue queue;
+  std::atomic<bool> stops{false};
+  std::vector<std::thread> others;
+  for (int i = 0; i < 4; ++i) {
+    others.emplace_back([&] {
+      while (!stops) {
+        queue.addOperation([] {});
+        queue.waitUntilAllOperationsAreFinished();
+      }
+    });
+  }
+  for (int i = 0; i < 500; ++i) {
+    std::atomic<bool> done{false};
+    queue.addOperation([&] { done = true; });
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_TRUE(done);
+  }
+  stops = true;
+  for (std::thread& other : others) other.join();
+}
+
 TEST(OperationQueue, ReturnsAtOnceFromWaitingInsideItsOwnOperation) {
   bool came = false;
   OperationQueue queue;
