@@ -50,7 +50,7 @@ void firstPaint() {
            .ours = {"the main window", {}, {}, [] { return untilFirstPaint("bench_paint_ours"); }},
            .limit = {"an empty Qt window", {}, {}, [] { return untilFirstPaint("bench_paint_empty"); }},
            .peers = {},
-           .rounds = 21});
+           .rounds = 61});
 }
 
 }  // namespace qm::bench

@@ -1,12 +1,8 @@
 #include "Platform/Application.h"
 
-#include <fontconfig/fontconfig.h>
-
 #include <QApplication>
 #include <cstdio>
 #include <cstdlib>
-#include <future>
-#include <system_error>
 
 #include "Platform/linux/qt/FrontEnd.h"
 
@@ -25,18 +21,7 @@ void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const
   std::_Exit(EXIT_FAILURE);
 }
 
-/// Reads the system's fonts on a thread of its own, a fifth of the time to the first window, while the main
-/// thread connects to the display. Without a thread, Qt reads them when it needs them.
-std::future<void> readFontsAhead() {
-  try {
-    return std::async(std::launch::async, [] { FcInit(); });
-  } catch (const std::system_error&) {
-    return {};
-  }
-}
-
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
-  const auto fonts = readFontsAhead();
   const auto previous = qInstallMessageHandler(reportStartFailure);
   auto application = std::make_unique<QApplication>(argc, argv);
   qInstallMessageHandler(previous);

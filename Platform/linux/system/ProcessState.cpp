@@ -4,8 +4,22 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "Platform/linux/system/Environment.h"
 
 namespace qm::linux_ {
+namespace {
+
+bool hasSessionBus() {
+  if (environmentValue("DBUS_SESSION_BUS_ADDRESS")) return true;
+  const std::optional<std::string> runtime = environmentValue("XDG_RUNTIME_DIR");
+  return runtime && ::access((*runtime + "/bus").c_str(), F_OK) == 0;
+}
+
+}  // namespace
 
 void settleInheritedState() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
@@ -14,6 +28,8 @@ void settleInheritedState() {
   }
   static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  // There are no other threads yet.
+  if (!hasSessionBus()) ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);  // NOLINT(concurrency-mt-unsafe)
 }
 
 }  // namespace qm::linux_

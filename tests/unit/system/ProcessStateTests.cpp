@@ -3,7 +3,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "Platform/linux/system/ProcessState.h"
 #include "tests/support/PrivateMachine.h"
@@ -52,6 +54,39 @@ TEST(InheritedState, HearsOfChildrenAgainAndSurvivesABrokenPipe) {
     linux_::settleInheritedState();
     EXPECT_EQ(handlerOf(SIGCHLD), SIG_DFL);
     EXPECT_EQ(handlerOf(SIGPIPE), SIG_IGN);
+  });
+}
+
+constexpr const char* kBusAddress = "DBUS_SESSION_BUS_ADDRESS";
+
+TEST(InheritedState, StartsNoSessionBusWhereThereIsNone) {
+  inChild([] {
+    ::unsetenv(kBusAddress);
+    ::setenv("XDG_RUNTIME_DIR", "/nowhere", 1);
+    linux_::settleInheritedState();
+    EXPECT_STREQ(::getenv(kBusAddress), "disabled:");
+
+    ::unsetenv(kBusAddress);
+    ::unsetenv("XDG_RUNTIME_DIR");
+    linux_::settleInheritedState();
+    EXPECT_STREQ(::getenv(kBusAddress), "disabled:");
+  });
+}
+
+TEST(InheritedState, LeavesTheSessionBusThatIsThere) {
+  inChild([] {
+    ::setenv(kBusAddress, "unix:path=/somewhere", 1);
+    linux_::settleInheritedState();
+    EXPECT_STREQ(::getenv(kBusAddress), "unix:path=/somewhere");
+
+    char folder[] = "/tmp/runtime-XXXXXX";
+    ASSERT_NE(::mkdtemp(folder), nullptr);
+    std::ofstream(std::string(folder) + "/bus");
+    ::unsetenv(kBusAddress);
+    ::setenv("XDG_RUNTIME_DIR", folder, 1);
+    linux_::settleInheritedState();
+    EXPECT_EQ(::getenv(kBusAddress), nullptr);
+    std::filesystem::remove_all(folder);
   });
 }
 
