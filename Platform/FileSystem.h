@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +21,14 @@ struct ItemAttributes {
   std::uint64_t size = 0;  ///< bytes
   std::chrono::system_clock::time_point modificationDate;
 };
+
+/// An entry of a folder. The name lasts as long as the call that hands the entry out.
+struct DirectoryEntry {
+  std::string_view name;
+  FileType type = FileType::Regular;  ///< of the item itself
+  std::uint64_t size = 0;             ///< bytes; only where sizes are asked for, and never of a folder
+};
+enum class EntrySizes : bool { No, Yes };
 
 /// A file open for writing. Closed when the last owner lets go of it. One thread at a time.
 class FileHandle {
@@ -49,6 +58,12 @@ class FileSystem {
   /// The names in a folder, one level, hidden ones included, "." and ".." never, in the system's
   /// order. Nil when the folder cannot be listed. A link to a folder is followed.
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
+  /// Hands the entries of a folder to `visit` as they are read, in the same order, with what each is. None is
+  /// kept, however many there are. Left out is what cannot be reached: everything in a folder that may
+  /// be listed but not searched, and what has a longer path than the system takes. Nothing when the
+  /// folder cannot be listed.
+  virtual void visitDirectory(const std::string& path, EntrySizes sizes,
+                              const std::function<void(const DirectoryEntry&)>& visit) const = 0;
   /// The item itself (a link is not followed); nil when nothing is there.
   virtual std::optional<ItemAttributes> attributesOfItem(const std::string& path) const = 0;
   /// The target of a symbolic link as it is written; nil when the item is not a link.

@@ -24,7 +24,10 @@ using qm::foundation::formatted;
 using qm::foundation::lastPathComponent;
 using qm::foundation::lowercaseString;
 using qm::foundation::pathExtension;
+using qm::platform::DirectoryEntry;
+using qm::platform::EntrySizes;
 using qm::platform::FileSystem;
+using qm::platform::FileType;
 using qm::platform::platform;
 using qm::platform::Status;
 
@@ -102,6 +105,26 @@ bool waitUntil(const std::string& path, Wanted wanted, std::chrono::seconds limi
   using Elapsed = std::chrono::duration<double>;  // any limit can be compared with it
   while (!isAsWanted(path, wanted) && Elapsed(clock.monotonicNow() - start) < limit) lookAway();
   return isAsWanted(path, wanted);
+}
+
+bool isFolderOrLinkToOne(const DirectoryEntry& entry, const std::string& path) {
+  return entry.type == FileType::Directory || (entry.type == FileType::SymbolicLink && fileSystem().isDirectory(path));
+}
+
+/// A folder's own folders are walked when it has been read to its end, so that only one is open at a time.
+std::uint64_t sizeBelow(const std::string& folder) {
+  std::uint64_t sum = 0;
+  std::vector<std::string> folders;
+  fileSystem().visitDirectory(folder, EntrySizes::Yes, [&](const DirectoryEntry& entry) {
+    const bool isFile = entry.type == FileType::Regular || entry.type == FileType::Other;
+    if (!isFile && isFolderOrLinkToOne(entry, appendingPathComponent(folder, entry.name))) {
+      folders.emplace_back(entry.name);
+    } else {
+      sum += entry.size;
+    }
+  });
+  for (const auto& name : folders) sum += sizeBelow(appendingPathComponent(folder, name));
+  return sum;
 }
 
 bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
@@ -276,13 +299,9 @@ bool QMFileManager::copyContentsOfDirectory(const std::string& source, const std
 // MARK: - Folders
 
 std::uint64_t QMFileManager::fileSize(const std::string& path) {
-  if (!fileSystem().isDirectory(path)) {
-    const auto attributes = fileSystem().attributesOfItem(path);
-    return attributes ? attributes->size : 0;
-  }
-  std::uint64_t sum = 0;
-  for (const auto& name : entries(path)) sum += fileSize(appendingPathComponent(path, name));
-  return sum;
+  if (fileSystem().isDirectory(path)) return sizeBelow(path);
+  const auto attributes = fileSystem().attributesOfItem(path);
+  return attributes ? attributes->size : 0;
 }
 
 bool QMFileManager::isFolderEmpty(const std::string& folder) {

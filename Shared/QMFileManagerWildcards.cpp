@@ -8,7 +8,10 @@
 #include "Shared/QMFileManager.h"
 
 using qm::foundation::appendingPathComponent;
+using qm::platform::DirectoryEntry;
+using qm::platform::EntrySizes;
 using qm::platform::FileSystem;
+using qm::platform::FileType;
 using qm::platform::platform;
 
 namespace {
@@ -24,11 +27,12 @@ void addIfThere(const FileSystem& files, std::string_view folder, std::string_vi
 }
 
 void addEntriesLike(const FileSystem& files, const std::string& folder, std::string_view component, Paths& found) {
-  const auto names = files.contentsOfDirectory(folder);
-  if (!names) return;
-  for (const auto& name : *names) {
-    if (qm::foundation::isLike(name, component)) addIfThere(files, folder, name, found);
-  }
+  files.visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
+    if (!qm::foundation::isLike(entry.name, component)) return;
+    // Only a link can lead to nothing.
+    if (entry.type == FileType::SymbolicLink) return addIfThere(files, folder, entry.name, found);
+    found.push_back(appendingPathComponent(folder, entry.name));
+  });
 }
 
 /// One step of the walk: what a component leads to from the folders reached so far.

@@ -26,30 +26,29 @@ EntryKind kindOf(const dirent& entry) {
   }
 }
 
-template <class Take>
-int forEachEntry(UniqueFd folder, Take take) {
+}  // namespace
+
+int forEachEntry(UniqueFd folder, const std::function<void(int, const char*, EntryKind)>& take) {
   const std::unique_ptr<DIR, CloseStream> stream(::fdopendir(folder.get()));
   if (!stream) return errno;
-  static_cast<void>(folder.release());  // the stream closes it
+  const int descriptor = folder.release();  // the stream closes it
   for (;;) {
     errno = 0;
     const dirent* entry = ::readdir(stream.get());
     if (entry == nullptr) return errno;
     const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") take(*entry);
+    if (name != "." && name != "..") take(descriptor, entry->d_name, kindOf(*entry));
   }
 }
 
-}  // namespace
-
 int listFolder(UniqueFd folder, std::vector<FolderEntry>& entries) {
-  return forEachEntry(std::move(folder), [&](const dirent& entry) {
-    entries.push_back({entry.d_name, kindOf(entry)});
+  return forEachEntry(std::move(folder), [&](int, const char* name, EntryKind kind) {
+    entries.push_back({name, kind});
   });
 }
 
 int listFolder(UniqueFd folder, std::vector<std::string>& names) {
-  return forEachEntry(std::move(folder), [&](const dirent& entry) { names.emplace_back(entry.d_name); });
+  return forEachEntry(std::move(folder), [&](int, const char* name, EntryKind) { names.emplace_back(name); });
 }
 
 }  // namespace qm::posix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,5 +19,8 @@ struct FolderEntry {
 /// All entries but "." and "..", in the system's order. Answers 0 or an error number.
 int listFolder(UniqueFd folder, std::vector<FolderEntry>& entries);
 int listFolder(UniqueFd folder, std::vector<std::string>& names);
+
+/// Hands each of them to `take` as it is read, with the folder's descriptor, which looks at an entry go through.
+int forEachEntry(UniqueFd folder, const std::function<void(int folder, const char* name, EntryKind kind)>& take);
 
 }  // namespace qm::posix

@@ -12,6 +12,7 @@
 #include "Platform/posix/AtomicWrite.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/FolderListing.h"
+#include "Platform/posix/FolderVisit.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
 #include "Platform/posix/Move.h"
@@ -22,7 +23,6 @@
 namespace qm::posix {
 namespace {
 
-using platform::FileType;
 using platform::ItemAttributes;
 using platform::Status;
 
@@ -31,12 +31,6 @@ mode_t kindBehind(const std::string& path) {
   struct stat attributes {};
   if (pathError(path) != 0 || ::stat(path.c_str(), &attributes) != 0) return 0;
   return attributes.st_mode & S_IFMT;
-}
-
-FileType typeOf(mode_t mode) {
-  if (S_ISREG(mode)) return FileType::Regular;
-  if (S_ISDIR(mode)) return FileType::Directory;
-  return S_ISLNK(mode) ? FileType::SymbolicLink : FileType::Other;
 }
 
 std::chrono::system_clock::time_point timePoint(const timespec& time) {
@@ -73,11 +67,16 @@ std::optional<std::vector<std::string>> PosixFileSystem::contentsOfDirectory(con
   return names;
 }
 
+void PosixFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
+                                     const std::function<void(const platform::DirectoryEntry&)>& visit) const {
+  static_cast<void>(visitFolder(path, sizes, visit));
+}
+
 std::optional<ItemAttributes> PosixFileSystem::attributesOfItem(const std::string& path) const {
   struct stat attributes {};
   if (pathError(path) != 0 || ::lstat(withoutTrailingSlashes(path).c_str(), &attributes) != 0) return std::nullopt;
   ItemAttributes answer;
-  answer.type = typeOf(attributes.st_mode);
+  answer.type = fileTypeOf(attributes.st_mode);
   answer.size = static_cast<std::uint64_t>(attributes.st_size);
   answer.modificationDate = timePoint(modificationTime(attributes));
   return answer;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Platform/foundation/PathComponents.h"
+
 namespace qm::testing {
 namespace {
 
@@ -54,6 +56,16 @@ bool FakeFileSystem::isWritableFile(const std::string& path) const {
 std::optional<std::vector<std::string>> FakeFileSystem::contentsOfDirectory(const std::string& path) const {
   if (calls_.question("fileSystem.contentsOfDirectory", path)) return std::nullopt;
   return disk_.list(path);
+}
+
+void FakeFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
+                                    const std::function<void(const platform::DirectoryEntry&)>& visit) const {
+  if (calls_.question("fileSystem.visitDirectory", path)) return;
+  for (const std::string& name : disk_.list(path).value_or(std::vector<std::string>())) {
+    const auto attributes = disk_.attributes(foundation::appendingPathComponent(path, name));
+    if (!attributes) continue;
+    visit({name, attributes->type, sizes == platform::EntrySizes::Yes ? attributes->size : 0});
+  }
 }
 
 std::optional<platform::ItemAttributes> FakeFileSystem::attributesOfItem(const std::string& path) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +26,8 @@ class FakeFileSystem : public platform::FileSystem {
   bool isExecutableFile(const std::string& path) const override;
   bool isWritableFile(const std::string& path) const override;
   std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
+  void visitDirectory(const std::string& path, platform::EntrySizes sizes,
+                      const std::function<void(const platform::DirectoryEntry&)>& visit) const override;
   std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
   platform::Status moveItem(const std::string& source, const std::string& destination) override;

@@ -152,6 +152,66 @@ TEST_P(LookingAtItems, ListsAnyBytesInNames) {
   });
 }
 
+/// What a visit hands out, as "name type size".
+Lines visited(FileWorld& world, const std::string& folder, platform::EntrySizes sizes) {
+  Lines lines;
+  world.files().visitDirectory(folder, sizes, [&](const platform::DirectoryEntry& entry) {
+    lines.push_back(std::string(entry.name) + " " + std::to_string(static_cast<int>(entry.type)) + " " +
+                    std::to_string(entry.size));
+  });
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+TEST_P(LookingAtItems, VisitsEntriesWithWhatTheyAre) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("a/file"), "12345");
+    world.addFile(world.home("a/.hidden"));
+    world.addFile(world.home("a/folder/inside"), "1");
+    world.addLink(world.home("a/link"), "file");
+    world.addLink(world.home("a/dangling"), "nowhere");
+    world.addLink(world.home("to-a"), "a");
+    const Lines sized = {".hidden 0 0", "dangling 2 7", "file 0 5", "folder 1 0", "link 2 4"};
+    for (const std::string name : {"a", "a/", "to-a"})
+      EXPECT_EQ(visited(world, world.home(name), platform::EntrySizes::Yes), sized) << name;
+    const Lines kinds = visited(world, world.home("a"), platform::EntrySizes::No);
+    ASSERT_EQ(kinds.size(), sized.size());
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+      EXPECT_EQ(kinds[i].substr(0, kinds[i].rfind(' ')), sized[i].substr(0, sized[i].rfind(' ')));
+    }
+  });
+}
+
+TEST_P(LookingAtItems, VisitsEntriesInTheOrderOfTheListing) {
+  inWorld([](FileWorld& world) {
+    for (int i = 0; i < 50; ++i) world.addFile(world.home("a/" + std::to_string(i * 7919 % 1000)));
+    Lines names;
+    world.files().visitDirectory(world.home("a"), platform::EntrySizes::No,
+                                 [&](const platform::DirectoryEntry& entry) { names.emplace_back(entry.name); });
+    EXPECT_EQ(world.files().contentsOfDirectory(world.home("a")), names);
+    EXPECT_EQ(names.size(), 50U);
+  });
+}
+
+TEST_P(LookingAtItems, VisitsNothingThatCannotBeListedOrReached) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("file"));
+    world.addFile(world.home("secret/file"));
+    world.addFile(world.home("secret/folder/file"));
+    for (const auto sizes : {platform::EntrySizes::No, platform::EntrySizes::Yes}) {
+      for (const auto& path : {world.home("file"), world.home("none"), std::string(), tooLongPath(world.home())})
+        EXPECT_EQ(visited(world, path, sizes), Lines{}) << path;
+      world.setReadable(world.home("secret"), false);
+      EXPECT_EQ(visited(world, world.home("secret"), sizes), Lines{});
+      world.setReadable(world.home("secret"), true);
+      world.setSearchable(world.home("secret"), false);
+      EXPECT_EQ(visited(world, world.home("secret"), sizes), Lines{});
+      world.setSearchable(world.home("secret"), true);
+      EXPECT_EQ(visited(world, world.home("secret"), sizes).size(), 2U);
+    }
+  });
+}
+
 TEST_P(LookingAtItems, TellsKindSizeAndDate) {
   inWorld([](FileWorld& world) {
     world.addFile(world.home("file"), "12345");

@@ -46,6 +46,22 @@ TEST_F(FolderTest, AddsWhatALinkToAFolderHoldsButALinkToAFileAsTheLink) {
   EXPECT_EQ(QMFileManager::fileSize("/e"), std::string("/elsewhere/file").size());
 }
 
+TEST_F(FolderTest, CountsADanglingLinkAsTheLinkAndNothingThatCannotBeReached) {
+  fakes.disk.addLink("/d/link", "/nowhere");
+  fakes.disk.addFile("/d/closed/file", "contents");
+  fakes.disk.setSearchable("/d/closed", false);
+  EXPECT_EQ(QMFileManager::fileSize("/d"), std::string("/nowhere").size());
+}
+
+TEST_F(FolderTest, ReadsEachFolderOnceForItsSize) {
+  fakes.disk.addFile("/d/a", "1");
+  fakes.disk.addFile("/d/sub/b", "22");
+  fakes.disk.addFile("/d/sub/c", "333");
+  EXPECT_EQ(QMFileManager::fileSize("/d"), 6U);
+  EXPECT_EQ(fakes.calls.count("fileSystem.visitDirectory"), 2U);
+  EXPECT_EQ(fakes.calls.count("fileSystem.attributesOfItem"), 0U);
+}
+
 TEST_F(FolderTest, WalksALinkBackUntilThePathIsRefused) {
   fakes.disk.addFile("/d/file", "12345");
   fakes.disk.addLink("/d/again", "/d");
