@@ -28,6 +28,8 @@ constexpr std::size_t kBlock = 262'144;
 constexpr std::size_t kKernelBlock = 4'194'304;
 /// Below this a plain read and write are quicker than the kernel's own copying.
 constexpr off_t kSmallFile = 65'536;
+/// Below this setting space aside takes longer than it saves.
+constexpr std::size_t kWorthReserving = 1'048'576;
 constexpr off_t kStatBlock = 512;
 
 ssize_t retried(auto call) {
@@ -79,9 +81,7 @@ int writeAll(int file, const char* bytes, std::size_t count) {
 int ContentsCopier::copy(int from, int to, const struct stat& attributes) {
   if (share(from, to, attributes)) return observer_.bytesCopied(static_cast<std::uint64_t>(attributes.st_size));
   const bool hasHoles = static_cast<off_t>(attributes.st_blocks) * kStatBlock < attributes.st_size;
-  if (hasHoles) return copyWithHoles(from, to, attributes.st_size);
-  Range all{0, attributes.st_size};
-  return copyData(from, to, all);
+  return hasHoles ? copyWithHoles(from, to, attributes.st_size) : copyData(from, to, {0, attributes.st_size});
 }
 
 bool ContentsCopier::share(int from, int to, const struct stat& attributes) {
@@ -96,27 +96,25 @@ int ContentsCopier::copyWithHoles(int from, int to, off_t size) {
   for (off_t done = 0; done < size;) {
     const auto [begin, end] = nextData(from, done, size);
     if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(begin - done))) return error;
-    Range data{begin, end};
-    if (const int error = copyData(from, to, data)) return error;
-    if (!data.empty()) return errorOf(::ftruncate(to, data.begin));
-    done = end;
+    if (const int error = copyData(from, to, {begin, end})) return error;
+    done = cutOff_ ? size : end;
   }
   return 0;
 }
 
-/// Leaves in `range` what was cut off meanwhile.
-int ContentsCopier::copyData(int from, int to, Range& range) {
-  if (range.end - range.begin > kSmallFile) {
-    if (const int error = copyInKernel(from, to, range)) return error;
-  }
-  return range.empty() ? 0 : copyByBlocks(from, to, range);
+int ContentsCopier::copyData(int from, int to, Range range) {
+  int error = range.end - range.begin > kSmallFile ? copyInKernel(from, to, range) : 0;
+  if (error == 0 && !range.empty()) error = copyByBlocks(from, to, range);
+  cutOff_ = error == 0 && !range.empty();
+  return cutOff_ ? errorOf(::ftruncate(to, range.begin)) : error;
 }
 
 /// Copies as much as the kernel copies by itself and leaves the rest in `range`.
 int ContentsCopier::copyInKernel(int from, int to, Range& range) {
   while (!range.empty()) {
-    const ssize_t copied =
-        retried([&] { return copyRange(from, to, range.begin, std::min(kKernelBlock, range.size())); });
+    const std::size_t wanted = std::min(kKernelBlock, range.size());
+    if (reserves_ && wanted >= kWorthReserving) reserves_ = reserveSpace(to, range.begin, wanted) == 0;
+    const ssize_t copied = retried([&] { return copyRange(from, to, range.begin, wanted); });
     // The reason is found again, if it is one, by the plain copy that follows.
     if (copied <= 0) return 0;
     range.begin += copied;
@@ -125,13 +123,14 @@ int ContentsCopier::copyInKernel(int from, int to, Range& range) {
   return 0;
 }
 
+/// Leaves in `range` what was cut off meanwhile.
 int ContentsCopier::copyByBlocks(int from, int to, Range& range) {
   if (!block_) block_ = std::make_unique_for_overwrite<char[]>(kBlock);
   while (!range.empty()) {
     const std::size_t wanted = std::min(kBlock, range.size());
     const ssize_t got = retried([&] { return ::pread(from, block_.get(), wanted, range.begin); });
     if (got < 0) return errno;
-    if (got == 0) return 0;  // it was cut off meanwhile
+    if (got == 0) return 0;
     if (const int error = writeAt(to, block_.get(), static_cast<std::size_t>(got), range.begin)) return error;
     range.begin += got;
     if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(got))) return error;

@@ -29,12 +29,14 @@ class ContentsCopier {
 
   bool share(int from, int to, const struct stat& attributes);
   int copyWithHoles(int from, int to, off_t size);
-  int copyData(int from, int to, Range& range);
+  int copyData(int from, int to, Range range);
   int copyInKernel(int from, int to, Range& range);
   int copyByBlocks(int from, int to, Range& range);
 
   CopyObserver& observer_;
   std::unique_ptr<char[]> block_;
+  bool reserves_ = true;              ///< the copy's volume can set space aside
+  bool cutOff_ = false;               ///< the source ended before the data that was copied last
   std::optional<dev_t> unshareable_;  ///< a volume whose files cannot be shared with the copy
 };
 

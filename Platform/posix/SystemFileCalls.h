@@ -41,6 +41,10 @@ bool holdsMountPoint(int folder);
 /// each keeps its own when the other is changed. Answers 0 or an error number.
 int shareContents(int from, int to);
 
+/// Has space set aside for what will be written to a part of a file, which makes that quicker; the size of
+/// the file stays as it is. Answers 0 or an error number.
+int reserveSpace(int file, off_t offset, std::size_t count);
+
 /// Copies up to `count` bytes at `offset` within the kernel; -1 where that cannot be done, 0 at the end.
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 

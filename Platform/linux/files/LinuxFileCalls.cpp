@@ -39,6 +39,10 @@ bool isProtected(int folder, const char* name) {
 
 int shareContents(int from, int to) { return errorOf(::ioctl(to, FICLONE, from)); }
 
+int reserveSpace(int file, off_t offset, std::size_t count) {
+  return errorOf(::fallocate(file, FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(count)));
+}
+
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
   off_t fromOffset = offset;
   off_t toOffset = offset;

@@ -61,6 +61,7 @@ TEST(CopyingWhatChanges, EndsWhereTheFileWasCutOff) {
     Meddler meddler({}, afterTheFirst([&] { fs::resize_file(from + "/file", 6'000'000); }));
     EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, 0);
     EXPECT_EQ(attributesOf(to + "/copy").st_size, 6'000'000);
+    EXPECT_LT(attributesOf(to + "/copy").st_blocks * 512, 6'100'000) << "nothing stays set aside";
     EXPECT_TRUE(textOf(to + "/copy") == std::string(6'000'000, 'x'));
   });
 }
@@ -77,6 +78,7 @@ TEST(CopyingWhatChanges, EndsWhereAFileWithHolesWasCutOff) {
     });
     EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, 0);
     EXPECT_EQ(attributesOf(to + "/copy").st_size, 6'000'000);
+    EXPECT_LT(attributesOf(to + "/copy").st_blocks * 512, 6'100'000) << "nothing stays set aside";
     EXPECT_TRUE(textOf(to + "/copy") == std::string(6'000'000, 'x'));
   });
 }
@@ -380,6 +382,23 @@ TEST(CopyingFilesOfATree, CopiesNothingThatTheFileSystemShares) {
       EXPECT_EQ(observer.bytes, 100'000U);
     });
     EXPECT_EQ(attributesOf(to + "/copy").st_size, 0);
+  });
+}
+
+TEST(CopyingFilesOfATree, CopiesWhereNoSpaceCanBeSetAside) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/file", std::string(9'000'000, 'x'));
+    for (const int error : {EOPNOTSUPP, ENOSYS, ENOSPC}) {
+      const std::string copy = to + "/" + std::to_string(error);
+      inChild([&] {
+        failSystemCall(SYS_fallocate, error);
+        Meddler observer({});
+        EXPECT_EQ(posix::copyTree(from + "/file", copy, observer).code, 0);
+      });
+      EXPECT_TRUE(textOf(copy) == std::string(9'000'000, 'x')) << error;
+    }
   });
 }
 
