@@ -7,12 +7,9 @@
 #include <cerrno>
 
 #include "Platform/posix/FileContents.h"
-#include "Platform/posix/FileError.h"
 #include "Platform/posix/Publish.h"
 
 namespace qm::linux_ {
-
-using posix::errorOf;
 
 int obstacleToReplacing(int folder, const std::string& name) {
   struct stat attributes {};

@@ -33,7 +33,7 @@ void stopWhenAsked() {
   action.sa_handler = stop;
   for (const int signal : {SIGHUP, SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
   // Whoever read the messages may be gone, and a limit on the size of files is a failure like others.
-  for (const int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_IGN);
+  for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(::signal(signal, SIG_IGN));
 }
 
 void print(const std::string& line) { static_cast<void>(std::fprintf(stderr, "tessaly-ditto: %s\n", line.c_str())); }
