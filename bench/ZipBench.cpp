@@ -1,14 +1,17 @@
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/SystemInformation.h"
@@ -41,17 +44,33 @@ void makeLargeFile(const std::string& path, std::size_t mebibytes) {
   ::close(file);
 }
 
-/// Runs a program to its end; the largest part of its memory that was ever in use, in KiB.
+/// The largest part of a running program's memory that was in use so far, in KiB; 0 once it has ended. (What the
+/// system tells about ended children counts the memory of their parent too.)
+long peakMemory(pid_t process) {
+  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) return std::atol(line.c_str() + line.find(':') + 1);
+  }
+  return 0;
+}
+
+/// Runs a program to its end; its memory as above.
 long run(std::vector<std::string> command) {
+  constexpr std::chrono::milliseconds pause(5);
   std::vector<char*> arguments;
   for (std::string& argument : command) arguments.push_back(argument.data());
   arguments.push_back(nullptr);
   pid_t child = 0;
-  int status = 0;
-  rusage usage{};
   if (::posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0) std::abort();
-  if (::wait4(child, &status, 0, &usage) != child || status != 0) std::abort();
-  return usage.ru_maxrss;
+  long peak = 0;
+  int status = 0;
+  pid_t ended = 0;
+  while ((ended = ::waitpid(child, &status, WNOHANG)) == 0) {
+    peak = std::max(peak, peakMemory(child));
+    std::this_thread::sleep_for(pause);
+  }
+  if (ended != child || status != 0) std::abort();
+  return peak;
 }
 
 long pack(const std::string& folder) {
