@@ -44,6 +44,9 @@ class BinaryWalker {
   }
   bool visit(std::uint64_t object, std::size_t depth);
   bool visitChildren(const Extent& extent, std::uint64_t references, std::size_t depth);
+  std::optional<Offset> offsetOf(std::uint64_t object) const;
+  bool isKey(std::uint64_t object) const;
+  bool hasKeys(const Extent& extent) const;
 
   std::string_view bytes_;
   Offset end_ = 0;
@@ -84,11 +87,38 @@ std::optional<BinaryWalker::Extent> BinaryWalker::extentOf(Offset offset) const 
   return Extent{offset + 2 + size, *count};
 }
 
+std::optional<Offset> BinaryWalker::offsetOf(std::uint64_t object) const {
+  const auto offset = number(table_ + object * offsetSize_, offsetSize_);
+  return offset && *offset >= kMagic.size() && *offset < table_ ? offset : std::nullopt;
+}
+
+// A text that has been visited, without a NUL character: the library ends the process over one.
+bool BinaryWalker::isKey(std::uint64_t object) const {
+  const auto offset = offsetOf(object);
+  const auto extent = offset ? extentOf(*offset) : std::nullopt;
+  if (!extent) return false;
+  const unsigned kind = static_cast<unsigned char>(bytes_[*offset]) >> 4U;
+  if (kind != 0x5 && kind != 0x6) return false;
+  const std::size_t size = kind - 0x4U;  // of a character
+  for (std::uint64_t i = 0; i < extent->count; ++i) {
+    if (number(extent->begin + i * size, size) == 0U) return false;
+  }
+  return true;
+}
+
+bool BinaryWalker::hasKeys(const Extent& extent) const {
+  for (std::uint64_t i = 0; i < extent.count; ++i) {
+    const auto key = number(extent.begin + i * referenceSize_, referenceSize_);
+    if (!key || !isKey(*key)) return false;
+  }
+  return true;
+}
+
 // Bounded by kDeepest in depth and by kMostObjects in number.
 bool BinaryWalker::visit(std::uint64_t object, std::size_t depth) {
   if (object >= objectCount_ || depth > kDeepest || ++visited_ > kMostObjects) return false;
-  const auto offset = number(table_ + object * offsetSize_, offsetSize_);
-  if (!offset || *offset < kMagic.size() || *offset >= table_) return false;
+  const auto offset = offsetOf(object);
+  if (!offset) return false;
   const unsigned marker = static_cast<unsigned char>(bytes_[*offset]);
   const unsigned low = marker & 0x0fU;
   switch (marker >> 4U) {
@@ -115,7 +145,7 @@ bool BinaryWalker::visit(std::uint64_t object, std::size_t depth) {
     case 0xa:  // array
       return visitChildren(*extent, 1, depth);
     case 0xd:  // dictionary: its keys, then its values
-      return visitChildren(*extent, 2, depth);
+      return visitChildren(*extent, 2, depth) && hasKeys(*extent);
     default:
       return false;
   }

@@ -202,6 +202,14 @@ TEST_F(PropertyLists, RefuseLengthsThatReachBeyondTheFile) {
   EXPECT_EQ(parse(binary({binaryDict(1, 2), "\x51k", "\x5f\x51x"})), std::nullopt);
 }
 
+TEST_F(PropertyLists, RefuseABinaryWhoseKeyIsNoTextOrHoldsANulCharacter) {
+  using namespace std::string_literals;
+  for (const std::string& key : {"\x10\x01"s, "\x09"s, "\x52k\0"s, "\x62\0k\0\0"s}) {
+    EXPECT_EQ(parse(binary({binaryDict(1, 2), key, "\x51\x31"})), std::nullopt);
+  }
+  EXPECT_EQ(parse(binary({binaryDict(1, 2), "\x61\0k"s, "\x51\x31"})), (PropertyList{{"k", "1"}}));
+}
+
 TEST_F(PropertyLists, RefuseATextThatIsNestedTooDeeply) {
   const std::size_t depth = 60000;
   EXPECT_EQ(parse(entry(repeated("<array>", depth) + repeated("</array>", depth))), std::nullopt);
