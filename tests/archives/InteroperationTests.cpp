@@ -10,7 +10,6 @@
 namespace qm::testing {
 namespace {
 
-using linux_::KeepParent;
 using Snapshot = std::map<std::string, std::string>;
 
 const std::string kPythonUnpack = R"(
