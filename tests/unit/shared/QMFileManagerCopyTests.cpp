@@ -44,8 +44,18 @@ class CopyWithProgress : public LoggedTest {
     fakes.fileOperations.keepCopies();
   }
 
-  static std::shared_ptr<CopyDelegate> answering(std::set<std::string> selectors) {
-    return std::make_shared<CopyDelegate>(std::move(selectors));
+  /// What a delegate keeps of its reports holds the delegate itself.
+  void TearDown() override {
+    for (const auto& delegate : delegates) {
+      if (const auto left = delegate.lock()) left->forget();
+    }
+    LoggedTest::TearDown();
+  }
+
+  std::shared_ptr<CopyDelegate> answering(std::set<std::string> selectors, CopyDelegate::Action action = {}) {
+    auto delegate = std::make_shared<CopyDelegate>(std::move(selectors), std::move(action));
+    delegates.push_back(delegate);
+    return delegate;
   }
   bool start(const Delegate& delegate, const Context& object = nullptr, const Context& object2 = nullptr) {
     const bool started = QMFileManager::copyFileWithProgress("/from/a", "/to/b", delegate, object, object2);
@@ -66,6 +76,9 @@ class CopyWithProgress : public LoggedTest {
   }
 
   std::shared_ptr<FakeFileOperation> operation;
+
+ private:
+  std::vector<std::weak_ptr<CopyDelegate>> delegates;
 };
 
 // MARK: - Starting
@@ -358,9 +371,8 @@ TEST_F(CopyWithProgress, KeepsDelegateAndObjectsUntilTheEndWasReported) {
 }
 
 TEST_F(CopyWithProgress, IsCancelledThroughWhatTheDelegateWasGiven) {
-  const auto delegate = std::make_shared<CopyDelegate>(
-      std::set<std::string>{kProgressBoth},
-      [](const CopyDelegate::Call& call) { QMFileManager::cancelFileOperation(call.operation); });
+  const auto delegate = answering(
+      {kProgressBoth}, [](const CopyDelegate::Call& call) { QMFileManager::cancelFileOperation(call.operation); });
   ASSERT_TRUE(start(delegate));
   EXPECT_FALSE(operation->isCancelled());
   reportProgress({});
