@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cstddef>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -17,37 +20,44 @@ using qm::platform::platform;
 namespace {
 
 using Paths = std::vector<std::string>;
+using Components = std::span<const std::string>;
 
 bool hasWildcard(std::string_view text) { return text.find('*') != std::string_view::npos; }
 
-/// A folder joined with a name, when something is there.
-void addIfThere(const FileSystem& files, std::string_view folder, std::string_view name, Paths& found) {
-  std::string path = appendingPathComponent(folder, name);
-  if (files.fileExists(path)) found.push_back(std::move(path));
-}
+const FileSystem& files() { return *platform().fileSystem; }
 
-void addEntriesLike(const FileSystem& files, const std::string& folder, std::string_view component, Paths& found) {
-  files.visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
-    if (!qm::foundation::isLike(entry.name, component)) return;
-    // Only a link can lead to nothing.
-    if (entry.type == FileType::SymbolicLink) return addIfThere(files, folder, entry.name, found);
-    found.push_back(appendingPathComponent(folder, entry.name));
-  });
-}
-
-/// One step of the walk: what a component leads to from the folders reached so far.
-Paths reachedThrough(const std::string& component, const Paths& folders, const std::string& root) {
-  if (component == "/") return {root};
-  const FileSystem& files = *platform().fileSystem;
+/// The entries of a folder that are like a component, each as a path.
+Paths entriesLike(const std::string& folder, std::string_view component) {
   Paths found;
-  for (const auto& folder : folders) {
-    if (hasWildcard(component)) {
-      addEntriesLike(files, folder, component, found);
-    } else {
-      addIfThere(files, folder, component, found);
-    }
-  }
+  files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
+    if (!qm::foundation::isLike(entry.name, component)) return;
+    std::string path = appendingPathComponent(folder, entry.name);
+    // Only a link can lead to nothing.
+    if (entry.type != FileType::SymbolicLink || files().fileExists(path)) found.push_back(std::move(path));
+  });
   return found;
+}
+
+/// Goes from a folder through the components that are left, to the end of one branch before the next: nothing
+/// but the way to it is kept. As deep as a path can be long.
+void follow(const std::string& folder, Components components, Paths& found) {
+  if (components.empty()) {
+    found.push_back(folder);
+    return;
+  }
+  const Components rest = components.subspan(1);
+  if (hasWildcard(components.front())) {
+    for (const auto& path : entriesLike(folder, components.front())) follow(path, rest, found);
+    return;
+  }
+  const std::string path = appendingPathComponent(folder, components.front());
+  if (files().fileExists(path)) follow(path, rest, found);
+}
+
+/// A component "/" leads back to where the walk began, whatever was reached before.
+Components sinceLastSlash(const std::vector<std::string>& components) {
+  const auto last = std::find(components.rbegin(), components.rend(), "/");
+  return Components(components).subspan(static_cast<std::size_t>(components.rend() - last));
 }
 
 }  // namespace
@@ -55,11 +65,10 @@ Paths reachedThrough(const std::string& component, const Paths& folders, const s
 std::vector<std::string> QMFileManager::filesMatchingWildcardPath(const std::string& pattern,
                                                                   const std::optional<std::string>& basePath) {
   if (!hasWildcard(pattern)) return {basePath ? appendingPathComponent(*basePath, pattern) : pattern};
-  const std::string root = basePath.value_or("/");
-  Paths reached{root};
-  for (const auto& component : qm::foundation::pathComponents(pattern))
-    reached = reachedThrough(component, reached, root);
-  return reached;
+  const auto components = qm::foundation::pathComponents(pattern);
+  Paths found;
+  follow(basePath.value_or("/"), sinceLastSlash(components), found);
+  return found;
 }
 
 std::vector<std::string> QMFileManager::filesMatchingWildcardPath(const std::string& pattern) {

@@ -8,6 +8,8 @@ void runTools();
 void runToolsWithMuchMemory();
 void readAsyncTask();
 void copyMuch();
+void sizeMany();
+void matchMany();
 void firstPaint();
 void uninstallSample();
 void zipMuch();

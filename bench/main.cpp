@@ -15,6 +15,8 @@ int main(int argc, char** argv) {
       {"tools", [] { runTools(), runToolsWithMuchMemory(); }},
       {"async", readAsyncTask},
       {"copy", copyMuch},
+      {"size", sizeMany},
+      {"wildcards", matchMany},
       {"paint", firstPaint},
       {"uninstall", uninstallSample},
       {"zip", zipMuch},

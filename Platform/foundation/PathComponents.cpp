@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace qm::foundation {
 namespace {
@@ -28,13 +29,12 @@ std::size_t startOfExtension(std::string_view path) {
   return std::string_view::npos;
 }
 
-std::string withSingleSlashes(std::string_view path) {
-  std::string folded;
-  folded.reserve(path.size());
-  for (const char character : path) {
-    if (character != '/' || folded.empty() || folded.back() != '/') folded += character;
-  }
-  return std::string(withoutTrailingSlashes(folded));
+std::string withSingleSlashes(std::string path) {
+  const auto areSlashes = [](char a, char b) { return a == '/' && b == '/'; };
+  // Nearly every path is as it should be.
+  if (path.find("//") != std::string::npos) path.erase(std::unique(path.begin(), path.end(), areSlashes), path.end());
+  if (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
 }
 
 }  // namespace
@@ -64,11 +64,11 @@ std::string deletingPathExtension(std::string_view path) {
 }
 
 std::string appendingPathComponent(std::string_view path, std::string_view component) {
-  if (path.empty() || component.empty()) return withSingleSlashes(path.empty() ? component : path);
+  if (path.empty() || component.empty()) return withSingleSlashes(std::string(path.empty() ? component : path));
   std::string joined;
   joined.reserve(path.size() + component.size() + 1);
   joined.append(path).append(1, '/').append(component);
-  return withSingleSlashes(joined);
+  return withSingleSlashes(std::move(joined));
 }
 
 std::vector<std::string> pathComponents(std::string_view path) {

@@ -152,6 +152,7 @@ TEST(FileReferencesOnDisk, FindNothingWithoutTheKernelsOwnFiles) {
     mountTmpfs("/proc");
     EXPECT_EQ(references.path(reference), std::nullopt);
     EXPECT_EQ(information.finderFlags(reference), std::nullopt);
+    EXPECT_EQ(::umount("/proc"), 0);
   });
 }
 
