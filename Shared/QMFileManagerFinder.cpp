@@ -22,7 +22,7 @@ constexpr unsigned kLabelMask = 0x000E;
 
 /// The lower bit of the flags does not count: each colour stands for two values.
 struct LabelColor {
-  unsigned flags;
+  unsigned flags = 0;
   Color color;
 };
 constexpr LabelColor kLabelColors[] = {

@@ -84,7 +84,7 @@ platform::OSStatus readApplicationBundle(const std::string& path, ApplicationBun
   if (!files.isDirectory(path)) return files.fileExists(path) ? platform::kLSNotAnApplicationErr : platform::fnfErr;
   const std::string folder = posix::withoutTrailingSlashes(path);
   const PlistDocument document = readPlistDocument(folder + "/Contents/Info.plist");
-  const plist_t information = ofType(document.get(), PLIST_DICT);
+  plist_t information = ofType(document.get(), PLIST_DICT);
   if (information == nullptr) return platform::kLSNotAnApplicationErr;
   const std::string executable = textAt(information, "CFBundleExecutable");
   const std::string program = folder + "/Contents/MacOS/" + executable;
