@@ -89,11 +89,13 @@ int openSourceFile(ItemName from, SourceFile& source) {
 ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const mode_t mode = modeAtFirst(source.attributes, inherited);
-  const UniqueFd copy(::openat(to.folder, to.name.c_str(), kFlags, mode));
+  UniqueFd copy(::openat(to.folder, to.name.c_str(), kFlags, mode));
   if (!copy) return {errno, false};
   if (inherited == InheritedAccess::Possible) dropInheritedAccess(copy.get());
   int error = contents_.copy(source.file.get(), copy.get(), source.attributes);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
+  // Some file systems tell only here that they could not keep what was written.
+  if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
   return {error, true};
 }
 

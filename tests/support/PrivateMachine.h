@@ -43,4 +43,11 @@ void makeReadOnly(const std::string& path);
 /// in a child.
 void failSystemCall(long number, int error, int onlyWithFlags = -1);
 
+/// The same for calls whose first argument is this descriptor.
+void failSystemCallOn(int descriptor, long number, int error);
+
+/// Has `action` done on another thread right after the first system call `number` that this thread makes from here
+/// on, before the call returns. Cannot be taken back either.
+void afterSystemCall(long number, std::function<void()> action);
+
 }  // namespace qm::testing

@@ -2,12 +2,18 @@
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <future>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/support/PrivateMachine.h"
@@ -25,6 +31,32 @@ sock_filter continueUnless(std::uint32_t value, std::uint8_t otherwise) {
   return BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, otherwise, 0);
 }
 
+std::size_t argument(int index) {
+  return offsetof(seccomp_data, args) + sizeof(std::uint64_t) * static_cast<std::size_t>(index);
+}
+
+/// The descriptor that the filter's notices are read from when it is asked for by `flags`, else 0.
+int install(std::vector<sock_filter> program, unsigned flags = 0) {
+  sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
+  EXPECT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0) << std::strerror(errno);
+  const long installed = ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, flags, &filter);
+  EXPECT_GE(installed, 0) << std::strerror(errno);
+  return static_cast<int>(installed);
+}
+
+/// Makes the calls of another thread of this process in its stead.
+void serve(int listener, std::function<void()> action) {
+  seccomp_notif request{};
+  while (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &request) == 0) {
+    const auto& a = request.data.args;
+    const long value = ::syscall(request.data.nr, a[0], a[1], a[2], a[3], a[4], a[5]);
+    seccomp_notif_resp response{request.id, value < 0 ? 0 : value, value < 0 ? -errno : 0, 0};
+    if (action) std::exchange(action, nullptr)();
+    ASSERT_EQ(::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response), 0) << std::strerror(errno);
+    request = {};
+  }
+}
+
 }  // namespace
 
 void failSystemCall(long number, int error, int onlyWithFlags) {
@@ -33,15 +65,28 @@ void failSystemCall(long number, int error, int onlyWithFlags) {
   const bool conditional = onlyWithFlags >= 0;
   program.push_back(continueIf(static_cast<std::uint32_t>(number), conditional ? 3 : 1));
   if (conditional) {
-    program.push_back(
-        load(offsetof(seccomp_data, args) + sizeof(std::uint64_t) * static_cast<std::size_t>(onlyWithFlags)));
+    program.push_back(load(argument(onlyWithFlags)));
     program.push_back(continueUnless(0, 1));
   }
   program.push_back(answer(failure));
   program.push_back(answer(SECCOMP_RET_ALLOW));
-  sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0) << std::strerror(errno);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0), 0) << std::strerror(errno);
+  install(std::move(program));
+}
+
+void failSystemCallOn(int descriptor, long number, int error) {
+  install({load(offsetof(seccomp_data, nr)), continueIf(static_cast<std::uint32_t>(number), 3), load(argument(0)),
+           continueIf(static_cast<std::uint32_t>(descriptor), 1),
+           answer(SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error)), answer(SECCOMP_RET_ALLOW)});
+}
+
+void afterSystemCall(long number, std::function<void()> action) {
+  std::promise<int> listener;
+  std::thread([future = listener.get_future(), action = std::move(action)]() mutable {
+    serve(future.get(), std::move(action));
+  }).detach();
+  listener.set_value(install({load(offsetof(seccomp_data, nr)), continueIf(static_cast<std::uint32_t>(number), 1),
+                              answer(SECCOMP_RET_USER_NOTIF), answer(SECCOMP_RET_ALLOW)},
+                             SECCOMP_FILTER_FLAG_NEW_LISTENER));
 }
 
 }  // namespace qm::testing

@@ -1,0 +1,76 @@
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/xattr.h>
+
+#include <csignal>
+#include <functional>
+#include <utility>
+
+#include "Platform/posix/Move.h"
+#include "Platform/posix/PosixFileSystem.h"
+#include "tests/contract/files/RealFiles.h"
+
+/// What goes wrong late, or only on some volumes, while something is copied.
+namespace qm::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Does something once the first bytes of a file are in the copy.
+class OnFirstBytes : public posix::CopyObserver {
+ public:
+  explicit OnFirstBytes(std::function<void()> action) : action_(std::move(action)) {}
+  int bytesCopied(std::uint64_t) override {
+    if (action_) std::exchange(action_, nullptr)();
+    return 0;
+  }
+
+ private:
+  std::function<void()> action_;
+};
+
+/// The open descriptor of the file that is hidden in a folder for now; -1 when there is none.
+int descriptorOfHiddenFile(const std::string& folder) {
+  for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    const std::string path = fs::read_symlink(entry.path(), error).string();
+    if (path.starts_with(folder + "/.incomplete-") && fs::is_regular_file(path, error))
+      return std::stoi(entry.path().filename().string());
+  }
+  return -1;
+}
+
+/// File systems on a network tell only then that they could not keep what was written.
+TEST(CopyingWithFaults, FailsWithTheErrorThatOnlyTheClosingTells) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    for (const int error : {ENOSPC, EDQUOT, EIO}) {
+      for (const char* source : {"/tree/file", "/tree"}) {
+        inChild([&] {
+          OnFirstBytes observer([&] { failSystemCallOn(descriptorOfHiddenFile(to), SYS_close, error); });
+          EXPECT_EQ(posix::copyTree(from + source, to + "/copy", observer).code, error);
+        });
+        EXPECT_EQ(countIn(to), 0U) << source;
+      }
+    }
+  });
+}
+
+TEST(CopyingWithFaults, TakesAnInterruptedClosingForAnEnd) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/file", "text");
+    inChild([&] {
+      OnFirstBytes observer([&] { failSystemCallOn(descriptorOfHiddenFile(to), SYS_close, EINTR); });
+      EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", observer).code, 0);
+    });
+    EXPECT_EQ(textOf(to + "/copy"), "text");
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
