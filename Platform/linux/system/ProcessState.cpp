@@ -27,7 +27,7 @@ void settleInheritedState() {
     if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);  // children get it too
   }
   static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(std::signal(signal, SIG_IGN));
   // There are no other threads yet.
   if (!hasSessionBus()) ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);  // NOLINT(concurrency-mt-unsafe)
 }

@@ -72,5 +72,24 @@ TEST(CopyingWithFaults, TakesAnInterruptedClosingForAnEnd) {
   });
 }
 
+TEST(CopyingWithFaults, FailsAtALimitOfSizesAndLeavesNothing) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/big", std::string(5'000'000, 'b'));
+    makeFile(from + "/small", std::string(50'000, 's'));
+    for (const char* name : {"/big", "/small"}) {
+      inChild([&] {
+        ::signal(SIGXFSZ, SIG_IGN);  // as the program has it
+        const rlimit limit{10'000, 10'000};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + name, to + "/copy", nobody).code, EFBIG);
+      });
+      EXPECT_EQ(countIn(to), 0U) << name;
+    }
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing

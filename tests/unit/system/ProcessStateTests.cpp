@@ -47,13 +47,15 @@ TEST(InheritedState, LeavesStreamsThatAreThere) {
   });
 }
 
-TEST(InheritedState, HearsOfChildrenAgainAndSurvivesABrokenPipe) {
+TEST(InheritedState, HearsOfChildrenAgainAndSurvivesABrokenPipeAndALimitOfSizes) {
   inChild([] {
     ::signal(SIGCHLD, SIG_IGN);
     ::signal(SIGPIPE, SIG_DFL);
+    ::signal(SIGXFSZ, SIG_DFL);
     linux_::settleInheritedState();
     EXPECT_EQ(handlerOf(SIGCHLD), SIG_DFL);
     EXPECT_EQ(handlerOf(SIGPIPE), SIG_IGN);
+    EXPECT_EQ(handlerOf(SIGXFSZ), SIG_IGN);
   });
 }
 
