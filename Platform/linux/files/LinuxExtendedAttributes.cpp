@@ -43,12 +43,16 @@ bool maySkipAfter(int error) {
   return isUnsupported(error) || error == EPERM || error == EACCES || error == EINVAL || error == ENODATA;
 }
 
+/// The other file system has no room for it. The contents are written by then; a disk that is full shows at the
+/// next item.
+bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG || error == ERANGE; }
+
 int copyOne(const Attributes& from, const Set& set, const char* name) {
   std::string value;
   const auto read = [&](char* block, std::size_t size) { return from.get(name, block, size); };
   if (const int error = readAll(read, value)) return maySkipAfter(error) ? 0 : error;
   if (set(name, value) == 0) return 0;
-  return maySkipAfter(errno) ? 0 : errno;
+  return maySkipAfter(errno) || hasNoRoomAfter(errno) ? 0 : errno;
 }
 
 int copyAll(const Attributes& from, const Set& set, OwnerKept ownerKept) {

@@ -91,5 +91,33 @@ TEST(CopyingWithFaults, FailsAtALimitOfSizesAndLeavesNothing) {
   });
 }
 
+TEST(CopyingWithFaults, LeavesAttributesBehindThatTheOtherVolumeHasNoRoomFor) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    ASSERT_EQ(::symlink("file", (from + "/tree/link").c_str()), 0);
+    for (const char* name : {"/tree", "/tree/file", "/tree/link"})
+      ASSERT_EQ(::lsetxattr((from + name).c_str(), "trusted.note", "n", 1, 0), 0) << errno;
+    for (const int error : {ENOSPC, E2BIG, ERANGE}) {
+      const std::string copy = to + "/" + std::to_string(error);
+      inChild([&] {
+        for (const long call : {SYS_setxattr, SYS_lsetxattr, SYS_fsetxattr}) failSystemCall(call, error);
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + "/tree", copy, nobody).code, 0);
+      });
+      ASSERT_TRUE(isThere(copy + "/file")) << error;
+      EXPECT_EQ(textOf(copy + "/file"), "text");
+      EXPECT_EQ(::getxattr(copy.c_str(), "trusted.note", nullptr, 0), -1);
+    }
+    inChild([&] {
+      failSystemCall(SYS_fsetxattr, EIO);
+      posix::CopyObserver nobody;
+      EXPECT_EQ(posix::copyTree(from + "/tree", to + "/broken", nobody).code, EIO);
+    });
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing
