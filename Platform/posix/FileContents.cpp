@@ -54,7 +54,7 @@ int writeAt(int file, const char* bytes, std::size_t count, off_t offset) {
 /// Where the next data at or after `offset` begins and ends; both `size` when there is none before it.
 std::pair<off_t, off_t> nextData(int file, off_t offset, off_t size) {
   const off_t begin = ::lseek(file, offset, SEEK_DATA);
-  // ENXIO: only a hole is left. Anything else: the file system cannot tell, so all of it is data.
+  // ENXIO: at most a hole is left. Anything else: the file system cannot tell, so all of it is data.
   if (begin < 0) return {errno == ENXIO ? size : offset, size};
   if (begin >= size) return {size, size};
   const off_t end = ::lseek(file, begin, SEEK_HOLE);
@@ -95,11 +95,23 @@ int ContentsCopier::copyWithHoles(int from, int to, off_t size) {
   if (::ftruncate(to, size) != 0) return errno;
   for (off_t done = 0; done < size;) {
     const auto [begin, end] = nextData(from, done, size);
+    if (begin == size) return endWithHole(from, to, {done, size});
     if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(begin - done))) return error;
     if (const int error = copyData(from, to, {begin, end})) return error;
     done = cutOff_ ? size : end;
   }
   return 0;
+}
+
+/// No data is left: a hole, or the source has been cut off.
+int ContentsCopier::endWithHole(int from, int to, Range hole) {
+  struct stat now {};
+  if (::fstat(from, &now) != 0) return errno;
+  if (now.st_size < hole.end) {
+    hole.end = std::max(hole.begin, now.st_size);
+    if (::ftruncate(to, hole.end) != 0) return errno;
+  }
+  return observer_.bytesCopied(hole.size());
 }
 
 int ContentsCopier::copyData(int from, int to, Range range) {

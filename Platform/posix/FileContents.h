@@ -29,6 +29,7 @@ class ContentsCopier {
 
   bool share(int from, int to, const struct stat& attributes);
   int copyWithHoles(int from, int to, off_t size);
+  int endWithHole(int from, int to, Range hole);
   int copyData(int from, int to, Range range);
   int copyInKernel(int from, int to, Range& range);
   int copyByBlocks(int from, int to, Range& range);

@@ -119,5 +119,33 @@ TEST(CopyingWithFaults, LeavesAttributesBehindThatTheOtherVolumeHasNoRoomFor) {
   });
 }
 
+TEST(CopyingWithFaults, EndsWhereAFileWasCutOffBeyondTheDataItHasLeft) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    for (const off_t left : {off_t{3'000'000}, off_t{50'000}}) {
+      makeFile(from + "/file", std::string(98'304, 'x'));
+      fs::resize_file(from + "/file", 32'000'000);
+      int reports = 0;
+      class Cutter : public posix::CopyObserver {
+       public:
+        explicit Cutter(std::function<void()> onBytes) : onBytes_(std::move(onBytes)) {}
+        int bytesCopied(std::uint64_t count) override {
+          if (count > 0) onBytes_();
+          return 0;
+        }
+
+       private:
+        std::function<void()> onBytes_;
+      } cutter([&] {
+        if (++reports == 1) fs::resize_file(from + "/file", static_cast<std::uintmax_t>(left));
+      });
+      EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", cutter).code, 0);
+      EXPECT_EQ(attributesOf(to + "/copy").st_size, std::max<off_t>(left, 98'304));
+      fs::remove(to + "/copy");
+    }
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing
