@@ -8,6 +8,7 @@
 #include <climits>
 
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
@@ -42,6 +43,12 @@ mode_t modeAtFirst(const struct stat& attributes, InheritedAccess inherited) {
   return inherited == InheritedAccess::None ? (attributes.st_mode & kPlainPermissions) | kOwnerOnly : kOwnerOnly;
 }
 
+/// An item that was just made, open as `openItself` does it.
+struct MadeItem {
+  UniqueFd item;
+  struct stat attributes {};
+};
+
 int readLink(ItemName link, std::string& target) {
   std::array<char, PATH_MAX> text{};
   const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), text.data(), text.size());
@@ -51,30 +58,47 @@ int readLink(ItemName link, std::string& target) {
   return 0;
 }
 
-/// For an item that is not opened. It was just made under a name that nobody knows, and links are not
-/// followed, so that nothing else is changed.
-int copyAttributesByName(ItemName from, ItemName to, const struct stat& attributes) {
-  const char* name = to.name.c_str();
-  const bool owned = ::fchownat(to.folder, name, attributes.st_uid, attributes.st_gid, AT_SYMLINK_NOFOLLOW) == 0;
-  if (!owned && !cannotBeKept(errno)) return errno;
-  if (const int error = copyExtendedAttributes(from.folder, from.name, to.folder, to.name)) return error;
-  const mode_t mode = permittedMode(attributes, owned ? OwnerKept::Yes : OwnerKept::No);
-  if (!S_ISLNK(attributes.st_mode) && ::fchmodat(to.folder, name, mode, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  return errorOf(::utimensat(to.folder, name, timesOf(attributes).data(), AT_SYMLINK_NOFOLLOW));
+/// Opens what was just made, and nothing that somebody put in its place: a name that cannot be guessed can still be
+/// seen by everybody who may list the folder.
+int openMade(ItemName made, mode_t mode, InheritedAccess inherited, MadeItem& item) {
+  item.item.reset(openItself(made.folder, made.name.c_str()));
+  if (!item.item || ::fstat(item.item.get(), &item.attributes) != 0) return errno == ENOENT ? ESTALE : errno;
+  if ((item.attributes.st_mode & S_IFMT) != (mode & S_IFMT)) return ESTALE;
+  if (inherited == InheritedAccess::None) return 0;  // in such a folder nobody else can rename
+  return item.attributes.st_nlink > 1 ? ESTALE : checkOwner(made.folder, item.attributes);
 }
 
-ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes) {
+int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
+  const int item = to.item.get();
+  const bool hasOwner = to.attributes.st_uid == attributes.st_uid && to.attributes.st_gid == attributes.st_gid;
+  const int ownerError = hasOwner ? 0 : setOwner(item, attributes.st_uid, attributes.st_gid);
+  if (ownerError != 0 && !cannotBeKept(ownerError)) return ownerError;
+  if (const int error = copyExtendedAttributes(from.folder, from.name, item)) return error;
+  const mode_t mode = permittedMode(attributes, ownerError == 0 ? OwnerKept::Yes : OwnerKept::No);
+  if (const int error = S_ISLNK(attributes.st_mode) ? 0 : setMode(item, mode)) return error;
+  return setTimes(item, timesOf(attributes));
+}
+
+ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
+  MadeItem item;
+  const int error = openMade(to, attributes.st_mode, inherited, item);
+  // What is somebody else's is not removed either.
+  return error != 0 ? ItemCopyResult{error, error != ESTALE}
+                    : ItemCopyResult{copyAttributes(from, item, attributes), true};
+}
+
+ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   std::string target;
   if (const int error = readLink(from, target)) return {error, false};
   if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno, false};
-  return {copyAttributesByName(from, to, attributes), true};
+  return finishMade(from, to, attributes, inherited);
 }
 
 /// A FIFO, a socket or a device: made anew, not opened.
-ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes) {
+ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   const mode_t kind = attributes.st_mode & S_IFMT;
   if (::mknodat(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev) != 0) return {errno, false};
-  return {copyAttributesByName(from, to, attributes), true};
+  return finishMade(from, to, attributes, inherited);
 }
 
 }  // namespace
@@ -99,8 +123,10 @@ ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, Inher
   return {error, true};
 }
 
-ItemCopyResult ItemCopier::copyOther(ItemName from, ItemName to, const struct stat& attributes) {
-  return S_ISLNK(attributes.st_mode) ? copyLink(from, to, attributes) : copyNode(from, to, attributes);
+ItemCopyResult ItemCopier::copyOther(ItemName from, ItemName to, const struct stat& attributes,
+                                     InheritedAccess inherited) {
+  return S_ISLNK(attributes.st_mode) ? copyLink(from, to, attributes, inherited)
+                                     : copyNode(from, to, attributes, inherited);
 }
 
 int copyAttributes(int from, int to, const struct stat& attributes) {

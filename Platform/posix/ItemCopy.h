@@ -22,7 +22,8 @@ struct ItemCopyResult {
   bool made = false;  ///< something of the new name was made, complete or not
 };
 
-/// Whether the folder of the copy may hand its own access lists on to what is made in it.
+/// Whether the folder of the copy may hand its own access lists on to what is made in it. One that does not was made
+/// by this process, for itself alone.
 enum class InheritedAccess : bool { None, Possible };
 
 /// A regular file to be copied, open for reading.
@@ -42,8 +43,8 @@ class ItemCopier {
 
   ItemCopyResult copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited);
   /// A link as a link; a FIFO, a socket or a device is made anew, not opened. `attributes` are those of
-  /// the source.
-  static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes);
+  /// the source. ESTALE when somebody put something else in its place before it was complete.
+  static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
 
  private:
   ContentsCopier contents_;

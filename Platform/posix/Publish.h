@@ -6,7 +6,8 @@
 
 namespace qm::posix {
 
-/// A hidden name that nobody can guess, of a length that every file system takes.
+/// A hidden name that nothing has yet, of a length that every file system takes. It protects nothing: who may list
+/// the folder sees it.
 std::string temporaryName();
 
 /// Renames, and fails with EEXIST when anything, a dangling link included, has the new name. A folder

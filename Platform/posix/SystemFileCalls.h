@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -53,8 +54,16 @@ ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 enum class OwnerKept : bool { No, Yes };
 int copyExtendedAttributes(int from, int to, OwnerKept ownerKept);
 
-/// The same for an item that cannot be opened, a link for example.
-int copyExtendedAttributes(int fromFolder, const std::string& from, int toFolder, const std::string& to);
+/// The same for an item that is not opened, a link for example; of one that has vanished there is nothing to copy.
+/// `to` comes from `openItself`.
+int copyExtendedAttributes(int fromFolder, const std::string& from, int to);
+
+/// Opens an item of any kind to look at it and to change its attributes, by these functions only: not what a link
+/// leads to, and without waking a device. -1 on failure.
+int openItself(int folder, const char* name);
+int setOwner(int item, uid_t user, gid_t group);
+int setMode(int item, mode_t mode);
+int setTimes(int item, const std::array<timespec, 2>& times);
 
 /// Takes away the access lists that a new item got from its folder.
 void dropInheritedAccess(int item);

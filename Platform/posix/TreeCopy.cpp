@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Platform/posix/ItemCopy.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/Publish.h"
 #include "Platform/posix/TreeRemoval.h"
 #include "Platform/posix/TreeWalk.h"
@@ -60,7 +61,7 @@ class CopyVisitor : public TreeVisitor {
     struct stat attributes {};
     if (::fstat(chain.folder(), &attributes) != 0) return errno;
     if (const int error = makeFolder(top ? topName_ : name)) return destinationError(error);
-    if (top) beginWithTop();
+    if (const int error = top ? beginWithTop() : 0) return error;
     folders_.push_back(attributes);
     copyPath_ += (top ? "" : "/") + (top ? topName_ : name);
     observer_.itemCopied();
@@ -97,9 +98,15 @@ class CopyVisitor : public TreeVisitor {
     return to_.enter(name.c_str());
   }
 
-  void beginWithTop() {
+  /// The folders below it are in one where nobody else has rights.
+  int beginWithTop() {
+    if (const int error = checkOwnFolder(start_, to_.folder())) {
+      made_ = error != ESTALE;  // what is somebody else's is not removed either
+      return error;
+    }
     copy_ = to_.identity();
     dropInheritedAccess(to_.folder());
+    return 0;
   }
 
   int copyAnything(ItemName from) {
@@ -107,7 +114,7 @@ class CopyVisitor : public TreeVisitor {
     int error = errorOf(::fstatat(from.folder, from.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW));
     if (error == 0 && S_ISDIR(attributes.st_mode)) return ESTALE;  // it has just taken the place of something else
     if (error == 0 && !S_ISREG(attributes.st_mode))
-      return ended(ItemCopier::copyOther(from, {to_.folder(), from.name}, attributes));
+      return ended(ItemCopier::copyOther(from, {to_.folder(), from.name}, attributes, InheritedAccess::None));
     SourceFile source;
     if (error == 0) error = openSourceFile(from, source);
     if (error == ENOENT) return 0;  // it has vanished
@@ -173,7 +180,7 @@ FileError copyLoneItem(const Place& source, const struct stat& attributes, ItemN
     if (const int error = openSourceFile(from, file)) return error;
     result = ItemCopier(observer).copyFile(file, to, InheritedAccess::Possible);
   } else {
-    result = ItemCopier::copyOther(from, to, attributes);
+    result = ItemCopier::copyOther(from, to, attributes, InheritedAccess::Possible);
   }
   made = result.made;
   if (result.error == 0) observer.itemCopied();

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
@@ -66,11 +67,6 @@ int copyAll(const Attributes& from, const Set& set, OwnerKept ownerKept) {
   return 0;
 }
 
-/// The path of an item in an open folder, by which calls reach it that take no folder.
-std::string pathIn(int folder, const std::string& name) {
-  return "/proc/self/fd/" + std::to_string(folder) + "/" + name;
-}
-
 }  // namespace
 
 int copyExtendedAttributes(int from, int to, OwnerKept ownerKept) {
@@ -83,16 +79,17 @@ int copyExtendedAttributes(int from, int to, OwnerKept ownerKept) {
   return copyAll(source, set, ownerKept);
 }
 
-int copyExtendedAttributes(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
-  const std::string source = pathIn(fromFolder, from);
-  const std::string copy = pathIn(toFolder, to);
+int copyExtendedAttributes(int fromFolder, const std::string& from, int to) {
+  const std::string source = pathOfDescriptor(fromFolder) + "/" + from;
+  const std::string copy = pathOfDescriptor(to);
   const Attributes attributes{
       [&](char* block, std::size_t size) { return ::llistxattr(source.c_str(), block, size); },
       [&](const char* name, char* block, std::size_t size) { return ::lgetxattr(source.c_str(), name, block, size); }};
   const Set set = [&](const char* name, const std::string& value) {
-    return ::lsetxattr(copy.c_str(), name, value.data(), value.size(), 0);
+    return ::setxattr(copy.c_str(), name, value.data(), value.size(), 0);
   };
-  return copyAll(attributes, set, OwnerKept::No);
+  const int error = copyAll(attributes, set, OwnerKept::No);
+  return error == ENOENT ? 0 : error;
 }
 
 void dropInheritedAccess(int item) {

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
 
@@ -47,6 +49,17 @@ ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
   off_t fromOffset = offset;
   off_t toOffset = offset;
   return ::copy_file_range(from, &fromOffset, to, &toOffset, count, 0);
+}
+
+int openItself(int folder, const char* name) { return ::openat(folder, name, O_PATH | O_NOFOLLOW | O_CLOEXEC); }
+
+int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchownat(item, "", user, group, AT_EMPTY_PATH)); }
+
+/// The entry of the descriptor leads to the item itself, even to a link.
+int setMode(int item, mode_t mode) { return errorOf(::chmod(pathOfDescriptor(item).c_str(), mode)); }
+
+int setTimes(int item, const std::array<timespec, 2>& times) {
+  return errorOf(::utimensat(AT_FDCWD, pathOfDescriptor(item).c_str(), times.data(), 0));
 }
 
 /// The kernel has no call that sets a birth time, on whatever file system.

@@ -7,12 +7,11 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
 namespace {
-
-std::string linkOfDescriptor(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
 /// The path as the mount table writes it: blanks, line ends and backslashes as three octal digits.
 std::string escaped(std::string_view path) {
@@ -41,7 +40,7 @@ std::string mountPointIn(const std::string& line) {
 
 bool holdsMountPoint(int folder) {
   std::array<char, PATH_MAX> path{};
-  const ssize_t length = ::readlink(linkOfDescriptor(folder).c_str(), path.data(), path.size());
+  const ssize_t length = ::readlink(pathOfDescriptor(folder).c_str(), path.data(), path.size());
   if (length <= 1 || static_cast<std::size_t>(length) == path.size()) return false;
   const std::string below = escaped({path.data(), static_cast<std::size_t>(length)}) + "/";
   std::ifstream table("/proc/self/mountinfo");

@@ -1,3 +1,4 @@
+#include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
@@ -5,6 +6,7 @@
 #include <csignal>
 #include <functional>
 #include <utility>
+#include <vector>
 
 #include "Platform/posix/Move.h"
 #include "Platform/posix/PosixFileSystem.h"
@@ -143,6 +145,166 @@ TEST(CopyingWithFaults, EndsWhereAFileWasCutOffBeyondTheDataItHasLeft) {
       EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", cutter).code, 0);
       EXPECT_EQ(attributesOf(to + "/copy").st_size, std::max<off_t>(left, 98'304));
       fs::remove(to + "/copy");
+    }
+  });
+}
+
+// MARK: - Somebody else with rights in the folder of the copy
+
+/// Puts an item of the folder in the place of the one that is hidden there for now.
+void putInPlaceOfHidden(const std::string& folder, const std::string& name) {
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    if (!entry.path().filename().string().starts_with(".incomplete-")) continue;
+    EXPECT_EQ(::rename((folder + "/" + name).c_str(), entry.path().c_str()), 0) << errno;
+    return;
+  }
+  ADD_FAILURE() << "nothing is hidden in " << folder;
+}
+
+/// The only item in a folder.
+std::string onlyItemIn(const std::string& folder) {
+  EXPECT_EQ(countIn(folder), 1U);
+  return fs::directory_iterator(folder)->path().string();
+}
+
+struct Exchange {
+  const char* what;
+  const char* source;
+  long call;
+  std::function<void(const std::string& path)> make;
+};
+
+void makeFifo(const std::string& path, uid_t owner) {
+  EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(::lchown(path.c_str(), owner, owner), 0);
+}
+
+TEST(CopyingAmongOthers, ChangesNothingThatTookThePlaceOfALoneItem) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    makeFifo(from + "/fifo", 1000);
+    ASSERT_EQ(::symlink("nowhere", (from + "/link").c_str()), 0);
+    ASSERT_EQ(::lchown((from + "/link").c_str(), 1000, 1000), 0);
+    const auto secret = [](const std::string& path) {
+      makeFile(path, "secret");
+      EXPECT_EQ(::chmod(path.c_str(), 0600), 0);
+    };
+    const std::vector<Exchange> exchanges = {
+        {"a file for a FIFO", "/fifo", SYS_mknodat, secret},
+        {"a file for a link", "/link", SYS_symlinkat, secret},
+        {"the FIFO of another", "/fifo", SYS_mknodat, [](const std::string& path) { makeFifo(path, 1001); }},
+        {"a FIFO with another name", "/fifo", SYS_mknodat, [](const std::string& path) {
+           makeFifo(path, 0);
+           EXPECT_EQ(::link(path.c_str(), (machineFolder() + "/other name").c_str()), 0);
+         }}};
+    for (const Exchange& exchange : exchanges) {
+      const std::string to = openFolder(exchange.what);
+      exchange.make(to + "/bait");
+      const struct stat before = attributesOf(to + "/bait");
+      inChild([&] {
+        afterSystemCall(exchange.call, [&] { putInPlaceOfHidden(to, "bait"); });
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + exchange.source, to + "/copy", nobody).code, ESTALE) << exchange.what;
+      });
+      const struct stat after = attributesOf(onlyItemIn(to));
+      EXPECT_EQ(after.st_ino, before.st_ino) << exchange.what;
+      EXPECT_EQ(after.st_uid, before.st_uid) << exchange.what;
+      EXPECT_EQ(after.st_mode, before.st_mode) << exchange.what;
+      EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec) << exchange.what;
+    }
+  });
+}
+
+TEST(CopyingAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfTheCopy) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/private", "text");
+    for (const auto& [owner, mode] : {std::pair(1001U, 0700U), std::pair(0U, 0755U), std::pair(0U, 0710U)}) {
+      const std::string to = openFolder(std::to_string(owner) + "-" + std::to_string(mode));
+      makeFolders(to + "/bait", mode);
+      makeFile(to + "/bait/theirs");
+      ASSERT_EQ(::chown((to + "/bait").c_str(), owner, owner), 0);
+      inChild([&] {
+        afterSystemCall(SYS_mkdirat, [&] { putInPlaceOfHidden(to, "bait"); });
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", nobody).code, ESTALE) << mode;
+      });
+      const std::string bait = onlyItemIn(to);
+      EXPECT_EQ(attributesOf(bait).st_uid, owner);
+      EXPECT_EQ(modeOf(bait), mode);
+      EXPECT_EQ(onlyItemIn(bait), bait + "/theirs");
+    }
+  });
+}
+
+void makeAllKinds(const std::string& from) {
+  makeFolders(from + "/tree/folder");
+  makeFile(from + "/tree/folder/file", "text");
+  ASSERT_EQ(::mkfifo((from + "/tree/fifo").c_str(), 0644), 0);
+  ASSERT_EQ(::symlink("nowhere", (from + "/tree/link").c_str()), 0);
+}
+
+void copyAllKinds(const std::string& from, const std::string& to) {
+  for (const char* source : {"/tree", "/tree/folder/file", "/tree/fifo", "/tree/link"}) {
+    posix::CopyObserver nobody;
+    EXPECT_EQ(posix::copyTree(from + source, to + "/copy", nobody).code, 0) << source;
+    EXPECT_EQ(countIn(to), 1U) << source;
+    fs::remove_all(to + "/copy");
+  }
+}
+
+/// Of a memory card, for example, or of a server that takes root for nobody.
+TEST(CopyingAmongOthers, CopiesToAVolumeThatGivesEverythingToOneOwner) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeAllKinds(from);
+    inChild([&] {
+      ::setfsuid(1001);  // what is made now is not the effective user's
+      copyAllKinds(from, to);
+    });
+  });
+}
+
+/// It gives the folder rights that nobody asked for, and takes a change of them without making it.
+TEST(CopyingAmongOthers, CopiesToAVolumeThatKeepsNoModes) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeAllKinds(from);
+    inChild([&] {
+      afterSystemCall(SYS_mkdirat, [&] { EXPECT_EQ(::chmod(onlyItemIn(to).c_str(), 0755), 0); });
+      failSystemCall(SYS_fchmod, 0);
+      copyAllKinds(from, to);
+    });
+  });
+}
+
+TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFifo(from + "/fifo", 1001);
+    ASSERT_EQ(::chmod((from + "/fifo").c_str(), 0641), 0);
+    ASSERT_EQ(::symlink("fifo", (from + "/link").c_str()), 0);
+    ASSERT_EQ(::lchown((from + "/link").c_str(), 1000, 1001), 0);
+    const timespec times[2] = {{1'000'000'001, 123'456'789}, {1'000'000'002, 987'654'321}};
+    for (const char* name : {"/fifo", "/link"}) {
+      ASSERT_EQ(::lsetxattr((from + name).c_str(), "trusted.note", "n", 1, 0), 0) << errno;
+      ASSERT_EQ(::utimensat(AT_FDCWD, (from + name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+      posix::CopyObserver nobody;
+      EXPECT_EQ(posix::copyTree(from + name, to + name, nobody).code, 0);
+      const struct stat source = attributesOf(from + name);
+      const struct stat copy = attributesOf(to + name);
+      EXPECT_EQ(copy.st_mode, source.st_mode) << name;
+      EXPECT_EQ(copy.st_uid, source.st_uid) << name;
+      EXPECT_EQ(copy.st_gid, source.st_gid) << name;
+      EXPECT_EQ(copy.st_mtim.tv_sec, 1'000'000'002) << name;
+      EXPECT_EQ(copy.st_mtim.tv_nsec, 987'654'321) << name;
+      EXPECT_EQ(copy.st_atim.tv_nsec, 123'456'789) << name;
+      char value = 0;
+      EXPECT_EQ(::lgetxattr((to + name).c_str(), "trusted.note", &value, 1), 1) << name;
     }
   });
 }

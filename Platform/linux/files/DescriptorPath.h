@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace qm::posix {
+
+/// A path that leads to the very item of an open descriptor.
+inline std::string pathOfDescriptor(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
+
+}  // namespace qm::posix

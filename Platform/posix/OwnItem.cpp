@@ -1,0 +1,57 @@
+#include "Platform/posix/OwnItem.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/posix/Publish.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+namespace {
+
+constexpr mode_t kRightsOfOthers = S_IRWXG | S_IRWXO;
+
+/// Whom the volume gives what this process makes: a file is opened while it is made, so that it is surely the own.
+int ownerOfNewFile(int folder, uid_t& owner) {
+  const std::string name = temporaryName();
+  const UniqueFd file(
+      ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  struct stat made {};
+  if (!file || ::fstat(file.get(), &made) != 0) return errno;
+  static_cast<void>(::unlinkat(folder, name.c_str(), 0));
+  owner = made.st_uid;
+  return 0;
+}
+
+/// Whether rights that a folder was not made with stay when they are taken away. Otherwise it has them as before.
+bool keepsNoModes(int item, mode_t mode) {
+  struct stat changed {};
+  static_cast<void>(::fchmod(item, S_IRWXU));
+  if (::fstat(item, &changed) != 0) return false;
+  if ((changed.st_mode & kRightsOfOthers) == (mode & kRightsOfOthers)) return true;
+  static_cast<void>(::fchmod(item, mode));
+  return false;
+}
+
+}  // namespace
+
+/// Memory cards have one owner for everything, and servers take root for nobody.
+int checkOwner(int folder, const struct stat& found) {
+  if (found.st_uid == ::geteuid()) return 0;
+  uid_t owner = 0;
+  if (const int error = ownerOfNewFile(folder, owner)) return error;
+  return found.st_uid == owner ? 0 : ESTALE;
+}
+
+int checkOwnFolder(int folder, int item) {
+  struct stat found {};
+  if (::fstat(item, &found) != 0) return errno;
+  if (const int error = checkOwner(folder, found)) return error;
+  if ((found.st_mode & kRightsOfOthers) == 0) return 0;
+  constexpr mode_t kPermissions = 07777;
+  return keepsNoModes(item, found.st_mode & kPermissions) ? 0 : ESTALE;
+}
+
+}  // namespace qm::posix
