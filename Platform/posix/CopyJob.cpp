@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
@@ -21,6 +22,14 @@ namespace {
 bool isFolder(const std::string& path) {
   struct stat attributes {};
   return ::lstat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+}
+
+/// Bytes a second. A huge file that is one hole is copied in no time, faster than the number can tell.
+std::uint64_t throughputOf(std::uint64_t bytes, double seconds) {
+  constexpr double kBeyond = 18'446'744'073'709'551'616.0;
+  if (seconds <= 0) return 0;
+  const double throughput = static_cast<double>(bytes) / seconds;
+  return throughput < kBeyond ? static_cast<std::uint64_t>(throughput) : std::numeric_limits<std::uint64_t>::max();
 }
 
 }  // namespace
@@ -47,7 +56,8 @@ void CopyJob::run(platform::Threads& threads) {
 /// A tree is counted aside, so that it costs the copying no time; without a thread for that, beforehand.
 void CopyJob::count(platform::Threads& threads) {
   const auto counting = [total = total_, source = source_] { total->count(source); };
-  if (!isFolder(source_) || !threads.detachNewThread(counting)) counting();
+  if (isFolder(source_) && threads.detachNewThread(counting)) return;
+  total_->count(source_, [this] { return operation_->isCancelled(); });
 }
 
 int CopyJob::itemBegins(std::string_view folder, std::string_view name) {
@@ -92,7 +102,6 @@ FileOperationStatusDictionary CopyJob::status(Time now) const {
   const std::uint64_t totalBytes = std::max(total_->bytes(), bytes_);
   const std::uint64_t totalObjects = std::max(total_->objects(), objects_);
   const double seconds = std::chrono::duration<double>(now - start_).count();
-  const auto throughput = seconds > 0 ? static_cast<std::uint64_t>(static_cast<double>(bytes_) / seconds) : 0;
   return {{platform::kFSOperationTotalBytesKey, totalBytes},
           {platform::kFSOperationBytesCompleteKey, bytes_},
           {platform::kFSOperationBytesRemainingKey, totalBytes - bytes_},
@@ -103,7 +112,7 @@ FileOperationStatusDictionary CopyJob::status(Time now) const {
           {platform::kFSOperationTotalUserVisibleObjectsKey, totalObjects},
           {platform::kFSOperationUserVisibleObjectsCompleteKey, objects_},
           {platform::kFSOperationUserVisibleObjectsRemainingKey, totalObjects - objects_},
-          {platform::kFSOperationThroughputKey, throughput}};
+          {platform::kFSOperationThroughputKey, throughputOf(bytes_, seconds)}};
 }
 
 }  // namespace qm::posix

@@ -10,7 +10,7 @@ namespace qm::posix {
 
 class TreeCounter::Visitor : public TreeVisitor {
  public:
-  explicit Visitor(TreeCounter& counter) : counter_(counter) {}
+  Visitor(TreeCounter& counter, const std::function<bool()>& isUnwanted) : counter_(counter), isUnwanted_(isUnwanted) {}
 
   int entered(const FolderChain&, const std::string&) override { return add(0); }
   int item(int folder, const std::string& name) override {
@@ -27,14 +27,15 @@ class TreeCounter::Visitor : public TreeVisitor {
     // One thread writes, so nothing is lost between reading and writing.
     counter_.objects_.store(counter_.objects_ + 1, std::memory_order_relaxed);
     counter_.bytes_.store(counter_.bytes_ + bytes, std::memory_order_relaxed);
-    return counter_.stopped_ ? ECANCELED : 0;
+    return counter_.stopped_ || isUnwanted_() ? ECANCELED : 0;
   }
 
   TreeCounter& counter_;
+  const std::function<bool()>& isUnwanted_;
 };
 
-void TreeCounter::count(const std::string& path) {
-  Visitor visitor(*this);
+void TreeCounter::count(const std::string& path, const std::function<bool()>& isUnwanted) {
+  Visitor visitor(*this, isUnwanted);
   Place place;
   if (openPlace(path, place) == 0) static_cast<void>(walkTree(place.folder.get(), place.name, visitor));
   finished_ = true;

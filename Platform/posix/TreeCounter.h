@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace qm::posix {
@@ -10,8 +11,10 @@ namespace qm::posix {
 /// whether they are final, and end the counting.
 class TreeCounter {
  public:
-  /// Takes as long as reading all folders does; what cannot be read is left out. Called once.
-  void count(const std::string& path);
+  /// Takes as long as reading all folders does; what cannot be read is left out. Called once. `isUnwanted` is
+  /// asked after each item and ends the counting, as `stop` does.
+  void count(
+      const std::string& path, const std::function<bool()>& isUnwanted = [] { return false; });
 
   /// Has `count` return soon.
   void stop() { stopped_ = true; }

@@ -1,10 +1,13 @@
 #include <sys/statvfs.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
+#include <limits>
 #include <random>
 #include <vector>
 
+#include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/BackgroundCopy.h"
 #include "tests/contract/files/RealCopies.h"
 #include "tests/contract/files/RealFiles.h"
@@ -266,6 +269,30 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
   });
 }
 
+TEST(CopyingInTheBackgroundOnDisk, TellsTheGreatestNumberOfAThroughputBeyondIt) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const posix::UniqueFd file(::open((from + "/hole").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644));
+    ASSERT_EQ(::ftruncate(file.get(), std::numeric_limits<off_t>::max()), 0);
+    RealCopies machine;
+    machine.clock.goBySteps(milliseconds(1));
+    BackgroundCopy copy(machine.service, machine.mainThread);
+    // Once the bytes are there the report before them has been delivered.
+    std::atomic<bool> delivered{false};
+    machine.clock.onQuestion([&](int number) {
+      if (number == 3) delivered.wait(false);
+    });
+    copy.react([&](const FileOperationReport& report) {
+      if (report.stage == FileOperationStage::Running && !delivered.exchange(true)) delivered.notify_all();
+    });
+    ASSERT_EQ(copy.start(from + "/hole", openFolder("to"), "copy", milliseconds(0)), 0);
+    ASSERT_EQ(copy.end(), 0);
+    const auto running = *copy.reports().at(copy.reports().size() - 2).statusDictionary;
+    EXPECT_EQ(running.at(platform::kFSOperationThroughputKey), std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(running.at(platform::kFSOperationTotalBytesKey), 9'223'372'036'854'775'807U);
+  });
+}
+
 TEST(CopyingInTheBackgroundOnDisk, PilesNoReportsUpWhileTheMainThreadIsBusy) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -300,6 +327,28 @@ TEST(CopyingInTheBackgroundOnDisk, SaysSoWhenThereIsNoThread) {
     EXPECT_EQ(copy.run(from + "/tree", to, "copy"), 0);
     EXPECT_EQ(copy.reports().at(1).statusDictionary->at(platform::kFSOperationTotalObjectsKey), 2U);
     EXPECT_EQ(countIn(to), 1U);
+  });
+}
+
+/// A folder that is listed has a new access time afterwards.
+TEST(CopyingInTheBackgroundOnDisk, CountsNoFurtherOnceItIsCancelledWithoutASecondThread) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree/folder/inner");
+    const std::string inner = from + "/tree/folder/inner";
+    const timespec times[2] = {{1'000'000'000, 0}, {1'100'000'000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, inner.c_str(), times, 0), 0);
+    for (const bool cancelled : {true, false}) {
+      RealCopies machine;
+      machine.calls.failNth("threads.detachNewThread", 2);
+      BackgroundCopy copy(machine.service, machine.mainThread);
+      if (cancelled) {
+        EXPECT_EQ(copy.cancel(), 0);
+      }
+      EXPECT_EQ(copy.run(from + "/tree", to, "copy"), cancelled ? platform::userCanceledErr : 0);
+      EXPECT_EQ(attributesOf(inner).st_atim.tv_sec == 1'000'000'000, cancelled);
+    }
   });
 }
 

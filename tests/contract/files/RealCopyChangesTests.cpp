@@ -303,6 +303,21 @@ TEST(CountingATree, CountsLoneItemsAndNothingWhereNothingIs) {
   });
 }
 
+TEST(CountingATree, EndsOnceItIsUnwanted) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    makeFolders(from + "/tree");
+    for (int file = 0; file < 10; ++file) makeFile(from + "/tree/" + std::to_string(file), "text");
+    posix::TreeCounter counter;
+    int asked = 0;
+    counter.count(from + "/tree", [&] { return ++asked == 3; });
+    EXPECT_TRUE(counter.isFinished());
+    EXPECT_EQ(counter.objects(), 3U);
+    EXPECT_EQ(counter.bytes(), 8U);
+    EXPECT_EQ(asked, 3);
+  });
+}
+
 TEST(CountingATree, LeavesOutWhatItMayNotSeeAndEndsWhenItIsTold) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
