@@ -93,7 +93,7 @@ bool hasFolder(const std::string& folder) {
 
 bool isBeingWritten(const std::string& path) {
   const auto attributes = platform().fileSystem->attributesOfItem(path);
-  return attributes && platform().clock->now() - attributes->modificationDate <= kQuietPeriod;
+  return attributes && attributes->modificationDate >= platform().clock->now() - kQuietPeriod;
 }
 
 }  // namespace

@@ -33,10 +33,15 @@ mode_t kindBehind(const std::string& path) {
   return attributes.st_mode & S_IFMT;
 }
 
+/// The nearest that a clock here can tell: some file systems keep dates that are farther away.
 std::chrono::system_clock::time_point timePoint(const timespec& time) {
+  using Date = std::chrono::system_clock::time_point;
+  constexpr auto kFirst = std::chrono::duration_cast<std::chrono::seconds>(Date::min().time_since_epoch());
+  constexpr auto kLast = std::chrono::duration_cast<std::chrono::seconds>(Date::max().time_since_epoch());
+  if (time.tv_sec <= kFirst.count()) return Date::min();
+  if (time.tv_sec >= kLast.count()) return Date::max();
   const auto sinceEpoch = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-  return std::chrono::system_clock::time_point(
-      std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
+  return Date(std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
 }
 
 FileError removeAt(const std::string& path) {

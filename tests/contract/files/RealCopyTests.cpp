@@ -81,6 +81,25 @@ TEST(CopyingOnDisk, KeepsModesAndTimesToTheNanosecond) {
   });
 }
 
+TEST(LookingOnDisk, TakesDatesThatAClockDoesNotReachForItsFirstAndLast) {
+  runInPrivateMachine([] {
+    using Date = std::chrono::system_clock::time_point;
+    const std::string file = machineFolder() + "/file";
+    makeFile(file);
+    const auto dateAt = [&](std::int64_t seconds) {
+      setTimes(file, {0, 0}, {seconds, 999'999'999});
+      return files.attributesOfItem(file)->modificationDate;
+    };
+    EXPECT_EQ(dateAt(1'000'000'000'000), Date::max());
+    EXPECT_EQ(dateAt(9'223'372'036), Date::max());
+    EXPECT_EQ(dateAt(-1'000'000'000'000), Date::min());
+    EXPECT_EQ(dateAt(-9'223'372'036), Date::min());
+    const auto nanoseconds = std::chrono::nanoseconds(999'999'999);
+    EXPECT_EQ(dateAt(9'223'372'035).time_since_epoch(), std::chrono::seconds(9'223'372'035) + nanoseconds);
+    EXPECT_EQ(dateAt(-9'223'372'035).time_since_epoch(), std::chrono::seconds(-9'223'372'035) + nanoseconds);
+  });
+}
+
 TEST(CopyingOnDisk, KeepsOwnerAndSetUserBitsAsRoot) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");

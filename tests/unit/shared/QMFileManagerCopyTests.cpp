@@ -464,6 +464,22 @@ TEST_F(WaitForFileWrites, WaitsForADateInTheFuture) {
   EXPECT_EQ(fakes.clock.elapsed(), std::chrono::microseconds(6'000'500));
 }
 
+TEST_F(WaitForFileWrites, ReturnsAtOnceForTheOldestOfDates) {
+  fakes.disk.addFile(kPath);
+  fakes.disk.setModificationDate(kPath, std::chrono::system_clock::time_point::min());
+  fakes.disk.disappearAfter(kPath, std::chrono::seconds(1));
+  QMFileManager::waitForFileWrites(kPath);
+  EXPECT_THAT(fakes.clock.sleeps(), IsEmpty());
+}
+
+TEST_F(WaitForFileWrites, WaitsForTheLastOfDatesUntilTheFileIsGone) {
+  fakes.disk.addFile(kPath);
+  fakes.disk.setModificationDate(kPath, std::chrono::system_clock::time_point::max());
+  fakes.disk.disappearAfter(kPath, std::chrono::seconds(1));
+  QMFileManager::waitForFileWrites(kPath);
+  EXPECT_EQ(fakes.clock.elapsed(), std::chrono::seconds(1));
+}
+
 TEST_F(WaitForFileWrites, EndsWhenTheFileIsGone) {
   changed(std::chrono::seconds(0));
   fakes.disk.disappearAfter(kPath, std::chrono::seconds(1));
