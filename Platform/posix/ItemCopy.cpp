@@ -76,7 +76,8 @@ int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attribu
   if (const int error = copyExtendedAttributes(from.folder, from.name, item)) return error;
   const mode_t mode = permittedMode(attributes, ownerError == 0 ? OwnerKept::Yes : OwnerKept::No);
   if (const int error = S_ISLNK(attributes.st_mode) ? 0 : setMode(item, mode)) return error;
-  return setTimes(item, timesOf(attributes));
+  const int timesError = setTimes(item, timesOf(attributes));
+  return cannotBeKept(timesError) ? 0 : timesError;
 }
 
 ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
@@ -89,7 +90,7 @@ ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attribu
 
 ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   std::string target;
-  if (const int error = readLink(from, target)) return {error, false};
+  if (const int error = readLink(from, target)) return {error, false, error == ENOENT};
   if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno, false};
   return finishMade(from, to, attributes, inherited);
 }
@@ -141,7 +142,8 @@ int copyAttributes(int from, int to, const struct stat& attributes) {
   const mode_t mode = permittedMode(attributes, ownerKept);
   const bool hasMode = owned && (made.st_mode & kPermissions) == mode;
   if (!hasMode && ::fchmod(to, mode) != 0 && !cannotBeKept(errno)) return errno;
-  return errorOf(::futimens(to, timesOf(attributes).data()));
+  const int timesError = errorOf(::futimens(to, timesOf(attributes).data()));
+  return cannotBeKept(timesError) ? 0 : timesError;
 }
 
 }  // namespace qm::posix

@@ -19,7 +19,8 @@ struct ItemName {
 /// How the copying of one item ended.
 struct ItemCopyResult {
   int error = 0;
-  bool made = false;  ///< something of the new name was made, complete or not
+  bool made = false;      ///< something of the new name was made, complete or not
+  bool vanished = false;  ///< the source was not there any more
 };
 
 /// Whether the folder of the copy may hand its own access lists on to what is made in it. One that does not was made

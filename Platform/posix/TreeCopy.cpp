@@ -133,6 +133,7 @@ class CopyVisitor : public TreeVisitor {
   }
 
   int ended(const ItemCopyResult& result) {
+    if (result.vanished) return 0;
     if (result.error == 0) observer_.itemCopied();
     return destinationError(result.error);
   }
@@ -242,6 +243,8 @@ FileError copyTree(const Place& source, const Place& destination, CopyObserver& 
   if (S_ISDIR(attributes.st_mode) && isWithin(folder, source.folder.get(), source.name)) {
     return {EINVAL, {}, FileError::Side::Itself};
   }
+  // What is made there could neither be renamed nor removed.
+  if (isProtected(folder, ".")) return {EPERM, {}, FileError::Side::Destination};
   const std::string name = temporaryName();
   bool made = false;
   FileError error = copyItem(source, attributes, {folder, name}, observer, made);

@@ -1,4 +1,6 @@
+#include <linux/fs.h>
 #include <sys/fsuid.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/xattr.h>
@@ -9,7 +11,7 @@
 #include <vector>
 
 #include "Platform/posix/Move.h"
-#include "Platform/posix/PosixFileSystem.h"
+#include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/RealFiles.h"
 
 /// What goes wrong late, or only on some volumes, while something is copied.
@@ -101,7 +103,7 @@ TEST(CopyingWithFaults, LeavesAttributesBehindThatTheOtherVolumeHasNoRoomFor) {
     makeFile(from + "/tree/file", "text");
     ASSERT_EQ(::symlink("file", (from + "/tree/link").c_str()), 0);
     for (const char* name : {"/tree", "/tree/file", "/tree/link"})
-      ASSERT_EQ(::lsetxattr((from + name).c_str(), "trusted.note", "n", 1, 0), 0) << errno;
+      ASSERT_EQ(::lsetxattr((from + name).c_str(), "security.note", "n", 1, 0), 0) << errno;
     for (const int error : {ENOSPC, E2BIG, ERANGE}) {
       const std::string copy = to + "/" + std::to_string(error);
       inChild([&] {
@@ -111,7 +113,7 @@ TEST(CopyingWithFaults, LeavesAttributesBehindThatTheOtherVolumeHasNoRoomFor) {
       });
       ASSERT_TRUE(isThere(copy + "/file")) << error;
       EXPECT_EQ(textOf(copy + "/file"), "text");
-      EXPECT_EQ(::getxattr(copy.c_str(), "trusted.note", nullptr, 0), -1);
+      EXPECT_EQ(::getxattr(copy.c_str(), "security.note", nullptr, 0), -1);
     }
     inChild([&] {
       failSystemCall(SYS_fsetxattr, EIO);
@@ -291,7 +293,7 @@ TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
     ASSERT_EQ(::lchown((from + "/link").c_str(), 1000, 1001), 0);
     const timespec times[2] = {{1'000'000'001, 123'456'789}, {1'000'000'002, 987'654'321}};
     for (const char* name : {"/fifo", "/link"}) {
-      ASSERT_EQ(::lsetxattr((from + name).c_str(), "trusted.note", "n", 1, 0), 0) << errno;
+      ASSERT_EQ(::lsetxattr((from + name).c_str(), "security.note", "n", 1, 0), 0) << errno;
       ASSERT_EQ(::utimensat(AT_FDCWD, (from + name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
       posix::CopyObserver nobody;
       EXPECT_EQ(posix::copyTree(from + name, to + name, nobody).code, 0);
@@ -304,7 +306,108 @@ TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
       EXPECT_EQ(copy.st_mtim.tv_nsec, 987'654'321) << name;
       EXPECT_EQ(copy.st_atim.tv_nsec, 123'456'789) << name;
       char value = 0;
-      EXPECT_EQ(::lgetxattr((to + name).c_str(), "trusted.note", &value, 1), 1) << name;
+      EXPECT_EQ(::lgetxattr((to + name).c_str(), "security.note", &value, 1), 1) << name;
+    }
+  });
+}
+
+// MARK: - Volumes and sources with ways of their own
+
+/// Whether the system let it: only a real administrator may.
+bool makeAppendOnly(const std::string& folder, bool appendOnly) {
+  const posix::UniqueFd item(::open(folder.c_str(), O_RDONLY | O_CLOEXEC));
+  const unsigned flags = appendOnly ? FS_APPEND_FL : 0;
+  return ::ioctl(item.get(), FS_IOC_SETFLAGS, &flags) == 0;
+}
+
+TEST(CopyingWithFaults, MakesNothingInAFolderThatItCannotTakeAnythingFrom) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    const bool appendOnly = makeAppendOnly(to, true);
+    for (const char* source : {"/tree", "/tree/file"}) {
+      posix::CopyObserver nobody;
+      EXPECT_EQ(posix::copyTree(from + source, to + "/copy", nobody).code, appendOnly ? EPERM : 0) << source;
+      EXPECT_EQ(countIn(to), appendOnly ? 0U : 1U) << source;
+      fs::remove_all(to + "/copy");
+    }
+    if (appendOnly) makeAppendOnly(to, false);
+  });
+}
+
+TEST(CopyingWithFaults, LeavesTimesBehindThatTheVolumeDoesNotTake) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeAllKinds(from);
+    for (const int error : {EPERM, EINVAL, ENOTSUP}) {
+      inChild([&] {
+        failSystemCall(SYS_utimensat, error);
+        copyAllKinds(from, to);
+      });
+    }
+    for (const char* source : {"/tree", "/tree/folder/file", "/tree/fifo", "/tree/link"}) {
+      inChild([&] {
+        failSystemCall(SYS_utimensat, EIO);
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + source, to + "/copy", nobody).code, EIO) << source;
+      });
+      EXPECT_EQ(countIn(to), 0U) << source;
+    }
+  });
+}
+
+/// Does something when an item's turn comes.
+class AtItem : public posix::CopyObserver {
+ public:
+  AtItem(std::string item, std::function<void()> action) : item_(std::move(item)), action_(std::move(action)) {}
+  int itemBegins(std::string_view, std::string_view name) override {
+    if (name == item_) action_();
+    return 0;
+  }
+
+ private:
+  const std::string item_;
+  const std::function<void()> action_;
+};
+
+TEST(CopyingWithFaults, LeavesOutALinkThatVanishesOnceItWasLookedAt) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeAllKinds(from);
+    const auto removeLink = [&] { EXPECT_TRUE(fs::remove(from + "/tree/link")); };
+    inChild([&] {
+      AtItem observer("link", [&] { afterSystemCall(SYS_newfstatat, removeLink); });
+      EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", observer).code, 0);
+    });
+    ASSERT_TRUE(isThere(to + "/copy/fifo"));
+    EXPECT_FALSE(isThere(to + "/copy/link"));
+
+    ASSERT_EQ(::symlink("nowhere", (from + "/tree/link").c_str()), 0);
+    AtItem observer("", removeLink);
+    EXPECT_EQ(posix::copyTree(from + "/tree/link", to + "/lone", observer).code, ENOENT);
+    EXPECT_FALSE(isThere(to + "/lone"));
+  });
+}
+
+TEST(CopyingWithFaults, FinishesALinkThatVanishesOnceItWasRead) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    for (const char* source : {"/tree", "/tree/link"}) {
+      fs::remove_all(from + "/tree");
+      makeAllKinds(from);
+      inChild([&] {
+        afterSystemCall(SYS_symlinkat, [&] { EXPECT_TRUE(fs::remove(from + "/tree/link")); });
+        posix::CopyObserver nobody;
+        EXPECT_EQ(posix::copyTree(from + source, to + source, nobody).code, 0) << source;
+      });
+      EXPECT_EQ(fs::read_symlink(to + "/tree/link"), "nowhere");
+      fs::remove_all(to + "/tree");
+      fs::create_directory(to + "/tree");
     }
   });
 }
