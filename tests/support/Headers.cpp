@@ -1,0 +1,1 @@
+// Nothing: the headers that the tests share are compiled with it.
