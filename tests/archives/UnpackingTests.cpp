@@ -140,6 +140,16 @@ TEST_F(Unpack, TakesNamesWithSlashesAndDotsTooMany) {
   EXPECT_EQ(attributesOf(path("new/a/b")).st_mode & 07777, 0700U);
 }
 
+TEST_F(Unpack, TakesNamesFromTheFieldThatHoldsThemInUtf8) {
+  const std::string name = "folder/\x82 \xEF";
+  const std::string utf8 = "folder/\xC3\xA9 \xE6\x97\xA5";
+  ASSERT_EQ(problemOf({{.name = name, .contents = "text", .extra = unicodePathField(name, utf8)}}), "");
+  EXPECT_EQ(contentsOf(path("new/" + utf8)), "text");
+  const ProgramRun run = runProgram({"env", "LC_ALL=C", zipTool(), "-xk", path("a.zip"), path("again")});
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(contentsOf(path("again/" + utf8)), "text");
+}
+
 TEST_F(Unpack, TakesAnArchiveThatSomethingStandsBefore) {
   makeFile("a.zip", zipBytes({{"\xC3\xA9", "text", 0100644, 0x800}}, "#!/bin/sh\nexit\n"));
   ASSERT_TRUE(unpack(path("a.zip"), path("new")));

@@ -30,9 +30,9 @@ std::string common(const ZipItem& item, const std::string& name) {
 
 std::string inDirectory(const ZipItem& item, std::size_t offset) {
   const std::string& name = item.centralName.empty() ? item.name : item.centralName;
-  return "PK\1\2" + number(20, 1) + number(item.system, 1) + number(20, 2) + common(item, name) + number(0, 2) +
-         number(0, 2) + number(0, 2) + number(0, 2) + number(std::uint64_t{item.mode} << 16U, 4) + number(offset, 4) +
-         name;
+  return "PK\1\2" + number(20, 1) + number(item.system, 1) + number(20, 2) + common(item, name) +
+         number(item.extra.size(), 2) + number(0, 2) + number(0, 2) + number(0, 2) + number(std::uint64_t{item.mode} << 16U, 4) + number(offset, 4) +
+         name + item.extra;
 }
 
 }  // namespace
@@ -42,12 +42,17 @@ std::string zipBytes(const std::vector<ZipItem>& items, const std::string& befor
   std::string directory;
   for (const ZipItem& item : items) {
     directory += inDirectory(item, bytes.size());
-    bytes += "PK\3\4" + number(20, 2) + common(item, item.name) + number(0, 2) + item.name + item.contents;
+    bytes += "PK\3\4" + number(20, 2) + common(item, item.name) + number(item.extra.size(), 2) + item.name +
+             item.extra + item.contents;
   }
   const std::size_t start = bytes.size();
   bytes += directory + "PK\5\6" + number(0, 4) + number(items.size(), 2) + number(items.size(), 2) +
            number(directory.size(), 4) + number(start, 4) + number(comment.size(), 2) + comment;
   return before + bytes;
+}
+
+std::string unicodePathField(const std::string& name, const std::string& utf8) {
+  return "up" + number(5 + utf8.size(), 2) + "\1" + number(checksumOf(name), 4) + utf8;
 }
 
 }  // namespace qm::testing

@@ -17,10 +17,14 @@ struct ZipItem {
   std::int64_t sizeError = 0;       ///< added to the size that is told
   std::uint32_t checksumError = 0;  ///< changes the checksum
   std::uint16_t method = 0;         ///< stored as it is, whatever this says
+  std::string extra{};              ///< fields behind the name, in the item and in the directory
 };
 
 /// A zip archive of these items, with `before` in front of it and `comment` at its end.
 std::string zipBytes(const std::vector<ZipItem>& items, const std::string& before = {},
                      const std::string& comment = {});
+
+/// The field that tells the name of an item in UTF-8, for one whose own name is in some other set.
+std::string unicodePathField(const std::string& name, const std::string& utf8);
 
 }  // namespace qm::testing

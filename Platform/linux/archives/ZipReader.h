@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "Platform/Status.h"
+#include "Platform/linux/archives/CharacterSet.h"
 
 namespace qm::linux_ {
 
@@ -49,6 +50,8 @@ class ZipReader {
 
   platform::Status failure(const std::string& name) const;
 
+  // Names that only a field of their own holds are in UTF-8, and have to be brought into the set of the thread.
+  CharacterSet characterSet_{CharacterSet::Kind::Utf8};
   std::unique_ptr<Source> source_;
   std::unique_ptr<archive, int (*)(archive*)> archive_;
   std::string path_;
