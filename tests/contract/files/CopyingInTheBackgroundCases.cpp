@@ -260,6 +260,24 @@ TEST_P(CopyingInTheBackground, LetsTheLastReportBeginAnotherCopy) {
   });
 }
 
+TEST_P(CopyingInTheBackground, GivesANameToOneOfTwoCopiesThatWantIt) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("1/file"), "1");
+    world.addFile(world.home("2/file"), "2");
+    BackgroundCopy first(world.operations(), world.mainThread());
+    BackgroundCopy second(world.operations(), world.mainThread());
+    ASSERT_EQ(first.start(world.home("1"), world.volume(), "b"), 0);
+    ASSERT_EQ(second.start(world.home("2"), world.volume(), "b"), 0);
+    const bool firstHasIt = first.end() == 0;
+    EXPECT_EQ(firstHasIt ? second.end() : first.reports().back().error, EEXIST);
+    if (!firstHasIt) {
+      EXPECT_EQ(second.end(), 0);
+    }
+    EXPECT_EQ(world.tree(world.volume()), (Lines{"b/", "b/file"}));
+    EXPECT_EQ(world.contents(world.volume("b/file")), firstHasIt ? "1" : "2");
+  });
+}
+
 TEST_P(CopyingInTheBackground, RunsSeveralCopiesAtOnce) {
   inWorld([](FileWorld& world) {
     std::vector<std::unique_ptr<BackgroundCopy>> copies;

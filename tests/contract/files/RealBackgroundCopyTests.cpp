@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <future>
 #include <limits>
 #include <random>
 #include <vector>
@@ -215,18 +216,26 @@ TEST(CopyingInTheBackgroundOnDisk, IsCancelledFromTheMainThreadWhileItRuns) {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
     makeMixedTree(from + "/tree");
-    for (int round = 0; round < 20; ++round) {
-      RealCopies machine;
-      BackgroundCopy copy(machine.service, machine.mainThread);
-      copy.react([&](const FileOperationReport& report) {
-        if (report.stage == FileOperationStage::Running) {
+    // A lone file is counted from the start, a tree may still be.
+    for (const auto& [source, stage] : {std::pair("/tree", FileOperationStage::Preflighting),
+                                        std::pair("/tree/bigger", FileOperationStage::Running)}) {
+      for (int round = 0; round < 10; ++round) {
+        RealCopies machine;
+        BackgroundCopy copy(machine.service, machine.mainThread);
+        std::atomic<bool> cancelled{false};
+        // The start of the clock and the first item, then in the midst of it.
+        machine.clock.onQuestion([&](int number) {
+          if (number == 3) cancelled.wait(false);
+        });
+        copy.react([&, wanted = stage](const FileOperationReport& report) {
+          if (report.stage != wanted) return;
           EXPECT_EQ(copy.cancel(), 0);
-        }
-      });
-      const auto error = copy.run(from + "/tree", to, "copy");
-      EXPECT_EQ(isThere(to + "/copy"), error == 0);
-      fs::remove_all(to + "/copy");
-      EXPECT_EQ(countIn(to), 0U);
+          cancelled = true;
+          cancelled.notify_all();
+        });
+        EXPECT_EQ(copy.run(from + source, to, "copy"), platform::userCanceledErr);
+        EXPECT_EQ(countIn(to), 0U);
+      }
     }
   });
 }
@@ -257,9 +266,19 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
     ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
     ASSERT_GE(moments.size(), 4U) << "of some seven seconds";
     for (std::size_t i = 1; i < moments.size(); ++i) EXPECT_GE(moments[i] - moments[i - 1], 9) << "of 100 ms";
-    const auto status = [&](std::size_t i) {
-      return *copy.reports().at(copy.reports().size() - 1 - moments.size() + i).statusDictionary;
+    const auto report = [&](std::size_t i) {
+      return copy.reports().at(copy.reports().size() - 1 - moments.size() + i);
     };
+    const auto status = [&](std::size_t i) { return *report(i).statusDictionary; };
+    for (std::size_t i = 1; i < moments.size(); ++i) {
+      const std::string item = report(i).currentItem.value();
+      EXPECT_TRUE(item.starts_with(from + "/tree/") && fs::is_regular_file(item)) << item;
+      // The folder is an object, too; of the file that is copied the bytes may be there already.
+      const std::uint64_t objects = status(i).at(platform::kFSOperationObjectsCompleteKey);
+      const std::uint64_t bytes = status(i).at(platform::kFSOperationBytesCompleteKey);
+      EXPECT_TRUE(bytes == 8 * objects || bytes + 8 == 8 * objects) << bytes << " of " << objects;
+      EXPECT_EQ(status(i).at(platform::kFSOperationUserVisibleObjectsCompleteKey), objects);
+    }
     for (std::size_t i = 1; i < moments.size(); ++i) {
       EXPECT_GT(status(i).at(platform::kFSOperationObjectsCompleteKey),
                 status(i - 1).at(platform::kFSOperationObjectsCompleteKey));
@@ -289,6 +308,7 @@ TEST(CopyingInTheBackgroundOnDisk, TellsTheGreatestNumberOfAThroughputBeyondIt) 
     ASSERT_EQ(copy.end(), 0);
     const auto running = *copy.reports().at(copy.reports().size() - 2).statusDictionary;
     EXPECT_EQ(running.at(platform::kFSOperationThroughputKey), std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(running.at(platform::kFSOperationBytesCompleteKey), 9'223'372'036'854'775'807U);
     EXPECT_EQ(running.at(platform::kFSOperationTotalBytesKey), 9'223'372'036'854'775'807U);
   });
 }
@@ -359,18 +379,27 @@ TEST(CopyingInTheBackgroundOnDisk, LetsTheProcessEndInItsMiddle) {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
     makeMixedTree(from + "/tree");
+    int inTheMiddle = 0;
     for (int round = 0; round < 10; ++round) {
       EXPECT_TRUE(inChild([&] {
         static auto* machine = new RealCopies;  // never destroyed, like the services of the program
         static auto* copy = new BackgroundCopy(machine->service, machine->mainThread);
+        // In every other round it surely comes no further.
+        machine->clock.onQuestion([round](int number) {
+          if (round % 2 == 0 && number > round + 2) std::promise<void>().get_future().wait();
+        });
         ASSERT_EQ(copy->start(from + "/tree", to, "copy"), 0);
-        EXPECT_TRUE(machine->mainThread.pumpUntil([&] { return machine->clock.questions() > round; }));
+        EXPECT_TRUE(machine->mainThread.pumpUntil([&] { return machine->clock.questions() > round + 2; }));
       }));
       if (isThere(to + "/copy")) {
         EXPECT_EQ(picture(to + "/copy"), picture(from + "/tree"));
+      } else {
+        ++inTheMiddle;
       }
       fs::remove_all(to + "/copy");
     }
+    EXPECT_GE(inTheMiddle, 5);
+    EXPECT_GE(countIn(to), 5U) << "what was left behind";
     for (const auto& entry : fs::directory_iterator(to)) EXPECT_EQ(entry.path().filename().string()[0], '.');
   });
 }

@@ -227,8 +227,37 @@ TEST(CopyingWhatChanges, FailsWhenTheFolderOfTheCopyIsRemoved) {
     makeFolders(from + "/tree");
     makeFile(from + "/tree/a", "text");
     Meddler meddler(at("/a", [&] { fs::remove_all(to); }));
-    EXPECT_NE(posix::copyTree(from + "/tree", to + "/copy", meddler).code, 0);
+    EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, ESTALE);
     EXPECT_EQ(textOf(from + "/tree/a"), "text");
+  });
+}
+
+/// Whatever others may do with it in the end: nobody but its owner gets at a part of it.
+TEST(CopyingWhatChanges, HasNoRightsForOthersWhileItGrows) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    for (const mode_t mode : {0777U, 0700U}) {
+      ASSERT_EQ(::chmod((from + "/tree").c_str(), mode), 0);
+      ASSERT_EQ(::chmod((from + "/tree/file").c_str(), mode), 0);
+      for (const auto& [source, hidden] : {std::pair("/tree", 0700U), std::pair("/tree/file", 0600U)}) {
+        int looks = 0;
+        const auto look = [&, wanted = hidden] {
+          EXPECT_EQ(countIn(to), 1U);
+          for (const auto& entry : fs::directory_iterator(to)) EXPECT_EQ(modeOf(entry.path().string()), wanted);
+          ++looks;
+          return 0;
+        };
+        Meddler meddler([&](const std::string& path) { return path == "/" ? 0 : look(); },
+                        [&](std::uint64_t) { return look(); });
+        EXPECT_EQ(posix::copyTree(from + source, to + "/copy", meddler).code, 0);
+        EXPECT_EQ(looks, hidden == 0700U ? 2 : 1);
+        EXPECT_EQ(modeOf(to + "/copy"), mode);
+        fs::remove_all(to + "/copy");
+      }
+    }
   });
 }
 

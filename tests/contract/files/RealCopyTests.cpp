@@ -1,3 +1,4 @@
+#include <grp.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -114,6 +115,26 @@ TEST(CopyingOnDisk, KeepsOwnerAndSetUserBitsAsRoot) {
     EXPECT_EQ(attributesOf(to + "/copy/tool").st_uid, kUser);
     EXPECT_EQ(attributesOf(to + "/copy/tool").st_gid, kOther);
     EXPECT_EQ(attributesOf(to + "/copy/link").st_uid, kOther);
+  });
+}
+
+TEST(CopyingOnDisk, KeepsAGroupThatTheUserIsInWithoutTheOwner) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/shared", "text");
+    ASSERT_EQ(::chown((from + "/shared").c_str(), kOther, kOther), 0);
+    ASSERT_EQ(::chmod((from + "/shared").c_str(), 02664), 0);
+    inChild([&] {
+      const gid_t groups[] = {kOther};
+      ASSERT_EQ(::setgroups(1, groups), 0);
+      ASSERT_EQ(::setresgid(kUser, kUser, kUser), 0);
+      ASSERT_EQ(::setresuid(kUser, kUser, kUser), 0);
+      expectDone(files.copyItem(from + "/shared", to + "/shared"));
+    });
+    EXPECT_EQ(attributesOf(to + "/shared").st_uid, kUser);
+    EXPECT_EQ(attributesOf(to + "/shared").st_gid, kOther);
+    EXPECT_EQ(modeOf(to + "/shared"), 0664U);
   });
 }
 
