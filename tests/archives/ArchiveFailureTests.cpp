@@ -66,8 +66,9 @@ TEST_F(ArchiveFailure, OfMakingAnArchiveLeavesTheOldOne) {
   EXPECT_EQ(packing(SYS_fchmod), path("old.zip") + ": " + kBroken);
   EXPECT_EQ(packing(SYS_readlinkat), "item/link: " + kBroken);
   EXPECT_EQ(packing(SYS_read), "item/folder/file: " + kBroken);
-  EXPECT_NE(packing(SYS_write, ENOSPC), "");
-  EXPECT_NE(packing(SYS_getdents64), "");
+  EXPECT_EQ(packing(SYS_write, ENOSPC), path("old.zip") + ": No space left on device");
+  EXPECT_EQ(packing(SYS_close), path("old.zip") + ": " + kBroken);
+  EXPECT_EQ(packing(SYS_getdents64), "item: " + kBroken);
 }
 
 TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {
@@ -78,6 +79,7 @@ TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {
   EXPECT_EQ(unpacking(SYS_utimensat), "item/link: " + kBroken);
   EXPECT_EQ(unpacking(SYS_write, ENOSPC), "item/folder/file: No space left on device");
   EXPECT_NE(unpacking(SYS_pread64), "");
+  EXPECT_EQ(unpacking(SYS_close), "item/folder/file: " + kBroken);
   EXPECT_EQ(unpacking(SYS_fstatfs), "");  // the room is not known
 }
 

@@ -172,6 +172,30 @@ TEST_F(HostileArchive, IsRefusedWhenContentsAreNotWhatItSays) {
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .method = 77}}), "");
 }
 
+TEST_F(HostileArchive, IsRefusedWhenItsEndTellsOfItemsThatAreNotThere) {
+  const std::string missing = path("a.zip") + ": A part of it is missing";
+  const std::string broken = path("a.zip") + ": It is no zip archive, or a part of it is missing";
+  std::string more = zipBytes({{"a"}, {"b"}});
+  const std::size_t count = more.size() - 12;
+  more[count] = more[count - 2] = 3;
+  EXPECT_EQ(problemOf(more), missing);
+  more[count] = more[count - 2] = 1;
+  EXPECT_EQ(problemOf(more), missing);
+  for (const std::size_t field : {8U, 10U, 12U}) {
+    std::string end = zipBytes({});
+    end[field] = 3;
+    EXPECT_EQ(problemOf(end), broken) << field;
+  }
+}
+
+TEST_F(HostileArchive, IsRefusedWhenTwoOfItsNamesShareAnItem) {
+  std::string bytes = zipBytes({{"a", "x"}, {"b", "y"}});
+  constexpr std::size_t placeOfSecond = 64 + 47 + 42;
+  ASSERT_EQ(bytes[placeOfSecond], 32);
+  bytes[placeOfSecond] = 0;
+  EXPECT_EQ(problemOf(bytes), path("a.zip") + ": A part of it is missing");
+}
+
 TEST_F(HostileArchive, IsRefusedWhereverItIsCutOff) {
   makeFile("item/a", std::string(300, 'a'));
   makeFile("item/\xC3\xA9", "text");
@@ -228,23 +252,29 @@ class Bomb : public HostileArchive {
     return bytes;
   }
 
-  /// The reason why an archive cannot be unpacked on a volume of 16 MiB, on which nothing may be left.
-  static void expectProblem(const std::string& bytes, const std::vector<std::string>& problems) {
+  /// The reason why an archive cannot be unpacked on a volume of 16 MiB, on which nothing may be left. Answers how
+  /// often the run asked whether it is stopped.
+  int expectProblem(const std::string& bytes, const std::vector<std::string>& problems) {
+    makeFile("asked", "");
     runInPrivateMachine([&] {
       const std::string volume = machineFolder() + "/volume";
       mountTmpfs(volume, "size=16m");
       writeFile(machineFolder() + "/a.zip", bytes);
-      const linux_::ArchiveRun run{[](const std::string&) {}, [] { return false; }};
-      const auto status = linux_::unpackArchive(machineFolder() + "/a.zip", volume + "/new", run);
+      int asked = 0;
+      isStopped = [&] { return ++asked < 0; };
+      const auto status = unpack(machineFolder() + "/a.zip", volume + "/new");
+      writeFile(path("asked"), std::to_string(asked));
       EXPECT_NE(std::find(problems.begin(), problems.end(), status.localizedDescription()), problems.end())
           << status.localizedDescription();
       EXPECT_TRUE(snapshot(volume).empty());
     });
+    return std::stoi(contentsOf(path("asked")));
   }
 };
 
 TEST_F(Bomb, IsNotBegunWhenItSaysThatItIsLargerThanTheVolume) {
-  expectProblem(bomb(), {"zeros: No space left on device"});
+  // Before the item, and before no block of it.
+  EXPECT_EQ(expectProblem(bomb(), {"zeros: No space left on device"}), 1);
 }
 
 TEST_F(Bomb, EndsWhenTheVolumeIsFullOrItsSizeIsAtOdds) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -198,6 +199,33 @@ TEST_F(MakeArchive, RefusesWhatIsNoItemAndWritesNothing) {
             path("fifo") + ": It is neither a file nor a folder");
   EXPECT_EQ(pack("relative", path("a.zip")).localizedDescription(), "relative: Invalid argument");
   EXPECT_FALSE(isThere(path("a.zip")));
+}
+
+TEST_F(MakeArchive, RefusesToTakeThePlaceOfItsOnlyItem) {
+  makeFile("item", "the only copy");
+  EXPECT_EQ(pack(path("item"), path("item")).localizedDescription(), path("item") + ": Invalid argument");
+  EXPECT_EQ(contentsOf(path("item")), "the only copy");
+  EXPECT_EQ(namesIn(path("")).size(), 2U);
+}
+
+TEST_F(MakeArchive, SaysThatTheVolumeIsFull) {
+  std::string noise;
+  for (std::uint32_t i = 0, state = 1; i < 3'000'000; ++i) {
+    state = state * 1664525U + 1013904223U;
+    noise += static_cast<char>(state >> 24U);
+  }
+  makeFile("item/noise", noise);
+  runInPrivateMachine([&] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "size=1m");
+    EXPECT_EQ(pack(path("item"), volume + "/a.zip").localizedDescription(), "item/noise: No space left on device");
+    EXPECT_TRUE(snapshot(volume).empty());
+    // What is left fits one block, which is written at the end.
+    writeFile(volume + "/full", std::string(1 << 20, 'x'));
+    EXPECT_EQ(pack(path("outside/file"), volume + "/a.zip").localizedDescription(),
+              volume + "/a.zip: No space left on device");
+    EXPECT_EQ(snapshot(volume).size(), 1U);
+  });
 }
 
 TEST_F(MakeArchive, RefusesAPlaceWhereNoArchiveCanBe) {

@@ -107,6 +107,97 @@ TEST_F(Unpack, FillsFoldersThatShutTheirOwnerOut) {
   });
 }
 
+TEST_F(Unpack, FillsAVolumeThatTellsNoSize) {
+  const std::string archive = archiveOf({{"file", "text"}});
+  runInPrivateMachine([&] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "size=0");
+    const auto status = unpack(archive, volume + "/new");
+    EXPECT_TRUE(status) << status.localizedDescription();
+    EXPECT_EQ(contentsOf(volume + "/new/file"), "text");
+  });
+}
+
+TEST_F(Unpack, ShowsNobodyElseWhatIsNotFinished) {
+  const std::string archive = archiveOf(
+      {{"a/b/file", std::string(1'000'000, 'x')}, {"c/", "", 040777}, {"c/file", std::string(1'000'000, 'x')}});
+  makeFolder("there");
+  for (const std::string place : {"new", "there"}) {
+    std::map<std::string, mode_t> modes;
+    isStopped = [&] {
+      for (const auto& [name, item] : snapshot(path(""))) {
+        const bool isUnfinished = name.starts_with(".incomplete-") || name.starts_with("there/");
+        if (isUnfinished) modes[name] = attributesOf(path(name)).st_mode;
+      }
+      return false;
+    };
+    ASSERT_TRUE(unpack(archive, path(place)));
+    EXPECT_GE(modes.size(), 4U);
+    std::erase_if(modes, [](const auto& item) { return item.first.ends_with("a/b/file"); });  // it is finished first
+    for (const auto& [name, mode] : modes) EXPECT_EQ(mode & 0777, S_ISDIR(mode) ? 0700U : 0600U) << name;
+    EXPECT_EQ(attributesOf(path(place)).st_mode & 07777, 0755U);
+    EXPECT_EQ(attributesOf(path(place + "/a")).st_mode & 07777, 0755U);
+    EXPECT_EQ(attributesOf(path(place + "/a/b")).st_mode & 07777, 0755U);
+    EXPECT_EQ(attributesOf(path(place + "/c")).st_mode & 07777, 0777U);
+  }
+}
+
+TEST_F(Unpack, SettlesFoldersAfterAFailureToo) {
+  makeFolder("there/old");
+  const std::string archive = archiveOf({{"private/", "", 040700},
+                                         {"old/", "", 040500},
+                                         {"plain/file"},
+                                         {"late/file"},
+                                         {"late/", "", 040510},
+                                         {.name = "bad", .contents = "x", .checksumError = 1}});
+  EXPECT_FALSE(unpack(archive, path("there")));
+  EXPECT_EQ(attributesOf(path("there/private")).st_mode & 07777, 0700U);
+  EXPECT_EQ(attributesOf(path("there/old")).st_mode & 07777, 0500U);
+  EXPECT_EQ(attributesOf(path("there/plain")).st_mode & 07777, 0755U);
+  EXPECT_EQ(attributesOf(path("there/late")).st_mode & 07777, 0510U);
+}
+
+TEST_F(Unpack, SettlesTheOtherFoldersWhenOneWasSwappedForALink) {
+  const std::string archive =
+      archiveOf({{"top/a/", "", 040700}, {"top/b/", "", 040510}, {"top/c/", "", 040500}, {"last"}});
+  makeFolder("there");
+  isStopped = [&] {
+    if (isThere(path("there/top/c")) && !S_ISLNK(attributesOf(path("there/top/b")).st_mode)) {
+      EXPECT_EQ(::rmdir(path("there/top/b").c_str()), 0);
+      makeLink("there/top/b", path("outside/folder"));
+    }
+    return false;
+  };
+  const Snapshot before = snapshot(path("outside"));
+  EXPECT_EQ(unpack(archive, path("there")).localizedDescription(), "top/b: Something that is no folder is in its way");
+  EXPECT_EQ(snapshot(path("outside")), before);
+  EXPECT_EQ(attributesOf(path("there/top")).st_mode & 07777, 0755U);
+  EXPECT_EQ(attributesOf(path("there/top/a")).st_mode & 07777, 0700U);
+  EXPECT_EQ(attributesOf(path("there/top/c")).st_mode & 07777, 0500U);
+  EXPECT_TRUE(isThere(path("there/last")));
+}
+
+TEST_F(Unpack, LeavesFoldersOfOthersAsTheyAreAndSettlesThoseThatCannotBeRead) {
+  const std::string archive = archiveOf({{"others/", "", 040700}, {"others/file", "text"}, {"mine/", "", 040700}});
+  runInPrivateMachine([&] {
+    const std::string home = machineFolder() + "/home";
+    for (const std::string& folder : {home, home + "/others", home + "/mine"}) {
+      ASSERT_EQ(::mkdir(folder.c_str(), 0777), 0);
+      ASSERT_EQ(::chmod(folder.c_str(), 0777), 0);
+    }
+    ASSERT_EQ(::chown((home + "/mine").c_str(), 501, 501), 0);
+    ASSERT_EQ(::chmod((home + "/mine").c_str(), 0300), 0);
+    writeFile(home + "/a.zip", contentsOf(archive));
+    asUser(501, 501, [&] {
+      const auto status = unpack(home + "/a.zip", home);
+      EXPECT_TRUE(status) << status.localizedDescription();
+    });
+    EXPECT_EQ(attributesOf(home + "/others").st_mode & 07777, 0777U);
+    EXPECT_EQ(contentsOf(home + "/others/file"), "text");
+    EXPECT_EQ(attributesOf(home + "/mine").st_mode & 07777, 0700U);
+  });
+}
+
 TEST_F(Unpack, TakesTheLaterOfTwoItemsOfOneName) {
   ASSERT_TRUE(
       unpack(archiveOf({{"file", "first"}, {"file", "second"}, {"link", "file", 0120777}, {"link", "x", 0120777}}),

@@ -31,8 +31,8 @@ std::string common(const ZipItem& item, const std::string& name) {
 std::string inDirectory(const ZipItem& item, std::size_t offset) {
   const std::string& name = item.centralName.empty() ? item.name : item.centralName;
   return "PK\1\2" + number(20, 1) + number(item.system, 1) + number(20, 2) + common(item, name) +
-         number(item.extra.size(), 2) + number(0, 2) + number(0, 2) + number(0, 2) + number(std::uint64_t{item.mode} << 16U, 4) + number(offset, 4) +
-         name + item.extra;
+         number(item.extra.size(), 2) + number(0, 2) + number(0, 2) + number(0, 2) +
+         number(std::uint64_t{item.mode} << 16U, 4) + number(offset, 4) + name + item.extra;
 }
 
 }  // namespace

@@ -22,7 +22,6 @@ using platform::Status;
 using posix::errorOf;
 
 constexpr int kStepFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-constexpr mode_t kNewFolder = S_IRWXU | S_IRWXG | S_IRWXO;
 
 /// Makes a link, in place of a link or file that has the name.
 int makeLink(const std::string& target, int folder, const std::string& name) {
@@ -40,6 +39,7 @@ int makeLink(const std::string& target, int folder, const std::string& name) {
 int obstacleToSize(int file, const std::optional<std::uint64_t>& size) {
   struct statvfs volume {};
   if (!size || ::fstatvfs(file, &volume) != 0) return 0;
+  if (volume.f_blocks == 0 || volume.f_frsize == 0) return 0;  // it tells no size
   return *size / volume.f_frsize > volume.f_bfree ? ENOSPC : 0;
 }
 
@@ -56,6 +56,12 @@ Status answer(const std::string& name, int error) {
     default:
       return problemWith(name, error);
   }
+}
+
+std::string joined(const std::vector<std::string>& path) {
+  std::string name;
+  for (const std::string& component : path) name += (name.empty() ? "" : "/") + component;
+  return name;
 }
 
 Status copyInto(NewFile& file, ZipReader& reader, const ZipEntry& entry, const std::function<bool()>& isStopped) {
@@ -86,18 +92,20 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
 
 Status ExtractionFolder::finish() {
   // What is deep comes first: a folder may shut its owner out.
-  std::stable_sort(folders_.begin(), folders_.end(),
-                   [](const Folder& a, const Folder& b) { return a.path.size() > b.path.size(); });
-  for (Folder& folder : folders_) {
-    const std::string name = folder.path.back();
-    if (const int error = settle(std::move(folder))) return answer(name, error);
-  }
+  std::vector<std::pair<Path, Folder>> folders(folders_.begin(), folders_.end());
+  std::stable_sort(folders.begin(), folders.end(),
+                   [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
   folders_.clear();
-  return Status::success();
+  Status first;
+  for (const auto& [path, folder] : folders) {
+    const int error = settle(path, folder);
+    if (error != 0 && first) first = answer(joined(path), error);
+  }
+  return first;
 }
 
-/// Goes to a folder, making what is missing. The way begins at the folder of the last item where that is on it.
-int ExtractionFolder::goTo(std::vector<std::string> path) {
+/// Goes to a folder. The way begins at the folder of the last item where that is on it.
+int ExtractionFolder::goTo(Path path, Missing missing) {
   std::size_t known = path_.size();
   if (known > path.size() || !std::equal(path_.begin(), path_.end(), path.begin())) {
     known = 0;
@@ -105,7 +113,7 @@ int ExtractionFolder::goTo(std::vector<std::string> path) {
   }
   path_.clear();
   for (std::size_t i = known; i < path.size(); ++i) {
-    if (const int error = step(path[i])) {
+    if (const int error = step(path, i, missing)) {
       here_.reset();
       return error;
     }
@@ -114,10 +122,11 @@ int ExtractionFolder::goTo(std::vector<std::string> path) {
   return 0;
 }
 
-int ExtractionFolder::step(const std::string& name) {
+int ExtractionFolder::step(const Path& path, std::size_t index, Missing missing) {
+  const std::string& name = path[index];
   posix::UniqueFd next(::openat(here(), name.c_str(), kStepFlags));
-  if (!next && errno == ENOENT) {
-    if (::mkdirat(here(), name.c_str(), kNewFolder) != 0 && errno != EEXIST) return errno;
+  if (!next && errno == ENOENT && missing == Missing::Make) {
+    if (const int error = make(path, index)) return error;
     next.reset(::openat(here(), name.c_str(), kStepFlags));
   }
   if (!next) {
@@ -131,9 +140,19 @@ int ExtractionFolder::step(const std::string& name) {
   return 0;
 }
 
-int ExtractionFolder::addFolder(const std::vector<std::string>& path, const ZipEntry& entry) {
+int ExtractionFolder::make(const Path& path, std::size_t index) {
+  if (::mkdirat(here(), path[index].c_str(), S_IRWXU) != 0) return errno == EEXIST ? 0 : errno;
+  const auto end = path.begin() + static_cast<std::ptrdiff_t>(index) + 1;
+  folders_[Path(path.begin(), end)].isMade = true;
+  return 0;
+}
+
+int ExtractionFolder::addFolder(const Path& path, const ZipEntry& entry) {
   if (const int error = goTo(path)) return error;
-  if (!path.empty()) folders_.push_back({path, entry.permissions, entry.modified});
+  if (path.empty()) return 0;
+  Folder& folder = folders_[path];
+  folder.permissions = entry.permissions;
+  folder.modified = entry.modified;
   return 0;
 }
 
@@ -153,16 +172,28 @@ Status ExtractionFolder::addFile(const std::string& name, const ZipEntry& entry,
   return answer(entry.name, file.finish(entry.permissions, entry.modified));
 }
 
-int ExtractionFolder::settle(Folder folder) {
-  const std::string name = std::move(folder.path.back());
-  folder.path.pop_back();
-  if (const int error = goTo(std::move(folder.path))) return error;
-  const posix::UniqueFd made(::openat(here(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!made) return errno;
-  if (::fchmod(made.get(), folder.permissions) != 0) return errno;
+int ExtractionFolder::settle(Path path, const Folder& folder) {
+  const std::string name = std::move(path.back());
+  path.pop_back();
+  if (const int error = goTo(std::move(path), Missing::Fail)) return error;
+  // Not for reading, which its permissions may forbid; what is open in this way is changed by its name in /proc.
+  const posix::UniqueFd made(::openat(here(), name.c_str(), kStepFlags));
+  struct stat attributes {};
+  if (!made || ::fstat(made.get(), &attributes) != 0) return errno;
+  if (!folder.isMade && attributes.st_uid != ::geteuid()) return 0;
+  const std::string self = "/proc/self/fd/" + std::to_string(made.get());
+  const mode_t permissions = folder.permissions.value_or(permissionsOfNewFolder(attributes));
+  if (::chmod(self.c_str(), permissions) != 0) return errno;
   if (!folder.modified) return 0;
   const timespec times[] = {*folder.modified, *folder.modified};
-  return errorOf(::futimens(made.get(), times));
+  return errorOf(::utimensat(AT_FDCWD, self.c_str(), times, 0));
+}
+
+mode_t permissionsOfNewFolder(const struct stat& attributes) {
+  // It can only be read by setting it; there is no other thread to see that.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return ((S_IRWXU | S_IRWXG | S_IRWXO) & ~mask) | (attributes.st_mode & S_ISGID);
 }
 
 }  // namespace qm::linux_

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <ctime>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -27,31 +29,41 @@ class ExtractionFolder {
 
   /// Makes one item, and the folders on the way to it. `reader` gives the contents of a file.
   platform::Status add(const ZipEntry& entry, ZipReader& reader, const std::function<bool()>& isStopped);
-  /// Gives the folders their permissions and times, which could have kept items out or been changed by them.
+  /// Gives the folders their permissions and times, which could have kept items out or been changed by them; until
+  /// then those that are made are their owner's alone. After a failure to add an item, too. Folders that were there
+  /// and are somebody else's stay as they are. Where one cannot be had, the others are; answers the first failure.
   platform::Status finish();
 
   int descriptor() const { return root_.get(); }
 
  private:
+  using Path = std::vector<std::string>;
+  enum class Missing { Make, Fail };
+
   struct Folder {
-    std::vector<std::string> path;
-    mode_t permissions;
+    bool isMade = false;
+    std::optional<mode_t> permissions;  // none are those of any new folder
     std::optional<timespec> modified;
   };
 
-  int goTo(std::vector<std::string> path);
-  int step(const std::string& name);
+  int goTo(Path path, Missing missing = Missing::Make);
+  int step(const Path& path, std::size_t index, Missing missing);
+  int make(const Path& path, std::size_t index);
   int here() const { return here_ ? here_.get() : root_.get(); }
-  int addFolder(const std::vector<std::string>& path, const ZipEntry& entry);
+  int addFolder(const Path& path, const ZipEntry& entry);
   int addLink(const std::string& name, const ZipEntry& entry);
   platform::Status addFile(const std::string& name, const ZipEntry& entry, ZipReader& reader,
                            const std::function<bool()>& isStopped);
-  int settle(Folder folder);
+  int settle(Path path, const Folder& folder);
 
   posix::UniqueFd root_;
   posix::UniqueFd here_;  // the folder of the last item; none for the root
-  std::vector<std::string> path_;
-  std::vector<Folder> folders_;
+  Path path_;
+  std::map<Path, Folder> folders_;
 };
+
+/// The permissions that the umask leaves to a new folder, and the mark for its group that it has from the one above.
+/// `attributes` are the folder's.
+mode_t permissionsOfNewFolder(const struct stat& attributes);
 
 }  // namespace qm::linux_

@@ -44,7 +44,7 @@ Status PackedTree::addFolder(int folder, const std::string& name) {
   problem_ = Status::success();
   const posix::FileError error = posix::walkTree(folder, ".", *this);
   if (!problem_) return problem_;
-  return error ? problemWith(error.item.empty() ? name : error.item, error.code) : Status::success();
+  return error ? problemWith(error.item.empty() ? name : prefix_ + error.item, error.code) : Status::success();
 }
 
 int PackedTree::entered(const posix::FolderChain& chain, const std::string& name) {

@@ -47,6 +47,8 @@ class NewArchive {
 
   int publish() {
     if (isOldFile_ && ::fchmod(file_.get(), old_.st_mode & kPermissions) != 0) return errno;
+    // Some file systems tell only here that they could not keep what was written.
+    if (::close(file_.release()) != 0 && errno != EINTR) return errno;
     const int folder = place_.folder.get();
     const int error = posix::errorOf(::renameat(folder, name_.c_str(), folder, place_.name.c_str()));
     if (error == 0) isMade_ = false;
@@ -54,6 +56,11 @@ class NewArchive {
   }
 
   int descriptor() const { return file_.get(); }
+
+  /// Whether it would take the place of this file.
+  bool replaces(const struct stat& file) const {
+    return isOldFile_ && old_.st_dev == file.st_dev && old_.st_ino == file.st_ino;
+  }
 
   int ownNames(OwnNames& own) const {
     own.names = {name_, place_.name};
@@ -105,9 +112,12 @@ Status packItem(const std::string& item, const std::string& archive, KeepParent 
   NewArchive made;
   OwnNames own;
   if (const int error = made.make(archive)) return problemWith(archive, error);
+  if (made.replaces(attributes)) return problemWith(archive, EINVAL);
   if (const int error = made.ownNames(own)) return problemWith(archive, error);
   ZipWriter writer;
-  if (Status status = writer.open(made.descriptor()); !status) return status;
+  if (Status status = writer.open(made.descriptor()); !status) {
+    return problemWith(archive, status.localizedDescription());
+  }
   PackedTree tree(writer, own, run);
   const std::string name = isFolder && keepParent == KeepParent::No ? std::string() : nameOf(item);
   if (Status status = isFolder ? tree.addFolder(source.get(), name) : tree.addFile(source.get(), name); !status) {

@@ -12,7 +12,8 @@ namespace qm::linux_ {
 /// put into it by its name; a folder with `keepParent` as the folder, otherwise its contents alone. Links below are
 /// kept as links. The archive is written beside its place under a name of its own and takes the place when it is
 /// complete, that of an older archive too, whose permissions it gets; after a failure everything is as before. An
-/// archive that lies in the folder is not put into itself.
+/// archive that lies in the folder is not put into itself, and one that would take the place of the file that goes into
+/// it is a failure.
 ///
 /// Anything that cannot be read is a failure. What holds nothing that could be kept (a FIFO, a socket, a device) or has
 /// vanished meanwhile is left out and told to `run`.

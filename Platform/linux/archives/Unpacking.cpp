@@ -24,19 +24,18 @@ namespace {
 using platform::Status;
 using posix::UniqueFd;
 
-constexpr mode_t kNewFolder = S_IRWXU | S_IRWXG | S_IRWXO;
-
 Status fill(ExtractionFolder& folder, ZipReader& reader, const ArchiveRun& run) {
   std::optional<ZipEntry> entry;
   for (;;) {
     if (Status status = reader.next(entry); !status) return status;
-    if (!entry) return folder.finish();
+    if (!entry) return Status::success();
     if (run.isStopped()) return problemWith(entry->name, EINTR);
     if (Status status = folder.add(*entry, reader, run.isStopped); !status) return status;
   }
 }
 
-/// A folder under a name of its own, which is removed with all that is in it unless it gets its final name.
+/// A folder under a name of its own and its owner's alone, which is removed with all that is in it unless it gets its
+/// final name.
 class NewFolder {
  public:
   explicit NewFolder(const posix::Place& place) : place_(place) {}
@@ -47,13 +46,16 @@ class NewFolder {
   }
 
   int make(UniqueFd& folder) {
-    if (::mkdirat(place_.folder.get(), name_.c_str(), kNewFolder) != 0) return errno;
+    if (::mkdirat(place_.folder.get(), name_.c_str(), S_IRWXU) != 0) return errno;
     isMade_ = true;
-    folder.reset(::openat(place_.folder.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    folder.reset(::openat(place_.folder.get(), name_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     return posix::errorOf(folder.get());
   }
 
-  int publish() {
+  int publish(int folder) {
+    struct stat attributes {};
+    if (::fstat(folder, &attributes) != 0) return errno;
+    if (::fchmod(folder, permissionsOfNewFolder(attributes)) != 0) return errno;
     const int error = posix::renameWithoutReplacing({place_.folder.get(), name_}, {place_.folder.get(), place_.name});
     if (error == 0) isMade_ = false;
     return error;
@@ -81,7 +83,8 @@ Status fillNewFolder(const std::string& path, ZipReader& reader, const ArchiveRu
   if (const int error = made.make(folder)) return problemWith(path, error);
   ExtractionFolder extraction(std::move(folder));
   if (Status status = fill(extraction, reader, run); !status) return status;
-  const int error = made.publish();
+  if (Status status = extraction.finish(); !status) return status;
+  const int error = made.publish(extraction.descriptor());
   return error == 0 ? Status::success() : problemWith(path, error);
 }
 
@@ -95,7 +98,9 @@ Status unpackArchive(const std::string& archive, const std::string& folder, cons
   if (!existing && errno == ENOENT) return fillNewFolder(folder, reader, run);
   if (!existing) return problemWith(folder, errno);
   ExtractionFolder extraction(std::move(existing));
-  return fill(extraction, reader, run);
+  Status filled = fill(extraction, reader, run);
+  Status settled = extraction.finish();
+  return filled ? settled : filled;
 }
 
 }  // namespace qm::linux_

@@ -72,6 +72,8 @@ class FileWindow {
 struct Directory {
   std::uint64_t offset = 0;
   std::uint64_t shift = 0;
+  std::uint64_t items = 0;  // as its end tells
+  std::uint64_t mask = 0;   // of the bits that are told
 };
 
 std::optional<std::uint64_t> endRecordOf(FileWindow& file) {
@@ -88,7 +90,7 @@ std::optional<Directory> directory64(FileWindow& file, std::uint64_t endRecord) 
   if (!locator || !locator->starts_with("PK\6\7")) return std::nullopt;
   const auto record = file.at(numberAt(*locator, 8, 8), kEndRecord64);
   if (!record || !record->starts_with("PK\6\6")) return std::nullopt;
-  return Directory{numberAt(*record, 48, 8), 0};
+  return Directory{numberAt(*record, 48, 8), 0, numberAt(*record, 32, 8), ~std::uint64_t{0}};
 }
 
 std::optional<Directory> directoryBefore(FileWindow& file, std::uint64_t endRecord) {
@@ -97,7 +99,7 @@ std::optional<Directory> directoryBefore(FileWindow& file, std::uint64_t endReco
   const std::uint64_t size = numberAt(record, 12, 4);
   const std::uint64_t offset = numberAt(record, 16, 4);
   if (size > endRecord) return std::nullopt;
-  return Directory{endRecord - size, endRecord - size - offset};
+  return Directory{endRecord - size, endRecord - size - offset, numberAt(record, 10, 2), 0xFFFF};
 }
 
 /// Where an item is by its large-file field, which holds only those of the four numbers that are too large.
@@ -138,17 +140,29 @@ std::uint64_t takeItem(FileWindow& file, std::uint64_t position, std::uint64_t s
   return kDirectoryHeader + nameLength + extraLength + numberAt(header, 32, 2);
 }
 
+/// Whether the record tells of no item, on this disk or any, and of no directory.
+bool isOfNothing(std::string_view endRecord) {
+  return numberAt(endRecord, 8, 2) == 0 && numberAt(endRecord, 10, 2) == 0 && numberAt(endRecord, 12, 4) == 0;
+}
+
+void takeDirectory(FileWindow& file, const Directory& directory, ZipNames& names) {
+  std::uint64_t position = directory.offset;
+  while (const std::uint64_t length = takeItem(file, position, directory.shift, names)) {
+    position += length;
+    ++names.items;
+  }
+  names.areAll = (names.items & directory.mask) == directory.items;
+}
+
 }  // namespace
 
 ZipNames readZipNames(int archive) {
   ZipNames names;
   FileWindow file(archive);
   const auto endRecord = endRecordOf(file);
-  names.areNone = endRecord == 0U;
-  if (const auto directory = endRecord ? directoryBefore(file, *endRecord) : std::nullopt) {
-    std::uint64_t position = directory->offset;
-    while (const std::uint64_t length = takeItem(file, position, directory->shift, names)) position += length;
-  }
+  if (!endRecord) return names;
+  names.areNone = *endRecord == 0 && isOfNothing(*file.at(0, kEndRecord));
+  if (const auto directory = directoryBefore(file, *endRecord)) takeDirectory(file, *directory, names);
   std::sort(names.utf8Marks.begin(), names.utf8Marks.end());
   return names;
 }

@@ -9,10 +9,13 @@ namespace qm::linux_ {
 struct ZipNames {
   /// Where the bytes are that hold the mark "this name is UTF-8", in ascending order.
   std::vector<std::uint64_t> utf8Marks;
-  /// A name has a NUL byte, so that whoever reads it up to there takes it for another one.
+  /// A name in the directory has a NUL byte, so that whoever reads it up to there takes it for another one.
   bool holdNul = false;
-  /// There is the end of an archive and nothing before it.
+  /// There is the end of an archive that tells of nothing before it, and nothing is.
   bool areNone = false;
+  /// How many items the directory has, and whether its end tells of as many.
+  std::uint64_t items = 0;
+  bool areAll = false;
 };
 
 /// The bit in such a byte.

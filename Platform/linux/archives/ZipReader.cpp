@@ -20,6 +20,7 @@ namespace {
 using platform::Status;
 
 constexpr std::size_t kBlock = 262144;
+constexpr const char* kPartMissing = "A part of it is missing";
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 ZipEntry::Kind kindOf(archive_entry* entry) {
@@ -119,8 +120,8 @@ Status ZipReader::open(const std::string& path) {
   ::archive_read_support_format_zip_seekable(reader);
   ::archive_read_set_seek_callback(reader, &Source::seek);
   const int opened = ::archive_read_open2(reader, source_.get(), nullptr, &Source::read, &Source::skip, nullptr);
-  return opened == ARCHIVE_OK ? Status::success()
-                              : problemWith(path, "It is no zip archive, or a part of it is missing");
+  if (opened != ARCHIVE_OK) return problemWith(path, "It is no zip archive, or a part of it is missing");
+  return source_->names.areAll ? Status::success() : problemWith(path, kPartMissing);
 }
 
 Status ZipReader::next(std::optional<ZipEntry>& entry) {
@@ -129,8 +130,12 @@ Status ZipReader::next(std::optional<ZipEntry>& entry) {
   if (source_->names.areNone) return Status::success();  // the library takes that for no archive
   archive_entry* found = nullptr;
   const int result = ::archive_read_next_header(archive_.get(), &found);
-  if (result == ARCHIVE_EOF) return Status::success();
+  if (result == ARCHIVE_EOF) {
+    // The library ends at what it takes for no item, and has one of two that lie in the same place.
+    return itemsRead_ == source_->names.items ? Status::success() : problemWith(path_, kPartMissing);
+  }
   if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return failure(path_);
+  ++itemsRead_;
   current_ = described(found);
   entry = current_;
   return Status::success();

@@ -29,7 +29,9 @@ struct ZipEntry {
 };
 
 /// Reads a zip archive by its directory, item after item, with no more in memory than that directory and one block.
-/// Names come byte for byte as they were written. One thread at a time.
+/// Names come byte for byte as they were written, but for those from a field that holds them in UTF-8; names and
+/// targets of links end at a zero byte, with which no archive is opened that has one in its directory. One thread at a
+/// time.
 class ZipReader {
  public:
   ZipReader();
@@ -39,7 +41,7 @@ class ZipReader {
 
   /// Opens a regular file. Links to it are followed. Once only.
   platform::Status open(const std::string& path);
-  /// The next item; nil after the last.
+  /// The next item; nil after the last, which is reached only when as many came as the archive tells of.
   platform::Status next(std::optional<ZipEntry>& entry);
   /// The next piece of the item's contents, until the next call; "" at the end, which is reached only when length and
   /// checksum are right.
@@ -57,6 +59,7 @@ class ZipReader {
   std::string path_;
   ZipEntry current_;
   std::uint64_t read_ = 0;
+  std::uint64_t itemsRead_ = 0;
 };
 
 }  // namespace qm::linux_

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <system_error>
 
 #include "Platform/linux/archives/ArchiveProblem.h"
 
@@ -76,8 +77,11 @@ Status ZipWriter::finish() { return answer("", ::archive_write_close(archive_.ge
 
 Status ZipWriter::answer(const std::string& name, int result) const {
   if (result == ARCHIVE_OK) return Status::success();
-  const char* why = ::archive_error_string(archive_.get());
-  return problemWith(name, shownName(why == nullptr ? "It cannot be written" : why));
+  const int error = ::archive_errno(archive_.get());
+  const char* text = ::archive_error_string(archive_.get());
+  const std::string why =
+      error > 0 ? std::system_category().message(error) : shownName(text == nullptr ? "It cannot be written" : text);
+  return name.empty() ? Status::failed(std::max(error, 0), why) : problemWith(name, why);
 }
 
 }  // namespace qm::linux_
