@@ -266,7 +266,6 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
     });
     ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
     ASSERT_GE(moments.size(), 4U) << "of some seven seconds";
-    for (std::size_t i = 1; i < moments.size(); ++i) EXPECT_GE(moments[i] - moments[i - 1], 9) << "of 100 ms";
     const auto report = [&](std::size_t i) {
       return copy.reports().at(copy.reports().size() - 1 - moments.size() + i);
     };
@@ -281,8 +280,9 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
       EXPECT_EQ(status(i).at(platform::kFSOperationUserVisibleObjectsCompleteKey), objects);
     }
     for (std::size_t i = 1; i < moments.size(); ++i) {
-      EXPECT_GT(status(i).at(platform::kFSOperationObjectsCompleteKey),
-                status(i - 1).at(platform::kFSOperationObjectsCompleteKey));
+      // A file takes two steps of 100 ms.
+      EXPECT_GE(status(i).at(platform::kFSOperationObjectsCompleteKey),
+                status(i - 1).at(platform::kFSOperationObjectsCompleteKey) + 5);
       EXPECT_GT(status(i).at(platform::kFSOperationThroughputKey), 0U);
       EXPECT_LT(status(i).at(platform::kFSOperationThroughputKey), 100U) << "bytes a second";
     }
