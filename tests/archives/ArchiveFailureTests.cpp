@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
+#include <utility>
 
 #include "tests/archives/ArchiveTest.h"
 #include "tests/support/PrivateMachine.h"
@@ -69,6 +70,20 @@ TEST_F(ArchiveFailure, OfMakingAnArchiveLeavesTheOldOne) {
   EXPECT_EQ(packing(SYS_write, ENOSPC), path("old.zip") + ": No space left on device");
   EXPECT_EQ(packing(SYS_close), path("old.zip") + ": " + kBroken);
   EXPECT_EQ(packing(SYS_getdents64), "item: " + kBroken);
+}
+
+TEST_F(ArchiveFailure, OfReadingAFolderBelowTellsItsWholeName) {
+  makeFile("item/folder/a/file");
+  makeFile("item/folder/b/file");
+  ASSERT_EQ(::unlink(path("item/folder/file").c_str()) + ::unlink(path("item/link").c_str()), 0);
+  bool isFirst = true;
+  isStopped = [&] {
+    if (std::exchange(isFirst, false)) failSystemCall(SYS_getdents64, EIO);
+    return false;
+  };
+  // Whichever of the two is the second.
+  const std::string problem = packing(SYS_fstatfs);
+  EXPECT_TRUE(problem == "item/folder/a: " + kBroken || problem == "item/folder/b: " + kBroken) << problem;
 }
 
 TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {

@@ -64,11 +64,12 @@ ProgramRun runProgram(const std::vector<std::string>& command) {
   return run;
 }
 
-ProgramRun runAndEnd(const std::vector<std::string>& command, const std::string& folder) {
+ProgramRun runAndEnd(const std::vector<std::string>& command, const std::string& folder, const std::string& signal) {
   constexpr const char* script =
-      "folder=$1; shift; \"$@\" & until [ -n \"$(find \"$folder\" -name '.incomplete-*')\" ]; do :; done; kill $!; "
+      "folder=$1; signal=$2; shift 2; \"$@\" & "
+      "while kill -0 $! && [ -z \"$(find \"$folder\" -name '.incomplete-*')\" ]; do :; done; kill -$signal $!; "
       "wait $!";
-  std::vector<std::string> all = {"sh", "-c", script, "sh", folder};
+  std::vector<std::string> all = {"sh", "-c", script, "sh", folder, signal};
   all.insert(all.end(), command.begin(), command.end());
   return runProgram(all);
 }

@@ -23,8 +23,10 @@ struct ProgramRun {
 /// Runs a program, found on the search path, to its end.
 ProgramRun runProgram(const std::vector<std::string>& command);
 
-/// The same for one that is asked to end as soon as there is something unfinished of its making in `folder`.
-ProgramRun runAndEnd(const std::vector<std::string>& command, const std::string& folder);
+/// The same for one that is asked to end by a signal as soon as there is something unfinished of its making in
+/// `folder`.
+ProgramRun runAndEnd(const std::vector<std::string>& command, const std::string& folder,
+                     const std::string& signal = "TERM");
 
 /// The zip tool of this build.
 std::string zipTool();

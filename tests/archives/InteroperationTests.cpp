@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -102,6 +103,16 @@ TEST_F(OtherPrograms, SeeAFileOfMoreThanFourGigabytes) {
 }
 
 TEST_F(OtherPrograms, WriteWithZipWhatIsUnpacked) {
+  const Snapshot before = makeItem();
+  for (const std::string locale : {"C", "C.UTF-8"}) {
+    expectSuccess({"env", "-C", path("item"), "LC_ALL=" + locale, "zip", "-qry", path("a.zip"), "."});
+    expectToUnpack(path("a.zip"), before);
+    std::filesystem::remove_all(path("new"));
+    ASSERT_EQ(::unlink(path("a.zip").c_str()), 0);
+  }
+}
+
+TEST_F(OtherPrograms, WriteWithBsdtarWhatIsUnpacked) {
   const Snapshot before = makeItem();
   expectSuccess({"env", "-C", path("item"), "LC_ALL=C.UTF-8", "bsdtar", "--format", "zip", "-cf", path("a.zip"),
                  "program", "empty", "folder", "link", "\xC3\xA4 \xE6\x97\xA5"});

@@ -327,9 +327,19 @@ TEST_F(MakeArchive, EndsAtASignalAndLeavesNothing) {
   const int file = ::open(path("item/large").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
   ASSERT_EQ(::ftruncate(file, off_t{1} << 40), 0);
   ::close(file);
-  const ProgramRun run = runAndEnd({zipTool(), "-ck", "--keepParent", path("item"), path("a.zip")}, path(""));
+  for (const std::string signal : {"TERM", "HUP", "INT"}) {
+    const ProgramRun run = runAndEnd({zipTool(), "-ck", "--keepParent", path("item"), path("a.zip")}, path(""), signal);
+    EXPECT_EQ(run.status, 1) << signal;
+    EXPECT_EQ(run.output, "tessaly-ditto: item/large: Interrupted system call\n") << signal;
+    EXPECT_EQ(namesIn(path("")).size(), 2U) << signal;
+  }
+}
+
+TEST_F(MakeArchive, TakesALimitOfFileSizesForAFailure) {
+  makeFile("item", std::string(1000, 'x'));
+  const ProgramRun run = runProgram({"prlimit", "--fsize=100", zipTool(), "-ck", path("item"), path("a.zip")});
   EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.output, "tessaly-ditto: item/large: Interrupted system call\n");
+  EXPECT_EQ(run.output, "tessaly-ditto: " + path("a.zip") + ": File too large\n");
   EXPECT_EQ(namesIn(path("")).size(), 2U);
 }
 

@@ -44,7 +44,10 @@ Status PackedTree::addFolder(int folder, const std::string& name) {
   problem_ = Status::success();
   const posix::FileError error = posix::walkTree(folder, ".", *this);
   if (!problem_) return problem_;
-  return error ? problemWith(error.item.empty() ? name : prefix_ + error.item, error.code) : Status::success();
+  if (!error) return Status::success();
+  // Only folders that the walk is in already fail without having been told of.
+  if (!prefix_.empty()) return problemWith(prefix_.substr(0, prefix_.size() - 1), error.code);
+  return problemWith(name.empty() ? "." : name, error.code);
 }
 
 int PackedTree::entered(const posix::FolderChain& chain, const std::string& name) {
