@@ -222,7 +222,9 @@ TEST(CopyingAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfTheCopy) {
     const std::string from = openFolder("from");
     makeFolders(from + "/tree");
     makeFile(from + "/tree/private", "text");
-    for (const auto& [owner, mode] : {std::pair(1001U, 0700U), std::pair(0U, 0755U), std::pair(0U, 0710U)}) {
+    for (const auto& bait : {std::pair(1001U, 0700U), std::pair(0U, 0755U), std::pair(0U, 0710U)}) {
+      const unsigned owner = bait.first;
+      const unsigned mode = bait.second;
       const std::string to = openFolder(std::to_string(owner) + "-" + std::to_string(mode));
       makeFolders(to + "/bait", mode);
       makeFile(to + "/bait/theirs");
@@ -232,10 +234,10 @@ TEST(CopyingAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfTheCopy) {
         posix::CopyObserver nobody;
         EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", nobody).code, ESTALE) << mode;
       });
-      const std::string bait = onlyItemIn(to);
-      EXPECT_EQ(attributesOf(bait).st_uid, owner);
-      EXPECT_EQ(modeOf(bait), mode);
-      EXPECT_EQ(onlyItemIn(bait), bait + "/theirs");
+      const std::string left = onlyItemIn(to);
+      EXPECT_EQ(attributesOf(left).st_uid, owner);
+      EXPECT_EQ(modeOf(left), mode);
+      EXPECT_EQ(onlyItemIn(left), left + "/theirs");
     }
   });
 }
