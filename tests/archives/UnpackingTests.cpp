@@ -108,13 +108,13 @@ TEST_F(Unpack, FillsFoldersThatShutTheirOwnerOut) {
 }
 
 TEST_F(Unpack, FillsAVolumeThatTellsNoSize) {
-  const std::string archive = archiveOf({{"file", "text"}});
+  const std::string archive = archiveOf({{"file", std::string(100'000, 'x')}});
   runInPrivateMachine([&] {
     const std::string volume = machineFolder() + "/volume";
     mountTmpfs(volume, "size=0");
     const auto status = unpack(archive, volume + "/new");
     EXPECT_TRUE(status) << status.localizedDescription();
-    EXPECT_EQ(contentsOf(volume + "/new/file"), "text");
+    EXPECT_EQ(contentsOf(volume + "/new/file"), std::string(100'000, 'x'));
   });
 }
 
