@@ -10,9 +10,10 @@ namespace {
 
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
-constexpr std::size_t kMostObjects = 20000;     // unfolded, of a binary list
-constexpr std::size_t kMostContainers = 10000;  // of a text
-constexpr std::size_t kDeepest = 256;           // of a binary list
+constexpr std::size_t kMostObjects = 20000;                            // unfolded, of a binary list
+constexpr std::size_t kMostContainers = 10000;                         // of a text
+constexpr std::size_t kDeepest = 256;                                  // of a binary list
+constexpr std::uint64_t kMostUnfoldedBytes = std::uint64_t{4} << 20U;  // of data and text, of a binary list
 
 using Offset = std::uint64_t;
 
@@ -43,6 +44,10 @@ class BinaryWalker {
     return extent.begin <= end_ && extent.count <= (end_ - extent.begin) / size;
   }
   bool visit(std::uint64_t object, std::size_t depth);
+  // The library copies data and text for every reference to them.
+  bool unfold(const Extent& extent, std::uint64_t size) {
+    return fits(extent, size) && (unfoldedBytes_ += extent.count * size) <= kMostUnfoldedBytes;
+  }
   bool visitChildren(const Extent& extent, std::uint64_t references, std::size_t depth);
   std::optional<Offset> offsetOf(std::uint64_t object) const;
   bool isKey(std::uint64_t object) const;
@@ -56,6 +61,7 @@ class BinaryWalker {
   std::uint64_t topObject_ = 0;
   Offset table_ = 0;
   std::size_t visited_ = 0;
+  std::uint64_t unfoldedBytes_ = 0;
 };
 
 bool BinaryWalker::readTrailer() {
@@ -114,7 +120,7 @@ bool BinaryWalker::hasKeys(const Extent& extent) const {
   return true;
 }
 
-// Bounded by kDeepest in depth and by kMostObjects in number.
+// Bounded by kDeepest in depth, by kMostObjects in number and by kMostUnfoldedBytes in size.
 bool BinaryWalker::visit(std::uint64_t object, std::size_t depth) {
   if (object >= objectCount_ || depth > kDeepest || ++visited_ > kMostObjects) return false;
   const auto offset = offsetOf(object);
@@ -139,9 +145,9 @@ bool BinaryWalker::visit(std::uint64_t object, std::size_t depth) {
   switch (marker >> 4U) {
     case 0x4:  // data
     case 0x5:  // 7-bit text
-      return fits(*extent, 1);
+      return unfold(*extent, 1);
     case 0x6:  // 16-bit text
-      return fits(*extent, 2);
+      return unfold(*extent, 2);
     case 0xa:  // array
       return visitChildren(*extent, 1, depth);
     case 0xd:  // dictionary: its keys, then its values

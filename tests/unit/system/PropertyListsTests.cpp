@@ -186,6 +186,33 @@ TEST_F(PropertyLists, RefuseABinaryThatUnfoldsWithoutEnd) {
   EXPECT_EQ(parse(binary(objects)), std::nullopt);
 }
 
+TEST_F(PropertyLists, RefuseABinaryWhoseSharedTextUnfoldsToTooMuch) {
+  for (const std::string marker : {"\x4f", "\x5f", "\x6f"}) {
+    const std::size_t units = marker == "\x6f" ? 450000 : 900000;
+    const std::string text = marker + "\x12" + bigEndian(units, 4) + std::string(900000, 'x');
+    const auto sharing = [&](std::size_t times) {
+      std::string array = "\xaf\x11" + bigEndian(times, 2);
+      for (std::size_t i = 0; i < times; ++i) array += reference(3);
+      return binary({binaryDict(1, 2), "\x51k", array, text});
+    };
+    EXPECT_NE(parse(sharing(2)), std::nullopt);
+    EXPECT_EQ(parse(sharing(5)), std::nullopt);
+  }
+}
+
+TEST_F(PropertyLists, RefuseABinaryWhoseSharedKeyUnfoldsToTooMuch) {
+  const std::string key = "\x5f\x12" + bigEndian(900000, 4) + std::string(900000, 'x');
+  const auto sharing = [&](std::size_t times) {
+    std::string dictionary = "\xdf\x11" + bigEndian(times, 2);
+    for (const std::size_t object : {std::size_t{1}, std::size_t{2}}) {
+      for (std::size_t i = 0; i < times; ++i) dictionary += reference(object);
+    }
+    return binary({dictionary, key, "\x09"});
+  };
+  EXPECT_NE(parse(sharing(1)), std::nullopt);
+  EXPECT_EQ(parse(sharing(5)), std::nullopt);
+}
+
 TEST_F(PropertyLists, RefuseABinaryThatIsNestedTooDeeply) {
   std::vector<std::string> objects{binaryDict(1, 2), "\x51k"};
   for (std::size_t i = 2; i < 30000; ++i) objects.push_back("\xa1" + reference(i + 1));
