@@ -89,6 +89,7 @@ void checkArguments(const std::string& formatString, const std::vector<FormatArg
 template <class Number>
 std::string printed(const std::string& directive, Number number) {
   std::array<char, 8192> text{};
+  // NOLINTNEXTLINE(clang-diagnostic-format-nonliteral): the directive is what is compared.
   const int length = std::snprintf(text.data(), text.size(), directive.c_str(), number);
   require(length >= 0 && static_cast<std::size_t>(length) < text.size());
   return {text.data(), static_cast<std::size_t>(length)};

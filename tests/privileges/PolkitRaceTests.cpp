@@ -70,7 +70,7 @@ TEST_P(AdministratorRights, AreLedNowhereElseByAFolderThatIsSwappedForALink) {
   makePrecious();
   const std::string before = listing(kPrecious);
   ASSERT_NE(before, "");
-  asAccount(GetParam(), [this] {
+  asAccount(GetParam(), [] {
     const std::string home = std::string("/home/") + GetParam().name;
     fs::create_directory(home + "/folder");
     fs::create_symlink(kPrecious, home + "/link");

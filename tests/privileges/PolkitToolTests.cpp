@@ -101,7 +101,7 @@ TEST_P(AdministratorRights, GiveToolsACleanStart) {
 TEST_P(AdministratorRights, MoveToTheTrashWhatThePersonCanThenSeeRestoreAndDelete) {
   std::filesystem::create_directories("/Applications/Tessaly.app/Contents");
   std::ofstream("/Applications/Tessaly.app/Contents/Info.plist") << "contents";
-  asAccount(GetParam(), [this] {
+  asAccount(GetParam(), [] {
     namespace fs = std::filesystem;
     const std::string home = std::string("/home/") + GetParam().name;
     fs::create_directories(home + "/.local/share/Trash/files");

@@ -34,9 +34,11 @@ bool waitUntilReady(sd_bus* bus, steady_clock::time_point end) {
     const int worked = ::sd_bus_process(bus, nullptr);
     if (worked < 0) return false;
     if (::sd_bus_is_ready(bus) > 0) return true;
-    if (worked > 0) continue;
     const std::uint64_t left = microsecondsUntil(end);
-    if (left == 0 || ::sd_bus_wait(bus, left) < 0) return false;
+    if (left == 0) return false;
+    if (worked > 0) continue;
+    const int waited = ::sd_bus_wait(bus, left);
+    if (waited < 0 && waited != -EINTR) return false;
   }
 }
 

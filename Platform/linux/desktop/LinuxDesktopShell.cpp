@@ -22,6 +22,8 @@ namespace {
 using platform::OSStatus;
 
 constexpr const char* kUpdateTool = "/usr/bin/update-desktop-database";
+constexpr const char* kLimitTool = "/usr/bin/timeout";
+constexpr const char* kUpdateSeconds = "5";
 constexpr const char* kAsUserTool = "/usr/bin/setpriv";
 constexpr std::size_t kLargestEntry = std::size_t{1024} * 1024;
 
@@ -108,9 +110,10 @@ std::string LinuxDesktopShell::busAddressOf(const TrashUser& person) const {
 }
 
 /// Which application opens what is kept apart from the entries. Without the tool, or when it fails, the menu
-/// shows the application all the same.
+/// shows the application all the same. The tool opens whatever is named like an entry and would wait for ever at a
+/// pipe that nobody writes to.
 void LinuxDesktopShell::updateDatabase(const std::string& folder, const TrashUser& person) {
-  std::vector<std::string> command = {kUpdateTool, "-q", folder};
+  std::vector<std::string> command = {kLimitTool, "--signal=KILL", kUpdateSeconds, kUpdateTool, "-q", folder};
   if (person.forAnother) {
     // The tool writes where that person may have planted anything.
     const FileSystemIdentity& user = person.identity;

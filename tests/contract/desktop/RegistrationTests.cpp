@@ -277,6 +277,17 @@ TEST(Registration, GoesWhereTheEnvironmentKeepsThePersonsData) {
   });
 }
 
+TEST(Registration, EndsAlthoughTheDatabasesToolWaitsAtAPipe) {
+  asPerson([](const std::string& home) {
+    const Menu menu(home);
+    fs::create_directories(menu.folder());
+    ASSERT_EQ(::mkfifo((menu.folder() + "/pipe.desktop").c_str(), 0600), 0);
+    makeBundle(home + "/Tessaly.app", usualKeys() + kDocuments);
+    EXPECT_EQ(menu.add(home + "/Tessaly.app"), platform::noErr);
+    EXPECT_THAT(menu.entry(), HasSubstr("\nName=Tessaly\n"));
+  });
+}
+
 TEST(Registration, DoesWithoutTheToolThatKeepsTheDatabase) {
   runInPrivateMachine([] {
     mountTmpfs(machineFolder() + "/bin");

@@ -14,7 +14,6 @@
 namespace qm::testing {
 namespace {
 
-using platform::FileOperationReport;
 using platform::FileOperationStage;
 using platform::FileOperationStatusDictionary;
 using ::testing::Contains;

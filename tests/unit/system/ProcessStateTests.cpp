@@ -83,7 +83,7 @@ TEST(InheritedState, LeavesTheSessionBusThatIsThere) {
 
     char folder[] = "/tmp/runtime-XXXXXX";
     ASSERT_NE(::mkdtemp(folder), nullptr);
-    std::ofstream(std::string(folder) + "/bus");
+    std::ofstream(std::string(folder) + "/bus") << "a socket, by the look of it";
     ::unsetenv(kBusAddress);
     ::setenv("XDG_RUNTIME_DIR", folder, 1);
     linux_::settleInheritedState();
