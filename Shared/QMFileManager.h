@@ -185,9 +185,9 @@ class QMFileManager {
   static void notifyFileSystemChanged(const std::string& path);
 
   /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder by the system's zip
-  /// tool, and waits for it. Absolute paths, as in `decompressFile`. What is at the destination goes to the Trash first; where that fails it stays, nothing
-  /// else is tried, and the tool replaces it. Answers whether the archive is there afterwards, which an old one is as
-  /// well. Nothing is reported.
+  /// tool, and waits for it. Absolute paths, as in `decompressFile`. What is at the destination goes to the Trash
+  /// first; where that fails it stays, nothing else is tried, and the tool replaces it. Answers whether the archive is
+  /// there afterwards, which an old one is as well. Nothing is reported.
   static bool compressFile(const std::string& item, const std::string& destinationFile, IncludeParent includeParent);
   /// `compressFile:toDestinationFile:`. With the folder.
   static bool compressFile(const std::string& item, const std::string& destinationFile);
