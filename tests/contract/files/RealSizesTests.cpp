@@ -112,8 +112,8 @@ TEST(SizesOnDisk, AreThoseOfTheWalkByPaths) {
   inTree([](const std::string& home) {
     const std::uint64_t size = QMFileManager::fileSize(home + "/a");
     EXPECT_GT(size, 1000U * 30) << "the link back is followed again and again";
-    // A path that the kernel has to follow anew now and then counts its links twice, so that the last rounds of
-    // the link back are not always the same.
+    // The kernel ends a path at its fortieth link, and once in many runs before, so that the last rounds of the
+    // link back are not always the same.
     EXPECT_NEAR(static_cast<double>(size), static_cast<double>(sizeByPaths(home + "/a")),
                 0.05 * static_cast<double>(size));
     for (const std::string name :
