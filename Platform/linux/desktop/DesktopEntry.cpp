@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <set>
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Strings.h"
@@ -107,15 +108,22 @@ bool isMediaType(std::string_view type) {
 
 /// Each followed by a semicolon, none twice.
 std::string mediaTypeList(const std::vector<std::string>& types) {
-  std::vector<std::string> kept;
-  for (const auto& type : types) {
-    std::string lower = foundation::lowercaseString(type);
-    if (isMediaType(lower) && std::find(kept.begin(), kept.end(), lower) == kept.end())
-      kept.push_back(std::move(lower));
-  }
+  std::set<std::string> known;
   std::string list;
-  for (const auto& type : kept) list += type + ";";
+  for (const auto& type : types) {
+    const std::string lower = foundation::lowercaseString(type);
+    if (isMediaType(lower) && known.insert(lower).second) list += lower + ";";
+  }
   return list;
+}
+
+/// The first of what the application, its folder and its program are called that shows anything.
+std::string shownName(const DesktopEntry& entry) {
+  for (const std::string& name :
+       {entry.name, foundation::lastPathComponent(entry.bundle), foundation::lastPathComponent(entry.executable)}) {
+    if (std::string shown = displayed(name); !shown.empty()) return shown;
+  }
+  return {};
 }
 
 std::string line(std::string_view key, const std::string& text) { return std::string(key) + "=" + text + "\n"; }
@@ -139,9 +147,10 @@ std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
   if (!isExpressible(entry.executable) || !isExpressible(entry.bundle)) return std::nullopt;
   if (entry.executable.find('=') != std::string::npos) return std::nullopt;
   const std::string types = mediaTypeList(entry.mediaTypes);
-  const std::string name = displayed(entry.name);
+  const std::string name = shownName(entry);
+  if (name.empty()) return std::nullopt;
   std::string text = "[Desktop Entry]\nType=Application\nVersion=1.0\n";
-  text += line("Name", value(name.empty() ? displayed(foundation::lastPathComponent(entry.bundle)) : name));
+  text += line("Name", value(name));
   text += line("Exec", value(command(entry.executable)) + (types.empty() ? "" : " %F"));
   // Without its executable an application is not shown any more.
   text += line("TryExec", value(entry.executable));

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -113,6 +114,23 @@ TEST(DesktopEntryText, HasNamesOnOneLine) {
     EXPECT_THAT(textOf(entry), HasSubstr("\nName=" + shown + "\n"));
     expectValid(entry);
   }
+}
+
+TEST(DesktopEntryText, IsCalledByItsProgramWhenNothingElseShowsAnything) {
+  DesktopEntry entry = plainEntry();
+  entry.name = "\n";
+  entry.bundle = "/x/ ";
+  entry.executable = "/x/ /Contents/MacOS/Program";
+  EXPECT_THAT(textOf(entry), HasSubstr("\nName=Program\n"));
+  entry.executable = "/x/ /Contents/MacOS/ ";
+  EXPECT_EQ(desktopEntryText(entry), std::nullopt);
+}
+
+TEST(DesktopEntryText, NamesThousandsOfMediaTypesOnceEachAndAtOnce) {
+  DesktopEntry entry = plainEntry();
+  for (int i = 0; i < 40'000; ++i) entry.mediaTypes.push_back("text/x-" + std::to_string(i % 20'000));
+  const std::string text = textOf(entry);
+  EXPECT_EQ(std::count(text.begin(), text.end(), ';'), 20'000);
 }
 
 TEST(DesktopEntryText, IsNotMadeOfPathsThatTheRulesCannotExpress) {
