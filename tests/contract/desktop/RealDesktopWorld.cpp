@@ -49,7 +49,8 @@ class RealDesktopWorld : public DesktopWorld {
     std::vector<std::string> paths;
     if (!listener_) return paths;
     for (const Notice& notice : listener_->received()) {
-      if (notice.member == "FilesChanged") paths.push_back(notice.urls.at(0).substr(std::string("file://").size()));
+      if (notice.signal.starts_with("FilesChanged("))
+        paths.push_back(notice.urls.at(0).substr(std::string("file://").size()));
     }
     return paths;
   }

@@ -30,7 +30,7 @@ SessionBus::~SessionBus() {
 }
 
 void PrintTo(const Notice& notice, std::ostream* stream) {
-  *stream << notice.member;
+  *stream << notice.signal;
   for (const auto& url : notice.urls) *stream << " " << url;
 }
 
@@ -46,7 +46,9 @@ FileManagerStandIn::FileManagerStandIn(const std::string& address) {
 }
 
 int FileManagerStandIn::take(sd_bus_message* message, void* self, sd_bus_error*) {
-  Notice notice{::sd_bus_message_get_member(message), {}};
+  Notice notice{std::string(::sd_bus_message_get_member(message)) + "(" + ::sd_bus_message_get_signature(message, 1) +
+                    ") of " + ::sd_bus_message_get_path(message),
+                {}};
   const bool isList = ::sd_bus_message_has_signature(message, "as") > 0;
   if (isList) ::sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "s");
   for (const char* url = nullptr; ::sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &url) > 0;) {

@@ -31,7 +31,7 @@ class SessionBus {
 
 /// One signal of "org.kde.KDirNotify".
 struct Notice {
-  std::string member;
+  std::string signal;  ///< as in "FilesAdded(s) of /": a file manager takes no other form
   std::vector<std::string> urls;
 
   bool operator==(const Notice&) const = default;

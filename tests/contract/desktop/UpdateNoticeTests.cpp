@@ -68,7 +68,8 @@ TEST(UpdateNotice, HasAShownFolderReadAgain) {
     FileManagerStandIn fileManager(bus.address());
     EXPECT_EQ(Desktop(home).notify(home), platform::noErr);
     const std::string url = "file://" + home;
-    EXPECT_THAT(fileManager.waitFor(2), ElementsAre(Notice{"FilesChanged", {url}}, Notice{"FilesAdded", {url}}));
+    EXPECT_THAT(fileManager.waitFor(2),
+                ElementsAre(Notice{"FilesChanged(as) of /", {url}}, Notice{"FilesAdded(s) of /", {url}}));
   });
 }
 
@@ -81,7 +82,7 @@ TEST(UpdateNotice, HasAFileLookedAtAgain) {
     writeText(file, "");
     EXPECT_EQ(Desktop(home).notify(file), platform::noErr);
     EXPECT_THAT(fileManager.waitFor(1),
-                ElementsAre(Notice{"FilesChanged", {"file://" + home + "/%C3%BC%20%2520%0A%FF%3F%23"}}));
+                ElementsAre(Notice{"FilesChanged(as) of /", {"file://" + home + "/%C3%BC%20%2520%0A%FF%3F%23"}}));
     EXPECT_EQ(fileManager.received().size(), 1U);
   });
 }
