@@ -67,6 +67,21 @@ TEST_F(ItemInTheTrash, IsDescribedAsThePersonsOwn) {
   });
 }
 
+TEST_F(ItemInTheTrash, IsNeverPutIntoAnotherOfItsName) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    makeBundle(applications() + "/Tessaly.app");
+    trashItem("Tessaly.app");
+    EXPECT_EQ(namesIn(trash() + "/files"), (std::vector<std::string>{"Tessaly.app", "Tessaly.app 2"}));
+    EXPECT_EQ(namesIn(trash() + "/files/Tessaly.app"), std::vector<std::string>{"Contents"});
+    EXPECT_EQ(contentsOf(trash() + "/files/Tessaly.app 2/Contents/secret"), "secret");
+    const std::string text = contentsOf(trash() + "/info/Tessaly.app 2.trashinfo");
+    EXPECT_EQ(text.find("[Trash Info]\nPath=" + applications() + "/Tessaly.app\nDeletionDate=20"), 0U) << text;
+    EXPECT_FALSE(exists(applications() + "/Tessaly.app"));
+  });
+}
+
 TEST_F(ItemInTheTrash, CanBeRestoredByThePerson) {
   run([] {
     makeBundle(applications() + "/Tessaly.app");

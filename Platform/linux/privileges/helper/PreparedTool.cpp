@@ -163,9 +163,21 @@ class Preparation {
       // A copy writes to what a link leads to; a move replaces the link, unless it leads to a folder.
       if (command_.kind == FileCommandKind::Copy || followed->isFolder()) place = std::move(followed);
     }
+    if (place->isFolder() && isTakenInTrash(*place, name)) {
+      place->item.reset();  // the item gets a place beside it
+      return place;
+    }
     if (place->isFolder()) return placeIn(std::move(*place), path, name);
     if (place->withTrailingSlash) return refusal(ENOTDIR, path, std::strerror(ENOTDIR));
     return place;
+  }
+
+  // Of two bundles of one name the second is asked to become what the first has become a moment ago. Trashing
+  // means a place of its own, never one inside another item.
+  bool isTakenInTrash(const PinnedPlace& place, const std::string& name) const {
+    const bool sameName = place.name.starts_with(name.substr(0, name.rfind('.')));
+    return command_.kind == FileCommandKind::Move && sameName && !place.withTrailingSlash &&
+           TrashHandover::into(place.folder.get(), person_);
   }
 
   Answer<PinnedPlace> placeIn(PinnedPlace folder, const std::string& path, const std::string& name) {
