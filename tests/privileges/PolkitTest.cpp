@@ -1,5 +1,7 @@
 #include "tests/privileges/PolkitTest.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -32,13 +34,20 @@ std::string runningPrograms() {
 }
 
 // All that was changed on the machine, and what is on its volumes in memory.
+dev_t volumeOf(const std::string& path) {
+  struct stat status {};
+  return ::lstat(path.c_str(), &status) == 0 ? status.st_dev : 0;
+}
+
+/// What is on the machine's own volumes. What it is shown of the real one may change meanwhile.
 std::string files() {
   std::string all;
   for (const char* folder : {"/run/machine/changes", "/run", "/tmp", "/var/tmp", "/dev/shm", "/root"}) {
     std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(folder, error)) {
-      const std::string path = entry.path();
-      if (!path.starts_with("/run/machine/changes") || std::string_view(folder) != "/run") all += path + "\n";
+    for (fs::recursive_directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
+      const std::string path = entry->path();
+      all += path + "\n";
+      if (volumeOf(path) != volumeOf(folder)) entry.disable_recursion_pending();
     }
   }
   return all;
