@@ -131,6 +131,17 @@ TEST_F(OtherPrograms, WriteWithSevenZipWhatIsUnpacked) {
   EXPECT_TRUE(isThere(path("new/folder/below/file")));
 }
 
+TEST_F(OtherPrograms, MayCompressInOtherWays) {
+  makeFile("item/file", std::string(200'000, 'x'));
+  for (const std::string method : {"Copy", "Deflate", "BZip2", "LZMA", "PPMd"}) {
+    const std::string archive = path(method + ".zip");
+    expectSuccess({"7zz", "a", "-tzip", "-mx=9", "-mm=" + method, archive, path("item")});
+    const ProgramRun run = runZipTool({"-xk", archive, path(method)});
+    EXPECT_EQ(run.status, 0) << method << run.output;
+    EXPECT_EQ(contentsOf(path(method + "/item/file")), std::string(200'000, 'x')) << method;
+  }
+}
+
 TEST_F(OtherPrograms, WriteWithPythonWhatIsUnpacked) {
   expectSuccess({"python3", "-c", kPythonPack, path("a.zip")});
   const ProgramRun run = runZipTool({"-xk", path("a.zip"), path("new")});

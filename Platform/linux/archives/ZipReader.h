@@ -28,7 +28,8 @@ struct ZipEntry {
   bool isEncrypted = false;
 };
 
-/// Reads a zip archive by its directory, item after item, with no more in memory than that directory and one block.
+/// Reads a zip archive by its directory, item after item, with no more in memory than that directory, one block, and
+/// what the item's compression takes, which is at most 256 MiB.
 /// Names come byte for byte as they were written, but for those from a field that holds them in UTF-8; names and
 /// targets of links end at a zero byte, with which no archive is opened that has one in its directory. One thread at a
 /// time.
@@ -50,6 +51,7 @@ class ZipReader {
  private:
   struct Source;  // the bytes for the library
 
+  platform::Status memoryAllowed() const;
   platform::Status failure(const std::string& name) const;
 
   // Names that only a field of their own holds are in UTF-8, and have to be brought into the set of the thread.
