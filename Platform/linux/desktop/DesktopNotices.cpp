@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "Platform/linux/trash/TrashInfo.h"
 
@@ -28,12 +29,14 @@ std::uint64_t microsecondsUntil(steady_clock::time_point end) {
   return static_cast<std::uint64_t>(std::max<microseconds::rep>(left, 0));
 }
 
-// The library's own waits for a bus that does not answer are longer than anybody would like to wait.
-bool waitUntilReady(sd_bus* bus, steady_clock::time_point end) {
+// The library's own waits last longer than anybody would like to wait, and keep all that a bus sends meanwhile.
+// Here each message is dropped as it comes, and the end holds however many there are.
+template <class Condition>
+bool processUntil(sd_bus* bus, steady_clock::time_point end, Condition holds) {
   for (;;) {
     const int worked = ::sd_bus_process(bus, nullptr);
     if (worked < 0) return false;
-    if (::sd_bus_is_ready(bus) > 0) return true;
+    if (holds()) return true;
     const std::uint64_t left = microsecondsUntil(end);
     if (left == 0) return false;
     if (worked > 0) continue;
@@ -47,19 +50,30 @@ Bus connect(const std::string& address, steady_clock::time_point end) {
   if (::sd_bus_new(&made) < 0) return nullptr;
   Bus bus(made);
   if (::sd_bus_set_address(made, address.c_str()) < 0 || ::sd_bus_set_bus_client(made, 1) < 0) return nullptr;
-  if (::sd_bus_start(made) < 0 || !waitUntilReady(made, end)) return nullptr;
-  return bus;
+  if (::sd_bus_start(made) < 0) return nullptr;
+  return processUntil(made, end, [made] { return ::sd_bus_is_ready(made) > 0; }) ? std::move(bus) : nullptr;
+}
+
+enum class Answer { None, Given, Refused };
+
+int takeAnswer(sd_bus_message* message, void* answer, sd_bus_error* /*error*/) {
+  const bool refused = ::sd_bus_message_is_method_error(message, nullptr) != 0;
+  *static_cast<Answer*>(answer) = refused ? Answer::Refused : Answer::Given;
+  return 0;
 }
 
 // The bus handles what a connection sends in order: its answer to this comes after the notices have gone out.
 bool waitUntilTaken(sd_bus* bus, steady_clock::time_point end) {
-  sd_bus_message* question = nullptr;
   constexpr const char* kBus = "org.freedesktop.DBus";
-  if (::sd_bus_message_new_method_call(bus, &question, kBus, "/org/freedesktop/DBus", kBus, "GetId") < 0) return false;
-  const std::uint64_t limit = std::max<std::uint64_t>(microsecondsUntil(end), 1);
-  const bool answered = ::sd_bus_call(bus, question, limit, nullptr, nullptr) >= 0;
-  ::sd_bus_message_unref(question);
-  return answered;
+  Answer answer = Answer::None;
+  sd_bus_slot* slot = nullptr;
+  if (::sd_bus_call_method_async(bus, &slot, kBus, "/org/freedesktop/DBus", kBus, "GetId", takeAnswer, &answer, "") <
+      0) {
+    return false;
+  }
+  const bool ended = processUntil(bus, end, [&] { return answer != Answer::None; });
+  ::sd_bus_slot_unref(slot);
+  return ended && answer == Answer::Given;
 }
 
 }  // namespace

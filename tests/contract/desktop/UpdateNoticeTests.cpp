@@ -2,13 +2,16 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -18,6 +21,7 @@
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/posix/UniqueFd.h"
+#include "tests/contract/desktop/BusStandIn.h"
 #include "tests/contract/desktop/DesktopMachine.h"
 #include "tests/contract/desktop/SessionBus.h"
 #include "tests/support/PrivateMachine.h"
@@ -107,8 +111,10 @@ TEST(UpdateNotice, FindsTheBusInTheRuntimeFolder) {
     ::setenv("XDG_RUNTIME_DIR", (runtime + "/").c_str(), 1);
     // The daemon's own address cannot hold such a name; it is moved there.
     const SessionBus bus(home + "/.bus");
+    FileManagerStandIn fileManager(bus.address());
     ASSERT_EQ(::rename((home + "/.bus").c_str(), (runtime + "/bus").c_str()), 0);
     EXPECT_EQ(Desktop(home).notify(home), platform::noErr);
+    EXPECT_EQ(fileManager.received().size(), 2U);
   });
 }
 
@@ -124,15 +130,73 @@ TEST(UpdateNotice, IsNotSentWithoutABus) {
   });
 }
 
+/// How long it takes the service, which waits at most as long as `limit`, to give up.
+constexpr milliseconds kShort(200);
+milliseconds timeToGiveUp(const std::string& home, milliseconds limit = kShort) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Desktop(home, kPerson, limit).notify(home), platform::procNotFound);
+  return std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
 TEST(UpdateNotice, DoesNotWaitForABusThatSaysNothing) {
   asPerson([](const std::string& home) {
     const posix::UniqueFd silent = listenOn(home + "/bus");
     useBus("unix:path=" + home + "/bus");
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(Desktop(home, kPerson, milliseconds(200)).notify(home), platform::procNotFound);
-    const auto taken = std::chrono::steady_clock::now() - start;
-    EXPECT_GE(taken, milliseconds(200));
+    const milliseconds taken = timeToGiveUp(home);
+    EXPECT_GE(taken, kShort);
     EXPECT_LT(taken, std::chrono::seconds(20)) << "the library itself would wait longer";
+  });
+}
+
+TEST(UpdateNotice, WaitsOnWhenASignalComes) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd silent = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    struct sigaction interrupt {};
+    interrupt.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGALRM, &interrupt, nullptr), 0);
+    constexpr timeval kEach{0, 10'000};
+    const itimerval often{kEach, kEach};
+    ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+    EXPECT_GE(timeToGiveUp(home), kShort);
+  });
+}
+
+TEST(UpdateNotice, DoesNotWaitForABusThatFallsSilent) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    BusStandIn bus(listener.get(), BusStandIn::Manner::FallsSilent);
+    const milliseconds taken = timeToGiveUp(home);
+    EXPECT_GE(taken, kShort);
+    EXPECT_LT(taken, std::chrono::seconds(20));
+    EXPECT_TRUE(bus.wasAsked());
+  });
+}
+
+TEST(UpdateNotice, KeepsNothingOfWhatABusFloodsItWith) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    BusStandIn bus(listener.get(), BusStandIn::Manner::Floods);
+    constexpr milliseconds limit(1000);  // for hundreds of megabytes
+    const milliseconds taken = timeToGiveUp(home, limit);
+    EXPECT_GE(taken, limit);
+    EXPECT_LT(taken, std::chrono::seconds(20));
+    EXPECT_TRUE(bus.wasAsked());
+    rusage used{};
+    ASSERT_EQ(::getrusage(RUSAGE_SELF, &used), 0);
+    EXPECT_LT(used.ru_maxrss, 400L * 1024);
+  });
+}
+
+TEST(UpdateNotice, IsNotTakenByABusThatRefusesToAnswer) {
+  asPerson([](const std::string& home) {
+    const posix::UniqueFd listener = listenOn(home + "/bus");
+    useBus("unix:path=" + home + "/bus");
+    BusStandIn bus(listener.get(), BusStandIn::Manner::Refuses);
+    EXPECT_EQ(Desktop(home).notify(home), platform::procNotFound);
+    EXPECT_TRUE(bus.wasAsked());
   });
 }
 
