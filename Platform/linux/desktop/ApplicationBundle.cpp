@@ -1,6 +1,7 @@
 #include "Platform/linux/desktop/ApplicationBundle.h"
 
 #include <plist/plist.h>
+#include <sys/stat.h>
 
 #include <cstdint>
 #include <optional>
@@ -55,9 +56,10 @@ bool isFileName(const std::string& name) {
          name.find('\0') == std::string::npos;
 }
 
-bool isFile(const std::string& path) {
-  const posix::PosixFileSystem files;
-  return files.fileExists(path) && !files.isDirectory(path);
+// Whoever shows a menu opens the icons in it, and would wait for ever at a pipe.
+bool isRegularFile(const std::string& path) {
+  struct stat found {};
+  return ::stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
 
 std::optional<std::string> iconIn(const std::string& bundle, const std::string& name) {
@@ -65,7 +67,7 @@ std::optional<std::string> iconIn(const std::string& bundle, const std::string& 
   const std::string given = bundle + "/Contents/Resources/" + name;
   const std::string stem = name.ends_with(".icns") ? foundation::deletingPathExtension(given) : given;
   for (const char* extension : {".svg", ".png", "", ".icns"}) {
-    if (isFile(stem + extension)) return stem + extension;
+    if (isRegularFile(stem + extension)) return stem + extension;
   }
   return std::nullopt;
 }
@@ -88,7 +90,8 @@ platform::OSStatus readApplicationBundle(const std::string& path, ApplicationBun
   if (information == nullptr) return platform::kLSNotAnApplicationErr;
   const std::string executable = textAt(information, "CFBundleExecutable");
   const std::string program = folder + "/Contents/MacOS/" + executable;
-  if (!isFileName(executable) || !files.isExecutableFile(program)) return platform::kLSNoExecutableErr;
+  if (!isFileName(executable) || !isRegularFile(program) || !files.isExecutableFile(program))
+    return platform::kLSNoExecutableErr;
   bundle.identifier = textAt(information, "CFBundleIdentifier");
   bundle.entry = {nameOf(information, folder), program, iconIn(folder, textAt(information, "CFBundleIconFile")),
                   mediaTypesIn(information), folder};

@@ -16,9 +16,9 @@ struct DesktopEntry {
   std::string bundle;
 };
 
-/// The file, by the freedesktop.org rules: the name without control characters and on one line; types that are
-/// none left out. Nil when a path cannot be written by these rules: it is not UTF-8, holds a control character
-/// other than tab and line ends, or leads to an executable with "=" in its path.
+/// The file, by the freedesktop.org rules: the name without control characters, those of direction too, and on
+/// one line; types that are none left out. Nil when a path cannot be written by these rules: it is not UTF-8, holds a
+/// control character other than tab and line ends, or leads to an executable with "=" in its path.
 std::optional<std::string> desktopEntryText(const DesktopEntry& entry);
 
 /// The text was made by `desktopEntryText`.

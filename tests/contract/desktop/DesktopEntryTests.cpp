@@ -96,18 +96,21 @@ TEST(DesktopEntryText, KeepsLineEndsOfPathsFromBeingLines) {
 }
 
 TEST(DesktopEntryText, HasNamesOnOneLine) {
-  const std::vector<std::pair<std::string, std::string>> names = {{"a\nExec=/bin/sh", "a Exec=/bin/sh"},
-                                                                  {" \t\x01padded\x7f ", "padded"},
-                                                                  {"b\\nc", "b\\\\nc"},
-                                                                  {"bad\xff"
-                                                                   "bytes",
-                                                                   "bad\xEF\xBF\xBD"
-                                                                   "bytes"},
-                                                                  {"l\xE2\x80\xA8p\xC2\x85n", "l p n"},
-                                                                  {"[Desktop Entry]", "[Desktop Entry]"},
-                                                                  {std::string(300, 'x'), std::string(200, 'x')},
-                                                                  {"\n", "Tessaly.app"},
-                                                                  {"", "Tessaly.app"}};
+  const std::vector<std::pair<std::string, std::string>> names = {
+      {"a\nExec=/bin/sh", "a Exec=/bin/sh"},
+      {" \t\x01padded\x7f ", "padded"},
+      {"b\\nc", "b\\\\nc"},
+      {"bad\xff"
+       "bytes",
+       "bad\xEF\xBF\xBD"
+       "bytes"},
+      {"l\xE2\x80\xA8p\xC2\x85n", "l p n"},
+      {"[Desktop Entry]", "[Desktop Entry]"},
+      {"a\u202Eb\u202Ac\u2066d\u2069e\u200Ff", "abcde\u200Ff"},
+      {"\u202E", "Tessaly.app"},
+      {std::string(300, 'x'), std::string(200, 'x')},
+      {"\n", "Tessaly.app"},
+      {"", "Tessaly.app"}};
   for (const auto& [name, shown] : names) {
     DesktopEntry entry = plainEntry();
     entry.name = name;

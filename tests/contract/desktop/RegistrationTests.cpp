@@ -187,6 +187,8 @@ TEST(Registration, ShowsTheIconThatDesktopsCanShow) {
       EXPECT_EQ(iconWith(name), "") << name;
     fs::create_directory(resources + "Folder.png");
     EXPECT_EQ(iconWith("Folder"), "");
+    ASSERT_EQ(::mkfifo((resources + "Pipe.png").c_str(), 0666), 0);
+    EXPECT_EQ(iconWith("Pipe"), "") << "whoever opens it waits for ever";
   });
 }
 
