@@ -21,8 +21,8 @@ constexpr unsigned long kHfsPlus = 0x482b;  // HFSX has the same number
 
 const char* attributeAt(const std::string& item) {
   struct statfs volume {};
-  const bool isMacs = ::statfs(item.c_str(), &volume) == 0 && static_cast<unsigned long>(volume.f_type) == kHfsPlus;
-  return isMacs ? "osx.com.apple.FinderInfo" : "user.com.apple.FinderInfo";
+  const bool known = ::statfs(item.c_str(), &volume) == 0;
+  return finderAttributeOn(known ? static_cast<unsigned long>(volume.f_type) : 0);
 }
 
 /// All zeros when the item has none. Answers 0 or an error number.
@@ -47,6 +47,10 @@ int write(const std::string& item, std::uint16_t flags) {
 }
 
 }  // namespace
+
+const char* finderAttributeOn(unsigned long volumeType) {
+  return volumeType == kHfsPlus ? "osx.com.apple.FinderInfo" : "user.com.apple.FinderInfo";
+}
 
 std::optional<std::uint16_t> LinuxFinderInformation::finderFlags(const platform::FileReference& reference) const {
   const HeldItem* item = heldItem(reference);

@@ -7,6 +7,9 @@
 
 namespace qm::linux_ {
 
+/// The extended attribute that holds the Finder information on a volume of a type, as statfs tells it.
+const char* finderAttributeOn(unsigned long volumeType);
+
 /// The Finder information is 32 bytes in an extended attribute: on the Mac's own volumes the one by which the
 /// kernel gives what the catalog holds, elsewhere "user.com.apple.FinderInfo", the name under which Mac files
 /// that are copied to other systems keep it. The flags are the big-endian word at byte 8, in a file's

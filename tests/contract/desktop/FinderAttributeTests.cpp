@@ -48,6 +48,14 @@ TEST(FinderAttribute, HoldsTheFlagsBigEndianAtTheNinthOf32Bytes) {
   });
 }
 
+TEST(FinderAttribute, IsTheCatalogsOwnOnTheMacsVolumes) {
+  constexpr unsigned long kHfsPlus = ('H' << 8U) | '+';
+  EXPECT_STREQ(linux_::finderAttributeOn(kHfsPlus), "osx.com.apple.FinderInfo");
+  for (const unsigned long other : {0UL, 0x4244UL /* HFS */, 0xEF53UL /* ext4 */, 0x01021994UL /* tmpfs */}) {
+    EXPECT_STREQ(linux_::finderAttributeOn(other), kAttribute) << other;
+  }
+}
+
 TEST(FinderAttribute, KeepsTheRestOfTheBytes) {
   asPerson([](const std::string& home) {
     writeText(home + "/file", "");
