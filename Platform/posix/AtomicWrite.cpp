@@ -11,7 +11,7 @@
 #include "Platform/posix/FileContents.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {

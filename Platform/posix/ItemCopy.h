@@ -2,19 +2,12 @@
 
 #include <sys/stat.h>
 
-#include <string>
-
 #include "Platform/posix/CopyObserver.h"
 #include "Platform/posix/FileContents.h"
+#include "Platform/posix/ItemName.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
-
-/// An item by the folder that it is or will be in.
-struct ItemName {
-  int folder;
-  const std::string& name;
-};
 
 /// How the copying of one item ended.
 struct ItemCopyResult {

@@ -4,7 +4,7 @@
 #include <sys/stat.h>
 
 #include "Platform/posix/ItemPath.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
 #include "Platform/posix/TreeCopy.h"
 #include "Platform/posix/TreeRemoval.h"
 

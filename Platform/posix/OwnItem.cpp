@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {

@@ -12,7 +12,8 @@
 
 #include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/OwnItem.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/TreeRemoval.h"
 #include "Platform/posix/TreeWalk.h"
 

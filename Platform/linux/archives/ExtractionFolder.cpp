@@ -13,7 +13,7 @@
 #include "Platform/linux/archives/EntryName.h"
 #include "Platform/linux/archives/NewFile.h"
 #include "Platform/posix/FileError.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
 namespace {

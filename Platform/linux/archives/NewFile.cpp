@@ -7,7 +7,7 @@
 #include <cerrno>
 
 #include "Platform/posix/FileContents.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
 

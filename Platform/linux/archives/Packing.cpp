@@ -14,7 +14,7 @@
 #include "Platform/linux/archives/ZipWriter.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
 namespace {

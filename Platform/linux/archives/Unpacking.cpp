@@ -15,7 +15,8 @@
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
-#include "Platform/posix/Publish.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/TreeRemoval.h"
 
 namespace qm::linux_ {

@@ -10,7 +10,7 @@
 #include "Platform/Clock.h"
 #include "Platform/Trash.h"
 #include "Platform/Users.h"
-#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashFinder.h"
 #include "Platform/linux/trash/TrashUser.h"
 

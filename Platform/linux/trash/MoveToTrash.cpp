@@ -8,9 +8,9 @@
 #include <functional>
 #include <string_view>
 
-#include "Platform/linux/trash/RenameWithoutReplacing.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
 
 namespace qm::linux_ {
 namespace {
@@ -143,7 +143,7 @@ class Move {
 
   int renameTo(const std::string& stored) {
     const auto rename = [&] {
-      return renameWithoutReplacing(source_.fd.get(), name_.c_str(), trash_.files.get(), stored.c_str());
+      return posix::renameWithoutReplacing({source_.fd.get(), name_}, {trash_.files.get(), stored});
     };
     const int error = withRights(rename);
     return error == EACCES && isOwnLockedFolder() ? renameUnlocked(rename) : error;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashProblem.h"
 #include "Platform/linux/trash/TrashUser.h"
 #include "Platform/posix/UniqueFd.h"

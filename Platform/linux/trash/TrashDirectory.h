@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashProblem.h"
 #include "Platform/posix/UniqueFd.h"
 

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
@@ -13,6 +12,7 @@
 
 #include "Platform/linux/privileges/helper/FolderEntries.h"
 #include "Platform/linux/privileges/helper/Ownership.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
 
 namespace qm::linux_ {
 namespace {
@@ -20,8 +20,6 @@ namespace {
 using posix::UniqueFd;
 
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
-constexpr unsigned kDoNotReplace = 1;  // RENAME_NOREPLACE
-constexpr int kMostNames = 64;
 
 std::string randomName() {
   constexpr std::string_view digits = "0123456789abcdef";
@@ -33,11 +31,6 @@ std::string randomName() {
     name += digits[byte & 15U];
   }
   return name;
-}
-
-int renameIn(int from, const std::string& name, int to, const std::string& newName, unsigned flags) {
-  const long result = ::syscall(SYS_renameat2, from, name.c_str(), to, newName.c_str(), flags);
-  return result == 0 ? 0 : errno;
 }
 
 // Somebody may have put another folder in its place already; only one that is closed to him will do.
@@ -65,14 +58,12 @@ Staging::~Staging() {
   if (fd_) ::unlinkat(above_, own_.c_str(), AT_REMOVEDIR);
 }
 
-int Staging::publish(const std::string& name) const { return renameIn(folder(), name, above_, name, 0); }
+int Staging::publish(const std::string& name) const {
+  return ::renameat(folder(), name.c_str(), above_, name.c_str()) == 0 ? 0 : errno;
+}
 
-std::string Staging::publishUnderFreeName(const std::string& name) const {
-  for (int number = 2; number < kMostNames; ++number) {
-    std::string free = name + " " + std::to_string(number);
-    if (renameIn(folder(), name, above_, free, kDoNotReplace) == 0) return free;
-  }
-  return {};
+int Staging::publishAs(const std::string& name, const std::string& newName) const {
+  return posix::renameWithoutReplacing({folder(), name}, {above_, newName});
 }
 
 }  // namespace qm::linux_

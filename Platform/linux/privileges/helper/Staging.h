@@ -25,8 +25,8 @@ class Staging {
   /// Moves what the tool made as `name` into the folder above. A file there is replaced, also when it is a
   /// link or has other names elsewhere. Answers 0 or an error number.
   int publish(const std::string& name) const;
-  /// The same under a name that is not taken, which is the answer. Empty on failure.
-  std::string publishUnderFreeName(const std::string& name) const;
+  /// The same under another name, where nothing is replaced: a name that is taken gives EEXIST.
+  int publishAs(const std::string& name, const std::string& newName) const;
 
  private:
   Staging(int above, std::string own, posix::UniqueFd fd) : above_(above), own_(std::move(own)), fd_(std::move(fd)) {}

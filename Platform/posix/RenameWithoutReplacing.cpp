@@ -1,15 +1,16 @@
-#include "Platform/linux/trash/RenameWithoutReplacing.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 // An empty item of the kind that the moved one may replace.
@@ -29,7 +30,7 @@ class Placeholder {
 
  private:
   bool makeFile() {
-    const posix::UniqueFd file(
+    const UniqueFd file(
         ::openat(folder_, name_, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     return file && ::fstat(file.get(), &own_) == 0;
   }
@@ -54,22 +55,22 @@ class Placeholder {
   struct stat own_ {};
 };
 
-int renameOverPlaceholder(int fromFolder, const char* name, int toFolder, const char* newName) {
+int renameOverPlaceholder(ItemName from, ItemName to) {
   struct stat item {};
-  if (::fstatat(fromFolder, name, &item, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  Placeholder placeholder(toFolder, newName, S_ISDIR(item.st_mode));
+  if (::fstatat(from.folder, from.name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  Placeholder placeholder(to.folder, to.name.c_str(), S_ISDIR(item.st_mode));
   if (!placeholder.made()) return errno;
-  if (::renameat(fromFolder, name, toFolder, newName) != 0) return errno;
+  if (::renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) != 0) return errno;
   placeholder.replaced();
   return 0;
 }
 
 }  // namespace
 
-int renameWithoutReplacing(int fromFolder, const char* name, int toFolder, const char* newName) {
-  if (::renameat2(fromFolder, name, toFolder, newName, RENAME_NOREPLACE) == 0) return 0;
-  const bool unsupported = errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
-  return unsupported ? renameOverPlaceholder(fromFolder, name, toFolder, newName) : errno;
+int renameWithoutReplacing(ItemName from, ItemName to) {
+  const int error = renameExclusively(from.folder, from.name.c_str(), to.folder, to.name.c_str());
+  const bool isUnsupported = error == EINVAL || error == ENOTSUP || error == ENOSYS;
+  return isUnsupported ? renameOverPlaceholder(from, to) : error;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

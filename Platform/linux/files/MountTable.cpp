@@ -1,4 +1,4 @@
-#include "Platform/linux/trash/MountTable.h"
+#include "Platform/linux/files/MountTable.h"
 
 #include <fcntl.h>
 #include <poll.h>
