@@ -3,12 +3,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <optional>
 
 #include "Platform/linux/privileges/helper/FolderEntries.h"
-#include "Platform/linux/privileges/helper/PreparedTool.h"
+#include "Platform/linux/privileges/helper/Publication.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -156,12 +157,15 @@ TEST_F(ItemInTheTrash, MayBeAFile) {
   });
 }
 
-TEST_F(ItemInTheTrash, ReplacesADescriptionThatLostItsItem) {
+TEST_F(ItemInTheTrash, LeavesADescriptionOfItsNameAlone) {
   run([] {
+    // Somebody is about to move an item there, or has deleted one and left this.
     makeFile(trash() + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=/old\n", kPerson);
     makeBundle(applications() + "/Tessaly.app");
-    EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
-    EXPECT_EQ(contentsOf(trash() + "/info/Tessaly.app.trashinfo").find("/old"), std::string::npos);
+    EXPECT_EQ(trashItem("Tessaly.app").note, "\"Tessaly.app\" is taken; it is now: Tessaly.app 2");
+    EXPECT_EQ(contentsOf(trash() + "/info/Tessaly.app.trashinfo"), "[Trash Info]\nPath=/old\n");
+    EXPECT_TRUE(exists(trash() + "/info/Tessaly.app 2.trashinfo"));
+    EXPECT_EQ(namesIn(trash() + "/files"), std::vector<std::string>{"Tessaly.app 2"});
   });
 }
 
@@ -269,8 +273,7 @@ TEST_F(ItemWithATakenName, StaysWhereItWasMadeWhenAllNumbersAreTaken) {
       takeName("Tessaly.app");
       for (int number = 2; number < 64; ++number) takeName("Tessaly.app " + std::to_string(number));
     });
-    EXPECT_EQ(note,
-              "\"Tessaly.app\" is taken; it is now: " + staging + ", which the desktop may not be able to put back");
+    EXPECT_EQ(note, "\"Tessaly.app\" could not take its place (File exists); it is now: " + staging);
     EXPECT_EQ(contentsOf(staging + "/Tessaly.app/Contents/secret"), "secret") << "better in the way than lost";
     EXPECT_EQ(namesIn(trash() + "/files").size(), 64U);
     EXPECT_EQ(infoOf("Tessaly.app"), "[Trash Info]\nPath=/another/Tessaly.app\n");
@@ -279,13 +282,34 @@ TEST_F(ItemWithATakenName, StaysWhereItWasMadeWhenAllNumbersAreTaken) {
 
 TEST_F(ItemWithATakenName, SaysSoWhenItCannotBeDescribed) {
   run([] {
-    const std::string note = publish([](const auto&) {
-      takeName("Tessaly.app");
-      makeFolder(trash() + "/info/Tessaly.app 2.trashinfo", kPerson);
+    const std::string name(250, 'n');
+    makeFile(applications() + "/" + name, "new");
+    makeFile(trash() + "/files/" + name, "another", kPerson);
+    EXPECT_EQ(trashItem(name).note,
+              "\"" + name + "\" is taken; it is now: " + name + " 2, which the desktop may not be able to put back");
+    EXPECT_TRUE(exists(trash() + "/files/" + name + " 2"));
+    EXPECT_EQ(contentsOf(trash() + "/files/" + name), "another");
+  });
+}
+
+TEST_F(ItemWithATakenName, IsNotDescribedAnyMoreWhereItCouldNotGo) {
+  run([] {
+    publish([](const auto&) { makeFile(trash() + "/files/Tessaly.app", "undescribed", kPerson); });
+    EXPECT_EQ(namesIn(trash() + "/info"), std::vector<std::string>{"Tessaly.app 2.trashinfo"});
+    EXPECT_EQ(contentsOf(trash() + "/files/Tessaly.app"), "undescribed");
+  });
+}
+
+TEST_F(ItemWithATakenName, StaysWhereItWasMadeWhenNothingCanBePutIntoTheTrash) {
+  run([] {
+    std::string staging;
+    const std::string note = publish([&](const linux_::Publication& publication) {
+      staging = linux_::shownPath(publication.stagingFolder());
+      failSystemCall(SYS_renameat2, EIO);
     });
-    EXPECT_EQ(note,
-              "\"Tessaly.app\" is taken; it is now: Tessaly.app 2, which the desktop may not be able to put back");
-    EXPECT_TRUE(exists(trash() + "/files/Tessaly.app 2/Contents/tool"));
+    EXPECT_EQ(note, "\"Tessaly.app\" could not take its place (Input/output error); it is now: " + staging);
+    EXPECT_EQ(namesIn(trash() + "/info"), std::vector<std::string>{});
+    EXPECT_EQ(contentsOf(staging + "/Tessaly.app/Contents/secret"), "secret");
   });
 }
 

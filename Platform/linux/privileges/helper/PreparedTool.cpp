@@ -10,6 +10,7 @@
 #include "Platform/linux/privileges/helper/FileCommand.h"
 #include "Platform/linux/privileges/helper/FolderEntries.h"
 #include "Platform/linux/privileges/helper/PathWalk.h"
+#include "Platform/linux/privileges/helper/TrashHandover.h"
 
 namespace qm::linux_ {
 namespace {
@@ -287,48 +288,6 @@ std::string toolName(const std::string& program) {
 }
 
 }  // namespace
-
-Problem Publication::prepare() {
-  Answer<Staging> staging = Staging::make(folder());
-  if (!staging) return staging.refusal();
-  staging_.emplace(std::move(*staging));
-  return std::nullopt;
-}
-
-void Publication::handOverTo(uid_t person, std::string origin) {
-  origin_ = std::move(origin);
-  trash_ = TrashHandover::into(folder(), person);
-}
-
-// Something has taken the name while the tool worked: it stays, with its description.
-std::string Publication::publishBeside() const {
-  const int folders = trash_->giveFolders(stagingFolder(), name_);
-  const std::string free = staging_->publishUnderFreeName(name_);
-  const int described = free.empty() ? EEXIST : trash_->describe(free, origin_);
-  const std::string where = free.empty() ? shownPath(stagingFolder()) : free;
-  const std::string note = "\"" + name_ + "\" is taken; it is now: " + where;
-  return folders == 0 && described == 0 ? note : note + ", which the desktop may not be able to put back";
-}
-
-std::string Publication::finish() const {
-  if (!statusIn(stagingFolder(), name_.c_str())) return {};
-  if (trash_ && statusIn(folder(), name_.c_str())) return publishBeside();
-  std::string note = trash_ ? handOver() : std::string();
-  const int error = staging_->publish(name_);
-  if (error == 0) return note;
-  if (trash_) trash_->forget(name_);
-  const std::string free = staging_->publishUnderFreeName(name_);
-  const std::string where = free.empty() ? shownPath(stagingFolder()) : free;
-  return note + "\"" + name_ + "\" could not take its place (" + std::strerror(error) + "); it is now: " + where;
-}
-
-std::string Publication::handOver() const {
-  const int folders = trash_->giveFolders(stagingFolder(), name_);
-  const int described = trash_->describe(name_, origin_);
-  if (folders == 0 && described == 0) return {};
-  return "\"" + name_ + "\" could not be handed over completely: " + std::strerror(folders != 0 ? folders : described) +
-         "; ";
-}
 
 std::string PreparedTool::inAskedPaths(std::string message) const {
   for (const auto& [path, asked] : shown) {

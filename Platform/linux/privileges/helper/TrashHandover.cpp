@@ -85,10 +85,6 @@ int TrashHandover::describe(const std::string& name, const std::string& origin) 
   const FileSystemIdentity identity{person_, group_, {group_}};
   const FileSystemUser acting(&identity);
   if (!acting.ok()) return EPERM;
-  const int error = writeNewFile(info_.get(), infoName(name), text);
-  if (error != EEXIST) return error;
-  // It describes what is replaced, or lost its item before.
-  if (::unlinkat(info_.get(), infoName(name).c_str(), 0) != 0) return errno;
   return writeNewFile(info_.get(), infoName(name), text);
 }
 

@@ -21,7 +21,8 @@ class TrashHandover {
   /// Nil when `folder` is not the "files" folder of a Trash of this person's.
   static std::optional<TrashHandover> into(int folder, uid_t person);
 
-  /// Describes the item that will be called `name` and came from `origin`. Answers 0 or an error number.
+  /// Describes the item that will be called `name` and came from `origin`. Answers 0 or an error number, EEXIST
+  /// when something is described under this name already.
   int describe(const std::string& name, const std::string& origin) const;
   /// Takes the description back.
   void forget(const std::string& name) const;
