@@ -129,20 +129,6 @@ TEST(PrivilegesBench, StaysWithinItsLimits) {
   });
 }
 
-class Machine : public ::testing::Environment {
- public:
-  explicit Machine(std::string policyFile) : policyFile_(std::move(policyFile)) {}
-  void SetUp() override { takeMachineIntoUse(policyFile_); }
-
- private:
-  std::string policyFile_;
-};
-
 }  // namespace
 
-int main(int count, char** arguments) {
-  ::testing::InitGoogleTest(&count, arguments);
-  if (count != 2) return 2;
-  ::testing::AddGlobalTestEnvironment(new Machine(arguments[1]));
-  return RUN_ALL_TESTS();
-}
+int main(int count, char** arguments) { return runInThrowAwayMachine(count, arguments); }

@@ -189,6 +189,8 @@ const std::string& programFolder() {
   return folder;
 }
 
+namespace {
+
 void takeMachineIntoUse(const std::string& policyFile) {
   ASSERT_TRUE(isThrowawayMachine()) << "these tests change the system: run them on a throw-away machine";
   for (const Account& account : {kSam, kAnna, kBea, kEve}) makeAccount(account);
@@ -200,6 +202,24 @@ void takeMachineIntoUse(const std::string& policyFile) {
   text.replace(text.find(mark), mark.size(), programFolder() + "/tessaly-uninstaller-admin-helper");
   std::ofstream("/usr/share/polkit-1/actions/com.quillmark.uninstaller.admin.policy") << text;
   startMessageBus();
+}
+
+class Machine : public ::testing::Environment {
+ public:
+  explicit Machine(std::string policyFile) : policyFile_(std::move(policyFile)) {}
+  void SetUp() override { takeMachineIntoUse(policyFile_); }
+
+ private:
+  std::string policyFile_;
+};
+
+}  // namespace
+
+int runInThrowAwayMachine(int count, char** arguments) {
+  ::testing::InitGoogleTest(&count, arguments);
+  if (count != 2) return 2;
+  ::testing::AddGlobalTestEnvironment(new Machine(arguments[1]));
+  return RUN_ALL_TESTS();
 }
 
 }  // namespace qm::testing

@@ -95,8 +95,8 @@ bool nobodyIsLeft();
 /// Where this program and the others were built.
 const std::string& programFolder();
 
-/// Takes the machine into use: people, the message bus, the action. False with a failure of the running test
-/// when this is no throw-away machine.
-void takeMachineIntoUse(const std::string& policyFile);
+/// What a main function does here: takes the machine into use (people, the message bus, the action of the policy
+/// file that its only argument names) and runs all tests. They fail where this is no throw-away machine.
+int runInThrowAwayMachine(int count, char** arguments);
 
 }  // namespace qm::testing

@@ -60,15 +60,6 @@ std::string traces() {
   return all + std::to_string(std::hash<std::string>()(fileText("/etc/shadow")));
 }
 
-class Machine : public ::testing::Environment {
- public:
-  explicit Machine(std::string policyFile) : policyFile_(std::move(policyFile)) {}
-  void SetUp() override { takeMachineIntoUse(policyFile_); }
-
- private:
-  std::string policyFile_;
-};
-
 }  // namespace
 
 std::string fileText(const std::string& path) {
@@ -92,9 +83,4 @@ INSTANTIATE_TEST_SUITE_P(Of, AdministratorRights, ::testing::Values(kSam, kAnna)
 
 }  // namespace qm::testing
 
-int main(int count, char** arguments) {
-  ::testing::InitGoogleTest(&count, arguments);
-  if (count != 2) return 2;
-  ::testing::AddGlobalTestEnvironment(new qm::testing::Machine(arguments[1]));
-  return RUN_ALL_TESTS();
-}
+int main(int count, char** arguments) { return qm::testing::runInThrowAwayMachine(count, arguments); }
