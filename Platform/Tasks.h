@@ -37,7 +37,8 @@ class Task {
   virtual void setStandardOutput(TaskStream stream) = 0;
   virtual void setStandardError(TaskStream stream) = 0;
 
-  /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind.
+  /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind. A second
+  /// launch fails and changes nothing.
   virtual Status launch() = 0;
   virtual bool isRunning() const = 0;
   /// Returns when the child has exited; at once when it was never launched. On the main thread the

@@ -107,6 +107,16 @@ std::optional<std::size_t> Calls::indexOf(const std::string& call) const {
   return static_cast<std::size_t>(found - entries_.begin());
 }
 
+bool Calls::areInOrder(std::initializer_list<std::string> calls) const {
+  std::vector<std::size_t> places;
+  for (const auto& call : calls) {
+    const auto place = indexOf(call);
+    if (!place) return false;
+    places.push_back(*place);
+  }
+  return std::adjacent_find(places.begin(), places.end(), std::greater_equal<>()) == places.end();
+}
+
 std::size_t Calls::callCount() const {
   const std::scoped_lock lock(mutex_);
   return callCount_;

@@ -72,6 +72,8 @@ class Calls {
   std::size_t count(const std::string& call) const;
   /// The place of the first such call in `everything`; nil when there was none.
   std::optional<std::size_t> indexOf(const std::string& call) const;
+  /// Each of these has been made, and the first of one before the first of the next.
+  bool areInOrder(std::initializer_list<std::string> calls) const;
   /// How many calls there were that could have failed.
   std::size_t callCount() const;
   /// The calls that were made to fail, in order.

@@ -1,5 +1,7 @@
 #include "tests/fakes/FakeTasks.h"
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace qm::testing {
@@ -156,6 +158,7 @@ void FakeTask::setStandardError(TaskStream stream) {
 }
 
 Status FakeTask::launch() {
+  if (wasLaunched()) return Status::failed(EALREADY, std::generic_category().message(EALREADY));
   const std::string path = launchPath();
   std::vector<std::string> commandLine = arguments();
   commandLine.insert(commandLine.begin(), path);

@@ -25,6 +25,10 @@ TEST(Calls, AreRecordedInOrderWithTheirArguments) {
   EXPECT_EQ(calls.count("service.ask(NO)"), 0U);
   EXPECT_EQ(calls.indexOf("service.notice"), 2U);
   EXPECT_EQ(calls.indexOf("service.unheard"), std::nullopt);
+  EXPECT_TRUE(calls.areInOrder({"service.do", "service.ask(YES)", "service.notice"}));
+  EXPECT_FALSE(calls.areInOrder({"service.ask", "service.do"}));
+  EXPECT_FALSE(calls.areInOrder({"service.do", "service.unheard"}));
+  EXPECT_FALSE(calls.areInOrder({"service.unheard", "service.do"}));
 }
 
 TEST(Calls, FailOnceWhenToldForTheNext) {

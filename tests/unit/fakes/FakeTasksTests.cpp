@@ -39,6 +39,14 @@ TEST_F(Tasks, ExitAtOnceWithoutAScript) {
   EXPECT_EQ(fakes.tasks.launches(), (std::vector<Strings>{{"/usr/bin/killall", "Tessaly"}}));
 }
 
+TEST_F(Tasks, AreLaunchedOnce) {
+  const auto task = prepared("/usr/bin/killall");
+  EXPECT_TRUE(task->launch().ok());
+  EXPECT_FALSE(task->launch().ok());
+  EXPECT_EQ(fakes.tasks.launches().size(), 1U);
+  EXPECT_EQ(fakes.calls.count("tasks.launch"), 1U);
+}
+
 TEST_F(Tasks, GiveTheirScriptedOutputPieceByPiece) {
   fakes.tasks.script("/tool", {.exitStatus = 3, .standardOutput = {"one", "two"}, .standardError = {"bad"}});
   const auto task = prepared("/tool");

@@ -172,7 +172,7 @@ TEST_F(UninstallRun, StopsTheProductAndWaitsBeforeItTouchesAnything) {
   installProduct(fakes.disk);
   run();
   EXPECT_THAT(fakes.tasks.launches(), ElementsAre(ElementsAre("/usr/bin/killall", "Tessaly")));
-  EXPECT_LT(fakes.calls.indexOf("tasks.waitUntilExit(/usr/bin/killall)"), fakes.calls.indexOf("fileSystem.fileExists"));
+  EXPECT_TRUE(fakes.calls.areInOrder({"tasks.waitUntilExit(/usr/bin/killall)", "fileSystem.fileExists"}));
   EXPECT_EQ(fakes.calls.count("tasks.terminationStatus"), 0U);
   EXPECT_EQ(fakes.calls.count("threads.detachNewThread"), 1U);  // no time limit
 }
@@ -350,14 +350,10 @@ TEST_F(MakersFolder, GoesWhenTheProductWasAllThatWasInIt) {
 TEST_F(MakersFolder, GoesAfterTheLastItem) {
   installProduct(fakes.disk);
   run();
-  const auto last = fakes.calls.indexOf(
-      "trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
-      "com.quillmark.OrvendelProjectWatcher.plist)");
-  const auto listed = fakes.calls.indexOf("fileSystem.contentsOfDirectory(" + kFolder + ")");
-  const auto ended = fakes.calls.indexOf("windowProgress.orderOut");
-  ASSERT_TRUE(last && listed && ended);
-  EXPECT_LT(last, listed);
-  EXPECT_LT(fakes.calls.indexOf("fileSystem.removeItem"), ended);
+  EXPECT_TRUE(fakes.calls.areInOrder(
+      {"trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
+       "com.quillmark.OrvendelProjectWatcher.plist)",
+       "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeItem", "windowProgress.orderOut"}));
 }
 
 TEST_F(MakersFolder, GoesWithTheHousekeepingLeftInIt) {

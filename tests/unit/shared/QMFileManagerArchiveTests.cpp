@@ -63,13 +63,22 @@ TEST_F(CompressFile, TrashesAnOldArchiveBeforeTheToolRuns) {
   EXPECT_EQ(fakes.disk.fileContents(kTrash + "/Demo.zip"), "old");
   EXPECT_EQ(fakes.disk.fileContents(kArchive), "new");
   EXPECT_EQ(fakes.calls.count("trash.recycle(/tmp, /home/u/.Trash, Demo.zip)"), 1U);
-  EXPECT_LT(fakes.calls.indexOf("trash.recycle"), fakes.calls.indexOf("tasks.launch"));
+  EXPECT_TRUE(fakes.calls.areInOrder({"trash.recycle", "tasks.launch"}));
 }
 
 TEST_F(CompressFile, TrashesAFolderThatIsInTheArchivesPlace) {
   fakes.disk.addFile(kArchive + "/inside");
   EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive));
   EXPECT_TRUE(fakes.disk.has(kTrash + "/Demo.zip/inside"));
+}
+
+TEST_F(CompressFile, TrashesALinkInTheArchivesPlaceAndNotWhatItLeadsTo) {
+  fakes.disk.addFile("/tmp/real.zip", "real");
+  fakes.disk.addLink(kArchive, "/tmp/real.zip");
+  EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive));
+  EXPECT_EQ(fakes.calls.count("trash.recycle(/tmp, /home/u/.Trash, Demo.zip)"), 1U);
+  EXPECT_EQ(fakes.disk.fileContents("/tmp/real.zip"), "real");
+  EXPECT_EQ(fakes.disk.fileContents(kArchive), "new");
 }
 
 TEST_F(CompressFile, TrashesNothingWhereNothingIs) {
@@ -133,7 +142,14 @@ TEST_F(DecompressFile, TrashesTheFolderBeforeTheToolRuns) {
   EXPECT_TRUE(QMFileManager::decompressFile(kArchive, kFolder));
   EXPECT_TRUE(fakes.disk.has(kTrash + "/Unpacked/old"));
   EXPECT_FALSE(fakes.disk.has(kFolder + "/old"));
-  EXPECT_LT(fakes.calls.indexOf("trash.recycle"), fakes.calls.indexOf("tasks.launch"));
+  EXPECT_TRUE(fakes.calls.areInOrder({"trash.recycle", "tasks.launch"}));
+}
+
+TEST_F(DecompressFile, TakesAFolderWithASlashAtItsEndForTheSame) {
+  fakes.disk.addFile(kFolder + "/old");
+  EXPECT_TRUE(QMFileManager::decompressFile(kArchive, kFolder + "/"));
+  EXPECT_TRUE(fakes.disk.has(kTrash + "/Unpacked/old"));
+  EXPECT_EQ(fakes.tasks.launches(), (Launches{{kTool, "-xk", kArchive, kFolder + "/"}}));
 }
 
 TEST_F(DecompressFile, TrashesTheFolderEvenWhenThereIsNoArchive) {

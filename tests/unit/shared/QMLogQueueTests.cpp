@@ -170,7 +170,7 @@ TEST_F(LogQueue, PrintsAMessageWhoseFormatWasTrimmedButNotItself) {
 TEST_F(LogQueue, PrintsAfterTheMessageIsHandedOver) {
   addLogFile();
   QMLog::appendLogAndPrint("short");
-  EXPECT_LT(fakes.calls.indexOf("fileHandle.writeData"), fakes.calls.indexOf("console.print"));
+  EXPECT_TRUE(fakes.calls.areInOrder({"fileHandle.writeData", "console.print"}));
 }
 
 TEST_F(LogQueue, DoesNothingForANilFormat) {

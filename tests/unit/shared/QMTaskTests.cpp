@@ -208,11 +208,8 @@ TEST_P(EveryTaskOperation, StartsAToolWithoutArgumentsWhenThereAreNone) {
 
 TEST_P(EveryTaskOperation, AsksBothQuestionsBeforeItMakesATask) {
   (void)GetParam().refuses(kTool, kTwo);
-  const auto made = fakes.calls.indexOf("tasks.makeTask");
-  ASSERT_TRUE(made);
-  EXPECT_LT(fakes.calls.indexOf("fileSystem.isExecutableFile(" + kTool + ")"), made);
-  EXPECT_TRUE(fakes.calls.indexOf("packages.isFilePackage(" + kTool + ")"));
-  EXPECT_LT(fakes.calls.indexOf("packages.isFilePackage(" + kTool + ")"), made);
+  EXPECT_TRUE(fakes.calls.areInOrder({"fileSystem.isExecutableFile(" + kTool + ")", "tasks.makeTask"}));
+  EXPECT_TRUE(fakes.calls.areInOrder({"packages.isFilePackage(" + kTool + ")", "tasks.makeTask"}));
 }
 
 TEST_P(EveryTaskOperation, StartsAtMostOneProcessWhateverCallFails) {

@@ -98,12 +98,8 @@ TEST_F(TaskTimeout, EndsTheToolOfTheStringForms) {
 TEST_F(TaskTimeout, PrintsThenLogsThenTerminates) {
   whenWaitedForAdvance("tasks.waitUntilExit", seconds(1));
   QMTask::runTask(kTool, kNone, TimeoutInterval(1));
-  const auto printed = fakes.calls.indexOf("console.print(Task timed out. Terminating...)");
-  const auto logged = fakes.calls.indexOf("fileHandle.writeData");
-  const auto ended = fakes.calls.indexOf("tasks.terminate(/usr/bin/tool)");
-  ASSERT_TRUE(printed && logged && ended);
-  EXPECT_LT(printed, logged);
-  EXPECT_LT(logged, ended);
+  EXPECT_TRUE(fakes.calls.areInOrder(
+      {"console.print(Task timed out. Terminating...)", "fileHandle.writeData", "tasks.terminate(/usr/bin/tool)"}));
 }
 
 TEST_F(TaskTimeout, HappensOnTheMainThread) {
