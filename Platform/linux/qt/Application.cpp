@@ -22,6 +22,8 @@ void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const
 }
 
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
+  // There is nothing to type into: opening an input method would only keep the window waiting.
+  qputenv("QT_IM_MODULE", "none");
   const auto previous = qInstallMessageHandler(reportStartFailure);
   auto application = std::make_unique<QApplication>(argc, argv);
   qInstallMessageHandler(previous);
