@@ -36,7 +36,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   using Data = std::optional<std::string>;  ///< bytes; nil when no process was started
 
   /// `terminationCodeFromTask:arguments:task:`. The exit status, sign-extended; output discarded.
-  /// `task`, when not null, receives the task before it is launched.
+  /// When not null, `task` receives the task before it is launched.
   static long terminationCodeFromTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
   /// `terminationCodeFromTask:arguments:`
   static long terminationCodeFromTask(const std::string& path, const Arguments& arguments);

@@ -3,7 +3,7 @@ add_library(qm_options INTERFACE)
 target_compile_options(qm_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-align
   -Woverloaded-virtual -Wnon-virtual-dtor -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
-  -Werror)
+  $<$<BOOL:${QM_WERROR}>:-Werror>)
 target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR})
 # GCC 12 inlines the standard library's strings and streams in optimised builds and then warns of faults
 # that are not there; the same sources are compiled with these warnings in the other builds.

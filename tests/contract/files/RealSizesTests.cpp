@@ -112,8 +112,8 @@ TEST(SizesOnDisk, AreThoseOfTheWalkByPaths) {
   inTree([](const std::string& home) {
     const std::uint64_t size = QMFileManager::fileSize(home + "/a");
     EXPECT_GT(size, 1000U * 30) << "the link back is followed again and again";
-    // The kernel ends a path at its fortieth link, and once in many runs before, so that the last rounds of the
-    // link back are not always the same.
+    // The kernel ends a path at its fortieth link. When it has to begin a path anew it goes on counting, so that once
+    // in many runs the last round of the link back is missing.
     EXPECT_NEAR(static_cast<double>(size), static_cast<double>(sizeByPaths(home + "/a")),
                 0.05 * static_cast<double>(size));
     for (const std::string name :
