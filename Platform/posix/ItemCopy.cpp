@@ -12,6 +12,8 @@
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
+bool cannotBeKept(int error) { return error == EPERM || error == EINVAL || error == ENOTSUP || error == ENOSYS; }
+
 namespace {
 
 constexpr mode_t kPermissions = 07777;
@@ -20,9 +22,6 @@ constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 std::array<timespec, 2> timesOf(const struct stat& attributes) {
   return {accessTime(attributes), modificationTime(attributes)};
 }
-
-/// The process may not set it, or the file system (of a memory card, for example) has no such thing.
-bool cannotBeKept(int error) { return error == EPERM || error == EINVAL || error == ENOTSUP || error == ENOSYS; }
 
 OwnerKept copyOwner(int to, const struct stat& attributes, int& error) {
   if (::fchown(to, attributes.st_uid, attributes.st_gid) == 0) return OwnerKept::Yes;

@@ -44,6 +44,9 @@ class ItemCopier {
   ContentsCopier contents_;
 };
 
+/// The process may not set an attribute, or the file system (of a memory card, for example) has no such thing.
+bool cannotBeKept(int error);
+
 /// Gives an open file or folder the owner, mode, times and extended attributes of another. The bits that
 /// lend the owner's rights are kept only with the owner. Answers 0 or an error number.
 int copyAttributes(int from, int to, const struct stat& attributes);

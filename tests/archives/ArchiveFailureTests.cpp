@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <string>
-#include <utility>
 
 #include "tests/archives/ArchiveTest.h"
 #include "tests/support/PrivateMachine.h"
@@ -76,9 +76,10 @@ TEST_F(ArchiveFailure, OfReadingAFolderBelowTellsItsWholeName) {
   makeFile("item/folder/a/file");
   makeFile("item/folder/b/file");
   ASSERT_EQ(::unlink(path("item/folder/file").c_str()) + ::unlink(path("item/link").c_str()), 0);
-  bool isFirst = true;
+  int asked = 0;
   isStopped = [&] {
-    if (std::exchange(isFirst, false)) failSystemCall(SYS_getdents64, EIO);
+    // At the first file, in the fourth step: three folders were entered before.
+    if (++asked == 4) failSystemCall(SYS_getdents64, EIO);
     return false;
   };
   // Whichever of the two is the second.
@@ -96,6 +97,19 @@ TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {
   EXPECT_NE(unpacking(SYS_pread64), "");
   EXPECT_EQ(unpacking(SYS_close), "item/folder/file: " + kBroken);
   EXPECT_EQ(unpacking(SYS_fstatfs), "");  // the room is not known
+}
+
+TEST_F(ArchiveFailure, IsNoneWhereAVolumeKeepsNeitherPermissionsNorTimes) {
+  makeFolder("item/empty", 0700);
+  ASSERT_TRUE(pack(path("item"), path("whole.zip")));
+  for (const long call : {SYS_fchmod, SYS_chmod, SYS_utimensat}) {
+    for (const int error : {ENOTSUP, EPERM}) {
+      EXPECT_EQ(unpacking(call, error), "") << call;
+      EXPECT_EQ(contentsOf(path("new/item/folder/file")), "contents");
+      EXPECT_TRUE(isThere(path("new/item/empty")));
+      std::filesystem::remove_all(path("new"));
+    }
+  }
 }
 
 TEST_F(ArchiveFailure, OfMergingLeavesWhatWasThere) { EXPECT_EQ(merging(SYS_renameat), "item/link: " + kBroken); }

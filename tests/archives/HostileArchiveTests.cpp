@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -140,6 +141,22 @@ TEST_F(HostileArchive, CannotUseNamesTooLongForTheSystem) {
   std::string longest;
   while (longest.size() < 4000) longest += std::string(40, 'd') + "/";
   EXPECT_EQ(problemOf(Items{{longest}}), "");
+}
+
+TEST_F(HostileArchive, CannotFillMemoryWithDeepPaths) {
+  Items items;
+  for (char first = 'A'; first <= 'H'; ++first) {
+    std::string name(1, first);
+    while (name.size() < 4090) name += "/d";
+    items.push_back({name});
+  }
+  writeFile(path("deep.zip"), zipBytes(items));
+  inChild([&] {
+    EXPECT_TRUE(unpack(path("deep.zip"), path("new")));
+    rusage used{};
+    ASSERT_EQ(::getrusage(RUSAGE_SELF, &used), 0);
+    EXPECT_LT(used.ru_maxrss, 450L * 1024);
+  });
 }
 
 TEST_F(HostileArchive, CannotBringAnythingButFilesFoldersAndLinks) {

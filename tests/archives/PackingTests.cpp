@@ -283,6 +283,14 @@ TEST_F(MakeArchive, EndsWhenItIsStoppedAndLeavesNothing) {
   }
 }
 
+TEST_F(MakeArchive, EndsWhenItIsStoppedAmongFoldersAlone) {
+  for (int i = 0; i < 3; ++i) makeFolder("item/" + std::to_string(i));
+  int asked = 0;
+  isStopped = [&] { return ++asked == 3; };
+  EXPECT_EQ(pack(path("item"), path("a.zip")).code(), EINTR);
+  EXPECT_EQ(namesIn(path("")).size(), 2U);
+}
+
 TEST_F(MakeArchive, FailsWhenAFileBecomesShorterMeanwhile) {
   makeFile("item/file", std::string(1'000'000, 'x'));
   int asked = 0;
@@ -314,8 +322,8 @@ TEST_F(MakeArchive, LeavesOutWhatVanishesMeanwhile) {
   makeFile("item/b");
   int asked = 0;
   isStopped = [&] {
-    // Both are listed, none is read.
-    if (++asked == 1) {
+    // Asked for the folder first, and then for the first of the two: both are listed, none is read.
+    if (++asked == 2) {
       EXPECT_EQ(::unlink(path("item/a").c_str()) + ::unlink(path("item/b").c_str()), 0);
     }
     return false;

@@ -17,5 +17,7 @@ std::string shownName(std::string_view name);
 /// "name: Why." A failure with a system's error number, or with a sentence of its own.
 platform::Status problemWith(std::string_view name, int error);
 platform::Status problemWith(std::string_view name, const std::string& why);
+/// The same, where the number tells what is in the item's place or on its way; a success for 0.
+platform::Status problemInPlace(std::string_view name, int error);
 
 }  // namespace qm::linux_

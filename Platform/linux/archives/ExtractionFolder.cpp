@@ -13,6 +13,7 @@
 #include "Platform/linux/archives/EntryName.h"
 #include "Platform/linux/archives/NewFile.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
@@ -43,25 +44,12 @@ int obstacleToSize(int file, const std::optional<std::uint64_t>& size) {
   return *size / volume.f_frsize > volume.f_bfree ? ENOSPC : 0;
 }
 
-Status answer(const std::string& name, int error) {
-  switch (error) {
-    case 0:
-      return Status::success();
-    case ELOOP:
-      return problemWith(name, "It would be written through a link");
-    case EISDIR:
-      return problemWith(name, "A folder has its name");
-    case ENOTDIR:
-      return problemWith(name, "Something that is no folder is in its way");
-    default:
-      return problemWith(name, error);
-  }
-}
-
-std::string joined(const std::vector<std::string>& path) {
-  std::string name;
-  for (const std::string& component : path) name += (name.empty() ? "" : "/") + component;
-  return name;
+/// A link to a folder cannot be opened as one; for what it is, it has an error of its own.
+int obstacleOnTheWay(int folder, const std::string& name, int error) {
+  struct stat attributes {};
+  const bool isLink =
+      ::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(attributes.st_mode);
+  return isLink ? ELOOP : error;
 }
 
 Status copyInto(NewFile& file, ZipReader& reader, const ZipEntry& entry, const std::function<bool()>& isStopped) {
@@ -69,7 +57,7 @@ Status copyInto(NewFile& file, ZipReader& reader, const ZipEntry& entry, const s
     if (isStopped()) return problemWith(entry.name, EINTR);
     if (Status status = reader.read(block); !status) return status;
     if (block.empty()) return Status::success();
-    if (const int error = file.write(block)) return answer(entry.name, error);
+    if (const int error = file.write(block)) return problemInPlace(entry.name, error);
   }
 }
 
@@ -81,40 +69,25 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
   if (entry.isEncrypted) return problemWith(entry.name, "It is encrypted");
   if (entry.kind == ZipEntry::Kind::Other)
     return problemWith(entry.name, "It is neither a file nor a folder nor a link");
-  if (entry.kind == ZipEntry::Kind::Folder) return answer(entry.name, addFolder(path, entry));
-  if (path.empty()) return answer(entry.name, EISDIR);
+  if (entry.kind == ZipEntry::Kind::Folder) return problemInPlace(entry.name, addFolder(path, entry));
+  if (path.empty()) return problemInPlace(entry.name, EISDIR);
   const std::string name = std::move(path.back());
   path.pop_back();
-  if (const int error = goTo(std::move(path))) return answer(entry.name, error);
-  if (entry.kind == ZipEntry::Kind::Link) return answer(entry.name, addLink(name, entry));
+  if (const int error = goTo(std::move(path))) return problemInPlace(entry.name, error);
+  if (entry.kind == ZipEntry::Kind::Link) return problemInPlace(entry.name, addLink(name, entry));
   return addFile(name, entry, reader, isStopped);
 }
 
-Status ExtractionFolder::finish() {
-  // What is deep comes first: a folder may shut its owner out.
-  std::vector<std::pair<Path, Folder>> folders(folders_.begin(), folders_.end());
-  std::stable_sort(folders.begin(), folders.end(),
-                   [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
-  folders_.clear();
-  Status first;
-  for (const auto& [path, folder] : folders) {
-    const int error = settle(path, folder);
-    if (error != 0 && first) first = answer(joined(path), error);
-  }
-  return first;
-}
+Status ExtractionFolder::finish() { return folders_.settle(root_.get()); }
 
 /// Goes to a folder. The way begins at the folder of the last item where that is on it.
-int ExtractionFolder::goTo(Path path, Missing missing) {
+int ExtractionFolder::goTo(Path path) {
   std::size_t known = path_.size();
-  if (known > path.size() || !std::equal(path_.begin(), path_.end(), path.begin())) {
-    known = 0;
-    here_.reset();
-  }
+  if (known > path.size() || !std::equal(path_.begin(), path_.end(), path.begin())) known = goToTop();
   path_.clear();
   for (std::size_t i = known; i < path.size(); ++i) {
-    if (const int error = step(path, i, missing)) {
-      here_.reset();
+    if (const int error = step(path[i])) {
+      goToTop();
       return error;
     }
   }
@@ -122,37 +95,32 @@ int ExtractionFolder::goTo(Path path, Missing missing) {
   return 0;
 }
 
-int ExtractionFolder::step(const Path& path, std::size_t index, Missing missing) {
-  const std::string& name = path[index];
-  posix::UniqueFd next(::openat(here(), name.c_str(), kStepFlags));
-  if (!next && errno == ENOENT && missing == Missing::Make) {
-    if (const int error = make(path, index)) return error;
-    next.reset(::openat(here(), name.c_str(), kStepFlags));
-  }
-  if (!next) {
-    const int error = errno;
-    struct stat attributes {};
-    const bool isLink =
-        ::fstatat(here(), name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(attributes.st_mode);
-    return isLink ? ELOOP : error;
-  }
-  here_ = std::move(next);
+std::size_t ExtractionFolder::goToTop() {
+  here_.reset();
+  folder_ = UnpackedFolders::kTop;
   return 0;
 }
 
-int ExtractionFolder::make(const Path& path, std::size_t index) {
-  if (::mkdirat(here(), path[index].c_str(), S_IRWXU) != 0) return errno == EEXIST ? 0 : errno;
-  const auto end = path.begin() + static_cast<std::ptrdiff_t>(index) + 1;
-  folders_[Path(path.begin(), end)].isMade = true;
+int ExtractionFolder::step(const std::string& name) {
+  const std::size_t folder = folders_.below(folder_, name);
+  posix::UniqueFd next(::openat(here(), name.c_str(), kStepFlags));
+  if (!next && errno == ENOENT) {
+    if (::mkdirat(here(), name.c_str(), S_IRWXU) == 0) {
+      folders_.setMade(folder);
+    } else if (errno != EEXIST) {
+      return errno;
+    }
+    next.reset(::openat(here(), name.c_str(), kStepFlags));
+  }
+  if (!next) return obstacleOnTheWay(here(), name, errno);
+  here_ = std::move(next);
+  folder_ = folder;
   return 0;
 }
 
 int ExtractionFolder::addFolder(const Path& path, const ZipEntry& entry) {
   if (const int error = goTo(path)) return error;
-  if (path.empty()) return 0;
-  Folder& folder = folders_[path];
-  folder.permissions = entry.permissions;
-  folder.modified = entry.modified;
+  if (!path.empty()) folders_.setAttributes(folder_, entry.permissions, entry.modified);
   return 0;
 }
 
@@ -160,40 +128,17 @@ int ExtractionFolder::addLink(const std::string& name, const ZipEntry& entry) {
   if (const int error = makeLink(entry.target, here(), name)) return error;
   if (!entry.modified) return 0;
   const timespec times[] = {*entry.modified, *entry.modified};
-  return errorOf(::utimensat(here(), name.c_str(), times, AT_SYMLINK_NOFOLLOW));
+  const int error = errorOf(::utimensat(here(), name.c_str(), times, AT_SYMLINK_NOFOLLOW));
+  return posix::cannotBeKept(error) ? 0 : error;
 }
 
 Status ExtractionFolder::addFile(const std::string& name, const ZipEntry& entry, ZipReader& reader,
                                  const std::function<bool()>& isStopped) {
   NewFile file;
-  if (const int error = file.begin(here(), name)) return answer(entry.name, error);
-  if (const int error = obstacleToSize(file.descriptor(), entry.size)) return answer(entry.name, error);
+  if (const int error = file.begin(here(), name)) return problemInPlace(entry.name, error);
+  if (const int error = obstacleToSize(file.descriptor(), entry.size)) return problemInPlace(entry.name, error);
   if (Status status = copyInto(file, reader, entry, isStopped); !status) return status;
-  return answer(entry.name, file.finish(entry.permissions, entry.modified));
-}
-
-int ExtractionFolder::settle(Path path, const Folder& folder) {
-  const std::string name = std::move(path.back());
-  path.pop_back();
-  if (const int error = goTo(std::move(path), Missing::Fail)) return error;
-  // Not for reading, which its permissions may forbid; what is open in this way is changed by its name in /proc.
-  const posix::UniqueFd made(::openat(here(), name.c_str(), kStepFlags));
-  struct stat attributes {};
-  if (!made || ::fstat(made.get(), &attributes) != 0) return errno;
-  if (!folder.isMade && attributes.st_uid != ::geteuid()) return 0;
-  const std::string self = "/proc/self/fd/" + std::to_string(made.get());
-  const mode_t permissions = folder.permissions.value_or(permissionsOfNewFolder(attributes));
-  if (::chmod(self.c_str(), permissions) != 0) return errno;
-  if (!folder.modified) return 0;
-  const timespec times[] = {*folder.modified, *folder.modified};
-  return errorOf(::utimensat(AT_FDCWD, self.c_str(), times, 0));
-}
-
-mode_t permissionsOfNewFolder(const struct stat& attributes) {
-  // It can only be read by setting it; there is no other thread to see that.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return ((S_IRWXU | S_IRWXG | S_IRWXO) & ~mask) | (attributes.st_mode & S_ISGID);
+  return problemInPlace(entry.name, file.finish(entry.permissions, entry.modified));
 }
 
 }  // namespace qm::linux_

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <sys/stat.h>
-#include <sys/types.h>
-
-#include <ctime>
 #include <functional>
-#include <map>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "Platform/Status.h"
+#include "Platform/linux/archives/UnpackedFolders.h"
 #include "Platform/linux/archives/ZipReader.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -38,32 +33,21 @@ class ExtractionFolder {
 
  private:
   using Path = std::vector<std::string>;
-  enum class Missing { Make, Fail };
 
-  struct Folder {
-    bool isMade = false;
-    std::optional<mode_t> permissions;  // none are those of any new folder
-    std::optional<timespec> modified;
-  };
-
-  int goTo(Path path, Missing missing = Missing::Make);
-  int step(const Path& path, std::size_t index, Missing missing);
-  int make(const Path& path, std::size_t index);
+  int goTo(Path path);
+  std::size_t goToTop();
+  int step(const std::string& name);
   int here() const { return here_ ? here_.get() : root_.get(); }
   int addFolder(const Path& path, const ZipEntry& entry);
   int addLink(const std::string& name, const ZipEntry& entry);
   platform::Status addFile(const std::string& name, const ZipEntry& entry, ZipReader& reader,
                            const std::function<bool()>& isStopped);
-  int settle(Path path, const Folder& folder);
 
   posix::UniqueFd root_;
-  posix::UniqueFd here_;  // the folder of the last item; none for the root
+  posix::UniqueFd here_;  // the folder of the last item; none for the top
+  std::size_t folder_ = UnpackedFolders::kTop;
   Path path_;
-  std::map<Path, Folder> folders_;
+  UnpackedFolders folders_;
 };
-
-/// The permissions that the umask leaves to a new folder, and the mark for its group that it has from the one above.
-/// `attributes` are the folder's.
-mode_t permissionsOfNewFolder(const struct stat& attributes);
 
 }  // namespace qm::linux_

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "Platform/posix/FileContents.h"
+#include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
@@ -41,10 +42,10 @@ int NewFile::create(const std::string& name) {
 int NewFile::write(std::string_view bytes) { return posix::writeAll(file_.get(), bytes.data(), bytes.size()); }
 
 int NewFile::finish(mode_t permissions, const std::optional<timespec>& modified) {
-  if (::fchmod(file_.get(), permissions) != 0) return errno;
+  if (::fchmod(file_.get(), permissions) != 0 && !posix::cannotBeKept(errno)) return errno;
   if (modified) {
     const timespec times[] = {*modified, *modified};
-    if (::futimens(file_.get(), times) != 0) return errno;
+    if (::futimens(file_.get(), times) != 0 && !posix::cannotBeKept(errno)) return errno;
   }
   // Some file systems tell only here that they could not keep what was written.
   if (::close(file_.release()) != 0 && errno != EINTR) return errno;

@@ -13,6 +13,7 @@
 #include "Platform/linux/archives/NewFile.h"
 #include "Platform/linux/archives/ZipReader.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
@@ -56,7 +57,7 @@ class NewFolder {
   int publish(int folder) {
     struct stat attributes {};
     if (::fstat(folder, &attributes) != 0) return errno;
-    if (::fchmod(folder, permissionsOfNewFolder(attributes)) != 0) return errno;
+    if (::fchmod(folder, permissionsOfNewFolder(attributes)) != 0 && !posix::cannotBeKept(errno)) return errno;
     const int error = posix::renameWithoutReplacing({place_.folder.get(), name_}, {place_.folder.get(), place_.name});
     if (error == 0) isMade_ = false;
     return error;

@@ -1,0 +1,153 @@
+#include "Platform/linux/archives/UnpackedFolders.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "Platform/linux/archives/ArchiveProblem.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemCopy.h"
+#include "Platform/posix/SystemFileCalls.h"
+
+namespace qm::linux_ {
+
+using platform::Status;
+using posix::FolderIdentity;
+using posix::UniqueFd;
+
+namespace {
+
+constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+}  // namespace
+
+std::size_t UnpackedFolders::below(std::size_t folder, const std::string& name) {
+  const auto [known, isNew] = folders_[folder].below.try_emplace(name, folders_.size());
+  const std::size_t result = known->second;
+  if (isNew) {
+    Folder& made = folders_.emplace_back();
+    made.name = name;
+    made.above = folder;
+  }
+  return result;
+}
+
+void UnpackedFolders::setMade(std::size_t folder) {
+  folders_[folder].isMade = true;
+  markWay(folder);
+}
+
+void UnpackedFolders::setAttributes(std::size_t folder, mode_t permissions, const std::optional<timespec>& modified) {
+  folders_[folder].permissions = permissions;
+  folders_[folder].modified = modified;
+  markWay(folder);
+}
+
+void UnpackedFolders::markWay(std::size_t folder) {
+  for (; !folders_[folder].isOnTheWay; folder = folders_[folder].above) folders_[folder].isOnTheWay = true;
+}
+
+/// Down into each folder and up again, with one descriptor open: it must come up where it went down.
+class UnpackedFolders::Walk {
+ public:
+  Walk(const std::vector<Folder>& folders, int top) : folders_(folders), top_(top) {}
+
+  Status run() {
+    enter(kTop, UniqueFd(::fcntl(top_, F_DUPFD_CLOEXEC, 0)));
+    while (!way_.empty()) way_.back().next == folderOf(way_.back()).below.end() ? ascend() : descend();
+    return std::move(first_);
+  }
+
+ private:
+  struct Step {
+    std::size_t folder;
+    FolderIdentity identity;
+    std::map<std::string, std::size_t>::const_iterator next;
+  };
+
+  const Folder& folderOf(const Step& step) const { return folders_[step.folder]; }
+
+  void descend() {
+    const std::size_t folder = (way_.back().next++)->second;
+    if (!folders_[folder].isOnTheWay) return;
+    enter(folder, UniqueFd(::openat(here_.get(), folders_[folder].name.c_str(), kFlags)));
+  }
+
+  void enter(std::size_t folder, UniqueFd opened) {
+    FolderIdentity identity;
+    const int error = opened ? posix::identify(opened.get(), identity) : errno;
+    if (error != 0) return note(folder, error);
+    here_ = std::move(opened);
+    way_.push_back({folder, identity, folders_[folder].below.begin()});
+  }
+
+  // The folder is settled when the one above is open again: it may shut its owner out from then on.
+  void ascend() {
+    const std::size_t folder = way_.back().folder;
+    const UniqueFd left = std::move(here_);
+    way_.pop_back();
+    if (way_.empty()) return;
+    here_.reset(::openat(left.get(), "..", kFlags));
+    FolderIdentity above;
+    const bool isTheOne = here_ && posix::identify(here_.get(), above) == 0 && above.sameFolder(way_.back().identity);
+    if (!isTheOne) goDownAnew();
+    if (const int error = settled(left.get(), folders_[folder])) note(folder, error);
+  }
+
+  // What was moved elsewhere meanwhile is left alone.
+  void goDownAnew() {
+    while (!reopen() && way_.size() > 1) {
+      note(way_.back().folder, ESTALE);
+      way_.pop_back();
+    }
+  }
+
+  bool reopen() {
+    here_.reset(::fcntl(top_, F_DUPFD_CLOEXEC, 0));
+    for (std::size_t i = 1; here_ && i < way_.size(); ++i)
+      here_.reset(::openat(here_.get(), folderOf(way_[i]).name.c_str(), kFlags));
+    return static_cast<bool>(here_);
+  }
+
+  static int settled(int item, const Folder& folder) {
+    struct stat attributes {};
+    if (::fstat(item, &attributes) != 0) return errno;
+    if (!folder.isMade && (!folder.permissions || attributes.st_uid != ::geteuid())) return 0;
+    const mode_t permissions = folder.permissions.value_or(permissionsOfNewFolder(attributes));
+    int error = posix::setMode(item, permissions);
+    if (error != 0 && !posix::cannotBeKept(error)) return error;
+    if (!folder.modified) return 0;
+    error = posix::setTimes(item, {*folder.modified, *folder.modified});
+    return posix::cannotBeKept(error) ? 0 : error;
+  }
+
+  void note(std::size_t folder, int error) {
+    if (first_) first_ = problemInPlace(pathOf(folder), error);
+  }
+
+  std::string pathOf(std::size_t folder) const {
+    std::string path = folders_[folder].name;
+    for (folder = folders_[folder].above; folder != kTop; folder = folders_[folder].above)
+      path.insert(0, folders_[folder].name + "/");
+    return path;
+  }
+
+  const std::vector<Folder>& folders_;
+  const int top_;
+  UniqueFd here_;
+  std::vector<Step> way_;
+  Status first_;
+};
+
+Status UnpackedFolders::settle(int top) const { return Walk(folders_, top).run(); }
+
+mode_t permissionsOfNewFolder(const struct stat& attributes) {
+  // It can only be read by setting it; there is no other thread to see that.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return ((S_IRWXU | S_IRWXG | S_IRWXO) & ~mask) | (attributes.st_mode & S_ISGID);
+}
+
+}  // namespace qm::linux_
