@@ -60,9 +60,9 @@ class FileSystem {
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
   /// Hands the entries of a folder to `visit` as they are read, in the same order, with what each is. None is
   /// kept, however many there are. Left out is what cannot be reached: everything in a folder that may
-  /// be listed but not searched, and what has a longer path than the system takes. Nothing when the
-  /// folder cannot be listed.
-  virtual void visitDirectory(const std::string& path, EntrySizes sizes,
+  /// be listed but not searched, and what has a longer path than the system takes. Answers whether the
+  /// folder was listed to its end: what was handed on of one that was not counts for nothing.
+  virtual bool visitDirectory(const std::string& path, EntrySizes sizes,
                               const std::function<void(const DirectoryEntry&)>& visit) const = 0;
   /// The item itself (a link is not followed); nil when nothing is there.
   virtual std::optional<ItemAttributes> attributesOfItem(const std::string& path) const = 0;

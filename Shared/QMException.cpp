@@ -1,7 +1,5 @@
 #include "Shared/QMException.h"
 
-#include <optional>
-
 #include "Platform/Console.h"
 #include "Platform/foundation/Format.h"
 #include "Shared/QMLog.h"
@@ -10,7 +8,11 @@ bool QMException::didTimeout(const Exception* exception) {
   return exception != nullptr && exception->name() == "NSPortTimeoutException";
 }
 
-std::string QMException::logException(const Exception* exception, const std::string& method) {
+std::string QMException::logException(const Exception* exception, const char* method) {
+  return logException(exception, method != nullptr ? std::optional<std::string>(method) : std::nullopt);
+}
+
+std::string QMException::logException(const Exception* exception, const std::optional<std::string>& method) {
   using Text = std::optional<std::string>;
   const Text name = exception != nullptr ? Text(exception->name()) : std::nullopt;
   const Text reason = exception != nullptr ? exception->reason() : std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "Platform/foundation/Exception.h"
@@ -19,7 +20,8 @@ class QMException {
   /// `logException:forMethod:`. Reports "Exception in %s. %@ - %@." (the method that caught it, name,
   /// reason) in the log and on the console, and answers the report. The log reads the report as a
   /// format again, so a "%" in it is a directive there. A nil exception has neither name nor reason;
-  /// both print as "(null)".
-  static std::string logException(const Exception* exception, const std::string& method);
+  /// both print as "(null)", as does a nil method.
+  static std::string logException(const Exception* exception, const std::optional<std::string>& method);
+  static std::string logException(const Exception* exception, const char* method);
   static std::string logException(const Exception*, std::nullptr_t) = delete;
 };

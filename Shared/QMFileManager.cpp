@@ -115,7 +115,7 @@ bool isFolderOrLinkToOne(const DirectoryEntry& entry, const std::string& path) {
 std::uint64_t sizeBelow(const std::string& folder) {
   std::uint64_t sum = 0;
   std::vector<std::string> folders;
-  fileSystem().visitDirectory(folder, EntrySizes::Yes, [&](const DirectoryEntry& entry) {
+  const bool wasListed = fileSystem().visitDirectory(folder, EntrySizes::Yes, [&](const DirectoryEntry& entry) {
     const bool isFile = entry.type == FileType::Regular || entry.type == FileType::Other;
     if (!isFile && isFolderOrLinkToOne(entry, appendingPathComponent(folder, entry.name))) {
       folders.emplace_back(entry.name);
@@ -123,6 +123,7 @@ std::uint64_t sizeBelow(const std::string& folder) {
       sum += entry.size;
     }
   });
+  if (!wasListed) return 0;
   for (const auto& name : folders) sum += sizeBelow(appendingPathComponent(folder, name));
   return sum;
 }

@@ -26,16 +26,23 @@ bool hasWildcard(std::string_view text) { return text.find('*') != std::string_v
 
 const FileSystem& files() { return *platform().fileSystem; }
 
+enum class Place : bool { OnTheWay, AtTheEnd };
+
+/// A link may lead to nothing, and on a folder somebody else's volume may be mounted, that nobody else reaches. On
+/// the way such a folder need not be told apart: nothing is found below it.
+bool mayBeOutOfReach(const DirectoryEntry& entry, Place place) {
+  return entry.type == FileType::SymbolicLink || (entry.type == FileType::Directory && place == Place::AtTheEnd);
+}
+
 /// The entries of a folder that are like a component, each as a path.
-Paths entriesLike(const std::string& folder, std::string_view component) {
+Paths entriesLike(const std::string& folder, std::string_view component, Place place) {
   Paths found;
-  files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
+  const bool wasListed = files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
     if (!qm::foundation::isLike(entry.name, component)) return;
     std::string path = appendingPathComponent(folder, entry.name);
-    // Only a link can lead to nothing.
-    if (entry.type != FileType::SymbolicLink || files().fileExists(path)) found.push_back(std::move(path));
+    if (!mayBeOutOfReach(entry, place) || files().fileExists(path)) found.push_back(std::move(path));
   });
-  return found;
+  return wasListed ? found : Paths();
 }
 
 /// Goes from a folder through the components that are left, to the end of one branch before the next: nothing
@@ -47,7 +54,8 @@ void follow(const std::string& folder, Components components, Paths& found) {
   }
   const Components rest = components.subspan(1);
   if (hasWildcard(components.front())) {
-    for (const auto& path : entriesLike(folder, components.front())) follow(path, rest, found);
+    const Place place = rest.empty() ? Place::AtTheEnd : Place::OnTheWay;
+    for (const auto& path : entriesLike(folder, components.front(), place)) follow(path, rest, found);
     return;
   }
   const std::string path = appendingPathComponent(folder, components.front());

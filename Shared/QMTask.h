@@ -128,7 +128,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// After the last piece the tool is asked to end, and everything that the run held is let go of.
   ///
   /// One run at a time: a second call takes the first one's place. The first tool is not ended, but its
-  /// further output is dropped. The instance lives until its reading threads have ended. Any thread.
+  /// further output is read and dropped. A run whose task is taken out of the slot in another way ends at its next
+  /// piece. The instance lives until its reading threads have ended. Any thread.
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
                          const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
@@ -150,8 +151,9 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   void terminateAsyncTask();
 
  private:
-  /// Whom the output goes to.
+  /// Whom the output of a run's task goes to.
   struct AsyncReceiver {
+    std::shared_ptr<Task> task;
     std::shared_ptr<AsyncTaskDelegate> delegate;
     AsyncTaskSelector selector;
     std::shared_ptr<void> object;
@@ -162,12 +164,15 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   template <class Operation>
   auto withTimeout(TimeoutInterval timeout, Operation operation);
 
-  void beginAsyncRun(const std::shared_ptr<Task>& task, AsyncReceiver receiver);
-  void endAsyncRun(const Task* only);
+  void beginAsyncRun(AsyncReceiver receiver);
+  void endAsyncRun(const std::shared_ptr<Task>& task);
+  void endTool(const std::shared_ptr<Task>& task);
   void readAsyncTask(const std::shared_ptr<Task>& task);
   bool launchForReading(const std::shared_ptr<Task>& task);
   std::string nextPiece(const std::shared_ptr<Task>& task) const;
   void deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
+  void finish(const std::shared_ptr<Task>& task);
+  bool isInProgress(const std::shared_ptr<Task>& task) const;
   AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;
 
   qm::platform::AtomicProperty<std::shared_ptr<Task>> theTask_;

@@ -33,34 +33,47 @@ void QMTask::asyncDataFromTask(const std::string& path, const Arguments& argumen
   task->setStandardError(TaskStream::NullDevice);
   task->setLaunchPath(path);
   task->setArguments(arguments.value_or(std::vector<std::string>()));
-  beginAsyncRun(task, {delegate, selector, object});
+  beginAsyncRun({task, delegate, selector, object});
   if (platform().threads->detachNewThread([self = shared_from_this(), task] { self->readAsyncTask(task); })) return;
   QMLog::appendLogAndPrint("Unable to launch async task - no thread");
-  endAsyncRun(task.get());
+  endAsyncRun(task);
 }
 
 /// What the run before held is let go of outside the lock: a delegate that ends may call back.
-void QMTask::beginAsyncRun(const std::shared_ptr<Task>& task, AsyncReceiver receiver) {
+void QMTask::beginAsyncRun(AsyncReceiver receiver) {
   const std::scoped_lock lock(asyncMutex_);
   std::swap(receiver_, receiver);
-  setTheTask(task);
+  setTheTask(receiver_.task);
 }
 
-void QMTask::terminateAsyncTask() { endAsyncRun(nullptr); }
-
-/// Ends the run in progress, or only that of one task if it is still in progress. The state goes first, so
-/// that a reader whose read is cut short finds nobody to call. A launch that has begun is waited for,
-/// since a tool can be ended only when it is there; one that has not will not begin.
-void QMTask::endAsyncRun(const Task* only) {
+/// The state goes first, so that a reader whose read is cut short finds nobody to call.
+void QMTask::terminateAsyncTask() {
   AsyncReceiver released;
   std::shared_ptr<Task> task;
   {
     const std::scoped_lock lock(asyncMutex_);
     task = theTask();
-    if (only != nullptr && task.get() != only) return;
     std::swap(receiver_, released);
     setTheTask(nullptr);
   }
+  endTool(task);
+  if (released.task != task) endTool(released.task);
+}
+
+/// Ends the run of one task, and leaves another alone that has taken its place.
+void QMTask::endAsyncRun(const std::shared_ptr<Task>& task) {
+  AsyncReceiver released;
+  {
+    const std::scoped_lock lock(asyncMutex_);
+    if (receiver_.task == task) std::swap(receiver_, released);
+    if (theTask() == task) setTheTask(nullptr);
+  }
+  endTool(task);
+}
+
+/// A launch that has begun is waited for, since a tool can be ended only when it is there; one that has not will
+/// not begin.
+void QMTask::endTool(const std::shared_ptr<Task>& task) {
   if (!task) return;
   if (const auto reader = task->standardOutputReader()) reader->close();
   const std::scoped_lock lock(launchMutex_);
@@ -80,7 +93,18 @@ void QMTask::readAsyncTask(const std::shared_ptr<Task>& task) {
   if (!launchForReading(task)) return;
   for (std::string piece = nextPiece(task); !piece.empty(); piece = nextPiece(task))
     deliver(AsyncTaskNotification::withData(std::move(piece)), task);
-  deliver(AsyncTaskNotification::withData(std::string()), task);
+  finish(task);
+}
+
+/// A tool whose place another has taken runs on, and may print: a pipe that nobody reads would end it.
+void QMTask::finish(const std::shared_ptr<Task>& task) {
+  if (isInProgress(task)) {
+    deliver(AsyncTaskNotification::withData(std::string()), task);
+    endAsyncRun(task);
+  } else if (const auto reader = task->standardOutputReader()) {
+    while (!reader->availableData().empty()) {
+    }
+  }
 }
 
 bool QMTask::launchForReading(const std::shared_ptr<Task>& task) {
@@ -92,7 +116,7 @@ bool QMTask::launchForReading(const std::shared_ptr<Task>& task) {
   }
   if (launched) return true;
   QMLog::appendLogAndPrint("Unable to launch async task - %@", launched.localizedDescription());
-  endAsyncRun(task.get());
+  endAsyncRun(task);
   return false;
 }
 
@@ -104,18 +128,29 @@ std::string QMTask::nextPiece(const std::shared_ptr<Task>& task) const {
 
 // MARK: - Delivery
 
-void QMTask::asyncTaskReturnData(const AsyncTaskNotification& notification) { deliver(notification, theTask()); }
+void QMTask::asyncTaskReturnData(const AsyncTaskNotification& notification) {
+  std::shared_ptr<Task> task;
+  {
+    const std::scoped_lock lock(asyncMutex_);
+    task = receiver_.task ? receiver_.task : theTask();
+  }
+  deliver(notification, task);
+  if (notification.data().empty()) endAsyncRun(task);
+}
 
 void QMTask::deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task) {
-  const std::string& data = notification.data();
   const AsyncReceiver receiver = receiverOf(task);
   if (receiver.delegate && receiver.selector && receiver.delegate->respondsToSelector(*receiver.selector))
-    receiver.delegate->perform(*receiver.selector, data, *this, receiver.object);
-  if (data.empty()) endAsyncRun(task.get());
+    receiver.delegate->perform(*receiver.selector, notification.data(), *this, receiver.object);
+}
+
+bool QMTask::isInProgress(const std::shared_ptr<Task>& task) const {
+  const std::scoped_lock lock(asyncMutex_);
+  return receiver_.task == task || theTask() == task;
 }
 
 /// Who receives a task's output; nobody once its run has ended or another has taken its place.
 QMTask::AsyncReceiver QMTask::receiverOf(const std::shared_ptr<Task>& task) const {
   const std::scoped_lock lock(asyncMutex_);
-  return theTask() == task ? receiver_ : AsyncReceiver();
+  return receiver_.task == task ? receiver_ : AsyncReceiver();
 }

@@ -149,7 +149,7 @@ void appendArgument(std::string& result, double number, const Directive& directi
   const char* end = directive.conversion == 'f'
                         ? std::to_chars(first, last, magnitude, std::chars_format::fixed, precision).ptr
                         : std::to_chars(first, last, magnitude).ptr;
-  appendNumber(result, signOf(std::signbit(number), directive),
+  appendNumber(result, signOf(std::signbit(number) && !std::isnan(number), directive),
                std::string_view(digits, static_cast<std::size_t>(end - digits)), directive, std::isfinite(number));
 }
 

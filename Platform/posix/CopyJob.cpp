@@ -67,7 +67,7 @@ int CopyJob::itemBegins(std::string_view folder, std::string_view name) {
 }
 
 int CopyJob::bytesCopied(std::uint64_t count) {
-  bytes_ += count;
+  bytes_ = sumOrMost(bytes_, count);
   return goOn();
 }
 
@@ -76,6 +76,11 @@ int CopyJob::goOn() {
   const FileOperationStage stage =
       total_->isFinished() ? FileOperationStage::Running : FileOperationStage::Preflighting;
   const Time now = clock_.monotonicNow();
+  // The interval begins when a report has been handed over, however late that is.
+  if (stage == stage_ && operation_->hasWaitingReport(stage)) {
+    lastReport_ = now;
+    return 0;
+  }
   if (stage != stage_ || now - lastReport_ >= interval_) report(stage, now);
   return 0;
 }

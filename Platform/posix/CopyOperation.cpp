@@ -31,6 +31,11 @@ bool CopyOperation::report(FileOperationReport report) {
   return true;
 }
 
+bool CopyOperation::hasWaitingReport(FileOperationStage stage) const {
+  const std::scoped_lock lock(mutex_);
+  return waiting_.at(static_cast<std::size_t>(stage));
+}
+
 /// On the main thread. No lock is held while the callback runs: it may call back.
 void CopyOperation::deliver(const FileOperationReport& report) {
   const bool last = report.stage == FileOperationStage::Complete;

@@ -30,6 +30,8 @@ class CopyOperation final : public platform::FileOperation, public std::enable_s
   /// Has a report made on the main thread. One about progress is left out, and false answered, while
   /// the one before it of the same stage waits there.
   bool report(platform::FileOperationReport report);
+  /// One about progress of this stage waits on the main thread.
+  bool hasWaitingReport(platform::FileOperationStage stage) const;
 
  private:
   bool setScheduled(bool scheduled);

@@ -75,9 +75,9 @@ std::optional<std::vector<std::string>> PosixFileSystem::contentsOfDirectory(con
   return names;
 }
 
-void PosixFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
+bool PosixFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
                                      const std::function<void(const platform::DirectoryEntry&)>& visit) const {
-  static_cast<void>(visitFolder(path, sizes, visit));
+  return visitFolder(path, sizes, visit) == 0;
 }
 
 std::optional<ItemAttributes> PosixFileSystem::attributesOfItem(const std::string& path) const {

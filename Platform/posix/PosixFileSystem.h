@@ -22,7 +22,7 @@ class PosixFileSystem : public platform::FileSystem {
   bool isExecutableFile(const std::string& path) const override;
   bool isWritableFile(const std::string& path) const override;
   std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
-  void visitDirectory(const std::string& path, platform::EntrySizes sizes,
+  bool visitDirectory(const std::string& path, platform::EntrySizes sizes,
                       const std::function<void(const platform::DirectoryEntry&)>& visit) const override;
   std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;

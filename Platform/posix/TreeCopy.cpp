@@ -249,6 +249,7 @@ FileError copyTree(const Place& source, const Place& destination, CopyObserver& 
   const std::string name = temporaryName();
   bool made = false;
   FileError error = copyItem(source, attributes, {folder, name}, observer, made);
+  if (!error) error = observer.bytesCopied(0);  // the last moment at which it can be given up
   if (!error)
     error = {renameWithoutReplacing({folder, name}, {folder, destination.name}), {}, FileError::Side::Destination};
   if (error && made) static_cast<void>(removeTree(folder, name, OpenUpFolders::Yes));

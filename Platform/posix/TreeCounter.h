@@ -3,9 +3,16 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 
 namespace qm::posix {
+
+/// The sum, or the largest number where that is too small: holes make files of any size.
+inline std::uint64_t sumOrMost(std::uint64_t one, std::uint64_t other) {
+  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+  return one > most - other ? most : one + other;
+}
 
 /// Counts an item and all that is below it. One thread counts; others may read the numbers so far, ask
 /// whether they are final, and end the counting.

@@ -43,9 +43,10 @@ class Walk {
   int visit(const FolderEntry& entry) {
     if (entry.kind == EntryKind::RegularFile) return visitor_.regularFile(chain_.folder(), entry.name);
     if (!isFolder(entry)) return visitor_.item(chain_.folder(), entry.name);
+    const std::size_t depth = chain_.depth();
     const int error = descend(entry.name);
-    // It was replaced since the listing.
-    const bool noFolder = error == ENOTDIR || error == ELOOP;
+    // It was replaced since the listing; unless it was entered, and the number is the visitor's own.
+    const bool noFolder = (error == ENOTDIR || error == ELOOP) && chain_.depth() == depth;
     return noFolder ? visitor_.item(chain_.folder(), entry.name) : error;
   }
 

@@ -58,14 +58,18 @@ std::optional<std::vector<std::string>> FakeFileSystem::contentsOfDirectory(cons
   return disk_.list(path);
 }
 
-void FakeFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
+/// One that is made to fail fails after its first entry.
+bool FakeFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
                                     const std::function<void(const platform::DirectoryEntry&)>& visit) const {
-  if (calls_.question("fileSystem.visitDirectory", path)) return;
-  for (const std::string& name : disk_.list(path).value_or(std::vector<std::string>())) {
+  const bool fails = calls_.question("fileSystem.visitDirectory", path);
+  const auto names = disk_.list(path);
+  if (!names) return false;
+  for (const std::string& name : *names) {
     const auto attributes = disk_.attributes(foundation::appendingPathComponent(path, name));
-    if (!attributes) continue;
-    visit({name, attributes->type, sizes == platform::EntrySizes::Yes ? attributes->size : 0});
+    if (attributes) visit({name, attributes->type, sizes == platform::EntrySizes::Yes ? attributes->size : 0});
+    if (fails) return false;
   }
+  return !fails;
 }
 
 std::optional<platform::ItemAttributes> FakeFileSystem::attributesOfItem(const std::string& path) const {

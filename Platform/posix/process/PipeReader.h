@@ -15,6 +15,9 @@ class PipeReader : public platform::OutputReader {
  public:
   explicit PipeReader(UniqueFd pipe) : pipe_(std::move(pipe)) {}
 
+  /// The system had what it takes to end a read that is blocked.
+  bool canBeWoken() const { return wakeup_.descriptor() >= 0; }
+
   std::string availableData() override;
   void close() override;
 

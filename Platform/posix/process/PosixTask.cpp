@@ -56,7 +56,9 @@ PosixTask::Stream PosixTask::makeOutput(TaskStream kind) {
   Pipe pipe = makeLargestPipe();
   if (!pipe.writing) stream.error = errno;
   stream.childEnd = std::move(pipe.writing);
-  stream.reader = std::make_shared<PipeReader>(std::move(pipe.reading));
+  const auto reader = std::make_shared<PipeReader>(std::move(pipe.reading));
+  if (stream.error == 0 && !reader->canBeWoken()) stream.error = EMFILE;
+  stream.reader = reader;
   return stream;
 }
 

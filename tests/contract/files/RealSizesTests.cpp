@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <climits>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Platform/foundation/PathComponents.h"
@@ -119,6 +121,19 @@ TEST(SizesOnDisk, AreThoseOfTheWalkByPaths) {
     for (const std::string name :
          {"/a/b", "/a/to-b", "/a/closed", "/a/unsearchable", "/a/dangling", "/a/fifo", "/a/file", "/none"})
       EXPECT_EQ(QMFileManager::fileSize(home + name), sizeByPaths(home + name)) << name;
+  });
+}
+
+TEST(SizesOnDisk, CountNothingOfAFolderThatCannotBeReadToItsEnd) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    for (int i = 0; i < 2000; ++i) makeFile(home + "/file " + std::to_string(i), "x");
+    bool isFirst = true;
+    const auto stopReading = [&](const platform::DirectoryEntry&) {
+      if (std::exchange(isFirst, false)) failSystemCall(SYS_getdents64, EIO);
+    };
+    EXPECT_FALSE(files.visitDirectory(home, platform::EntrySizes::No, stopReading));
+    EXPECT_FALSE(isFirst);
   });
 }
 

@@ -184,6 +184,27 @@ TEST_F(PosixTasks, InheritsTheStreamsOfTheProcess) {
   });
 }
 
+TEST_F(PosixTasks, SharesTheStandardInputOfTheProcess) {
+  inChild([this] {
+    const std::string path = makeFile("input", "inherited", 0600);
+    const posix::UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::dup2(file.get(), STDIN_FILENO), STDIN_FILENO);
+    auto task = prepare("/bin/cat", {});
+    task->setStandardOutput(TaskStream::Pipe);
+    ASSERT_TRUE(task->launch().ok());
+    EXPECT_EQ(readToEnd(*task->standardOutputReader()), "inherited");
+  });
+}
+
+TEST_F(PosixTasks, StartsNothingWhoseReadingCouldNotBeEnded) {
+  inChild([this] {
+    failSystemCall(SYS_eventfd2, EMFILE);
+    auto task = prepare("/bin/echo", {"x"});
+    task->setStandardOutput(TaskStream::Pipe);
+    EXPECT_EQ(task->launch().code(), EMFILE);
+  });
+}
+
 TEST_F(PosixTasks, TakesAMegabyteOfErrorOutputWhileNobodyReadsIt) {
   auto task = prepareShell("head -c 1048576 /dev/zero >&2");
   task->setStandardOutput(TaskStream::Pipe);

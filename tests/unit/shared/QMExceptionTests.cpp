@@ -117,6 +117,12 @@ TEST_F(LogException, PrintsEmptyTextsAsNothingAndNilAsNull) {
                                     "Exception in removeItem. (null) - (null)."));
 }
 
+TEST_F(LogException, PrintsANilMethodAsNull) {
+  const char* method = nullptr;
+  EXPECT_EQ(QMException::logException(nullptr, method), "Exception in (null). (null) - (null).");
+  EXPECT_EQ(QMException::logException(nullptr, std::nullopt), "Exception in (null). (null) - (null).");
+}
+
 TEST_F(LogException, ReportsToTheConsoleWhenThereIsNoLog) {
   fakes.disk.remove(kLog);
   const std::string text = "Exception in removeItem. A - b.";

@@ -169,6 +169,20 @@ TEST_F(WildcardTest, ListsEachFolderOnceAndTestsOnlyWhatAListingDoesNotTell) {
   EXPECT_EQ(fakes.calls.count("fileSystem.fileExists"), 2U) << "a name of the pattern, and a link";
 }
 
+TEST_F(WildcardTest, LeavesOutFoldersThatAreListedAndAreNotThereForTheUser) {
+  addFiles({"/d/mounted/x", "/d/open/x"});
+  fakes.calls.failNext("fileSystem.fileExists(/d/mounted)");
+  EXPECT_THAT(matching("/d/*"), ElementsAre("/d/open"));
+}
+
+TEST_F(WildcardTest, FindsNothingInAFolderThatCannotBeReadToItsEnd) {
+  addFiles({"/d/a/x", "/d/b/x"});
+  fakes.calls.failNext("fileSystem.visitDirectory(/d)");
+  EXPECT_THAT(matching("/d/*/x"), IsEmpty());
+  fakes.calls.failNext("fileSystem.visitDirectory(/d/a)");
+  EXPECT_THAT(matching("/d/*/*"), ElementsAre("/d/b/x"));
+}
+
 TEST_F(WildcardTest, LeavesOutWhatIsListedButCannotBeReached) {
   addFiles({"/d/closed/x", "/d/open/x"});
   fakes.disk.setSearchable("/d/closed", false);

@@ -85,6 +85,65 @@ TEST_F(AsyncTaskEnd, LeavesARunAloneThatTheDelegateBeginsAtTheLastCall) {
   expectReleased();
 }
 
+TEST_F(AsyncTaskEnd, EndsAToolThatRunsOnAlthoughTheDelegateBeginsAnotherRunAtTheLastCall) {
+  TaskScript script;
+  script.standardOutput = {"one"};
+  script.closesOutputEarly = script.runsUntilEnded = true;
+  fakes.tasks.script(kTool, script);
+  const auto second = std::make_shared<AsyncDelegate>();
+  delegate = std::make_shared<AsyncDelegate>([&](const std::string& data, QMTask& runnerItself) {
+    if (!data.empty()) return;
+    scriptOutput({"two"});
+    runnerItself.asyncDataFromTask(kTool, {}, second, kSelector, nullptr);
+  });
+  start();
+  ASSERT_TRUE(second->waitForCalls(2));
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_TRUE(fakes.tasks.all().front()->wasTerminated());
+  EXPECT_THAT(second->pieces(), ElementsAre("two", ""));
+}
+
+TEST_F(AsyncTaskEnd, ComesAtTheNextPieceWhenTheSlotIsEmptied) {
+  scriptEndlessTool({"one"});
+  auto context = std::make_shared<int>(7);
+  start(delegate, kSelector, context);
+  ASSERT_TRUE(delegate->waitForCalls(1));
+  const auto tool = fakes.tasks.last();
+  runner->setTheTask(nullptr);
+  tool->print("two");
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_EQ(delegate->pieces().front(), "one");
+  EXPECT_EQ(delegate->pieces().back(), "");
+  EXPECT_TRUE(tool->wasTerminated());
+  expectReleased();
+}
+
+TEST_F(AsyncTaskEnd, LetsGoOfTheContextWhicheverWayItComes) {
+  // The delegate keeps the context of each call; this one answers none.
+  const auto silent = std::make_shared<AsyncDelegate>();
+  const auto isHeld = [](const std::shared_ptr<int>& context) { return context.use_count() > 1; };
+  const AsyncTaskSelector unanswered = "nobody:";
+  scriptEndlessTool({"one"});
+  auto ended = std::make_shared<int>(1);
+  start(silent, unanswered, ended);
+  EXPECT_TRUE(isHeld(ended));
+  runner->terminateAsyncTask();
+  EXPECT_FALSE(isHeld(ended));
+  auto replaced = std::make_shared<int>(2);
+  start(silent, unanswered, replaced);
+  scriptOutput({"two"});
+  start(delegate);
+  EXPECT_FALSE(isHeld(replaced));
+  ASSERT_TRUE(delegate->waitForCalls(2));
+  for (const auto& tool : fakes.tasks.all()) tool->terminate();
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  fakes.calls.failNext("tasks.launch");
+  auto failed = std::make_shared<int>(3);
+  start(silent, unanswered, failed);
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_FALSE(isHeld(failed));
+}
+
 // MARK: - What cannot be launched
 
 class AsyncTaskFailure : public AsyncTaskTest {

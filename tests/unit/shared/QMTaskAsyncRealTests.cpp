@@ -49,6 +49,20 @@ TEST_F(RealAsyncTask, HandsThreePiecesOnAsTheyArePrintedAndThenAnEmptyOne) {
   EXPECT_EQ(runner->theTask(), nullptr);
 }
 
+TEST_F(RealAsyncTask, IsNotEndedByAnotherThatTakesItsPlace) {
+  const std::string go = gate("go");
+  const std::string done = folder() + "/done";
+  start("printf one; read line < " + go + "; head -c 3000000 /dev/zero; echo done > " + done);
+  ASSERT_TRUE(delegate->waitForCalls(1));
+  const auto second = std::make_shared<AsyncDelegate>();
+  runner->asyncDataFromTask(kShell, script("printf two"), second, kSelector, nullptr);
+  std::ofstream(go) << "go\n";
+  ASSERT_TRUE(waitUntilEnded());
+  EXPECT_TRUE(std::filesystem::exists(done)) << "it could not print to its end";
+  EXPECT_THAT(delegate->pieces(), ElementsAre("one"));
+  EXPECT_THAT(second->pieces(), ElementsAre("two", ""));
+}
+
 TEST_F(RealAsyncTask, HandsOneEmptyPieceOnOfAToolThatPrintsNothing) {
   start("exit 3");
   ASSERT_TRUE(waitUntilEnded());
