@@ -76,13 +76,16 @@ int CopyJob::goOn() {
   const FileOperationStage stage =
       total_->isFinished() ? FileOperationStage::Running : FileOperationStage::Preflighting;
   const Time now = clock_.monotonicNow();
-  // The interval begins when a report has been handed over, however late that is.
-  if (stage == stage_ && operation_->hasWaitingReport(stage)) {
-    lastReport_ = now;
-    return 0;
-  }
+  if (stage == stage_ && !lastIsHandedOver(now)) return 0;
   if (stage != stage_ || now - lastReport_ >= interval_) report(stage, now);
   return 0;
+}
+
+/// The interval begins when a report has been handed over, however late that is.
+bool CopyJob::lastIsHandedOver(Time now) {
+  const bool waited = std::exchange(lastWaits_, operation_->hasWaitingReport(stage_));
+  if (waited && !lastWaits_) lastReport_ = now;
+  return !lastWaits_;
 }
 
 void CopyJob::report(FileOperationStage stage, Time now) {

@@ -34,6 +34,7 @@ class CopyJob final : public CopyObserver {
 
   void count(platform::Threads& threads);
   int goOn();
+  bool lastIsHandedOver(Time now);
   void report(platform::FileOperationStage stage, Time now);
   void reportEnd(int error);
   platform::FileOperationStatusDictionary status(Time now) const;
@@ -50,6 +51,7 @@ class CopyJob final : public CopyObserver {
   std::string current_;  ///< the item that is copied, from the source on
   platform::FileOperationStage stage_ = platform::FileOperationStage::Undefined;
   Time lastReport_;
+  bool lastWaits_ = false;  ///< to be handed over, when it was looked at last
 };
 
 }  // namespace qm::posix

@@ -289,6 +289,42 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
   });
 }
 
+TEST(CopyingInTheBackgroundOnDisk, KeepsTheIntervalBehindAReportThatIsHandedOverLate) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    makeFolders(from + "/tree");
+    for (int file = 0; file < 60; ++file) makeFile(from + "/tree/" + std::to_string(file), "12345678");
+    RealCopies machine;
+    machine.calls.failNth("threads.detachNewThread", 2);  // so that all is counted from the start
+    machine.clock.goBySteps(milliseconds(100));
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool mainThreadIsBusy = false;
+    machine.clock.onQuestion([&](int) {
+      std::unique_lock lock(mutex);
+      changed.notify_all();
+      const auto mayGoOn = [&] { return mainThreadIsBusy || machine.mainThread.queued() == 0; };
+      changed.wait_for(lock, std::chrono::seconds(30), mayGoOn);
+    });
+    BackgroundCopy copy(machine.service, machine.mainThread);
+    std::vector<int> moments;
+    copy.react([&](const FileOperationReport& report) {
+      std::unique_lock lock(mutex);
+      changed.notify_all();
+      if (report.stage != FileOperationStage::Running) return;
+      moments.push_back(machine.clock.questions());
+      if (moments.size() > 1) return;
+      mainThreadIsBusy = true;  // for two and a half intervals
+      changed.notify_all();
+      changed.wait_for(lock, std::chrono::seconds(30), [&] { return machine.clock.questions() >= moments[0] + 25; });
+      mainThreadIsBusy = false;
+    });
+    ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
+    ASSERT_GE(moments.size(), 5U);
+    for (std::size_t i = 1; i < moments.size(); ++i) EXPECT_GE(moments[i], moments[i - 1] + 10) << i;
+  });
+}
+
 TEST(CopyingInTheBackgroundOnDisk, TellsTheGreatestNumberOfAThroughputBeyondIt) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");

@@ -2,6 +2,7 @@
 #include <sys/xattr.h>
 
 #include <functional>
+#include <limits>
 
 #include "Platform/posix/Move.h"
 #include "Platform/posix/TreeCounter.h"
@@ -312,6 +313,21 @@ TEST(CountingATree, AgreesWithWhatIsCopied) {
     EXPECT_EQ(counter.objects(), observer.items);
     EXPECT_EQ(counter.bytes(), 55'000'008U);
     EXPECT_EQ(counter.bytes(), observer.bytes);
+  });
+}
+
+TEST(CountingATree, NeverCountsBeyondTheGreatestNumber) {
+  runInPrivateMachine([] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume);
+    makeFolders(volume + "/tree");
+    for (const char* name : {"/tree/a", "/tree/b", "/tree/c"}) {
+      makeFile(volume + name);
+      fs::resize_file(volume + name, std::numeric_limits<off_t>::max());
+    }
+    posix::TreeCounter counter;
+    counter.count(volume + "/tree");
+    EXPECT_EQ(counter.bytes(), std::numeric_limits<std::uint64_t>::max());
   });
 }
 

@@ -117,5 +117,33 @@ TEST(TreeWalkOnDisk, TakesAFolderThatBecomesALinkForAnItem) {
   });
 }
 
+/// Fails with one number at each folder below the top.
+class RefusingVisitor : public posix::TreeVisitor {
+ public:
+  explicit RefusingVisitor(int error) : error_(error) {}
+
+  int entered(const FolderChain& chain, const std::string&) override { return chain.depth() > 1 ? error_ : 0; }
+  int item(int, const std::string&) override {
+    ADD_FAILURE() << "a folder was taken for an item";
+    return 0;
+  }
+  int left(int, int, const std::string&) override { return 0; }
+  int cannotEnter(int, const std::string&, int error) override { return error; }
+
+ private:
+  const int error_;
+};
+
+TEST(TreeWalkOnDisk, EndsWithTheErrorOfAVisitorWhateverItsNumberMeansElsewhere) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFolders(home + "/tree/one");
+    for (const int error : {ENOTDIR, ELOOP, EIO}) {
+      RefusingVisitor visitor(error);
+      EXPECT_EQ(walkTree(openForLookup(home).get(), "tree", visitor).code, error);
+    }
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing

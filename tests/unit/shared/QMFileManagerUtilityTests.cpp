@@ -58,6 +58,7 @@ TEST(FormatFileSize, ShowsGigabytesHoweverMany) {
 
 TEST(FormatFileSize, ShowsWhatIsNoNumberInGigabytes) {
   EXPECT_EQ(QMFileManager::formatFileSize(std::numeric_limits<double>::quiet_NaN()), "nan GB");
+  EXPECT_EQ(QMFileManager::formatFileSize(-std::numeric_limits<double>::quiet_NaN()), "nan GB");
 }
 
 // MARK: - Names
