@@ -94,6 +94,7 @@ void CopyJob::report(FileOperationStage stage, Time now) {
   if (!operation_->report(std::move(report))) return;
   stage_ = stage;
   lastReport_ = now;
+  lastWaits_ = true;
 }
 
 /// Of every success something of the running stage is told first, however short it was.

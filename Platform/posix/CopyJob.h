@@ -51,7 +51,7 @@ class CopyJob final : public CopyObserver {
   std::string current_;  ///< the item that is copied, from the source on
   platform::FileOperationStage stage_ = platform::FileOperationStage::Undefined;
   Time lastReport_;
-  bool lastWaits_ = false;  ///< to be handed over, when it was looked at last
+  bool lastWaits_ = false;  ///< to be handed over, as far as is known
 };
 
 }  // namespace qm::posix
