@@ -299,11 +299,11 @@ TEST(CopyingInTheBackgroundOnDisk, KeepsTheIntervalBehindAReportThatIsHandedOver
     machine.clock.goBySteps(milliseconds(100));
     std::mutex mutex;
     std::condition_variable changed;
-    bool mainThreadIsBusy = false;
+    int busyUntil = 0;  // question of the copy to the clock
     machine.clock.onQuestion([&](int) {
       std::unique_lock lock(mutex);
       changed.notify_all();
-      const auto mayGoOn = [&] { return mainThreadIsBusy || machine.mainThread.queued() == 0; };
+      const auto mayGoOn = [&] { return machine.clock.questions() < busyUntil || machine.mainThread.queued() == 0; };
       changed.wait_for(lock, std::chrono::seconds(30), mayGoOn);
     });
     BackgroundCopy copy(machine.service, machine.mainThread);
@@ -314,10 +314,9 @@ TEST(CopyingInTheBackgroundOnDisk, KeepsTheIntervalBehindAReportThatIsHandedOver
       if (report.stage != FileOperationStage::Running) return;
       moments.push_back(machine.clock.questions());
       if (moments.size() > 1) return;
-      mainThreadIsBusy = true;  // for two and a half intervals
+      busyUntil = moments[0] + 25;  // two and a half intervals
       changed.notify_all();
-      changed.wait_for(lock, std::chrono::seconds(30), [&] { return machine.clock.questions() >= moments[0] + 25; });
-      mainThreadIsBusy = false;
+      changed.wait_for(lock, std::chrono::seconds(30), [&] { return machine.clock.questions() >= busyUntil; });
     });
     ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
     ASSERT_GE(moments.size(), 5U);
