@@ -8,6 +8,7 @@
 
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TreeCopy.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
@@ -58,6 +59,7 @@ class Placeholder {
 int renameOverPlaceholder(ItemName from, ItemName to) {
   struct stat item {};
   if (::fstatat(from.folder, from.name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  if (S_ISDIR(item.st_mode) && isWithin(to.folder, from.folder, from.name)) return EINVAL;
   Placeholder placeholder(to.folder, to.name.c_str(), S_ISDIR(item.st_mode));
   if (!placeholder.made()) return errno;
   if (::renameat(from.folder, from.name.c_str(), to.folder, to.name.c_str()) != 0) return errno;

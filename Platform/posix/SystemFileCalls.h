@@ -35,7 +35,7 @@ int identify(int folder, FolderIdentity& identity);
 /// The item may not be renamed or removed, whatever the permissions say (immutable or append-only).
 bool isProtected(int folder, const char* name);
 
-/// Something is mounted on the folder or on an item below it. False as well when the system does not tell.
+/// Something is mounted on an item below the folder. False as well when the system does not tell.
 bool holdsMountPoint(int folder);
 
 /// Lets a new, empty file have the contents of another without copying them, where the file system can:

@@ -187,6 +187,7 @@ TEST_F(HostileArchive, IsRefusedWhenContentsAreNotWhatItSays) {
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .checksumError = 1}}), "");
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .sizeError = 1}}), "");
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .sizeError = -1}}), "");
+  EXPECT_EQ(problemOf(Items{{.name = "x", .sizeError = 4}}), "x: It is shorter than the archive says");
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .method = 8}}), "");
   EXPECT_NE(problemOf(Items{{.name = "x", .contents = "text", .method = 77}}), "");
 }

@@ -142,6 +142,22 @@ TEST_F(OtherPrograms, MayCompressInOtherWays) {
   }
 }
 
+TEST_F(OtherPrograms, MayCompressLinksToo) {
+  const char* const script =
+      "import sys, zipfile\n"
+      "link = zipfile.ZipInfo('link')\n"
+      "link.create_system = 3\n"
+      "link.external_attr = 0o120777 << 16\n"
+      "with zipfile.ZipFile(sys.argv[1], 'w') as z:\n"
+      "  z.writestr(link, 'x' * 100, getattr(zipfile, sys.argv[2]))\n";
+  for (const std::string method : {"ZIP_STORED", "ZIP_DEFLATED", "ZIP_LZMA"}) {
+    expectSuccess({"python3", "-c", script, path(method + ".zip"), method});
+    const ProgramRun run = runZipTool({"-xk", path(method + ".zip"), path(method)});
+    EXPECT_EQ(run.status, 0) << method << run.output;
+    EXPECT_EQ(snapshot(path(method)).at("link"), "120777 to " + std::string(100, 'x')) << method;
+  }
+}
+
 TEST_F(OtherPrograms, WriteWithPythonWhatIsUnpacked) {
   expectSuccess({"python3", "-c", kPythonPack, path("a.zip")});
   const ProgramRun run = runZipTool({"-xk", path("a.zip"), path("new")});

@@ -83,6 +83,17 @@ TEST_F(ItemInTheTrash, IsNeverPutIntoAnotherOfItsName) {
   });
 }
 
+TEST_F(ItemInTheTrash, IsNeverPutBehindALinkOfItsName) {
+  run([] {
+    makeFolder(home() + "/dev", kPerson);
+    makeLink(trash() + "/files/Tessaly.app", home() + "/dev", kPerson);
+    makeBundle(applications() + "/Tessaly.app");
+    EXPECT_EQ(trashItem("Tessaly.app").note, "\"Tessaly.app\" is taken; it is now: Tessaly.app 2");
+    EXPECT_EQ(namesIn(home() + "/dev"), std::vector<std::string>{});
+    EXPECT_TRUE(exists(trash() + "/files/Tessaly.app 2/Contents/secret"));
+  });
+}
+
 TEST_F(ItemInTheTrash, CanBeRestoredByThePerson) {
   run([] {
     makeBundle(applications() + "/Tessaly.app");

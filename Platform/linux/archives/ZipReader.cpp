@@ -154,8 +154,10 @@ Status ZipReader::next(std::optional<ZipEntry>& entry) {
 }
 
 // These two kinds of compression let an archive say how much memory its reader takes, up to 4 GiB. The format's
-// name has that of the item's compression in it, and the contents follow in the file.
+// name has that of the item's compression in it, and the contents follow in the file. What a link leads to is read
+// already, and is too short to fill any memory.
 Status ZipReader::memoryAllowed() const {
+  if (current_.kind == ZipEntry::Kind::Link) return Status::success();
   const std::string format = textOf(::archive_format_name(archive_.get()));
   if (format.ends_with("(xz)")) return problemWith(current_.name, "It is compressed by xz, which is not supported");
   if (!format.ends_with("(lzma)")) return Status::success();
@@ -176,7 +178,8 @@ Status ZipReader::read(std::string_view& block) {
     const int result = ::archive_read_data_block(archive_.get(), &bytes, &count, &offset);
     if (result == ARCHIVE_EOF) {
       block = {};
-      return Status::success();  // the library itself tells when less came than was said
+      const bool isWhole = !current_.size || read_ == *current_.size;
+      return isWhole ? Status::success() : problemWith(current_.name, "It is shorter than the archive says");
     }
     if (result != ARCHIVE_OK) return failure(current_.name);
   } while (count == 0);

@@ -90,8 +90,7 @@ platform::OSStatus readApplicationBundle(const std::string& path, ApplicationBun
   if (information == nullptr) return platform::kLSNotAnApplicationErr;
   const std::string executable = textAt(information, "CFBundleExecutable");
   const std::string program = folder + "/Contents/MacOS/" + executable;
-  if (!isFileName(executable) || !isRegularFile(program) || !files.isExecutableFile(program))
-    return platform::kLSNoExecutableErr;
+  if (!isFileName(executable) || !files.isExecutableFile(program)) return platform::kLSNoExecutableErr;
   bundle.identifier = textAt(information, "CFBundleIdentifier");
   bundle.entry = {nameOf(information, folder), program, iconIn(folder, textAt(information, "CFBundleIconFile")),
                   mediaTypesIn(information), folder};

@@ -104,13 +104,22 @@ std::optional<std::string> MountTable::mountPoint(std::uint64_t mount) const {
   return std::nullopt;
 }
 
-bool MountTable::hasMountBelow(const std::string& path) const {
+template <class IsWanted>
+bool MountTable::hasMountAt(IsWanted isWanted) const {
   for (std::string_view rest = text_; !rest.empty();) {
     const std::string_view point = parse(takeUntil(rest, '\n')).point;
     const bool plain = point.find('\\') == std::string_view::npos;
-    if (plain ? isAtOrBelow(point, path) : isAtOrBelow(unescaped(point), path)) return true;
+    if (plain ? isWanted(point) : isWanted(unescaped(point))) return true;
   }
   return false;
+}
+
+bool MountTable::hasMountBelow(const std::string& path) const {
+  return hasMountAt([&](std::string_view point) { return isAtOrBelow(point, path); });
+}
+
+bool MountTable::hasMountInside(const std::string& path) const {
+  return hasMountAt([&](std::string_view point) { return isAtOrBelow(point, path) && point.size() > path.size(); });
 }
 
 std::shared_ptr<const MountTable> MountedVolumes::now() {

@@ -42,8 +42,13 @@ class MountTable {
   std::optional<std::string> mountPoint(std::uint64_t mount) const;
   /// Something is mounted at or below a path.
   bool hasMountBelow(const std::string& path) const;
+  /// Something is mounted below a path; what is mounted at the path itself does not count.
+  bool hasMountInside(const std::string& path) const;
 
  private:
+  template <class IsWanted>
+  bool hasMountAt(IsWanted isWanted) const;
+
   std::string text_;
 };
 

@@ -28,7 +28,8 @@ void BusStandIn::serve(int listener) {
   for (int worked = 0; worked >= 0 && !ended_;) {
     worked = ::sd_bus_process(bus, nullptr);
     if (worked == 0) ::sd_bus_wait(bus, kLook);
-    if (asked_ && manner_ == Manner::Floods) floodUntilGone();
+    const bool floods = manner_ == Manner::FloodsWithSignals || manner_ == Manner::FloodsWithCalls;
+    if (asked_ && floods) floodUntilGone();
   }
 }
 
@@ -45,9 +46,22 @@ int BusStandIn::answer(sd_bus_message* message, void* self, sd_bus_error* /*erro
 
 void BusStandIn::floodUntilGone() {
   const std::string text(16 * 1024, 'x');
-  while (!ended_ && ::sd_bus_emit_signal(bus_.get(), "/", "a.b", "C", "s", text.c_str()) >= 0) {
-    if (::sd_bus_flush(bus_.get()) < 0) return;
+  while (!ended_) {
+    const int sent = manner_ == Manner::FloodsWithCalls
+                         ? sendCall("/" + text)
+                         : ::sd_bus_emit_signal(bus_.get(), "/", "a.b", "C", "s", text.c_str());
+    if (sent < 0 || ::sd_bus_flush(bus_.get()) < 0) return;
   }
+}
+
+/// One that wants an answer, which nobody reads.
+int BusStandIn::sendCall(const std::string& path) {
+  sd_bus_message* call = nullptr;
+  std::uint64_t cookie = 0;
+  int sent = ::sd_bus_message_new_method_call(bus_.get(), &call, nullptr, path.c_str(), "a.b", "C");
+  if (sent >= 0) sent = ::sd_bus_send(bus_.get(), call, &cookie);
+  ::sd_bus_message_unref(call);
+  return sent;
 }
 
 }  // namespace qm::testing

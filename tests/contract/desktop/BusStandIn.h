@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
 #include <thread>
 
 namespace qm::testing {
@@ -12,7 +13,7 @@ namespace qm::testing {
 /// the scope ends.
 class BusStandIn {
  public:
-  enum class Manner { FallsSilent, Floods, Refuses };
+  enum class Manner { FallsSilent, FloodsWithSignals, FloodsWithCalls, Refuses };
   /// Takes the connection from a listening socket.
   BusStandIn(int listener, Manner manner);
   BusStandIn(const BusStandIn&) = delete;
@@ -29,6 +30,7 @@ class BusStandIn {
   static int answer(sd_bus_message* message, void* self, sd_bus_error* error);
   void serve(int listener);
   void floodUntilGone();
+  int sendCall(const std::string& path);
 
   const Manner manner_;
   std::unique_ptr<sd_bus, Close> bus_;

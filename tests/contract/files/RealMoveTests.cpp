@@ -73,6 +73,17 @@ TEST(MovingOnDisk, NeverReplacesWhereTheFileSystemHasNoExclusiveRename) {
   });
 }
 
+TEST(MovingOnDisk, KnowsAFolderThatWouldGoIntoItselfWhateverMayBeWrittenThere) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    asUser(kUser, kUser, [&] {
+      makeFolders(home + "/a/closed", 0555);
+      expectError(files.moveItem(home + "/a", home + "/a/closed/b"), EINVAL,
+                  "“a” couldn’t be moved to “closed” because a folder can’t be put into itself.");
+    });
+  });
+}
+
 TEST(MovingOnDisk, LeavesNothingUnderTheNewNameWhenItFailsWithoutAnExclusiveRename) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");

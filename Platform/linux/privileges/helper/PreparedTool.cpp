@@ -158,15 +158,15 @@ class Preparation {
   Answer<PinnedPlace> pinTarget(const std::string& path, const std::string& name) {
     Answer<PinnedPlace> place = pinOrNowhere(path, LastLink::Stays);
     if (!place) return place;
+    if ((place->isFolder() || place->isLink()) && isTakenInTrash(*place, name)) {
+      place->item.reset();  // the item gets a place beside it
+      return place;
+    }
     if (place->isLink()) {
       Answer<PinnedPlace> followed = pinPath(path, LastLink::IsFollowed);
       if (!followed) return followed;
       // A copy writes to what a link leads to; a move replaces the link, unless it leads to a folder.
       if (command_.kind == FileCommandKind::Copy || followed->isFolder()) place = std::move(followed);
-    }
-    if (place->isFolder() && isTakenInTrash(*place, name)) {
-      place->item.reset();  // the item gets a place beside it
-      return place;
     }
     if (place->isFolder()) return placeIn(std::move(*place), path, name);
     if (place->withTrailingSlash) return refusal(ENOTDIR, path, std::strerror(ENOTDIR));
