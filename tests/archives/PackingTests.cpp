@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -22,6 +23,7 @@ namespace qm::testing {
 namespace {
 
 using linux_::KeepParent;
+using ::testing::AnyOf;
 using Snapshot = std::map<std::string, std::string>;
 
 class MakeArchive : public ArchiveTest {
@@ -287,7 +289,12 @@ TEST_F(MakeArchive, EndsWhenItIsStoppedAmongFoldersAlone) {
   for (int i = 0; i < 3; ++i) makeFolder("item/" + std::to_string(i));
   int asked = 0;
   isStopped = [&] { return ++asked == 3; };
-  EXPECT_EQ(pack(path("item"), path("a.zip")).code(), EINTR);
+  const auto status = pack(path("item"), path("a.zip"));
+  EXPECT_EQ(status.code(), EINTR);
+  EXPECT_TRUE(status.localizedDescription().starts_with("item/")) << status.localizedDescription();
+  isStopped = [] { return true; };
+  EXPECT_EQ(pack(path("item"), path("a.zip")).localizedDescription(), "item: Interrupted system call");
+  EXPECT_EQ(pack(path("item"), path("a.zip"), KeepParent::No).localizedDescription(), ".: Interrupted system call");
   EXPECT_EQ(namesIn(path("")).size(), 2U);
 }
 
@@ -376,7 +383,10 @@ TEST_F(MakeArchive, EndsAtASignalAndLeavesNothing) {
   for (const std::string signal : {"TERM", "HUP", "INT"}) {
     const ProgramRun run = runAndEnd({zipTool(), "-ck", "--keepParent", path("item"), path("a.zip")}, path(""), signal);
     EXPECT_EQ(run.status, 1) << signal;
-    EXPECT_EQ(run.output, "tessaly-ditto: item/large: Interrupted system call\n") << signal;
+    // The signal may be there before the file is.
+    EXPECT_THAT(run.output, AnyOf("tessaly-ditto: item/large: Interrupted system call\n",
+                                  "tessaly-ditto: item: Interrupted system call\n"))
+        << signal;
     EXPECT_EQ(namesIn(path("")).size(), 2U) << signal;
   }
 }

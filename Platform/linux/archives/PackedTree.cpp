@@ -51,9 +51,9 @@ Status PackedTree::addFolder(int folder, const std::string& name) {
 }
 
 int PackedTree::entered(const posix::FolderChain& chain, const std::string& name) {
-  if (run_.isStopped()) return failed(name, EINTR);
-  prefixLengths_.push_back(prefix_.size());
   const std::string& shown = chain.depth() == 1 ? top_ : name;
+  if (run_.isStopped()) return failed(shown.empty() ? "." : shown, EINTR);
+  prefixLengths_.push_back(prefix_.size());
   if (shown.empty()) return 0;
   prefix_.append(shown).append("/");
   struct stat attributes {};
