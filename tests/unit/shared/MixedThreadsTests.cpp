@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -291,6 +292,9 @@ void Mixture::run() {
   }
   mainThread_.serve([] { return false; }, end);
   stop();
+  // A thread that had to wait for long may have nothing in the logs that are kept; now each has.
+  for (int thread = 0; thread < kLoggers; ++thread)
+    QMLog::appendLog("Thread %i says %i.", thread, std::numeric_limits<int>::max());
   for (const auto& copy : copies) copy->endAfterThisOne();
   const auto allEnded = [&] {
     return std::ranges::none_of(copies, [](const auto& copy) { return copy->isRunning(); });
