@@ -82,6 +82,12 @@ class FileSystem {
   /// Removes a file, a link (never its target) or a whole tree. Does not cross into another
   /// mounted file system. Stops at the first failure and answers it.
   virtual Status removeItem(const std::string& path) = 0;
+  /// Removes a folder when nothing is in it, at any depth, but folders and expendable items: what is no folder and
+  /// has one of these names. Anything else, links included, makes it fail with ENOTEMPTY before anything is removed;
+  /// so does a folder in it that cannot be listed (EACCES), another mounted file system (EBUSY) and what may not be
+  /// removed. What is put there meanwhile is never removed; some of the expendable items and empty folders may then
+  /// be gone. A link to a folder is no folder.
+  virtual Status removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) = 0;
 
   /// Sets the creation date of an item, of a link itself. ENOTSUP where the system lets nobody do that.
   virtual Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) = 0;

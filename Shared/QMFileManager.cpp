@@ -1,5 +1,6 @@
 #include "Shared/QMFileManager.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -128,7 +129,29 @@ std::uint64_t sizeBelow(const std::string& folder) {
   return sum;
 }
 
-bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
+const std::vector<std::string>& housekeepingNames() {
+  static const std::vector<std::string> names = {".DS_Store", "Icon\r"};
+  return names;
+}
+
+bool isHousekeeping(const std::string& name) {
+  const auto& names = housekeepingNames();
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// A link to a folder is such an item, too.
+bool isItemButNoFolder(const std::string& path) {
+  const auto attributes = fileSystem().attributesOfItem(path);
+  return attributes && attributes->type != FileType::Directory;
+}
+
+/// The two ways of removing for good, which differ in how each attempt is made.
+template <class Plain, class Privileged>
+bool removeThat(const std::string& path, ShouldAuth shouldAuth, Plain plain, Privileged privileged) {
+  QMFileManager::unlockFile(path);
+  if (!fileSystem().fileExists(path)) return true;
+  return orAuthorize(plain(), "Error removing file: %@. Authorizing...", shouldAuth, privileged);
+}
 
 /// Trashes the files below a folder whose names are wanted. Folders are searched, never trashed.
 template <class IsWanted>
@@ -187,10 +210,9 @@ bool QMFileManager::createDirectory(const std::string& path, ShouldAuth shouldAu
 bool QMFileManager::createDirectory(const std::string& path) { return createDirectory(path, ShouldAuth::Yes); }
 
 bool QMFileManager::removeFile(const std::string& path, ShouldAuth shouldAuth) {
-  unlockFile(path);
-  if (!fileSystem().fileExists(path)) return true;
-  return orAuthorize(fileSystem().removeItem(path), "Error removing file: %@. Authorizing...", shouldAuth,
-                     [&](QMAuthorization& rights) { return rights.authRemoveFile(path); });
+  return removeThat(
+      path, shouldAuth, [&] { return fileSystem().removeItem(path); },
+      [&](QMAuthorization& rights) { return rights.authRemoveFile(path); });
 }
 
 bool QMFileManager::removeFile(const std::string& path) { return removeFile(path, ShouldAuth::Yes); }
@@ -317,7 +339,12 @@ bool QMFileManager::isFolderEmpty(const std::string& folder) {
 }
 
 bool QMFileManager::removeFolderIfEmpty(const std::string& folder) {
-  return isFolderEmpty(folder) && removeFile(folder);
+  if (!isFolderEmpty(folder)) return false;
+  if (isItemButNoFolder(folder)) return removeFile(folder);
+  // What has come meanwhile stays, and nobody is asked for rights to remove it.
+  return removeThat(
+      folder, ShouldAuth::Yes, [&] { return fileSystem().removeHollowFolder(folder, housekeepingNames()); },
+      [&](QMAuthorization& rights) { return isFolderEmpty(folder) && rights.authRemoveFile(folder); });
 }
 
 std::vector<std::string> QMFileManager::trashFilesNamed(const std::string& name, const std::string& folder) {

@@ -135,7 +135,9 @@ class QMFileManager {
   /// `trashFilesOfType:inFolder:`. The same for an extension, in any letter case; "" means files
   /// without one.
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
-  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not.
+  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not, also when it no longer
+  /// does after the attempt as the user. That attempt removes folders that hold nothing, ".DS_Store" and "Icon\r"
+  /// only; for what it cannot see into, and for links, rights are asked for.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern names, in the order found: from

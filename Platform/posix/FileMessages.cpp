@@ -81,6 +81,7 @@ std::string quoted(std::string name) {
 }
 
 std::string reasonText(const FileError& error) {
+  if (error.side == FileError::Side::InTheWay) return " because " + quoted(error.item) + " is in it.";
   const auto* reason = std::find_if(std::begin(kReasons), std::end(kReasons), [&](const Reason& candidate) {
     return candidate.code == error.code && candidate.side == error.side;
   });
@@ -93,7 +94,8 @@ std::string reasonText(const FileError& error) {
 platform::Status statusOf(FileOperation operation, const FileError& error, const std::string& path,
                           const std::string& destination) {
   if (!error) return platform::Status::success();
-  std::string text = quoted(error.item.empty() ? nameIn(path) : error.item) + " couldn’t be ";
+  const bool isCallersItem = error.item.empty() || error.side == FileError::Side::InTheWay;
+  std::string text = quoted(isCallersItem ? nameIn(path) : error.item) + " couldn’t be ";
   text += actionText(operation);
   if (!destination.empty()) text += " to " + quoted(nameIn(folderOf(destination)));
   return platform::Status::failed(error.code, text + reasonText(error));

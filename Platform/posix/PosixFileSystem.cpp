@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <climits>
@@ -13,6 +14,7 @@
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/FolderListing.h"
 #include "Platform/posix/FolderVisit.h"
+#include "Platform/posix/HollowFolder.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
 #include "Platform/posix/Move.h"
@@ -48,6 +50,14 @@ FileError removeAt(const std::string& path) {
   Place place;
   if (const int error = openPlace(path, place)) return error;
   return removeTree(place.folder.get(), place.name);
+}
+
+FileError removeHollowAt(const std::string& path, const std::vector<std::string>& expendable) {
+  Place place;
+  if (const int error = openPlace(path, place)) return error;
+  return removeHollowFolder(place.folder.get(), place.name, [&](const std::string& name) {
+    return std::find(expendable.begin(), expendable.end(), name) != expendable.end();
+  });
 }
 
 }  // namespace
@@ -113,6 +123,10 @@ Status PosixFileSystem::createDirectory(const std::string& path) {
 
 Status PosixFileSystem::removeItem(const std::string& path) {
   return statusOf(FileOperation::Remove, removeAt(path), path);
+}
+
+Status PosixFileSystem::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
+  return statusOf(FileOperation::Remove, removeHollowAt(path, expendable), path);
 }
 
 Status PosixFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {

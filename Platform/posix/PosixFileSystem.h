@@ -31,6 +31,7 @@ class PosixFileSystem : public platform::FileSystem {
   platform::Status copyItem(const std::string& source, const std::string& destination) override;
   platform::Status createDirectory(const std::string& path) override;
   platform::Status removeItem(const std::string& path) override;
+  platform::Status removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) override;
 
   platform::Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) override;
 

@@ -101,6 +101,7 @@ class FakeDisk {
   int makeFolders(const std::string& path, Access access = Access::User);
   int makeLink(const std::string& path, const std::string& target, Access access = Access::User);
   int removeTree(const std::string& path, Access access = Access::User);
+  int removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable);
   int writeFile(const std::string& path, std::string_view contents, Access access = Access::User);
   int setImmutable(const std::string& path, bool immutable);
   std::optional<bool> isImmutable(const std::string& path);
@@ -143,6 +144,7 @@ class FakeDisk {
   int changeError(DiskNode& item) const;
   int removalError(const DiskNode& item, Access access) const;
   int copyError(const DiskNode& item, Access access) const;
+  int hollowError(const DiskNode& item, const std::vector<std::string>& expendable) const;
   int put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access);
   int removeItem(DiskNode& item, Access access);
   int moveAcross(const Place& from, const Place& to, Access access);

@@ -86,6 +86,18 @@ int FakeDisk::removalError(const DiskNode& item, Access access) const {
   return 0;
 }
 
+/// The first thing below a folder that is neither a folder nor expendable, or cannot be looked at.
+int FakeDisk::hollowError(const DiskNode& item, const std::vector<std::string>& expendable) const {
+  if (!may(item.readable, Access::User)) return EACCES;
+  for (const auto& [name, entry] : item.entries) {
+    const bool isExpendable = std::find(expendable.begin(), expendable.end(), name) != expendable.end();
+    if (!entry->isFolder() && !isExpendable) return ENOTEMPTY;
+    if (!entry->isFolder()) continue;
+    if (const int error = hollowError(*entry, expendable); error != 0) return error;
+  }
+  return 0;
+}
+
 /// The first error of reading an item and all below.
 int FakeDisk::copyError(const DiskNode& item, Access access) const {
   if (!item.isLink() && !may(item.readable, access)) return EACCES;
@@ -189,6 +201,19 @@ int FakeDisk::removeTree(const std::string& path, Access access) {
   const Lock lock = settled();
   const Place place = find(path, Follow::No, access);
   return place.item ? removeItem(*place.item, access) : place.error;
+}
+
+int FakeDisk::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
+  const Lock lock = settled();
+  const Place place = find(path, Follow::No, Access::User);
+  if (!place.item) return place.error;
+  if (!place.item->isFolder()) return ENOTDIR;
+  if (place.item->volume) return EBUSY;
+  if (const int error = folderError(*place.folder, Access::User); error != 0) return error;
+  if (place.item->entries.empty()) return removeItem(*place.item, Access::User);
+  if (const int error = hollowError(*place.item, expendable); error != 0) return error;
+  if (const int error = removalError(*place.item, Access::User); error != 0) return error;
+  return removeItem(*place.item, Access::User);
 }
 
 int FakeDisk::writeFile(const std::string& path, std::string_view contents, Access access) {

@@ -102,6 +102,11 @@ Status FakeFileSystem::removeItem(const std::string& path) {
   return statusOf(disk_.removeTree(path));
 }
 
+Status FakeFileSystem::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
+  if (calls_.command("fileSystem.removeHollowFolder", path)) return calls_.failure();
+  return statusOf(disk_.removeHollowFolder(path, expendable));
+}
+
 Status FakeFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
   if (calls_.command("fileSystem.setCreationDate", path)) return calls_.failure();
   return statusOf(disk_.setCreationDate(path, date));

@@ -119,7 +119,7 @@ class UninstallThreads : public AppControllerTest {
 TEST_F(UninstallThreads, DoTheWorkOnTheWorkerAndTheInterfaceOnTheMainThread) {
   installProduct(fakes.disk);
   const Strings ofTheWorker = {"removeConfigCheck.state", "tasks.launch", "tasks.waitUntilExit", "trash.recycle",
-                               "fileSystem.removeItem"};
+                               "fileSystem.removeHollowFolder"};
   const Strings ofTheMainThread = {"progressBar.startAnimation",  "windowProgress.makeKeyAndOrderFront",
                                    "windowMain.orderOut",         "windowProgress.orderOut",
                                    "userInterface.runAlertPanel", "userInterface.terminate"};
@@ -344,7 +344,7 @@ TEST_F(MakersFolder, GoesWhenTheProductWasAllThatWasInIt) {
   installProduct(fakes.disk);
   run();
   EXPECT_FALSE(fakes.disk.has(kFolder));
-  EXPECT_THAT(callsOf("fileSystem.removeItem"), ElementsAre("fileSystem.removeItem(" + kFolder + ")"));
+  EXPECT_THAT(callsOf("fileSystem.removeHollowFolder"), ElementsAre("fileSystem.removeHollowFolder(" + kFolder + ")"));
 }
 
 TEST_F(MakersFolder, GoesAfterTheLastItem) {
@@ -353,7 +353,7 @@ TEST_F(MakersFolder, GoesAfterTheLastItem) {
   EXPECT_TRUE(fakes.calls.areInOrder(
       {"trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
        "com.quillmark.OrvendelProjectWatcher.plist)",
-       "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeItem", "windowProgress.orderOut"}));
+       "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeHollowFolder", "windowProgress.orderOut"}));
 }
 
 TEST_F(MakersFolder, GoesWithTheHousekeepingLeftInIt) {
@@ -369,6 +369,7 @@ TEST_F(MakersFolder, StaysWithAnotherProductInIt) {
   run();
   EXPECT_EQ(fakes.disk.fileContents(kNeighbours[0]), kNeighbours[0]);
   EXPECT_THAT(callsOf("fileSystem.removeItem"), IsEmpty());
+  EXPECT_THAT(callsOf("fileSystem.removeHollowFolder"), IsEmpty());
 }
 
 TEST_F(MakersFolder, StaysWithTheProductThatCouldNotBeTrashed) {

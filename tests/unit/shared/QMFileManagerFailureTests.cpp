@@ -104,8 +104,9 @@ TEST(QMFileManagerFailures, LoseNoFileWhenRightsAreRefusedToo) {
     const SingletonReset<QMAuthorization> authorization;
     const SingletonReset<QMLog> log;
     arrange(fakes);
-    for (const std::string call : {"fileSystem.moveItem", "fileSystem.copyItem", "fileSystem.removeItem",
-                                   "fileSystem.createDirectory", "trash.recycle", "authorization.copyRights"}) {
+    for (const std::string call :
+         {"fileSystem.moveItem", "fileSystem.copyItem", "fileSystem.removeItem", "fileSystem.removeHollowFolder",
+          "fileSystem.createDirectory", "trash.recycle", "authorization.copyRights"}) {
       fakes.calls.failAlways(call);
     }
     const auto before = fakes.disk.tree();
@@ -146,7 +147,7 @@ std::size_t answerWithFailingCall(const Answered& operation, std::size_t failing
   const SingletonReset<QMLog> log;
   fakes.disk.addFile("/d/one", "1");
   for (const std::string call : {"fileSystem.moveItem", "fileSystem.copyItem", "fileSystem.removeItem",
-                                 "fileSystem.createDirectory", "trash.recycle"}) {
+                                 "fileSystem.removeHollowFolder", "fileSystem.createDirectory", "trash.recycle"}) {
     if (plainFails) fakes.calls.failAlways(call);
   }
   if (failing > 0) fakes.calls.failCallNumber(failing);

@@ -106,6 +106,7 @@ TEST_F(FolderTest, IsNotEmptyWithAnyOtherFile) {
     EXPECT_TRUE(fakes.disk.has(path));
   }
   EXPECT_EQ(fakes.calls.count("fileSystem.removeItem"), 0U);
+  EXPECT_EQ(fakes.calls.count("fileSystem.removeHollowFolder"), 0U);
 }
 
 TEST_F(FolderTest, StopsAtTheFirstEntryThatCounts) {
@@ -131,10 +132,56 @@ TEST_F(FolderTest, RemovesAPlainFileAndIsDoneWithAMissingOne) {
 
 TEST_F(FolderTest, RemovesAnEmptyFolderWithRightsWhereNeeded) {
   fakes.disk.addFolder("/d/empty");
-  fakes.calls.failNext("fileSystem.removeItem");
+  fakes.calls.failNext("fileSystem.removeHollowFolder");
   EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/d/empty"));
   EXPECT_THAT(fakes.authorizationServices.executions(),
               ElementsAre(std::vector<std::string>{"/bin/rm", "-Rdf", "/d/empty"}));
+}
+
+TEST_F(FolderTest, RemovesALinkToAnEmptyFolderAndNotTheFolder) {
+  fakes.disk.addFolder("/empty");
+  fakes.disk.addLink("/link", "/empty");
+  EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/link"));
+  EXPECT_FALSE(fakes.disk.has("/link"));
+  EXPECT_TRUE(fakes.disk.has("/empty"));
+}
+
+TEST_F(FolderTest, UnlocksAFolderBeforeItIsRemoved) {
+  fakes.disk.addFolder("/d/empty");
+  fakes.disk.setLocked("/d/empty", true);
+  EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/d/empty"));
+  EXPECT_FALSE(fakes.disk.has("/d/empty"));
+}
+
+TEST_F(FolderTest, KeepsWhatCameAfterTheLookAndAsksForNoRightsToRemoveIt) {
+  fakes.disk.addFile("/d/folder/.DS_Store");
+  fakes.calls.before("fileSystem.removeHollowFolder", 1, [&] { fakes.disk.addFile("/d/folder/Other.app/file"); });
+  EXPECT_FALSE(QMFileManager::removeFolderIfEmpty("/d/folder"));
+  EXPECT_TRUE(fakes.disk.has("/d/folder/Other.app/file"));
+  EXPECT_THAT(executions(), IsEmpty());
+  EXPECT_EQ(fakes.calls.count("authorization.copyRights"), 0U);
+  EXPECT_THAT(logged(), ElementsAre("Error removing file: Directory not empty. Authorizing..."));
+}
+
+TEST_F(FolderTest, KeepsAFolderThatWasMadeAfterTheLookFoundNothing) {
+  fakes.calls.before("itemLocks.setImmutable", 1, [&] { fakes.disk.addFile("/d/folder/Other.app/file"); });
+  EXPECT_FALSE(QMFileManager::removeFolderIfEmpty("/d/folder"));
+  EXPECT_TRUE(fakes.disk.has("/d/folder/Other.app/file"));
+}
+
+TEST_F(FolderTest, IsDoneWithAFolderThatVanishesAfterTheLook) {
+  fakes.disk.addFolder("/d/folder");
+  fakes.calls.before("itemLocks.setImmutable", 1, [&] { fakes.disk.remove("/d/folder"); });
+  EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/d/folder"));
+  EXPECT_THAT(logged(), IsEmpty());
+}
+
+TEST_F(FolderTest, AsksForRightsToRemoveWhatItCannotSeeInto) {
+  fakes.disk.addFile("/d/folder/closed/file");
+  fakes.disk.setReadable("/d/folder/closed", false);
+  EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/d/folder"));
+  EXPECT_THAT(executions(), ElementsAre(Command{"/bin/rm", "-Rdf", "/d/folder"}));
+  EXPECT_THAT(logged(), ElementsAre("Error removing file: Permission denied. Authorizing..."));
 }
 
 // Trashing by name.

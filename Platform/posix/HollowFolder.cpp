@@ -1,0 +1,122 @@
+#include "Platform/posix/HollowFolder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <set>
+#include <utility>
+
+#include "Platform/posix/RemovalRules.h"
+#include "Platform/posix/TreeWalk.h"
+
+namespace qm::posix {
+namespace {
+
+using IsExpendable = std::function<bool(const std::string& name)>;
+
+int goneIsFine(int error) { return error == ENOENT ? 0 : error; }
+
+/// The folders that were looked at.
+class KnownFolders {
+ public:
+  void add(const FolderIdentity& folder) { folders_.emplace(folder.device, folder.inode); }
+  bool has(const FolderIdentity& folder) const { return folders_.count({folder.device, folder.inode}) > 0; }
+
+ private:
+  std::set<std::pair<dev_t, ino_t>> folders_;
+};
+
+/// What looking and removing share: where they may go and what they may touch.
+class HollowVisitor : public TreeVisitor {
+ public:
+  HollowVisitor(const MountGuard& guard, const IsExpendable& isExpendable)
+      : guard_(guard), isExpendable_(isExpendable) {}
+
+  int entered(const FolderChain& chain, const std::string&) override {
+    const int error = guard_.check(chain);
+    return error != 0 ? error : enteredOnOneMount(chain.identity());
+  }
+
+  int item(int folder, const std::string& name) override {
+    return isExpendable_(name) ? expendable(folder, name) : inTheWay();
+  }
+
+  int cannotEnter(int, const std::string&, int error) override { return goneIsFine(error); }
+
+  /// The walk along which this was taken, with what its number speaks of.
+  FileError walk(int parent, const std::string& name) {
+    FileError error = walkTree(parent, name, *this);
+    if (isInTheWay_) error.side = FileError::Side::InTheWay;
+    return error;
+  }
+
+ protected:
+  virtual int enteredOnOneMount(const FolderIdentity& folder) = 0;
+  virtual int expendable(int folder, const std::string& name) = 0;
+
+  int inTheWay() {
+    isInTheWay_ = true;
+    return ENOTEMPTY;
+  }
+
+ private:
+  const MountGuard& guard_;
+  const IsExpendable& isExpendable_;
+  bool isInTheWay_ = false;
+};
+
+class Look : public HollowVisitor {
+ public:
+  Look(const MountGuard& guard, const IsExpendable& isExpendable, KnownFolders& known)
+      : HollowVisitor(guard, isExpendable), known_(known) {}
+
+  int left(int parent, int, const std::string& name) override { return expendable(parent, name); }
+
+ protected:
+  int enteredOnOneMount(const FolderIdentity& folder) override {
+    known_.add(folder);
+    return 0;
+  }
+
+  int expendable(int folder, const std::string& name) override {
+    return goneIsFine(obstacleToRemovingEntry(folder, name));
+  }
+
+ private:
+  KnownFolders& known_;
+};
+
+class HollowRemoval : public HollowVisitor {
+ public:
+  HollowRemoval(const MountGuard& guard, const IsExpendable& isExpendable, const KnownFolders& known)
+      : HollowVisitor(guard, isExpendable), known_(known) {}
+
+  int left(int parent, int, const std::string& name) override { return remove(parent, name, AT_REMOVEDIR); }
+
+ protected:
+  int enteredOnOneMount(const FolderIdentity& folder) override { return known_.has(folder) ? 0 : inTheWay(); }
+  int expendable(int folder, const std::string& name) override { return remove(folder, name, 0); }
+
+ private:
+  static int remove(int folder, const std::string& name, int flags) {
+    return goneIsFine(errorOf(::unlinkat(folder, name.c_str(), flags)));
+  }
+
+  const KnownFolders& known_;
+};
+
+}  // namespace
+
+FileError removeHollowFolder(int parent, const std::string& name, const IsExpendable& isExpendable) {
+  // One that holds nothing at all goes without being read.
+  const int error = errorOf(::unlinkat(parent, name.c_str(), AT_REMOVEDIR));
+  if (error != ENOTEMPTY && error != EEXIST) return error;
+  MountGuard guard;
+  if (const int unknown = guard.begin(parent)) return unknown;
+  KnownFolders known;
+  if (FileError obstacle = Look(guard, isExpendable, known).walk(parent, name)) return obstacle;
+  return HollowRemoval(guard, isExpendable, known).walk(parent, name);
+}
+
+}  // namespace qm::posix
