@@ -21,7 +21,7 @@ int goneIsFine(int error) { return error == ENOENT ? 0 : error; }
 class KnownFolders {
  public:
   void add(const FolderIdentity& folder) { folders_.emplace(folder.device, folder.inode); }
-  bool has(const FolderIdentity& folder) const { return folders_.count({folder.device, folder.inode}) > 0; }
+  bool has(const FolderIdentity& folder) const { return folders_.contains({folder.device, folder.inode}); }
 
  private:
   std::set<std::pair<dev_t, ino_t>> folders_;

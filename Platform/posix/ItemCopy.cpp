@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/OwnItem.h"
@@ -67,6 +68,18 @@ int openMade(ItemName made, mode_t mode, InheritedAccess inherited, MadeItem& it
   return item.attributes.st_nlink > 1 ? ESTALE : checkOwner(made.folder, item.attributes);
 }
 
+/// Opens the new file once more, to tell it by later. A file that cannot be held is removed.
+int holdMade(ItemName file, int opened, UniqueFd& made) {
+  made.reset(openItself(file.folder, file.name.c_str()));
+  const int error = made ? 0 : errno;
+  if (isStill(opened, file.folder, file.name)) {
+    if (error != 0) ::unlinkat(file.folder, file.name.c_str(), 0);
+    return error;
+  }
+  made.reset();
+  return ESTALE;
+}
+
 int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
   const int item = to.item.get();
   const bool hasOwner = to.attributes.st_uid == attributes.st_uid && to.attributes.st_gid == attributes.st_gid;
@@ -81,23 +94,22 @@ int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attribu
 
 ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   MadeItem item;
-  const int error = openMade(to, attributes.st_mode, inherited, item);
-  // What is somebody else's is not removed either.
-  return error != 0 ? ItemCopyResult{error, error != ESTALE}
-                    : ItemCopyResult{copyAttributes(from, item, attributes), true};
+  if (const int error = openMade(to, attributes.st_mode, inherited, item)) return {error};
+  const int error = copyAttributes(from, item, attributes);
+  return {error, false, inherited == InheritedAccess::Possible ? std::move(item.item) : UniqueFd()};
 }
 
 ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   std::string target;
-  if (const int error = readLink(from, target)) return {error, false, error == ENOENT};
-  if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno, false};
+  if (const int error = readLink(from, target)) return {error, error == ENOENT};
+  if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno};
   return finishMade(from, to, attributes, inherited);
 }
 
 /// A FIFO, a socket or a device: made anew, not opened.
 ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   const mode_t kind = attributes.st_mode & S_IFMT;
-  if (::mknodat(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev) != 0) return {errno, false};
+  if (::mknodat(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev) != 0) return {errno};
   return finishMade(from, to, attributes, inherited);
 }
 
@@ -114,13 +126,17 @@ ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, Inher
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   const mode_t mode = modeAtFirst(source.attributes, inherited);
   UniqueFd copy(::openat(to.folder, to.name.c_str(), kFlags, mode));
-  if (!copy) return {errno, false};
-  if (inherited == InheritedAccess::Possible) dropInheritedAccess(copy.get());
+  if (!copy) return {errno};
+  UniqueFd made;
+  if (inherited == InheritedAccess::Possible) {
+    if (const int error = holdMade(to, copy.get(), made)) return {error};
+    dropInheritedAccess(copy.get());
+  }
   int error = contents_.copy(source.file.get(), copy.get(), source.attributes);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
   // Some file systems tell only here that they could not keep what was written.
   if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
-  return {error, true};
+  return {error, false, std::move(made)};
 }
 
 ItemCopyResult ItemCopier::copyOther(ItemName from, ItemName to, const struct stat& attributes,

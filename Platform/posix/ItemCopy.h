@@ -12,8 +12,10 @@ namespace qm::posix {
 /// How the copying of one item ended.
 struct ItemCopyResult {
   int error = 0;
-  bool made = false;      ///< something of the new name was made, complete or not
   bool vanished = false;  ///< the source was not there any more
+  /// What was made, complete or not, as `openItself` opens it; only where others may put something in its place
+  /// (`InheritedAccess::Possible`). None when nothing was made, or what has the name is not known to be the own.
+  UniqueFd made{};
 };
 
 /// Whether the folder of the copy may hand its own access lists on to what is made in it. One that does not was made

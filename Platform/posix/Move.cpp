@@ -2,9 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "Platform/posix/ItemPath.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/TreeCopy.h"
 #include "Platform/posix/TreeRemoval.h"
 
@@ -28,12 +32,75 @@ FileError openPlaces(const std::string& source, const std::string& destination, 
   return {openPlace(destination, places.destination), {}, Side::Destination};
 }
 
+/// The volume that a copy is made on, opened before anything is: what it could not write is told from there on.
+class CopiedTo {
+ public:
+  explicit CopiedTo(const Place& place)
+      : folder_(::openat(place.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
+
+  /// Of a folder that may not be read nothing is told; the disk is waited for all the same.
+  FileError flush() const {
+    if (folder_) return {flushVolume(folder_.get()), {}, Side::Destination};
+    ::sync();
+    return {};
+  }
+
+ private:
+  UniqueFd folder_;
+};
+
+/// An item that goes from its place in one step, under a hidden name beside it, and comes back unless it is removed.
+class SetAside {
+ public:
+  explicit SetAside(const Place& place) : place_(place), item_(openItself(place.folder.get(), place.name.c_str())) {}
+  SetAside(const SetAside&) = delete;
+  SetAside& operator=(const SetAside&) = delete;
+  ~SetAside() {
+    if (isAside_) static_cast<void>(renameWithoutReplacing(hidden(), shown()));
+  }
+
+  /// ESTALE when the item that was there at first is no longer the one that has its name.
+  int set() {
+    if (!item_) return ESTALE;
+    if (const int error = renameWithoutReplacing(shown(), hidden())) return error;
+    isAside_ = true;
+    return isStill(item_.get(), place_.folder.get(), name_) ? 0 : ESTALE;
+  }
+
+  /// When a part of it is gone the rest stays hidden.
+  FileError remove(bool& isBegun) {
+    FileError error = removeTree(place_.folder.get(), name_, isBegun);
+    isAside_ = error && !isBegun;
+    if (error && isBegun) error.item = name_;
+    return error;
+  }
+
+ private:
+  ItemName shown() const { return {place_.folder.get(), place_.name}; }
+  ItemName hidden() const { return {place_.folder.get(), name_}; }
+
+  const Place& place_;
+  const UniqueFd item_;
+  const std::string name_ = temporaryName();
+  bool isAside_ = false;
+};
+
+/// Nothing of the source goes before the copy is on the disk, and whatever fails before takes the copy away again.
 FileError moveAcrossVolumes(const Places& places) {
-  const int folder = places.source.folder.get();
-  if (FileError error = obstacleToRemoval(folder, places.source.name)) return error;
+  SetAside source(places.source);
+  if (FileError error = obstacleToRemoval(places.source.folder.get(), places.source.name)) return error;
+  const CopiedTo volume(places.destination);
+  NewCopy copy(places.destination);
   CopyObserver nobody;
-  if (FileError error = copyTree(places.source, places.destination, nobody)) return error;
-  return removeTree(folder, places.source.name);
+  if (FileError error = copy.make(places.source, nobody)) return error;
+  if (FileError error = copy.publish()) return error;
+  if (FileError error = volume.flush()) return error;
+  if (!copy.isInPlace()) return ESTALE;
+  if (const int error = source.set()) return error;
+  bool isBegun = false;
+  FileError error = source.remove(isBegun);
+  if (!error || isBegun) copy.keep();
+  return error;
 }
 
 /// Which side the error number of a rename speaks of.

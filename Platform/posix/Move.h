@@ -8,8 +8,10 @@
 namespace qm::posix {
 
 /// Moves an item to a path where nothing is. Across volumes it is copied first, after a look whether it
-/// could be removed at its old place at all, and removed when the copy is complete and in its place;
-/// when that removal fails midway the copy stays, so that nothing is lost.
+/// could be removed at its old place at all. When the copy is complete, in its place and on the disk, the item goes
+/// from its old place in one step, to a hidden name beside it, and is removed there. A failure before anything was
+/// removed leaves the item as it was and no copy. When the removal fails midway the copy stays, and the error names the
+/// hidden rest. A process that ends meanwhile leaves the item in both places, or a hidden rest of it at the old one.
 FileError moveTree(const std::string& source, const std::string& destination);
 
 /// The same without removing the source: a copy.

@@ -37,6 +37,17 @@ bool keepsNoModes(int item, mode_t mode) {
 
 }  // namespace
 
+bool isSameItem(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+bool isStill(int item, int folder, const std::string& name) {
+  struct stat own {};
+  struct stat found {};
+  return ::fstat(item, &own) == 0 && ::fstatat(folder, name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+         isSameItem(own, found);
+}
+
 /// Memory cards have one owner for everything, and servers take root for nobody.
 int checkOwner(int folder, const struct stat& found) {
   if (found.st_uid == ::geteuid()) return 0;

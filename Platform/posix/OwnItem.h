@@ -2,7 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <string>
+
 namespace qm::posix {
+
+bool isSameItem(const struct stat& one, const struct stat& other);
+
+/// What has the name now is the item that is open as `item`, however that was opened. As long as it is held open, the
+/// file system gives no other item its number.
+bool isStill(int item, int folder, const std::string& name);
 
 /// Whoever has rights in a folder can put something else in the place of an item that was just made there by its
 /// name. These tell afterwards whether what was opened under that name is the own item. They answer 0, ESTALE when

@@ -46,6 +46,10 @@ int shareContents(int from, int to);
 /// the file stays as it is. Answers 0 or an error number.
 int reserveSpace(int file, off_t offset, std::size_t count);
 
+/// Writes to the disk what was changed on the volume that a folder is on, and waits for it. What could not be written
+/// since the folder was opened is told. Answers 0 or an error number.
+int flushVolume(int folder);
+
 /// Copies up to `count` bytes at `offset` within the kernel; -1 where that cannot be done, 0 at the end.
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 

@@ -46,8 +46,8 @@ class CopyVisitor : public TreeVisitor {
 
   int begin() { return to_.start(start_); }
 
-  /// Something of the copy is there and must be removed after a failure.
-  bool made() const { return made_; }
+  /// The copy's own folder, for what is to be done with it after the walk; none when it was not made.
+  UniqueFd takeMade() { return std::move(made_); }
 
   /// The walk has come to the copy: by another mount, the destination is in the source.
   bool intoItself() const { return intoItself_; }
@@ -95,16 +95,17 @@ class CopyVisitor : public TreeVisitor {
  private:
   int makeFolder(const std::string& name) {
     if (::mkdirat(to_.folder(), name.c_str(), S_IRWXU) != 0) return errno;
-    made_ = true;
-    return to_.enter(name.c_str());
+    const int error = to_.enter(name.c_str());
+    // An empty folder is all that can go this way.
+    if (error != 0) ::unlinkat(to_.folder(), name.c_str(), AT_REMOVEDIR);
+    return error;
   }
 
   /// The folders below it are in one where nobody else has rights.
   int beginWithTop() {
-    if (const int error = checkOwnFolder(start_, to_.folder())) {
-      made_ = error != ESTALE;  // what is somebody else's is not removed either
-      return error;
-    }
+    if (const int error = checkOwnFolder(start_, to_.folder())) return error;
+    made_.reset(::fcntl(to_.folder(), F_DUPFD_CLOEXEC, 0));
+    if (!made_) return errno;
     copy_ = to_.identity();
     dropInheritedAccess(to_.folder());
     return 0;
@@ -156,24 +157,25 @@ class CopyVisitor : public TreeVisitor {
   ItemCopier copier_;
   FolderChain to_;
   FolderIdentity copy_;
-  bool made_ = false;
+  UniqueFd made_;
   bool intoItself_ = false;
   std::vector<struct stat> folders_;  ///< of the source, as they were entered
   std::string copyPath_;              ///< of the copy's current folder
   CopiedFiles copied_;
 };
 
-FileError copyFolder(const Place& source, int toFolder, const std::string& name, CopyObserver& observer, bool& made) {
+FileError copyFolder(const Place& source, int toFolder, const std::string& name, CopyObserver& observer,
+                     UniqueFd& made) {
   CopyVisitor visitor(toFolder, name, observer);
   if (const int error = visitor.begin()) return {error, {}, FileError::Side::Destination};
   FileError error = walkTree(source.folder.get(), source.name, visitor);
-  made = visitor.made();
+  made = visitor.takeMade();
   return visitor.intoItself() ? FileError(EINVAL, {}, FileError::Side::Itself) : error;
 }
 
 /// Anything but a folder.
 FileError copyLoneItem(const Place& source, const struct stat& attributes, ItemName to, CopyObserver& observer,
-                       bool& made) {
+                       UniqueFd& made) {
   if (const int error = observer.itemBegins({}, {})) return error;
   const ItemName from{source.folder.get(), source.name};
   ItemCopyResult result;
@@ -184,14 +186,14 @@ FileError copyLoneItem(const Place& source, const struct stat& attributes, ItemN
   } else {
     result = ItemCopier::copyOther(from, to, attributes, InheritedAccess::Possible);
   }
-  made = result.made;
+  made = std::move(result.made);
   if (result.error == 0) observer.itemCopied();
   return result.error;
 }
 
 /// Copies to a name of which nothing exists.
 FileError copyItem(const Place& source, const struct stat& attributes, ItemName to, CopyObserver& observer,
-                   bool& made) {
+                   UniqueFd& made) {
   return S_ISDIR(attributes.st_mode) ? copyFolder(source, to.folder, to.name, observer, made)
                                      : copyLoneItem(source, attributes, to, observer, made);
 }
@@ -235,24 +237,40 @@ bool isWithin(int folder, int parent, const std::string& name) {
   return false;
 }
 
-FileError copyTree(const Place& source, const Place& destination, CopyObserver& observer) {
+NewCopy::~NewCopy() {
+  if (made_) static_cast<void>(removeOwnTree(destination_.folder.get(), name_, made_.get()));
+}
+
+FileError NewCopy::make(const Place& source, CopyObserver& observer) {
   struct stat attributes {};
   if (::fstatat(source.folder.get(), source.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  if (isTaken(destination)) return EEXIST;
-  if (FileError error = tooLongName(destination)) return error;
-  const int folder = destination.folder.get();
+  if (isTaken(destination_)) return EEXIST;
+  if (FileError error = tooLongName(destination_)) return error;
+  const int folder = destination_.folder.get();
   if (S_ISDIR(attributes.st_mode) && isWithin(folder, source.folder.get(), source.name)) {
     return {EINVAL, {}, FileError::Side::Itself};
   }
   // What is made there could neither be renamed nor removed.
   if (isProtected(folder, ".")) return {EPERM, {}, FileError::Side::Destination};
-  const std::string name = temporaryName();
-  bool made = false;
-  FileError error = copyItem(source, attributes, {folder, name}, observer, made);
-  if (!error) error = observer.bytesCopied(0);  // the last moment at which it can be given up
-  if (!error)
-    error = {renameWithoutReplacing({folder, name}, {folder, destination.name}), {}, FileError::Side::Destination};
-  if (error && made) static_cast<void>(removeTree(folder, name, OpenUpFolders::Yes));
+  if (FileError error = copyItem(source, attributes, {folder, name_}, observer, made_)) return error;
+  return observer.bytesCopied(0);  // the last moment at which it can be given up
+}
+
+FileError NewCopy::publish() {
+  const int folder = destination_.folder.get();
+  if (!isInPlace()) return ESTALE;
+  const int error = renameWithoutReplacing({folder, name_}, {folder, destination_.name});
+  if (error == 0) name_ = destination_.name;
+  return {error, {}, FileError::Side::Destination};
+}
+
+bool NewCopy::isInPlace() const { return isStill(made_.get(), destination_.folder.get(), name_); }
+
+FileError copyTree(const Place& source, const Place& destination, CopyObserver& observer) {
+  NewCopy copy(destination);
+  FileError error = copy.make(source, observer);
+  if (!error) error = copy.publish();
+  if (!error) copy.keep();
   return error;
 }
 

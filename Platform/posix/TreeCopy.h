@@ -5,8 +5,32 @@
 #include "Platform/posix/CopyObserver.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
+#include "Platform/posix/TemporaryName.h"
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
+
+/// The copy of an item on its way to a place in a folder, which outlives it. It grows under a hidden name beside its
+/// place. Whichever name it has, it is removed at the end unless it is kept; never anything that took its name.
+class NewCopy {
+ public:
+  explicit NewCopy(const Place& destination) : destination_(destination), name_(temporaryName()) {}
+  NewCopy(const NewCopy&) = delete;
+  NewCopy& operator=(const NewCopy&) = delete;
+  ~NewCopy();
+
+  FileError make(const Place& source, CopyObserver& observer);
+  /// Gives the complete copy its name, without replacing anything.
+  FileError publish();
+  /// What has the copy's name is the copy.
+  bool isInPlace() const;
+  void keep() { made_.reset(); }
+
+ private:
+  const Place& destination_;
+  std::string name_;
+  UniqueFd made_;
+};
 
 /// Copies an item, a tree with everything in it, to a place in a folder where it did not exist before.
 /// The copy grows under a hidden name beside its place and is then renamed without replacing anything,

@@ -4,19 +4,26 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/RemovalRules.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TreeWalk.h"
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
 namespace {
 
 class Removal : public TreeVisitor {
  public:
-  Removal(const MountGuard& guard, OpenUpFolders openUp) : guard_(guard), openUp_(openUp == OpenUpFolders::Yes) {}
+  explicit Removal(const MountGuard& guard, int own = -1) : guard_(guard), own_(own) {}
+
+  bool isBegun() const { return isBegun_; }
 
   int entered(const FolderChain& chain, const std::string&) override {
     if (const int error = guard_.check(chain)) return error;
-    if (openUp_) static_cast<void>(::fchmod(chain.folder(), S_IRWXU));
+    if (!isOwn()) return 0;
+    if (chain.depth() == 1 && !isStill(own_, chain.folder(), ".")) return ESTALE;
+    static_cast<void>(::fchmod(chain.folder(), S_IRWXU));
     return 0;
   }
 
@@ -27,20 +34,32 @@ class Removal : public TreeVisitor {
   int cannotEnter(int parent, const std::string& name, int error) override {
     if (error != EACCES) return goneIsFine(error);
     // An empty folder goes without being read.
-    if (::unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0) return 0;
-    const bool opened = openUp_ && ::fchmodat(parent, name.c_str(), S_IRWXU, 0) == 0;
-    return opened ? kTryAgain : error;
+    if (remove(parent, name, AT_REMOVEDIR) == 0) return 0;
+    return isOwn() && openUp(parent, name) ? kTryAgain : error;
   }
 
  private:
+  bool isOwn() const { return own_ >= 0; }
+
+  /// Never what a link leads to.
+  static bool openUp(int parent, const std::string& name) {
+    struct stat attributes {};
+    const UniqueFd folder(openItself(parent, name.c_str()));
+    return folder && ::fstat(folder.get(), &attributes) == 0 && S_ISDIR(attributes.st_mode) &&
+           setMode(folder.get(), S_IRWXU) == 0;
+  }
+
   static int goneIsFine(int error) { return error == ENOENT ? 0 : error; }
 
-  static int remove(int folder, const std::string& name, int flags) {
-    return goneIsFine(errorOf(::unlinkat(folder, name.c_str(), flags)));
+  int remove(int folder, const std::string& name, int flags) {
+    const int error = errorOf(::unlinkat(folder, name.c_str(), flags));
+    isBegun_ = isBegun_ || error == 0;
+    return goneIsFine(error);
   }
 
   const MountGuard& guard_;
-  const bool openUp_;
+  const int own_;
+  bool isBegun_ = false;
 };
 
 class RemovalCheck : public TreeVisitor {
@@ -58,14 +77,34 @@ class RemovalCheck : public TreeVisitor {
 
 }  // namespace
 
-FileError removeTree(int folder, const std::string& name, OpenUpFolders openUp) {
+FileError removeTree(int folder, const std::string& name) {
+  bool isBegun = false;
+  return removeTree(folder, name, isBegun);
+}
+
+FileError removeTree(int folder, const std::string& name, bool& isBegun) {
+  isBegun = false;
   struct stat attributes {};
   if (::fstatat(folder, name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
   if (!S_ISDIR(attributes.st_mode)) return errorOf(::unlinkat(folder, name.c_str(), 0));
   if (const int error = obstacleToRemovingEntry(folder, name)) return error;
   MountGuard guard;
   if (const int error = guard.begin(folder)) return error;
-  Removal removal(guard, openUp);
+  Removal removal(guard);
+  FileError error = walkTree(folder, name, removal);
+  isBegun = removal.isBegun();
+  return error;
+}
+
+FileError removeOwnTree(int folder, const std::string& name, int own) {
+  struct stat attributes {};
+  if (!isStill(own, folder, name)) return ESTALE;
+  if (::fstat(own, &attributes) != 0) return errno;
+  if (!S_ISDIR(attributes.st_mode)) return errorOf(::unlinkat(folder, name.c_str(), 0));
+  MountGuard guard;
+  if (const int error = guard.begin(folder)) return error;
+  static_cast<void>(setMode(own, S_IRWXU));
+  Removal removal(guard, own);
   return walkTree(folder, name, removal);
 }
 

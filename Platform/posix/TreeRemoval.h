@@ -6,14 +6,16 @@
 
 namespace qm::posix {
 
-/// Whether folders that their owner may not read or change are opened up for removing them: only for
-/// what this process has just made itself.
-enum class OpenUpFolders : bool { No, Yes };
-
 /// Removes the item `name` in `folder`: a file, a link, never its target, or a whole tree. What other
 /// file systems mounted below hold is not touched: where the system tells about them, nothing is
 /// removed at all. Ends at the first failure.
-FileError removeTree(int folder, const std::string& name, OpenUpFolders openUp = OpenUpFolders::No);
+FileError removeTree(int folder, const std::string& name);
+/// `isBegun` answers whether anything was removed.
+FileError removeTree(int folder, const std::string& name, bool& isBegun);
+
+/// The same for what this process has made itself and holds open as `own`: folders that their owner may not read or
+/// change are opened up for that. ESTALE, and nothing is touched, when something else has the name by now.
+FileError removeOwnTree(int folder, const std::string& name, int own);
 
 /// Why the item and all that is below could not be removed, as far as that can be told beforehand:
 /// permissions, sticky folders, protected items, read-only and mounted file systems.

@@ -16,6 +16,7 @@
 #include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/TreeRemoval.h"
@@ -44,29 +45,33 @@ class NewFolder {
   NewFolder(const NewFolder&) = delete;
   NewFolder& operator=(const NewFolder&) = delete;
   ~NewFolder() {
-    if (isMade_) posix::removeTree(place_.folder.get(), name_, posix::OpenUpFolders::Yes);
+    if (made_) posix::removeOwnTree(place_.folder.get(), name_, made_.get());
   }
 
   int make(UniqueFd& folder) {
-    if (::mkdirat(place_.folder.get(), name_.c_str(), S_IRWXU) != 0) return errno;
-    isMade_ = true;
-    folder.reset(::openat(place_.folder.get(), name_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    return posix::errorOf(folder.get());
+    const int parent = place_.folder.get();
+    if (::mkdirat(parent, name_.c_str(), S_IRWXU) != 0) return errno;
+    folder.reset(::openat(parent, name_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder) return errno;
+    if (const int error = posix::checkOwnFolder(parent, folder.get())) return error;
+    made_.reset(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0));
+    return posix::errorOf(made_.get());
   }
 
   int publish(int folder) {
     struct stat attributes {};
     if (::fstat(folder, &attributes) != 0) return errno;
+    if (!posix::isStill(folder, place_.folder.get(), name_)) return ESTALE;
     if (::fchmod(folder, permissionsOfNewFolder(attributes)) != 0 && !posix::cannotBeKept(errno)) return errno;
     const int error = posix::renameWithoutReplacing({place_.folder.get(), name_}, {place_.folder.get(), place_.name});
-    if (error == 0) isMade_ = false;
+    if (error == 0) made_.reset();
     return error;
   }
 
  private:
   const posix::Place& place_;
   const std::string name_ = posix::temporaryName();
-  bool isMade_ = false;
+  UniqueFd made_;
 };
 
 bool isTaken(const posix::Place& place) {

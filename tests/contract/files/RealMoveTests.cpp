@@ -1,5 +1,8 @@
 #include <sys/syscall.h>
 
+#include <cstdio>
+#include <filesystem>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -11,6 +14,7 @@ namespace {
 
 constexpr uid_t kUser = 1000;
 constexpr int kFlagsOfRename = 4;
+constexpr int kFlagsOfUnlink = 2;
 
 posix::PosixFileSystem files;
 
@@ -190,7 +194,47 @@ TEST(MovingOnDisk, CopiesNothingOfATreeInWhichAVolumeIsMounted) {
   });
 }
 
-TEST(MovingOnDisk, KeepsTheCompleteCopyWhenTheSourceCannotBeRemovedAfterAll) {
+/// Moves "tree" with a file in it to another volume, where something fails: the source is as it was, and where that
+/// can be removed there is no copy.
+void expectTreeKept(const std::function<void()>& fail, int code, const std::string& sentence) {
+  const std::string from = openFolder("from");
+  const std::string volume = machineFolder() + "/volume";
+  mountTmpfs(volume, "mode=0777");
+  makeFolders(from + "/tree");
+  makeFile(from + "/tree/file", "text");
+  inChild([&] {
+    fail();
+    expectError(files.moveItem(from + "/tree", volume + "/tree"), code, sentence);
+  });
+  EXPECT_EQ(textOf(from + "/tree/file"), "text");
+  EXPECT_EQ(countIn(from), 1U);
+}
+
+TEST(MovingOnDisk, LeavesTheSourceAndNoCopyWhenTheCopyDoesNotGetToTheDisk) {
+  runInPrivateMachine([] {
+    expectTreeKept([] { failSystemCall(SYS_syncfs, EIO); }, EIO,
+                   "“tree” couldn’t be moved to “volume” (Input/output error).");
+    EXPECT_EQ(countIn(machineFolder() + "/volume"), 0U);
+  });
+}
+
+TEST(MovingOnDisk, SaysThatThereIsNoSpaceWhenTheVolumeTellsThatLate) {
+  runInPrivateMachine([] {
+    expectTreeKept([] { failSystemCall(SYS_syncfs, ENOSPC); }, ENOSPC,
+                   "“tree” couldn’t be moved to “volume” because there isn’t enough space.");
+    EXPECT_EQ(countIn(machineFolder() + "/volume"), 0U);
+  });
+}
+
+TEST(MovingOnDisk, PutsTheSourceBackWhenNothingOfItCanBeRemovedAfterAll) {
+  runInPrivateMachine([] {
+    expectTreeKept([] { failSystemCall(SYS_unlinkat, EIO); }, EIO,
+                   "“file” couldn’t be moved to “volume” (Input/output error).");
+  });
+}
+
+/// The volume is flushed right after the copy got its name, and before the source goes.
+TEST(MovingOnDisk, LeavesTheSourceAndNoCopyWhenTheSourceCannotBeSetAside) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
     const std::string volume = machineFolder() + "/volume";
@@ -198,13 +242,87 @@ TEST(MovingOnDisk, KeepsTheCompleteCopyWhenTheSourceCannotBeRemovedAfterAll) {
     makeFolders(from + "/tree");
     makeFile(from + "/tree/file", "text");
     inChild([&] {
-      failSystemCall(SYS_unlinkat, EIO);
-      const auto status = files.moveItem(from + "/tree", volume + "/tree");
-      expectError(status, EIO, "“file” couldn’t be moved to “volume” (Input/output error).");
+      afterSystemCall(SYS_syncfs, [&] { makeReadOnly(from); });
+      bindMount(from, from);
+      expectError(files.moveItem(from + "/tree", volume + "/tree"), EROFS,
+                  "“tree” couldn’t be moved to “volume” because the volume is read-only.");
     });
     EXPECT_EQ(textOf(from + "/tree/file"), "text");
+    EXPECT_EQ(countIn(volume), 0U);
+  });
+}
+
+TEST(MovingOnDisk, RemovesNothingThatTookTheNameOfTheSourceMeanwhile) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0777");
+    makeFile(from + "/file", "old");
+    makeFile(from + "/new", "new");
+    inChild([&] {
+      afterSystemCall(SYS_syncfs,
+                      [&] { EXPECT_EQ(std::rename((from + "/new").c_str(), (from + "/file").c_str()), 0); });
+      expectError(files.moveItem(from + "/file", volume + "/file"), ESTALE,
+                  "“file” couldn’t be moved to “volume” because it was changed meanwhile.");
+    });
+    EXPECT_EQ(textOf(from + "/file"), "new");
+    EXPECT_EQ(countIn(from), 1U);
+    EXPECT_EQ(countIn(volume), 0U);
+  });
+}
+
+TEST(MovingOnDisk, KeepsTheSourceWhenTheCopyWasTakenAwayMeanwhile) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0777");
+    makeFile(from + "/file", "text");
+    inChild([&] {
+      afterSystemCall(SYS_syncfs, [&] {
+        EXPECT_EQ(::unlink((volume + "/file").c_str()), 0);
+        makeFile(volume + "/file", "somebody else's");
+      });
+      EXPECT_EQ(files.moveItem(from + "/file", volume + "/file").code(), ESTALE);
+    });
+    EXPECT_EQ(textOf(from + "/file"), "text");
+    EXPECT_EQ(textOf(volume + "/file"), "somebody else's");
+  });
+}
+
+/// The first that is removed is a file, the second the folder that it was in.
+TEST(MovingOnDisk, KeepsTheCompleteCopyAndNamesTheRestWhenTheRemovalFailsMidway) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0777");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    inChild([&] {
+      failSystemCall(SYS_unlinkat, EIO, kFlagsOfUnlink);
+      const auto status = files.moveItem(from + "/tree", volume + "/tree");
+      EXPECT_EQ(status.code(), EIO);
+      const std::string rest = std::filesystem::directory_iterator(from)->path().filename();
+      EXPECT_EQ(status.localizedDescription(), "“" + rest + "” couldn’t be moved to “volume” (Input/output error).");
+      EXPECT_TRUE(rest.starts_with(".incomplete-")) << rest;
+    });
+    EXPECT_EQ(countIn(from), 1U);
     EXPECT_EQ(textOf(volume + "/tree/file"), "text");
     EXPECT_EQ(countIn(volume), 1U);
+  });
+}
+
+/// A copy to a folder in which one may make things but not look.
+TEST(MovingOnDisk, WaitsForTheDiskAlsoWhereTheNewFolderMayNotBeRead) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0733");
+    asUser(kUser, kUser, [&] {
+      makeFile(from + "/file", "text");
+      expectDone(files.moveItem(from + "/file", volume + "/file"));
+    });
+    EXPECT_EQ(textOf(volume + "/file"), "text");
+    EXPECT_EQ(countIn(from), 0U);
   });
 }
 
