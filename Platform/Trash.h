@@ -21,6 +21,11 @@ class Trash {
   /// where it was, those before it are in the Trash.
   virtual Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                          const std::vector<std::string>& names) = 0;
+
+  /// Writes to the disk what `recycle` has done since the last call, and waits for it: before, a power cut can leave an
+  /// item in the Trash that does not know where it came from. Once for many items, since each wait takes as long as
+  /// hundreds of items.
+  virtual void makeDurable() = 0;
 };
 
 }  // namespace qm::platform

@@ -7,6 +7,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/Platform.h"
 #include "Platform/Threads.h"
+#include "Platform/Trash.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Shared/QMFileManager.h"
 #include "Shared/QMLocalPaths.h"
@@ -88,6 +89,7 @@ void AppController::beginUninstall() {
   if (const auto applications = QMLocalPaths::applicationDirectory(kLocal)) {
     QMFileManager::removeFolderIfEmpty(appendingPathComponent(*applications, "Quillmark"));
   }
+  platform().trash->makeDurable();
   platform().mainThread->performAndWait([this] { endProgress(); });
 }
 

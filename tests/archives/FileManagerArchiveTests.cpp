@@ -27,6 +27,7 @@ class FolderTrash : public platform::Trash {
       std::filesystem::rename(sourceFolder + "/" + name, folder_ + "/" + name, error);
     return error ? platform::Status::failed(error.value(), error.message()) : platform::Status::success();
   }
+  void makeDurable() override {}
 
  private:
   const std::string folder_;

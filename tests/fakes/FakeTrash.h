@@ -24,6 +24,8 @@ class FakeTrash : public platform::Trash {
 
   platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
+  /// Recorded as "trash.makeDurable()".
+  void makeDurable() override { calls_.command("trash.makeDurable"); }
 
  private:
   std::optional<std::string> realFolder(const std::string& folder);

@@ -76,6 +76,7 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
     if (isTrashItself(*source, name, *trashDirectory)) return itemRefused(name);
     const auto problem = moveToTrash(*source, name, **trash, date, acting, volumes_);
     if (problem) return trashFailure(name, *problem);
+    unflushed_.add(**trash);
   }
   return Status::success();
 }

@@ -13,6 +13,7 @@
 #include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashFinder.h"
 #include "Platform/linux/trash/TrashUser.h"
+#include "Platform/linux/trash/UnflushedTrashes.h"
 
 namespace qm::linux_ {
 
@@ -28,6 +29,7 @@ class FreedesktopTrash final : public platform::Trash {
   /// home trash when nothing is there.
   platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
+  void makeDurable() override { unflushed_.flush(); }
 
  private:
   using SharedUser = std::shared_ptr<const TrashUser>;
@@ -57,6 +59,7 @@ class FreedesktopTrash final : public platform::Trash {
   const std::optional<std::string> dataHome_;
   TrashFinder finder_;
   MountedVolumes volumes_;
+  UnflushedTrashes unflushed_;
 
   std::mutex mutex_;  // guards what follows
   KnownUser knownUser_;

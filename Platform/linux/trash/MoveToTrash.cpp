@@ -21,8 +21,7 @@ using posix::UniqueFd;
 constexpr int kMostRounds = 64;
 
 // The description of an item, there for good only once the item is in its place. Nothing waits for the
-// disk: the description is made before the rename, a journal keeps that order, and after a power cut
-// either may be missing, as with any other rename.
+// disk here: that is done once for many items.
 class InfoFile {
  public:
   InfoFile(int folder, std::string name) : folder_(folder), name_(std::move(name)) {}

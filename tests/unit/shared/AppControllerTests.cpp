@@ -118,8 +118,9 @@ class UninstallThreads : public AppControllerTest {
 
 TEST_F(UninstallThreads, DoTheWorkOnTheWorkerAndTheInterfaceOnTheMainThread) {
   installProduct(fakes.disk);
-  const Strings ofTheWorker = {"removeConfigCheck.state", "tasks.launch", "tasks.waitUntilExit", "trash.recycle",
-                               "fileSystem.removeHollowFolder"};
+  const Strings ofTheWorker = {"removeConfigCheck.state",       "tasks.launch",
+                               "tasks.waitUntilExit",           "trash.recycle",
+                               "fileSystem.removeHollowFolder", "trash.makeDurable"};
   const Strings ofTheMainThread = {"progressBar.startAnimation",  "windowProgress.makeKeyAndOrderFront",
                                    "windowMain.orderOut",         "windowProgress.orderOut",
                                    "userInterface.runAlertPanel", "userInterface.terminate"};
@@ -350,10 +351,12 @@ TEST_F(MakersFolder, GoesWhenTheProductWasAllThatWasInIt) {
 TEST_F(MakersFolder, GoesAfterTheLastItem) {
   installProduct(fakes.disk);
   run();
-  EXPECT_TRUE(fakes.calls.areInOrder(
-      {"trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
-       "com.quillmark.OrvendelProjectWatcher.plist)",
-       "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeHollowFolder", "windowProgress.orderOut"}));
+  EXPECT_TRUE(
+      fakes.calls.areInOrder({"trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
+                              "com.quillmark.OrvendelProjectWatcher.plist)",
+                              "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeHollowFolder",
+                              "trash.makeDurable", "windowProgress.orderOut"}));
+  EXPECT_EQ(fakes.calls.count("trash.makeDurable"), 1U);
 }
 
 TEST_F(MakersFolder, GoesWithTheHousekeepingLeftInIt) {

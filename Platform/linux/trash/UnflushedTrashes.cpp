@@ -1,0 +1,32 @@
+#include "Platform/linux/trash/UnflushedTrashes.h"
+
+#include <fcntl.h>
+
+#include <optional>
+#include <utility>
+
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+void UnflushedTrashes::add(const TrashDirectory& trash) {
+  const std::scoped_lock lock(mutex_);
+  folders_[trash.infoPlace.device] = {trash.path + "/info", trash.infoPlace};
+}
+
+void UnflushedTrashes::flush() {
+  std::map<std::uint64_t, Folder> folders;
+  {
+    const std::scoped_lock lock(mutex_);
+    folders.swap(folders_);
+  }
+  for (const auto& [device, folder] : folders) {
+    const posix::UniqueFd opened(
+        ::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const std::optional<Place> place = opened ? placeOf(opened.get()) : std::nullopt;
+    if (place && place->sameItem(folder.place)) static_cast<void>(posix::flushVolume(opened.get()));
+  }
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,112 @@
+// What is written to the disk at the end of a run, and what is not waited for before.
+
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/syscall.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "tests/contract/trash/RealTrashWorld.h"
+#include "tests/contract/trash/TrashEntries.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using World = RealTrashWorld;
+
+const std::string kVolume = "/volumes/stick";
+
+/// Whether a file system has been flushed since this was made.
+class Flush {
+ public:
+  Flush() {
+    afterSystemCall(SYS_syncfs, [this] { seen_ = true; });
+  }
+  bool seen() const { return seen_; }
+
+ private:
+  std::atomic<bool> seen_{false};
+};
+
+void makeDurable(World& world) {
+  world.withUsersRights([&] { world.trash().makeDurable(); });
+}
+
+void makeFiles(World& world) {
+  world.makeFile("/home/u/a", "a");
+  world.makeVolume(kVolume);
+  world.makeFile(kVolume + "/b", "b");
+}
+
+TEST(TrashDurability, WaitsForTheDiskOnceForAllItemsAndNotForEach) {
+  World::play([](World& world) {
+    makeFiles(world);
+    const Flush flush;
+    makeDurable(world);
+    EXPECT_TRUE(world.recycle("/home/u", "a"));
+    EXPECT_FALSE(flush.seen());
+    makeDurable(world);
+    EXPECT_TRUE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, IsWaitedForOnOtherVolumesToo) {
+  World::play([](World& world) {
+    makeFiles(world);
+    const Flush flush;
+    EXPECT_TRUE(world.recycle(kVolume, "b"));
+    makeDurable(world);
+    EXPECT_TRUE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, IsWaitedForWhenALaterItemFailed) {
+  World::play([](World& world) {
+    makeFiles(world);
+    const Flush flush;
+    EXPECT_FALSE(world.recycle("/home/u", World::kTrashLink, {"a", "none"}));
+    makeDurable(world);
+    EXPECT_TRUE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, IsNotWaitedForTwice) {
+  World::play([](World& world) {
+    makeFiles(world);
+    EXPECT_TRUE(world.recycle("/home/u", "a"));
+    makeDurable(world);
+    const Flush flush;
+    makeDurable(world);
+    EXPECT_FALSE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, LeavesAVolumeFreeToBeEjectedAndWhatIsMountedInItsPlaceAlone) {
+  World::play([](World& world) {
+    makeFiles(world);
+    EXPECT_TRUE(world.recycle(kVolume, "b"));
+    ASSERT_EQ(::umount(kVolume.c_str()), 0) << errno;
+    world.makeVolume(kVolume);
+    world.makeFolder(kVolume + "/.Trash-501");
+    world.makeFolder(kVolume + "/.Trash-501/info");
+    const Flush flush;
+    makeDurable(world);
+    EXPECT_FALSE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, IsHadForTheConsoleUserToo) {
+  World::play([](World& world) {
+    makeFiles(world);
+    world.actAsRoot("u");
+    const Flush flush;
+    EXPECT_TRUE(world.recycle("/home/u", "a"));
+    makeDurable(world);
+    EXPECT_TRUE(flush.seen());
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
