@@ -11,6 +11,7 @@
 #include "Platform/posix/FileContents.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -60,7 +61,7 @@ int writeAtomically(const std::string& path, std::string_view contents) {
   if (!file) return errno;
   int error = fill(file.get(), contents, old);
   if (error == 0) error = errorOf(::renameat(folder, name.c_str(), folder, place.name.c_str()));
-  if (error != 0) ::unlinkat(folder, name.c_str(), 0);
+  if (error != 0 && isStill(file.get(), folder, name)) ::unlinkat(folder, name.c_str(), 0);
   return error;
 }
 

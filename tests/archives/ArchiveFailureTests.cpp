@@ -112,6 +112,82 @@ TEST_F(ArchiveFailure, IsNoneWhereAVolumeKeepsNeitherPermissionsNorTimes) {
   }
 }
 
+// Somebody else in the same folder.
+
+class ArchiveAmongOthers : public ArchiveFailure {
+ protected:
+  /// What is unfinished in the scratch folder; "" when nothing is.
+  std::string hidden() const {
+    for (const auto& entry : std::filesystem::directory_iterator(path("")))
+      if (entry.path().filename().string().starts_with(".incomplete-")) return entry.path();
+    return {};
+  }
+
+  /// Puts a folder of others in the place of the unfinished one.
+  void swap() {
+    swapped_ = hidden();
+    ASSERT_FALSE(swapped_.empty());
+    std::filesystem::rename(swapped_, path("taken"));
+    std::filesystem::rename(path("theirs"), swapped_);
+  }
+
+  void expectTheirsKept() const {
+    const std::string theirs = hidden();
+    EXPECT_EQ(contentsOf(theirs + "/file"), "kept");
+    EXPECT_EQ(attributesOf(theirs).st_mode & 07777, 0755U);
+    EXPECT_FALSE(isThere(path("new")));
+  }
+
+ private:
+  std::string swapped_;
+};
+
+TEST_F(ArchiveAmongOthers, RemovesNothingThatTookThePlaceOfTheUnfinishedFolder) {
+  makeFile("theirs/file", "kept");
+  isStopped = [this] {
+    if (isThere(path("theirs"))) swap();
+    return true;
+  };
+  EXPECT_FALSE(unpack(path("whole.zip"), path("new")));
+  expectTheirsKept();
+}
+
+TEST_F(ArchiveAmongOthers, GivesTheNameToNothingElseThanTheFolderThatItFilled) {
+  makeFile("theirs/file", "kept");
+  isStopped = [this] {
+    if (isThere(path("theirs"))) swap();
+    return false;
+  };
+  EXPECT_EQ(unpack(path("whole.zip"), path("new")).code(), ESTALE);
+  expectTheirsKept();
+}
+
+TEST_F(ArchiveAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfTheNewOne) {
+  makeFile("theirs/file", "kept");
+  inChild([this] {
+    afterSystemCall(SYS_mkdirat, [this] { swap(); });
+    EXPECT_EQ(unpack(path("whole.zip"), path("new")).code(), ESTALE);
+  });
+  expectTheirsKept();
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(hidden()), {}), 1);
+}
+
+TEST_F(ArchiveAmongOthers, OpensUpNoFolderThatTookThePlaceOfOneThatItMade) {
+  makeFolder("existing");
+  const std::string folder = path("existing/item/folder");
+  isStopped = [this, folder] {
+    if (isThere(folder + "/file") && !isThere(path("taken"))) {
+      std::filesystem::rename(folder, path("taken"));
+      makeFolder("existing/item/folder", 0700);
+    }
+    return false;
+  };
+  const platform::Status status = unpack(path("whole.zip"), path("existing"));
+  ASSERT_TRUE(isThere(path("taken")));
+  EXPECT_EQ(status.code(), ESTALE) << status.localizedDescription();
+  EXPECT_EQ(attributesOf(folder).st_mode & 07777, 0700U);
+}
+
 TEST_F(ArchiveFailure, OfMergingLeavesWhatWasThere) { EXPECT_EQ(merging(SYS_renameat), "item/link: " + kBroken); }
 
 }  // namespace

@@ -105,12 +105,11 @@ int ExtractionFolder::step(const std::string& name) {
   const std::size_t folder = folders_.below(folder_, name);
   posix::UniqueFd next(::openat(here(), name.c_str(), kStepFlags));
   if (!next && errno == ENOENT) {
-    if (::mkdirat(here(), name.c_str(), S_IRWXU) == 0) {
-      folders_.setMade(folder);
-    } else if (errno != EEXIST) {
-      return errno;
-    }
+    const bool isMade = ::mkdirat(here(), name.c_str(), S_IRWXU) == 0;
+    if (!isMade && errno != EEXIST) return errno;
     next.reset(::openat(here(), name.c_str(), kStepFlags));
+    const int error = next && isMade ? folders_.setMade(folder, here(), next.get()) : 0;
+    if (error != 0) return error;
   }
   if (!next) return obstacleOnTheWay(here(), name, errno);
   here_ = std::move(next);

@@ -8,6 +8,7 @@
 
 #include "Platform/posix/FileContents.h"
 #include "Platform/posix/ItemCopy.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/TemporaryName.h"
 
 namespace qm::linux_ {
@@ -19,7 +20,9 @@ int obstacleToReplacing(int folder, const std::string& name) {
 }
 
 NewFile::~NewFile() {
-  if (!currentName_.empty()) ::unlinkat(folder_, currentName_.c_str(), 0);
+  struct stat found {};
+  if (currentName_.empty() || ::fstatat(folder_, currentName_.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (posix::isSameItem(made_, found)) ::unlinkat(folder_, currentName_.c_str(), 0);
 }
 
 int NewFile::begin(int folder, const std::string& name) {
@@ -36,7 +39,7 @@ int NewFile::create(const std::string& name) {
   file_.reset(::openat(folder_, name.c_str(), flags, S_IRUSR | S_IWUSR));
   if (!file_) return errno;
   currentName_ = name;
-  return 0;
+  return ::fstat(file_.get(), &made_) == 0 ? 0 : errno;
 }
 
 int NewFile::write(std::string_view bytes) { return posix::writeAll(file_.get(), bytes.data(), bytes.size()); }

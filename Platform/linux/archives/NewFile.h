@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <ctime>
@@ -12,8 +13,8 @@
 namespace qm::linux_ {
 
 /// A file that is being made in a folder, which must stay open. Nobody else can open it before it is finished, and
-/// where it replaces something, that stays until then. What is not finished is removed. Functions answer 0 or an error
-/// number.
+/// where it replaces something, that stays until then. What is not finished is removed; never what took its name.
+/// Functions answer 0 or an error number.
 class NewFile {
  public:
   NewFile() = default;
@@ -35,6 +36,7 @@ class NewFile {
   std::string name_;
   std::string currentName_;  // "" when nothing is to be removed
   posix::UniqueFd file_;
+  struct stat made_ {};  // what the file is told by
 };
 
 /// Whether something that is no folder can be replaced under this name: 0, EISDIR, or why that cannot be told.

@@ -9,7 +9,8 @@
 #include "Platform/linux/archives/ArchiveProblem.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemCopy.h"
-#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
 
@@ -34,9 +35,16 @@ std::size_t UnpackedFolders::below(std::size_t folder, const std::string& name) 
   return result;
 }
 
-void UnpackedFolders::setMade(std::size_t folder) {
-  folders_[folder].isMade = true;
+int UnpackedFolders::setMade(std::size_t folder, int above, int made) {
+  struct stat attributes {};
+  Folder& known = folders_[folder];
+  if (::fstat(made, &attributes) != 0) return errno;
+  if (const int error = posix::checkOwner(above, attributes)) return error;
+  if (const int error = posix::identify(made, known.identity)) return error;
+  known.isMade = true;
+  known.keepsPermissions = (attributes.st_mode & (S_IRWXG | S_IRWXO)) == 0;
   markWay(folder);
+  return 0;
 }
 
 void UnpackedFolders::setAttributes(std::size_t folder, mode_t permissions, const std::optional<timespec>& modified) {
@@ -79,6 +87,11 @@ class UnpackedFolders::Walk {
     FolderIdentity identity;
     const int error = opened ? posix::identify(opened.get(), identity) : errno;
     if (error != 0) return note(folder, error);
+    const Folder& known = folders_[folder];
+    if (known.isMade && !known.identity.sameFolder(identity)) {
+      // A volume without permissions may also number its folders anew; then there is nothing to settle.
+      return known.keepsPermissions ? note(folder, ESTALE) : void();
+    }
     here_ = std::move(opened);
     way_.push_back({folder, identity, folders_[folder].below.begin()});
   }

@@ -221,6 +221,82 @@ TEST(CopyingWhatChanges, LeavesAloneWhatHasTakenTheNewNameMeanwhile) {
   });
 }
 
+/// Takes what is hidden in a folder away and puts the item "theirs" of the folder in its place. Answers its path.
+std::string swapHidden(const std::string& folder) {
+  for (const auto& entry : fs::directory_iterator(folder)) {
+    const std::string hidden = entry.path();
+    if (!entry.path().filename().string().starts_with(".incomplete-")) continue;
+    fs::rename(hidden, folder + "/taken");
+    fs::rename(folder + "/theirs", hidden);
+    return hidden;
+  }
+  ADD_FAILURE() << "nothing is hidden in " << folder;
+  return {};
+}
+
+void makeTheirs(const std::string& folder) {
+  makeFolders(folder + "/theirs", 0500);
+  EXPECT_EQ(::chmod((folder + "/theirs").c_str(), 0700), 0);
+  makeFile(folder + "/theirs/file", "kept");
+  EXPECT_EQ(::chmod((folder + "/theirs").c_str(), 0500), 0);
+}
+
+TEST(CopyingWhatChanges, RemovesNothingThatTookThePlaceOfAnUnfinishedFolder) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    makeTheirs(to);
+    std::string hidden;
+    Meddler meddler([&](const std::string& path) {
+      if (path != "/file") return 0;
+      hidden = swapHidden(to);
+      return ECANCELED;
+    });
+    EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, ECANCELED);
+    EXPECT_EQ(textOf(hidden + "/file"), "kept");
+    EXPECT_EQ(modeOf(hidden), 0500U);
+    EXPECT_EQ(countIn(to), 2U);
+  });
+}
+
+TEST(CopyingWhatChanges, RemovesNothingThatTookThePlaceOfAnUnfinishedFile) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/file", "text");
+    makeFile(to + "/theirs", "kept");
+    std::string hidden;
+    Meddler meddler({}, [&](std::uint64_t) {
+      hidden = swapHidden(to);
+      return ECANCELED;
+    });
+    EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, ECANCELED);
+    EXPECT_EQ(textOf(hidden), "kept");
+  });
+}
+
+TEST(CopyingWhatChanges, GivesTheNewNameToNothingElseThanTheCopy) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    for (const std::string source : {"/tree", "/tree/file"}) {
+      const std::string to = openFolder("to" + std::to_string(source.size()));
+      makeTheirs(to);
+      std::string hidden;
+      Meddler meddler({}, [&](std::uint64_t count) {
+        if (count == 0) hidden = swapHidden(to);  // it is complete
+        return 0;
+      });
+      EXPECT_EQ(posix::copyTree(from + source, to + "/copy", meddler).code, ESTALE);
+      EXPECT_FALSE(isThere(to + "/copy"));
+      EXPECT_EQ(textOf(hidden + "/file"), "kept");
+    }
+  });
+}
+
 TEST(CopyingWhatChanges, FailsWhenTheFolderOfTheCopyIsRemoved) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
