@@ -95,6 +95,7 @@ TEST(MovingOnDisk, LeavesNothingUnderTheNewNameWhenItFailsWithoutAnExclusiveRena
     makeFolders(home + "/folder");
     inChild([&] {
       withoutExclusiveRename();
+      failSystemCall(SYS_linkat, EIO);
       failSystemCall(SYS_renameat, EIO);
       for (const std::string name : {"/file", "/folder"})
         EXPECT_EQ(files.moveItem(home + name, home + "/new").code(), EIO);
