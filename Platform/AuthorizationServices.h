@@ -50,6 +50,12 @@ class CommunicationsPipe {
   virtual int readCharacter() = 0;
 };
 
+/// A tool and its arguments.
+struct ToolCommand {
+  std::string tool;
+  std::vector<std::string> arguments;
+};
+
 /// Sessions that hold administrator rights. One thread at a time; the calls may block while the
 /// system asks for a password.
 class AuthorizationServices {
@@ -73,6 +79,14 @@ class AuthorizationServices {
   virtual AuthorizationStatus executeWithPrivileges(AuthorizationRef session, const std::string& tool,
                                                     AuthorizationFlags flags, const std::vector<std::string>& arguments,
                                                     std::shared_ptr<CommunicationsPipe>* pipe) = 0;
+  /// Ends what stands ready to work with rights, and returns when nothing does any more. Tools that run are seen
+  /// through. Sessions stay what they are but for their rights.
+  virtual void releaseRights() {}
+  /// What a process of root's starts in place of a system tool for files, on behalf of the person at the console: where
+  /// names could be changed by others, a tool that goes by names is none for root.
+  virtual ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
+    return {tool, arguments};
+  }
   /// The session that a parent with administrator rights handed down. A success may still yield
   /// null: there is none.
   virtual AuthorizationStatus copyPrivilegedReference(AuthorizationRef* session, AuthorizationFlags flags) = 0;

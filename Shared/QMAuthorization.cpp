@@ -48,6 +48,13 @@ bool isProtected(const std::string& path, std::string_view message) {
   return true;
 }
 
+/// Starts a tool directly, in the form that is safe for root.
+void runAsRoot(const std::string& tool, const std::vector<std::string>& parameters, Async async) {
+  const ToolCommand command = platform().authorizationServices->commandForRoot(tool, parameters);
+  if (async == Async::Yes) return QMTask::runTaskAndReturn(command.tool, command.arguments);
+  QMTask::runTask(command.tool, command.arguments);
+}
+
 /// Runs an operation for each entry of a folder, also after a failure; true if none failed.
 template <class Operation>
 bool forEachEntry(const std::string& folder, Operation operation) {
@@ -150,7 +157,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
     return kToolMissing;
   }
   if (isRoot()) {
-    async == Async::Yes ? QMTask::runTaskAndReturn(path, parameters) : void(QMTask::runTask(path, parameters));
+    runAsRoot(path, parameters, async);
     return errAuthorizationSuccess;
   }
   if (!isAuthorized()) {
@@ -176,7 +183,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
 /// Starts a tool of the file commands that are always begun when the process is root.
 bool QMAuthorization::startFileCommand(const std::string& tool, const std::vector<std::string>& parameters) {
   if (!isRoot()) return authExecTask(tool, parameters) == errAuthorizationSuccess;
-  QMTask::runTaskAndReturn(tool, parameters);
+  runAsRoot(tool, parameters, Async::Yes);
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string_view>
 
+#include "Platform/AuthorizationServices.h"
 #include "Platform/FileSystem.h"
 #include "Platform/MainThread.h"
 #include "Platform/Platform.h"
@@ -12,6 +13,7 @@
 #include "Shared/QMFileManager.h"
 #include "Shared/QMLocalPaths.h"
 #include "Shared/QMTask.h"
+#include "Uninstaller/ProductItems.h"
 
 using qm::foundation::appendingPathComponent;
 using qm::platform::platform;
@@ -20,37 +22,22 @@ namespace {
 
 constexpr std::chrono::seconds kTrashLimit(10);
 
-enum class Condition : bool { Always, RemoveConfig };
-
-/// One item of the product: a standard folder, a name in it, and when it goes.
-struct Item {
-  std::optional<std::string> (*base)(UserDomain);
-  UserDomain domain;
-  std::string_view name;
-  Condition condition;
-};
-
-constexpr auto kUser = UserDomain::Yes;
-constexpr auto kLocal = UserDomain::No;
-
-/// In the order in which they go. The preferences' two names differ only in case: where case does not
-/// count, the second finds nothing.
-constexpr Item kItems[] = {
-    {QMLocalPaths::applicationDirectory, kLocal, "Quillmark/Tessaly.app", Condition::Always},
-    {QMLocalPaths::applicationDirectory, kLocal, "Tessaly.app", Condition::Always},
-    {QMLocalPaths::appSupportDirectory, kUser, "Quillmark/Tessaly/Caches", Condition::Always},
-    {QMLocalPaths::cacheDirectory, kUser, "com.quillmark.tessaly", Condition::Always},
-    {QMLocalPaths::prefsDirectory, kUser, "com.quillmark.Tessaly.plist", Condition::RemoveConfig},
-    {QMLocalPaths::prefsDirectory, kUser, "com.quillmark.tessaly.plist", Condition::RemoveConfig},
-    {QMLocalPaths::prefsDirectory, kLocal, "com.quillmark.Tessaly.plist", Condition::RemoveConfig},
-    {QMLocalPaths::prefsDirectory, kLocal, "com.quillmark.tessaly.plist", Condition::RemoveConfig},
-    {QMLocalPaths::libraryDirectory, kUser, "LaunchAgents/com.quillmark.Tessaly.plist", Condition::Always},
-    {QMLocalPaths::libraryDirectory, kUser, "LaunchAgents/com.quillmark.TessalyProjectWatcher.plist",
-     Condition::Always},
-    {QMLocalPaths::libraryDirectory, kUser, "LaunchAgents/com.quillmark.Tessaly.autosave.plist", Condition::Always},
-    {QMLocalPaths::libraryDirectory, kUser, "LaunchAgents/com.quillmark.OrvendelProjectWatcher.plist",
-     Condition::Always},
-};
+std::optional<std::string> folderPath(ItemFolder folder, ItemOwner owner) {
+  const UserDomain domain = owner == ItemOwner::User ? UserDomain::Yes : UserDomain::No;
+  switch (folder) {
+    case ItemFolder::Applications:
+      return QMLocalPaths::applicationDirectory(domain);
+    case ItemFolder::ApplicationSupport:
+      return QMLocalPaths::appSupportDirectory(domain);
+    case ItemFolder::Caches:
+      return QMLocalPaths::cacheDirectory(domain);
+    case ItemFolder::Preferences:
+      return QMLocalPaths::prefsDirectory(domain);
+    case ItemFolder::Library:
+      return QMLocalPaths::libraryDirectory(domain);
+  }
+  return std::nullopt;
+}
 
 bool isInReleaseFolder(const std::string& path) {
   return qm::foundation::lastPathComponent(qm::foundation::deletingLastPathComponent(path)) == "Release";
@@ -86,17 +73,19 @@ void AppController::beginUninstall() {
   const bool removeConfig = outlets_.removeConfigCheck->state() == qm::platform::kOnState;
   QMTask::runTask("/usr/bin/killall", std::vector<std::string>{"Tessaly"});
   trashItems(removeConfig);
-  if (const auto applications = QMLocalPaths::applicationDirectory(kLocal)) {
-    QMFileManager::removeFolderIfEmpty(appendingPathComponent(*applications, "Quillmark"));
+  if (const auto applications = folderPath(ItemFolder::Applications, ItemOwner::Computer)) {
+    QMFileManager::removeFolderIfEmpty(appendingPathComponent(*applications, kMakersFolder));
   }
   platform().trash->makeDurable();
+  // The alert says that all is done: nothing works with administrator rights any more.
+  platform().authorizationServices->releaseRights();
   platform().mainThread->performAndWait([this] { endProgress(); });
 }
 
 void AppController::trashItems(bool removeConfig) {
-  for (const auto& item : kItems) {
-    if (item.condition == Condition::RemoveConfig && !removeConfig) continue;
-    trashFile(appendingPathComponent(item.base(item.domain), item.name));
+  for (const ProductItem& item : kProductItems) {
+    if (item.condition == ItemCondition::RemoveConfig && !removeConfig) continue;
+    trashFile(appendingPathComponent(folderPath(item.folder, item.owner), item.name));
   }
 }
 

@@ -35,7 +35,7 @@ struct Services {
         console(clock, programName(executable)),
         directories(users),
         facts(propertyLists, executable),
-        authorization(console, privilegePrograms(executable)),
+        authorization(console, users, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileOperations(frontEnd.mainThread, threads, clock),
         trash(users, clock),

@@ -103,6 +103,8 @@ FileError moveAcrossVolumes(const Places& places) {
   return error;
 }
 
+UniqueFd duplicate(const UniqueFd& fd) { return UniqueFd(::fcntl(fd.get(), F_DUPFD_CLOEXEC, 0)); }
+
 /// Which side the error number of a rename speaks of.
 Side sideOf(int error, const Places& places) {
   const Place& source = places.source;
@@ -120,6 +122,17 @@ FileError moveTree(const std::string& source, const std::string& destination) {
   const int error = renameWithoutReplacing({places.source.folder.get(), places.source.name},
                                            {places.destination.folder.get(), places.destination.name});
   return error == EXDEV ? moveAcrossVolumes(places) : FileError(error, {}, sideOf(error, places));
+}
+
+FileError moveTreeReplacing(const Place& source, const Place& destination) {
+  const int folder = destination.folder.get();
+  if (::renameat(source.folder.get(), source.name.c_str(), folder, destination.name.c_str()) == 0) return {};
+  if (errno != EXDEV) return errno;
+  Places places{{duplicate(source.folder), source.name}, {duplicate(destination.folder), temporaryName()}};
+  if (!places.source.folder || !places.destination.folder) return errno;
+  if (FileError error = moveAcrossVolumes(places)) return error;
+  const int error = errorOf(::renameat(folder, places.destination.name.c_str(), folder, destination.name.c_str()));
+  return {error, error == 0 ? "" : places.destination.name};
 }
 
 FileError copyTree(const std::string& source, const std::string& destination, CopyObserver& observer) {

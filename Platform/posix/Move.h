@@ -4,6 +4,7 @@
 
 #include "Platform/posix/CopyObserver.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemPath.h"
 
 namespace qm::posix {
 
@@ -13,6 +14,9 @@ namespace qm::posix {
 /// removed leaves the item as it was and no copy. When the removal fails midway the copy stays, and the error names the
 /// hidden rest. A process that ends meanwhile leaves the item in both places, or a hidden rest of it at the old one.
 FileError moveTree(const std::string& source, const std::string& destination);
+
+/// The same between two places, where a file or an empty folder at the destination is replaced.
+FileError moveTreeReplacing(const Place& source, const Place& destination);
 
 /// The same without removing the source: a copy.
 FileError copyTree(const std::string& source, const std::string& destination, CopyObserver& observer);

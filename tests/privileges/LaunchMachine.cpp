@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,7 +11,9 @@
 #include <fstream>
 #include <thread>
 
+#include "Platform/linux/privileges/helper/AnyToolPolicy.h"
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
 namespace {
@@ -26,6 +29,17 @@ std::string readToEnd(int fd) {
   return all;
 }
 
+struct Pipe {
+  Pipe() {
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    reading.reset(ends[0]);
+    writing.reset(ends[1]);
+  }
+  UniqueFd reading;
+  UniqueFd writing;
+};
+
 void note(Outcome& outcome, const linux_::Message& message) {
   if (const auto* started = std::get_if<linux_::Started>(&message)) {
     outcome.error = started->error;
@@ -38,15 +52,34 @@ void note(Outcome& outcome, const linux_::Message& message) {
 
 }  // namespace
 
+linux_::UserRecord person() { return {kPerson, kPerson, "sam", machineFolder() + "/home"}; }
+
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments) {
+  return launch(linux_::AnyToolPolicy(), tool, arguments);
+}
+
+// In a process of its own, as the helper does it: what it confines itself to holds for good.
+Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments) {
+  Pipe output;
+  Pipe messages;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    output.reading.reset();
+    linux_::runLaunch(policy, {1, tool, arguments}, person(), std::move(output.writing), [&](const auto& message) {
+      const std::string bytes = linux_::encoded(message).value_or("");
+      static_cast<void>(!::write(messages.writing.get(), bytes.data(), bytes.size()));
+    });
+    ::_exit(0);
+  }
+  output.writing.reset();
+  messages.writing.reset();
   Outcome outcome;
-  int ends[2] = {-1, -1};
-  EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-  const UniqueFd reading(ends[0]);
-  std::thread reader([&] { outcome.output = readToEnd(reading.get()); });
-  linux_::runLaunch({1, tool, arguments}, kPerson, UniqueFd(ends[1]),
-                    [&](const linux_::Message& message) { note(outcome, message); });
+  std::thread reader([&] { outcome.output = readToEnd(output.reading.get()); });
+  linux_::MessageReader parts;
+  parts.append(readToEnd(messages.reading.get()));
+  while (const auto message = parts.next()) note(outcome, *message);
   reader.join();
+  EXPECT_EQ(::waitpid(child, nullptr, 0), child);
   return outcome;
 }
 

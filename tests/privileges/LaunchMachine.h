@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Platform/linux/privileges/helper/HelperPolicy.h"
+
 namespace qm::testing {
 
 /// An ordinary person of the machine, and another.
@@ -23,8 +25,13 @@ struct Outcome {
   bool succeeded() const { return started() && waitStatus == 0 && note.empty(); }
 };
 
-/// Runs a tool as the helper does for `kPerson`, to its end.
+/// `kPerson`, whose home is the folder "home" of the machine.
+linux_::UserRecord person();
+
+/// Runs a tool as the helper for any tool does for `kPerson`, to its end.
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments);
+/// The same as a helper with another policy does.
+Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments);
 
 /// Folders and files of root's, or of somebody's. Folders on the way must exist.
 void makeFolder(const std::string& path, uid_t owner = 0, mode_t mode = 0755);

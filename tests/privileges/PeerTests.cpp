@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "Platform/linux/privileges/helper/AnyToolPolicy.h"
 #include "Platform/linux/privileges/helper/HelperSession.h"
 #include "Platform/linux/privileges/helper/PeerSocket.h"
 #include "tests/privileges/LaunchMachine.h"
@@ -154,7 +155,9 @@ TEST(HelperSession, DoesNothingForAWrongPeer) {
       say(ends.application, *linux_::encoded(linux_::Launch{1, "/usr/bin/touch", {made}}), speaker);
       asHelper([&] {
         PeerSocket peer(std::move(ends.helper), kPerson);
-        linux_::HelperSession session(peer, kPerson);
+        const linux_::AnyToolPolicy policy;
+        const linux_::UserRecord sam = person();
+        linux_::HelperSession session(peer, policy, sam);
         ::shutdown(ends.application.get(), SHUT_WR);  // nothing more is said
         session.run();
       });

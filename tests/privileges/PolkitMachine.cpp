@@ -117,10 +117,10 @@ std::vector<std::string> DesktopAgent::dialogs() {
   return lines;
 }
 
-Application::Application()
-    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller")),
+Application::Application(linux_::HelperScope scope)
+    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller", scope)),
       console(lastingConsole()),
-      service(console, programs) {
+      service(console, users, programs) {
   EXPECT_EQ(service.create({}, 0, &session), errAuthorizationSuccess);
 }
 
@@ -180,7 +180,8 @@ bool nobodyIsLeft() {
   return waitUntil([] {
     reapAdopted();
     return processesNamed("tessaly-uninstaller-admin-helper").empty() &&
-           processesNamed("polkit-agent-helper-1").empty() && processesNamed("pkexec").empty();
+           processesNamed("quillmark-admin-helper").empty() && processesNamed("polkit-agent-helper-1").empty() &&
+           processesNamed("pkexec").empty();
   });
 }
 
@@ -191,26 +192,31 @@ const std::string& programFolder() {
 
 namespace {
 
-void takeMachineIntoUse(const std::string& policyFile) {
+void installAction(const std::string& packaging, const std::string& action, const std::string& helper) {
+  std::ifstream policy(packaging + "/" + action + ".in");
+  std::string text{std::istreambuf_iterator<char>(policy), {}};
+  const std::string mark = "@QM_ADMIN_HELPER@";
+  ASSERT_NE(text.find(mark), std::string::npos) << action;
+  text.replace(text.find(mark), mark.size(), programFolder() + "/" + helper);
+  std::ofstream("/usr/share/polkit-1/actions/" + action) << text;
+}
+
+void takeMachineIntoUse(const std::string& packaging) {
   ASSERT_TRUE(isThrowawayMachine()) << "these tests change the system: run them on a throw-away machine";
   for (const Account& account : {kSam, kAnna, kBea, kEve}) makeAccount(account);
   runAsRoot("usermod -aG sudo anna && usermod -aG sudo bea && usermod -aG sudo eve && usermod -e 1 eve");
-  std::ifstream policy(policyFile);
-  std::string text{std::istreambuf_iterator<char>(policy), {}};
-  const std::string mark = "@QM_ADMIN_HELPER@";
-  ASSERT_NE(text.find(mark), std::string::npos) << policyFile;
-  text.replace(text.find(mark), mark.size(), programFolder() + "/tessaly-uninstaller-admin-helper");
-  std::ofstream("/usr/share/polkit-1/actions/com.quillmark.uninstaller.admin.policy") << text;
+  installAction(packaging, "com.quillmark.uninstaller.admin.policy", "tessaly-uninstaller-admin-helper");
+  installAction(packaging, "com.quillmark.admin.policy", "quillmark-admin-helper");
   startMessageBus();
 }
 
 class Machine : public ::testing::Environment {
  public:
-  explicit Machine(std::string policyFile) : policyFile_(std::move(policyFile)) {}
-  void SetUp() override { takeMachineIntoUse(policyFile_); }
+  explicit Machine(std::string packaging) : packaging_(std::move(packaging)) {}
+  void SetUp() override { takeMachineIntoUse(packaging_); }
 
  private:
-  std::string policyFile_;
+  std::string packaging_;
 };
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "Platform/Console.h"
 #include "Platform/linux/privileges/ChildProgram.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
+#include "Platform/linux/system/SystemUsers.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::testing {
@@ -65,7 +66,8 @@ class DesktopAgent {
 /// An application of one person: the service with a console, and one session.
 class Application {
  public:
-  Application();
+  /// One of the maker's others, or the uninstaller.
+  explicit Application(linux_::HelperScope scope = linux_::HelperScope::AnyTool);
 
   platform::AuthorizationStatus open();
   platform::AuthorizationStatus open(const Account& account) { return open(account.name, account.password); }
@@ -78,6 +80,7 @@ class Application {
   linux_::PrivilegePrograms programs;
   /// Outlives the application, since a tool may be told about later.
   KeptConsole& console;
+  linux_::SystemUsers users;
   linux_::PolkitAuthorization service;
   platform::AuthorizationRef session = nullptr;
   std::shared_ptr<platform::CommunicationsPipe> pipe;
@@ -95,8 +98,8 @@ bool nobodyIsLeft();
 /// Where this program and the others were built.
 const std::string& programFolder();
 
-/// What a main function does here: takes the machine into use (people, the message bus, the action of the policy
-/// file that its only argument names) and runs all tests. They fail where this is no throw-away machine.
+/// What a main function does here: takes the machine into use (people, the message bus, the actions in the
+/// folder of packaging that its only argument names) and runs all tests. They fail where this is no throw-away machine.
 int runInThrowAwayMachine(int count, char** arguments);
 
 }  // namespace qm::testing

@@ -43,10 +43,11 @@ TEST_P(AdministratorRights, AreGrantedWhenPolkitHadBeenStopped) {
 TEST_P(AdministratorRights, CannotBeHadWithoutTheProgramsForThem) {
   asAccount(GetParam(), [] {
     KeptConsole console;
+    const linux_::SystemUsers users;
     linux_::PrivilegePrograms missing = Application().programs;
     missing.pkexec = "/usr/bin/no-pkexec";
     missing.credentialsAgent = "/usr/bin/no-agent";
-    linux_::PolkitAuthorization service(console, missing);
+    linux_::PolkitAuthorization service(console, users, missing);
     AuthorizationRef session = nullptr;
     ASSERT_EQ(service.create({}, 0, &session), errAuthorizationSuccess);
     const AuthorizationItems rights = {{.name = "system.privilege.admin", .value = "", .flags = 0}};
@@ -130,7 +131,7 @@ pid_t parentOf(pid_t process) {
 
 TEST_P(AdministratorRights, EndWhenTheHelperIsEnded) {
   const Bystander killer("/run/ready", [](pid_t /*application*/) {
-    for (const pid_t helper : processesNamed("tessaly-uninstaller-admin-helper")) ::kill(helper, SIGKILL);
+    for (const pid_t helper : processesNamed("quillmark-admin-helper")) ::kill(helper, SIGKILL);
   });
   asAccount(GetParam(), [&] {
     DesktopAgent agent({kAnna.password});
@@ -148,7 +149,7 @@ TEST_P(AdministratorRights, LetARunningToolFinishWhenTheHelperIsEnded) {
   ASSERT_EQ(::mkfifo("/run/gate", 0600), 0);
   {
     const Bystander killer("/run/ready", [](pid_t application) {
-      for (const pid_t helper : processesNamed("tessaly-uninstaller-admin-helper")) {
+      for (const pid_t helper : processesNamed("quillmark-admin-helper")) {
         if (parentOf(helper) == application) ::kill(helper, SIGKILL);
       }
     });
@@ -189,7 +190,7 @@ TEST_P(AdministratorRights, LetARunningToolFinishWhenTheApplicationIsKilled) {
   int status = 0;
   ASSERT_EQ(::waitpid(person, &status, 0), person);
   ASSERT_TRUE(WIFSIGNALED(status));
-  EXPECT_FALSE(processesNamed("tessaly-uninstaller-admin-helper").empty()) << "it waits for the tool";
+  EXPECT_FALSE(processesNamed("quillmark-admin-helper").empty()) << "it waits for the tool";
   std::ofstream("/run/gate") << "finished";
   EXPECT_TRUE(nobodyIsLeft());
   EXPECT_EQ(fileText("/run/tool-has-finished"), "finished");
@@ -277,9 +278,11 @@ TEST_P(AdministratorRights, AreNotServedToWhoeverStartsTheHelper) {
     ASSERT_EQ(helper.start(Application().programs.helper, {}, {}), 0);
     EXPECT_EQ(helper.wait(), 2) << "without root's rights";
   });
-  linux_::ChildProgram helper;
-  ASSERT_EQ(helper.start(programFolder() + "/tessaly-uninstaller-admin-helper", {}, {}), 0);
-  EXPECT_EQ(helper.wait(), 2) << "without pkexec and a connection";
+  for (const std::string name : {"tessaly-uninstaller-admin-helper", "quillmark-admin-helper"}) {
+    linux_::ChildProgram helper;
+    ASSERT_EQ(helper.start(programFolder() + "/" + name, {}, {}), 0);
+    EXPECT_EQ(helper.wait(), 2) << name << " without pkexec and a connection";
+  }
 }
 
 }  // namespace

@@ -66,9 +66,13 @@ TEST_P(AdministratorRights, SayThatAToolFailed) {
   asAccount(GetParam(), [] {
     Application application;
     ASSERT_EQ(application.open(kAnna), errAuthorizationSuccess);
-    EXPECT_EQ(application.start("/bin/mv", {"-f", "/run/missing", "/run/new"}), errAuthorizationSuccess);
+    EXPECT_EQ(application.start("/bin/ls", {"/run/missing"}), errAuthorizationSuccess);
     EXPECT_TRUE(application.console.waitFor(
-        "/bin/mv failed with status 1: /bin/mv: cannot stat '/run/missing': No such file or directory\n"))
+        "/bin/ls failed with status 2: /bin/ls: cannot access '/run/missing': No such file or directory\n"))
+        << application.console.text();
+    EXPECT_EQ(application.start("/bin/mv", {"-f", "/run/missing", "/run/new"}), errAuthorizationToolExecuteFailure);
+    EXPECT_TRUE(application.console.waitFor(
+        "/bin/mv was not started: /run/missing: No such file or directory; left as it was: /run/missing\n"))
         << application.console.text();
     EXPECT_EQ(application.start("/bin/sh", {"-c", "kill -KILL $$"}), errAuthorizationSuccess);
     EXPECT_TRUE(application.console.waitFor("/bin/sh was ended by signal 9\n"));
@@ -107,7 +111,7 @@ TEST_P(AdministratorRights, MoveToTheTrashWhatThePersonCanThenSeeRestoreAndDelet
     fs::create_directories(home + "/.local/share/Trash/files");
     fs::create_directories(home + "/.local/share/Trash/info");
     fs::create_symlink(".local/share/Trash/files", home + "/.Trash");
-    Application application;
+    Application application(linux_::HelperScope::Product);
     ASSERT_EQ(application.open(kAnna), errAuthorizationSuccess);
     EXPECT_EQ(application.outputOf("/bin/mv", {"-f", "/Applications/Tessaly.app", home + "/.Trash/Tessaly.app"}), "");
     application.end();

@@ -9,6 +9,6 @@ target_compile_definitions(test-desktop-agent PRIVATE POLKIT_AGENT_I_KNOW_API_IS
 qm_without_thread_sanitizer(test-desktop-agent)
 
 qm_library(polkit_machine ${CMAKE_CURRENT_LIST_DIR}/PolkitMachine.cpp)
-target_link_libraries(polkit_machine PUBLIC linux_privileges privilege_protocol posix_process private_machine)
+target_link_libraries(polkit_machine PUBLIC linux_privileges linux_system privilege_protocol posix_process private_machine)
 add_dependencies(polkit_machine
-  test-desktop-agent tessaly-uninstaller-admin-helper tessaly-uninstaller-credentials-agent)
+  test-desktop-agent quillmark-admin-helper tessaly-uninstaller-admin-helper tessaly-uninstaller-credentials-agent)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/linux/trash/FileSystemUser.h"
+#include "Platform/linux/rights/FileSystemUser.h"
 
 namespace qm::linux_ {
 

@@ -10,11 +10,16 @@
 
 namespace qm::posix {
 
-bool holdsMountPoint(int folder) {
+std::string shownPath(int descriptor) {
   std::array<char, PATH_MAX> path{};
-  const ssize_t length = ::readlink(pathOfDescriptor(folder).c_str(), path.data(), path.size());
-  if (length <= 0 || static_cast<std::size_t>(length) == path.size()) return false;
-  return linux_::MountTable().hasMountInside({path.data(), static_cast<std::size_t>(length)});
+  const ssize_t length = ::readlink(pathOfDescriptor(descriptor).c_str(), path.data(), path.size());
+  if (length <= 0 || static_cast<std::size_t>(length) == path.size() || path[0] != '/') return {};
+  return {path.data(), static_cast<std::size_t>(length)};
+}
+
+bool holdsMountPoint(int folder) {
+  const std::string path = shownPath(folder);
+  return !path.empty() && linux_::MountTable().hasMountInside(path);
 }
 
 }  // namespace qm::posix

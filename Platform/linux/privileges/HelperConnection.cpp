@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -17,6 +18,8 @@ using platform::AuthorizationStatus;
 using posix::UniqueFd;
 
 namespace {
+
+constexpr std::chrono::seconds kPatience{30};
 
 union DescriptorSpace {
   cmsghdr alignment;
@@ -88,6 +91,7 @@ struct HelperConnection::State {
   std::mutex mutex;  // guards what follows
   std::condition_variable changed;
   bool open = true;
+  bool ended = false;
   std::uint64_t lastNumber = 0;
   std::map<std::uint64_t, Answer> answers;
   std::map<std::uint64_t, std::string> running;
@@ -134,6 +138,9 @@ void HelperConnection::State::close() {
     changed.notify_all();
   }
   helper.wait();
+  const std::scoped_lock lock(mutex);
+  ended = true;
+  changed.notify_all();
 }
 
 HelperConnection::HelperConnection(UniqueFd socket, ChildProgram helper, platform::Console& console)
@@ -142,10 +149,17 @@ HelperConnection::HelperConnection(UniqueFd socket, ChildProgram helper, platfor
     std::thread(&HelperConnection::readMessages, state_).detach();
   } catch (const std::system_error&) {
     state_->open = false;
+    state_->ended = true;
   }
 }
 
 HelperConnection::~HelperConnection() { ::shutdown(state_->socket.get(), SHUT_WR); }
+
+void HelperConnection::end() {
+  ::shutdown(state_->socket.get(), SHUT_WR);
+  std::unique_lock lock(state_->mutex);
+  state_->changed.wait_for(lock, kPatience, [this] { return state_->ended; });
+}
 
 bool HelperConnection::isOpen() const {
   const std::scoped_lock lock(state_->mutex);

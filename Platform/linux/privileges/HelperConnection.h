@@ -29,6 +29,9 @@ class HelperConnection {
   ~HelperConnection();
 
   bool isOpen() const;
+  /// Ends the connection, and waits until the helper has seen its tools through and has ended; not longer than half a
+  /// minute.
+  void end();
 
   /// Starts a tool; blocks until it runs. `output` receives the reading end of what it writes.
   platform::AuthorizationStatus launch(const std::string& tool, const std::vector<std::string>& arguments,

@@ -51,7 +51,7 @@ HelperOpening failed(AuthorizationStatus status, std::string cause) { return {st
 HelperOpening explain(int exitStatus, const std::string& errors) {
   if (exitStatus == kDismissed) return failed(platform::errAuthorizationCanceled, "the dialog was dismissed");
   if (exitStatus == kNotAuthorized && contains(errors, "Not authorized")) {
-    return failed(platform::errAuthorizationDenied, "name or password were not accepted");
+    return failed(platform::errAuthorizationDenied, "the request was not authorized");
   }
   if (exitStatus == kNotAuthorized && contains(errors, "authentication agent")) {
     return failed(platform::errAuthorizationInteractionNotAllowed,
@@ -65,9 +65,9 @@ HelperOpening explain(int exitStatus, const std::string& errors) {
 // One run of pkexec, from its start to the helper's hello or its own end.
 class PkexecRun {
  public:
-  HelperOpening run(const PrivilegePrograms& programs, platform::Console& console) {
+  HelperOpening run(const PrivilegePrograms& programs, const OnlyCommand& only, platform::Console& console) {
     if (::access(programs.helper.c_str(), X_OK) != 0) return unavailable(programs.helper, errno);
-    if (const int error = start(programs); error != 0) return unavailable(programs.pkexec, error);
+    if (const int error = start(programs, only); error != 0) return unavailable(programs.pkexec, error);
     if (!waitForHello()) return explain(pkexec_.wait(), errors_);
     HelperOpening opening{platform::errAuthorizationSuccess, {}, nullptr};
     opening.connection = std::make_unique<HelperConnection>(std::move(socket_), std::move(pkexec_), console);
@@ -80,11 +80,13 @@ class PkexecRun {
   }
 
   // The helper's end is its standard input: pkexec closes everything but the standard streams.
-  int start(const PrivilegePrograms& programs) {
+  int start(const PrivilegePrograms& programs, const OnlyCommand& only) {
     UniqueFd helpers;
     UniqueFd errorsWriting;
     if (!makeSocketPair(socket_, helpers) || !makePipe(errorsReading_, errorsWriting)) return errno;
-    return pkexec_.start(programs.pkexec, {"--disable-internal-agent", programs.helper},
+    std::vector<std::string> arguments = {"--disable-internal-agent", programs.helper};
+    arguments.insert(arguments.end(), only.begin(), only.end());
+    return pkexec_.start(programs.pkexec, arguments,
                          {.input = helpers.get(), .output = -1, .errors = errorsWriting.get()});
   }
 
@@ -127,12 +129,13 @@ bool hasTerminal() { return static_cast<bool>(UniqueFd(::open("/dev/tty", O_RDWR
 
 }  // namespace
 
-HelperOpening openHelperWithDialog(const PrivilegePrograms& programs, platform::Console& console) {
-  HelperOpening opening = PkexecRun().run(programs, console);
+HelperOpening openHelperWithDialog(const PrivilegePrograms& programs, const OnlyCommand& only,
+                                   platform::Console& console) {
+  HelperOpening opening = PkexecRun().run(programs, only, console);
   if (opening.status != platform::errAuthorizationInteractionNotAllowed || !hasTerminal()) return opening;
   TerminalAgent agent;
   if (!agent.start(programs.terminalAgent)) return opening;
-  return PkexecRun().run(programs, console);
+  return PkexecRun().run(programs, only, console);
 }
 
 HelperOpening openHelperWithCredentials(const PrivilegePrograms& programs, platform::Console& console,
@@ -141,7 +144,7 @@ HelperOpening openHelperWithCredentials(const PrivilegePrograms& programs, platf
   if (!agent.start(programs.credentialsAgent, user, password)) {
     return failed(platform::errAuthorizationToolEnvironmentError, programs.credentialsAgent + " could not be used");
   }
-  return PkexecRun().run(programs, console);
+  return PkexecRun().run(programs, {}, console);
 }
 
 }  // namespace qm::linux_

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Platform/AuthorizationServices.h"
 #include "Platform/Console.h"
@@ -17,10 +18,15 @@ struct HelperOpening {
   std::unique_ptr<HelperConnection> connection;
 };
 
+/// A command line, the tool first, that rights are asked for and restricted to; empty where the helper's own policy is
+/// all that restricts them.
+using OnlyCommand = std::vector<std::string>;
+
 /// Has polkit ask for administrator rights in the user's dialog, and starts the helper with them. Without a
 /// desktop that shows dialogs the question goes to the terminal, if there is one. Blocks until it is
 /// answered; the calling thread lives until then.
-HelperOpening openHelperWithDialog(const PrivilegePrograms& programs, platform::Console& console);
+HelperOpening openHelperWithDialog(const PrivilegePrograms& programs, const OnlyCommand& only,
+                                   platform::Console& console);
 
 /// The same without a question: the credentials answer it.
 HelperOpening openHelperWithCredentials(const PrivilegePrograms& programs, platform::Console& console,

@@ -6,11 +6,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <optional>
+#include <iterator>
 #include <utility>
 
 #include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/linux/privileges/HelperOpening.h"
+#include "Platform/linux/rights/UserDatabase.h"
 
 namespace qm::linux_ {
 
@@ -56,10 +57,21 @@ bool has(AuthorizationFlags flags, AuthorizationFlags wanted) { return (flags & 
 // Whoever reads the memory of this process, or takes its descriptors, has the session's rights.
 void keepMemoryToOurselves(bool wanted) { ::prctl(PR_SET_DUMPABLE, wanted ? 0 : 1); }
 
+OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>& arguments) {
+  OnlyCommand command = {tool};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
+}
+
+bool isFileTool(const std::string& tool) {
+  constexpr const char* tools[] = {"/bin/mv", "/bin/cp", "/bin/rm", "/bin/mkdir", "/usr/bin/touch"};
+  return std::ranges::find(tools, tool) != std::end(tools);
+}
+
 }  // namespace
 
-PolkitAuthorization::PolkitAuthorization(Console& console, PrivilegePrograms programs)
-    : console_(console), programs_(std::move(programs)) {}
+PolkitAuthorization::PolkitAuthorization(Console& console, const Users& users, PrivilegePrograms programs)
+    : console_(console), users_(users), programs_(std::move(programs)) {}
 
 PolkitAuthorization::~PolkitAuthorization() = default;
 
@@ -68,37 +80,38 @@ AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*envi
   const std::scoped_lock lock(mutex_);
   // Never the same twice: what was freed stays unknown.
   *session = reinterpret_cast<AuthorizationRef>(++lastSession_);  // NOLINT(performance-no-int-to-ptr)
-  sessions_[*session] = nullptr;
+  sessions_[*session] = {};
   return errAuthorizationSuccess;
 }
 
-void PolkitAuthorization::announce(const std::string& /*tool*/, const std::vector<std::string>& arguments) {
+void PolkitAuthorization::announce(const std::string& tool, const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);
-  announced_ = leftAsItWas(arguments);
+  announced_ = commandLine(tool, arguments);
 }
 
-std::string PolkitAuthorization::takeAnnounced() {
+OnlyCommand PolkitAuthorization::takeAnnounced() {
   const std::scoped_lock lock(mutex_);
   return std::exchange(announced_, {});
 }
 
 AuthorizationStatus PolkitAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                     const AuthorizationItems& environment, AuthorizationFlags flags) {
-  const std::string announced = takeAnnounced();
+  const OnlyCommand announced = takeAnnounced();
   {
     const std::scoped_lock lock(mutex_);
     const auto found = sessions_.find(session);
     if (found == sessions_.end()) return errAuthorizationInvalidRef;
     const auto isOther = [](const AuthorizationItem& right) { return right.name != kAdministratorRight; };
     if (std::ranges::any_of(rights, isOther)) return errAuthorizationDenied;
-    if (rights.empty() || (found->second && found->second->isOpen())) return errAuthorizationSuccess;
+    const SharedConnection& connection = found->second.connection;
+    if (rights.empty() || (connection && connection->isOpen())) return errAuthorizationSuccess;
   }
   return has(flags, kAuthorizationFlagExtendRights) ? open(session, environment, flags, announced)
                                                     : errAuthorizationDenied;
 }
 
 AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const AuthorizationItems& environment,
-                                              AuthorizationFlags flags, const std::string& announced) {
+                                              AuthorizationFlags flags, const OnlyCommand& announced) {
   const std::string* user = valueOf(environment, "username");
   const std::string* password = valueOf(environment, "password");
   const bool withCredentials = user != nullptr && password != nullptr;
@@ -106,18 +119,28 @@ AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const Au
     return errAuthorizationInteractionNotAllowed;
   }
   keepMemoryToOurselves(true);
-  HelperOpening opening = withCredentials ? openHelperWithCredentials(programs_, console_, *user, *password)
-                                          : openHelperWithDialog(programs_, console_);
+  if (withCredentials) return keep(session, openHelperWithCredentials(programs_, console_, *user, *password), {});
+  const OnlyCommand only = programs_.scope == HelperScope::AnyTool ? announced : OnlyCommand();
+  HelperOpening opening = openHelperWithDialog(programs_, only, console_);
+  if (opening.connection) return keep(session, std::move(opening), only);
+  return keep(session, std::move(opening), announced);
+}
+
+AuthorizationStatus PolkitAuthorization::keep(AuthorizationRef session, HelperOpening opening,
+                                              const OnlyCommand& command) {
   const std::scoped_lock lock(mutex_);
   if (opening.connection) {
-    sessions_[session] = std::move(opening.connection);
+    sessions_[session] = {std::move(opening.connection), command};
   } else {
-    console_.print(inOneLine("Administrator rights were not granted: " + opening.cause + announced));
-    if (std::ranges::none_of(sessions_, [](const auto& each) { return each.second != nullptr; })) {
-      keepMemoryToOurselves(false);
-    }
+    const std::vector<std::string> arguments(command.begin() + (command.empty() ? 0 : 1), command.end());
+    console_.print(inOneLine("Administrator rights were not granted: " + opening.cause + leftAsItWas(arguments)));
+    if (!hasConnections()) keepMemoryToOurselves(false);
   }
   return opening.status;
+}
+
+bool PolkitAuthorization::hasConnections() const {
+  return std::ranges::any_of(sessions_, [](const auto& each) { return each.second.connection != nullptr; });
 }
 
 AuthorizationStatus PolkitAuthorization::free(AuthorizationRef session, AuthorizationFlags /*flags*/) {
@@ -127,17 +150,30 @@ AuthorizationStatus PolkitAuthorization::free(AuthorizationRef session, Authoriz
   return errAuthorizationSuccess;
 }
 
+// Rights for one command are used up by it, and are none for another.
+AuthorizationStatus PolkitAuthorization::connectionFor(AuthorizationRef session, const OnlyCommand& command,
+                                                       SharedConnection* connection) {
+  {
+    const std::scoped_lock lock(mutex_);
+    const auto found = sessions_.find(session);
+    if (found == sessions_.end() || !found->second.connection) return errAuthorizationInvalidRef;
+    Session& known = found->second;
+    const bool isForAll = known.only.empty();
+    if (isForAll || (known.only == command && known.connection->isOpen())) *connection = known.connection;
+    if (!isForAll) known.only = {""};
+  }
+  if (*connection) return errAuthorizationSuccess;
+  const AuthorizationStatus status = keep(session, openHelperWithDialog(programs_, command, console_), command);
+  return status == errAuthorizationSuccess ? connectionFor(session, command, connection) : status;
+}
+
 AuthorizationStatus PolkitAuthorization::executeWithPrivileges(AuthorizationRef session, const std::string& tool,
                                                                AuthorizationFlags /*flags*/,
                                                                const std::vector<std::string>& arguments,
                                                                std::shared_ptr<CommunicationsPipe>* pipe) {
   SharedConnection connection;
-  {
-    const std::scoped_lock lock(mutex_);
-    const auto found = sessions_.find(session);
-    if (found != sessions_.end()) connection = found->second;
-  }
-  if (!connection) return errAuthorizationInvalidRef;
+  const AuthorizationStatus found = connectionFor(session, commandLine(tool, arguments), &connection);
+  if (found != errAuthorizationSuccess) return found;
   posix::UniqueFd output;
   const AuthorizationStatus status = connection->launch(tool, arguments, &output);
   if (status == errAuthorizationInvalidRef) {
@@ -146,6 +182,27 @@ AuthorizationStatus PolkitAuthorization::executeWithPrivileges(AuthorizationRef 
   }
   if (status == errAuthorizationSuccess && pipe != nullptr) *pipe = std::make_shared<OutputPipe>(std::move(output));
   return status;
+}
+
+void PolkitAuthorization::releaseRights() {
+  std::vector<SharedConnection> connections;
+  {
+    const std::scoped_lock lock(mutex_);
+    for (auto& [handle, session] : sessions_) {
+      if (session.connection) connections.push_back(std::move(session.connection));
+      session = {};
+    }
+  }
+  for (const SharedConnection& connection : connections) connection->end();
+  if (!connections.empty()) keepMemoryToOurselves(false);
+}
+
+ToolCommand PolkitAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
+  if (!isFileTool(tool)) return {tool, arguments};
+  const auto person = userWithName(users_.consoleUser().value_or(std::string()));
+  std::vector<std::string> all = {"--for", std::to_string(person ? person->id : 0), tool};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return {programs_.helper, all};
 }
 
 AuthorizationStatus PolkitAuthorization::copyPrivilegedReference(AuthorizationRef* session,

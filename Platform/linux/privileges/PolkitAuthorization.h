@@ -9,7 +9,9 @@
 
 #include "Platform/AuthorizationServices.h"
 #include "Platform/Console.h"
+#include "Platform/Users.h"
 #include "Platform/linux/privileges/HelperConnection.h"
+#include "Platform/linux/privileges/HelperOpening.h"
 #include "Platform/linux/privileges/PrivilegePrograms.h"
 
 namespace qm::linux_ {
@@ -27,11 +29,14 @@ namespace qm::linux_ {
 ///   a tool that cannot be started, or is refused errAuthorizationToolExecuteFailure
 ///   no such session, or its helper has ended     errAuthorizationInvalidRef
 ///
-/// A tool that it starts runs as root and needs no session: none is ever handed down. Any thread.
+/// What a helper does is restricted to its scope. Where that is any tool, the rights that a dialog gives are for the
+/// one command that it shows, and the next command asks again; credentials, and rights that were asked for without a
+/// command, hold for all. A tool that it starts runs as root and needs no session: none is ever handed down. Any
+/// thread.
 class PolkitAuthorization : public platform::AuthorizationServices {
  public:
-  /// The console outlives this object and every tool that it starts.
-  PolkitAuthorization(platform::Console& console, PrivilegePrograms programs);
+  /// The console outlives this object and every tool that it starts, the users this object.
+  PolkitAuthorization(platform::Console& console, const platform::Users& users, PrivilegePrograms programs);
   ~PolkitAuthorization() override;
   PolkitAuthorization(const PolkitAuthorization&) = delete;
   PolkitAuthorization& operator=(const PolkitAuthorization&) = delete;
@@ -49,26 +54,41 @@ class PolkitAuthorization : public platform::AuthorizationServices {
                                                       platform::AuthorizationFlags flags,
                                                       const std::vector<std::string>& arguments,
                                                       std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
+  void releaseRights() override;
+  /// The helper itself, which works on items and not on names, for the person at the console.
+  platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyPrivilegedReference(platform::AuthorizationRef* session,
                                                         platform::AuthorizationFlags flags) override;
 
  private:
   using SharedConnection = std::shared_ptr<HelperConnection>;
 
-  std::string takeAnnounced();
+  /// A session without rights has no connection.
+  struct Session {
+    SharedConnection connection;
+    /// The one command that the rights are for.
+    OnlyCommand only;
+  };
+
+  OnlyCommand takeAnnounced();
   platform::AuthorizationStatus open(platform::AuthorizationRef session,
                                      const platform::AuthorizationItems& environment,
-                                     platform::AuthorizationFlags flags, const std::string& announced);
+                                     platform::AuthorizationFlags flags, const OnlyCommand& announced);
+  platform::AuthorizationStatus keep(platform::AuthorizationRef session, HelperOpening opening,
+                                     const OnlyCommand& command);
+  platform::AuthorizationStatus connectionFor(platform::AuthorizationRef session, const OnlyCommand& command,
+                                              SharedConnection* connection);
+  bool hasConnections() const;
 
   platform::Console& console_;
+  const platform::Users& users_;
   const PrivilegePrograms programs_;
 
   std::mutex mutex_;  // guards what follows
   std::uintptr_t lastSession_ = 0;
-  /// What a refusal leaves undone, for its message.
-  std::string announced_;
-  /// A session without rights has no connection.
-  std::map<platform::AuthorizationRef, SharedConnection> sessions_;
+  /// What the next rights are wanted for.
+  OnlyCommand announced_;
+  std::map<platform::AuthorizationRef, Session> sessions_;
 };
 
 }  // namespace qm::linux_

@@ -4,9 +4,11 @@
 
 namespace qm::linux_ {
 
-PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable) {
+PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable, HelperScope scope) {
   PrivilegePrograms programs;
-  programs.helper = ownProgram(executable, "tessaly-uninstaller-admin-helper");
+  programs.scope = scope;
+  programs.helper = ownProgram(
+      executable, scope == HelperScope::Product ? "tessaly-uninstaller-admin-helper" : "quillmark-admin-helper");
   programs.credentialsAgent = ownProgram(executable, "tessaly-uninstaller-credentials-agent");
   return programs;
 }

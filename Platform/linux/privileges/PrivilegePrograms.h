@@ -5,15 +5,23 @@
 
 namespace qm::linux_ {
 
+/// What a helper's rights are for, which its dialog says.
+enum class HelperScope {
+  Product,  ///< the uninstaller's: it moves the product's items and removes the maker's folder
+  AnyTool,  ///< any program; the dialog shows which
+};
+
 /// The programs that administrator rights are got with.
 struct PrivilegePrograms {
   std::string helper;
+  HelperScope scope = HelperScope::Product;
   std::string credentialsAgent;
   std::string pkexec = "/usr/bin/pkexec";
   std::string terminalAgent = "/usr/bin/pkttyagent";
 };
 
 /// Ours are looked for from where the running program is (OwnPrograms.h).
-PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable);
+PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable,
+                                    HelperScope scope = HelperScope::Product);
 
 }  // namespace qm::linux_

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Platform/linux/rights/UserDatabase.h"
 #include "Platform/linux/system/Environment.h"
-#include "Platform/linux/system/UserDatabase.h"
 
 namespace qm::linux_ {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
+#include "Platform/linux/rights/UserDatabase.h"
 #include "Platform/linux/system/ConsoleUser.h"
 #include "Platform/linux/system/Environment.h"
-#include "Platform/linux/system/UserDatabase.h"
 
 namespace qm::linux_ {
 

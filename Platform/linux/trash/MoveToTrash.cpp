@@ -8,6 +8,7 @@
 #include <functional>
 #include <string_view>
 
+#include "Platform/linux/trash/InfoFile.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
@@ -19,38 +20,6 @@ using posix::UniqueFd;
 
 // How often another program may snatch the name that was just found free.
 constexpr int kMostRounds = 64;
-
-// The description of an item, there for good only once the item is in its place. Nothing waits for the
-// disk here: that is done once for many items.
-class InfoFile {
- public:
-  InfoFile(int folder, std::string name) : folder_(folder), name_(std::move(name)) {}
-  InfoFile(const InfoFile&) = delete;
-  InfoFile& operator=(const InfoFile&) = delete;
-  ~InfoFile() {
-    if (made_) ::unlinkat(folder_, name_.c_str(), 0);
-  }
-
-  // Answers the error number, EEXIST when the name is in use.
-  int create(std::string_view text) {
-    UniqueFd file(
-        ::openat(folder_, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!file) return errno;
-    made_ = true;
-    const ssize_t written = ::write(file.get(), text.data(), text.size());
-    if (written < 0) return errno;
-    if (static_cast<std::size_t>(written) < text.size()) return ENOSPC;
-    // Some file systems tell only now that there was no room.
-    return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
-  }
-
-  void keep() { made_ = false; }
-
- private:
-  int folder_;
-  std::string name_;
-  bool made_ = false;
-};
 
 bool isIn(std::string_view path, std::string_view folder) {
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
@@ -131,9 +100,10 @@ class Move {
     return exists(trash_.info.get(), stored + std::string(kTrashInfoSuffix)) || exists(trash_.files.get(), stored);
   }
 
+  // Nothing waits for the disk here: that is done once for many items.
   int moveAs(const std::string& stored, const std::string& text) {
-    InfoFile info(trash_.info.get(), stored + std::string(kTrashInfoSuffix));
-    int error = info.create(text);
+    InfoFile info(trash_.info.get(), stored);
+    int error = info.create(text, WrittenThrough::No);
     madeInfo_ = error == 0;
     if (error == 0) error = renameTo(stored);
     if (error == 0) info.keep();

@@ -24,7 +24,4 @@ struct SourceFolder {
 /// all there is.
 Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
-/// The absolute path of what a descriptor holds, now; "" when it has none.
-std::string pathOf(int fd);
-
 }  // namespace qm::linux_

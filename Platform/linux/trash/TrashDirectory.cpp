@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <climits>
 
-#include "Platform/linux/trash/SourceFolder.h"
+#include "Platform/linux/files/DescriptorPath.h"
 
 namespace qm::linux_ {
 namespace {
@@ -23,8 +23,8 @@ std::size_t longestName(int folder) {
   return std::min<std::size_t>(found.f_namemax, NAME_MAX);
 }
 
-std::string shownPath(int parent, const std::string& name) {
-  const std::string path = pathOf(parent);
+std::string shownIn(int parent, const std::string& name) {
+  const std::string path = posix::shownPath(parent);
   return (path == "/" ? "" : path) + "/" + name;
 }
 
@@ -50,7 +50,7 @@ Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner
 
 Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
                                                  const std::string& topFolder) {
-  const std::string shown = shownPath(parent, name);
+  const std::string shown = shownIn(parent, name);
   Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
   if (!trash) return trash.problem();
   Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
@@ -63,7 +63,7 @@ Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& 
   if (!folderPlace || !filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
   TrashDirectory result{
       std::move(*trash), std::move(*files), std::move(*info), *folderPlace, *filesPlace, *infoPlace, "", topFolder, 0};
-  result.path = pathOf(result.folder.get());
+  result.path = posix::shownPath(result.folder.get());
   result.nameLimit = longestName(result.info.get());
   return SharedTrashDirectory(std::make_shared<const TrashDirectory>(std::move(result)));
 }

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string>
 
-#include "Platform/linux/trash/FileSystemUser.h"
+#include "Platform/linux/rights/FileSystemUser.h"
 #include "Platform/linux/trash/SourceFolder.h"
 #include "Platform/linux/trash/TrashDirectory.h"
 #include "Platform/linux/trash/TrashUser.h"

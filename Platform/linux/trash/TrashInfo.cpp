@@ -1,5 +1,7 @@
 #include "Platform/linux/trash/TrashInfo.h"
 
+#include <charconv>
+
 namespace qm::linux_ {
 namespace {
 
@@ -29,6 +31,19 @@ std::string percentEncoded(std::string_view bytes) {
     }
   }
   return text;
+}
+
+std::string percentDecoded(std::string_view text) {
+  std::string bytes;
+  while (!text.empty()) {
+    unsigned value = 0;
+    const char* digits = text.data() + 1;
+    const bool escape =
+        text[0] == '%' && text.size() >= 3 && std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2;
+    bytes += escape ? static_cast<char>(value) : text[0];
+    text.remove_prefix(escape ? 3 : 1);
+  }
+  return bytes;
 }
 
 std::string trashInfoText(std::string_view path, const std::string& deletionDate) {

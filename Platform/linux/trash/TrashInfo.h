@@ -12,6 +12,9 @@ inline constexpr std::string_view kTrashInfoSuffix = ".trashinfo";
 /// themselves, everything else is written "%XX".
 std::string percentEncoded(std::string_view bytes);
 
+/// The bytes that `percentEncoded` was given. What is no escape stands for itself.
+std::string percentDecoded(std::string_view text);
+
 /// The contents of a ".trashinfo" file. `path` is absolute in the home trash and relative to the
 /// volume's top folder in a volume's trash.
 std::string trashInfoText(std::string_view path, const std::string& deletionDate);

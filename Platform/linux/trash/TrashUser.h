@@ -4,7 +4,8 @@
 #include <string>
 
 #include "Platform/Users.h"
-#include "Platform/linux/trash/FileSystemUser.h"
+#include "Platform/linux/rights/FileSystemUser.h"
+#include "Platform/linux/rights/UserDatabase.h"
 #include "Platform/linux/trash/TrashProblem.h"
 
 namespace qm::linux_ {
@@ -18,6 +19,9 @@ struct TrashUser {
   /// The process runs as root and works for somebody else.
   bool forAnother = false;
 };
+
+/// A user whom a process of root's works for.
+TrashUser trashUserFor(const UserRecord& user);
 
 /// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
 /// counts only where the environment is that person's own.

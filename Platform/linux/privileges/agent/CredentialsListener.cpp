@@ -1,5 +1,7 @@
 #include "Platform/linux/privileges/agent/CredentialsListener.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace {
@@ -23,8 +25,9 @@ struct Dialog {
 };
 
 bool isOurAction(const char* action) {
-  return std::string_view(action) == "com.quillmark.uninstaller.admin" ||
-         std::string_view(action) == "org.freedesktop.policykit.exec";
+  constexpr std::string_view ours[] = {"com.quillmark.uninstaller.admin", "com.quillmark.admin",
+                                       "org.freedesktop.policykit.exec"};
+  return std::ranges::find(ours, std::string_view(action)) != std::end(ours);
 }
 
 bool isNamed(PolkitIdentity* identity, const char* user) {

@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-#include "Platform/linux/privileges/helper/Ownership.h"
+#include "Platform/linux/rights/Writers.h"
 
 namespace qm::linux_ {
 namespace {
@@ -21,12 +21,11 @@ constexpr int kVersionWithTruncation = 3;
 constexpr Rights kTruncate = 1ULL << 14U;  // younger than the headers of older systems
 
 constexpr Rights kRead = LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR;
-constexpr Rights kRun = kRead | LANDLOCK_ACCESS_FS_EXECUTE;
-constexpr Rights kEverything = kRun | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_DIR |
-                               LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_CHAR |
-                               LANDLOCK_ACCESS_FS_MAKE_DIR | LANDLOCK_ACCESS_FS_MAKE_REG |
-                               LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
-                               LANDLOCK_ACCESS_FS_MAKE_BLOCK | LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;
+constexpr Rights kEverything =
+    kRead | LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_DIR |
+    LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_CHAR | LANDLOCK_ACCESS_FS_MAKE_DIR |
+    LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
+    LANDLOCK_ACCESS_FS_MAKE_BLOCK | LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;
 // Those that a rule for a single file may give.
 constexpr Rights kOfFiles =
     LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_WRITE_FILE | kTruncate;
@@ -46,25 +45,6 @@ Confinement::Confinement() {
   const landlock_ruleset_attr attributes{.handled_access_fs = handledRights()};
   rules_.reset(static_cast<int>(::syscall(SYS_landlock_create_ruleset, &attributes, sizeof attributes, 0)));
   if (!rules_) error_ = errno;
-  allowPrograms();
-}
-
-void Confinement::allowPrograms() {
-  constexpr const char* places[] = {"/usr",
-                                    "/lib",
-                                    "/lib64",
-                                    "/bin",
-                                    "/sbin",
-                                    "/etc/ld.so.cache",
-                                    "/etc/ld.so.preload",
-                                    "/dev/null",
-                                    "/proc/filesystems",
-                                    "/etc/selinux",
-                                    "/sys/fs/selinux"};
-  for (const char* place : places) {
-    const UniqueFd item(::open(place, O_PATH | O_CLOEXEC));
-    if (item) add(item.get(), kRun);
-  }
 }
 
 void Confinement::allowAll(int folder) { add(folder, handledRights()); }

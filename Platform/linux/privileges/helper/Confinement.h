@@ -4,9 +4,8 @@
 
 namespace qm::linux_ {
 
-/// Keeps a process within folders, by the kernel's Landlock: whatever a tree is turned into under a
-/// tool's feet, it reads, makes and removes nothing anywhere else. Programs and their libraries can be
-/// read. Changing modes, owners and times is not covered.
+/// Keeps a process within folders, by the kernel's Landlock: whatever a tree is turned into meanwhile, the process
+/// reads, makes and removes nothing anywhere else. Changing modes, owners and times is not covered.
 class Confinement {
  public:
   /// The kernel has it and can let items move between folders (since 5.19).
@@ -20,12 +19,10 @@ class Confinement {
   /// Reading is allowed in the item and below.
   void allowReading(int item);
 
-  /// Confines this process and those that it starts. Answers 0 or an error number; 0 also where Landlock is
-  /// missing.
+  /// Confines this thread for good. Returns 0 or an error number; 0 also where Landlock is missing.
   int enforce() const;
 
  private:
-  void allowPrograms();
   void add(int item, unsigned long long rights);
 
   posix::UniqueFd rules_;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/linux/privileges/helper/Refusal.h"
+#include "Platform/linux/rights/Refusal.h"
 
 namespace qm::linux_ {
 

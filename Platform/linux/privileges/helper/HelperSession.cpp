@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
 namespace {
@@ -21,12 +22,23 @@ using posix::UniqueFd;
 // Each takes a few descriptors.
 constexpr std::size_t kMostRuns = 512;
 
-bool makePipe(UniqueFd& reading, UniqueFd& writing) {
-  int ends[2] = {-1, -1};
-  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
-  reading.reset(ends[0]);
-  writing.reset(ends[1]);
-  return true;
+volatile std::sig_atomic_t askedToEnd = 0;
+
+extern "C" void noteEnd(int /*signal*/) { askedToEnd = 1; }
+
+// SIGTERM is delivered only where the session waits: between a look at the flag and the wait it would be missed.
+void deliverEndWhileWaiting() {
+  sigset_t end;
+  sigemptyset(&end);
+  sigaddset(&end, SIGTERM);
+  ::sigprocmask(SIG_BLOCK, &end, nullptr);
+  static_cast<void>(std::signal(SIGTERM, noteEnd));
+}
+
+int waitFor(std::vector<pollfd>& watched) {
+  sigset_t none;
+  sigemptyset(&none);
+  return ::ppoll(watched.data(), watched.size(), nullptr, &none);
 }
 
 void writeAll(int fd, std::string_view bytes) {
@@ -38,10 +50,11 @@ void writeAll(int fd, std::string_view bytes) {
 }
 
 // The process of one launch. It tells the helper what the helper passes on.
-[[noreturn]] void runMain(const Launch& launch, uid_t person, UniqueFd output, const UniqueFd& messages) {
+[[noreturn]] void runMain(const HelperPolicy& policy, const Launch& launch, const UserRecord& person, UniqueFd output,
+                          const UniqueFd& messages) {
   // A helper that was ended reads no messages; its tools are still seen through.
-  static_cast<void>(::signal(SIGPIPE, SIG_IGN));
-  runLaunch(launch, person, std::move(output), [&](const Message& message) {
+  for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_IGN));
+  runLaunch(policy, launch, person, std::move(output), [&](const Message& message) {
     if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
   });
   ::_exit(0);
@@ -57,6 +70,7 @@ int waitFor(pid_t process) {
 }  // namespace
 
 void HelperSession::run() {
+  deliverEndWhileWaiting();
   send(Hello{});
   while (peer_.isOpen() || !runs_.empty()) waitForEvents();
 }
@@ -65,7 +79,9 @@ void HelperSession::waitForEvents() {
   std::vector<pollfd> watched = {{peer_.isOpen() ? peer_.descriptor() : -1, POLLIN, 0},
                                  {peer_.isOpen() ? peer_.peerDescriptor() : -1, POLLIN, 0}};
   for (const Run& run : runs_) watched.push_back({run.messages.get(), POLLIN, 0});
-  if (::poll(watched.data(), watched.size(), -1) < 0) return;
+  const int found = waitFor(watched);
+  if (askedToEnd != 0) peer_.close();
+  if (found < 0) return;
   for (std::size_t i = 0; i + 2 < watched.size(); ++i) {
     if (watched[i + 2].revents != 0) forward(runs_[i]);
   }
@@ -85,6 +101,7 @@ void HelperSession::receive() {
     const auto* launch = std::get_if<Launch>(&*message);
     if (launch == nullptr) return peer_.close();
     start(*launch);
+    if (policy_.servesOnce()) return peer_.close();
   }
   if (reader_.isBroken()) peer_.close();
 }
@@ -101,9 +118,11 @@ void HelperSession::start(const Launch& launch) {
 std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
   Run run;
   run.number = launch.number;
-  UniqueFd messagesWriting;
-  UniqueFd outputWriting;
-  if (!makePipe(run.messages, messagesWriting) || !makePipe(run.output, outputWriting)) return std::nullopt;
+  posix::Pipe messages = posix::makePipe();
+  posix::Pipe output = posix::makePipe();
+  if (!messages.reading || !output.reading) return std::nullopt;
+  run.messages = std::move(messages.reading);
+  run.output = std::move(output.reading);
   run.process = ::fork();
   if (run.process < 0) return std::nullopt;
   if (run.process == 0) {
@@ -111,7 +130,7 @@ std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
     run.messages.reset();
     run.output.reset();
     peer_.leave();
-    runMain(launch, person_, std::move(outputWriting), messagesWriting);
+    runMain(policy_, launch, person_, std::move(output.writing), messages.writing);
   }
   return run;
 }

@@ -5,17 +5,20 @@
 #include <deque>
 #include <optional>
 
+#include "Platform/linux/privileges/helper/HelperPolicy.h"
 #include "Platform/linux/privileges/helper/PeerSocket.h"
 #include "Platform/linux/privileges/protocol/Messages.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
 
-/// Serves launches until the application ends the connection, ends itself or breaks a rule. Each launch is a
-/// process of its own, so that none can hold up or harm another; those that run are waited for at the end.
+/// Serves launches until the application ends the connection, ends itself or breaks a rule, or this process is asked to
+/// end (SIGTERM). Each launch is a process of its own, so that none can hold up or harm another; those that run are
+/// seen through at the end.
 class HelperSession {
  public:
-  HelperSession(PeerSocket& peer, uid_t person) : peer_(peer), person_(person) {}
+  HelperSession(PeerSocket& peer, const HelperPolicy& policy, const UserRecord& person)
+      : peer_(peer), policy_(policy), person_(person) {}
 
   /// Says hello and serves. Returns when nothing runs any more.
   void run();
@@ -42,7 +45,8 @@ class HelperSession {
   void send(const Message& message, int descriptor = -1);
 
   PeerSocket& peer_;
-  uid_t person_;
+  const HelperPolicy& policy_;
+  const UserRecord& person_;
   MessageReader reader_;
   std::deque<Run> runs_;
 };

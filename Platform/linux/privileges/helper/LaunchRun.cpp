@@ -1,29 +1,27 @@
 #include "Platform/linux/privileges/helper/LaunchRun.h"
 
+#include <unistd.h>
 #include <cstring>
 
-#include "Platform/linux/privileges/helper/PreparedTool.h"
-#include "Platform/linux/privileges/helper/ToolProcess.h"
+#include "Platform/linux/privileges/helper/PrivilegedWork.h"
 
 namespace qm::linux_ {
 
-void runLaunch(const Launch& launch, uid_t person, posix::UniqueFd output,
+WorkResult resultOf(const posix::FileError& error, const std::string& path) {
+  if (!error) return {};
+  const std::string item = error.item.empty() ? path : path + " (" + error.item + ")";
+  return WorkResult::failed(item + ": " + std::strerror(error.code));
+}
+
+void runLaunch(const HelperPolicy& policy, const Launch& launch, const UserRecord& person, posix::UniqueFd output,
                const std::function<void(const Message&)>& report) {
   const auto refuse = [&](int error, const std::string& reason) { report(Started{launch.number, error, 0, reason}); };
-  Answer<PreparedTool> tool = prepareTool(launch, person);
-  if (!tool) return refuse(tool.refusal().error, tool.refusal().reason);
-  ToolProcess process;
-  if (const int error = startTool(*tool, output, &process); error != 0) {
-    return refuse(error, launch.tool + ": " + std::strerror(error));
-  }
-  report(Started{launch.number, 0, process.process, {}});
-  Exited exited{launch.number, 0, {}};
-  std::string errors;
-  exited.waitStatus = waitForTool(process, &errors);
-  if (tool->publication) exited.note = tool->publication->finish();
-  tool->publication.reset();  // with its staging folder
-  exited.note += tool->inAskedPaths(errors);
-  report(exited);
+  PreparedWork work = policy.prepare(launch, person);
+  if (!work) return refuse(work.refusal().error, work.refusal().reason);
+  if (const int error = (*work)->begin(output)) return refuse(error, launch.tool + ": " + std::strerror(error));
+  report(Started{launch.number, 0, ::getpid(), {}});
+  const WorkResult result = (*work)->finish();
+  report(Exited{launch.number, result.waitStatus, result.note});
   output.reset();
 }
 

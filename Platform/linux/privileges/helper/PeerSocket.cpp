@@ -1,5 +1,6 @@
 #include "Platform/linux/privileges/helper/PeerSocket.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -105,6 +106,12 @@ void PeerSocket::leave() {
   peerEnd_.reset();
 }
 
+// False once the peer has ended: nobody will ever read.
+bool PeerSocket::waitForRoom() const {
+  pollfd watched[] = {{socket_.get(), POLLOUT, 0}, {peerEnd_.get(), POLLIN, 0}};
+  return ::poll(watched, 2, -1) >= 0 ? watched[1].revents == 0 : errno == EINTR;
+}
+
 void PeerSocket::send(const std::string& bytes, int descriptor) const {
   for (std::size_t sent = 0; sent < bytes.size();) {
     iovec part{const_cast<char*>(bytes.data()) + sent, bytes.size() - sent};
@@ -113,8 +120,9 @@ void PeerSocket::send(const std::string& bytes, int descriptor) const {
     message.msg_iov = &part;
     message.msg_iovlen = 1;
     if (descriptor >= 0 && sent == 0) attach(message, space, descriptor);
-    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL);
-    if (count < 0 && errno != EINTR) return;
+    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+    const bool isFull = count < 0 && errno == EAGAIN;
+    if (count < 0 && errno != EINTR && !(isFull && waitForRoom())) return;
     if (count > 0) sent += static_cast<std::size_t>(count);
   }
 }

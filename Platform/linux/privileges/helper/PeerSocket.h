@@ -29,10 +29,13 @@ class PeerSocket {
   void close() { open_ = false; }
   /// Lets go of the connection, without ending it, in a process that has nothing to do with it.
   void leave();
-  /// Sends all, with a descriptor if there is one. A peer that is gone is no failure.
+  /// Sends all, with a descriptor if there is one. A peer that is gone is no failure, also where somebody else still
+  /// has its end of the connection and reads nothing.
   void send(const std::string& bytes, int descriptor = -1) const;
 
  private:
+  bool waitForRoom() const;
+
   posix::UniqueFd socket_;
   posix::UniqueFd peerEnd_;
   pid_t peer_ = -1;

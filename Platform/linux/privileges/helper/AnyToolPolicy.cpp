@@ -1,0 +1,55 @@
+#include "Platform/linux/privileges/helper/AnyToolPolicy.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/privileges/helper/FileWork.h"
+#include "Platform/linux/privileges/helper/ToolWork.h"
+#include "Platform/linux/privileges/helper/TrashMove.h"
+
+namespace qm::linux_ {
+namespace {
+
+// The name of a system tool; empty for every other program.
+std::string toolName(const std::string& program) {
+  for (const std::string folder : {"/usr/bin/", "/bin/"}) {
+    if (program.starts_with(folder) && program.find('/', folder.size()) == std::string::npos) {
+      return program.substr(folder.size());
+    }
+  }
+  return {};
+}
+
+bool hasControlCharacter(const std::string& text) {
+  return std::ranges::any_of(text, [](char each) {
+    const auto byte = static_cast<unsigned char>(each);
+    return byte < 0x20 || byte == 0x7f;
+  });
+}
+
+bool canBeShown(const Launch& launch) {
+  return !hasControlCharacter(launch.tool) && std::ranges::none_of(launch.arguments, hasControlCharacter);
+}
+
+PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person) {
+  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(move->item, move->storedName, person);
+  return prepareFileWork(command);
+}
+
+}  // namespace
+
+PreparedWork AnyToolPolicy::prepare(const Launch& launch, const UserRecord& person) const {
+  if (only_ && (launch.tool != only_->tool || launch.arguments != only_->arguments)) {
+    return Refusal{EPERM, launch.tool + ": rights were given for another command"};
+  }
+  // In a dialog it could pass for something else.
+  if (only_ && !canBeShown(launch)) return Refusal{EPERM, launch.tool + ": no dialog can show this command"};
+  const Answer<std::string> program = checkedProgram(launch.tool);
+  if (!program) return program.refusal();
+  const auto command = parseFileCommand(toolName(*program), launch.arguments);
+  if (!command) return prepareToolWork(launch);
+  return *command ? prepareCommand(**command, person) : command->refusal();
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,289 @@
+#include "Platform/linux/privileges/helper/FileWork.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/privileges/helper/Confinement.h"
+#include "Platform/linux/privileges/helper/FolderMerge.h"
+#include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/FolderListing.h"
+#include "Platform/posix/Move.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TreeRemoval.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::FileError;
+using posix::UniqueFd;
+using Problem = std::optional<Refusal>;
+
+bool isMissing(const Refusal& refusal) { return refusal.error == ENOENT || refusal.error == ENOTDIR; }
+
+// A link with a slash behind it means the folder that it leads to, which nothing here works on.
+bool isLinkToFolder(const PinnedPlace& place) { return place.withTrailingSlash && place.item && !place.isFolder(); }
+
+// Work on one operand. One whose folders are missing has none.
+class OperandWork : public PrivilegedWork {
+ public:
+  OperandWork(std::string path, std::optional<PinnedPlace> place) : path_(std::move(path)), place_(std::move(place)) {}
+
+  WorkResult finish() override {
+    if (!place_) return {};
+    Confinement confinement;
+    confinement.allowAll(place_->folder.get());
+    const int error = confinement.enforce();
+    return resultOf(error != 0 ? FileError(error) : change(*place_), path_);
+  }
+
+ private:
+  virtual FileError change(const PinnedPlace& place) = 0;
+
+  const std::string path_;
+  const std::optional<PinnedPlace> place_;
+};
+
+class Removal : public OperandWork {
+ public:
+  using OperandWork::OperandWork;
+
+ private:
+  FileError change(const PinnedPlace& place) override {
+    FileError error = posix::removeTree(place.folder.get(), place.name);
+    return error.code == ENOENT ? FileError() : error;
+  }
+};
+
+class FolderMaking : public OperandWork {
+ public:
+  using OperandWork::OperandWork;
+
+ private:
+  FileError change(const PinnedPlace& place) override {
+    constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // less what the process masks
+    if (place.isFolder()) return {};
+    return posix::errorOf(::mkdirat(place.folder.get(), place.name.c_str(), kMode));
+  }
+};
+
+class Touching : public OperandWork {
+ public:
+  using OperandWork::OperandWork;
+
+ private:
+  FileError change(const PinnedPlace& place) override {
+    if (!place.item) return {};
+    const std::string path = posix::pathOfDescriptor(place.item.get());
+    return posix::errorOf(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0));
+  }
+};
+
+// Several operands, one after the other, also after a failure.
+class AllOf : public PrivilegedWork {
+ public:
+  explicit AllOf(std::vector<std::unique_ptr<PrivilegedWork>> parts) : parts_(std::move(parts)) {}
+
+  WorkResult finish() override {
+    WorkResult all;
+    for (const auto& part : parts_) {
+      const WorkResult one = part->finish();
+      if (one.waitStatus != 0) all = {one.waitStatus, all.note.empty() ? one.note : all.note + "; " + one.note};
+    }
+    return all;
+  }
+
+ private:
+  const std::vector<std::unique_ptr<PrivilegedWork>> parts_;
+};
+
+template <class Work>
+PreparedWork workOn(const std::string& path, Answer<PinnedPlace> place) {
+  if (!place && !isMissing(place.refusal())) return place.refusal();
+  if (place && isLinkToFolder(*place)) return refusalFor(ENOTDIR, path);
+  std::optional<PinnedPlace> found;
+  if (place) found = std::move(*place);
+  return std::unique_ptr<PrivilegedWork>(std::make_unique<Work>(path, std::move(found)));
+}
+
+// One that has other names too may be somebody else's.
+PreparedWork touchingOf(const std::string& path) {
+  Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
+  const bool hasOtherNames = place && place->item && !place->isFolder() && place->itemStatus.st_nlink > 1;
+  if (hasOtherNames && !place->writers.none()) {
+    return Refusal{EPERM, path + ": it has other names, and its folder can be changed by others than root"};
+  }
+  return workOn<Touching>(path, std::move(place));
+}
+
+PreparedWork workOnOperand(const FileCommand& command, const std::string& path) {
+  switch (command.kind) {
+    case FileCommandKind::MakeFolders:
+      if (command.options.empty()) return workOn<FolderMaking>(path, pinPath(path, LastLink::Stays));
+      return workOn<FolderMaking>(path, pinPathMakingFolders(path));
+    case FileCommandKind::Touch:
+      return touchingOf(path);
+    default:
+      return workOn<Removal>(path, pinPath(path, LastLink::Stays));
+  }
+}
+
+PreparedWork workOnOperands(const FileCommand& command) {
+  std::vector<std::unique_ptr<PrivilegedWork>> parts;
+  for (const std::string& path : command.operands) {
+    PreparedWork part = workOnOperand(command, path);
+    if (!part) return part;
+    parts.push_back(std::move(*part));
+  }
+  return std::unique_ptr<PrivilegedWork>(std::make_unique<AllOf>(std::move(parts)));
+}
+
+// MARK: - From one place to another
+
+class Transfer : public PrivilegedWork {
+ public:
+  Transfer(std::string path, PinnedPlace source, PinnedPlace target, FileCommandKind kind)
+      : path_(std::move(path)), source_(std::move(source)), target_(std::move(target)), kind_(kind) {}
+
+  WorkResult finish() override {
+    Confinement confinement;
+    if (kind_ == FileCommandKind::Move) confinement.allowAll(source_.folder.get());
+    if (kind_ == FileCommandKind::Copy) confinement.allowReading(source_.item.get());
+    confinement.allowAll(target_.folder.get());
+    if (const int error = confinement.enforce()) return resultOf(error, path_);
+    if (changedMeanwhile()) return resultOf(ESTALE, path_);
+    return resultOf(kind_ == FileCommandKind::Move ? move() : copy(), path_);
+  }
+
+ private:
+  bool changedMeanwhile() const {
+    const auto now = statusIn(source_.folder.get(), source_.name.c_str());
+    return !now || !isSameItem(*now, source_.itemStatus);
+  }
+
+  FileError move() {
+    const posix::Place from = placeOf(source_);
+    const posix::Place to = placeOf(target_);
+    if (!from.folder || !to.folder) return errno;
+    return posix::moveTreeReplacing(from, to);
+  }
+
+  FileError copy() {
+    const posix::Place from = placeOf(source_);
+    const posix::Place to = placeOf(target_);
+    if (!from.folder || !to.folder) return errno;
+    return copyMerging(from, to);
+  }
+
+  static posix::Place placeOf(const PinnedPlace& place) {
+    return {UniqueFd(::fcntl(place.folder.get(), F_DUPFD_CLOEXEC, 0)), place.name};
+  }
+
+  const std::string path_;
+  const PinnedPlace source_;
+  const PinnedPlace target_;
+  const FileCommandKind kind_;
+};
+
+// Checks a destination and turns it into the place that the item will have.
+class TargetChoice {
+ public:
+  TargetChoice(FileCommandKind kind, const std::string& path, const PinnedPlace& source)
+      : copies_(kind == FileCommandKind::Copy), path_(path), source_(source) {}
+
+  Answer<PinnedPlace> pin() const {
+    Answer<PinnedPlace> place = pinPath(path_, LastLink::Stays);
+    if (place && place->isLink()) place = throughLink(std::move(*place));
+    if (!place) return place;
+    if (place->isFolder()) place = placeIn(std::move(*place));
+    if (!place) return place;
+    if (place->withTrailingSlash && !place->item) return refusalFor(ENOTDIR, path_);
+    if (const Problem problem = obstacle(*place)) return *problem;
+    return place;
+  }
+
+ private:
+  // A copy is never written to what a link leads to; a move replaces the link, unless it leads to a folder.
+  Answer<PinnedPlace> throughLink(PinnedPlace link) const {
+    Answer<PinnedPlace> followed = pinPath(path_, LastLink::IsFollowed);
+    if (!followed || followed->isFolder()) return followed;
+    if (copies_) return Refusal{ELOOP, path_ + ": a link is in the way"};
+    return link;
+  }
+
+  Answer<PinnedPlace> placeIn(PinnedPlace folder) const {
+    PinnedPlace place;
+    place.folder = std::move(folder.item);
+    place.name = source_.name;
+    place.item.reset(::openat(place.folder.get(), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!place.item && errno != ENOENT) return refusalFor(errno, path_);
+    if (!place.item) return place;
+    const auto status = statusOf(place.item.get());
+    if (!status) return refusalFor(errno, path_);
+    place.itemStatus = *status;
+    if (place.isLink() && copies_) return Refusal{ELOOP, path_ + "/" + place.name + ": a link is in the way"};
+    return place;
+  }
+
+  Problem obstacle(const PinnedPlace& target) const {
+    if (!target.item) return std::nullopt;
+    if (isSameItem(target.itemStatus, source_.itemStatus)) return Refusal{EEXIST, path_ + ": it is the item itself"};
+    if (target.isFolder() != source_.isFolder()) return refusalFor(target.isFolder() ? EISDIR : ENOTDIR, path_);
+    if (!target.isFolder()) return std::nullopt;
+    if (!copies_) return mustBeEmpty(target);
+    if (onlyRootWrites(target.folder.get()) && onlyRootWritesTree(target.item.get())) return std::nullopt;
+    return Refusal{EPERM, path_ + ": a folder that others than root can change is not copied into"};
+  }
+
+  Problem mustBeEmpty(const PinnedPlace& target) const {
+    std::vector<std::string> names;
+    UniqueFd listed(::openat(target.item.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const int error = listed ? posix::listFolder(std::move(listed), names) : errno;
+    if (error == 0 && names.empty()) return std::nullopt;
+    return refusalFor(error != 0 ? error : ENOTEMPTY, path_);
+  }
+
+  const bool copies_;
+  const std::string& path_;
+  const PinnedPlace& source_;
+};
+
+bool isOnOtherVolume(const PinnedPlace& source, const PinnedPlace& target) {
+  posix::FolderIdentity one;
+  posix::FolderIdentity other;
+  return posix::identify(source.folder.get(), one) != 0 || posix::identify(target.folder.get(), other) != 0 ||
+         !one.sameMount(other);
+}
+
+Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const PinnedPlace& target) {
+  const bool copies = command.kind == FileCommandKind::Copy || isOnOtherVolume(source, target);
+  if (!copies || !source.isFolder() || Confinement::isAvailable()) return std::nullopt;
+  if (onlyRootWrites(source.folder.get()) && onlyRootWritesTree(source.item.get())) return std::nullopt;
+  return Refusal{ENOTSUP, command.operands[0] + ": others than root can change it, and this kernel has no Landlock"};
+}
+
+PreparedWork transfer(const FileCommand& command) {
+  const std::string& from = command.operands[0];
+  Answer<PinnedPlace> source = pinPath(from, LastLink::Stays);
+  if (!source) return source.refusal();
+  if (!source->item || isLinkToFolder(*source)) return refusalFor(source->item ? ENOTDIR : ENOENT, from);
+  Answer<PinnedPlace> target = TargetChoice(command.kind, command.operands[1], *source).pin();
+  if (!target) return target.refusal();
+  if (const Problem problem = mayBeRead(command, *source, *target)) return *problem;
+  auto work = std::make_unique<Transfer>(from, std::move(*source), std::move(*target), command.kind);
+  return std::unique_ptr<PrivilegedWork>(std::move(work));
+}
+
+}  // namespace
+
+PreparedWork prepareFileWork(const FileCommand& command) {
+  const bool transfers = command.kind == FileCommandKind::Move || command.kind == FileCommandKind::Copy;
+  return transfers ? transfer(command) : workOnOperands(command);
+}
+
+}  // namespace qm::linux_

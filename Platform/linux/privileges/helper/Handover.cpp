@@ -1,0 +1,171 @@
+#include "Platform/linux/privileges/helper/Handover.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/rights/Writers.h"
+#include "Platform/posix/TreeWalk.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::FileError;
+using posix::UniqueFd;
+
+constexpr const char* kCapabilities = "security.capability";
+constexpr mode_t kPermissions = 07777;
+constexpr mode_t kLending = S_ISUID | S_ISGID;
+constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
+
+// 0 and `found`, or an error number. A volume without such attributes has no capabilities.
+int lookForCapabilities(int item, bool& found) {
+  found = ::getxattr(posix::pathOfDescriptor(item).c_str(), kCapabilities, nullptr, 0) >= 0;
+  return found || errno == ENODATA || errno == ENOTSUP ? 0 : errno;
+}
+
+int dropCapabilities(int item) {
+  bool found = false;
+  if (const int error = lookForCapabilities(item, found)) return error;
+  return found ? posix::errorOf(::removexattr(posix::pathOfDescriptor(item).c_str(), kCapabilities)) : 0;
+}
+
+// The mode that a file may keep.
+mode_t keptMode(const struct stat& file, Reached reached) {
+  const mode_t mode = file.st_mode & kPermissions & ~kLending;
+  return reached == Reached::Yes ? mode : mode & ~kForOthers;
+}
+
+// Anything but a folder; a link has no rights of its own.
+int settleFile(int item, const struct stat& file, Reached reached) {
+  if (S_ISLNK(file.st_mode)) return 0;
+  if (const int error = S_ISREG(file.st_mode) ? dropCapabilities(item) : 0) return error;
+  const mode_t mode = keptMode(file, reached);
+  return mode == (file.st_mode & kPermissions) ? 0 : posix::setMode(item, mode);
+}
+
+// A file with other names is changed under those as well.
+int obstacleOfFile(int item, const struct stat& file, Reached reached) {
+  if (S_ISLNK(file.st_mode) || file.st_nlink == 1) return 0;
+  bool changes = false;
+  if (const int error = S_ISREG(file.st_mode) ? lookForCapabilities(item, changes) : 0) return error;
+  changes = changes || keptMode(file, reached) != (file.st_mode & kPermissions);
+  return changes ? EMLINK : 0;
+}
+
+int giveFolder(int folder, const UserRecord& person) {
+  struct stat found {};
+  if (::fstat(folder, &found) != 0) return errno;
+  if (found.st_uid != person.id && ::fchown(folder, person.id, person.group) != 0) return errno;
+  const mode_t mode = (found.st_mode & kPermissions & ~kLending) | S_IRWXU;
+  return mode == (found.st_mode & kPermissions) ? 0 : posix::errorOf(::fchmod(folder, mode));
+}
+
+/// What both walks have in common: which mount they stay on, and what the person can reach.
+class ItemVisitor : public posix::TreeVisitor {
+ public:
+  ItemVisitor(const UserRecord& person, Reached reached) : identity_(identityOf(person)), reached_{reached} {}
+
+  int entered(const posix::FolderChain& chain, const std::string&) override {
+    if (reached_.size() == 1) mount_ = chain.identity();
+    if (!chain.identity().sameMount(mount_)) return EBUSY;
+    reached_.push_back(reached_.back() == Reached::Yes && mayPass(chain.folder()) ? Reached::Yes : Reached::No);
+    return 0;
+  }
+
+  int item(int folder, const std::string& name) override {
+    const UniqueFd item(::openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const auto status = item ? statusOf(item.get()) : std::nullopt;
+    if (!status) return errno == ENOENT ? 0 : errno;
+    return S_ISDIR(status->st_mode) ? ESTALE : file(item.get(), *status, reached_.back());
+  }
+
+  int left(int /*parent*/, int folder, const std::string&) override {
+    reached_.pop_back();
+    return this->folder(folder);
+  }
+
+  int cannotEnter(int, const std::string&, int error) override { return error == ENOENT ? 0 : error; }
+
+  virtual int file(int item, const struct stat& status, Reached reached) = 0;
+  virtual int folder(int folder) = 0;
+
+ private:
+  bool mayPass(int folder) const {
+    const FileSystemUser acting(&identity_);
+    return acting.ok() && ::faccessat(folder, ".", X_OK, AT_EACCESS) == 0;
+  }
+
+  const FileSystemIdentity identity_;
+  posix::FolderIdentity mount_;
+  std::vector<Reached> reached_;  ///< of the item, and of every folder down to the one that the walk is in
+};
+
+class Giving : public ItemVisitor {
+ public:
+  Giving(const UserRecord& person, Reached reached) : ItemVisitor(person, reached), person_(person) {}
+
+  int file(int item, const struct stat& status, Reached reached) override {
+    return note(settleFile(item, status, reached));
+  }
+  int folder(int folder) override { return note(giveFolder(folder, person_)); }
+  int firstError() const { return firstError_; }
+
+ private:
+  int note(int error) {
+    if (firstError_ == 0) firstError_ = error;
+    return 0;
+  }
+
+  const UserRecord& person_;
+  int firstError_ = 0;
+};
+
+class Looking : public ItemVisitor {
+ public:
+  using ItemVisitor::ItemVisitor;
+
+  int item(int folder, const std::string& name) override {
+    return posix::isProtected(folder, name.c_str()) ? EPERM : ItemVisitor::item(folder, name);
+  }
+  int file(int item, const struct stat& status, Reached reached) override {
+    return obstacleOfFile(item, status, reached);
+  }
+  int folder(int folder) override { return posix::isProtected(folder, ".") ? EPERM : 0; }
+};
+
+}  // namespace
+
+FileError handOver(int item, const UserRecord& person, Reached reached) {
+  const auto status = statusOf(item);
+  if (!status) return errno;
+  if (!S_ISDIR(status->st_mode)) return settleFile(item, *status, reached);
+  Giving giving(person, reached);
+  FileError error = posix::walkTree(item, ".", giving);
+  return giving.firstError() != 0 ? FileError(giving.firstError()) : error;
+}
+
+FileError obstacleToHandover(int item, const UserRecord& person, Reached reached) {
+  const auto status = statusOf(item);
+  if (!status) return errno;
+  if (!S_ISDIR(status->st_mode)) return obstacleOfFile(item, *status, reached);
+  if (posix::holdsMountPoint(item)) return EBUSY;
+  Looking looking(person, reached);
+  return posix::walkTree(item, ".", looking);
+}
+
+Reached reaches(const UserRecord& person, const std::string& path, int item) {
+  const FileSystemIdentity identity = identityOf(person);
+  const FileSystemUser acting(&identity);
+  struct stat found {};
+  const auto own = statusOf(item);
+  const bool comes = acting.ok() && own && ::lstat(path.c_str(), &found) == 0 && isSameItem(found, *own);
+  return comes ? Reached::Yes : Reached::No;
+}
+
+}  // namespace qm::linux_

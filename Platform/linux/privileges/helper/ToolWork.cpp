@@ -1,0 +1,156 @@
+#include "Platform/linux/privileges/helper/ToolWork.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/process/Descriptors.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr std::size_t kLongestErrors = 700;
+constexpr unsigned kCloseOnExec = 4;  // CLOSE_RANGE_CLOEXEC
+
+std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
+  std::vector<char*> vector = {const_cast<char*>(path.c_str())};
+  vector.reserve(arguments.size() + 2);
+  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
+  vector.push_back(nullptr);
+  return vector;
+}
+
+// A descriptor that is where it should be keeps its close-on-exec mark when it is duplicated onto itself.
+bool connect(int stream, int descriptor) {
+  return stream == descriptor ? ::fcntl(descriptor, F_SETFD, 0) == 0 : ::dup2(descriptor, stream) == stream;
+}
+
+// In the child, before the tool: answers the error number that keeps it from starting.
+int becomeTool(const Launch& launch, int output, int errors) {
+  const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  if (!nothing || !connect(STDIN_FILENO, nothing.get()) || !connect(STDOUT_FILENO, output) ||
+      !connect(STDERR_FILENO, errors)) {
+    return errno;
+  }
+  if (::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, kCloseOnExec) != 0) return errno;
+  for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_DFL));
+  static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
+  static char language[] = "LC_ALL=C.UTF-8";
+  char* environment[] = {path, language, nullptr};
+  ::execve(launch.tool.c_str(), argumentVector(launch.tool, launch.arguments).data(), environment);
+  return errno;
+}
+
+[[noreturn]] void childMain(const Launch& launch, int output, int errors, int report) {
+  const int error = becomeTool(launch, output, errors);
+  static_cast<void>(!::write(report, &error, sizeof error));
+  ::_exit(127);
+}
+
+// 0 when the pipe was closed by the program's taking over.
+int readReport(const UniqueFd& report) {
+  int error = 0;
+  ssize_t got = 0;
+  do {
+    got = ::read(report.get(), &error, sizeof error);
+  } while (got < 0 && errno == EINTR);
+  return got == static_cast<ssize_t>(sizeof error) ? error : 0;
+}
+
+int waitFor(pid_t process) {
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+  }
+  return status;
+}
+
+// Takes what is there now; false at the end.
+bool drain(const UniqueFd& pipe, std::string& text) {
+  std::array<char, 4096> block{};
+  for (;;) {
+    const ssize_t got = ::read(pipe.get(), block.data(), block.size());
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return errno == EAGAIN;
+    if (got == 0) return false;
+    const std::size_t room = kLongestErrors - std::min(kLongestErrors, text.size());
+    text.append(block.data(), std::min(room, static_cast<std::size_t>(got)));
+  }
+}
+
+class ToolWork : public PrivilegedWork {
+ public:
+  explicit ToolWork(Launch launch) : launch_(std::move(launch)) {}
+
+  int begin(const UniqueFd& output) override {
+    posix::Pipe errors = posix::makePipe();
+    posix::Pipe report = posix::makePipe();
+    if (!errors.reading || !report.reading) return errno;
+    process_ = ::fork();
+    if (process_ == 0) childMain(launch_, output.get(), errors.writing.get(), report.writing.get());
+    if (process_ < 0) return errno;
+    report.writing.reset();
+    const int error = readReport(report.reading);
+    if (error != 0) return waitFor(process_), error;
+    ::fcntl(errors.reading.get(), F_SETFL, O_NONBLOCK);
+    errors_ = std::move(errors.reading);
+    return 0;
+  }
+
+  // Ends with the tool, not with the last holder of its error stream: it may have left somebody behind.
+  WorkResult finish() override {
+    WorkResult result;
+    const UniqueFd ended(static_cast<int>(::syscall(SYS_pidfd_open, process_, 0U)));
+    bool open = true;
+    for (bool running = static_cast<bool>(ended); running;) {
+      pollfd watched[] = {{ended.get(), POLLIN, 0}, {open ? errors_.get() : -1, POLLIN, 0}};
+      if (::poll(watched, 2, -1) < 0 && errno != EINTR) break;
+      if (watched[1].revents != 0) open = drain(errors_, result.note);
+      running = watched[0].revents == 0;
+    }
+    result.waitStatus = waitFor(process_);
+    if (open) drain(errors_, result.note);
+    while (result.note.ends_with('\n')) result.note.pop_back();
+    std::ranges::replace(result.note, '\n', ' ');
+    std::ranges::replace(result.note, '\0', ' ');
+    return result;
+  }
+
+ private:
+  const Launch launch_;
+  pid_t process_ = -1;
+  UniqueFd errors_;
+};
+
+}  // namespace
+
+Answer<std::string> checkedProgram(const std::string& path) {
+  constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
+  const Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
+  if (!place) return place.refusal();
+  if (!place->item) return refusalFor(ENOENT, path);
+  if (!S_ISREG(place->itemStatus.st_mode)) return refusalFor(EACCES, path);
+  const bool safe =
+      place->writers.none() && place->itemStatus.st_uid == 0 && (place->itemStatus.st_mode & writableByOthers) == 0;
+  if (!safe) return Refusal{EPERM, path + ": others than root can change this program"};
+  const Answer<PinnedPlace> plain = pinPath(path, LastLink::Stays);
+  return plain ? Answer<std::string>(plain->shown()) : plain.refusal();
+}
+
+PreparedWork prepareToolWork(const Launch& launch) {
+  return std::unique_ptr<PrivilegedWork>(std::make_unique<ToolWork>(launch));
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,107 @@
+#include "Platform/linux/privileges/helper/TrashMending.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "Platform/linux/privileges/helper/Handover.h"
+#include "Platform/linux/privileges/helper/WorkFolder.h"
+#include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+// Somebody may have made one of the same name with other words.
+bool holdsText(int folder, const std::string& name, const std::string& text) {
+  const UniqueFd file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  std::string found(text.size() + 1, '\0');
+  const ssize_t got = file ? ::read(file.get(), found.data(), found.size()) : -1;
+  return got == static_cast<ssize_t>(text.size()) && found.compare(0, text.size(), text) == 0;
+}
+
+class Mending {
+ public:
+  Mending(const TrashDirectory& trash, const UserRecord& person, const WorkFolder& work, const TrashRecord& record)
+      : trash_(trash), person_(person), identity_(identityOf(person)), work_(work), record_(record) {}
+
+  /// Nothing is left to do.
+  bool run() { return record_.isCopy() ? mendCopy() : mendItem(); }
+
+ private:
+  bool mendItem() {
+    const UniqueFd item(::openat(trash_.files.get(), record_.stored.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (item && itemNumber(item.get()) == record_.item) return !handOver(item.get(), person_, record_.reached);
+    forgetDescription(trash_, identity_, record_);
+    return true;
+  }
+
+  // As long as the item is at its place, the copy is one too many.
+  bool mendCopy() {
+    const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
+    const bool isGone = !origin && (origin.refusal().error == ENOENT || origin.refusal().error == ENOTDIR);
+    if (!origin && !isGone) return false;
+    const bool isThere = origin && origin->item && itemNumber(origin->item.get()) == record_.item;
+    const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
+    if (isPublished && isThere && unpublish(trash_, identity_, record_, work_.descriptor()) != 0) return false;
+    if (!isPublished) forgetDescription(trash_, identity_, record_);
+    return !origin || clearAside(*origin, isPublished);
+  }
+
+  // An item that was taken away goes for good when its copy came into the Trash, and back to its place otherwise.
+  bool clearAside(const PinnedPlace& origin, bool isPublished) const {
+    const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside);
+    if (!aside) return aside.refusal().error == ENOENT;
+    const auto taken = itemNumber(aside->descriptor(), kAsideName);
+    const std::string asideName = kAsideName;
+    if (taken && (taken != record_.item || !isPublished) &&
+        posix::renameWithoutReplacing({aside->descriptor(), asideName}, {origin.folder.get(), origin.name}) != 0) {
+      return false;
+    }
+    return aside->remove() == 0;
+  }
+
+  const TrashDirectory& trash_;
+  const UserRecord& person_;
+  const FileSystemIdentity identity_;
+  const WorkFolder& work_;
+  const TrashRecord& record_;
+};
+
+// Before there is a record nothing has been changed outside the work folder.
+bool isMended(const TrashDirectory& trash, const UserRecord& person, const WorkFolder& work) {
+  if (!TrashRecord::isIn(work.descriptor())) return true;
+  const std::optional<TrashRecord> record = TrashRecord::readFrom(work.descriptor());
+  return record && Mending(trash, person, work, *record).run();
+}
+
+}  // namespace
+
+void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
+  const std::string name = record.stored + std::string(kTrashInfoSuffix);
+  const FileSystemUser acting(&person);
+  if (acting.ok() && holdsText(trash.info.get(), name, record.info)) ::unlinkat(trash.info.get(), name.c_str(), 0);
+}
+
+int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work) {
+  const std::string copyName = kCopyName;
+  const posix::ItemName inTrash{trash.files.get(), record.stored};
+  const posix::ItemName inWork{work, copyName};
+  if (const int error = posix::renameWithoutReplacing(inTrash, inWork)) return error;
+  if (itemNumber(work, copyName) != record.copy) return posix::renameWithoutReplacing(inWork, inTrash);
+  forgetDescription(trash, person, record);
+  return 0;
+}
+
+void mendTrashMoves(const TrashDirectory& trash, const UserRecord& person) {
+  for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get())) {
+    if (isMended(trash, person, work)) static_cast<void>(work.remove());
+  }
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,105 @@
+#include "Platform/linux/privileges/helper/TrashRecord.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <string_view>
+#include <vector>
+
+#include "Platform/linux/rights/Writers.h"
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/posix/FileContents.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr const char* kName = "record";
+constexpr const char* kNewName = "record-new";
+constexpr std::string_view kEnd = "end";
+constexpr std::size_t kFields = 9;
+
+std::string numbered(std::uint64_t number) { return std::to_string(number); }
+
+std::uint64_t number(const std::string& text) {
+  std::uint64_t value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return value;
+}
+
+// One field a line, so that no value can pass for two.
+std::string textOf(const TrashRecord& record) {
+  const std::array<std::string, kFields> fields = {record.origin,
+                                                   numbered(record.item.device),
+                                                   numbered(record.item.inode),
+                                                   numbered(record.copy.device),
+                                                   numbered(record.copy.inode),
+                                                   record.stored,
+                                                   record.info,
+                                                   record.aside,
+                                                   record.reached == Reached::Yes ? "1" : "0"};
+  std::string text;
+  for (const std::string& field : fields) text += percentEncoded(field) + "\n";
+  return text.append(kEnd);
+}
+
+std::vector<std::string> linesOf(std::string_view text) {
+  std::vector<std::string> lines;
+  for (std::size_t end = 0; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1)) {
+    lines.push_back(percentDecoded(text.substr(0, end)));
+  }
+  if (text != kEnd) lines.clear();
+  return lines;
+}
+
+std::string readAll(int file) {
+  std::string text;
+  std::array<char, 4096> block{};
+  for (ssize_t got = 0; (got = ::read(file, block.data(), block.size())) > 0;) {
+    text.append(block.data(), static_cast<std::size_t>(got));
+  }
+  return text;
+}
+
+}  // namespace
+
+std::optional<ItemNumber> itemNumber(int folder, const std::string& name) {
+  const auto status = name.empty() ? statusOf(folder) : statusIn(folder, name.c_str());
+  if (!status) return std::nullopt;
+  return ItemNumber{status->st_dev, status->st_ino};
+}
+
+int TrashRecord::writeTo(int folder) const {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+  const std::string text = textOf(*this);
+  const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));
+  if (!file) return errno;
+  if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
+  if (::fsync(file.get()) != 0) return errno;
+  return posix::errorOf(::renameat(folder, kNewName, folder, kName));
+}
+
+bool TrashRecord::isIn(int folder) { return statusIn(folder, kName).has_value(); }
+
+std::optional<TrashRecord> TrashRecord::readFrom(int folder) {
+  const UniqueFd file(::openat(folder, kName, O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  if (!file) return std::nullopt;
+  const std::vector<std::string> fields = linesOf(readAll(file.get()));
+  if (fields.size() != kFields) return std::nullopt;
+  return TrashRecord{fields[0],
+                     {number(fields[1]), number(fields[2])},
+                     {number(fields[3]), number(fields[4])},
+                     fields[5],
+                     fields[6],
+                     fields[7],
+                     fields[8] == "1" ? Reached::Yes : Reached::No};
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,103 @@
+#include "Platform/linux/privileges/helper/WorkFolder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+#include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/rights/Writers.h"
+#include "Platform/posix/FolderListing.h"
+#include "Platform/posix/TreeRemoval.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr std::string_view kPrefix = ".tessaly-uninstaller-";
+constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+// Somebody may have put another folder in its place; one that only root could have made so is root's work. A folder
+// keeps its own folder above unless its owner moves it, so nobody brings one of root's here from elsewhere.
+int openOwn(int folder, const std::string& name, UniqueFd& own) {
+  own.reset(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const auto status = own ? statusOf(own.get()) : std::nullopt;
+  if (!status) return errno;
+  return status->st_uid == 0 && (status->st_mode & kPermissions) == S_IRWXU ? 0 : EPERM;
+}
+
+// Locks are the open folder's: they end with the last process that has it.
+int lock(int own) { return ::flock(own, LOCK_EX | LOCK_NB) == 0 ? 0 : errno; }
+
+}  // namespace
+
+WorkFolder::WorkFolder(int above, std::string name, UniqueFd own)
+    : above_(above), name_(std::move(name)), own_(std::move(own)) {}
+
+std::string WorkFolder::newName() {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::array<unsigned char, 8> bytes{};
+  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return {};
+  std::string name(kPrefix);
+  for (const unsigned char byte : bytes) {
+    name += digits[byte >> 4U];
+    name += digits[byte & 15U];
+  }
+  return name;
+}
+
+Answer<WorkFolder> WorkFolder::open(int folder, const std::string& name) {
+  UniqueFd own;
+  int error = name.starts_with(kPrefix) ? openOwn(folder, name, own) : ENOENT;
+  if (error == 0) error = lock(own.get());
+  if (error != 0) return refusalFor(error, name);
+  return WorkFolder(folder, name, std::move(own));
+}
+
+Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
+  const auto refused = [&](int error) { return refusalFor(error, posix::shownPath(folder)); };
+  if (name.empty()) return refused(EIO);
+  if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
+  Answer<WorkFolder> made = open(folder, name);
+  if (made) return made;
+  ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
+  return refused(made.refusal().error);
+}
+
+std::vector<WorkFolder> WorkFolder::leftIn(int folder) {
+  std::vector<WorkFolder> left;
+  std::vector<std::string> names;
+  UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!listed || posix::listFolder(std::move(listed), names) != 0) return left;
+  for (const std::string& name : names) {
+    if (!name.starts_with(kPrefix)) continue;
+    if (Answer<WorkFolder> one = open(folder, name)) left.push_back(std::move(*one));
+  }
+  return left;
+}
+
+// Its contents go by its descriptor, and its name only as long as that is its own: who may change the folder above
+// can put something else there.
+int WorkFolder::remove() const {
+  std::vector<std::string> names;
+  UniqueFd listed(::openat(own_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!listed) return errno;
+  if (const int error = posix::listFolder(std::move(listed), names)) return error;
+  for (const std::string& name : names) {
+    if (const posix::FileError error = posix::removeTree(own_.get(), name, posix::OpenUpFolders::Yes))
+      return error.code;
+  }
+  const auto own = statusOf(own_.get());
+  const auto named = statusIn(above_, name_.c_str());
+  if (!own || !named || !isSameItem(*own, *named)) return ESTALE;
+  return posix::errorOf(::unlinkat(above_, name_.c_str(), AT_REMOVEDIR));
+}
+
+}  // namespace qm::linux_

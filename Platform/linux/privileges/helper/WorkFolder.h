@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Platform/linux/rights/Refusal.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+/// A hidden folder of root's alone inside a folder that others may change. What is in it nobody else reaches. It is
+/// locked as long as its maker lives, so that one that was left behind by a process that was ended can be told.
+class WorkFolder {
+ public:
+  /// A name that nobody can guess; "" where the system gives no random bytes.
+  static std::string newName();
+  /// Makes one in `folder`, which outlives it.
+  static Answer<WorkFolder> make(int folder, const std::string& name = newName());
+  /// Those in `folder` that nobody works with any more; they are locked from here on.
+  static std::vector<WorkFolder> leftIn(int folder);
+  /// Opens one by its name, if nobody works with it.
+  static Answer<WorkFolder> open(int folder, const std::string& name);
+
+  WorkFolder(WorkFolder&&) = default;
+  WorkFolder& operator=(WorkFolder&&) = delete;
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+  ~WorkFolder() = default;
+
+  int descriptor() const { return own_.get(); }
+  int above() const { return above_; }
+  const std::string& name() const { return name_; }
+
+  /// Removes it with all that is in it. Returns 0 or an error number.
+  int remove() const;
+
+ private:
+  WorkFolder(int above, std::string name, posix::UniqueFd own);
+
+  int above_;
+  std::string name_;
+  posix::UniqueFd own_;
+};
+
+}  // namespace qm::linux_

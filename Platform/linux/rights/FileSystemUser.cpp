@@ -1,0 +1,57 @@
+#include "Platform/linux/rights/FileSystemUser.h"
+
+#include <sys/fsuid.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace qm::linux_ {
+namespace {
+
+// An id that names nobody: asking for it changes nothing and answers the one in force.
+constexpr unsigned kNobody = ~0U;
+
+// The library's setgroups changes every thread of the process; the system call changes this one.
+bool setThreadGroups(const std::vector<gid_t>& groups) {
+  return ::syscall(SYS_setgroups, groups.size(), groups.data()) == 0;
+}
+
+std::vector<gid_t> threadGroups() {
+  std::vector<gid_t> groups(static_cast<std::size_t>(std::max(0, ::getgroups(0, nullptr))));
+  const int count = ::getgroups(static_cast<int>(groups.size()), groups.data());
+  groups.resize(static_cast<std::size_t>(std::max(0, count)));
+  return groups;
+}
+
+// The user id comes last: leaving root's takes away the right to change the groups' file rights, and
+// returning to it gives that right back.
+bool become(const FileSystemIdentity& identity) {
+  const bool groups = setThreadGroups(identity.groups);
+  ::setfsgid(identity.gid);
+  ::setfsuid(identity.uid);
+  return groups && static_cast<gid_t>(::setfsgid(kNobody)) == identity.gid &&
+         static_cast<uid_t>(::setfsuid(kNobody)) == identity.uid;
+}
+
+}  // namespace
+
+FileSystemUser::FileSystemUser(const FileSystemIdentity* identity) : identity_(identity) {
+  if (identity_ == nullptr) return;
+  own_ = {::geteuid(), ::getegid(), threadGroups()};
+  enter();
+}
+
+void FileSystemUser::enter() {
+  if (identity_ == nullptr || entered_) return;
+  entered_ = true;
+  ok_ = become(*identity_);
+}
+
+void FileSystemUser::leave() {
+  if (!entered_) return;
+  entered_ = false;
+  become(own_);
+}
+
+}  // namespace qm::linux_

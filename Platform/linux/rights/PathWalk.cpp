@@ -1,0 +1,169 @@
+#include "Platform/linux/rights/PathWalk.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <vector>
+
+#include "Platform/linux/files/DescriptorPath.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr int kMostLinks = 40;  // the system's own limit
+
+UniqueFd openRoot() { return UniqueFd(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC)); }
+
+// The names of a path, the first one last.
+std::vector<std::string> namesBackwards(const std::string& path) {
+  std::vector<std::string> names;
+  for (std::size_t end = path.size(); end > 0;) {
+    const std::size_t slash = path.rfind('/', end - 1);
+    const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
+    if (end > start && path.compare(start, end - start, ".") != 0) names.push_back(path.substr(start, end - start));
+    end = start == 0 ? 0 : start - 1;
+  }
+  return names;
+}
+
+class Walk {
+ public:
+  Walk(const std::string& path, LastLink lastLink, bool makesFolders)
+      : path_(path), lastLink_(lastLink), makesFolders_(makesFolders) {}
+
+  Answer<PinnedPlace> run() {
+    if (!path_.starts_with('/')) return Refusal{EINVAL, path_ + " is not an absolute path"};
+    place_.folder = openRoot();
+    place_.withTrailingSlash = path_.size() > 1 && (path_.ends_with('/') || path_.ends_with("/."));
+    pending_ = namesBackwards(path_);
+    if (pending_.empty()) return Refusal{EINVAL, "/ is no item of a folder"};
+    while (!pending_.empty()) {
+      place_.name = std::move(pending_.back());
+      pending_.pop_back();
+      if (auto refusal = step()) return std::move(*refusal);
+    }
+    if (auto refusal = judge()) return std::move(*refusal);
+    return std::move(place_);
+  }
+
+ private:
+  using Result = std::optional<Refusal>;
+
+  Result step() {
+    const auto folder = statusOf(place_.folder.get());
+    if (!folder) return failure(errno);
+    if (place_.name == "..") return goUp();
+    if (place_.name.size() > NAME_MAX) return failure(ENAMETOOLONG);
+    if (Result problem = look()) return problem;
+    if (!place_.item) return pending_.empty() ? Result() : failure(ENOENT);
+    place_.writers.add(writersOfEntry(place_.folder.get(), *folder, place_.itemStatus));
+    if (place_.isLink() && (!pending_.empty() || lastLink_ == LastLink::IsFollowed)) return follow();
+    if (!pending_.empty()) return enter();
+    return std::nullopt;
+  }
+
+  // An item that is missing is no failure yet.
+  Result look() {
+    place_.item.reset(::openat(place_.folder.get(), place_.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!place_.item && errno == ENOENT && makesFolders_ && !pending_.empty()) return makeFolder();
+    if (!place_.item) return errno == ENOENT ? Result() : failure(errno);
+    const auto status = statusOf(place_.item.get());
+    if (!status) return failure(errno);
+    place_.itemStatus = *status;
+    return std::nullopt;
+  }
+
+  Result makeFolder() {
+    if (Result refusal = judge()) return refusal;
+    if (::mkdirat(place_.folder.get(), place_.name.c_str(), 0755) != 0 && errno != EEXIST) return failure(errno);
+    place_.item.reset(::openat(place_.folder.get(), place_.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const auto status = place_.item ? statusOf(place_.item.get()) : std::nullopt;
+    if (!status) return failure(errno);
+    place_.itemStatus = *status;
+    return std::nullopt;
+  }
+
+  Result enter() {
+    if (!place_.isFolder()) return failure(ENOTDIR);
+    place_.folder = std::move(place_.item);
+    return std::nullopt;
+  }
+
+  // Who can move a folder away decides what lies above it.
+  Result goUp() {
+    if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that others than root can move");
+    if (pending_.empty()) return refused(EINVAL, "it names no item");
+    UniqueFd above(::openat(place_.folder.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!above) return failure(errno);
+    place_.folder = std::move(above);
+    return std::nullopt;
+  }
+
+  Result follow() {
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = ::readlinkat(place_.item.get(), "", target.data(), target.size());
+    if (length < 0) return failure(errno);
+    if (++links_ > kMostLinks) return failure(ELOOP);
+    const std::string text(target.data(), static_cast<std::size_t>(length));
+    const auto names = namesBackwards(text);
+    if (text.starts_with('/')) place_.folder = openRoot();
+    lastLinkFollowed_ = lastLinkFollowed_ || pending_.empty();
+    pending_.insert(pending_.end(), names.begin(), names.end());
+    place_.item.reset();
+    place_.throughDoubtfulLink = place_.throughDoubtfulLink || !place_.writers.none();
+    return pending_.empty() ? refused(EINVAL, "its link names no item") : Result();
+  }
+
+  // Whoever could have planted the link must own what it leads to: the item where the last link leads
+  // to it or things may be put into it, else the folder that holds it.
+  Result judge() {
+    if (!place_.throughDoubtfulLink) return std::nullopt;
+    const bool mayBePutInto = lastLink_ == LastLink::IsFollowed && place_.isFolder();
+    const bool countsItself = place_.item && (lastLinkFollowed_ || mayBePutInto);
+    const auto target = countsItself ? std::optional(place_.itemStatus) : statusOf(place_.folder.get());
+    if (!target) return failure(errno);
+    if (place_.writers.only(target->st_uid)) return std::nullopt;
+    return refused(ELOOP, "a link on its way could have been planted by somebody with fewer rights");
+  }
+
+  Result failure(int error) const { return refusalFor(error, path_); }
+  Result refused(int error, const std::string& why) const { return Refusal{error, path_ + ": " + why}; }
+
+  const std::string& path_;
+  const LastLink lastLink_;
+  const bool makesFolders_;
+  PinnedPlace place_;
+  std::vector<std::string> pending_;  // the next name last
+  int links_ = 0;
+  bool lastLinkFollowed_ = false;
+};
+
+}  // namespace
+
+Refusal refusalFor(int error, const std::string& path) { return {error, path + ": " + std::strerror(error)}; }
+
+std::string PinnedPlace::shown() const {
+  const std::string above = posix::shownPath(folder.get());
+  return (above == "/" ? "" : above) + "/" + name;
+}
+
+Answer<PinnedPlace> pinPath(const std::string& path, LastLink lastLink) { return Walk(path, lastLink, false).run(); }
+
+Answer<PinnedPlace> pinPathMakingFolders(const std::string& path) { return Walk(path, LastLink::Stays, true).run(); }
+
+UniqueFd openFolderThroughRootsLinks(const std::string& path) {
+  Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
+  const bool isMissing = place && !place->item;
+  const bool isFolder = place && place->isFolder();
+  if (isFolder && !place->throughDoubtfulLink) return std::move(place->item);
+  errno = !place ? place.refusal().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
+  return UniqueFd();
+}
+
+}  // namespace qm::linux_

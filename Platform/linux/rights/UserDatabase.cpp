@@ -1,0 +1,63 @@
+#include "Platform/linux/rights/UserDatabase.h"
+
+#include <grp.h>
+#include <pwd.h>
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+namespace qm::linux_ {
+namespace {
+
+constexpr std::size_t kFirstBuffer = 1024;
+constexpr std::size_t kUsualGroups = 64;
+constexpr std::size_t kLargestBuffer = std::size_t{1024} * 1024;
+
+std::string textOrEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+
+// `find` is getpwuid_r or getpwnam_r with its key in place. The buffer grows until the record fits.
+template <class Find>
+std::optional<UserRecord> lookUp(Find find) {
+  for (std::size_t size = kFirstBuffer; size <= kLargestBuffer; size *= 4) {
+    std::vector<char> buffer(size);
+    passwd record{};
+    passwd* found = nullptr;
+    int error = 0;
+    do {
+      error = find(&record, buffer.data(), buffer.size(), &found);
+    } while (error == EINTR);
+    if (error == ERANGE) continue;
+    if (error != 0 || found == nullptr) return std::nullopt;
+    return UserRecord{found->pw_uid, found->pw_gid, textOrEmpty(found->pw_name), textOrEmpty(found->pw_dir)};
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<UserRecord> userWithId(uid_t id) {
+  return lookUp([id](passwd* record, char* buffer, std::size_t size, passwd** found) {
+    return ::getpwuid_r(id, record, buffer, size, found);
+  });
+}
+
+std::optional<UserRecord> userWithName(const std::string& name) {
+  if (name.empty() || name.find('\0') != std::string::npos) return std::nullopt;
+  return lookUp([&name](passwd* record, char* buffer, std::size_t size, passwd** found) {
+    return ::getpwnam_r(name.c_str(), record, buffer, size, found);
+  });
+}
+
+FileSystemIdentity identityOf(const UserRecord& user) {
+  std::vector<gid_t> groups(kUsualGroups);
+  auto count = static_cast<int>(groups.size());
+  while (::getgrouplist(user.name.c_str(), user.group, groups.data(), &count) < 0) {
+    groups.resize(groups.size() * 2);
+    count = static_cast<int>(groups.size());
+  }
+  groups.resize(static_cast<std::size_t>(count));
+  return {user.id, user.group, std::move(groups)};
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,35 @@
+#include "Platform/linux/trash/InfoFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+
+InfoFile::InfoFile(int folder, const std::string& stored)
+    : folder_(folder), name_(stored + std::string(kTrashInfoSuffix)) {}
+
+int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  posix::UniqueFd file(::openat(folder_, name_.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  if (!file) return errno;
+  made_ = true;
+  const ssize_t written = ::write(file.get(), text.data(), text.size());
+  if (written < 0) return errno;
+  if (static_cast<std::size_t>(written) < text.size()) return ENOSPC;
+  if (writtenThrough == WrittenThrough::Yes && ::fsync(file.get()) != 0) return errno;
+  // Some file systems tell only now that there was no room.
+  return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+}
+
+void InfoFile::discard() {
+  if (made_) ::unlinkat(folder_, name_.c_str(), 0);
+  made_ = false;
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,64 @@
+#include "Platform/linux/trash/ShownTrash.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/trash/TrashFinder.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::UniqueFd;
+using TrashOutcome = Outcome<SharedTrashDirectory>;
+
+constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
+
+// Links are followed, but none of those that lead into another process.
+UniqueFd openLinked(const std::string& folder) {
+  open_how how{};
+  how.flags = kLookup;
+  how.resolve = RESOLVE_NO_MAGICLINKS;
+  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, folder.c_str(), &how, sizeof how)));
+}
+
+bool isOwnFolder(int folder, const char* name, uid_t owner) {
+  const std::optional<Place> place = placeOf(folder, name);
+  return place && S_ISDIR(place->mode) && place->owner == owner;
+}
+
+// ~/.Trash stands for the folder "files" of a Trash.
+TrashOutcome openLinkedTrash(const TrashUser& person) {
+  const uid_t owner = person.identity.uid;
+  const UniqueFd files = openLinked(person.home + "/.Trash");
+  const UniqueFd trash(files ? ::openat(files.get(), "..", kLookup) : -1);
+  const std::optional<Place> linked = files ? placeOf(files.get()) : std::nullopt;
+  const std::optional<Place> own = trash ? placeOf(trash.get(), "files") : std::nullopt;
+  const bool isTrash = linked && own && linked->sameItem(*own) && isOwnFolder(trash.get(), "files", owner) &&
+                       isOwnFolder(trash.get(), "info", owner);
+  if (!isTrash) return trashFolderProblem(ENOTDIR, person.home + "/.Trash");
+  const UniqueFd above(::openat(trash.get(), "..", kLookup));
+  if (!above) return trashFolderProblem(errno, person.home + "/.Trash");
+  const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
+  TrashOutcome opened = openTrashDirectory(above.get(), name, owner, "");
+  return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
+}
+
+}  // namespace
+
+TrashOutcome openShownTrash(const TrashUser& person, MissingTrash missing) {
+  const FileSystemUser acting(&person.identity);
+  if (!acting.ok()) return itemProblem(EPERM);
+  TrashOutcome linked = openLinkedTrash(person);
+  const std::string home = person.home + "/.local/share/Trash";
+  if (linked || (missing == MissingTrash::StaysMissing && !placeOf(AT_FDCWD, (home + "/info").c_str()))) return linked;
+  return TrashFinder().homeTrash(person);
+}
+
+}  // namespace qm::linux_

@@ -1,0 +1,6 @@
+// The uninstaller's program with administrator rights.
+
+#include "Platform/linux/privileges/helper/HelperMain.h"
+#include "Uninstaller/helper/RemovalPolicy.h"
+
+int main(int count, char** arguments) { return qm::linux_::runHelper(RemovalPolicy(), count, arguments); }

@@ -1,0 +1,99 @@
+// The maker's folder, as root removes it: only what nobody misses is ever gone.
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "Platform/linux/privileges/helper/FolderRemoval.h"
+#include "tests/privileges/TrashMachine.h"
+
+namespace qm::testing {
+namespace {
+
+// The removal alone, whatever the folder's path is.
+class RemovesFolders : public linux_::HelperPolicy {
+ public:
+  linux_::PreparedWork prepare(const linux_::Launch& launch, const linux_::UserRecord&) const override {
+    return linux_::prepareFolderRemoval(launch.arguments.back());
+  }
+};
+
+class FolderOfTheMaker : public TrashMachine {
+ protected:
+  static std::string maker() { return applications() + "/Quillmark"; }
+  static Outcome remove() { return launch(RemovesFolders(), "/bin/rm", {"-Rdf", maker()}); }
+
+  static void expectItStays(const std::string& inTheWay) {
+    const Outcome outcome = remove();
+    EXPECT_NE(outcome.waitStatus, 0);
+    EXPECT_NE(outcome.note.find(inTheWay), std::string::npos) << outcome.note;
+  }
+};
+
+TEST_F(FolderOfTheMaker, GoesWithItsHousekeeping) {
+  run([] {
+    makeFolder(maker());
+    makeFolder(maker() + "/empty", 0, 0700);
+    makeFile(maker() + "/.DS_Store", "");
+    makeFile(maker() + "/empty/Icon\r", "");
+    EXPECT_TRUE(remove().succeeded());
+    EXPECT_FALSE(exists(maker()));
+  });
+}
+
+TEST_F(FolderOfTheMaker, StaysWithAnotherProduct) {
+  run([] {
+    makeFolder(maker());
+    makeBundle(maker() + "/Orvendel.app");
+    makeFile(maker() + "/.DS_Store", "layout");
+    expectItStays("Directory not empty");
+    EXPECT_EQ(contentsOf(maker() + "/Orvendel.app/Contents/secret"), "secret");
+    EXPECT_EQ(contentsOf(maker() + "/.DS_Store"), "layout") << "nothing goes before all has been looked at";
+  });
+}
+
+TEST_F(FolderOfTheMaker, StaysWithWhatThePersonCannotSee) {
+  run([] {
+    makeFolder(maker());
+    makeFolder(maker() + "/licences", 0, 0700);
+    makeFile(maker() + "/licences/key", "licence", 0, 0600);
+    expectItStays("key");
+    EXPECT_EQ(contentsOf(maker() + "/licences/key"), "licence");
+  });
+}
+
+TEST_F(FolderOfTheMaker, StaysWithAVolumeMountedInIt) {
+  run([] {
+    makeFolder(maker());
+    mountTmpfs(maker() + "/volume", "mode=0700");
+    expectItStays("Device or resource busy");
+    EXPECT_TRUE(exists(maker() + "/volume"));
+  });
+}
+
+TEST_F(FolderOfTheMaker, StaysWithAFullFolderThatHasTheNameOfHousekeeping) {
+  run([] {
+    makeFolder(maker());
+    makeFolder(maker() + "/.DS_Store");
+    makeFile(maker() + "/.DS_Store/data", "data");
+    expectItStays("data");
+    EXPECT_EQ(contentsOf(maker() + "/.DS_Store/data"), "data");
+  });
+}
+
+TEST_F(FolderOfTheMaker, IsNoFailureWhereItIsMissing) {
+  run([] { EXPECT_TRUE(remove().succeeded()); });
+}
+
+TEST_F(FolderOfTheMaker, IsNotRemovedWhereALinkHasItsName) {
+  run([] {
+    makeFolder(machineFolder() + "/elsewhere");
+    makeLink(maker(), machineFolder() + "/elsewhere");
+    EXPECT_EQ(remove().error, ENOTDIR);
+    EXPECT_TRUE(exists(machineFolder() + "/elsewhere"));
+    EXPECT_TRUE(isLink(maker()));
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,137 @@
+// What moves leave that were ended in the middle, and what becomes of it.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+
+#include "Platform/linux/privileges/helper/AnyToolPolicy.h"
+#include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "Platform/linux/privileges/helper/TrashMove.h"
+#include "tests/privileges/TrashMachine.h"
+
+namespace qm::testing {
+namespace {
+
+class EndedMove : public TrashMachine {
+ protected:
+  /// Moves an item in a process that is killed right after its first system call of this number.
+  static void moveUntil(const std::string& path, long call) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      afterSystemCall(call, [] { ::kill(::getpid(), SIGKILL); });
+      const linux_::Launch launch{1, "/bin/mv", {"-f", path, home() + "/.Trash/Tessaly.app"}};
+      linux_::runLaunch(linux_::AnyToolPolicy(), launch, person(), posix::UniqueFd(), [](const auto&) {});
+      ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "it was not ended in the middle";
+  }
+
+  static std::vector<std::string> leftovers() {
+    std::vector<std::string> names = namesIn(trash());
+    std::erase_if(names, [](const std::string& name) { return name == "files" || name == "info"; });
+    return names;
+  }
+
+  static void expectHandedOver() {
+    EXPECT_EQ(namesIn(files()), std::vector<std::string>{"Tessaly.app"});
+    EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), kPerson);
+    EXPECT_EQ(modeOf(files() + "/Tessaly.app/Contents/tool"), 0755U);
+    EXPECT_NE(infoOf("Tessaly.app"), "");
+    expectNoLeftovers();
+  }
+};
+
+TEST_F(EndedMove, IsFinishedOnceTheItemIsInTheTrash) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    EXPECT_EQ(contentsOf(files() + "/Tessaly.app/Contents/secret"), "secret") << "whole, also before it is mended";
+    EXPECT_NE(infoOf("Tessaly.app"), "");
+    EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), 0U);
+    EXPECT_EQ(leftovers().size(), 1U);
+    linux_::mendTrashMoves(person());
+    expectHandedOver();
+  });
+}
+
+TEST_F(EndedMove, IsUndoneBeforeTheItemHasLeftItsPlace) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_fsync);
+    EXPECT_EQ(contentsOf(applications() + "/Tessaly.app/Contents/secret"), "secret");
+    linux_::mendTrashMoves(person());
+    EXPECT_EQ(contentsOf(applications() + "/Tessaly.app/Contents/secret"), "secret");
+    expectEmptyTrash();
+  });
+}
+
+TEST_F(EndedMove, IsUndoneWhileTheCopyGrows) {
+  run([] {
+    mountTmpfs(machineFolder() + "/volume", "mode=0755");
+    makeBundle(machineFolder() + "/volume/Tessaly.app");
+    moveUntil(machineFolder() + "/volume/Tessaly.app", SYS_syncfs);
+    EXPECT_EQ(contentsOf(machineFolder() + "/volume/Tessaly.app/Contents/secret"), "secret");
+    EXPECT_EQ(namesIn(files()), std::vector<std::string>{});
+    linux_::mendTrashMoves(person());
+    expectEmptyTrash();
+    EXPECT_EQ(namesIn(machineFolder() + "/volume"), std::vector<std::string>{"Tessaly.app"});
+  });
+}
+
+TEST_F(EndedMove, IsMendedByTheNextMove) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    makeFile(applications() + "/settings.plist", "");
+    EXPECT_TRUE(trashItem("settings.plist").succeeded());
+    EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), kPerson);
+    expectNoLeftovers();
+  });
+}
+
+TEST_F(EndedMove, LeavesADescriptionOfSomebodyElsesAlone) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_fsync);
+    makeFile(trash() + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=/another\n", kPerson);
+    linux_::mendTrashMoves(person());
+    EXPECT_EQ(infoOf("Tessaly.app"), "[Trash Info]\nPath=/another\n");
+  });
+}
+
+TEST_F(EndedMove, IsNotMendedWhileItGoesOn) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    const std::string work = trash() + "/" + leftovers().front();
+    const posix::UniqueFd held(::open(work.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
+    linux_::mendTrashMoves(person());
+    EXPECT_TRUE(exists(work));
+  });
+}
+
+// Only root can have made what is believed.
+TEST_F(EndedMove, IsNotBelievedFromAPersonsFolder) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    const std::string work = trash() + "/" + leftovers().front();
+    for (const auto& [owner, mode] : {std::pair<uid_t, mode_t>{kPerson, 0700}, {0, 0755}}) {
+      ASSERT_EQ(::chown(work.c_str(), owner, owner), 0);
+      ASSERT_EQ(::chmod(work.c_str(), mode), 0);
+      linux_::mendTrashMoves(person());
+      EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), 0U);
+      EXPECT_TRUE(exists(work));
+    }
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
