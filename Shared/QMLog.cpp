@@ -205,7 +205,7 @@ std::string QMLog::trimmed(const std::string& text) { return qm::foundation::tri
 void QMLog::queueMessage(const std::string& text) {
   std::string message = trimmed(text);
   QMLog& log = *sharedController();
-  log.setBytesInQueue(log.bytesInQueue() + utf16Length(message));
+  log.raiseBytesInQueue(utf16Length(message));
   if (const auto queue = log.writeQueue()) {
     queue->addOperation([message = std::move(message)] { appendLogOnThread(message); });
   }
@@ -268,9 +268,23 @@ void QMLog::write(const std::string& message) {
   } else if (!loggingDisabled()) {
     printToConsole("Unable to open log for output");
   }
-  // Read and written apart, so the count can drift; it must not run below nothing.
-  const std::size_t waiting = bytesInQueue();
-  setBytesInQueue(waiting - std::min(waiting, utf16Length(message)));
+  lowerBytesInQueue(utf16Length(message));
+}
+
+/// Read and written apart, so threads that do it at the same moment lose one another's step. Beside it the units are
+/// counted without a loss; they come first, so that they are complete when the message's turn comes.
+void QMLog::raiseBytesInQueue(std::size_t units) {
+  unitsWaiting_ += units;
+  bytesInQueue_ = bytesInQueue_ + units;
+}
+
+/// What was lost so far is made good here. A thread that is just raising may undo that, but its own message is still to
+/// come: with the last message the count is right.
+void QMLog::lowerBytesInQueue(std::size_t units) {
+  std::size_t waiting = unitsWaiting_;
+  while (!unitsWaiting_.compare_exchange_weak(waiting, waiting - std::min(waiting, units))) {
+  }
+  bytesInQueue_ = unitsWaiting_.load();
 }
 
 std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {

@@ -93,11 +93,11 @@ class QMLog : public Singleton<QMLog> {
   std::size_t bytesWritten() const { return bytesWritten_; }
   /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
-  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate, since it is raised
-  /// and lowered by separate reads and writes.
+  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate while several threads write messages,
+  /// since it is raised and lowered by separate reads and writes, and right again with every message written.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
   /// `setBytesInQueue:`
-  void setBytesInQueue(std::size_t units) { bytesInQueue_ = units; }
+  void setBytesInQueue(std::size_t units) { unitsWaiting_ = bytesInQueue_ = units; }
   /// `loggingDisabled`. Set when the user's preferences switch logging off; never cleared again.
   bool loggingDisabled() const { return loggingDisabled_; }
   /// `setLoggingDisabled:`
@@ -125,6 +125,8 @@ class QMLog : public Singleton<QMLog> {
   std::string line(const std::string& message);
   void write(const std::string& message);
   void reportWritingFailure(const std::string& reason) const;
+  void raiseBytesInQueue(std::size_t units);
+  void lowerBytesInQueue(std::size_t units);
   static std::string trimmed(const std::string& text);
   static void queueMessage(const std::string& text);
   static void appendMessage(const std::string& text);
@@ -136,6 +138,7 @@ class QMLog : public Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
+  std::atomic<std::size_t> unitsWaiting_{0};  ///< what bytesInQueue_ is when nobody is about to change it
   std::atomic<bool> loggingDisabled_{false};
   std::atomic<bool> initialised_{false};
 };

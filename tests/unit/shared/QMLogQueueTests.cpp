@@ -4,8 +4,10 @@
 #include <future>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "tests/unit/shared/LogTest.h"
 
@@ -370,6 +372,31 @@ TEST_F(LogQueue, NeverCountsBelowNothing) {
   log().setBytesInQueue(1);
   release();
   EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+/// Each of four threads has so many messages written.
+void appendOnManyThreads(int messages) {
+  std::vector<std::thread> writers;
+  for (int writer = 0; writer < 4; ++writer) {
+    writers.emplace_back([messages] {
+      for (int number = 0; number < messages; ++number) QMLog::fastAppendLog("message");
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  QMLog::finishWriting();
+}
+
+TEST_F(LogQueue, CountsNothingAnyMoreWhenManyThreadsMessagesAreWritten) {
+  addLogFile("");
+  appendOnManyThreads(5'000);
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+TEST_F(LogQueue, KeepsOnlyALineThatCannotBeWrittenCountedWhenManyThreadsMessagesAreWritten) {
+  addLogFile("");
+  fakes.calls.failNth("fileHandle.writeData", 1'000);
+  appendOnManyThreads(1'000);
+  EXPECT_EQ(log().bytesInQueue(), std::string("message").size());
 }
 
 TEST_F(LogQueue, ReturnsAtOnceFromFastAppendLog) {
