@@ -37,6 +37,9 @@ class FileHandle {
   virtual Status seekToEndOfFile() = 0;
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
+  /// After a `writeData` at the end of the file that failed: cuts off what it left, and goes back to where it began.
+  /// Fails, and changes nothing, when something else stands behind that by now. Success when nothing was left.
+  virtual Status removeIncompleteData() = 0;
 };
 
 /// The plain file operations, as the current user. Stateless: any thread, any number at a time.

@@ -189,6 +189,7 @@ void QMLog::beginFile(const std::optional<std::string>& path) {
     printToConsole("Unable to create log file %@ - %@", path, written.localizedDescription());
     return;
   }
+  endsWithinALine_ = false;
   auto handle = openCurrent(path);
   // Elsewhere than at the end it would write over lines.
   if (handle && handle->seekToEndOfFile()) setFileHandle(std::move(handle));
@@ -259,7 +260,7 @@ std::string QMLog::line(const std::string& message) {
 void QMLog::write(const std::string& message) {
   if (const auto handle = openedHandle(message)) {
     const std::string text = line(message);
-    require(handle->writeData(text));
+    append(*handle, text);
     setBytesWritten(bytesWritten() + text.size());
     if (bytesWritten() > kTruncationThreshold) {
       createNewLog(appName());
@@ -269,6 +270,17 @@ void QMLog::write(const std::string& message) {
     printToConsole("Unable to open log for output");
   }
   lowerBytesInQueue(utf16Length(message));
+}
+
+/// A line that could be written in part only is taken back. Where that cannot be done, the next one goes below it.
+void QMLog::append(FileHandle& handle, const std::string& text) {
+  const Status written = handle.writeData(endsWithinALine_ ? "\n" + text : text);
+  if (written) {
+    endsWithinALine_ = false;
+  } else if (!handle.removeIncompleteData()) {
+    endsWithinALine_ = true;
+  }
+  require(written);
 }
 
 /// Read and written apart, so threads that do it at the same moment lose one another's step. Beside it the units are

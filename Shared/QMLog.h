@@ -125,6 +125,7 @@ class QMLog : public Singleton<QMLog> {
   std::string line(const std::string& message);
   void write(const std::string& message);
   void reportWritingFailure(const std::string& reason) const;
+  void append(qm::platform::FileHandle& handle, const std::string& text);
   void raiseBytesInQueue(std::size_t units);
   void lowerBytesInQueue(std::size_t units);
   static std::string trimmed(const std::string& text);
@@ -140,5 +141,6 @@ class QMLog : public Singleton<QMLog> {
   std::atomic<std::size_t> bytesInQueue_{0};
   std::atomic<std::size_t> unitsWaiting_{0};  ///< what bytesInQueue_ is when nobody is about to change it
   std::atomic<bool> loggingDisabled_{false};
+  std::atomic<bool> endsWithinALine_{false};  ///< the file, with what a failed writing left
   std::atomic<bool> initialised_{false};
 };

@@ -118,8 +118,10 @@ class FakeDisk {
   std::optional<std::string> pathOf(const DiskNode& item);
   std::optional<std::uint16_t> finderFlags(const DiskNode& item);
   int setFinderFlags(DiskNode& item, std::uint16_t flags);
-  /// Writes into an open file, as much as the volume holds.
-  int write(DiskNode& file, std::size_t position, std::string_view data);
+  /// Writes into an open file, as much as the volume holds, and moves the position by that.
+  int write(DiskNode& file, std::size_t& position, std::string_view data);
+  /// Shortens an open file.
+  void cutOff(DiskNode& file, std::size_t length);
 
  private:
   struct Place;

@@ -253,7 +253,7 @@ std::size_t FakeDisk::length(const DiskNode& file) {
   return file.contents.size();
 }
 
-int FakeDisk::write(DiskNode& file, std::size_t position, std::string_view data) {
+int FakeDisk::write(DiskNode& file, std::size_t& position, std::string_view data) {
   const Lock lock = settled();
   std::size_t fitting = data.size();
   if (const std::optional<std::uint64_t> capacity = file.kind().capacity) {
@@ -262,8 +262,15 @@ int FakeDisk::write(DiskNode& file, std::size_t position, std::string_view data)
   }
   file.contents.resize(std::max(file.contents.size(), position + fitting));
   file.contents.replace(position, fitting, data.substr(0, fitting));
+  position += fitting;
   changed(file);
   return fitting == data.size() ? 0 : ENOSPC;
+}
+
+void FakeDisk::cutOff(DiskNode& file, std::size_t length) {
+  const Lock lock = settled();
+  file.contents.resize(length);
+  changed(file);
 }
 
 }  // namespace qm::testing

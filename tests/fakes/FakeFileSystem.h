@@ -15,8 +15,8 @@
 namespace qm::testing {
 
 /// The file operations on the fake disk, with the user's rights. Handles are recorded as
-/// "fileHandle.writeData(path, data)" and "fileHandle.seekToEndOfFile(path)". Failures carry the
-/// system's numbers and sentences (`statusOf`), injected ones those of `Calls::setFailure`.
+/// "fileHandle.writeData(path, data)", "fileHandle.seekToEndOfFile(path)" and "fileHandle.removeIncompleteData(path)".
+/// Failures carry the system's numbers and sentences (`statusOf`), injected ones those of `Calls::setFailure`.
 class FakeFileSystem : public platform::FileSystem {
  public:
   FakeFileSystem(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}

@@ -97,6 +97,14 @@ class LogQueue : public LogTest {
     finish(call);
   }
 
+  /// A file, and a volume that takes so many bytes more.
+  void fillTheVolumeBehind(std::uint64_t bytes) {
+    addLogFile();
+    std::uint64_t used = 0;
+    for (const std::string& path : fakes.disk.tree()) used += fakes.disk.fileContents(path).value_or("").size();
+    fakes.disk.setVolumeKind("/", {.capacity = used + bytes});
+  }
+
  private:
   std::future<void> callWhileHeld(const std::function<void()>& append) {
     fakes.calls.hang("fileHandle.writeData");
