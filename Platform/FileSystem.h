@@ -76,6 +76,9 @@ class FileSystem {
   /// link included, makes it fail. Across volumes the item is copied (see `copyItem`) and then
   /// removed; when the copy fails the source is whole and no part of the copy is left.
   virtual Status moveItem(const std::string& source, const std::string& destination) = 0;
+  /// Gives a file, or a link itself, a second name on its volume; there is no moment without the first. Never replaces.
+  /// Fails where the volume keeps one name for an item only.
+  virtual Status linkItem(const std::string& source, const std::string& destination) = 0;
   /// Copies a file or a tree with modes, times, extended attributes, owner where the process may
   /// set it, links as links. Never replaces and never leaves half a copy under the final name.
   virtual Status copyItem(const std::string& source, const std::string& destination) = 0;

@@ -126,8 +126,10 @@ void QMLog::createNewLog(const std::optional<std::string>& name) {
     return;
   }
   const bool fileIsThere = files.current && fileSystem.fileExists(*files.current);
-  if (fileIsThere && !rotate(*files.folder, appName)) return;
-  log.beginFile(files.current);
+  const Rotation rotation = fileIsThere ? rotate(*files.folder, appName, *files.current) : Rotation::Moved;
+  if (rotation == Rotation::Failed) return;
+  if (!log.beginFile(files.current) && rotation == Rotation::Linked)
+    std::ignore = fileSystem.removeItem(*files.current);
 }
 
 bool QMLog::isSwitchedOff() {
@@ -156,19 +158,24 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   return files;
 }
 
-bool QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName) {
+/// The current file gets its new name beside the old one, which the new file takes over. However the process ends, a
+/// file is there to go on with: where a log file is missing none is made. Where a file has one name only, it is moved.
+QMLog::Rotation QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName,
+                              const std::string& current) {
   auto& fileSystem = *platform().fileSystem;
   const std::string oldest = numberedFile(folder, appName, kOldestFile);
   if (fileSystem.fileExists(oldest)) std::ignore = fileSystem.removeItem(oldest);
   for (int number = kOldestFile - 1; number >= 1; --number) {
     const std::string from = numberedFile(folder, appName, number);
     const std::string to = numberedFile(folder, appName, number + 1);
-    if (fileSystem.fileExists(from) && !fileSystem.moveItem(from, to)) {
+    if (!fileSystem.fileExists(from)) continue;
+    if (from == current && fileSystem.linkItem(from, to)) return Rotation::Linked;
+    if (!fileSystem.moveItem(from, to)) {
       printToConsole("Unable to move file %@ to %@", from, to);
-      return false;
+      return Rotation::Failed;
     }
   }
-  return true;
+  return Rotation::Moved;
 }
 
 std::string QMLog::header() {
@@ -182,17 +189,18 @@ std::string QMLog::header() {
   return text;
 }
 
-void QMLog::beginFile(const std::optional<std::string>& path) {
+bool QMLog::beginFile(const std::optional<std::string>& path) {
   const auto written = path ? platform().fileSystem->writeFileAtomically(*path, header())
                             : Status::failed(0, "There is no folder for it.");
   if (!written) {
     printToConsole("Unable to create log file %@ - %@", path, written.localizedDescription());
-    return;
+    return false;
   }
   endsWithinALine_ = false;
   auto handle = openCurrent(path);
   // Elsewhere than at the end it would write over lines.
   if (handle && handle->seekToEndOfFile()) setFileHandle(std::move(handle));
+  return true;
 }
 
 std::shared_ptr<FileHandle> QMLog::openCurrent(const std::optional<std::string>& path) {

@@ -30,7 +30,8 @@ class QMLog : public Singleton<QMLog> {
   /// `createNewLog:`. Waits for pending writes, moves APP.1.log to APP.4.log up by one (the fifth is
   /// removed) and begins a new first file with its header. The name is used only when the
   /// executable has none. Does nothing but say so when the user's preferences switch logging off.
-  /// When a step fails, the console says which and no new file is begun.
+  /// When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the old
+  /// first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
   static void createNewLog(std::nullptr_t) = delete;
 
@@ -117,10 +118,12 @@ class QMLog : public Singleton<QMLog> {
   };
   static bool isSwitchedOff();
   static Files files(const std::optional<std::string>& appName);
-  static bool rotate(const std::string& folder, const std::optional<std::string>& appName);
+  enum class Rotation { Failed, Moved, Linked };
+  static Rotation rotate(const std::string& folder, const std::optional<std::string>& appName,
+                         const std::string& current);
   static std::string header();
   static std::shared_ptr<qm::platform::FileHandle> openCurrent(const std::optional<std::string>& path);
-  void beginFile(const std::optional<std::string>& path);
+  bool beginFile(const std::optional<std::string>& path);
   std::shared_ptr<qm::platform::FileHandle> openedHandle(const std::string& message);
   std::string line(const std::string& message);
   void write(const std::string& message);

@@ -97,6 +97,8 @@ class FakeDisk {
   std::string mountPointOf(const std::string& path);
 
   int move(const std::string& source, const std::string& destination, Access access = Access::User);
+  /// A second name; in the same folder only.
+  int link(const std::string& source, const std::string& destination);
   int copy(const std::string& source, const std::string& destination, Access access = Access::User);
   int makeFolders(const std::string& path, Access access = Access::User);
   int makeLink(const std::string& path, const std::string& target, Access access = Access::User);
@@ -146,7 +148,7 @@ class FakeDisk {
   int removalError(const DiskNode& item, Access access) const;
   int copyError(const DiskNode& item, Access access) const;
   int put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access);
-  int removeItem(DiskNode& item, Access access);
+  int removeItem(DiskNode& folder, const std::string& name, Access access);
   int moveAcross(const Place& from, const Place& to, Access access);
   static int spaceError(DiskNode& folder, std::uint64_t bytes);
   static void listTree(const DiskNode& folder, const std::string& path, std::vector<std::string>& lines);

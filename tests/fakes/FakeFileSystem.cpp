@@ -98,6 +98,11 @@ Status FakeFileSystem::moveItem(const std::string& source, const std::string& de
   return statusOf(disk_.move(source, destination));
 }
 
+Status FakeFileSystem::linkItem(const std::string& source, const std::string& destination) {
+  if (calls_.command("fileSystem.linkItem", source, destination)) return calls_.failure();
+  return statusOf(disk_.link(source, destination));
+}
+
 Status FakeFileSystem::copyItem(const std::string& source, const std::string& destination) {
   if (calls_.command("fileSystem.copyItem", source, destination)) return calls_.failure();
   return statusOf(disk_.copy(source, destination));

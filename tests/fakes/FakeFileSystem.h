@@ -31,6 +31,7 @@ class FakeFileSystem : public platform::FileSystem {
   std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
   platform::Status moveItem(const std::string& source, const std::string& destination) override;
+  platform::Status linkItem(const std::string& source, const std::string& destination) override;
   platform::Status copyItem(const std::string& source, const std::string& destination) override;
   platform::Status createDirectory(const std::string& path) override;
   platform::Status removeItem(const std::string& path) override;

@@ -133,6 +133,9 @@ class LogFiles : public LogTest {
   static std::string moveOf(int number) {
     return "fileSystem.moveItem(" + logFile(number) + ", " + logFile(number + 1) + ")";
   }
+  static std::string linkOf(int number) {
+    return "fileSystem.linkItem(" + logFile(number) + ", " + logFile(number + 1) + ")";
+  }
   static std::string moveFailure(int number) {
     return "Unable to move file " + logFile(number) + " to " + logFile(number + 1);
   }
