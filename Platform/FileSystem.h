@@ -37,6 +37,9 @@ class FileHandle {
   virtual Status seekToEndOfFile() = 0;
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
+  /// After a `writeData` at the end of the file that failed: cuts off what it left, and goes back to where it began.
+  /// Fails, and changes nothing, when something else stands behind that by now. Success when nothing was left.
+  virtual Status removeIncompleteData() = 0;
 };
 
 /// The plain file operations, as the current user. Stateless: any thread, any number at a time.
@@ -73,6 +76,9 @@ class FileSystem {
   /// link included, makes it fail. Across volumes the item is copied (see `copyItem`) and then
   /// removed; when the copy fails the source is whole and no part of the copy is left.
   virtual Status moveItem(const std::string& source, const std::string& destination) = 0;
+  /// Gives a file, or a link itself, a second name on its volume; there is no moment without the first. Never replaces.
+  /// Fails where the volume keeps one name for an item only.
+  virtual Status linkItem(const std::string& source, const std::string& destination) = 0;
   /// Copies a file or a tree with modes, times, extended attributes, owner where the process may
   /// set it, links as links. Never replaces and never leaves half a copy under the final name.
   virtual Status copyItem(const std::string& source, const std::string& destination) = 0;

@@ -222,7 +222,7 @@ bool QMAuthorization::authMoveFile(const std::optional<std::string>& source,
   return exists(*source) && startFileCommand("/bin/mv", {"-f", *source, *destination});
 }
 
-bool QMAuthorization::authMoveFolderContents(const std::string& folder, const std::string& destination) {
+bool QMAuthorization::authMoveFolderContents(const std::string& folder, const std::optional<std::string>& destination) {
   if (isProtected(folder, "Unable to move contents of path %@ because it is a system directory.")) return false;
   return forEachEntry(folder, [&](const std::string& name) {
     return authMoveFile(appendingPathComponent(folder, name), appendingPathComponent(destination, name));

@@ -81,8 +81,8 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authCopyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
   /// `authMoveFile:toPath:`. Replaces a file at the destination and moves into a folder there.
   bool authMoveFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
-  /// `authMoveFolderContents:toPath:`. Every entry; true if none failed.
-  bool authMoveFolderContents(const std::string& folder, const std::string& destination);
+  /// `authMoveFolderContents:toPath:`. Every entry; true if none failed. A nil destination is printed for each entry.
+  bool authMoveFolderContents(const std::string& folder, const std::optional<std::string>& destination);
   /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash; on a clash its name
   /// there gets the time ("notes_20240229230507.txt"; without an extension the name ends in a dot).
   /// Made as root and with the flag set, the chosen name in the Trash is removed instead, and the path

@@ -126,8 +126,10 @@ void QMLog::createNewLog(const std::optional<std::string>& name) {
     return;
   }
   const bool fileIsThere = files.current && fileSystem.fileExists(*files.current);
-  if (fileIsThere && !rotate(*files.folder, appName)) return;
-  log.beginFile(files.current);
+  const Rotation rotation = fileIsThere ? rotate(*files.folder, appName, *files.current) : Rotation::Moved;
+  if (rotation == Rotation::Failed) return;
+  if (!log.beginFile(files.current) && rotation == Rotation::Linked)
+    std::ignore = fileSystem.removeItem(*files.current);
 }
 
 bool QMLog::isSwitchedOff() {
@@ -156,19 +158,24 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   return files;
 }
 
-bool QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName) {
+/// The current file gets its new name beside the old one, which the new file takes over. However the process ends, a
+/// file is there to go on with: where a log file is missing none is made. Where a file has one name only, it is moved.
+QMLog::Rotation QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName,
+                              const std::string& current) {
   auto& fileSystem = *platform().fileSystem;
   const std::string oldest = numberedFile(folder, appName, kOldestFile);
   if (fileSystem.fileExists(oldest)) std::ignore = fileSystem.removeItem(oldest);
   for (int number = kOldestFile - 1; number >= 1; --number) {
     const std::string from = numberedFile(folder, appName, number);
     const std::string to = numberedFile(folder, appName, number + 1);
-    if (fileSystem.fileExists(from) && !fileSystem.moveItem(from, to)) {
+    if (!fileSystem.fileExists(from)) continue;
+    if (from == current && fileSystem.linkItem(from, to)) return Rotation::Linked;
+    if (!fileSystem.moveItem(from, to)) {
       printToConsole("Unable to move file %@ to %@", from, to);
-      return false;
+      return Rotation::Failed;
     }
   }
-  return true;
+  return Rotation::Moved;
 }
 
 std::string QMLog::header() {
@@ -182,16 +189,18 @@ std::string QMLog::header() {
   return text;
 }
 
-void QMLog::beginFile(const std::optional<std::string>& path) {
+bool QMLog::beginFile(const std::optional<std::string>& path) {
   const auto written = path ? platform().fileSystem->writeFileAtomically(*path, header())
                             : Status::failed(0, "There is no folder for it.");
   if (!written) {
     printToConsole("Unable to create log file %@ - %@", path, written.localizedDescription());
-    return;
+    return false;
   }
+  endsWithinALine_ = false;
   auto handle = openCurrent(path);
   // Elsewhere than at the end it would write over lines.
   if (handle && handle->seekToEndOfFile()) setFileHandle(std::move(handle));
+  return true;
 }
 
 std::shared_ptr<FileHandle> QMLog::openCurrent(const std::optional<std::string>& path) {
@@ -205,7 +214,7 @@ std::string QMLog::trimmed(const std::string& text) { return qm::foundation::tri
 void QMLog::queueMessage(const std::string& text) {
   std::string message = trimmed(text);
   QMLog& log = *sharedController();
-  log.setBytesInQueue(log.bytesInQueue() + utf16Length(message));
+  log.raiseBytesInQueue(utf16Length(message));
   if (const auto queue = log.writeQueue()) {
     queue->addOperation([message = std::move(message)] { appendLogOnThread(message); });
   }
@@ -259,7 +268,7 @@ std::string QMLog::line(const std::string& message) {
 void QMLog::write(const std::string& message) {
   if (const auto handle = openedHandle(message)) {
     const std::string text = line(message);
-    require(handle->writeData(text));
+    append(*handle, text);
     setBytesWritten(bytesWritten() + text.size());
     if (bytesWritten() > kTruncationThreshold) {
       createNewLog(appName());
@@ -268,9 +277,34 @@ void QMLog::write(const std::string& message) {
   } else if (!loggingDisabled()) {
     printToConsole("Unable to open log for output");
   }
-  // Read and written apart, so the count can drift; it must not run below nothing.
-  const std::size_t waiting = bytesInQueue();
-  setBytesInQueue(waiting - std::min(waiting, utf16Length(message)));
+  lowerBytesInQueue(utf16Length(message));
+}
+
+/// A line that could be written in part only is taken back. Where that cannot be done, the next one goes below it.
+void QMLog::append(FileHandle& handle, const std::string& text) {
+  const Status written = handle.writeData(endsWithinALine_ ? "\n" + text : text);
+  if (written) {
+    endsWithinALine_ = false;
+  } else if (!handle.removeIncompleteData()) {
+    endsWithinALine_ = true;
+  }
+  require(written);
+}
+
+/// Read and written apart, so threads that do it at the same moment lose one another's step. Beside it the units are
+/// counted without a loss; they come first, so that they are complete when the message's turn comes.
+void QMLog::raiseBytesInQueue(std::size_t units) {
+  unitsWaiting_ += units;
+  bytesInQueue_ = bytesInQueue_ + units;
+}
+
+/// What was lost so far is made good here. A thread that is just raising may undo that, but its own message is still to
+/// come: with the last message the count is right.
+void QMLog::lowerBytesInQueue(std::size_t units) {
+  std::size_t waiting = unitsWaiting_;
+  while (!unitsWaiting_.compare_exchange_weak(waiting, waiting - std::min(waiting, units))) {
+  }
+  bytesInQueue_ = unitsWaiting_.load();
 }
 
 std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {

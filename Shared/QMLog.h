@@ -30,7 +30,8 @@ class QMLog : public Singleton<QMLog> {
   /// `createNewLog:`. Waits for pending writes, moves APP.1.log to APP.4.log up by one (the fifth is
   /// removed) and begins a new first file with its header. The name is used only when the
   /// executable has none. Does nothing but say so when the user's preferences switch logging off.
-  /// When a step fails, the console says which and no new file is begun.
+  /// When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the old
+  /// first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
   static void createNewLog(std::nullptr_t) = delete;
 
@@ -93,11 +94,11 @@ class QMLog : public Singleton<QMLog> {
   std::size_t bytesWritten() const { return bytesWritten_; }
   /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
-  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate, since it is raised
-  /// and lowered by separate reads and writes.
+  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate while several threads write messages,
+  /// since it is raised and lowered by separate reads and writes, and right again with every message written.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
   /// `setBytesInQueue:`
-  void setBytesInQueue(std::size_t units) { bytesInQueue_ = units; }
+  void setBytesInQueue(std::size_t units) { unitsWaiting_ = bytesInQueue_ = units; }
   /// `loggingDisabled`. Set when the user's preferences switch logging off; never cleared again.
   bool loggingDisabled() const { return loggingDisabled_; }
   /// `setLoggingDisabled:`
@@ -117,14 +118,19 @@ class QMLog : public Singleton<QMLog> {
   };
   static bool isSwitchedOff();
   static Files files(const std::optional<std::string>& appName);
-  static bool rotate(const std::string& folder, const std::optional<std::string>& appName);
+  enum class Rotation { Failed, Moved, Linked };
+  static Rotation rotate(const std::string& folder, const std::optional<std::string>& appName,
+                         const std::string& current);
   static std::string header();
   static std::shared_ptr<qm::platform::FileHandle> openCurrent(const std::optional<std::string>& path);
-  void beginFile(const std::optional<std::string>& path);
+  bool beginFile(const std::optional<std::string>& path);
   std::shared_ptr<qm::platform::FileHandle> openedHandle(const std::string& message);
   std::string line(const std::string& message);
   void write(const std::string& message);
   void reportWritingFailure(const std::string& reason) const;
+  void append(qm::platform::FileHandle& handle, const std::string& text);
+  void raiseBytesInQueue(std::size_t units);
+  void lowerBytesInQueue(std::size_t units);
   static std::string trimmed(const std::string& text);
   static void queueMessage(const std::string& text);
   static void appendMessage(const std::string& text);
@@ -136,6 +142,8 @@ class QMLog : public Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
+  std::atomic<std::size_t> unitsWaiting_{0};  ///< what bytesInQueue_ is when nobody is about to change it
   std::atomic<bool> loggingDisabled_{false};
+  std::atomic<bool> endsWithinALine_{false};  ///< the file, with what a failed writing left
   std::atomic<bool> initialised_{false};
 };

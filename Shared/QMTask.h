@@ -144,10 +144,11 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `asyncTaskReturnData:`. Hands one piece to the delegate if it answers the selector, and ends the run
   /// after the empty one either way.
   void asyncTaskReturnData(const AsyncTaskNotification& notification);
-  /// `terminateAsyncTask`. Ends the reading, asks the tool to end and lets go of delegate, context and
-  /// task; a read that is blocked ends at once. The delegate is not told: nothing more reaches it but a
-  /// piece that was already on its way. Does nothing when nothing runs. Any thread, the delegate's own
-  /// calls included.
+  /// `terminateAsyncTask`. Ends the reading, lets go of delegate and context, asks the tool to end and clears
+  /// `theTask`, in this order; a read that is blocked ends at once. The delegate is not told: nothing more reaches it
+  /// but a piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
+  /// delegate's own calls included; called while this runner lets go of a delegate or context, it ends the run that
+  /// these belong to and no other.
   void terminateAsyncTask();
 
  private:
@@ -157,15 +158,23 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
     std::shared_ptr<AsyncTaskDelegate> delegate;
     AsyncTaskSelector selector;
     std::shared_ptr<void> object;
+    bool isEnding = false;
   };
+  class LettingGo;
 
   QMTask() = default;
 
   template <class Operation>
   auto withTimeout(TimeoutInterval timeout, Operation operation);
 
+  void giveUpReceiver();
   void beginAsyncRun(AsyncReceiver receiver);
   void endAsyncRun(const std::shared_ptr<Task>& task);
+  void completeEnding(AsyncReceiver released, const std::shared_ptr<Task>& task);
+  AsyncReceiver takeReceiver();
+  void letGo(AsyncReceiver receiver);
+  void forget(const std::shared_ptr<Task>& task);
+  static void closeOutput(const std::shared_ptr<Task>& task);
   void endTool(const std::shared_ptr<Task>& task);
   void readAsyncTask(const std::shared_ptr<Task>& task);
   bool launchForReading(const std::shared_ptr<Task>& task);

@@ -9,6 +9,35 @@ using qm::platform::platform;
 using qm::platform::Task;
 using qm::platform::TaskStream;
 
+/// That a thread lets go of what a run held. What ends by that and ends its runner's run means that very run: another
+/// may have taken its place while a delegate was kept by a call.
+class QMTask::LettingGo {
+ public:
+  LettingGo(const QMTask& runner, std::shared_ptr<Task> task)
+      : runner_(runner), task_(std::move(task)), outer_(std::exchange(innermost(), this)) {}
+  LettingGo(const LettingGo&) = delete;
+  LettingGo& operator=(const LettingGo&) = delete;
+  ~LettingGo() { innermost() = outer_; }
+
+  /// The task whose run the calling thread lets go of; null when it does not.
+  static const std::shared_ptr<Task>* of(const QMTask& runner) {
+    for (const LettingGo* scope = innermost(); scope != nullptr; scope = scope->outer_) {
+      if (&scope->runner_ == &runner) return &scope->task_;
+    }
+    return nullptr;
+  }
+
+ private:
+  static const LettingGo*& innermost() {
+    static thread_local const LettingGo* scope = nullptr;
+    return scope;
+  }
+
+  const QMTask& runner_;
+  const std::shared_ptr<Task> task_;
+  const LettingGo* const outer_;
+};
+
 // MARK: - Pieces
 
 AsyncTaskNotification AsyncTaskNotification::withData(std::string data) {
@@ -28,6 +57,7 @@ const std::string& AsyncTaskNotification::data() const {
 void QMTask::asyncDataFromTask(const std::string& path, const Arguments& arguments,
                                const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
                                const std::shared_ptr<void>& object) {
+  giveUpReceiver();
   const auto task = platform().tasks->makeTask();
   task->setStandardOutput(TaskStream::Pipe);
   task->setStandardError(TaskStream::NullDevice);
@@ -39,25 +69,41 @@ void QMTask::asyncDataFromTask(const std::string& path, const Arguments& argumen
   endAsyncRun(task);
 }
 
-/// What the run before held is let go of outside the lock: a delegate that ends may call back.
-void QMTask::beginAsyncRun(AsyncReceiver receiver) {
-  const std::scoped_lock lock(asyncMutex_);
-  std::swap(receiver_, receiver);
-  setTheTask(receiver_.task);
+/// The delegate and the context of the run before go while that run is still the one in the slot: what they end
+/// as they go is theirs.
+void QMTask::giveUpReceiver() {
+  AsyncReceiver released;
+  {
+    const std::scoped_lock lock(asyncMutex_);
+    released = takeReceiver();
+  }
+  letGo(std::move(released));
 }
 
-/// The state goes first, so that a reader whose read is cut short finds nobody to call.
+void QMTask::beginAsyncRun(AsyncReceiver receiver) {
+  {
+    const std::scoped_lock lock(asyncMutex_);
+    std::swap(receiver_, receiver);
+    setTheTask(receiver_.task);
+  }
+  letGo(std::move(receiver));  // of a run that another thread has begun meanwhile
+}
+
 void QMTask::terminateAsyncTask() {
+  if (const auto* own = LettingGo::of(*this)) {
+    if (isInProgress(*own)) endAsyncRun(*own);
+    return;
+  }
   AsyncReceiver released;
   std::shared_ptr<Task> task;
   {
     const std::scoped_lock lock(asyncMutex_);
+    if (receiver_.isEnding) return;
     task = theTask();
-    std::swap(receiver_, released);
-    setTheTask(nullptr);
+    released = takeReceiver();
+    receiver_.isEnding = true;
   }
-  endTool(task);
-  if (released.task != task) endTool(released.task);
+  completeEnding(std::move(released), task);
 }
 
 /// Ends the run of one task, and leaves another alone that has taken its place.
@@ -65,19 +111,62 @@ void QMTask::endAsyncRun(const std::shared_ptr<Task>& task) {
   AsyncReceiver released;
   {
     const std::scoped_lock lock(asyncMutex_);
-    if (receiver_.task == task) std::swap(receiver_, released);
-    if (theTask() == task) setTheTask(nullptr);
+    if (receiver_.task == task) {
+      if (receiver_.isEnding) return;
+      released = takeReceiver();
+      receiver_.isEnding = true;
+    }
   }
+  completeEnding(std::move(released), task);
+}
+
+/// Nobody is called any more once the receiver is taken, so the rest needs no lock. It goes in an order that a delegate
+/// or a context can tell as it ends: the output is closed, the tool still in the slot and not yet asked to end.
+void QMTask::completeEnding(AsyncReceiver released, const std::shared_ptr<Task>& task) {
+  const std::shared_ptr<Task> own = released.task == task ? nullptr : released.task;
+  closeOutput(task);
+  closeOutput(own);
+  letGo(std::move(released));
   endTool(task);
+  endTool(own);
+  forget(task);
+  forget(own);
+}
+
+void QMTask::closeOutput(const std::shared_ptr<Task>& task) {
+  const auto reader = task ? task->standardOutputReader() : nullptr;
+  if (reader) reader->close();
 }
 
 /// A launch that has begun is waited for, since a tool can be ended only when it is there; one that has not will
 /// not begin.
 void QMTask::endTool(const std::shared_ptr<Task>& task) {
   if (!task) return;
-  if (const auto reader = task->standardOutputReader()) reader->close();
   const std::scoped_lock lock(launchMutex_);
   task->terminate();
+}
+
+void QMTask::forget(const std::shared_ptr<Task>& task) {
+  const std::scoped_lock lock(asyncMutex_);
+  if (receiver_.task == task) receiver_ = AsyncReceiver();
+  if (theTask() == task) setTheTask(nullptr);
+}
+
+/// Under the lock. The run stays, with nobody to call.
+QMTask::AsyncReceiver QMTask::takeReceiver() {
+  AsyncReceiver taken;
+  taken.task = receiver_.task;
+  std::swap(taken.delegate, receiver_.delegate);
+  std::swap(taken.selector, receiver_.selector);
+  std::swap(taken.object, receiver_.object);
+  return taken;
+}
+
+/// Never under a lock: who ends here may call back.
+void QMTask::letGo(AsyncReceiver receiver) {
+  const LettingGo scope(*this, receiver.task);
+  receiver.delegate.reset();
+  receiver.object.reset();
 }
 
 // MARK: - The reading thread
@@ -111,7 +200,7 @@ bool QMTask::launchForReading(const std::shared_ptr<Task>& task) {
   qm::platform::Status launched;
   {
     const std::scoped_lock lock(launchMutex_);
-    if (theTask() != task) return false;
+    if (!isInProgress(task) || theTask() != task) return false;
     launched = task->launch();
   }
   if (launched) return true;
@@ -139,14 +228,19 @@ void QMTask::asyncTaskReturnData(const AsyncTaskNotification& notification) {
 }
 
 void QMTask::deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task) {
-  const AsyncReceiver receiver = receiverOf(task);
-  if (receiver.delegate && receiver.selector && receiver.delegate->respondsToSelector(*receiver.selector))
-    receiver.delegate->perform(*receiver.selector, notification.data(), *this, receiver.object);
+  AsyncReceiver receiver = receiverOf(task);
+  if (receiver.delegate && receiver.selector && receiver.delegate->respondsToSelector(*receiver.selector)) {
+    const std::string none;  // the end is told by a buffer of its own
+    const std::string& data = notification.data().empty() ? none : notification.data();
+    receiver.delegate->perform(*receiver.selector, data, *this, receiver.object);
+  }
+  letGo(std::move(receiver));
 }
 
+/// The run of a task has neither ended nor begun to.
 bool QMTask::isInProgress(const std::shared_ptr<Task>& task) const {
   const std::scoped_lock lock(asyncMutex_);
-  return receiver_.task == task || theTask() == task;
+  return receiver_.task == task ? !receiver_.isEnding : theTask() == task;
 }
 
 /// Who receives a task's output; nobody once its run has ended or another has taken its place.

@@ -25,6 +25,20 @@ constexpr std::array<std::uint16_t, 126> nextstepUpperHalf = {
     0x00ED, 0x00AA, 0x00EE, 0x00EF, 0x00F0, 0x00F1, 0x0141, 0x00D8, 0x0152, 0x00BA, 0x00F2, 0x00F3, 0x00F4, 0x00F5,
     0x00F6, 0x00E6, 0x00F9, 0x00FA, 0x00FB, 0x0131, 0x00FC, 0x00FD, 0x0142, 0x00F8, 0x0153, 0x00DF, 0x00FE, 0x00FF};
 
+/// The upper half of Mac OS Roman, in which the system's converter takes two characters for others: the increment and
+/// the maker's own sign.
+constexpr std::array<std::uint16_t, 128> macRomanUpperHalf = {
+    0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, 0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5,
+    0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3, 0x00F2, 0x00F4,
+    0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC, 0x2020, 0x00B0, 0x00A2, 0x00A3, 0x00A7, 0x2022, 0x00B6,
+    0x00DF, 0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8, 0x221E, 0x00B1, 0x2264, 0x2265,
+    0x00A5, 0x00B5, 0x2202, 0x2211, 0x220F, 0x03C0, 0x222B, 0x00AA, 0x00BA, 0x03A9, 0x00E6, 0x00F8, 0x00BF,
+    0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB, 0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5,
+    0x0152, 0x0153, 0x2013, 0x2014, 0x201C, 0x201D, 0x2018, 0x2019, 0x00F7, 0x25CA, 0x00FF, 0x0178, 0x2044,
+    0x20AC, 0x2039, 0x203A, 0xFB01, 0xFB02, 0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1,
+    0x00CB, 0x00C8, 0x00CD, 0x00CE, 0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9,
+    0x0131, 0x02C6, 0x02DC, 0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7};
+
 constexpr unsigned char firstNonAscii = 0x80;
 
 const char* converterName(StringEncoding encoding) {
@@ -51,8 +65,6 @@ const char* converterName(StringEncoding encoding) {
       return "CP1250";
     case StringEncoding::ISO2022JP:
       return "ISO-2022-JP";
-    case StringEncoding::MacOSRoman:
-      return "MACINTOSH";
     case StringEncoding::UTF16BigEndian:
       return "UTF-16BE";
     case StringEncoding::UTF16LittleEndian:
@@ -95,14 +107,15 @@ void appendBasic(std::string& text, std::uint16_t point) {
   text += continuation(0);
 }
 
-std::optional<std::string> decodeNextstep(std::string_view bytes) {
+template <std::size_t Count>
+std::optional<std::string> decodeByTable(std::string_view bytes, const std::array<std::uint16_t, Count>& upperHalf) {
   std::string text;
   for (const char byte : bytes) {
     const auto value = static_cast<unsigned char>(byte);
     if (value < firstNonAscii) {
       text += byte;
-    } else if (const std::size_t index = value - firstNonAscii; index < nextstepUpperHalf.size()) {
-      appendBasic(text, nextstepUpperHalf[index]);
+    } else if (const std::size_t index = value - firstNonAscii; index < upperHalf.size()) {
+      appendBasic(text, upperHalf[index]);
     } else {
       return std::nullopt;
     }
@@ -164,7 +177,8 @@ std::optional<std::string> decodeBySystem(std::string_view bytes, const char* na
 std::optional<std::string> decode(std::string_view bytes, StringEncoding encoding) {
   if (encoding == StringEncoding::ASCII) return decodeAscii(bytes);
   if (encoding == StringEncoding::UTF8) return decodeUtf8(bytes);
-  if (encoding == StringEncoding::NEXTSTEP) return decodeNextstep(bytes);
+  if (encoding == StringEncoding::NEXTSTEP) return decodeByTable(bytes, nextstepUpperHalf);
+  if (encoding == StringEncoding::MacOSRoman) return decodeByTable(bytes, macRomanUpperHalf);
   const char* name = converterName(encoding);
   return name == nullptr ? std::nullopt : decodeBySystem(bytes, name);
 }

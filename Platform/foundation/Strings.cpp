@@ -20,7 +20,7 @@ bool isWhitespaceOrNewline(const Character& character) {
   const std::int32_t point = character.codePoint;
   if (!character.isValid()) return false;
   if (point < 0x80) return point == ' ' || (point >= '\t' && point <= '\r');
-  if (point == 0x85) return true;  // next line
+  if (point == 0x85 || point == 0x200B) return true;  // next line, zero width space
   const utf8proc_category_t category = utf8proc_category(point);
   return category == UTF8PROC_CATEGORY_ZS || category == UTF8PROC_CATEGORY_ZL || category == UTF8PROC_CATEGORY_ZP;
 }

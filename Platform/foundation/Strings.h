@@ -9,7 +9,7 @@
 /// they are and count as one character each.
 namespace qm::foundation {
 
-/// Without the white space and line ends (Unicode's, and tab) at both ends.
+/// Without the white space and line ends (Unicode's, tab, and the space of no width) at both ends.
 std::string trimmingWhitespaceAndNewlines(std::string_view text);
 
 /// The whole string in lower case, by Unicode's rules, without regard to a locale.

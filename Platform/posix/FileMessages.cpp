@@ -53,6 +53,8 @@ std::string_view actionText(FileOperation operation) {
   switch (operation) {
     case FileOperation::Move:
       return "moved";
+    case FileOperation::Link:
+      return "linked";
     case FileOperation::Copy:
       return "copied";
     case FileOperation::CreateFolder:

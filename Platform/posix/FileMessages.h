@@ -8,7 +8,7 @@
 namespace qm::posix {
 
 /// What was asked for, for the sentences that people read.
-enum class FileOperation { Move, Copy, CreateFolder, Remove, Write, Lock, Unlock, Date, Label };
+enum class FileOperation { Move, Link, Copy, CreateFolder, Remove, Write, Lock, Unlock, Date, Label };
 
 /// Success, or the failure with its sentence: `path` is the item that was named, `destination` where
 /// it was to go ("" when the operation has none).

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include "Platform/posix/FileContents.h"
@@ -19,16 +21,44 @@ class PosixFileHandle : public platform::FileHandle {
  public:
   PosixFileHandle(UniqueFd file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
 
-  Status seekToEndOfFile() override { return answer(::lseek(file_.get(), 0, SEEK_END) < 0 ? errno : 0); }
+  Status seekToEndOfFile() override {
+    const off_t end = ::lseek(file_.get(), 0, SEEK_END);
+    if (end < 0) return answer(errno);
+    whole_ = position_ = end;
+    return Status::success();
+  }
 
-  Status writeData(std::string_view data) override { return answer(writeAll(file_.get(), data.data(), data.size())); }
+  Status writeData(std::string_view data) override {
+    whole_ = position_;
+    if (const int error = writeAll(file_.get(), data.data(), data.size())) {
+      position_ = std::max(whole_, ::lseek(file_.get(), 0, SEEK_CUR));
+      return answer(error);
+    }
+    whole_ = position_ += static_cast<off_t>(data.size());
+    return Status::success();
+  }
+
+  Status removeIncompleteData() override { return answer(cutOff()); }
 
  private:
+  /// What the failed writing left can be told from other writers' bytes only while the file ends with it.
+  int cutOff() {
+    struct stat attributes {};
+    if (position_ == whole_) return 0;
+    if (::fstat(file_.get(), &attributes) != 0) return errno;
+    if (attributes.st_size != position_) return EEXIST;
+    if (::ftruncate(file_.get(), whole_) != 0 || ::lseek(file_.get(), whole_, SEEK_SET) < 0) return errno;
+    position_ = whole_;
+    return 0;
+  }
+
   Status answer(int error) const {
     return error == 0 ? Status::success() : statusOf(FileOperation::Write, error, path_);
   }
 
   const UniqueFd file_;
+  off_t position_ = 0;
+  off_t whole_ = 0;  // the position without what the last writing left, if that failed
   const std::string path_;
 };
 

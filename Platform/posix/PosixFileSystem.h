@@ -28,6 +28,7 @@ class PosixFileSystem : public platform::FileSystem {
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
 
   platform::Status moveItem(const std::string& source, const std::string& destination) override;
+  platform::Status linkItem(const std::string& source, const std::string& destination) override;
   platform::Status copyItem(const std::string& source, const std::string& destination) override;
   platform::Status createDirectory(const std::string& path) override;
   platform::Status removeItem(const std::string& path) override;

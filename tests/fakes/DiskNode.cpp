@@ -37,11 +37,12 @@ bool DiskNode::isWithin(const DiskNode& other) const {
   return node != nullptr;
 }
 
-std::shared_ptr<DiskNode> DiskNode::entry(std::string_view wanted) {
+const DiskNode::Entry* DiskNode::entry(std::string_view wanted) {
   const bool anyCase = kind().caseInsensitive;
   const std::string lower = anyCase ? foundation::lowercaseString(wanted) : std::string();
-  for (const auto& [candidate, item] : entries) {
-    if (candidate == wanted || (anyCase && foundation::lowercaseString(candidate) == lower)) return item;
+  for (const Entry& candidate : entries) {
+    const std::string& own = candidate.first;
+    if (own == wanted || (anyCase && foundation::lowercaseString(own) == lower)) return &candidate;
   }
   return nullptr;
 }
@@ -51,12 +52,14 @@ void DiskNode::add(const std::string& itemName, const std::shared_ptr<DiskNode>&
   item->folder = this;
 }
 
-std::shared_ptr<DiskNode> DiskNode::take(const DiskNode& item) {
-  const auto own = std::find_if(entries.begin(), entries.end(),
-                                [&](const Entry& candidate) { return candidate.second.get() == &item; });
+std::shared_ptr<DiskNode> DiskNode::take(const std::string& itemName) {
+  const auto own =
+      std::find_if(entries.begin(), entries.end(), [&](const Entry& candidate) { return candidate.first == itemName; });
   std::shared_ptr<DiskNode> taken = own->second;
   entries.erase(own);
-  taken->folder = nullptr;
+  const bool isStillHere =
+      std::any_of(entries.begin(), entries.end(), [&](const Entry& candidate) { return candidate.second == taken; });
+  if (!isStillHere) taken->folder = nullptr;
   return taken;
 }
 

@@ -50,9 +50,11 @@ struct DiskNode : std::enable_shared_from_this<DiskNode> {
   std::string name() const;
   bool isWithin(const DiskNode& other) const;
 
-  std::shared_ptr<DiskNode> entry(std::string_view wanted);
+  /// Null when there is none of that name.
+  const Entry* entry(std::string_view wanted);
   void add(const std::string& itemName, const std::shared_ptr<DiskNode>& item);
-  std::shared_ptr<DiskNode> take(const DiskNode& item);
+  /// By the name, as it stands in the folder: a file may have two.
+  std::shared_ptr<DiskNode> take(const std::string& itemName);
 
   /// Bytes of the file contents here and below, on this volume.
   std::uint64_t size() const;

@@ -75,13 +75,15 @@ FakeDisk::Place FakeDisk::find(const std::string& path, Follow follow, Access ac
 
 FakeDisk::Place FakeDisk::walk(std::vector<std::string> rest, Follow follow, Access access) {
   std::shared_ptr<DiskNode> node = root_;
+  std::string found;
   for (int links = 0; !rest.empty();) {
     const std::string name = std::exchange(rest.back(), {});
     rest.pop_back();
     if (!node->isFolder()) return {ENOTDIR, {}, {}, {}};
     if (!may(node->searchable, access)) return {EACCES, {}, {}, {}};
     if (name.size() > longestName) return {ENAMETOOLONG, {}, {}, {}};
-    std::shared_ptr<DiskNode> next = node->entry(name);
+    const DiskNode::Entry* entry = node->entry(name);
+    std::shared_ptr<DiskNode> next = entry == nullptr ? nullptr : entry->second;
     if (name == "..") next = node->folder == nullptr ? node : node->folder->shared_from_this();
     if (!next) return {ENOENT, {}, rest.empty() ? node : nullptr, name};
     if (next->isLink() && (!rest.empty() || follow == Follow::Yes)) {
@@ -90,11 +92,12 @@ FakeDisk::Place FakeDisk::walk(std::vector<std::string> rest, Follow follow, Acc
       rest.insert(rest.end(), target.begin(), target.end());
       if (next->contents.starts_with('/')) node = root_;
     } else {
+      found = entry == nullptr ? next->name() : entry->first;
       node = next;
     }
   }
   if (node->folder == nullptr) return {0, node, {}, "/"};
-  return {0, node, node->folder->shared_from_this(), node->name()};
+  return {0, node, node->folder->shared_from_this(), found};
 }
 
 DiskNode& FakeDisk::node(const std::string& path) {
@@ -108,7 +111,7 @@ void FakeDisk::arrange(const std::string& path, const std::shared_ptr<DiskNode>&
   addFolder(foundation::deletingLastPathComponent(path));
   const Place place = find(path, Follow::No, Access::Administrator);
   if (!place.folder) throw std::logic_error("nothing can be put at " + path + " on the fake disk");
-  if (place.item) place.folder->take(*place.item);
+  if (place.item) place.folder->take(place.name);
   place.folder->add(place.name, item);
 }
 
@@ -150,7 +153,7 @@ void FakeDisk::setVolumeKind(const std::string& path, const VolumeKind& kind) {
 void FakeDisk::remove(const std::string& path) {
   const Lock lock(mutex_);
   const Place place = find(path, Follow::No, Access::Administrator);
-  if (place.item && place.folder) place.folder->take(*place.item);
+  if (place.item && place.folder) place.folder->take(place.name);
 }
 
 void FakeDisk::setSuperuser(bool superuser) {

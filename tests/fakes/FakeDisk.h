@@ -97,6 +97,8 @@ class FakeDisk {
   std::string mountPointOf(const std::string& path);
 
   int move(const std::string& source, const std::string& destination, Access access = Access::User);
+  /// A second name; in the same folder only.
+  int link(const std::string& source, const std::string& destination);
   int copy(const std::string& source, const std::string& destination, Access access = Access::User);
   int makeFolders(const std::string& path, Access access = Access::User);
   int makeLink(const std::string& path, const std::string& target, Access access = Access::User);
@@ -119,8 +121,10 @@ class FakeDisk {
   std::optional<std::string> pathOf(const DiskNode& item);
   std::optional<std::uint16_t> finderFlags(const DiskNode& item);
   int setFinderFlags(DiskNode& item, std::uint16_t flags);
-  /// Writes into an open file, as much as the volume holds.
-  int write(DiskNode& file, std::size_t position, std::string_view data);
+  /// Writes into an open file, as much as the volume holds, and moves the position by that.
+  int write(DiskNode& file, std::size_t& position, std::string_view data);
+  /// Shortens an open file.
+  void cutOff(DiskNode& file, std::size_t length);
 
  private:
   struct Place;
@@ -146,7 +150,7 @@ class FakeDisk {
   int copyError(const DiskNode& item, Access access) const;
   int hollowError(const DiskNode& item, const std::vector<std::string>& expendable) const;
   int put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access);
-  int removeItem(DiskNode& item, Access access);
+  int removeItem(DiskNode& folder, const std::string& name, Access access);
   int moveAcross(const Place& from, const Place& to, Access access);
   static int spaceError(DiskNode& folder, std::uint64_t bytes);
   static void listTree(const DiskNode& folder, const std::string& path, std::vector<std::string>& lines);

@@ -127,7 +127,7 @@ int FakeDisk::moveAcross(const Place& from, const Place& to, Access access) {
   if (const int error = copyError(*from.item, access); error != 0) return error;
   if (const int error = removalError(*from.item, access); error != 0) return error;
   if (const int error = put(to, from.item->clone(), access); error != 0) return error;
-  from.folder->take(*from.item);
+  from.folder->take(from.name);
   changed(*from.folder);
   return 0;
 }
@@ -144,8 +144,22 @@ int FakeDisk::move(const std::string& source, const std::string& destination, Ac
   if (from.item->immutable) return EPERM;
   if (from.folder->mountPoint() != to.folder->mountPoint()) return moveAcross(from, to, access);
   if (const int error = folderError(*to.folder, access); error != 0) return error;
-  to.folder->add(to.name, from.folder->take(*from.item));
+  to.folder->add(to.name, from.folder->take(from.name));
   changed(*from.folder);
+  changed(*to.folder);
+  return 0;
+}
+
+int FakeDisk::link(const std::string& source, const std::string& destination) {
+  const Lock lock = settled();
+  const Place from = find(source, Follow::No, Access::User);
+  if (!from.item) return from.error;
+  const Place to = find(destination, Follow::No, Access::User);
+  if (!to.isFree()) return to.item ? EEXIST : to.error;
+  if (from.item->isFolder() || from.item->immutable) return EPERM;
+  if (from.folder != to.folder) return EXDEV;
+  if (const int error = folderError(*to.folder, Access::User); error != 0) return error;
+  to.folder->add(to.name, from.item);
   changed(*to.folder);
   return 0;
 }
@@ -184,15 +198,15 @@ int FakeDisk::makeLink(const std::string& path, const std::string& target, Acces
 }
 
 /// Removes what is below first, and stops at the first error.
-int FakeDisk::removeItem(DiskNode& item, Access access) {
-  if (item.volume) return EBUSY;
-  if (const int error = folderError(*item.folder, access); error != 0) return error;
-  while (!item.entries.empty()) {
-    if (const int error = removeItem(*item.entries.front().second, access); error != 0) return error;
+int FakeDisk::removeItem(DiskNode& folder, const std::string& name, Access access) {
+  const std::shared_ptr<DiskNode> item = folder.entry(name)->second;
+  if (item->volume) return EBUSY;
+  if (const int error = folderError(folder, access); error != 0) return error;
+  while (!item->entries.empty()) {
+    if (const int error = removeItem(*item, item->entries.front().first, access); error != 0) return error;
   }
-  if (item.immutable) return EPERM;
-  DiskNode& folder = *item.folder;
-  folder.take(item);
+  if (item->immutable) return EPERM;
+  folder.take(name);
   changed(folder);
   return 0;
 }
@@ -200,7 +214,8 @@ int FakeDisk::removeItem(DiskNode& item, Access access) {
 int FakeDisk::removeTree(const std::string& path, Access access) {
   const Lock lock = settled();
   const Place place = find(path, Follow::No, access);
-  return place.item ? removeItem(*place.item, access) : place.error;
+  if (!place.item) return place.error;
+  return place.folder ? removeItem(*place.folder, place.name, access) : EBUSY;
 }
 
 int FakeDisk::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
@@ -224,7 +239,7 @@ int FakeDisk::writeFile(const std::string& path, std::string_view contents, Acce
   if (const int error = folderError(*place.folder, access); error != 0) return error;
   if (place.item && place.item->immutable) return EPERM;
   if (const int error = spaceError(*place.folder, contents.size()); error != 0) return error;
-  if (place.item) place.folder->take(*place.item);
+  if (place.item) place.folder->take(place.name);
   return put(place, make(FileType::Regular, std::string(contents)), access);
 }
 
@@ -278,7 +293,7 @@ std::size_t FakeDisk::length(const DiskNode& file) {
   return file.contents.size();
 }
 
-int FakeDisk::write(DiskNode& file, std::size_t position, std::string_view data) {
+int FakeDisk::write(DiskNode& file, std::size_t& position, std::string_view data) {
   const Lock lock = settled();
   std::size_t fitting = data.size();
   if (const std::optional<std::uint64_t> capacity = file.kind().capacity) {
@@ -287,8 +302,15 @@ int FakeDisk::write(DiskNode& file, std::size_t position, std::string_view data)
   }
   file.contents.resize(std::max(file.contents.size(), position + fitting));
   file.contents.replace(position, fitting, data.substr(0, fitting));
+  position += fitting;
   changed(file);
   return fitting == data.size() ? 0 : ENOSPC;
+}
+
+void FakeDisk::cutOff(DiskNode& file, std::size_t length) {
+  const Lock lock = settled();
+  file.contents.resize(length);
+  changed(file);
 }
 
 }  // namespace qm::testing

@@ -1,5 +1,6 @@
 #include "tests/fakes/FakeFileSystem.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
@@ -16,15 +17,24 @@ class FakeFileHandle : public platform::FileHandle {
 
   Status seekToEndOfFile() override {
     if (calls_.command("fileHandle.seekToEndOfFile", path_)) return calls_.failure();
-    position_ = disk_.length(*file_);
+    whole_ = position_ = disk_.length(*file_);
     return Status::success();
   }
 
   Status writeData(std::string_view data) override {
     if (calls_.command("fileHandle.writeData", path_, data)) return calls_.failure();
+    whole_ = position_;
     const int error = disk_.write(*file_, position_, data);
-    if (error == 0) position_ += data.size();
+    if (error == 0) whole_ = position_;
     return statusOf(error);
+  }
+
+  Status removeIncompleteData() override {
+    if (calls_.command("fileHandle.removeIncompleteData", path_)) return calls_.failure();
+    if (position_ == whole_) return Status::success();
+    if (disk_.length(*file_) != position_) return statusOf(EEXIST);
+    disk_.cutOff(*file_, position_ = whole_);
+    return Status::success();
   }
 
  private:
@@ -33,6 +43,7 @@ class FakeFileHandle : public platform::FileHandle {
   std::string path_;
   std::shared_ptr<DiskNode> file_;
   std::size_t position_ = 0;
+  std::size_t whole_ = 0;  // the position without what the last writing left, if that failed
 };
 
 }  // namespace
@@ -85,6 +96,11 @@ std::optional<std::string> FakeFileSystem::destinationOfSymbolicLink(const std::
 Status FakeFileSystem::moveItem(const std::string& source, const std::string& destination) {
   if (calls_.command("fileSystem.moveItem", source, destination)) return calls_.failure();
   return statusOf(disk_.move(source, destination));
+}
+
+Status FakeFileSystem::linkItem(const std::string& source, const std::string& destination) {
+  if (calls_.command("fileSystem.linkItem", source, destination)) return calls_.failure();
+  return statusOf(disk_.link(source, destination));
 }
 
 Status FakeFileSystem::copyItem(const std::string& source, const std::string& destination) {

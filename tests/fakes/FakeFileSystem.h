@@ -15,8 +15,8 @@
 namespace qm::testing {
 
 /// The file operations on the fake disk, with the user's rights. Handles are recorded as
-/// "fileHandle.writeData(path, data)" and "fileHandle.seekToEndOfFile(path)". Failures carry the
-/// system's numbers and sentences (`statusOf`), injected ones those of `Calls::setFailure`.
+/// "fileHandle.writeData(path, data)", "fileHandle.seekToEndOfFile(path)" and "fileHandle.removeIncompleteData(path)".
+/// Failures carry the system's numbers and sentences (`statusOf`), injected ones those of `Calls::setFailure`.
 class FakeFileSystem : public platform::FileSystem {
  public:
   FakeFileSystem(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}
@@ -31,6 +31,7 @@ class FakeFileSystem : public platform::FileSystem {
   std::optional<platform::ItemAttributes> attributesOfItem(const std::string& path) const override;
   std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const override;
   platform::Status moveItem(const std::string& source, const std::string& destination) override;
+  platform::Status linkItem(const std::string& source, const std::string& destination) override;
   platform::Status copyItem(const std::string& source, const std::string& destination) override;
   platform::Status createDirectory(const std::string& path) override;
   platform::Status removeItem(const std::string& path) override;

@@ -207,5 +207,41 @@ TEST_P(OpeningForWriting, AnswersThatTheVolumeIsFull) {
   });
 }
 
+TEST_P(OpeningForWriting, RemovesWhatAFailedWritingLeft) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.small("a"), "old ");
+    const auto file = world.files().openForWriting(world.small("a"));
+    ASSERT_NE(file, nullptr);
+    expectSuccess(file->seekToEndOfFile());
+    expectSuccess(file->writeData("whole "));
+    expectSuccess(file->removeIncompleteData());
+    expectFailure(file->writeData(std::string(200'000, 'x')), ENOSPC);
+    EXPECT_GT(world.contents(world.small("a"))->size(), std::string("old whole ").size());
+    expectSuccess(file->removeIncompleteData());
+    EXPECT_EQ(world.contents(world.small("a")), "old whole ");
+    expectSuccess(file->removeIncompleteData());
+    expectSuccess(file->writeData("next"));
+    EXPECT_EQ(world.contents(world.small("a")), "old whole next");
+  });
+}
+
+TEST_P(OpeningForWriting, RemovesNothingThatAnotherHasWritten) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.small("full"), std::string(30'000, 'f'));
+    world.addFile(world.small("a"));
+    const auto file = world.files().openForWriting(world.small("a"));
+    ASSERT_NE(file, nullptr);
+    expectFailure(file->writeData(std::string(200'000, 'x')), ENOSPC);
+    expectSuccess(world.files().removeItem(world.small("full")));
+    const auto other = world.files().openForWriting(world.small("a"));
+    ASSERT_NE(other, nullptr);
+    expectSuccess(other->seekToEndOfFile());
+    expectSuccess(other->writeData("other"));
+    const auto before = world.contents(world.small("a"));
+    expectFailure(file->removeIncompleteData(), EEXIST);
+    EXPECT_EQ(world.contents(world.small("a")), before);
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing

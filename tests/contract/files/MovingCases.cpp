@@ -272,5 +272,77 @@ TEST_P(MovingAnItem, RefusesToMoveAVolume) {
   });
 }
 
+class LinkingAnItem : public FileContract {};
+INSTANTIATE_TEST_SUITE_P(On, LinkingAnItem, bothWorlds(), nameOfKind);
+
+TEST_P(LinkingAnItem, GivesAFileASecondName) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("a"), "text");
+    expectSuccess(world.files().linkItem(world.home("a"), world.home("b")));
+    const auto file = world.files().openForWriting(world.home("a"));
+    ASSERT_NE(file, nullptr);
+    expectSuccess(file->writeData("T"));
+    EXPECT_EQ(world.contents(world.home("b")), "Text");
+    EXPECT_EQ(world.tree(world.home()), (Lines{"a", "b"}));
+  });
+}
+
+TEST_P(LinkingAnItem, LeavesEachNameToItself) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("a"), "text");
+    expectSuccess(world.files().linkItem(world.home("a"), world.home("b")));
+    expectSuccess(world.files().writeFileAtomically(world.home("a"), "new"));
+    EXPECT_EQ(world.contents(world.home("b")), "text");
+    expectSuccess(world.files().linkItem(world.home("b"), world.home("c")));
+    expectSuccess(world.files().removeItem(world.home("c")));
+    expectSuccess(world.files().linkItem(world.home("b"), world.home("c")));
+    expectSuccess(world.files().moveItem(world.home("b"), world.home("d")));
+    EXPECT_EQ(world.tree(world.home()), (Lines{"a", "c", "d"}));
+    EXPECT_EQ(world.contents(world.home("a")), "new");
+  });
+}
+
+TEST_P(LinkingAnItem, TakesALinkItself) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("target"));
+    world.addLink(world.home("a"), "target");
+    expectSuccess(world.files().linkItem(world.home("a"), world.home("b")));
+    EXPECT_EQ(world.tree(world.home()), (Lines{"a -> target", "b -> target", "target"}));
+  });
+}
+
+TEST_P(LinkingAnItem, ReplacesNothing) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("a"), "first");
+    world.addFile(world.home("b"), "second");
+    world.addLink(world.home("c"), "nowhere");
+    expectFailure(world.files().linkItem(world.home("a"), world.home("b")), EEXIST);
+    expectFailure(world.files().linkItem(world.home("a"), world.home("c")), EEXIST);
+    EXPECT_EQ(world.contents(world.home("b")), "second");
+  });
+}
+
+TEST_P(LinkingAnItem, TakesNoFolderAndNothingToAnotherVolume) {
+  inWorld([](FileWorld& world) {
+    world.addFolder(world.home("folder"));
+    world.addFile(world.home("a"));
+    expectFailure(world.files().linkItem(world.home("folder"), world.home("b")), EPERM);
+    expectFailure(world.files().linkItem(world.home("a"), world.volume("b")), EXDEV);
+    expectFailure(world.files().linkItem(world.home("none"), world.home("b")), ENOENT);
+    expectFailure(world.files().linkItem(world.home("a"), world.home("none/b")), ENOENT);
+    expectFailure(world.files().linkItem(world.home("none/a"), world.home("b")), ENOENT);
+    EXPECT_EQ(world.tree(world.home()), (Lines{"a", "folder/"}));
+  });
+}
+
+TEST_P(LinkingAnItem, ChangesNoFolderThatMayNotBeWritten) {
+  inWorld([](FileWorld& world) {
+    world.addFile(world.home("folder/a"));
+    world.setWritable(world.home("folder"), false);
+    expectFailure(world.files().linkItem(world.home("folder/a"), world.home("folder/b")), EACCES);
+    expectFailure(world.files().linkItem(world.readOnly("file"), world.readOnly("b")), EROFS);
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing

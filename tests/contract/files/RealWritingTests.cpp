@@ -62,6 +62,17 @@ TEST(WritingOnDisk, ReadersSeeTheOldContentsOrTheNew) {
   });
 }
 
+TEST(LinkingOnDisk, SaysWhyAFileGotNoSecondName) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/a");
+    expectError(files.linkItem(home + "/a", home + "/a"), EEXIST,
+                "“a” couldn’t be linked to “home” because an item with the same name already exists.");
+    expectError(files.linkItem(home + "/a", home + "/none/b"), ENOENT,
+                "“a” couldn’t be linked to “none” because the folder doesn’t exist.");
+  });
+}
+
 TEST(WritingOnDisk, ReplacesAFifoWithoutWaitingForAReader) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");

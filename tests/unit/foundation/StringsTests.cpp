@@ -25,7 +25,9 @@ TEST(Trimming, KnowsUnicodesBlanks) {
 TEST(Trimming, KeepsWhatIsNoBlank) {
   EXPECT_EQ(trimmingWhitespaceAndNewlines("\0a\0"s), "\0a\0"s);
   EXPECT_EQ(trimmingWhitespaceAndNewlines("\xa0x\x85"), "\xa0x\x85") << "bytes that are no UTF-8";
-  EXPECT_EQ(trimmingWhitespaceAndNewlines("\u200bx\u200d"), "\u200bx\u200d") << "of no width, but no blanks";
+  EXPECT_EQ(trimmingWhitespaceAndNewlines("\u200b \u200bx\u200by\u200b"), "x\u200by") << "of no width, but a blank";
+  EXPECT_EQ(trimmingWhitespaceAndNewlines("\u200cx\u200d\ufeff"), "\u200cx\u200d\ufeff")
+      << "of no width, and no blanks";
   EXPECT_EQ(trimmingWhitespaceAndNewlines(" \xe2\x80"), "\xe2\x80") << "half a character";
 }
 
@@ -96,6 +98,9 @@ INSTANTIATE_TEST_SUITE_P(
                       Encoded{"Windows1253", StringEncoding::WindowsCP1253, "\xc4", "\u0394"},
                       Encoded{"Windows1254", StringEncoding::WindowsCP1254, "\xdd", "\u0130"},
                       Encoded{"MacRoman", StringEncoding::MacOSRoman, "\x8e\xa5", "\u00e9\u2022"},
+                      Encoded{"MacRomanOwnSigns", StringEncoding::MacOSRoman, "\xc6\xf0\xbd\xdb\xff",
+                              "\u2206\uf8ff\u03a9\u20ac\u02c7"},
+                      Encoded{"MacRomanAscii", StringEncoding::MacOSRoman, "a\0\x7f"s, "a\0\x7f"s},
                       Encoded{"NextStep", StringEncoding::NEXTSTEP, "a\xa4\xae\xe8", "a\u2044\ufb01\u0141"},
                       Encoded{"NextStepUnassigned", StringEncoding::NEXTSTEP, "\xfe", std::nullopt},
                       Encoded{"JapaneseEuc", StringEncoding::JapaneseEUC, "\xb4\xc1", "\u6f22"},

@@ -97,6 +97,14 @@ class LogQueue : public LogTest {
     finish(call);
   }
 
+  /// A file, and a volume that takes so many bytes more.
+  void fillTheVolumeBehind(std::uint64_t bytes) {
+    addLogFile();
+    std::uint64_t used = 0;
+    for (const std::string& path : fakes.disk.tree()) used += fakes.disk.fileContents(path).value_or("").size();
+    fakes.disk.setVolumeKind("/", {.capacity = used + bytes});
+  }
+
  private:
   std::future<void> callWhileHeld(const std::function<void()>& append) {
     fakes.calls.hang("fileHandle.writeData");
@@ -124,6 +132,9 @@ class LogFiles : public LogTest {
   std::vector<std::string> names() { return fakes.disk.tree(kLogFolder); }
   static std::string moveOf(int number) {
     return "fileSystem.moveItem(" + logFile(number) + ", " + logFile(number + 1) + ")";
+  }
+  static std::string linkOf(int number) {
+    return "fileSystem.linkItem(" + logFile(number) + ", " + logFile(number + 1) + ")";
   }
   static std::string moveFailure(int number) {
     return "Unable to move file " + logFile(number) + " to " + logFile(number + 1);

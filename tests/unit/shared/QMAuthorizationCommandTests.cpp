@@ -222,6 +222,16 @@ TEST_F(QMAuthorizationTest, MovesTheOtherEntriesAfterAFailure) {
   EXPECT_FALSE(fakes.disk.has("/from/two"));
 }
 
+TEST_F(QMAuthorizationTest, SaysOfEveryEntryThatItHasNoDestination) {
+  fakes.disk.addFile("/from/one");
+  fakes.disk.addFile("/from/two");
+  EXPECT_FALSE(rights().authMoveFolderContents("/from", std::nullopt));
+  EXPECT_THAT(console(),
+              ElementsAre("Error in authMoveFile: new path is null", "Error in authMoveFile: new path is null"));
+  EXPECT_THAT(executions(), IsEmpty());
+  EXPECT_TRUE(rights().authMoveFolderContents("/none", std::nullopt));
+}
+
 TEST_F(QMAuthorizationTest, MovesNothingFromAnEmptyOrUnreadableFolder) {
   fakes.disk.addFolder("/empty");
   EXPECT_TRUE(rights().authMoveFolderContents("/empty", "/to"));

@@ -104,12 +104,23 @@ TEST_F(LogFiles, MoveUpByOneAndLoseTheFifth) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
+/// Some volumes keep one name for a file only.
+TEST_F(LogFiles, MoveUpByOneWithoutASecondNameToo) {
+  addFiles({1, 2});
+  fakes.calls.failNext("fileSystem.linkItem");
+  QMLog::createNewLog();
+  EXPECT_TRUE(fakes.calls.areInOrder({moveOf(2), linkOf(1), moveOf(1), "fileSystem.writeFileAtomically"}));
+  EXPECT_EQ(contents(1), kHeader);
+  EXPECT_EQ(contents(2), "old 1");
+  EXPECT_EQ(contents(3), "old 2");
+}
+
 TEST_F(LogFiles, MoveFromTheOldestOn) {
   addFiles({1, 2, 3, 4, 5});
   QMLog::createNewLog();
   EXPECT_THAT(
       fakes.calls.log(),
-      ElementsAre("fileSystem.removeItem(" + logFile(5) + ")", moveOf(4), moveOf(3), moveOf(2), moveOf(1),
+      ElementsAre("fileSystem.removeItem(" + logFile(5) + ")", moveOf(4), moveOf(3), moveOf(2), linkOf(1),
                   "fileSystem.writeFileAtomically(" + logFile(1) + ", " + kHeader + ")",
                   "fileSystem.openForWriting(" + logFile(1) + ")", "fileHandle.seekToEndOfFile(" + logFile(1) + ")"));
 }
@@ -181,6 +192,7 @@ TEST_P(FailingMove, IsPrintedAndEndsTheRotationWithNothingLost) {
   QMLog::createNewLog();  // a handle is open
   addFiles({1, 2, 3, 4});
   fakes.disk.remove(logFile(5));
+  fakes.calls.failNext("fileSystem.linkItem");
   fakes.calls.failNext(moveOf(GetParam()));
   QMLog::createNewLog();
   EXPECT_THAT(printed(), ElementsAre(moveFailure(GetParam())));
@@ -263,6 +275,7 @@ TEST_F(LogFiles, KeepTheirHeaderWhenItsEndIsNotFound) {
 
 TEST_F(LogFiles, GiveUpTheOldHandleEvenWhenNoNewOneCanBeBegun) {
   QMLog::createNewLog();
+  fakes.calls.failNext(linkOf(1));
   fakes.calls.failNext(moveOf(1));
   QMLog::createNewLog();
   EXPECT_EQ(log().fileHandle(), nullptr);

@@ -4,8 +4,10 @@
 #include <future>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "tests/unit/shared/LogTest.h"
 
@@ -13,7 +15,6 @@ namespace qm::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using ::testing::Values;
@@ -276,15 +277,40 @@ TEST_F(LogQueue, PrintsWhyTheEndOfTheFileCannotBeFoundAndWritesNothingElsewhere)
   EXPECT_EQ(log().bytesInQueue(), std::string("lost").size());
 }
 
-TEST_F(LogQueue, SurvivesAFullVolume) {
-  addLogFile();
-  fakes.disk.setVolumeKind("/", {.capacity = 9});
+TEST_F(LogQueue, LeavesNoPartOfALineOnAFullVolume) {
+  fillTheVolumeBehind(5);
   QMLog::appendLog("x");
   EXPECT_THAT(printed(), ElementsAre(StartsWith("Exception writing to log: ")));
+  EXPECT_EQ(written(), "");
+  EXPECT_EQ(log().bytesInQueue(), 1U);
+  EXPECT_EQ(log().bytesWritten(), 0U);
   fakes.disk.setVolumeKind("/", {});
   QMLog::appendLog("y");
-  EXPECT_THAT(*contents(1), StartsWith("old line\n"));
-  EXPECT_THAT(*contents(1), EndsWith(lineOf("y")));
+  EXPECT_EQ(written(), lineOf("y"));
+}
+
+TEST_F(LogQueue, BeginsALineOfItsOwnBelowAPartThatCannotBeTakenBack) {
+  fillTheVolumeBehind(5);
+  fakes.calls.failNext("fileHandle.removeIncompleteData");
+  QMLog::appendLog("x");
+  QMLog::appendLog("still full");
+  const std::string part = lineOf("x").substr(0, 5);
+  EXPECT_EQ(written(), part);
+  fakes.disk.setVolumeKind("/", {});
+  QMLog::appendLog("y");
+  QMLog::appendLog("z");
+  EXPECT_EQ(written(), part + "\n" + lineOf("y") + lineOf("z"));
+  EXPECT_EQ(log().bytesWritten(), (lineOf("y") + lineOf("z")).size());
+}
+
+TEST_F(LogQueue, BeginsANewFileWithItsHeaderAfterAPartThatCannotBeTakenBack) {
+  fillTheVolumeBehind(5);
+  fakes.calls.failNext("fileHandle.removeIncompleteData");
+  QMLog::appendLog("x");
+  fakes.disk.setVolumeKind("/", {});
+  QMLog::createNewLog();
+  QMLog::appendLog("y");
+  EXPECT_EQ(contents(1), kHeader + lineOf("y"));
 }
 
 // MARK: - Logging switched off
@@ -370,6 +396,31 @@ TEST_F(LogQueue, NeverCountsBelowNothing) {
   log().setBytesInQueue(1);
   release();
   EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+/// Each of four threads has so many messages written.
+void appendOnManyThreads(int messages) {
+  std::vector<std::thread> writers;
+  for (int writer = 0; writer < 4; ++writer) {
+    writers.emplace_back([messages] {
+      for (int number = 0; number < messages; ++number) QMLog::fastAppendLog("message");
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  QMLog::finishWriting();
+}
+
+TEST_F(LogQueue, CountsNothingAnyMoreWhenManyThreadsMessagesAreWritten) {
+  addLogFile("");
+  appendOnManyThreads(5'000);
+  EXPECT_EQ(log().bytesInQueue(), 0U);
+}
+
+TEST_F(LogQueue, KeepsOnlyALineThatCannotBeWrittenCountedWhenManyThreadsMessagesAreWritten) {
+  addLogFile("");
+  fakes.calls.failNth("fileHandle.writeData", 1'000);
+  appendOnManyThreads(1'000);
+  EXPECT_EQ(log().bytesInQueue(), std::string("message").size());
 }
 
 TEST_F(LogQueue, ReturnsAtOnceFromFastAppendLog) {

@@ -1,3 +1,6 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -103,6 +106,73 @@ TEST_F(LogOnDisk, IsNotWrittenThroughALink) {
   EXPECT_TRUE(fs::is_symlink(file(2)));
   EXPECT_EQ(read(file(1)), kHeader);
   EXPECT_EQ(read(home("victim")), "precious\n");
+}
+
+/// A disk on which the process ends at one of the changes: right before it or right after.
+class LastChange : public posix::PosixFileSystem {
+ public:
+  explicit LastChange(int moment) : moment_(moment) {}
+
+  platform::Status moveItem(const std::string& source, const std::string& destination) override {
+    return during([&] { return PosixFileSystem::moveItem(source, destination); });
+  }
+  platform::Status linkItem(const std::string& source, const std::string& destination) override {
+    return during([&] { return PosixFileSystem::linkItem(source, destination); });
+  }
+  platform::Status removeItem(const std::string& path) override {
+    return during([&] { return PosixFileSystem::removeItem(path); });
+  }
+  platform::Status writeFileAtomically(const std::string& path, std::string_view contents) override {
+    return during([&] { return PosixFileSystem::writeFileAtomically(path, contents); });
+  }
+
+ private:
+  template <class Change>
+  platform::Status during(const Change& change) {
+    endIfDue();
+    const platform::Status done = change();
+    endIfDue();
+    return done;
+  }
+  void endIfDue() {
+    if (moment_-- == 0) ::_exit(EXIT_FAILURE);
+  }
+
+  int moment_;
+};
+
+/// Begins a new log in a process that ends at a moment; answers whether it got to the end before.
+bool newLogUpTo(int moment, platform::Platform& services) {
+  const pid_t process = ::fork();
+  if (process == 0) {
+    LastChange files(moment);
+    services.fileSystem = &files;
+    QMLog::createNewLog();
+    ::_exit(EXIT_SUCCESS);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(process, &status, 0), process);
+  return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+}
+
+TEST_F(LogOnDisk, GoesOnInAFileAtWhicheverMomentANewOneWasInterrupted) {
+  bool wasComplete = false;
+  int moment = 0;
+  for (; !wasComplete; ++moment) {
+    SCOPED_TRACE("moment " + std::to_string(moment));
+    fs::remove_all(folder());
+    for (int number = 1; number <= 5; ++number) write(file(number), "old " + std::to_string(number) + "\n");
+    wasComplete = newLogUpTo(moment, fakes.platform);
+    const std::string current = read(file(1));
+    EXPECT_TRUE(current == "old 1\n" || current == kHeader) << current;
+    EXPECT_TRUE(current != kHeader || read(file(2)) == "old 1\n");
+    QMLog::appendLog("next");
+    EXPECT_EQ(read(file(1)), current + lineOf("next"));
+    log().setFileHandle(nullptr);
+  }
+  const int changes = 6;  // the fifth is removed, three are moved, one gets a second name, the header is written
+  EXPECT_EQ(moment, 2 * changes + 1);
+  EXPECT_THAT(printed(), IsEmpty());
 }
 
 TEST_F(LogOnDisk, SaysWhyItCannotBeWritten) {

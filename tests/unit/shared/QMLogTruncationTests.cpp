@@ -82,6 +82,7 @@ TEST_F(Truncation, KeepsTheNameOfTheLog) {
 TEST_F(Truncation, GoesOnInTheOldFileWhenItCannotBeMoved) {
   addLogFile();
   log().setBytesWritten(499'999);
+  fakes.calls.failNext("fileSystem.linkItem");
   fakes.calls.failNext("fileSystem.moveItem");
   QMLog::appendLog("last");
   EXPECT_EQ(contents(1), "old line\n" + lineOf("last") + lineOf("Log truncated at 500KB"));

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -20,9 +22,79 @@ using ::testing::IsEmpty;
 
 const std::string kDate = "2024-02-29 23:05:07 +0000 - ";
 
+/// A context that does something as it ends.
+std::shared_ptr<void> endingWith(std::function<void()> action) {
+  static int contents = 0;
+  return {&contents, [action = std::move(action)](void*) { action(); }};
+}
+
+/// A delegate that holds such a context, and so does it as it ends.
+std::shared_ptr<AsyncDelegate> delegateEndingWith(std::function<void()> action) {
+  return std::make_shared<AsyncDelegate>([held = endingWith(std::move(action))](const std::string&, QMTask&) {});
+}
+
 // MARK: - The end of the output
 
-class AsyncTaskEnd : public AsyncTaskTest {};
+class AsyncTaskEnd : public AsyncTaskTest {
+ protected:
+  /// Keeps what the world looks like at a moment of the ending.
+  void look(const std::string& moment) {
+    const auto done = [&](const char* call) { return fakes.calls.count(call) > 0; };
+    seen.push_back(moment + (done("tasks.closeReader") ? ", closed" : ", open") +
+                   (done("tasks.terminate") ? ", asked to end" : "") +
+                   (runner->theTask() ? ", in the slot" : ", out of the slot"));
+  }
+  /// Starts a run that keeps how it ends, and gives it the only references to its delegate and its context.
+  void startObserved() {
+    fakes.calls.before("tasks.terminate", 1, [this] { look("tool"); });
+    start(delegateEndingWith([this] { look("delegate"); }), "nobody:", endingWith([this] { look("context"); }));
+  }
+  void expectTheOrder() {
+    look("afterwards");
+    EXPECT_THAT(seen, ElementsAre("delegate, closed, in the slot", "context, closed, in the slot",
+                                  "tool, closed, asked to end, in the slot",
+                                  "afterwards, closed, asked to end, out of the slot"));
+  }
+
+  std::vector<std::string> seen;
+};
+
+TEST_F(AsyncTaskEnd, GoesInItsOrderAfterTheLastPiece) {
+  scriptOutput({"one"});
+  fakes.threads.keepBodies();  // nothing holds the delegate any more when the run goes on
+  startObserved();
+  ASSERT_EQ(fakes.threads.runKept(), 1U);
+  expectTheOrder();
+}
+
+TEST_F(AsyncTaskEnd, GoesInItsOrderWhenTheOwnerEndsTheRun) {
+  scriptEndlessTool();
+  startObserved();
+  runner->terminateAsyncTask();
+  expectTheOrder();
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+}
+
+TEST_F(AsyncTaskEnd, IsNotBegunAgainByADelegateThatEndsTheRunAsItEnds) {
+  scriptEndlessTool({"one"});
+  start(delegateEndingWith([this] { runner->terminateAsyncTask(); }));
+  runner->terminateAsyncTask();
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_EQ(fakes.calls.count("tasks.terminate"), 1U);
+  EXPECT_EQ(fakes.calls.count("tasks.closeReader"), 1U);
+  EXPECT_EQ(runner->theTask(), nullptr);
+}
+
+TEST_F(AsyncTaskEnd, IsToldByABufferOfItsOwn) {
+  const std::string* received = nullptr;
+  delegate = std::make_shared<AsyncDelegate>([&](const std::string& data, QMTask&) { received = &data; });
+  fakes.threads.keepBodies();
+  start();
+  const auto notification = AsyncTaskNotification::withData("");
+  runner->asyncTaskReturnData(notification);
+  EXPECT_THAT(delegate->pieces(), ElementsAre(""));
+  EXPECT_NE(received, &notification.data());
+}
 
 TEST_F(AsyncTaskEnd, LetsGoOfEverythingAndAsksTheToolToEnd) {
   scriptOutput({"one"});
@@ -283,7 +355,7 @@ TEST_F(AsyncTaskEndedEarly, EndsAToolThatIsJustBeingLaunched) {
   start();
   ASSERT_TRUE(fakes.calls.waitUntilHanging("tasks.launch"));
   auto ending = std::async(std::launch::async, [&] { runner->terminateAsyncTask(); });
-  while (runner->theTask()) std::this_thread::yield();
+  while (fakes.calls.count("tasks.closeReader") == 0) std::this_thread::yield();
   EXPECT_EQ(fakes.calls.count("tasks.terminate"), 0U);
   fakes.calls.release("tasks.launch");
   ending.wait();
@@ -346,6 +418,57 @@ TEST_F(AsyncTaskReplaced, LeavesTheOtherAloneWhenItWasEndedBefore) {
   ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
   EXPECT_THAT(second->pieces(), ElementsAre("one", ""));
   EXPECT_THAT(delegate->pieces(), ElementsAre("one"));
+}
+
+TEST_F(AsyncTaskReplaced, LetsGoOfItsDelegateAndContextBeforeTheOtherIsMade) {
+  fakes.threads.keepBodies();
+  std::vector<std::string> ended;
+  const auto note = [&](const char* what) {
+    const bool isInTheSlot = runner->theTask() == fakes.tasks.last() && fakes.tasks.all().size() == 1;
+    ended.push_back(std::string(what) + (isInTheSlot ? " before" : " after"));
+  };
+  start(delegateEndingWith([&] { note("delegate"); }), kSelector, endingWith([&] { note("context"); }));
+  start(second);
+  EXPECT_THAT(ended, ElementsAre("delegate before", "context before"));
+}
+
+TEST_F(AsyncTaskReplaced, EndsOnlyItselfWhenItsDelegateEndsTheRunAsItEnds) {
+  scriptEndlessTool({"one"});
+  start(delegateEndingWith([this] { runner->terminateAsyncTask(); }));
+  start(second);
+  ASSERT_TRUE(second->waitForCalls(1));
+  EXPECT_TRUE(fakes.tasks.all().front()->wasTerminated() || !fakes.tasks.all().front()->wasLaunched());
+  EXPECT_FALSE(task().wasTerminated());
+  EXPECT_EQ(runner->theTask(), fakes.tasks.last());
+  task().exit(0);
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_THAT(second->pieces(), ElementsAre("one", ""));
+}
+
+/// The call keeps the delegate beyond the moment at which the other run begins.
+TEST_F(AsyncTaskReplaced, EndsOnlyItselfWhenItsDelegateIsLetGoOfByALateCall) {
+  scriptEndlessTool({"one"});
+  std::promise<void> called;
+  std::promise<void> replaced;
+  std::atomic<bool> ended = false;
+  auto held = endingWith([&] {
+    runner->terminateAsyncTask();
+    ended = true;
+  });
+  start(std::make_shared<AsyncDelegate>([&, held = std::move(held)](const std::string&, QMTask&) {
+    called.set_value();
+    replaced.get_future().wait();
+  }));
+  called.get_future().wait();
+  start(second);
+  ASSERT_TRUE(second->waitForCalls(1));
+  replaced.set_value();
+  fakes.tasks.all().front()->exit(0);
+  while (!ended) std::this_thread::yield();
+  EXPECT_FALSE(task().wasTerminated());
+  task().exit(0);
+  ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
+  EXPECT_THAT(second->pieces(), ElementsAre("one", ""));
 }
 
 // MARK: - All at once
