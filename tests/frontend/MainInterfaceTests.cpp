@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -24,7 +26,11 @@ struct Owner : platform::InterfaceOwner {
     outlets_ = outlets;
   }
   void awakeFromNib() override { sent_.emplace_back("awakeFromNib"); }
-  void uninstall(const platform::ActionSender* /*sender*/) override { sent_.emplace_back("uninstall"); }
+  void uninstall(const platform::ActionSender* /*sender*/) override {
+    sent_.emplace_back("uninstall");
+    outlets_.windowProgress->makeKeyAndOrderFront();
+    outlets_.windowMain->orderOut();
+  }
   void cancel(const platform::ActionSender* /*sender*/) override { sent_.emplace_back("cancel"); }
 
  private:
@@ -56,6 +62,22 @@ class MainInterface : public QtFixture {
     return *found;
   }
   static void press(int key) { QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key)); }
+  static void post(QObject& receiver, QEvent* event) { QCoreApplication::postEvent(&receiver, event); }
+  static void postKey(QObject& receiver, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    post(receiver, new QKeyEvent(QEvent::KeyPress, key, modifiers));
+    post(receiver, new QKeyEvent(QEvent::KeyRelease, key, modifiers));
+  }
+  static void postMouse(QWidget& receiver, QEvent::Type type) {
+    const auto place = receiver.rect().center();
+    post(receiver,
+         new QMouseEvent(type, place, receiver.mapToGlobal(place), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier));
+  }
+  static void postClick(QWidget& receiver, QEvent::Type press = QEvent::MouseButtonPress) {
+    postMouse(receiver, press);
+    postMouse(receiver, QEvent::MouseButtonRelease);
+  }
+  static void handleWhatIsQueued() { QCoreApplication::processEvents(); }
+  static QPushButton& uninstallButton() { return control<QPushButton>("windowMain", "uninstallButton"); }
   static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
 
   std::vector<std::string> sent;
@@ -98,10 +120,14 @@ TEST_F(MainInterface, PromisesNothingByTheOtherBox) {
             "The Quillmark folder in Applications is removed if nothing is left in it");
 }
 
-TEST_F(MainInterface, SendsTheActionsOfItsButtons) {
-  control<QPushButton>("windowMain", "uninstallButton").click();
-  control<QPushButton>("windowMain", "cancelButton").click();
-  EXPECT_THAT(sent, ElementsAre("uninstall", "cancel"));
+TEST_F(MainInterface, UninstallsOnAClick) {
+  QTest::mouseClick(&uninstallButton(), Qt::LeftButton);
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, CancelsOnAClick) {
+  QTest::mouseClick(&control<QPushButton>("windowMain", "cancelButton"), Qt::LeftButton);
+  EXPECT_THAT(sent, ElementsAre("cancel"));
 }
 
 TEST_F(MainInterface, UninstallsOnReturnFromTheStart) {
@@ -113,8 +139,13 @@ TEST_F(MainInterface, UninstallsOnReturnFromTheStart) {
 TEST_F(MainInterface, UninstallsOnReturnInACheckBox) {
   control<QCheckBox>("windowMain", "removeConfigCheck").setFocus();
   press(Qt::Key_Return);
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, UninstallsOnEnterInACheckBox) {
+  control<QCheckBox>("windowMain", "removeConfigCheck").setFocus();
   press(Qt::Key_Enter);
-  EXPECT_THAT(sent, ElementsAre("uninstall", "uninstall"));
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
 }
 
 TEST_F(MainInterface, PressesTheCancelButtonOnReturnWhenItHasTheFocus) {
@@ -128,12 +159,81 @@ TEST_F(MainInterface, PressesTheCancelButtonOnReturnWhenItHasTheFocus) {
   EXPECT_THAT(sent, ElementsAre("cancel"));
 }
 
-TEST_F(MainInterface, CancelsOnEscapeFromEveryControl) {
-  for (const auto* const name : {"removeConfigCheck", "cancelButton", "uninstallButton"}) {
-    control<QWidget>("windowMain", name).setFocus();
-    press(Qt::Key_Escape);
-  }
-  EXPECT_THAT(sent, ElementsAre("cancel", "cancel", "cancel"));
+class MainInterfaceControl : public MainInterface, public ::testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Every, MainInterfaceControl,
+                         ::testing::Values("removeConfigCheck", "cancelButton", "uninstallButton"));
+
+TEST_P(MainInterfaceControl, CancelsOnEscape) {
+  control<QWidget>("windowMain", GetParam()).setFocus();
+  press(Qt::Key_Escape);
+  EXPECT_THAT(sent, ElementsAre("cancel"));
+}
+
+TEST_F(MainInterface, UninstallsOnceOnADoubleClick) {
+  postClick(uninstallButton());
+  postClick(uninstallButton(), QEvent::MouseButtonDblClick);
+  handleWhatIsQueued();
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, UninstallsOnceWhenReturnIsPressedTwice) {
+  postKey(uninstallButton(), Qt::Key_Return);
+  postKey(uninstallButton(), Qt::Key_Return);
+  handleWhatIsQueued();
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, DoesNotCancelWhatItHasStarted) {
+  postKey(uninstallButton(), Qt::Key_Return);
+  postKey(uninstallButton(), Qt::Key_Escape);
+  postClick(control<QPushButton>("windowMain", "cancelButton"));
+  post(window("windowMain"), new QCloseEvent);
+  handleWhatIsQueued();
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, StartsNothingOnceItIsCancelled) {
+  postKey(uninstallButton(), Qt::Key_Escape);
+  postKey(uninstallButton(), Qt::Key_Return);
+  post(window("windowMain"), new QCloseEvent);
+  handleWhatIsQueued();
+  EXPECT_THAT(sent, ElementsAre("cancel"));
+}
+
+TEST_F(MainInterface, KeepsTheChoiceThatItWasStartedWith) {
+  postKey(uninstallButton(), Qt::Key_Return);
+  postClick(control<QCheckBox>("windowMain", "removeConfigCheck"));
+  handleWhatIsQueued();
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+}
+
+TEST_F(MainInterface, TakesNoActionWhileItIsHidden) {
+  outlets.windowMain->orderOut();
+  uninstallButton().click();
+  window("windowMain").close();
+  EXPECT_THAT(sent, ElementsAre());
+}
+
+TEST_F(MainInterface, IsNotStartedTwiceEvenWhenItIsShownAgain) {
+  press(Qt::Key_Return);
+  outlets.windowMain->makeKeyAndOrderFront();
+  uninstallButton().click();
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, TakesTheLetterOfABoxBeforeTheKeyThatFollows) {
+  QTest::keyClick(&uninstallButton(), Qt::Key_P, Qt::AltModifier);
+  press(Qt::Key_Return);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOnState);
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterface, IsNotPressedByAButtonThatWasHeldBefore) {
+  postMouse(uninstallButton(), QEvent::MouseButtonRelease);
+  postMouse(control<QCheckBox>("windowMain", "removeConfigCheck"), QEvent::MouseButtonRelease);
+  handleWhatIsQueued();
+  EXPECT_THAT(sent, ElementsAre());
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
 }
 
 TEST_F(MainInterface, CancelsWhenTheMainWindowIsClosed) {

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <QAbstractEventDispatcher>
 #include <QEventLoop>
 #include <QTimer>
 #include <atomic>
@@ -169,6 +170,23 @@ TEST_F(QtDescriptorWait, MayBeCalledFromTheEventsThatItServes) {
   });
   wait.waitUntilReadable(readingEnd());
   EXPECT_TRUE(inner);
+  ::close(other[0]);
+  ::close(other[1]);
+}
+
+TEST_F(QtDescriptorWait, SleepsInAnInnerWaitAfterTheOuterOneIsOver) {
+  int other[2];
+  ASSERT_EQ(::pipe(other), 0);
+  int wakings = 0;
+  mainThread->perform([&] {
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, [&] { ++wakings; });
+    write();  // what the outer wait waits for
+    QTimer::singleShot(200ms, [&] { EXPECT_EQ(::write(other[1], "y", 1), 1); });
+    wait.waitUntilReadable(other[0]);
+  });
+  wait.waitUntilReadable(readingEnd());
+  EXPECT_GE(wakings, 1);
+  EXPECT_LE(wakings, 10);
   ::close(other[0]);
   ::close(other[1]);
 }

@@ -77,6 +77,21 @@ class DialogKeys final : public QObject {
   QPushButton& cancelButton_;
 };
 
+/// A button's letter presses it at once. Qt lets a moment pass, in which the keys that were typed after it would
+/// overtake it.
+class PromptLetters final : public QObject {
+ public:
+  explicit PromptLetters(QWidget& window) : QObject(&window) {
+    for (auto* const button : window.findChildren<QAbstractButton*>()) button->installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* button, QEvent* event) override {
+    if (event->type() != QEvent::Shortcut) return false;
+    static_cast<QAbstractButton*>(button)->click();
+    return true;
+  }
+};
+
 /// Takes a child of the canvas out of it, as a window of its own that is not yet shown.
 std::unique_ptr<QWidget> liftOut(QWidget* widget, Qt::WindowFlags flags) {
   widget->setParent(nullptr, flags);
@@ -112,12 +127,22 @@ void MainInterface::makeOutlets() {
 }
 
 void MainInterface::connectActions() {
-  // The controls give no sender of their own: nobody asks an action who sent it.
-  QObject::connect(file_->uninstallButton, &QPushButton::clicked, [this] { owner_->uninstall(nullptr); });
-  QObject::connect(file_->cancelButton, &QPushButton::clicked, [this] { owner_->cancel(nullptr); });
+  sendOnClick(*file_->uninstallButton, &platform::InterfaceOwner::uninstall);
+  sendOnClick(*file_->cancelButton, &platform::InterfaceOwner::cancel);
+  new PromptLetters(*mainWidget_);
   new DialogKeys(*mainWidget_, *file_->uninstallButton, *file_->cancelButton);
   new CloseRequests(*mainWidget_, file_->cancelButton);
   new CloseRequests(*progressWidget_, nullptr);
+}
+
+void MainInterface::sendOnClick(const QAbstractButton& button, Action action) {
+  QObject::connect(&button, &QAbstractButton::clicked, [this, action] {
+    if (!takesActions_ || !mainWidget_->isVisible()) return;
+    takesActions_ = false;
+    mainWidget_->setEnabled(false);
+    // The controls give no sender of their own: nobody asks an action who sent it.
+    (*owner_.*action)(nullptr);
+  });
 }
 
 void MainInterface::destroyWindows() {

@@ -31,8 +31,12 @@ void QtDescriptorWait::waitUntilReadable(int descriptor) {
     return;
   }
   QEventLoop loop;
-  const QSocketNotifier notifier(descriptor, QSocketNotifier::Read);
-  QObject::connect(&notifier, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
+  QSocketNotifier notifier(descriptor, QSocketNotifier::Read);
+  QObject::connect(&notifier, &QSocketNotifier::activated, &loop, [&] {
+    // The descriptor stays readable: a wait inside this one would be woken by it again and again.
+    notifier.setEnabled(false);
+    loop.quit();
+  });
   loop.exec();
 }
 
