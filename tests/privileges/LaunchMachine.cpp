@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
 namespace {
@@ -39,6 +40,7 @@ void note(Outcome& outcome, const linux_::Message& message) {
 }  // namespace
 
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments) {
+  needRootsOwnSystem();
   Outcome outcome;
   int ends[2] = {-1, -1};
   EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0);

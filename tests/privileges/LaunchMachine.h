@@ -23,7 +23,7 @@ struct Outcome {
   bool succeeded() const { return started() && waitStatus == 0 && note.empty(); }
 };
 
-/// Runs a tool as the helper does for `kPerson`, to its end.
+/// Runs a tool as the helper does for `kPerson`, to its end. Trusts the system's files, so they must be root's own.
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments);
 
 /// Folders and files of root's, or of somebody's. Folders on the way must exist.
