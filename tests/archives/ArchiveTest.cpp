@@ -117,6 +117,17 @@ std::map<std::string, std::string> snapshot(const std::string& folder) {
   return found;
 }
 
+std::error_code removeTree(const std::string& folder) {
+  std::error_code error;
+  for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    if (entry->symlink_status().type() != fs::file_type::directory) continue;
+    fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add);
+  }
+  error.clear();
+  fs::remove_all(folder, error);
+  return error;
+}
+
 ArchiveTest::ArchiveTest() {
   ::umask(022);
   std::string pattern = (fs::temp_directory_path() / "archive.XXXXXX").string();
@@ -127,8 +138,7 @@ ArchiveTest::ArchiveTest() {
 }
 
 ArchiveTest::~ArchiveTest() {
-  std::error_code error;
-  fs::remove_all(folder_, error);
+  const std::error_code error = removeTree(folder_);
   EXPECT_FALSE(error) << error.message();
 }
 

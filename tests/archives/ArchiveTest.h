@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Platform/Status.h"
@@ -36,6 +37,8 @@ void writeFile(const std::string& path, const std::string& contents);
 std::string contentsOf(const std::string& path);
 struct stat attributesOf(const std::string& path);
 bool isThere(const std::string& path);
+/// Also what its owner may not look into.
+std::error_code removeTree(const std::string& folder);
 void setModified(const std::string& path, time_t seconds);
 
 /// All below a folder: what each item is, its permissions, its contents or target, and the time of files.

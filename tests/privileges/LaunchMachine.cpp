@@ -55,6 +55,7 @@ void note(Outcome& outcome, const linux_::Message& message) {
 linux_::UserRecord person() { return {kPerson, kPerson, "sam", machineFolder() + "/home"}; }
 
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments) {
+  needRootsOwnSystem();
   return launch(linux_::AnyToolPolicy(), tool, arguments);
 }
 

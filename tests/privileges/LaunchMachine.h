@@ -28,7 +28,8 @@ struct Outcome {
 /// `kPerson`, whose home is the folder "home" of the machine.
 linux_::UserRecord person();
 
-/// Runs a tool as the helper for any tool does for `kPerson`, to its end.
+/// Runs a tool as the helper for any tool does for `kPerson`, to its end. Trusts the system's files, so they
+/// must be root's own.
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments);
 /// The same as a helper with another policy does.
 Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments);

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,21 +32,41 @@ using posix::UniqueFd;
 
 std::string systemText(const std::string& what) { return what + ": " + std::strerror(errno); }
 
-/// Sends what fails in a child to the process that runs the test: file, line and message, each
-/// ended by a NUL byte.
+/// How a child ends whose test cannot be tried here. Why has been told already.
+constexpr int kSkipped = 77;
+
+/// Ends the running test, or the part of it that a child runs, as one that cannot be tried here.
+[[noreturn]] void leaveSkippedTest() {
+  throw ::testing::AssertionException({::testing::TestPartResult::kSkip, __FILE__, __LINE__, ""});
+}
+
+[[noreturn]] void skipTest(const char* file, int line, const std::string& why) {
+  GTEST_MESSAGE_AT_(file, line, why.c_str(), ::testing::TestPartResult::kSkip);
+  leaveSkippedTest();
+}
+
+[[noreturn]] void skipWithoutMachine(const std::string& why) {
+  skipTest(__FILE__, __LINE__, "No private machine can be made here: " + why);
+}
+
+/// Sends what fails in a child, and why it is skipped, to the process that runs the test: the kind, file, line and
+/// message, each ended by a NUL byte.
 class FailureSender : public ::testing::EmptyTestEventListener {
  public:
   explicit FailureSender(UniqueFd pipe) : pipe_(std::move(pipe)) {}
 
   void OnTestPartResult(const ::testing::TestPartResult& result) override {
-    if (!result.failed()) return;
-    failed_ = true;
-    std::string record = result.file_name() != nullptr ? result.file_name() : "unknown file";
+    if (!result.failed() && !result.skipped()) return;
+    status_ = result.failed() ? 1 : kSkipped;
+    std::string record = result.failed() ? "failed" : "skipped";
+    record += '\0';
+    record += result.file_name() != nullptr ? result.file_name() : "unknown file";
     record += '\0' + std::to_string(result.line_number()) + '\0' + result.message() + '\0';
     send(record);
   }
 
-  bool failed() const { return failed_; }
+  /// How this process ends.
+  int status() const { return status_; }
 
  private:
   void send(std::string_view record) {
@@ -56,7 +78,7 @@ class FailureSender : public ::testing::EmptyTestEventListener {
   }
 
   UniqueFd pipe_;
-  bool failed_ = false;
+  int status_ = 0;
 };
 
 /// Null in the process that runs the test. A child of a child writes to the same pipe.
@@ -73,6 +95,7 @@ void becomeSender(UniqueFd pipe) {
 void runBody(const std::function<void()>& body) {
   try {
     body();
+  } catch (const ::testing::AssertionException&) {  // told already
   } catch (const std::exception& exception) {
     ADD_FAILURE() << "the child's body threw: " << exception.what();
   }
@@ -82,7 +105,7 @@ void runBody(const std::function<void()>& body) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (sender == nullptr) becomeSender(std::move(pipe));
   runBody(body);
-  std::exit(sender->failed() ? 1 : 0);
+  std::exit(sender->status());
 }
 
 std::string readToEnd(int fd) {
@@ -104,10 +127,14 @@ std::vector<std::string> splitAtNuls(const std::string& text) {
   return parts;
 }
 
-void repeatFailures(const std::string& records) {
+/// The test that is skipped ends here.
+void repeatResults(const std::string& records) {
   const auto parts = splitAtNuls(records);
-  for (std::size_t i = 0; i + 2 < parts.size(); i += 3) {
-    ADD_FAILURE_AT(parts[i].c_str(), std::stoi(parts[i + 1])) << parts[i + 2];
+  for (std::size_t i = 0; i + 3 < parts.size(); i += 4) {
+    const char* file = parts[i + 1].c_str();
+    const int line = std::stoi(parts[i + 2]);
+    if (parts[i] == "skipped") skipTest(file, line, parts[i + 3]);
+    ADD_FAILURE_AT(file, line) << parts[i + 3];
   }
 }
 
@@ -121,6 +148,7 @@ int waitFor(pid_t child) {
 /// An end that the child's own failures do not explain is a failure as well.
 bool judge(int status, bool reported) {
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return !reported;
+  if (sender != nullptr && WIFEXITED(status) && WEXITSTATUS(status) == kSkipped) leaveSkippedTest();
   const bool explained = WIFEXITED(status) && WEXITSTATUS(status) == 1;
   if (WIFSIGNALED(status)) {
     ADD_FAILURE() << "the child was ended by signal " << WTERMSIG(status);
@@ -160,7 +188,7 @@ bool runChild(const std::function<void()>& body, const std::function<void(pid_t)
   if (beforeWaiting) beforeWaiting(child);
   const std::string records = readToEnd(reading.get());
   const int status = waitFor(child);
-  repeatFailures(records);
+  repeatResults(records);
   return judge(status, !records.empty());
 }
 
@@ -193,13 +221,13 @@ class MountPoint {
 };
 
 void enterMachine(const std::string& folder) {
-  ASSERT_EQ(::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), 0) << systemText("making mounts private");
+  if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) skipWithoutMachine(systemText("mount"));
   mountTmpfs(folder, "mode=0755");
   scratchFolder() = folder;
   ASSERT_EQ(::chdir("/"), 0);
 }
 
-/// The child's side of a machine for somebody who is not root: its ids are mapped by its parent,
+/// The child's side of a machine for somebody who may not mount: its ids are mapped by its parent,
 /// which may use the helpers for that, as soon as the namespace is there.
 class NamespaceForUser {
  public:
@@ -207,13 +235,14 @@ class NamespaceForUser {
 
   void enter() {
     ASSERT_TRUE(usable_) << systemText("pipe");
-    ASSERT_EQ(::unshare(CLONE_NEWUSER | CLONE_NEWNS), 0) << systemText("unshare as an ordinary user");
+    if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) skipWithoutMachine(systemText("unshare"));
     ASSERT_EQ(::write(madeWriting_.get(), "m", 1), 1);
     char answer = 0;
     ASSERT_EQ(::read(mappedReading_.get(), &answer, 1), 1);
-    ASSERT_EQ(answer, 'y') << "no ids could be mapped into the user namespace";
+    if (answer != 'y') skipWithoutMachine("there are no ids for other users (newuidmap, /etc/subuid and /etc/subgid)");
     ASSERT_EQ(::setresgid(0, 0, 0), 0) << systemText("setresgid");
     ASSERT_EQ(::setresuid(0, 0, 0), 0) << systemText("setresuid");
+    for (UniqueFd* end : {&madeReading_, &madeWriting_, &mappedReading_, &mappedWriting_}) end->reset();
   }
 
   void mapIdsOf(pid_t child) {
@@ -221,7 +250,7 @@ class NamespaceForUser {
     mappedReading_.reset();
     char made = 0;
     if (::read(madeReading_.get(), &made, 1) != 1) return;
-    const char answer = mapSubordinateIds(child) ? 'y' : 'n';
+    const char answer = mapIds(child) ? 'y' : 'n';
     EXPECT_EQ(::write(mappedWriting_.get(), &answer, 1), 1);
   }
 
@@ -233,17 +262,25 @@ class NamespaceForUser {
   bool usable_;
 };
 
+/// Root in a container may have fewer rights than root usually has.
+bool mayMount() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct data[_LINUX_CAPABILITY_U32S_3]{};
+  if (::syscall(SYS_capget, &header, data) != 0) return false;
+  return (data[CAP_TO_INDEX(CAP_SYS_ADMIN)].effective & CAP_TO_MASK(CAP_SYS_ADMIN)) != 0;
+}
+
 bool runAsRoot(const std::string& folder, const std::function<void()>& body) {
   return runChild(
       [&] {
-        ASSERT_EQ(::unshare(CLONE_NEWNS), 0) << systemText("unshare");
+        if (::unshare(CLONE_NEWNS) != 0) skipWithoutMachine(systemText("unshare"));
         ASSERT_NO_FATAL_FAILURE(enterMachine(folder));
         body();
       },
       nullptr);
 }
 
-bool runAsDeveloper(const std::string& folder, const std::function<void()>& body) {
+bool runInUserNamespace(const std::string& folder, const std::function<void()>& body) {
   NamespaceForUser space;
   return runChild(
       [&] {
@@ -254,11 +291,8 @@ bool runAsDeveloper(const std::string& folder, const std::function<void()>& body
       [&](pid_t child) { space.mapIdsOf(child); });
 }
 
-constexpr const char* kLoanNeeded =
-    " (whoever is not root needs ids on loan for other users: newuidmap, /etc/subuid and /etc/subgid)";
-
 void dropRights(uid_t user, gid_t group) {
-  ASSERT_EQ(::setgroups(0, nullptr), 0) << systemText("setgroups") << kLoanNeeded;
+  ASSERT_EQ(::setgroups(0, nullptr), 0) << systemText("setgroups");
   ASSERT_EQ(::setresgid(group, group, group), 0) << systemText("setresgid");
   ASSERT_EQ(::setresuid(user, user, user), 0) << systemText("setresuid");
   // As in a program that this user started: its own entries in /proc are readable to it.
@@ -274,7 +308,12 @@ bool runInPrivateMachine(const std::function<void()>& body) {
     ADD_FAILURE() << systemText("mkdtemp");
     return false;
   }
-  return ::geteuid() == 0 ? runAsRoot(point.path(), body) : runAsDeveloper(point.path(), body);
+  return mayMount() ? runAsRoot(point.path(), body) : runInUserNamespace(point.path(), body);
+}
+
+void needRootsOwnSystem() {
+  struct stat root {};
+  if (::stat("/usr/bin", &root) != 0 || root.st_uid != 0) skipWithoutMachine("the system's files are another root's");
 }
 
 const std::string& machineFolder() { return scratchFolder(); }

@@ -7,13 +7,18 @@
 
 /// Tests that mount, change rights or act as other users run in a process of their own, on a machine
 /// that only it sees. Expectations that fail in there are reported as failures of the running test,
-/// at the line that made them; an assertion ends the body that it stands in. As root the machine is
-/// a mount namespace; an ordinary developer gets a user namespace as well.
+/// at the line that made them; an assertion ends the body that it stands in. Where mounting is allowed the machine is
+/// a mount namespace; elsewhere it gets a user namespace as well. Where that is not allowed either, the running test
+/// ends as skipped.
 namespace qm::testing {
 
 /// Runs `body` in a forked child: root in its own mount namespace, with a fresh tmpfs on
 /// `machineFolder()`. Mounts made in there end with it. Answers whether nothing failed.
 bool runInPrivateMachine(const std::function<void()>& body);
+
+/// Inside a private machine: ends the running test as skipped if its root is not the one to whom the system's files
+/// belong. That takes root's rights, not a user namespace with ids on loan.
+void needRootsOwnSystem();
 
 /// The scratch folder of the private machine, absolute, without links on its way. Anybody may pass
 /// through it, only root may write in it.

@@ -67,20 +67,28 @@ bool writeFile(const std::string& path, const std::string& text) {
   return file && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
 }
 
-bool mapRootOnly(pid_t child) {
+/// Everybody whom this process knows keeps his number.
+std::string ownIds(const char* file) {
+  std::string lines;
+  std::ifstream map(file);
+  for (std::string first, outside, count; map >> first >> outside >> count;) {
+    lines.append(first).append(" ").append(first).append(" ").append(count).append("\n");
+  }
+  return lines;
+}
+
+bool mapOwnIds(pid_t child) {
   const std::string folder = "/proc/" + std::to_string(child);
-  return writeFile(folder + "/setgroups", "deny") &&
-         writeFile(folder + "/uid_map", "0 " + std::to_string(::geteuid()) + " 1") &&
-         writeFile(folder + "/gid_map", "0 " + std::to_string(::getegid()) + " 1");
+  return writeFile(folder + "/uid_map", ownIds("/proc/self/uid_map")) &&
+         writeFile(folder + "/gid_map", ownIds("/proc/self/gid_map"));
 }
 
 }  // namespace
 
-bool mapSubordinateIds(pid_t child) {
-  if (mapWithLoan(child, "newuidmap", "/etc/subuid", ::geteuid())) {
-    return mapWithLoan(child, "newgidmap", "/etc/subgid", ::getegid());
-  }
-  return mapRootOnly(child);
+bool mapIds(pid_t child) {
+  if (::geteuid() == 0) return mapOwnIds(child);
+  return mapWithLoan(child, "newuidmap", "/etc/subuid", ::geteuid()) &&
+         mapWithLoan(child, "newgidmap", "/etc/subgid", ::getegid());
 }
 
 }  // namespace qm::testing

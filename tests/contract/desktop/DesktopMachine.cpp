@@ -68,8 +68,8 @@ void asRootForPerson(const std::function<void(const std::string&)>& body) {
     const std::string accounts = machineFolder() + "/passwd";
     writeText(accounts, "root:x:0:0::/root:/bin/sh\nu:x:1000:1000::" + home + ":/bin/sh\n");
     ASSERT_EQ(::mount(accounts.c_str(), "/etc/passwd", nullptr, MS_BIND, nullptr), 0);
-    mountTmpfs("/run/user");
-    fs::create_directory("/run/user/1000");
+    mountTmpfs("/run");  // the real one may belong to another root
+    fs::create_directories("/run/user/1000");
     ASSERT_EQ(::chown("/run/user/1000", kPerson, kPerson), 0);
     body(home);
   });
