@@ -1,0 +1,20 @@
+#include <elf.h>
+#include <sys/uio.h>
+#include <sys/user.h>
+
+#include "tests/faults/Tracing.h"
+
+namespace qm::testing {
+
+bool answerCall(pid_t task, int error) {
+  int number = -1;  // no such call
+  const iovec call{&number, sizeof number};
+  if (trace(PTRACE_SETREGSET, task, NT_ARM_SYSTEM_CALL, &call) != 0) return false;
+  user_regs_struct registers{};
+  iovec area{&registers, sizeof registers};
+  if (trace(PTRACE_GETREGSET, task, NT_PRSTATUS, &area) != 0) return false;
+  registers.regs[0] = static_cast<unsigned long long>(-static_cast<long long>(error));
+  return trace(PTRACE_SETREGSET, task, NT_PRSTATUS, &area) == 0;
+}
+
+}  // namespace qm::testing
