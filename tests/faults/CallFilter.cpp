@@ -107,6 +107,14 @@ constexpr Name kNames[] = {{SYS_openat, "openat"},
                            {SYS_landlock_add_rule, "landlock_add_rule"},
                            {SYS_landlock_restrict_self, "landlock_restrict_self"}};
 
+// Calls that younger processors do without: their numbers are those of the older ones.
+constexpr bool kHasOldCalls = SYS_read == 0;
+constexpr Name kOldNames[] = {{2, "open"},      {4, "stat"},   {6, "lstat"},  {7, "poll"},    {21, "access"},
+                              {22, "pipe"},     {33, "dup2"},  {57, "fork"},  {58, "vfork"},  {82, "rename"},
+                              {83, "mkdir"},    {84, "rmdir"}, {86, "link"},  {87, "unlink"}, {88, "symlink"},
+                              {89, "readlink"}, {90, "chmod"}, {92, "chown"}, {94, "lchown"}, {133, "mknod"}};
+constexpr long kOldNotOfFiles[] = {158 /* arch_prctl */, 201 /* time */};
+
 sock_filter ifCallIs(long number, std::uint8_t otherwise) {
   return BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, otherwise);
 }
@@ -120,6 +128,9 @@ CallFilter allCalls() { return {{std::begin(kWithoutReturn), std::end(kWithoutRe
 CallFilter fileCalls() {
   CallFilter filter = allCalls();
   filter.passedOver.insert(filter.passedOver.end(), std::begin(kNotOfFiles), std::end(kNotOfFiles));
+  if (kHasOldCalls) {
+    filter.passedOver.insert(filter.passedOver.end(), std::begin(kOldNotOfFiles), std::end(kOldNotOfFiles));
+  }
   filter.ofThreads = false;
   return filter;
 }
@@ -138,7 +149,9 @@ bool showCalls(const CallFilter& filter) {
 
 std::string callName(long number) {
   const auto* const found = std::ranges::find(kNames, number, &Name::number);
-  return found != std::end(kNames) ? found->name : "call " + std::to_string(number);
+  if (found != std::end(kNames)) return found->name;
+  const auto* const old = std::ranges::find(kOldNames, number, &Name::number);
+  return kHasOldCalls && old != std::end(kOldNames) ? old->name : "call " + std::to_string(number);
 }
 
 }  // namespace qm::testing

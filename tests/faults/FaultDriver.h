@@ -25,7 +25,7 @@ std::string describe(const Call& call);
 /// What is done at a call.
 enum class Deed {
   Nothing,
-  Fail,        ///< it is not made and returns an error
+  Fail,        ///< it is not made and returns an error; a descriptor is closed all the same, as the kernel does
   KillBefore,  ///< the body and all its children are ended, and it is not made
   KillAfter,   ///< they are ended when it has returned
 };
@@ -68,6 +68,9 @@ class FaultDriver {
   CallFilter filter_;
   std::chrono::milliseconds limit_;
 };
+
+/// Runs a body as the driver does, untraced; false when it did not return 0 within half a minute.
+bool runUndisturbed(const std::function<int()>& body);
 
 /// In a body: what counts lies between the beginning of this and its end.
 class CountedCalls {

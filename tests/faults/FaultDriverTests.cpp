@@ -127,6 +127,22 @@ TEST_F(Driver, FailsOneCallWithoutMakingIt) {
   });
 }
 
+TEST_F(Driver, ClosesADescriptorAlthoughThatFails) {
+  run([] {
+    EXPECT_EQ(with(
+                  Deed::Fail, {"1", SYS_close, 1},
+                  [] {
+                    const int fd = ::open("/", O_PATH | O_CLOEXEC);
+                    const CountedCalls counted;
+                    if (::close(fd) == 0 || errno != EIO) return 1;
+                    return ::fcntl(fd, F_GETFD) < 0 && errno == EBADF ? 42 : 2;
+                  },
+                  EIO)
+                  .status,
+              42);
+  });
+}
+
 TEST_F(Driver, EndsTheBodyBeforeACall) {
   run([] {
     EXPECT_EQ(with(Deed::KillBefore, mkdirCall(2), makeThree).end, End::Killed);

@@ -41,6 +41,9 @@ class Ticks {
   struct sigaction before_ {};
 };
 
+// A descriptor is closed whatever the kernel says.
+bool isMadeAlthoughItFails(long number) { return number == SYS_close; }
+
 unsigned long eventMessage(pid_t id) {
   unsigned long message = 0;
   trace(PTRACE_GETEVENTMSG, id, 0, &message);
@@ -105,8 +108,7 @@ void TracedTree::stopped(pid_t id, Task& task, int status) {
       renamed(id);
       return resume(id, tasks_[id]);
     case 0:
-      if (signal == kAtReturn && task.isReturning) return endAll(End::Killed);
-      return resume(id, task, signal == kAtReturn ? 0 : signal);
+      return signal == kAtReturn ? returned(id, task) : resume(id, task, signal);
     default:
       return resume(id, task);
   }
@@ -138,15 +140,32 @@ void TracedTree::called(pid_t id, Task& task) {
   const Call call{task.name, number, ++task.calls[number]};
   const bool isTheOne = intervention_.deed != Deed::Nothing && call == intervention_.at;
   run_.calls.push_back(call);
+  processor_ = info.arch;
   isTheOne ? intervene(id, task) : resume(id, task);
 }
 
 void TracedTree::intervene(pid_t id, Task& task) {
   run_.met = true;
   if (intervention_.deed == Deed::KillBefore) return endAll(End::Killed);
-  if (intervention_.deed == Deed::Fail && !answerCall(id, intervention_.error)) return endAll(End::NotTraced);
-  task.isReturning = intervention_.deed == Deed::KillAfter;
+  const bool failsUnmade = intervention_.deed == Deed::Fail && !isMadeAlthoughItFails(intervention_.at.number);
+  if (failsUnmade && !fail(id, true)) return;
+  task.isReturning = !failsUnmade;
   resume(id, task);
+}
+
+void TracedTree::returned(pid_t id, Task& task) {
+  if (task.isReturning && intervention_.deed == Deed::KillAfter) return endAll(End::Killed);
+  if (task.isReturning && !fail(id, false)) return;
+  task.isReturning = false;
+  resume(id, task);
+}
+
+// All is ended where the kernel does not let it be.
+bool TracedTree::fail(pid_t id, bool unmade) {
+  if ((!unmade || forgetCall(id, processor_)) && setError(id, processor_, intervention_.error)) return true;
+  run_.problem = "the registers of this processor cannot be set";
+  endAll(End::NotTraced);
+  return false;
 }
 
 void TracedTree::resume(pid_t id, const Task& task, int signal) const {

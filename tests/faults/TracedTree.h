@@ -28,7 +28,7 @@ class TracedTree {
     std::string name;
     int children = 0;
     bool isThread = false;
-    bool isReturning = false;  // from the call after which all are ended
+    bool isReturning = false;  // from the call that is intervened after
     std::map<long, int> calls;
   };
 
@@ -39,6 +39,8 @@ class TracedTree {
   void renamed(pid_t id);
   void called(pid_t id, Task& task);
   void intervene(pid_t id, Task& task);
+  void returned(pid_t id, Task& task);
+  bool fail(pid_t id, bool unmade);
   void resume(pid_t id, const Task& task, int signal = 0) const;
   void endAll(End why);
 
@@ -47,6 +49,7 @@ class TracedTree {
   const bool ofThreads_;
   std::map<pid_t, Task> tasks_;
   std::set<pid_t> unknown_;  // seen before the event of their birth
+  unsigned processor_ = 0;
   bool counting_ = false;
   bool ending_ = false;
   TracedRun run_;

@@ -12,8 +12,11 @@ inline long trace(long request, pid_t task, unsigned long address = 0, const voi
   return ::syscall(SYS_ptrace, request, task, address, data);
 }
 
-/// Has the system call before which `task` stands not be made: it returns with `error`. Differs from processor
-/// to processor.
-bool answerCall(pid_t task, int error);
+/// Has the system call before which `task` stands not be made; it returns at once. `processor` is the one that the
+/// kernel tells of (AUDIT_ARCH_...); false for one whose registers are not known.
+bool forgetCall(pid_t task, unsigned processor);
+
+/// Has the call that `task` is in return with this error.
+bool setError(pid_t task, unsigned processor, int error);
 
 }  // namespace qm::testing
