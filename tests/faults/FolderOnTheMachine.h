@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+
+#include "tests/faults/Campaign.h"
+#include "tests/faults/Tree.h"
+
+namespace qm::testing {
+
+/// A folder of root's on a private machine that is to be removed, and the rules of that:
+///
+/// I1  Nothing is gone or changed but folders and housekeeping files in it, and the folder itself.
+/// I2  Reported failure: every folder is what it was. Reported success: the folder is gone.
+/// I3  Besides there are but folders named ".tessaly-uninstaller-...", root's alone, beside it.
+/// I4  After the next run all is as after an undisturbed one.
+class FolderOnTheMachine {
+ public:
+  enum class Holds { Housekeeping, SomethingElse };
+  explicit FolderOnTheMachine(Holds holds) : holds_(holds) {}
+
+  /// Before each run.
+  void prepare();
+
+  static std::string folder();
+
+  Violations judge(Said said) const;
+  Violations judgeNextRun() const;
+
+ private:
+  std::string brokenKeeping() const;
+  std::string brokenReport(Said said) const;
+  std::string brokenNextRun() const;
+
+  const Holds holds_;
+  Tree original_;
+  Tree neighbour_;
+};
+
+}  // namespace qm::testing

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/faults/Campaign.h"
+#include "tests/faults/Tree.h"
+
+namespace qm::testing {
+
+/// A person's Trash on a private machine, an item of root's that is to go there, and the rules of that:
+///
+/// I1  The item is whole at its place or in the Trash, there with a description that names its place, and
+///     nothing that is not whole bears its name in either.
+/// I2  Reported failure: the item is exactly what it was, and the Trash too. Reported success: the item is in the
+///     Trash alone.
+/// I3  Besides there are but folders named ".tessaly-uninstaller-...", root's alone, in the Trash's folder and in
+///     the item's; and after an end in the middle the description of an item that is still at its place.
+/// I4  After the next run all is as after an undisturbed one, with one more complete copy at most.
+class TrashOnTheMachine {
+ public:
+  enum class Volumes { One, Two };
+  explicit TrashOnTheMachine(Volumes volumes) : volumes_(volumes) {}
+
+  /// Once on a machine: the person's account and the volumes.
+  void build() const;
+  /// Before each run: the person's home, the Trash and the item.
+  void prepare();
+  /// After an undisturbed run: so it shall be.
+  void remember();
+
+  std::string item() const;
+  /// What the item is asked to become.
+  static std::string place();
+
+  Violations judge(Said said) const;
+  Violations judgeNextRun() const;
+
+ private:
+  std::string folder() const;
+  std::string brokenWhole() const;
+  std::string brokenReport(Said said) const;
+  std::string brokenSurroundings(Said said) const;
+  std::string brokenNextRun() const;
+  std::string brokenCopy(const std::string& name) const;
+  std::string brokenDescription(const std::string& name) const;
+  std::string strayDescription(Said said) const;
+
+  const Volumes volumes_;
+  Tree original_;
+  Tree expected_;
+};
+
+}  // namespace qm::testing
