@@ -6,6 +6,7 @@
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/linux/desktop/LinuxFinderInformation.h"
 #include "Platform/linux/files/BundlePackages.h"
+#include "Platform/linux/files/LinuxFileSystem.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
 #include "Platform/linux/privileges/PrivilegePrograms.h"
@@ -18,7 +19,6 @@
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/PosixFileOperations.h"
-#include "Platform/posix/PosixFileSystem.h"
 #include "Platform/posix/process/PosixTasks.h"
 
 namespace qm::linux_ {
@@ -37,7 +37,9 @@ struct Services {
         facts(propertyLists, executable),
         authorization(console, users, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
+        fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock),
+        itemLocks(users),
         trash(users, clock),
         desktopShell(users, tasks) {
     platform.authorizationServices = &authorization;
@@ -71,7 +73,7 @@ struct Services {
   PolkitAuthorization authorization;
   platform::StandardThreads threads;
   posix::PosixTasks tasks;
-  posix::PosixFileSystem fileSystem;
+  LinuxFileSystem fileSystem;
   posix::PosixFileOperations fileOperations;
   LinuxItemLocks itemLocks;
   BundlePackages packages;

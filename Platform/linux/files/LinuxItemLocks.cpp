@@ -8,6 +8,7 @@
 
 #include <cerrno>
 
+#include "Platform/linux/rights/RightsForPaths.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/UniqueFd.h"
@@ -80,7 +81,8 @@ int setFlag(const std::string& path, bool immutable) {
 platform::Status LinuxItemLocks::setImmutable(const std::string& path, bool immutable) {
   const auto operation = immutable ? posix::FileOperation::Lock : posix::FileOperation::Unlock;
   const std::string item = posix::withoutTrailingSlashes(path);
-  return posix::statusOf(operation, setFlag(item, immutable), path);
+  const RightsForPaths rights(users_, {item});
+  return posix::statusOf(operation, rights.ok() ? setFlag(item, immutable) : EPERM, path);
 }
 
 std::optional<bool> LinuxItemLocks::isImmutable(const std::string& path) const {

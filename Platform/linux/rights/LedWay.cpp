@@ -6,14 +6,34 @@
 #include "Platform/posix/ItemPath.h"
 
 namespace qm::linux_ {
+namespace {
+
+Writers anybody() {
+  Writers writers;
+  writers.anybody = true;
+  return writers;
+}
+
+// Those who can put something where nothing is: as with a link of root's, whoever may write in the folder.
+Writers writersOfNewEntry(int folder) {
+  const auto status = statusOf(folder);
+  if (!status) return anybody();
+  struct stat link {};
+  link.st_mode = S_IFLNK;
+  return writersOfEntry(folder, *status, link);
+}
+
+}  // namespace
 
 // Below a folder that is missing there is nobody to lead astray: the folders that are there decide.
-bool onlyRootLeadsTo(const std::string& path) {
-  if (posix::pathError(path) != 0) return false;
-  if (posix::withoutTrailingSlashes(path) == "/") return true;
-  const Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.refusal().error == ENOENT && onlyRootLeadsTo(posix::folderOf(path));
-  return place->writers.none() && onlyRootWrites(place->folder.get());
+Writers writersOnTheWayTo(const std::string& path) {
+  if (posix::pathError(path) != 0) return anybody();
+  if (posix::withoutTrailingSlashes(path) == "/") return {};
+  Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
+  if (!place) return place.refusal().error == ENOENT ? writersOnTheWayTo(posix::folderOf(path)) : anybody();
+  Writers writers = place->writers;
+  if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
+  return writers;
 }
 
 }  // namespace qm::linux_

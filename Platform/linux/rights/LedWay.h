@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "Platform/linux/rights/Writers.h"
+
 namespace qm::linux_ {
 
-/// Nobody but root can lead the way to the item of a path, or to where it would be made, elsewhere. A path of which
-/// this holds may be used by name; false also where it cannot be found out.
-bool onlyRootLeadsTo(const std::string& path);
+/// Everybody but root who can lead the way to the item of a path, or to where it would be made, elsewhere. Anybody, where
+/// that cannot be found out.
+Writers writersOnTheWayTo(const std::string& path);
 
 }  // namespace qm::linux_

@@ -1,0 +1,33 @@
+#include "Platform/linux/rights/RightsForPaths.h"
+
+#include <optional>
+
+#include "Platform/linux/rights/LedWay.h"
+#include "Platform/linux/rights/UserDatabase.h"
+
+namespace qm::linux_ {
+namespace {
+
+std::optional<UserRecord> personFor(const Writers& writers, const platform::Users& users) {
+  if (!writers.anybody && writers.persons.size() == 1) return userWithId(*writers.persons.begin());
+  return userWithName(users.consoleUser().value_or(std::string()));
+}
+
+}  // namespace
+
+RightsForPaths::RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths)
+    : known_(choose(users, paths)), acting_(isForPerson_ ? &person_ : nullptr) {}
+
+bool RightsForPaths::choose(const platform::Users& users, std::initializer_list<std::string> paths) {
+  if (users.realUserId() != 0) return true;
+  Writers writers;
+  for (const std::string& path : paths) writers.add(writersOnTheWayTo(path));
+  if (writers.none()) return true;
+  const std::optional<UserRecord> person = personFor(writers, users);
+  if (!person) return false;
+  person_ = identityOf(*person);
+  isForPerson_ = true;
+  return true;
+}
+
+}  // namespace qm::linux_
