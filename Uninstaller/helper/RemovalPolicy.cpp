@@ -63,7 +63,7 @@ PreparedWork moveItem(const FileCommand& command, const UserRecord& person) {
   if (std::ranges::find(items, move->item) == items.end()) {
     return Refusal{EPERM, move->item + ": that is no part of the product"};
   }
-  return prepareTrashMove(move->item, move->storedName, person);
+  return prepareTrashMove(*move, person);
 }
 
 PreparedWork removeFolder(const FileCommand& command, const UserRecord& person) {

@@ -225,10 +225,10 @@ int FakeDisk::removeHollowFolder(const std::string& path, const std::vector<std:
   if (!place.item->isFolder()) return ENOTDIR;
   if (place.item->volume) return EBUSY;
   if (const int error = folderError(*place.folder, Access::User); error != 0) return error;
-  if (place.item->entries.empty()) return removeItem(*place.item, Access::User);
+  if (place.item->entries.empty()) return removeItem(*place.folder, place.name, Access::User);
   if (const int error = hollowError(*place.item, expendable); error != 0) return error;
   if (const int error = removalError(*place.item, Access::User); error != 0) return error;
-  return removeItem(*place.item, Access::User);
+  return removeItem(*place.folder, place.name, Access::User);
 }
 
 int FakeDisk::writeFile(const std::string& path, std::string_view contents, Access access) {

@@ -27,6 +27,9 @@ class FileSystemUser {
   /// The thread has the wanted rights and no others.
   bool ok() const { return ok_; }
 
+  /// Whose rights it takes; null where it takes none.
+  const FileSystemIdentity* identity() const { return identity_; }
+
   /// Goes back to the process's own rights, and takes the other's again.
   void leave();
   void enter();

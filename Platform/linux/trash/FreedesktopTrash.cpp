@@ -74,7 +74,7 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
   const std::string date = deletionDate();
   for (const std::string& name : names) {
     if (isTrashItself(*source, name, *trashDirectory)) return itemRefused(name);
-    const auto problem = moveToTrash(*source, name, **trash, date, acting, volumes_);
+    const auto problem = moveToTrash(*source, name, *trash, date, acting, volumes_);
     if (problem) return trashFailure(name, *problem);
     unflushed_.add(**trash);
   }

@@ -25,8 +25,8 @@ class FreedesktopTrash final : public platform::Trash {
   FreedesktopTrash(const platform::Users& users, const platform::Clock& clock);
 
   /// As root the work is done with the console user's rights and belongs to him; root's own rights are
-  /// used where his do not suffice to take the item from its folder. ~/.Trash is made as a link to the
-  /// home trash when nothing is there.
+  /// used where his do not suffice to take the item from its folder, and the item is then handed over to him. ~/.Trash
+  /// is made as a link to the home trash when nothing is there.
   platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
   void makeDurable() override { unflushed_.flush(); }

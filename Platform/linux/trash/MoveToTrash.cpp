@@ -9,7 +9,9 @@
 #include <string_view>
 
 #include "Platform/linux/trash/InfoFile.h"
+#include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/linux/trash/TrashMending.h"
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 
@@ -40,11 +42,12 @@ bool isFolder(const Place& place) { return S_ISDIR(place.mode); }
 // One item on its way.
 class Move {
  public:
-  Move(const SourceFolder& source, const std::string& name, const TrashDirectory& trash, FileSystemUser& acting,
+  Move(const SourceFolder& source, const std::string& name, const SharedTrashDirectory& trash, FileSystemUser& acting,
        MountedVolumes& volumes)
       : source_(source),
         name_(name),
-        trash_(trash),
+        shared_(trash),
+        trash_(*trash),
         acting_(acting),
         volumes_(volumes),
         path_(source.path == "/" ? "/" + name : source.path + "/" + name) {}
@@ -54,6 +57,7 @@ class Move {
     const std::string text = trashInfoText(recordedPath(), deletionDate);
     const int error = moveUnderFreeName(text);
     if (error == 0) return std::nullopt;
+    if (madeInfo_ && isRefused(error) && source_.withRootRights) return moveAsRoot(deletionDate);
     return madeInfo_ ? itemProblem(error) : trashFolderProblem(error, trash_.path);
   }
 
@@ -114,14 +118,40 @@ class Move {
     const auto rename = [&] {
       return posix::renameWithoutReplacing({source_.fd.get(), name_}, {trash_.files.get(), stored});
     };
-    const int error = withRights(rename);
+    const int error = rename();
     return error == EACCES && isOwnLockedFolder() ? renameUnlocked(rename) : error;
+  }
+
+  static bool isRefused(int error) { return error == EACCES || error == EPERM; }
+
+  std::optional<TrashProblem> moveAsRoot(const std::string& deletionDate) {
+    acting_.leave();
+    std::optional<TrashProblem> problem = moveWithRootRights(*acting_.identity(), deletionDate);
+    acting_.enter();
+    return problem;
+  }
+
+  std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person,
+                                                 const std::string& deletionDate) const {
+    mendTrashMoves(trash_, person);
+    PinnedPlace place;
+    place.folder.reset(::fcntl(source_.fd.get(), F_DUPFD_CLOEXEC, 0));
+    place.name = name_;
+    place.item.reset(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const auto status = place.folder && place.item ? statusOf(place.item.get()) : std::nullopt;
+    if (!status) return itemProblem(errno);
+    place.itemStatus = *status;
+    RootMove move(path_, std::move(place), shared_, person, name_, deletionDate);
+    if (const posix::FileError error = move.obstacle()) return TrashProblem{error.code, obstacleWords(error.code)};
+    std::string unused;
+    const posix::FileError error = move.run(&unused);
+    return error ? std::optional(itemProblem(error.code)) : std::nullopt;
   }
 
   // With the user's rights, and where they do not suffice with root's, if those may be used here.
   int withRights(const std::function<int()>& call) {
     const int error = call();
-    if ((error != EACCES && error != EPERM) || !source_.withRootRights) return error;
+    if (!isRefused(error) || !source_.withRootRights) return error;
     acting_.leave();
     const int asRoot = call();
     acting_.enter();
@@ -150,6 +180,7 @@ class Move {
 
   const SourceFolder& source_;
   const std::string& name_;
+  const SharedTrashDirectory& shared_;
   const TrashDirectory& trash_;
   FileSystemUser& acting_;
   MountedVolumes& volumes_;
@@ -161,7 +192,7 @@ class Move {
 }  // namespace
 
 std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
-                                        const TrashDirectory& trash, const std::string& deletionDate,
+                                        const SharedTrashDirectory& trash, const std::string& deletionDate,
                                         FileSystemUser& acting, MountedVolumes& volumes) {
   if (!isValidName(name)) return TrashProblem{EINVAL, "that is not the name of an item"};
   return Move(source, name, trash, acting, volumes).run(deletionDate);

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "Platform/linux/files/LinuxItemLocks.h"
+#include "Platform/linux/system/SystemUsers.h"
 #include "Platform/posix/PosixFileSystem.h"
 #include "tests/contract/files/RealFiles.h"
 
@@ -13,7 +14,8 @@ namespace {
 
 constexpr uid_t kUser = 1000;
 
-linux_::LinuxItemLocks locks;
+const linux_::SystemUsers users;
+linux_::LinuxItemLocks locks(users);
 posix::PosixFileSystem files;
 
 /// Sets the attribute past the service.

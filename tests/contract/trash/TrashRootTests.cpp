@@ -60,14 +60,18 @@ TEST(TrashAsRoot, MakesEverythingTheConsoleUsersOwn) {
   });
 }
 
-TEST(TrashAsRoot, TakesWhatOnlyRootMayTakeAndLeavesItRoots) {
+TEST(TrashAsRoot, TakesWhatOnlyRootMayTakeAndHandsItOver) {
   playAsRoot([](World& world) {
     makeRootsFolder(world, "/Applications");
     makeRootsFolder(world, "/Applications/Tessaly.app");
     makeRootsFile(world, "/Applications/Tessaly.app/binary");
+    makeRootsFile(world, "/Applications/Tessaly.app/launcher");
+    world.setMode("/Applications/Tessaly.app/launcher", 04755);
     EXPECT_TRUE(world.recycle("/Applications", "Tessaly.app"));
     expectInHomeTrash(world, "/Applications/Tessaly.app");
-    EXPECT_EQ(world.ownerOf(kTrash + "/files/Tessaly.app"), 0U);
+    EXPECT_EQ(world.ownerOf(kTrash + "/files/Tessaly.app"), World::kUser) << "the person can empty the Trash";
+    EXPECT_EQ(world.ownerOf(kTrash + "/files/Tessaly.app/binary"), 0U);
+    EXPECT_EQ(world.modeOf(kTrash + "/files/Tessaly.app/launcher"), 0755U) << "it lends nobody's rights";
     EXPECT_EQ(world.modeOf(kTrash + "/files/Tessaly.app"), 0755U);
     EXPECT_EQ(world.ownerOf(kTrash + "/info/Tessaly.app.trashinfo"), World::kUser);
   });

@@ -33,7 +33,7 @@ bool canBeShown(const Launch& launch) {
 }
 
 PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person) {
-  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(move->item, move->storedName, person);
+  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person);
   return prepareFileWork(command);
 }
 

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "Platform/linux/privileges/helper/Confinement.h"
-#include "Platform/linux/privileges/helper/WorkFolder.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/trash/WorkFolder.h"
 #include "Platform/posix/HollowFolder.h"
 
 namespace qm::linux_ {

@@ -1,4 +1,4 @@
-#include "Platform/linux/privileges/helper/WorkFolder.h"
+#include "Platform/linux/trash/WorkFolder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -91,8 +91,9 @@ int WorkFolder::remove() const {
   if (!listed) return errno;
   if (const int error = posix::listFolder(std::move(listed), names)) return error;
   for (const std::string& name : names) {
-    if (const posix::FileError error = posix::removeTree(own_.get(), name, posix::OpenUpFolders::Yes))
-      return error.code;
+    const UniqueFd item(::openat(own_.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!item) return errno;
+    if (const posix::FileError error = posix::removeOwnTree(own_.get(), name, item.get())) return error.code;
   }
   const auto own = statusOf(own_.get());
   const auto named = statusIn(above_, name_.c_str());

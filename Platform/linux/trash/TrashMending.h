@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/linux/privileges/helper/TrashRecord.h"
 #include "Platform/linux/trash/TrashDirectory.h"
+#include "Platform/linux/trash/TrashRecord.h"
 
 namespace qm::linux_ {
 
@@ -19,6 +19,6 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
 
 /// Finishes or undoes every move to this Trash whose process was ended in the middle. What cannot be mended now keeps
 /// its record.
-void mendTrashMoves(const TrashDirectory& trash, const UserRecord& person);
+void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person);
 
 }  // namespace qm::linux_

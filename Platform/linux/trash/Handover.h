@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/linux/rights/FileSystemUser.h"
 #include "Platform/posix/FileError.h"
 
 namespace qm::linux_ {
@@ -15,13 +15,13 @@ enum class Reached : bool { No, Yes };
 /// set-user-id and set-group-id bits or file capabilities, which would lend the owner's rights in a folder where the
 /// person can now replace what is beside it. From the bottom up, so that nobody interferes from above; done twice, the
 /// result is the same. Goes on after a failure and returns the first one.
-posix::FileError handOver(int item, const UserRecord& person, Reached reached);
+posix::FileError handOver(int item, const FileSystemIdentity& person, Reached reached);
 
 /// Why that would fail, or change what is not part of the item: a volume mounted in it, a locked item, a file that
 /// has other names and would have to be changed. Changes nothing.
-posix::FileError obstacleToHandover(int item, const UserRecord& person, Reached reached);
+posix::FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached);
 
 /// Whether the person, by following `path`, comes to the item of the descriptor.
-Reached reaches(const UserRecord& person, const std::string& path, int item);
+Reached reaches(const FileSystemIdentity& person, const std::string& path, int item);
 
 }  // namespace qm::linux_

@@ -1,4 +1,4 @@
-#include "Platform/linux/privileges/helper/TrashMending.h"
+#include "Platform/linux/trash/TrashMending.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -6,10 +6,10 @@
 #include <array>
 #include <cerrno>
 
-#include "Platform/linux/privileges/helper/Handover.h"
-#include "Platform/linux/privileges/helper/WorkFolder.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/trash/Handover.h"
 #include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/linux/trash/WorkFolder.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 
 namespace qm::linux_ {
@@ -27,8 +27,9 @@ bool holdsText(int folder, const std::string& name, const std::string& text) {
 
 class Mending {
  public:
-  Mending(const TrashDirectory& trash, const UserRecord& person, const WorkFolder& work, const TrashRecord& record)
-      : trash_(trash), person_(person), identity_(identityOf(person)), work_(work), record_(record) {}
+  Mending(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work,
+          const TrashRecord& record)
+      : trash_(trash), person_(person), work_(work), record_(record) {}
 
   /// Nothing is left to do.
   bool run() { return record_.isCopy() ? mendCopy() : mendItem(); }
@@ -37,7 +38,7 @@ class Mending {
   bool mendItem() {
     const UniqueFd item(::openat(trash_.files.get(), record_.stored.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (item && itemNumber(item.get()) == record_.item) return !handOver(item.get(), person_, record_.reached);
-    forgetDescription(trash_, identity_, record_);
+    forgetDescription(trash_, person_, record_);
     return true;
   }
 
@@ -48,8 +49,8 @@ class Mending {
     if (!origin && !isGone) return false;
     const bool isThere = origin && origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
-    if (isPublished && isThere && unpublish(trash_, identity_, record_, work_.descriptor()) != 0) return false;
-    if (!isPublished) forgetDescription(trash_, identity_, record_);
+    if (isPublished && isThere && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
+    if (!isPublished) forgetDescription(trash_, person_, record_);
     return !origin || clearAside(*origin, isPublished);
   }
 
@@ -67,14 +68,13 @@ class Mending {
   }
 
   const TrashDirectory& trash_;
-  const UserRecord& person_;
-  const FileSystemIdentity identity_;
+  const FileSystemIdentity& person_;
   const WorkFolder& work_;
   const TrashRecord& record_;
 };
 
 // Before there is a record nothing has been changed outside the work folder.
-bool isMended(const TrashDirectory& trash, const UserRecord& person, const WorkFolder& work) {
+bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work) {
   if (!TrashRecord::isIn(work.descriptor())) return true;
   const std::optional<TrashRecord> record = TrashRecord::readFrom(work.descriptor());
   return record && Mending(trash, person, work, *record).run();
@@ -98,7 +98,7 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
   return 0;
 }
 
-void mendTrashMoves(const TrashDirectory& trash, const UserRecord& person) {
+void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person) {
   for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get())) {
     if (isMended(trash, person, work)) static_cast<void>(work.remove());
   }

@@ -1,4 +1,4 @@
-#include "Platform/linux/privileges/helper/TrashRecord.h"
+#include "Platform/linux/trash/TrashRecord.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/linux/privileges/helper/Handover.h"
+#include "Platform/linux/trash/Handover.h"
 
 namespace qm::linux_ {
 

@@ -1,4 +1,4 @@
-#include "Platform/linux/privileges/helper/Handover.h"
+#include "Platform/linux/trash/Handover.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -58,10 +58,10 @@ int obstacleOfFile(int item, const struct stat& file, Reached reached) {
   return changes ? EMLINK : 0;
 }
 
-int giveFolder(int folder, const UserRecord& person) {
+int giveFolder(int folder, const FileSystemIdentity& person) {
   struct stat found {};
   if (::fstat(folder, &found) != 0) return errno;
-  if (found.st_uid != person.id && ::fchown(folder, person.id, person.group) != 0) return errno;
+  if (found.st_uid != person.uid && ::fchown(folder, person.uid, person.gid) != 0) return errno;
   const mode_t mode = (found.st_mode & kPermissions & ~kLending) | S_IRWXU;
   return mode == (found.st_mode & kPermissions) ? 0 : posix::errorOf(::fchmod(folder, mode));
 }
@@ -69,7 +69,7 @@ int giveFolder(int folder, const UserRecord& person) {
 /// What both walks have in common: which mount they stay on, and what the person can reach.
 class ItemVisitor : public posix::TreeVisitor {
  public:
-  ItemVisitor(const UserRecord& person, Reached reached) : identity_(identityOf(person)), reached_{reached} {}
+  ItemVisitor(const FileSystemIdentity& person, Reached reached) : identity_(person), reached_{reached} {}
 
   int entered(const posix::FolderChain& chain, const std::string&) override {
     if (reached_.size() == 1) mount_ = chain.identity();
@@ -101,14 +101,14 @@ class ItemVisitor : public posix::TreeVisitor {
     return acting.ok() && ::faccessat(folder, ".", X_OK, AT_EACCESS) == 0;
   }
 
-  const FileSystemIdentity identity_;
+  const FileSystemIdentity& identity_;
   posix::FolderIdentity mount_;
   std::vector<Reached> reached_;  ///< of the item, and of every folder down to the one that the walk is in
 };
 
 class Giving : public ItemVisitor {
  public:
-  Giving(const UserRecord& person, Reached reached) : ItemVisitor(person, reached), person_(person) {}
+  Giving(const FileSystemIdentity& person, Reached reached) : ItemVisitor(person, reached), person_(person) {}
 
   int file(int item, const struct stat& status, Reached reached) override {
     return note(settleFile(item, status, reached));
@@ -122,7 +122,7 @@ class Giving : public ItemVisitor {
     return 0;
   }
 
-  const UserRecord& person_;
+  const FileSystemIdentity& person_;
   int firstError_ = 0;
 };
 
@@ -141,7 +141,7 @@ class Looking : public ItemVisitor {
 
 }  // namespace
 
-FileError handOver(int item, const UserRecord& person, Reached reached) {
+FileError handOver(int item, const FileSystemIdentity& person, Reached reached) {
   const auto status = statusOf(item);
   if (!status) return errno;
   if (!S_ISDIR(status->st_mode)) return settleFile(item, *status, reached);
@@ -150,7 +150,7 @@ FileError handOver(int item, const UserRecord& person, Reached reached) {
   return giving.firstError() != 0 ? FileError(giving.firstError()) : error;
 }
 
-FileError obstacleToHandover(int item, const UserRecord& person, Reached reached) {
+FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached) {
   const auto status = statusOf(item);
   if (!status) return errno;
   if (!S_ISDIR(status->st_mode)) return obstacleOfFile(item, *status, reached);
@@ -159,9 +159,8 @@ FileError obstacleToHandover(int item, const UserRecord& person, Reached reached
   return posix::walkTree(item, ".", looking);
 }
 
-Reached reaches(const UserRecord& person, const std::string& path, int item) {
-  const FileSystemIdentity identity = identityOf(person);
-  const FileSystemUser acting(&identity);
+Reached reaches(const FileSystemIdentity& person, const std::string& path, int item) {
+  const FileSystemUser acting(&person);
   struct stat found {};
   const auto own = statusOf(item);
   const bool comes = acting.ok() && own && ::lstat(path.c_str(), &found) == 0 && isSameItem(found, *own);

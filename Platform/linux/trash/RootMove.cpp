@@ -1,0 +1,226 @@
+#include "Platform/linux/trash/RootMove.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+#include <utility>
+
+#include "Platform/linux/trash/Handover.h"
+#include "Platform/linux/trash/InfoFile.h"
+#include "Platform/linux/trash/ShownTrash.h"
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/linux/trash/TrashMending.h"
+#include "Platform/linux/trash/TrashName.h"
+#include "Platform/linux/trash/TrashRecord.h"
+#include "Platform/linux/trash/WorkFolder.h"
+#include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TreeCopy.h"
+
+namespace qm::linux_ {
+namespace {
+
+using posix::FileError;
+using posix::UniqueFd;
+
+constexpr unsigned kMostNames = 64;
+
+UniqueFd duplicate(int fd) { return UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 0)); }
+
+}  // namespace
+
+/// The steps of one move.
+class RootMove::Steps {
+ public:
+  Steps(const std::string& path, PinnedPlace source, SharedTrashDirectory trash, const FileSystemIdentity& person,
+        std::string wanted, const std::string& deletionDate)
+      : source_(std::move(source)), trash_(std::move(trash)), person_(person), wanted_(std::move(wanted)) {
+    record_.origin = source_.shown();
+    record_.item = {source_.itemStatus.st_dev, source_.itemStatus.st_ino};
+    record_.info = trashInfoText(recordedPath(), deletionDate);
+    record_.reached = reaches(person_, path, source_.item.get());
+  }
+
+  /// Why it would fail; 0 when nothing is in the way.
+  FileError obstacle() const {
+    const std::optional<Place> item = placeOf(source_.item.get());
+    const std::optional<Place> folder = placeOf(source_.folder.get());
+    if (!item || !folder) return errno;
+    if (item->mount != folder->mount) return EBUSY;
+    return obstacleToHandover(source_.item.get(), person_, record_.reached);
+  }
+
+  bool isOnTrashVolume() const {
+    const std::optional<Place> folder = placeOf(source_.folder.get());
+    return folder && folder->sameVolume(trash_->filesPlace);
+  }
+
+  int sourceFolder() const { return source_.folder.get(); }
+  int trashFolder() const { return trash_->folder.get(); }
+
+  FileError run(std::string* note) {
+    const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get());
+    if (!work) return work.refusal().error;
+    const FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
+    // What is not finished is found by its record.
+    if (unfinished_ == 0) static_cast<void>(work->remove());
+    *note = unfinished_ == 0 ? note_ : std::string("not completely handed over: ") + std::strerror(unfinished_);
+    return error;
+  }
+
+ private:
+  // In a volume's own Trash a path begins at the volume's top.
+  std::string recordedPath() const {
+    const std::string& top = trash_->topFolder;
+    if (top.empty()) return record_.origin;
+    return record_.origin.substr(top == "/" ? 1 : top.size() + 1);
+  }
+
+  FileError moveItself(const WorkFolder& work) {
+    const auto rename = [&](const std::string& stored) {
+      return posix::renameWithoutReplacing({source_.folder.get(), source_.name}, {trash_->files.get(), stored});
+    };
+    if (const int error = publish(work, rename)) return error;
+    if (itemNumber(trash_->files.get(), record_.stored) != record_.item) return putBack();
+    unfinished_ = handOver(source_.item.get(), person_, record_.reached).code;
+    return {};
+  }
+
+  // Somebody has put another item in the place of the one that was checked.
+  int putBack() const {
+    static_cast<void>(
+        posix::renameWithoutReplacing({trash_->files.get(), record_.stored}, {source_.folder.get(), source_.name}));
+    forgetDescription(*trash_, person_, record_);
+    return ESTALE;
+  }
+
+  FileError moveCopy(const WorkFolder& work) {
+    if (FileError error = makeCopy(work)) return error;
+    record_.aside = WorkFolder::newName();
+    if (const int error = record_.writeTo(work.descriptor())) return error;
+    const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
+    if (!aside) return aside.refusal().error;
+    FileError error = exchange(work, *aside);
+    const int removal = aside->remove();
+    if (!error) unfinished_ = removal;
+    return error;
+  }
+
+  // The copy that goes to the Trash, complete and on the disk before anything else is done.
+  FileError makeCopy(const WorkFolder& work) {
+    posix::CopyObserver nobody;
+    const posix::Place from{duplicate(source_.folder.get()), source_.name};
+    const posix::Place to{duplicate(work.descriptor()), kCopyName};
+    if (!from.folder || !to.folder) return errno;
+    if (FileError error = posix::copyTree(from, to, nobody)) return error;
+    const UniqueFd copy(::openat(work.descriptor(), kCopyName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const auto number = copy ? itemNumber(copy.get()) : std::nullopt;
+    if (!number) return errno;
+    record_.copy = *number;
+    if (FileError error = handOver(copy.get(), person_, record_.reached)) return error;
+    return posix::flushVolume(work.descriptor());
+  }
+
+  // The copy comes into the Trash, and the item leaves its place for a folder of root's alone.
+  FileError exchange(const WorkFolder& work, const WorkFolder& aside) {
+    const auto rename = [&](const std::string& stored) {
+      return posix::renameWithoutReplacing({work.descriptor(), kCopyName}, {trash_->files.get(), stored});
+    };
+    if (const int error = publish(work, rename)) return error;
+    const int error = takeAway(aside);
+    if (error != 0) unfinished_ = unpublish(*trash_, person_, record_, work.descriptor());
+    return error;
+  }
+
+  int takeAway(const WorkFolder& aside) const {
+    const posix::ItemName here{source_.folder.get(), source_.name};
+    const std::string asideName = kAsideName;
+    const posix::ItemName there{aside.descriptor(), asideName};
+    if (const int error = posix::renameWithoutReplacing(here, there)) return error;
+    if (itemNumber(aside.descriptor(), asideName) == record_.item) return 0;
+    static_cast<void>(posix::renameWithoutReplacing(there, here));
+    return ESTALE;
+  }
+
+  // Under the first name that is free in the Trash.
+  int publish(const WorkFolder& work, const std::function<int(const std::string&)>& rename) {
+    const TrashName names(wanted_, trash_->nameLimit);
+    for (unsigned number = 1; number <= kMostNames; ++number) {
+      record_.stored = names.numbered(number);
+      if (const int error = record_.writeTo(work.descriptor())) return error;
+      const int error = publishAs(rename);
+      if (error != EEXIST) return error;
+    }
+    return EEXIST;
+  }
+
+  int publishAs(const std::function<int(const std::string&)>& rename) {
+    InfoFile info(trash_->info.get(), record_.stored);
+    int error = describe(info);
+    if (error == 0) error = rename(record_.stored);
+    const FileSystemUser acting(&person_);
+    if (error != 0) {
+      info.discard();
+      return error;
+    }
+    info.keep();
+    if (record_.stored != wanted_) note_ = "\"" + wanted_ + "\" is taken; it is now: " + record_.stored;
+    flushDescriptions();
+    return 0;
+  }
+
+  int describe(InfoFile& info) const {
+    const FileSystemUser acting(&person_);
+    return acting.ok() ? info.create(record_.info, WrittenThrough::Yes) : EPERM;
+  }
+
+  void flushDescriptions() {
+    const UniqueFd folder(::openat(trash_->info.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder || ::fsync(folder.get()) != 0) note_ += std::string("not on the disk yet: ") + std::strerror(errno);
+  }
+
+  const PinnedPlace source_;
+  const SharedTrashDirectory trash_;
+  const FileSystemIdentity person_;
+  const std::string wanted_;
+  TrashRecord record_;
+  std::string note_;
+  int unfinished_ = 0;
+};
+
+RootMove::RootMove(const std::string& path, PinnedPlace source, SharedTrashDirectory trash,
+                   const FileSystemIdentity& person, const std::string& storedName, const std::string& deletionDate)
+    : steps_(std::make_unique<Steps>(path, std::move(source), std::move(trash), person, storedName, deletionDate)) {}
+
+RootMove::RootMove(RootMove&&) noexcept = default;
+
+RootMove::~RootMove() = default;
+
+FileError RootMove::obstacle() const { return steps_->obstacle(); }
+bool RootMove::isOnTrashVolume() const { return steps_->isOnTrashVolume(); }
+int RootMove::sourceFolder() const { return steps_->sourceFolder(); }
+int RootMove::trashFolder() const { return steps_->trashFolder(); }
+FileError RootMove::run(std::string* note) { return steps_->run(note); }
+
+std::string obstacleWords(int error) {
+  switch (error) {
+    case EBUSY:
+      return "a volume is mounted in it";
+    case EPERM:
+      return "something in it is locked";
+    case EMLINK:
+      return "a file in it has other names, under which it would be changed, too";
+    default:
+      return std::strerror(error);
+  }
+}
+
+void mendRootMoves(const TrashUser& person) {
+  Outcome<SharedTrashDirectory> trash = openShownTrash(person, MissingTrash::StaysMissing);
+  if (trash) mendTrashMoves(**trash, person.identity);
+}
+
+}  // namespace qm::linux_
