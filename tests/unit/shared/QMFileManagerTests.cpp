@@ -39,6 +39,8 @@ concept IsAPath = requires(Path path) {
 || requires(Path path) { QMFileManager::removeFolderIfEmpty(path); }
 || requires(Path path) { QMFileManager::removeFile(path, ShouldAuth::No); }
 || requires(Path path) { QMFileManager::trashFile(path, std::chrono::seconds(1)); };
+static_assert(!std::is_default_constructible_v<QMFileManager>, "its operations belong to the class");
+static_assert(!std::is_copy_constructible_v<QMFileManager> && !std::is_copy_assignable_v<QMFileManager>);
 static_assert(IsAPath<std::string> && IsAPath<const char*> && !IsAPath<std::nullptr_t>);
 
 template <class First, class Second>
