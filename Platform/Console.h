@@ -12,7 +12,7 @@ class Console {
  public:
   virtual ~Console() = default;
 
-  /// Writes one message as it stands. Any thread; never fails towards the caller.
+  /// Writes one message, without what would steer a terminal. Any thread; never fails towards the caller.
   virtual void print(std::string_view text) = 0;
 };
 

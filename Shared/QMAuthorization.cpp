@@ -85,6 +85,7 @@ QMAuthorization* QMAuthorization::init() { return initWithGUI(WithGUI::Yes); }
 QMAuthorization* QMAuthorization::initWithoutGUI() { return initWithGUI(WithGUI::No); }
 
 QMAuthorization* QMAuthorization::initWithGUI(WithGUI withGUI) {
+  const std::scoped_lock lock(sessionMutex_);
   hasGUI_ = withGUI == WithGUI::Yes;
   authRef_ = nullptr;
   AuthorizationRef handedDown = nullptr;
@@ -100,17 +101,27 @@ bool QMAuthorization::canAuthorize() const { return hasGUI_ || isRoot(); }
 bool QMAuthorization::isAuthorized() const { return isRoot() || authRef_ != nullptr; }
 
 bool QMAuthorization::authStart() {
+  const std::scoped_lock lock(sessionMutex_);
+  return startSession();
+}
+
+/// Under the lock. Other threads see the session when it has its rights, and not while the dialog is shown.
+bool QMAuthorization::startSession() {
   if (isAuthorized()) return true;
   if (!hasGUI_) {
     printToConsole("Unable to authorize");
     return false;
   }
   auto& services = *platform().authorizationServices;
-  if (services.create({}, kAuthorizationFlagDefaults, &authRef_) == errAuthorizationSuccess) {
+  AuthorizationRef session = nullptr;
+  if (services.create({}, kAuthorizationFlagDefaults, &session) == errAuthorizationSuccess) {
     constexpr AuthorizationFlags flags =
         kAuthorizationFlagInteractionAllowed | kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
-    if (services.copyRights(authRef_, administratorRights(), {}, flags) == errAuthorizationSuccess) return true;
-    services.free(authRef_, kAuthorizationFlagDefaults);
+    if (services.copyRights(session, administratorRights(), {}, flags) == errAuthorizationSuccess) {
+      authRef_ = session;
+      return true;
+    }
+    services.free(session, kAuthorizationFlagDefaults);
   }
   authRef_ = nullptr;
   return false;
@@ -123,16 +134,21 @@ bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
   AuthorizationItems credentials(2);
   const WipeAtEnd wiped(credentials);
   fillCredentials(credentials, *user, *password);
+  const std::scoped_lock lock(sessionMutex_);
   auto& services = *platform().authorizationServices;
   // The handle is overwritten, not freed: another session may still be in use under it.
-  if (const auto status = services.create(credentials, kAuthorizationFlagDefaults, &authRef_); status != 0) {
+  AuthorizationRef session = nullptr;
+  if (const auto status = services.create(credentials, kAuthorizationFlagDefaults, &session); status != 0) {
     printToConsole("Unable to create authRef - error %d", status);
     authRef_ = nullptr;
     return false;
   }
   constexpr AuthorizationFlags flags = kAuthorizationFlagExtendRights | kAuthorizationFlagPreAuthorize;
-  if (services.copyRights(authRef_, administratorRights(), credentials, flags) == errAuthorizationSuccess) return true;
-  services.free(authRef_, kAuthorizationFlagDefaults);
+  if (services.copyRights(session, administratorRights(), credentials, flags) == errAuthorizationSuccess) {
+    authRef_ = session;
+    return true;
+  }
+  services.free(session, kAuthorizationFlagDefaults);
   authRef_ = nullptr;
   printToConsole("Authorization failed. Invalid username or password");
   QMLog::appendLog("Authorization failed. Invalid username or password");
@@ -140,6 +156,7 @@ bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
 }
 
 void QMAuthorization::authEnd() {
+  const std::scoped_lock lock(sessionMutex_);
   if (!isRoot() && authRef_ != nullptr) platform().authorizationServices->free(authRef_, kAuthorizationFlagDefaults);
   authRef_ = nullptr;
 }
@@ -160,19 +177,26 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
     runAsRoot(path, parameters, async);
     return errAuthorizationSuccess;
   }
-  if (!isAuthorized()) {
-    if (hasGUI_) platform().authorizationServices->announce(path, parameters);
-    authStart();
-  }
-  if (!isAuthorized()) return kNotAuthorized;
-
   std::shared_ptr<CommunicationsPipe> pipe;
-  const auto status = platform().authorizationServices->executeWithPrivileges(
-      authRef_, path, kAuthorizationFlagDefaults, parameters, &pipe);
-  if (pipe) communicationsPipes_.push_back(pipe);
+  const auto status = launchWithRights(path, parameters, pipe);
   if (status != errAuthorizationSuccess || async == Async::Yes) return status;
   while (pipe && pipe->readCharacter() >= 0) {
   }
+  return status;
+}
+
+/// In one piece, so that the session is still there when the tool is started.
+std::int32_t QMAuthorization::launchWithRights(const std::string& path, const std::vector<std::string>& parameters,
+                                               std::shared_ptr<CommunicationsPipe>& pipe) {
+  const std::scoped_lock lock(sessionMutex_);
+  auto& services = *platform().authorizationServices;
+  if (!isAuthorized()) {
+    if (hasGUI_) services.announce(path, parameters);
+    startSession();
+  }
+  if (!isAuthorized()) return kNotAuthorized;
+  const auto status = services.executeWithPrivileges(authRef_, path, kAuthorizationFlagDefaults, parameters, &pipe);
+  if (pipe) communicationsPipes_.push_back(pipe);
   return status;
 }
 

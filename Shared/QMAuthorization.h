@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,7 +23,10 @@ enum class DeleteOnRootAccount : bool { No, Yes };
 /// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
 /// removes asks the guard first and refuses system folders as a whole. Commands only start their
 /// tool: true means that it was started (as root, that starting it was tried), not that it did its
-/// work, so callers that must know watch the disk. Refusals are printed to the system console. One thread at a time.
+/// work, so callers that must know watch the disk. Refusals are printed to the system console.
+///
+/// Any thread. The session is asked for and used by one at a time: who asks while the password dialog is shown for
+/// another waits for its end.
 class QMAuthorization : public Singleton<QMAuthorization> {
  public:
   using AuthorizationRef = qm::platform::AuthorizationRef;
@@ -132,10 +137,15 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   std::optional<std::string> trashDestination(const std::string& path) const;
   bool deletesOnRootAccount(DeleteOnRootAccount flag) const;
 
-  AuthorizationRef authRef_ = nullptr;
-  bool hasGUI_ = false;
+  bool startSession();
+  std::int32_t launchWithRights(const std::string& path, const std::vector<std::string>& parameters,
+                                std::shared_ptr<qm::platform::CommunicationsPipe>& pipe);
+
+  std::atomic<AuthorizationRef> authRef_{nullptr};
+  std::atomic<bool> hasGUI_{false};
   std::optional<std::string> userDirectory_;
   /// The output of every tool started: kept open, since a tool that outlives the call would be
   /// ended by writing to a closed pipe.
   std::vector<std::shared_ptr<qm::platform::CommunicationsPipe>> communicationsPipes_;
+  std::mutex sessionMutex_;  // of all calls of Authorization Services, and of communicationsPipes_
 };

@@ -13,6 +13,8 @@ class QMException {
   using Exception = qm::foundation::Exception;
 
   QMException() = delete;
+  QMException(const QMException&) = delete;
+  QMException& operator=(const QMException&) = delete;
 
   /// `didTimeout:`. The exception's name is exactly "NSPortTimeoutException". Nil is none.
   static bool didTimeout(const Exception* exception);

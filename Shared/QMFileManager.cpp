@@ -1,7 +1,9 @@
 #include "Shared/QMFileManager.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "Platform/Clock.h"
@@ -14,11 +16,13 @@
 #include "Platform/foundation/Format.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Strings.h"
+#include "Platform/foundation/Utf8.h"
 #include "Shared/QMAuthorization.h"
 #include "Shared/QMLocalPaths.h"
 #include "Shared/QMLog.h"
 
 using qm::foundation::appendingPathComponent;
+using qm::foundation::characterAt;
 using qm::foundation::deletingLastPathComponent;
 using qm::foundation::deletingPathExtension;
 using qm::foundation::formatted;
@@ -61,11 +65,31 @@ bool orAuthorize(const Status& plain, std::string_view message, ShouldAuth shoul
   return shouldAuth == ShouldAuth::Yes && privileged(authorization());
 }
 
+/// The path with room for a number in its name: the end of the name goes, or of what stands before its extension.
+std::string withRoomForANumber(const std::string& path) {
+  constexpr std::size_t room = std::string_view(" 999").size();
+  const std::string name = lastPathComponent(path);
+  std::string_view stem = name;
+  const std::string extension = pathExtension(path);
+  if (extension.size() + 1 + room < name.size() && !extension.empty()) stem.remove_suffix(extension.size() + 1);
+  if (stem.size() <= room) return path;
+  std::size_t end = 0;
+  for (std::size_t next = 0; next <= stem.size() - room; next += characterAt(stem, next).length) end = next;
+  return appendingPathComponent(deletingLastPathComponent(path),
+                                std::string(stem.substr(0, end)).append(name, stem.size()));
+}
+
 /// Renames through a free name, since the destination is the source itself where letter case does
 /// not count. Where it counts and the destination is free, the first step is the whole move.
 bool moveThroughFreeName(const std::string& source, const std::string& destination) {
-  const std::string between = QMFileManager::uniqueFilename(destination);
-  if (!fileSystem().moveItem(source, between)) return false;
+  constexpr int tooLong = static_cast<int>(std::errc::filename_too_long);
+  std::string between = QMFileManager::uniqueFilename(destination);
+  Status moved = fileSystem().moveItem(source, between);
+  if (moved.code() == tooLong) {
+    between = QMFileManager::uniqueFilename(withRoomForANumber(destination));
+    moved = fileSystem().moveItem(source, between);
+  }
+  if (!moved) return false;
   return between == destination || fileSystem().moveItem(between, destination).ok();
 }
 

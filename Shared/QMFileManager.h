@@ -40,6 +40,8 @@ enum class SetCreationDate : bool { No, Yes };
 class QMFileManager {
  public:
   QMFileManager() = delete;
+  QMFileManager(const QMFileManager&) = delete;
+  QMFileManager& operator=(const QMFileManager&) = delete;
 
   /// `moveFile:toPath:shouldAuth:`. Never replaces in the plain attempt; the administrator's move
   /// does. Clears the lock of the destination and of the files below destination/name-of-source

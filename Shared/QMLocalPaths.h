@@ -21,6 +21,8 @@ enum class ExactMatch : bool { No, Yes };
 class QMLocalPaths {
  public:
   QMLocalPaths() = delete;
+  QMLocalPaths(const QMLocalPaths&) = delete;
+  QMLocalPaths& operator=(const QMLocalPaths&) = delete;
 
   /// `applicationDirectory:`
   static std::optional<std::string> applicationDirectory(UserDomain user);

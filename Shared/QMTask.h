@@ -144,9 +144,9 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `asyncTaskReturnData:`. Hands one piece to the delegate if it answers the selector, and ends the run
   /// after the empty one either way.
   void asyncTaskReturnData(const AsyncTaskNotification& notification);
-  /// `terminateAsyncTask`. Ends the reading, lets go of delegate and context, asks the tool to end and clears
-  /// `theTask`, in this order; a read that is blocked ends at once. The delegate is not told: nothing more reaches it
-  /// but a piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
+  /// `terminateAsyncTask`. Ends the reading, lets go of delegate and context, asks the tool to end and empties the
+  /// slot, in this order; a read that is blocked ends at once. The delegate is not told: nothing more reaches it but a
+  /// piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
   /// delegate's own calls included; called while this runner lets go of a delegate or context, it ends the run that
   /// these belong to and no other.
   void terminateAsyncTask();

@@ -1,10 +1,10 @@
 #include "Platform/posix/FileMessages.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 #include <system_error>
 
+#include "Platform/foundation/ControlCharacters.h"
 #include "Platform/posix/ItemPath.h"
 
 namespace qm::posix {
@@ -76,11 +76,7 @@ std::string_view actionText(FileOperation operation) {
 }
 
 /// A name between quotation marks, on one line whatever it holds.
-std::string quoted(std::string name) {
-  std::replace_if(
-      name.begin(), name.end(), [](char c) { return std::iscntrl(static_cast<unsigned char>(c)) != 0; }, '?');
-  return "“" + name + "”";
-}
+std::string quoted(const std::string& name) { return "“" + foundation::replacingControlCharacters(name, '?') + "”"; }
 
 std::string reasonText(const FileError& error) {
   if (error.side == FileError::Side::InTheWay) return " because " + quoted(error.item) + " is in it.";

@@ -1,17 +1,13 @@
 #include "Platform/linux/archives/ArchiveProblem.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
+#include "Platform/foundation/ControlCharacters.h"
+
 namespace qm::linux_ {
 
-std::string shownName(std::string_view name) {
-  std::string shown(name);
-  const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7f; };
-  std::replace_if(shown.begin(), shown.end(), isControl, '?');
-  return shown;
-}
+std::string shownName(std::string_view name) { return foundation::replacingControlCharacters(name, '?'); }
 
 platform::Status problemWith(std::string_view name, int error) {
   return platform::Status::failed(error, shownName(name) + ": " + std::system_category().message(error));

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <set>
 
+#include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Strings.h"
 #include "Platform/foundation/Utf8.h"
@@ -15,8 +16,6 @@ namespace {
 
 constexpr std::string_view kOwnMark = "\nX-Quillmark-Bundle=";
 constexpr std::size_t kLongestName = 200;
-
-bool isControl(std::int32_t character) { return character < 0x20 || (character >= 0x7f && character < 0xa0); }
 
 // U+2028 and U+2029 end lines, too.
 bool breaksLine(std::int32_t character) { return character == 0x2028 || character == 0x2029; }
@@ -44,7 +43,7 @@ std::string displayed(std::string_view text) {
   const std::string line = eachCharacter(text, [](const Character& character, std::string_view bytes) {
     if (!character.isValid()) return std::string("\xEF\xBF\xBD");
     if (turnsAround(character.codePoint)) return std::string();
-    const bool blank = isControl(character.codePoint) || breaksLine(character.codePoint);
+    const bool blank = foundation::isControlCharacter(character.codePoint) || breaksLine(character.codePoint);
     return blank ? std::string(" ") : std::string(bytes);
   });
   return foundation::trimmingWhitespaceAndNewlines(foundation::firstCharacters(line, kLongestName));
@@ -54,7 +53,8 @@ bool isExpressible(std::string_view path) {
   for (std::size_t i = 0; i < path.size();) {
     const Character character = foundation::characterAt(path, i);
     const std::int32_t code = character.codePoint;
-    if (!character.isValid() || (isControl(code) && code != '\t' && code != '\n' && code != '\r')) return false;
+    if (!character.isValid() || (foundation::isControlCharacter(code) && code != '\t' && code != '\n' && code != '\r'))
+      return false;
     i += character.length;
   }
   return true;

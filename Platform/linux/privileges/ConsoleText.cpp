@@ -2,17 +2,11 @@
 
 #include <algorithm>
 
+#include "Platform/foundation/ControlCharacters.h"
+
 namespace qm::linux_ {
 
-std::string inOneLine(std::string message) {
-  constexpr char lastControl = '\x1f';
-  constexpr char rubout = '\x7f';
-  const auto isControl = [](char character) {
-    return (character >= '\0' && character <= lastControl) || character == rubout;
-  };
-  std::ranges::replace_if(message, isControl, ' ');
-  return message;
-}
+std::string inOneLine(const std::string& message) { return foundation::replacingControlCharacters(message, ' '); }
 
 std::string leftAsItWas(const std::vector<std::string>& arguments) {
   const auto item = std::ranges::find_if(arguments, [](const std::string& text) { return text.starts_with('/'); });

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 
+#include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/DateText.h"
 #include "Platform/linux/system/Environment.h"
 
@@ -62,7 +63,7 @@ void SystemConsole::print(std::string_view text) {
 void SystemConsole::printToStandardError(std::string_view text) const {
   std::string line = foundation::dateDescription(clock_.localTime(clock_.now()));
   line += " " + name_ + "[" + std::to_string(::getpid()) + "]: ";
-  line += text;
+  line += foundation::replacingControlCharacters(text, ' ', "\n");
   line += '\n';
   writeAll(line);
 }

@@ -10,9 +10,10 @@ namespace qm::linux_ {
 /// Standard error and, where the machine has one, the system journal.
 ///
 /// On standard error a message is one write of "DATE NAME[PID]: MESSAGE\n", so that the messages of several threads
-/// stand one after the other; line ends inside it stay. The journal gets the message alone. When standard error is the
-/// journal already, the message goes there once. A console that takes nothing is passed over. A broken pipe
-/// counts as such only while SIGPIPE is ignored, which is up to the program.
+/// stand one after the other; line ends inside it stay, and other control characters, which a terminal would obey,
+/// become blanks. The journal gets the message alone, as it stands. When standard error is the journal already, the
+/// message goes there once. A console that takes nothing is passed over. A broken pipe counts as such only while
+/// SIGPIPE is ignored, which is up to the program.
 class SystemConsole : public platform::Console {
  public:
   /// `name` stands for the program, on both.

@@ -1,8 +1,9 @@
 #include "Platform/linux/trash/TrashProblem.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
+
+#include "Platform/foundation/ControlCharacters.h"
 
 namespace qm::linux_ {
 namespace {
@@ -45,14 +46,8 @@ std::string folderWords(int code, const std::string& quoted) {
   }
 }
 
-bool isControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7f;
-}
-
-std::string quotedForPeople(std::string name) {
-  std::replace_if(name.begin(), name.end(), isControl, '?');
-  return "“" + name + "”";
+std::string quotedForPeople(const std::string& name) {
+  return "“" + foundation::replacingControlCharacters(name, '?') + "”";
 }
 
 }  // namespace

@@ -62,6 +62,15 @@ TEST(WritingOnDisk, ReadersSeeTheOldContentsOrTheNew) {
   });
 }
 
+TEST(WritingOnDisk, NamesAFileInOneLineThatSteersNoTerminal) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFolders(home + "/a\n\x1b[2J\u009b\x9b é");
+    expectError(files.writeFileAtomically(home + "/a\n\x1b[2J\u009b\x9b é", "text"), EISDIR,
+                "“a??[2J?? é” couldn’t be saved because it is a folder.");
+  });
+}
+
 TEST(LinkingOnDisk, SaysWhyAFileGotNoSecondName) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");

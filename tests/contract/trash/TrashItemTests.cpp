@@ -135,6 +135,7 @@ TEST(TrashItems, StayWhenTheyAreMissing) {
 TEST(TrashItems, AreNamedWithoutLineEndsInTheSentence) {
   World::play([](World& world) {
     EXPECT_EQ(world.recycle("/home/u", "a\nb\tc").localizedDescription(), sentence("a?b?c", "it doesn’t exist"));
+    EXPECT_EQ(world.recycle("/home/u", "\u009bK\x9b").localizedDescription(), sentence("?K?", "it doesn’t exist"));
   });
 }
 

@@ -29,6 +29,7 @@ static_assert(!std::is_constructible_v<Exception, std::nullptr_t, const char*>);
 static_assert(!std::is_constructible_v<Exception, const char*, std::nullptr_t>);
 static_assert(std::is_nothrow_copy_constructible_v<Exception>, "an exception on its way up is copied");
 static_assert(!std::is_default_constructible_v<QMException>, "its operations belong to the class");
+static_assert(!std::is_copy_constructible_v<QMException> && !std::is_copy_assignable_v<QMException>);
 
 // MARK: - The exception itself
 

@@ -15,6 +15,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 template <class Path>
@@ -39,6 +40,8 @@ concept IsAPath = requires(Path path) {
 || requires(Path path) { QMFileManager::removeFolderIfEmpty(path); }
 || requires(Path path) { QMFileManager::removeFile(path, ShouldAuth::No); }
 || requires(Path path) { QMFileManager::trashFile(path, std::chrono::seconds(1)); };
+static_assert(!std::is_default_constructible_v<QMFileManager>, "its operations belong to the class");
+static_assert(!std::is_copy_constructible_v<QMFileManager> && !std::is_copy_assignable_v<QMFileManager>);
 static_assert(IsAPath<std::string> && IsAPath<const char*> && !IsAPath<std::nullptr_t>);
 
 template <class First, class Second>
@@ -189,6 +192,63 @@ TEST_F(LetterCase, CountsLettersBeyondASCII) {
   fakes.disk.addFile("/x/Übung");
   EXPECT_TRUE(QMFileManager::moveFile("/x/Übung", "/x/übung"));
   EXPECT_TRUE(fakes.disk.has("/x/übung"));
+}
+
+/// Names that are too long for a number behind them, where letter case does not count.
+class LongLetterCase : public LetterCase {
+ protected:
+  LongLetterCase() { fakes.disk.setVolumeKind("/", {.caseInsensitive = true}); }
+
+  /// Renames an item of the first name to the second and back, with nothing left between.
+  void expectRenamed(const std::string& from, const std::string& to) {
+    fakes.disk.addFile("/long/" + from, from);
+    EXPECT_TRUE(QMFileManager::moveFile("/long/" + from, "/long/" + to, ShouldAuth::No));
+    EXPECT_THAT(fakes.disk.tree("/long"), Contains("/long/" + to));
+    EXPECT_THAT(fakes.disk.tree("/long"), Not(Contains("/long/" + from)));
+    EXPECT_EQ(fakes.disk.fileContents("/long/" + to), from);
+    EXPECT_THAT(logged(), IsEmpty());
+  }
+};
+
+TEST_F(LongLetterCase, GoesThroughANameThatFits) {
+  for (const std::size_t length : {253U, 254U, 255U}) {
+    expectRenamed(std::string(length, 'r'), "R" + std::string(length - 1, 'r'));
+  }
+  EXPECT_EQ(moves()[0],
+            "fileSystem.moveItem(/long/" + std::string(253, 'r') + ", /long/R" + std::string(252, 'r') + " 2)")
+      << "where it fits, the usual one";
+  EXPECT_EQ(fakes.disk.tree("/long").size(), 3U);
+}
+
+TEST_F(LongLetterCase, KeepsTheExtensionBetween) {
+  const std::string stem(250, 'r');
+  expectRenamed(stem + ".txt", "R" + stem.substr(1) + ".txt");
+  EXPECT_EQ(moves()[1], "fileSystem.moveItem(/long/" + stem + ".txt, /long/R" + std::string(245, 'r') + ".txt)");
+  expectRenamed("r." + std::string(253, 'x'), "R." + std::string(253, 'x'));
+}
+
+TEST_F(LongLetterCase, CutsNoCharacterInTwo) {
+  std::string name;
+  for (int count = 0; count < 85; ++count) name += "\u20ac";
+  expectRenamed(name.substr(0, 252) + "abc", name.substr(0, 252) + "ABC");
+  EXPECT_EQ(moves()[1], "fileSystem.moveItem(/long/" + name.substr(0, 252) + "abc, /long/" + name.substr(0, 249) + ")");
+}
+
+TEST_F(LongLetterCase, TakesAFreeNameThatFits) {
+  const std::string stem(251, 'r');
+  fakes.disk.addFile("/long/" + stem, "another");
+  expectRenamed(stem + "rrrr", "R" + stem.substr(1) + "rrrr");
+  EXPECT_EQ(fakes.disk.fileContents("/long/" + stem), "another");
+}
+
+TEST_F(LongLetterCase, FallsBackToTheOrdinaryMoveWhenNoNameFits) {
+  std::string folder = "/long";
+  while (folder.size() < 4000) folder += "/" + std::string(90, 'f');
+  folder += "/" + std::string(4093 - folder.size() - 1, 'f');
+  fakes.disk.addFile(folder + "/r", "contents");
+  EXPECT_FALSE(QMFileManager::moveFile(folder + "/r", folder + "/R", ShouldAuth::No));
+  EXPECT_EQ(fakes.disk.fileContents(folder + "/r"), "contents");
+  EXPECT_THAT(logged(), ElementsAre(StartsWith("Error moving file: ")));
 }
 
 TEST_F(LetterCase, BringsAnItemBackToItsOwnName) {

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "tests/unit/shared/LocalPathsTest.h"
@@ -16,6 +17,9 @@ using platform::StandardDirectory;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::ValuesIn;
+
+static_assert(!std::is_default_constructible_v<QMLocalPaths>, "its operations belong to the class");
+static_assert(!std::is_copy_constructible_v<QMLocalPaths> && !std::is_copy_assignable_v<QMLocalPaths>);
 
 using Text = std::optional<std::string>;
 

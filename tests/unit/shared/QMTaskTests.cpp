@@ -77,6 +77,7 @@ static_assert(isThirdArgument<TimeoutInterval> && isThirdArgument<std::nullptr_t
 static_assert(!isThirdArgument<int> && !isThirdArgument<double>, "a bare number is no limit");
 static_assert(!std::is_constructible_v<Arguments, std::nullptr_t>, "arguments are nil, not null");
 static_assert(!std::is_default_constructible_v<QMTask>, "a runner is always shared with its timer");
+static_assert(!std::is_copy_constructible_v<QMTask> && !std::is_copy_assignable_v<QMTask>);
 
 // MARK: - What is refused
 

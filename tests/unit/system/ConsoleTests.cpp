@@ -87,9 +87,14 @@ TEST_F(SystemConsole, PrintsADatedLine) {
             prefix() + "Task timed out. Terminating...\n");
 }
 
-TEST_F(SystemConsole, PrintsAnyBytesAsTheyStand) {
-  const std::string odd("100% %n %s \xff\xc3\xa4\t\0end", 19);
+TEST_F(SystemConsole, PrintsAnyTextAsItStands) {
+  const std::string odd = "100% %n %s \xff\xc3\xa4 \u2028";
   EXPECT_EQ(captured([&odd](auto& console) { console.print(odd); }), prefix() + odd + "\n");
+}
+
+TEST_F(SystemConsole, PrintsNothingThatSteersATerminal) {
+  const std::string odd("/home/\x1b[2J\r\t\0\u009b\x9b\x7fu", 18);
+  EXPECT_EQ(captured([&odd](auto& console) { console.print(odd); }), prefix() + "/home/ [2J      u\n");
 }
 
 TEST_F(SystemConsole, KeepsLineEndsAndEmptyMessages) {
@@ -208,6 +213,13 @@ TEST_F(SystemJournal, GetsAllLinesOfAMessage) {
     captured([](auto& console) { console.print("one\ntwo"); });
     // A value with line ends goes with its length in front, eight bytes, the lowest first.
     EXPECT_THAT(readPiece(journal_.get()), HasSubstr(std::string("MESSAGE\n\7\0\0\0\0\0\0\0one\ntwo\n", 24)));
+  });
+}
+
+TEST_F(SystemJournal, GetsAMessageAsItStands) {
+  inMachine([this] {
+    EXPECT_EQ(captured([](auto& console) { console.print("\x1b[1mbold"); }), prefix() + " [1mbold\n");
+    EXPECT_THAT(readPiece(journal_.get()), HasSubstr("MESSAGE=\x1b[1mbold\n"));
   });
 }
 

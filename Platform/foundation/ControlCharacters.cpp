@@ -1,0 +1,31 @@
+#include "Platform/foundation/ControlCharacters.h"
+
+#include "Platform/foundation/Utf8.h"
+
+namespace qm::foundation {
+namespace {
+
+/// A byte outside UTF-8 is what it would be in an encoding of one byte for each character.
+bool steersTerminals(const Character& character, char firstByte) {
+  return isControlCharacter(character.isValid() ? character.codePoint : static_cast<unsigned char>(firstByte));
+}
+
+}  // namespace
+
+std::string replacingControlCharacters(std::string_view text, char replacement, std::string_view kept) {
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    const Character character = characterAt(text, at);
+    const char first = text[at];
+    if (steersTerminals(character, first) && kept.find(first) == std::string_view::npos) {
+      result += replacement;
+    } else {
+      result.append(text, at, character.length);
+    }
+    at += character.length;
+  }
+  return result;
+}
+
+}  // namespace qm::foundation
