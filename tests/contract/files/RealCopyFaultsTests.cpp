@@ -290,7 +290,7 @@ TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
     makeFifo(from + "/fifo", 1001);
-    ASSERT_EQ(::chmod((from + "/fifo").c_str(), 0641), 0);
+    ASSERT_EQ(::chmod((from + "/fifo").c_str(), 06641), 0);
     ASSERT_EQ(::symlink("fifo", (from + "/link").c_str()), 0);
     ASSERT_EQ(::lchown((from + "/link").c_str(), 1000, 1001), 0);
     const timespec times[2] = {{1'000'000'001, 123'456'789}, {1'000'000'002, 987'654'321}};

@@ -28,6 +28,15 @@ TEST(WritingOnDisk, GivesNewFilesTheDefaultModeAndKeepsThatOfOldOnes) {
   });
 }
 
+TEST(WritingOnDisk, GivesNewFilesEveryRightThatTheMaskLeaves) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    ::umask(0);
+    expectDone(files.writeFileAtomically(home + "/new", "text"));
+    EXPECT_EQ(modeOf(home + "/new"), 0666U);
+  });
+}
+
 TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
