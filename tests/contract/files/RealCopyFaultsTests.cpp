@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/RealFiles.h"
@@ -214,6 +215,30 @@ TEST(CopyingAmongOthers, ChangesNothingThatTookThePlaceOfALoneItem) {
       EXPECT_EQ(after.st_mode, before.st_mode) << exchange.what;
       EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec) << exchange.what;
     }
+  });
+}
+
+TEST(CopyingAmongOthers, TakesNothingForItsFileThatTookTheNameOfIt) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    const std::string name = "new";
+    const std::string file = "file";
+    makeFile(from + "/file", "text");
+    makeFile(to + "/theirs", "kept");
+    const posix::UniqueFd source(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::UniqueFd folder(::open(to.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    inChild([&] {
+      posix::SourceFile opened;
+      ASSERT_EQ(posix::openSourceFile({source.get(), file}, opened), 0);
+      afterSystemCall(SYS_openat, [&] { fs::rename(to + "/theirs", to + "/new"); });
+      posix::CopyObserver nobody;
+      posix::ItemCopier copier(nobody);
+      const auto result = copier.copyFile(opened, {folder.get(), name}, posix::InheritedAccess::Possible);
+      EXPECT_EQ(result.error, ESTALE);
+      EXPECT_FALSE(result.made);
+    });
+    EXPECT_EQ(textOf(to + "/new"), "kept");
   });
 }
 

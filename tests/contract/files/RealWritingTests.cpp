@@ -53,6 +53,24 @@ TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
   });
 }
 
+TEST(WritingOnDisk, RemovesNothingThatTookThePlaceOfItsTemporaryFile) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    const std::string theirs = openFolder("theirs") + "/file";
+    makeFile(theirs, "kept");
+    const auto swap = [&] {
+      const std::string hidden = std::filesystem::directory_iterator(home)->path();
+      EXPECT_EQ(std::rename(theirs.c_str(), hidden.c_str()), 0);
+    };
+    inChild([&] {
+      failSystemCall(SYS_renameat, EIO);
+      afterSystemCall(SYS_fsync, swap);
+      EXPECT_EQ(files.writeFileAtomically(home + "/file", "new").code(), EIO);
+    });
+    EXPECT_EQ(textOf(std::filesystem::directory_iterator(home)->path()), "kept");
+  });
+}
+
 TEST(WritingOnDisk, ReadersSeeTheOldContentsOrTheNew) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
