@@ -188,6 +188,36 @@ TEST_F(ArchiveAmongOthers, OpensUpNoFolderThatTookThePlaceOfOneThatItMade) {
   EXPECT_EQ(attributesOf(folder).st_mode & 07777, 0700U);
 }
 
+TEST_F(ArchiveAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfOneThatItMade) {
+  makeFolder("existing");
+  makeFolder("strangers");
+  runInPrivateMachine([this] {
+    ASSERT_EQ(::chown(path("strangers").c_str(), 1000, 1000), 0);
+    inChild([this] {
+      afterSystemCall(SYS_mkdirat, [this] {
+        std::filesystem::rename(path("existing/item"), path("taken"));
+        std::filesystem::rename(path("strangers"), path("existing/item"));
+      });
+      EXPECT_EQ(unpack(path("whole.zip"), path("existing")).code(), ESTALE);
+    });
+  });
+  EXPECT_TRUE(isThere(path("taken")));
+  EXPECT_TRUE(std::filesystem::is_empty(path("existing/item")));
+}
+
+TEST_F(ArchiveAmongOthers, RemovesNothingThatTookTheNameOfAnUnfinishedFile) {
+  makeFolder("existing");
+  makeFile("theirs", "kept");
+  const std::string file = path("existing/item/folder/file");
+  isStopped = [&] {
+    if (!isThere(file)) return false;
+    std::filesystem::rename(path("theirs"), file);
+    return true;
+  };
+  EXPECT_FALSE(unpack(path("whole.zip"), path("existing")));
+  EXPECT_EQ(contentsOf(file), "kept");
+}
+
 TEST_F(ArchiveFailure, OfMergingLeavesWhatWasThere) { EXPECT_EQ(merging(SYS_renameat), "item/link: " + kBroken); }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "Platform/linux/trash/UnflushedTrashes.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <optional>
 #include <utility>
 
@@ -24,6 +26,8 @@ void UnflushedTrashes::flush() {
   for (const auto& [device, folder] : folders) {
     const posix::UniqueFd opened(
         ::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    // One that may not be read cannot be named to the system; all that there is can.
+    if (!opened && errno == EACCES) ::sync();
     const std::optional<Place> place = opened ? placeOf(opened.get()) : std::nullopt;
     if (place && place->sameItem(folder.place)) static_cast<void>(posix::flushVolume(opened.get()));
   }

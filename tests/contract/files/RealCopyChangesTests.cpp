@@ -184,6 +184,53 @@ TEST(CopyingWhatChanges, CopiesWhatAFileHasBecome) {
   });
 }
 
+TEST(CopyingWhatChanges, CopiesNothingThatALinkInThePlaceOfAFileLeadsTo) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    makeFile(from + "/secret", "secret");
+    Meddler meddler(at("/file", [&] {
+      fs::remove(from + "/tree/file");
+      fs::create_symlink("../secret", from + "/tree/file");
+    }));
+    EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, 0);
+    EXPECT_EQ(fs::read_symlink(to + "/copy/file"), "../secret");
+    EXPECT_EQ(countIn(to + "/copy"), 1U);
+  });
+}
+
+TEST(CopyingWhatChanges, CanBeGivenUpAfterItsLastByte) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/file", "text");
+    Meddler meddler({}, [](std::uint64_t count) { return count == 0 ? ECANCELED : 0; });
+    EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, ECANCELED);
+    EXPECT_EQ(meddler.bytes, 4U);
+    EXPECT_EQ(countIn(to), 0U);
+  });
+}
+
+/// A number that an earlier call has left says nothing of a call that went well.
+TEST(CopyingWhatChanges, EndsWhereAFileWasCutOffAlsoAfterAnInterruption) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/file", std::string(1'000'000, 'a'));
+    inChild([&] {
+      for (const long call : {SYS_ioctl, SYS_copy_file_range}) failSystemCall(call, ENOTSUP);
+      Meddler meddler({}, afterTheFirst([&] {
+                        fs::resize_file(from + "/file", 500'000);
+                        errno = EINTR;
+                      }));
+      EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, 0);
+      EXPECT_EQ(fs::file_size(to + "/copy"), 500'000U);
+    });
+  });
+}
+
 TEST(CopyingWhatChanges, FailsWhenAFileHasBecomeAFolder) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "Platform/posix/ItemCopy.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/RealFiles.h"
@@ -217,6 +218,30 @@ TEST(CopyingAmongOthers, ChangesNothingThatTookThePlaceOfALoneItem) {
   });
 }
 
+TEST(CopyingAmongOthers, TakesNothingForItsFileThatTookTheNameOfIt) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    const std::string name = "new";
+    const std::string file = "file";
+    makeFile(from + "/file", "text");
+    makeFile(to + "/theirs", "kept");
+    const posix::UniqueFd source(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const posix::UniqueFd folder(::open(to.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    inChild([&] {
+      posix::SourceFile opened;
+      ASSERT_EQ(posix::openSourceFile({source.get(), file}, opened), 0);
+      afterSystemCall(SYS_openat, [&] { fs::rename(to + "/theirs", to + "/new"); });
+      posix::CopyObserver nobody;
+      posix::ItemCopier copier(nobody);
+      const auto result = copier.copyFile(opened, {folder.get(), name}, posix::InheritedAccess::Possible);
+      EXPECT_EQ(result.error, ESTALE);
+      EXPECT_FALSE(result.made);
+    });
+    EXPECT_EQ(textOf(to + "/new"), "kept");
+  });
+}
+
 TEST(CopyingAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfTheCopy) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -290,7 +315,7 @@ TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
     makeFifo(from + "/fifo", 1001);
-    ASSERT_EQ(::chmod((from + "/fifo").c_str(), 0641), 0);
+    ASSERT_EQ(::chmod((from + "/fifo").c_str(), 06641), 0);
     ASSERT_EQ(::symlink("fifo", (from + "/link").c_str()), 0);
     ASSERT_EQ(::lchown((from + "/link").c_str(), 1000, 1001), 0);
     const timespec times[2] = {{1'000'000'001, 123'456'789}, {1'000'000'002, 987'654'321}};

@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "Platform/posix/FileMessages.h"
 #include "Platform/posix/HollowFolder.h"
 #include "Platform/posix/PosixFileSystem.h"
 #include "Platform/posix/UniqueFd.h"
@@ -40,6 +41,11 @@ TEST(RemovingAHollowFolderOnDisk, NamesWhatIsInTheWay) {
     EXPECT_EQ(error.item, "Other.app");
     EXPECT_EQ(error.side, posix::FileError::Side::InTheWay);
   });
+}
+
+TEST(RemovingAHollowFolderOnDisk, SaysThatSomethingCameMeanwhile) {
+  expectError(posix::statusOf(posix::FileOperation::Remove, {ENOTEMPTY, "sub"}, "/home/tree"), ENOTEMPTY,
+              "“sub” couldn’t be removed because something was put into it meanwhile.");
 }
 
 TEST(RemovingAHollowFolderOnDisk, NamesTheFolderThatCannotBeRead) {

@@ -327,6 +327,15 @@ TEST(MovingOnDisk, WaitsForTheDiskAlsoWhereTheNewFolderMayNotBeRead) {
   });
 }
 
+TEST(MovingOnDisk, LeavesAVolumeWhereItIsMounted) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    mountTmpfs(home + "/volume");
+    expectError(files.moveItem(home + "/volume", home + "/new"), EBUSY,
+                "“volume” couldn’t be moved to “home” because it is in use or holds another volume.");
+  });
+}
+
 TEST(MovingOnDisk, SaysWhy) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
@@ -335,6 +344,8 @@ TEST(MovingOnDisk, SaysWhy) {
     makeFolders(home + "/folder");
     expectError(files.moveItem(home + "/none", home + "/new"), ENOENT,
                 "“none” couldn’t be moved to “home” because it doesn’t exist.");
+    expectError(files.moveItem(home + "/none", home + "/nowhere/new"), ENOENT,
+                "“none” couldn’t be moved to “nowhere” because it doesn’t exist.");
     expectError(files.moveItem(home + "/a\nb", home + "/none/new"), ENOENT,
                 "“a?b” couldn’t be moved to “none” because the folder doesn’t exist.");
     expectError(files.moveItem(home + "/folder", home + "/folder/a"), EINVAL,

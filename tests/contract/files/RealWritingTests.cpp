@@ -28,6 +28,15 @@ TEST(WritingOnDisk, GivesNewFilesTheDefaultModeAndKeepsThatOfOldOnes) {
   });
 }
 
+TEST(WritingOnDisk, GivesNewFilesEveryRightThatTheMaskLeaves) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    ::umask(0);
+    expectDone(files.writeFileAtomically(home + "/new", "text"));
+    EXPECT_EQ(modeOf(home + "/new"), 0666U);
+  });
+}
+
 TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
@@ -41,6 +50,24 @@ TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
     }
     EXPECT_EQ(textOf(home + "/file"), "old");
     EXPECT_EQ(countIn(home), 1U);
+  });
+}
+
+TEST(WritingOnDisk, RemovesNothingThatTookThePlaceOfItsTemporaryFile) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    const std::string theirs = openFolder("theirs") + "/file";
+    makeFile(theirs, "kept");
+    const auto swap = [&] {
+      const std::string hidden = std::filesystem::directory_iterator(home)->path();
+      EXPECT_EQ(std::rename(theirs.c_str(), hidden.c_str()), 0);
+    };
+    inChild([&] {
+      failSystemCall(SYS_renameat, EIO);
+      afterSystemCall(SYS_fsync, swap);
+      EXPECT_EQ(files.writeFileAtomically(home + "/file", "new").code(), EIO);
+    });
+    EXPECT_EQ(textOf(std::filesystem::directory_iterator(home)->path()), "kept");
   });
 }
 

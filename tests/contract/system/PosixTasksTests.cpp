@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -168,6 +169,16 @@ TEST_F(PosixTasks, ConnectsEveryStreamToTheNullDevice) {
   EXPECT_THAT(lines, ElementsAre("/dev/null", folder_ + "/streams", "/dev/null"));
 }
 
+TEST_F(PosixTasks, ConnectsTheInputToTheNullDeviceWhateverTheProcessHas) {
+  inChild([this] {
+    const posix::UniqueFd file(::open(makeFile("input", "theirs", 0600).c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::dup2(file.get(), STDIN_FILENO), STDIN_FILENO);
+    auto task = prepare("/bin/cat");
+    task->setStandardInput(TaskStream::NullDevice);
+    EXPECT_EQ(outputOf(task), "");
+  });
+}
+
 TEST_F(PosixTasks, InheritsTheStreamsOfTheProcess) {
   inChild([this] {
     const std::string path = makeFile("output", "", 0600);
@@ -301,6 +312,28 @@ TEST_F(PosixTasks, ReapsManyToolsThatWereLetGoOf) {
   EXPECT_TRUE(waitUntil([] { return !hasChildren(); }));
 }
 
+/// The first keeps the thread waiting that the second is handed to.
+TEST_F(PosixTasks, ReapsToolsWhereTheThreadThatDoesSoCannotBeWoken) {
+  inChild([this] {
+    failSystemCall(SYS_eventfd2, EMFILE);
+    RealTasks real;
+    const auto launch = [&](const std::string& script) {
+      auto task = real.tasks.makeTask();
+      task->setLaunchPath("/bin/sh");
+      task->setArguments({"-c", script});
+      ASSERT_TRUE(task->launch().ok());
+    };
+    const std::string fifo = folder_ + "/fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    launch("read line < " + fifo);
+    const std::size_t whileOneRuns = openDescriptors();
+    launch("true");
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() == whileOneRuns; }));
+    std::ofstream(fifo) << "end\n";
+    EXPECT_TRUE(waitUntil([] { return !hasChildren(); }));
+  });
+}
+
 TEST_F(PosixTasks, ReapsAToolThatWasAskedAboutButNeverWaitedFor) {
   auto task = prepare("/bin/true");
   ASSERT_TRUE(task->launch().ok());
@@ -381,6 +414,21 @@ TEST_F(PosixTasks, FailsWithTheReasonWhenTheSystemHasNoProcessDescriptors) {
   inChild([this] {
     failSystemCall(SYS_pidfd_open, ENOSYS);
     expectRefused(prepare("/bin/true"), ENOSYS);
+  });
+}
+
+/// In a machine with process numbers of its own the tool's is known before: 2 or one of the next.
+TEST_F(PosixTasks, EndsAToolThatItCouldNotTellFromOthers) {
+  runInPrivateMachine([this] {
+    ASSERT_EQ(::unshare(CLONE_NEWPID), 0);
+    inChild([this] {
+      for (int number = 2; number < 10; ++number) failSystemCallOn(number, SYS_pidfd_open, EMFILE);
+      const std::string fifo = folder_ + "/fifo";
+      ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+      // By itself it would wait for ever.
+      EXPECT_EQ(prepareShell("read line < " + fifo)->launch().code(), EMFILE);
+      EXPECT_FALSE(hasChildren());
+    });
   });
 }
 

@@ -21,8 +21,8 @@ const std::string kVolume = "/volumes/stick";
 /// Whether a file system has been flushed since this was made.
 class Flush {
  public:
-  Flush() {
-    afterSystemCall(SYS_syncfs, [this] { seen_ = true; });
+  explicit Flush(long call = SYS_syncfs) {
+    afterSystemCall(call, [this] { seen_ = true; });
   }
   bool seen() const { return seen_; }
 
@@ -67,6 +67,17 @@ TEST(TrashDurability, IsWaitedForWhenALaterItemFailed) {
     makeFiles(world);
     const Flush flush;
     EXPECT_FALSE(world.recycle("/home/u", World::kTrashLink, {"a", "none"}));
+    makeDurable(world);
+    EXPECT_TRUE(flush.seen());
+  });
+}
+
+TEST(TrashDurability, IsWaitedForWhereTheTrashMayNotBeRead) {
+  World::play([](World& world) {
+    makeFiles(world);
+    EXPECT_TRUE(world.recycle("/home/u", "a"));
+    world.setMode(World::kHomeTrash + std::string("/info"), 0300);
+    const Flush flush(SYS_sync);
     makeDurable(world);
     EXPECT_TRUE(flush.seen());
   });

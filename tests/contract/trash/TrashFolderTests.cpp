@@ -76,6 +76,16 @@ TEST(TrashFolders, AreTakenAsTheyAreWhenTheirModesAreLoose) {
   });
 }
 
+TEST(TrashFolders, NeedNotBeReadable) {
+  World::play([](World& world) {
+    makeTrash(world);
+    for (const char* folder : {"/files", "/info", ""}) world.setMode(kTrash + folder, 0300);
+    EXPECT_TRUE(trashFile(world, "a"));
+    for (const char* folder : {"", "/files", "/info"}) world.setMode(kTrash + folder, 0700);
+    expectInHomeTrash(world, "/home/u/a");
+  });
+}
+
 TEST(TrashFolders, AreCompletedWhenOneIsMissing) {
   World::play([](World& world) {
     makeTrash(world);

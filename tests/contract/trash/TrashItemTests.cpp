@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 
 #include <cerrno>
+#include <chrono>
 
 #include "Platform/posix/UniqueFd.h"
 #include "tests/contract/trash/RealTrashWorld.h"
@@ -96,7 +97,7 @@ TEST(TrashItems, StayInAFolderThatMayNotBeEntered) {
 
 TEST(TrashItems, MayBeOwnFoldersWithoutWritePermissionAndKeepTheirModes) {
   World::play([](World& world) {
-    for (const mode_t mode : {0555U, 0500U, 0U, 01555U}) {
+    for (const mode_t mode : {0555U, 0500U, 0U, 01555U, 02555U, 04555U}) {
       const std::string name = std::to_string(mode);
       const std::string path = std::string(World::kHome).append("/").append(name);
       world.makeFolder(path);
@@ -105,6 +106,28 @@ TEST(TrashItems, MayBeOwnFoldersWithoutWritePermissionAndKeepTheirModes) {
       expectInHomeTrash(world, path);
       EXPECT_EQ(world.modeOf(std::string(World::kTrashLink).append("/").append(name)), mode);
     }
+  });
+}
+
+TEST(TrashItems, MayBeCalledLikeTheTrashInAnotherFolder) {
+  World::play([](World& world) {
+    world.makeFolder("/home/u/sub");
+    world.makeFile("/home/u/sub/.Trash", "mine");
+    EXPECT_TRUE(world.recycle("/home/u/sub", ".Trash"));
+    expectInHomeTrash(world, "/home/u/sub/.Trash");
+  });
+}
+
+TEST(TrashItems, BearTheDateOfTheirOwnDeletion) {
+  World::play([](World& world) {
+    for (const std::string name : {"first", "second"}) {
+      world.makeFile("/home/u/" + name, name);
+      EXPECT_TRUE(world.recycle("/home/u", name));
+      world.clock().advance(std::chrono::seconds(61));
+    }
+    const std::string path = "[Trash Info]\nPath=/home/u/";
+    EXPECT_EQ(world.contentsOf(kTrash + "/info/first.trashinfo"), path + "first\nDeletionDate=2024-02-29T23:05:07\n");
+    EXPECT_EQ(world.contentsOf(kTrash + "/info/second.trashinfo"), path + "second\nDeletionDate=2024-02-29T23:06:08\n");
   });
 }
 
