@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Platform/linux/qt/FreshKeys.h"
 #include "Platform/linux/qt/FrontEnd.h"
+#include "Platform/linux/qt/X11HeldKeys.h"
 
 namespace qm::linux_ {
 
@@ -49,6 +51,8 @@ int qm::platform::applicationMain(int argc, char** argv, const MakeInterfaceOwne
     linux_::say("tessaly-uninstaller: the system has no event descriptors left.");
     return EXIT_FAILURE;
   }
+  const linux_::FreshKeys freshKeys(*application);
+  const linux_::X11HeldKeys heldKeys(*application);
   front.interface = std::make_unique<linux_::MainInterface>(makeOwner());
   const int code = linux_::runEventLoop(front);
   front.mainThread.end();
