@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <chrono>
 
+#include "Platform/linux/qt/X11.h"
+
 namespace qm::linux_ {
 
 namespace {
@@ -47,6 +49,7 @@ void bringToFront() {
   window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
   window->raise();
   window->activateWindow();
+  activateForTheUser(*window);
 }
 
 }  // namespace qm::linux_

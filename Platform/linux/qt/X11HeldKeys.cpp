@@ -5,8 +5,8 @@
 #include <QGuiApplication>
 #include <QPlatformSurfaceEvent>
 #include <QWindow>
-#include <cstdlib>
-#include <memory>
+
+#include "Platform/linux/qt/X11.h"
 
 namespace qm::linux_ {
 
@@ -17,7 +17,7 @@ constexpr unsigned kKeysInAByte = 8;
 
 /// Has the server tell, right behind each change of the keyboard's owner, which keys are held.
 void askForHeldKeys(xcb_connection_t* connection, xcb_window_t window) {
-  const std::unique_ptr<xcb_get_window_attributes_reply_t, decltype(&std::free)> attributes(
+  const X11Reply<xcb_get_window_attributes_reply_t> attributes(
       xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr), std::free);
   if (!attributes) return;
   const std::uint32_t wanted = attributes->your_event_mask | XCB_EVENT_MASK_KEYMAP_STATE;
@@ -31,9 +31,7 @@ bool createsSurface(const QEvent& event) {
 
 }  // namespace
 
-X11HeldKeys::X11HeldKeys(QGuiApplication& application) {
-  const auto* const x11 = application.nativeInterface<QNativeInterface::QX11Application>();
-  connection_ = x11 == nullptr ? nullptr : x11->connection();
+X11HeldKeys::X11HeldKeys(QGuiApplication& application) : connection_(x11Connection()) {
   if (connection_ == nullptr) return;  // another system of windows, or none
   application.installEventFilter(this);
   application.installNativeEventFilter(this);

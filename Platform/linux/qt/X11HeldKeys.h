@@ -32,7 +32,7 @@ class X11HeldKeys final : public QObject, public QAbstractNativeEventFilter {
   void release(const xcb_key_press_event_t& event);
   bool isHeld(const xcb_key_press_event_t& press);
 
-  xcb_connection_t* connection_ = nullptr;
+  xcb_connection_t* const connection_;
   std::bitset<256> held_;
   std::uint8_t releasedKey_ = 0;
   std::uint32_t releaseTime_ = 0;
