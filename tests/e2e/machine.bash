@@ -54,8 +54,9 @@ install() {
   chmod 0700 "$runtime" /run/user/0
 }
 
-as_owner() {
-  setpriv --reuid "$owner" --regid "$owner" --init-groups \
+as_owner() { (become_owner "$@"); }
+become_owner() {
+  exec setpriv --reuid "$owner" --regid "$owner" --init-groups \
     env -i PATH="$PATH" LANG=C.UTF-8 HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
     XDG_RUNTIME_DIR="$runtime" "$@"
 }
@@ -74,7 +75,7 @@ no_zombie_of() {
 }
 
 start_product() {
-  as_owner /Applications/Tessaly.app/Contents/MacOS/Tessaly -f /dev/null &
+  become_owner /Applications/Tessaly.app/Contents/MacOS/Tessaly -f /dev/null &
   wait_until 5 process_named Tessaly
 }
 
@@ -102,22 +103,56 @@ start_display() {
 
 # ---- the program
 
-# start_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`.
-start_program() {
-  python3 "$support/snapshot.py" $work/before "${volumes[@]}"
+# become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. What it says is in the file `said`.
+said=$work/program.log
+become_program() {
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
     "TSAN_OPTIONS=exitcode=66:suppressions=$support/tsan.supp" "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
   if [ -n "${as_root-}" ]; then
-    env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >$work/program.log 2>&1 &
+    exec env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
   else
-    as_owner "${sanitizers[@]}" "$@" $uninstaller >$work/program.log 2>&1 &
+    become_owner "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
   fi
+}
+
+# start_program [NAME=VALUE...]: from here on its process is `program`.
+start_program() {
+  python3 "$support/snapshot.py" $work/before "${volumes[@]}"
+  begin_program "$@"
+}
+
+# The same without looking at the disk before.
+begin_program() {
+  become_program "$@" &
   program=$!
   wait_for_window 'Uninstall Tessaly'
 }
 
+# start_again STATUS [NAME=VALUE...]: starts it while it runs. That ends, with the status.
+start_again() {
+  local code=0 status=$1
+  shift
+  (said=$work/again.log && become_program "$@") || code=$?
+  [ $code = "$status" ] || fail "the second start's exit code is $code: $(cat $work/again.log)"
+}
+
 find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
 no_window() { ! find_window "$1"; }
+count_windows() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
+is_in_front() {
+  local last
+  last=$(xprop -root _NET_CLIENT_LIST_STACKING | sed 's/.* //')
+  [ $((last)) = "$window" ] && has_keyboard
+}
+# A window of another program's is in front of everything and has the keyboard.
+cover_windows() {
+  local covered=$window
+  xev -name Cover -geometry 900x700+50+50 >/dev/null 2>&1 &
+  cover=$!
+  wait_for_window Cover
+  wait_until 15 is_in_front
+  window=$covered
+}
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
 # Afterwards `window` is the window with the title, and what is typed goes there.
@@ -138,12 +173,21 @@ wait_for_progress_window() {
 
 press() { xdotool key "$@"; }
 
-# click RIGHT BOTTOM: the place so far from the window's lower right corner.
-click() {
+# What is clicked and typed waits from here on, until `let_program_go_on`.
+hold_program() { kill -STOP "$program"; }
+let_program_go_on() { kill -CONT "$program"; }
+
+# point RIGHT BOTTOM: at the place so far from the window's lower right corner.
+point() {
   local WIDTH HEIGHT X Y SCREEN WINDOW
   eval "$(xdotool getwindowgeometry --shell "$window")"
-  xdotool mousemove --window "$window" $((WIDTH - $1)) $((HEIGHT - $2)) mousedown 1 mouseup 1
+  xdotool mousemove --window "$window" $((WIDTH - $1)) $((HEIGHT - $2))
 }
+click() {
+  point "$@"
+  xdotool mousedown 1 mouseup 1
+}
+point_at_uninstall() { point 74 31; }
 click_uninstall() { click 74 31; }
 click_cancel() { click 184 31; }
 

@@ -1,15 +1,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include "Platform/Application.h"
 #include "Platform/linux/qt/FrontEnd.h"
+#include "Platform/linux/qt/SingleInstance.h"
 
 namespace qm::testing {
 namespace {
@@ -37,12 +42,15 @@ class Owner : public platform::InterfaceOwner {
   platform::Outlets outlets_;
 };
 
+/// No other test is an instance of the same program.
+void becomeAProgramOfItsOwn() { linux_::frontEnd().program = "test." + std::to_string(::getpid()); }
+
 /// Runs the application in a process of its own, as `main` does, until it exits.
 [[noreturn]] void runApplication(const Step& step) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  becomeAProgramOfItsOwn();
   char name[] = "test";
   char* arguments[] = {name, nullptr};
-  linux_::frontEnd();
   const int code = platform::applicationMain(1, arguments, [&] { return std::make_unique<Owner>(step); });
   say("the event loop has ended");
   std::exit(code);
@@ -105,11 +113,37 @@ TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
   EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), AllOf(HasSubstr("still there\n"), endsOrderly()));
 }
 
+/// Has another instance running, and starts the application.
+[[noreturn]] void startAgain(bool isAnswered) {
+  becomeAProgramOfItsOwn();
+  linux_::SingleInstance other(linux_::frontEnd().program);
+  other.start({});
+  if (!isAnswered) linux_::frontEnd().patience = std::chrono::milliseconds(50);
+  std::thread([&] {
+    pollfd request{.fd = other.requests().get(), .events = POLLIN, .revents = 0};
+    ::poll(&request, 1, -1);
+    if (isAnswered) other.serve([] { say("the other shows itself"); });
+  }).detach();
+  runApplication([](const platform::Outlets& /*outlets*/) { say("there is a second window"); });
+}
+
+TEST_F(ApplicationMain, EndsWithoutAWindowWhenAnotherInstanceShowsItself) {
+  EXPECT_EXIT(startAgain(true), ::testing::ExitedWithCode(0),
+              AllOf(HasSubstr("the other shows itself\n"), Not(HasSubstr("second window"))));
+}
+
+TEST_F(ApplicationMain, SaysSoWhenAnotherInstanceDoesNotAnswer) {
+  EXPECT_EXIT(startAgain(false), ::testing::ExitedWithCode(1),
+              AllOf(HasSubstr("tessaly-uninstaller: it is running already, and does not answer.\n"),
+                    Not(HasSubstr("second window"))));
+}
+
 TEST_F(ApplicationMain, SaysSoWhenNoWindowCanBeOpened) {
   const auto start = [] {
     ::unsetenv("DISPLAY");
     ::unsetenv("WAYLAND_DISPLAY");
     ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+    becomeAProgramOfItsOwn();
     char name[] = "test";
     char* arguments[] = {name, nullptr};
     std::exit(platform::applicationMain(1, arguments, [] { return std::unique_ptr<Owner>(); }));

@@ -228,6 +228,20 @@ TEST_F(MainInterface, TakesTheLetterOfABoxBeforeTheKeyThatFollows) {
   EXPECT_THAT(sent, ElementsAre("uninstall"));
 }
 
+TEST_P(MainInterfaceControl, IsNotPressedByKeysThatAreHeld) {
+  auto& widget = control<QWidget>("windowMain", GetParam());
+  widget.setFocus();
+  for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape}) {
+    QTest::simulateEvent(&widget, true, key, Qt::NoModifier, QString(), true);
+    QTest::keyRelease(&widget, key);
+  }
+  for (const auto key : {Qt::Key_U, Qt::Key_C, Qt::Key_P}) {
+    QTest::simulateEvent(&widget, true, key, Qt::AltModifier, QString(), true);
+  }
+  EXPECT_THAT(sent, ElementsAre());
+  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+}
+
 TEST_F(MainInterface, IsNotPressedByAButtonThatWasHeldBefore) {
   postMouse(uninstallButton(), QEvent::MouseButtonRelease);
   postMouse(control<QCheckBox>("windowMain", "removeConfigCheck"), QEvent::MouseButtonRelease);

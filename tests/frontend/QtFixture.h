@@ -6,11 +6,12 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Platform/linux/qt/FreshKeys.h"
 #include "Platform/linux/qt/QtMainThread.h"
 
 namespace qm::testing {
 
-/// An application object without a display, and a main thread that has begun.
+/// An application object without a display, whose windows get fresh keys only, and a main thread that has begun.
 class QtFixture : public ::testing::Test {
  public:
   ~QtFixture() override { mainThread->end(); }
@@ -19,6 +20,7 @@ class QtFixture : public ::testing::Test {
   QtFixture() {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     application_ = std::make_unique<QApplication>(argc_, argv_);
+    freshKeys_ = std::make_unique<linux_::FreshKeys>(*application_);
     QApplication::setQuitOnLastWindowClosed(false);
     mainThread = std::make_unique<linux_::QtMainThread>();
     EXPECT_TRUE(mainThread->begin());
@@ -31,6 +33,7 @@ class QtFixture : public ::testing::Test {
   char name_[5] = "test";
   char* argv_[2] = {name_, nullptr};
   std::unique_ptr<QApplication> application_;
+  std::unique_ptr<linux_::FreshKeys> freshKeys_;
 };
 
 }  // namespace qm::testing

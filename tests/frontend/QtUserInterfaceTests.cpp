@@ -61,6 +61,28 @@ TEST_F(QtUserInterface, DismissesTheAlertOnEscape) {
   runAlert("t", "m", [](QMessageBox& alert) { QTest::keyClick(&alert, Qt::Key_Escape); });
 }
 
+TEST_F(QtUserInterface, KeepsTheAlertWhileAKeyIsHeldThatNobodyPressedForIt) {
+  runAlert("t", "m", [](QMessageBox& alert) {
+    auto& ok = *alert.buttons().front();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape, Qt::Key_O}) {
+      QTest::simulateEvent(&ok, true, key, Qt::NoModifier, QString(), true);
+      QTest::keyRelease(&ok, key);
+    }
+    EXPECT_FALSE(QTest::qWaitFor([&] { return !alert.isVisible(); }, 300));
+    QTest::keyClick(&ok, Qt::Key_Space);
+    EXPECT_FALSE(alert.isVisible());
+  });
+}
+
+TEST_F(QtUserInterface, KeepsTheAlertWhenAMouseButtonIsReleasedThatWasHeldBefore) {
+  runAlert("t", "m", [](QMessageBox& alert) {
+    QTest::mouseRelease(alert.buttons().front(), Qt::LeftButton);
+    EXPECT_TRUE(alert.isVisible());
+    QTest::mouseClick(alert.buttons().front(), Qt::LeftButton);
+    EXPECT_FALSE(alert.isVisible());
+  });
+}
+
 TEST_F(QtUserInterface, EndsTheEventLoopWithSuccess) {
   mainThread->perform([&] { userInterface.terminate(nullptr); });
   EXPECT_EQ(QApplication::exec(), 0);

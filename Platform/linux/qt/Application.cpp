@@ -4,7 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Platform/linux/qt/FreshKeys.h"
 #include "Platform/linux/qt/FrontEnd.h"
+#include "Platform/linux/qt/FurtherStarts.h"
+#include "Platform/linux/qt/SingleInstance.h"
+#include "Platform/linux/qt/X11HeldKeys.h"
 
 namespace qm::linux_ {
 
@@ -38,20 +42,38 @@ int runEventLoop(FrontEnd& front) {
   return QApplication::exec();
 }
 
+int runFirst(FrontEnd& front, const SingleInstance& instance, QApplication& application,
+             const platform::MakeInterfaceOwner& makeOwner) {
+  if (!front.mainThread.begin()) {
+    say("tessaly-uninstaller: the system has no event descriptors left.");
+    return EXIT_FAILURE;
+  }
+  const FreshKeys freshKeys(application);
+  const X11HeldKeys heldKeys(application);
+  const FurtherStarts furtherStarts(instance);
+  front.interface = std::make_unique<MainInterface>(makeOwner());
+  const int code = runEventLoop(front);
+  front.mainThread.end();
+  front.interface->destroyWindows();
+  return code;
+}
+
 }  // namespace
 
 }  // namespace qm::linux_
 
 int qm::platform::applicationMain(int argc, char** argv, const MakeInterfaceOwner& makeOwner) {
   auto& front = linux_::frontEnd();
-  const auto application = linux_::makeApplication(argc, argv);
-  if (!front.mainThread.begin()) {
-    linux_::say("tessaly-uninstaller: the system has no event descriptors left.");
-    return EXIT_FAILURE;
+  linux_::SingleInstance instance(front.program);
+  switch (instance.start(front.patience)) {
+    case linux_::SingleInstance::Start::Answered:
+      return EXIT_SUCCESS;
+    case linux_::SingleInstance::Start::NoAnswer:
+      linux_::say("tessaly-uninstaller: it is running already, and does not answer.");
+      return EXIT_FAILURE;
+    case linux_::SingleInstance::Start::First:
+      break;
   }
-  front.interface = std::make_unique<linux_::MainInterface>(makeOwner());
-  const int code = linux_::runEventLoop(front);
-  front.mainThread.end();
-  front.interface->destroyWindows();
-  return code;
+  const auto application = linux_::makeApplication(argc, argv);
+  return linux_::runFirst(front, instance, *application, makeOwner);
 }
