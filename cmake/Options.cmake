@@ -10,6 +10,32 @@ target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(qm_options INTERFACE
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-null-dereference;-Wno-restrict;-Wno-stringop-overflow>)
 
+# Whoever finds a fault in a program that handles others' files, or runs as root, shall not get far with it. The
+# sanitizers watch the same places themselves, and see less where these do.
+if(NOT QM_SANITIZE AND NOT QM_FUZZ)
+  include(CheckCXXCompilerFlag)
+  include(CheckCXXSourceCompiles)
+  foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    string(MAKE_C_IDENTIFIER "QM_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    target_compile_options(qm_options INTERFACE $<$<BOOL:${${known}}>:${flag}>)
+  endforeach()
+  # The C library's checks take an optimiser; the third level, a compiler that knows sizes while the program runs.
+  check_cxx_source_compiles("#if !__has_builtin(__builtin_dynamic_object_size)
+    #error
+    #endif
+    int main() {}" QM_HAS_DYNAMIC_OBJECT_SIZE)
+  if(QM_HAS_DYNAMIC_OBJECT_SIZE)
+    set(fortify_level 3)
+  else()
+    set(fortify_level 2)
+  endif()
+  target_compile_options(qm_options INTERFACE
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${fortify_level}>)
+endif()
+# Libraries become part of programs only.
+target_compile_options(qm_options INTERFACE -fPIE)
+
 if(QM_SANITIZE)
   # Everything, tests' libraries aside, is built with the sanitizers.
   # The check of objects' types opens a pipe, and reports a fault in tests that have no descriptor left.
@@ -34,7 +60,8 @@ function(qm_without_thread_sanitizer)
   endif()
 endfunction()
 
-# The project's own targets: qm_library(name sources...), qm_executable(name sources...).
+# The project's own targets: qm_library(name sources...), qm_executable(name sources...). The programs among them that
+# are neither tests nor benchmarks are installed; the global property QM_INSTALLED_PROGRAMS names them.
 function(qm_library name)
   add_library(${name} STATIC ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
@@ -44,4 +71,8 @@ endfunction()
 function(qm_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
+  target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+  if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)(/|$)")
+    set_property(GLOBAL APPEND PROPERTY QM_INSTALLED_PROGRAMS ${name})
+  endif()
 endfunction()
