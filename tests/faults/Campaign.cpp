@@ -65,7 +65,8 @@ class Runs {
 
   void carryOut(std::vector<Intervention> (*interventions)(const Call&)) {
     std::vector<Call> calls;
-    ASSERT_NO_FATAL_FAILURE(observe(calls));
+    observe(calls);
+    if (calls.empty()) return;
     for (const Call& call : calls) {
       for (const Intervention& what : interventions(call)) {
         if (!::testing::Test::HasFatalFailure()) disturb(what);
