@@ -52,6 +52,11 @@ Said saidIn(const TracedRun& run) {
   return run.status == 0 ? Said::Success : Said::Failure;
 }
 
+std::string shown(Said said) {
+  if (said == Said::Nothing) return "nothing reported";
+  return said == Said::Success ? "success reported" : "failure reported";
+}
+
 /// All runs of a scenario, and their numbers.
 class Runs {
  public:
@@ -59,7 +64,9 @@ class Runs {
       : scenario_(scenario), driver_(allOfThem() ? allCalls() : fileCalls(), kLimit) {}
 
   void carryOut(std::vector<Intervention> (*interventions)(const Call&)) {
-    const std::vector<Call> calls = observe();
+    std::vector<Call> calls;
+    observe(calls);
+    if (calls.empty()) return;
     for (const Call& call : calls) {
       for (const Intervention& what : interventions(call)) {
         if (!::testing::Test::HasFatalFailure()) disturb(what);
@@ -70,17 +77,17 @@ class Runs {
   }
 
  private:
-  // Undisturbed, every rule holds: the rules are sound and the work is what they are about.
-  std::vector<Call> observe() {
+  // Undisturbed, the work is what the rules are about, and they hold.
+  void observe(std::vector<Call>& calls) {
     scenario_.prepare();
     TracedRun run = runOnce({});
-    EXPECT_EQ(run.problem, "");
-    EXPECT_EQ(saidIn(run), scenario_.undisturbed) << "without any fault";
-    EXPECT_FALSE(run.calls.empty());
+    ASSERT_EQ(run.problem, "");
     for (const auto& [rule, found] : scenario_.judge(saidIn(run))) {
       ADD_FAILURE() << rule << " without any fault: " << found;
     }
-    return std::move(run.calls);
+    ASSERT_EQ(shown(saidIn(run)), shown(scenario_.undisturbed)) << "without any fault";
+    ASSERT_FALSE(run.calls.empty());
+    calls = std::move(run.calls);
   }
 
   TracedRun runOnce(const Intervention& what) const {

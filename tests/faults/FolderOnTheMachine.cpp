@@ -47,6 +47,8 @@ void note(Violations& violations, const std::string& rule, const std::string& fi
 
 std::string FolderOnTheMachine::folder() { return applications() + "/Quillmark"; }
 
+std::vector<std::string> FolderOnTheMachine::foldersOfLeftovers() { return {applications()}; }
+
 void FolderOnTheMachine::prepare() {
   std::filesystem::remove_all(applications());
   makeFolder(applications());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tests/faults/Campaign.h"
 #include "tests/faults/Tree.h"
@@ -22,6 +23,8 @@ class FolderOnTheMachine {
   void prepare();
 
   static std::string folder();
+  /// Where work that was ended may have left something.
+  static std::vector<std::string> foldersOfLeftovers();
 
   Violations judge(Said said) const;
   Violations judgeNextRun() const;

@@ -26,7 +26,7 @@ Scenario scenarioOn(TrashOnTheMachine& machine, const std::string& name) {
   scenario.work = [&] { return moveToTrash(machine); };
   scenario.judge = [&](Said said) { return machine.judge(said); };
   scenario.nextRun = [&] {
-    nextRun();
+    nextRun(machine.foldersOfLeftovers());
     if (exists(machine.item())) moveToTrash(machine);
   };
   scenario.judgeNextRun = [&] { return machine.judgeNextRun(); };

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace qm::testing {
 
-/// What happens at the beginning of a run, before its first work: what another that was ended has left is put in
-/// order.
-inline void nextRun() {}
+/// What happens at the beginning of a run, before its first work: what another that was ended has left in these
+/// folders, an item's and the Trash's, is put in order.
+inline void nextRun(const std::vector<std::string>& /*folders*/) {}
 
 }  // namespace qm::testing

@@ -26,7 +26,7 @@ Scenario scenarioOn(FolderOnTheMachine& machine, const std::string& name) {
   scenario.work = removeFolder;
   scenario.judge = [&](Said said) { return machine.judge(said); };
   scenario.nextRun = [] {
-    nextRun();
+    nextRun(FolderOnTheMachine::foldersOfLeftovers());
     if (exists(FolderOnTheMachine::folder())) removeFolder();
   };
   scenario.judgeNextRun = [&] { return machine.judgeNextRun(); };

@@ -133,7 +133,7 @@ void TracedTree::renamed(pid_t id) {
 
 void TracedTree::called(pid_t id, Task& task) {
   ptrace_syscall_info info{};
-  trace(PTRACE_GET_SYSCALL_INFO, id, sizeof info, &info);
+  if (trace(PTRACE_GET_SYSCALL_INFO, id, sizeof info, &info) <= 0) return giveUp("this kernel tells nothing of calls");
   const auto number = static_cast<long>(info.seccomp.nr);
   if (number == kMark) counting_ = info.seccomp.args[0] != 0;
   if (number == kMark || !counting_ || (task.isThread && !ofThreads_)) return resume(id, task);
@@ -163,9 +163,13 @@ void TracedTree::returned(pid_t id, Task& task) {
 // All is ended where the kernel does not let it be.
 bool TracedTree::fail(pid_t id, bool unmade) {
   if ((!unmade || forgetCall(id, processor_)) && setError(id, processor_, intervention_.error)) return true;
-  run_.problem = "the registers of this processor cannot be set";
-  endAll(End::NotTraced);
+  giveUp("the registers of this processor cannot be set");
   return false;
+}
+
+void TracedTree::giveUp(const std::string& problem) {
+  run_.problem = problem;
+  endAll(End::NotTraced);
 }
 
 void TracedTree::resume(pid_t id, const Task& task, int signal) const {

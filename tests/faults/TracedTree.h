@@ -42,6 +42,7 @@ class TracedTree {
   void returned(pid_t id, Task& task);
   bool fail(pid_t id, bool unmade);
   void resume(pid_t id, const Task& task, int signal = 0) const;
+  void giveUp(const std::string& problem);
   void endAll(End why);
 
   const pid_t root_;

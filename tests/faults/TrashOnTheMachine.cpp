@@ -82,6 +82,8 @@ std::string TrashOnTheMachine::item() const { return folder() + "/" + kName; }
 
 std::string TrashOnTheMachine::place() { return home() + "/.Trash/" + kName; }
 
+std::vector<std::string> TrashOnTheMachine::foldersOfLeftovers() const { return {folder(), trash()}; }
+
 void TrashOnTheMachine::build() const {
   makeFile(machineFolder() + "/passwd", "root:x:0:0::/root:/bin/sh\nsam:x:1001:1001::" + home() + ":/bin/sh\n");
   bindMount(machineFolder() + "/passwd", "/etc/passwd");

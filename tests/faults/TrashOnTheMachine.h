@@ -33,6 +33,9 @@ class TrashOnTheMachine {
   /// What the item is asked to become.
   static std::string place();
 
+  /// Where work that was ended may have left something.
+  std::vector<std::string> foldersOfLeftovers() const;
+
   Violations judge(Said said) const;
   Violations judgeNextRun() const;
 

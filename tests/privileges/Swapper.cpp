@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,9 +14,9 @@
 
 namespace qm::testing {
 
-/// Counted by the one who swaps, read by the one who works.
-struct Swapper::Count {
-  std::atomic<int> swaps{0};
+/// Counted by the one who moves, read by the one who works.
+struct Opponent::Count {
+  std::atomic<int> moves{0};
 };
 
 namespace {
@@ -31,29 +33,42 @@ bool exchange(const std::string& one, const std::string& other) {
   return ::syscall(SYS_renameat2, AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), kExchange) == 0;
 }
 
-// Becomes the person for good and swaps until it is ended.
-[[noreturn]] void swapForEver(std::atomic<int>& swaps, uid_t person, const std::string& folder,
-                              const std::string& link) {
+bool showAndHide(const std::string& folder, const std::string& place) {
+  if (::mount(folder.c_str(), place.c_str(), nullptr, MS_BIND, nullptr) != 0) return false;
+  ::sched_yield();
+  ::umount2(place.c_str(), MNT_DETACH);
+  return true;
+}
+
+// Becomes the person for good and moves until it is ended.
+[[noreturn]] void moveForEver(std::atomic<int>& moves, uid_t person, const std::function<bool()>& move) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::setresgid(person, person, person) != 0 || ::setresuid(person, person, person) != 0) ::_exit(1);
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // forgotten with the rights
   for (;;) {
-    if (exchange(folder, link)) ++swaps;
+    if (move()) ++moves;
   }
 }
 
 }  // namespace
 
-Swapper::Swapper(uid_t person, const std::string& folder, const std::string& link)
-    : count_(new (sharedMemory(sizeof(Count))) Count) {
+Opponent::Opponent(uid_t person, const std::function<bool()>& move) : count_(new (sharedMemory(sizeof(Count))) Count) {
   process_ = ::fork();
-  if (process_ == 0) swapForEver(count_->swaps, person, folder, link);
+  if (process_ == 0) moveForEver(count_->moves, person, move);
 }
 
-Swapper::~Swapper() {
+Opponent::~Opponent() {
   ::kill(process_, SIGKILL);
   ::waitpid(process_, nullptr, 0);
   ::munmap(count_, sizeof *count_);
 }
 
-int Swapper::swaps() const { return count_->swaps; }
+int Opponent::moves() const { return count_->moves; }
+
+Swapper::Swapper(uid_t person, const std::string& folder, const std::string& link)
+    : opponent_(person, [folder, link] { return exchange(folder, link); }) {}
+
+Mounter::Mounter(const std::string& folder, const std::string& place)
+    : opponent_(0, [folder, place] { return showAndHide(folder, place); }) {}
 
 }  // namespace qm::testing

@@ -1,0 +1,98 @@
+// Something comes into a folder while root removes it.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "tests/privileges/LaunchMachine.h"
+#include "tests/privileges/Race.h"
+#include "tests/privileges/Swapper.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using race::precious;
+
+constexpr int kRounds = 300;
+
+std::string folder() { return machineFolder() + "/applications/Quillmark"; }
+std::string kept() { return machineFolder() + "/kept"; }
+
+std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+
+void makeFolderAnew() {
+  for (const std::string& path : {folder(), folder() + "/deep", folder() + "/deep/place"}) {
+    if (!exists(path)) makeFolder(path);
+  }
+  for (const char* name : {"/.DS_Store", "/Icon\r"}) {
+    if (!exists(folder() + name)) makeFile(folder() + name, "housekeeping");
+  }
+}
+
+// What is left goes out of the way, with all that has come into it.
+void keep(int round) {
+  std::error_code missing;
+  std::filesystem::rename(folder(), kept() + "/" + std::to_string(round), missing);
+}
+
+int documentsKept() {
+  int documents = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(kept())) {
+    if (entry.path().filename().string().starts_with("document")) ++documents;
+  }
+  return documents;
+}
+
+TEST(RemovedFolder, LosesNothingOfAVolumeThatComesAndGoes) {
+  const std::string name = testName();
+  runInPrivateMachine([&] {
+    race::build();
+    makeFolder(machineFolder() + "/applications");
+    makeFolderAnew();
+    const std::string before = race::listing(precious());
+    const Mounter mounter(precious(), folder() + "/deep/place");
+    Race race(name, kRounds, [&] { return mounter.mounts(); });
+    race.run([&] {
+      makeFolderAnew();
+      race.attempt("/bin/rm", {"-Rdf", folder()});
+    });
+    EXPECT_EQ(race::listing(precious()), before) << "after " << race.numbers();
+  });
+}
+
+TEST(RemovedFolder, LosesNoDocumentThatComesMeanwhile) {
+  const std::string name = testName();
+  runInPrivateMachine([&] {
+    race::build();
+    makeFolder(machineFolder() + "/applications");
+    makeFolder(kept());
+    int created = 0;
+    {
+      int number = 0;
+      const Opponent writer(kPerson, [&number] {
+        const std::string path = folder() + "/deep/place/document " + std::to_string(++number);
+        const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+        if (fd >= 0) ::close(fd);
+        ::usleep(200);
+        return fd >= 0;
+      });
+      Race race(name, kRounds, [&] { return writer.moves(); });
+      int round = 0;
+      race.run([&] {
+        makeFolderAnew();
+        ASSERT_EQ(::chown((folder() + "/deep/place").c_str(), kPerson, kPerson), 0);
+        race.attempt("/bin/rm", {"-Rdf", folder()});
+        keep(++round);
+      });
+      created = writer.moves();
+    }
+    EXPECT_GE(documentsKept(), created) << "documents were removed";
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "tests/privileges/LaunchMachine.h"
+
+namespace qm::testing {
+
+/// Work that somebody runs against, over and over again: counts how often he came between, and says so at its end.
+/// QM_RACE_ROUNDS is the number of rounds, for those who want to know more than that a race is held at all.
+class Race {
+ public:
+  /// `moves` tells how often the opponent has done something.
+  Race(std::string name, int usualRounds, std::function<int()> moves);
+  Race(const Race&) = delete;
+  Race& operator=(const Race&) = delete;
+  ~Race();
+
+  /// Rounds until there were enough, and enough moves of the opponent's.
+  void run(const std::function<void()>& round);
+
+  /// One attempt of the work's.
+  Outcome attempt(const std::string& tool, const std::vector<std::string>& arguments);
+  /// The same for work of this process: whether it succeeded.
+  bool attempt(const std::function<bool()>& work);
+
+  /// For messages.
+  std::string numbers() const;
+
+ private:
+  void count(int movesBefore);
+
+  const std::string name_;
+  const int usualRounds_;
+  const std::function<int()> moves_;
+  int rounds_ = 0;
+  int attempts_ = 0;
+  int met_ = 0;
+  int refused_ = 0;
+  int failed_ = 0;
+  int succeeded_ = 0;
+};
+
+/// The machine of the races: "home" is a person's, who has an account, "precious" is root's and stays what it is.
+namespace race {
+
+std::string home();
+std::string trash();
+std::string precious();
+std::string source();
+
+/// The folders, and another volume at "volume", where `source` is.
+void build();
+/// The person's Trash, empty, with ~/.Trash leading to it.
+void buildTrash();
+/// All of a folder that somebody could have changed.
+std::string listing(const std::string& folder);
+
+}  // namespace race
+
+}  // namespace qm::testing

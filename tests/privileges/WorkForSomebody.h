@@ -1,0 +1,26 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "tests/fakes/FakePlatform.h"
+#include "tests/privileges/Race.h"
+
+namespace qm::testing {
+
+/// A process of root's with the person "sam" at the console, whose home and Trash are those of the races.
+class WorkForSomebody : public ::testing::Test {
+ protected:
+  static void run(const std::function<void(FakePlatform&)>& body);
+
+  /// "home/link", which leads to `likeness`, and `part` of the home change places all the time while `work` is done;
+  /// what is precious stays what it is.
+  static void raceAgainstSwaps(const std::string& name, const std::string& part, const std::string& likeness,
+                               const std::function<void(Race&)>& work);
+
+  static std::string testName();
+};
+
+}  // namespace qm::testing
