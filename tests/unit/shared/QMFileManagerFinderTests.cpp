@@ -141,12 +141,14 @@ TEST_F(FinderTest, TouchesWhatTheUserMayWriteWithinFiveSeconds) {
 }
 
 TEST_F(FinderTest, SetsTheDateOfWhatItTouches) {
+  fakes.clock.setManual();  // the timer that watches the tool must not move it
   fakes.clock.advance(std::chrono::hours(1));
   EXPECT_TRUE(QMFileManager::touchFile(kFile));
   EXPECT_EQ(fakes.fileSystem.attributesOfItem(kFile)->modificationDate, fakes.clock.now());
 }
 
 TEST_F(FinderTest, SetsTheCreationDateAfterTouchingWhatTheUserMayWrite) {
+  fakes.clock.setManual();
   fakes.disk.setKeepsCreationDates(true);
   fakes.clock.advance(std::chrono::hours(1));
   EXPECT_TRUE(QMFileManager::touchFile(kFile, SetCreationDate::Yes));

@@ -62,6 +62,15 @@ TEST_F(FolderTest, ReadsEachFolderOnceForItsSize) {
   EXPECT_EQ(fakes.calls.count("fileSystem.attributesOfItem"), 0U);
 }
 
+TEST_F(FolderTest, HasNoSizeWhenItsListingBreaksOff) {
+  fakes.disk.addFile("/d/a", "123");
+  fakes.disk.addFile("/d/b/c", "45");
+  fakes.calls.failNext("fileSystem.visitDirectory(/d)");
+  EXPECT_EQ(QMFileManager::fileSize("/d"), 0U);
+  fakes.calls.failNext("fileSystem.visitDirectory(/d/b)");
+  EXPECT_EQ(QMFileManager::fileSize("/d"), 3U) << "what is above it counts";
+}
+
 TEST_F(FolderTest, WalksALinkBackUntilThePathIsRefused) {
   fakes.disk.addFile("/d/file", "12345");
   fakes.disk.addLink("/d/again", "/d");

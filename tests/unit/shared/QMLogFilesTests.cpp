@@ -1,5 +1,6 @@
+#include <chrono>
 #include <cstdint>
-#include <thread>
+#include <future>
 #include <utility>
 
 #include "tests/unit/shared/LogTest.h"
@@ -293,9 +294,11 @@ TEST_F(LogFiles, AreBegunAfterAllThatWasWaitingIsWritten) {
   fakes.calls.hang("fileHandle.writeData");
   for (int number = 1; number <= 20; ++number) QMLog::fastAppendLog("Message %i", number);
   ASSERT_TRUE(fakes.calls.waitUntilHanging("fileHandle.writeData"));
-  std::thread creator([] { QMLog::createNewLog(); });
+  const auto creating = std::async(std::launch::async, [] { QMLog::createNewLog(); });
+  EXPECT_EQ(creating.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+  EXPECT_EQ(contents(2), std::nullopt) << "the file that is written to is not moved";
   fakes.calls.release("fileHandle.writeData");
-  creator.join();
+  creating.wait();
   std::string lines;
   for (int number = 1; number <= 20; ++number) lines += lineOf("Message " + std::to_string(number));
   EXPECT_EQ(contents(2), kHeader + lines);
