@@ -65,9 +65,7 @@ int removeFirstName(ItemName from, ItemName to) {
 }
 
 /// The file system has no second names, no more of them for this item, or this user may not give it one.
-bool cannotBeLinked(int error) {
-  return error == EPERM || error == ENOTSUP || error == ENOSYS || error == EMLINK;
-}
+bool cannotBeLinked(int error) { return error == EPERM || error == ENOTSUP || error == ENOSYS || error == EMLINK; }
 
 /// A second name is given only where nothing is. Then the first one goes.
 int renameBySecondName(ItemName from, ItemName to, const struct stat& item) {

@@ -6,6 +6,7 @@
 
 #include "Platform/posix/Move.h"
 #include "Platform/posix/TreeCounter.h"
+#include "tests/contract/files/Meddler.h"
 #include "tests/contract/files/RealFiles.h"
 
 /// What is changed while it is copied, at the very moment that hurts most.
@@ -13,46 +14,6 @@ namespace qm::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Does something when an item's turn comes, or after a block.
-class Meddler : public posix::CopyObserver {
- public:
-  using OnItem = std::function<int(const std::string& path)>;
-  using OnBytes = std::function<int(std::uint64_t count)>;
-  explicit Meddler(OnItem onItem, OnBytes onBytes = {}) : onItem_(std::move(onItem)), onBytes_(std::move(onBytes)) {}
-
-  int itemBegins(std::string_view folder, std::string_view name) override {
-    return onItem_ ? onItem_(std::string(folder) + "/" + std::string(name)) : 0;
-  }
-  int bytesCopied(std::uint64_t count) override {
-    bytes += count;
-    return onBytes_ ? onBytes_(count) : 0;
-  }
-  void itemCopied() override { ++items; }
-
-  std::uint64_t bytes = 0;
-  std::uint64_t items = 0;
-
- private:
-  OnItem onItem_;
-  OnBytes onBytes_;
-};
-
-/// When the turn of this one item comes.
-Meddler::OnItem at(const std::string& wanted, std::function<void()> action) {
-  return [wanted, action = std::move(action)](const std::string& path) {
-    if (path == wanted) action();
-    return 0;
-  };
-}
-
-/// After the first block.
-Meddler::OnBytes afterTheFirst(std::function<void()> action) {
-  return [action = std::move(action), done = false](std::uint64_t) mutable {
-    if (!std::exchange(done, true)) action();
-    return 0;
-  };
-}
 
 TEST(CopyingWhatChanges, EndsWhereTheFileWasCutOff) {
   runInPrivateMachine([] {
@@ -184,23 +145,6 @@ TEST(CopyingWhatChanges, CopiesWhatAFileHasBecome) {
   });
 }
 
-TEST(CopyingWhatChanges, CopiesNothingThatALinkInThePlaceOfAFileLeadsTo) {
-  runInPrivateMachine([] {
-    const std::string from = openFolder("from");
-    const std::string to = openFolder("to");
-    makeFolders(from + "/tree");
-    makeFile(from + "/tree/file", "text");
-    makeFile(from + "/secret", "secret");
-    Meddler meddler(at("/file", [&] {
-      fs::remove(from + "/tree/file");
-      fs::create_symlink("../secret", from + "/tree/file");
-    }));
-    EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, 0);
-    EXPECT_EQ(fs::read_symlink(to + "/copy/file"), "../secret");
-    EXPECT_EQ(countIn(to + "/copy"), 1U);
-  });
-}
-
 TEST(CopyingWhatChanges, CanBeGivenUpAfterItsLastByte) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -264,82 +208,6 @@ TEST(CopyingWhatChanges, LeavesAloneWhatHasTakenTheNewNameMeanwhile) {
       EXPECT_EQ(textOf(to + "/copy"), "theirs");
       EXPECT_EQ(countIn(to), 1U);
       fs::remove(to + "/copy");
-    }
-  });
-}
-
-/// Takes what is hidden in a folder away and puts the item "theirs" of the folder in its place. Answers its path.
-std::string swapHidden(const std::string& folder) {
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    const std::string hidden = entry.path();
-    if (!entry.path().filename().string().starts_with(".incomplete-")) continue;
-    fs::rename(hidden, folder + "/taken");
-    fs::rename(folder + "/theirs", hidden);
-    return hidden;
-  }
-  ADD_FAILURE() << "nothing is hidden in " << folder;
-  return {};
-}
-
-void makeTheirs(const std::string& folder) {
-  makeFolders(folder + "/theirs", 0500);
-  EXPECT_EQ(::chmod((folder + "/theirs").c_str(), 0700), 0);
-  makeFile(folder + "/theirs/file", "kept");
-  EXPECT_EQ(::chmod((folder + "/theirs").c_str(), 0500), 0);
-}
-
-TEST(CopyingWhatChanges, RemovesNothingThatTookThePlaceOfAnUnfinishedFolder) {
-  runInPrivateMachine([] {
-    const std::string from = openFolder("from");
-    const std::string to = openFolder("to");
-    makeFolders(from + "/tree");
-    makeFile(from + "/tree/file", "text");
-    makeTheirs(to);
-    std::string hidden;
-    Meddler meddler([&](const std::string& path) {
-      if (path != "/file") return 0;
-      hidden = swapHidden(to);
-      return ECANCELED;
-    });
-    EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, ECANCELED);
-    EXPECT_EQ(textOf(hidden + "/file"), "kept");
-    EXPECT_EQ(modeOf(hidden), 0500U);
-    EXPECT_EQ(countIn(to), 2U);
-  });
-}
-
-TEST(CopyingWhatChanges, RemovesNothingThatTookThePlaceOfAnUnfinishedFile) {
-  runInPrivateMachine([] {
-    const std::string from = openFolder("from");
-    const std::string to = openFolder("to");
-    makeFile(from + "/file", "text");
-    makeFile(to + "/theirs", "kept");
-    std::string hidden;
-    Meddler meddler({}, [&](std::uint64_t) {
-      hidden = swapHidden(to);
-      return ECANCELED;
-    });
-    EXPECT_EQ(posix::copyTree(from + "/file", to + "/copy", meddler).code, ECANCELED);
-    EXPECT_EQ(textOf(hidden), "kept");
-  });
-}
-
-TEST(CopyingWhatChanges, GivesTheNewNameToNothingElseThanTheCopy) {
-  runInPrivateMachine([] {
-    const std::string from = openFolder("from");
-    makeFolders(from + "/tree");
-    makeFile(from + "/tree/file", "text");
-    for (const std::string source : {"/tree", "/tree/file"}) {
-      const std::string to = openFolder("to" + std::to_string(source.size()));
-      makeTheirs(to);
-      std::string hidden;
-      Meddler meddler({}, [&](std::uint64_t count) {
-        if (count == 0) hidden = swapHidden(to);  // it is complete
-        return 0;
-      });
-      EXPECT_EQ(posix::copyTree(from + source, to + "/copy", meddler).code, ESTALE);
-      EXPECT_FALSE(isThere(to + "/copy"));
-      EXPECT_EQ(textOf(hidden + "/file"), "kept");
     }
   });
 }
