@@ -1,5 +1,6 @@
 # What the scripts ask of whoever starts them. Sourced.
 
+# shellcheck disable=SC2034 # used there
 machine=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/tests/support/throwaway-machine
 
 # Asks for the password that sudo wants, once, and keeps sudo from asking again for as long as this script runs. Does
