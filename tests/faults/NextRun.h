@@ -3,10 +3,13 @@
 #include <string>
 #include <vector>
 
+#include "Platform/linux/privileges/helper/TrashMove.h"
+#include "tests/privileges/LaunchMachine.h"
+
 namespace qm::testing {
 
 /// What happens at the beginning of a run, before its first work: what another that was ended has left in these
 /// folders, an item's and the Trash's, is put in order.
-inline void nextRun(const std::vector<std::string>& /*folders*/) {}
+inline void nextRun(const std::vector<std::string>& /*folders*/) { linux_::mendTrashMoves(person()); }
 
 }  // namespace qm::testing

@@ -14,7 +14,7 @@ namespace {
 using Holds = FolderOnTheMachine::Holds;
 
 bool removeFolder() {
-  const Outcome outcome = launch("/bin/rm", {"-Rdf", FolderOnTheMachine::folder()});
+  const Outcome outcome = removeIfHollow(FolderOnTheMachine::folder());
   return outcome.started() && outcome.waitStatus == 0;
 }
 

@@ -58,7 +58,7 @@ TEST(RemovedFolder, LosesNothingOfAVolumeThatComesAndGoes) {
     Race race(name, kRounds, [&] { return mounter.mounts(); });
     race.run([&] {
       makeFolderAnew();
-      race.attempt("/bin/rm", {"-Rdf", folder()});
+      race.attempt([] { return removeIfHollow(folder()).succeeded(); });
     });
     EXPECT_EQ(race::listing(precious()), before) << "after " << race.numbers();
   });
@@ -85,7 +85,7 @@ TEST(RemovedFolder, LosesNoDocumentThatComesMeanwhile) {
       race.run([&] {
         makeFolderAnew();
         ASSERT_EQ(::chown((folder() + "/deep/place").c_str(), kPerson, kPerson), 0);
-        race.attempt("/bin/rm", {"-Rdf", folder()});
+        race.attempt([] { return removeIfHollow(folder()).succeeded(); });
         keep(++round);
       });
       created = writer.moves();

@@ -4,24 +4,15 @@
 
 #include <cerrno>
 
-#include "Platform/linux/privileges/helper/FolderRemoval.h"
 #include "tests/privileges/TrashMachine.h"
 
 namespace qm::testing {
 namespace {
 
-// The removal alone, whatever the folder's path is.
-class RemovesFolders : public linux_::HelperPolicy {
- public:
-  linux_::PreparedWork prepare(const linux_::Launch& launch, const linux_::UserRecord&) const override {
-    return linux_::prepareFolderRemoval(launch.arguments.back());
-  }
-};
-
 class FolderOfTheMaker : public TrashMachine {
  protected:
   static std::string maker() { return applications() + "/Quillmark"; }
-  static Outcome remove() { return launch(RemovesFolders(), "/bin/rm", {"-Rdf", maker()}); }
+  static Outcome remove() { return removeIfHollow(maker()); }
 
   static void expectItStays(const std::string& inTheWay) {
     const Outcome outcome = remove();

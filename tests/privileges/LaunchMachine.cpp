@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "Platform/linux/privileges/helper/AnyToolPolicy.h"
+#include "Platform/linux/privileges/helper/FolderRemoval.h"
 #include "Platform/linux/privileges/helper/LaunchRun.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -28,6 +29,14 @@ std::string readToEnd(int fd) {
   for (ssize_t got = 0; (got = ::read(fd, block, sizeof block)) > 0;) all.append(block, static_cast<std::size_t>(got));
   return all;
 }
+
+// The removal alone, whatever the folder's path is.
+class FolderRemovalAlone : public linux_::HelperPolicy {
+ public:
+  linux_::PreparedWork prepare(const linux_::Launch& launch, const linux_::UserRecord&) const override {
+    return linux_::prepareFolderRemoval(launch.arguments.back());
+  }
+};
 
 struct Pipe {
   Pipe() {
@@ -83,6 +92,8 @@ Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, cons
   EXPECT_EQ(::waitpid(child, nullptr, 0), child);
   return outcome;
 }
+
+Outcome removeIfHollow(const std::string& folder) { return launch(FolderRemovalAlone(), "/bin/rm", {"-Rdf", folder}); }
 
 void makeFolder(const std::string& path, uid_t owner, mode_t mode) {
   ASSERT_EQ(::mkdir(path.c_str(), 0700), 0) << path;

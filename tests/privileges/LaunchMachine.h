@@ -34,6 +34,9 @@ Outcome launch(const std::string& tool, const std::vector<std::string>& argument
 /// The same as a helper with another policy does.
 Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments);
 
+/// Removes a folder as the uninstaller's helper does with the maker's.
+Outcome removeIfHollow(const std::string& folder);
+
 /// Folders and files of root's, or of somebody's. Folders on the way must exist.
 void makeFolder(const std::string& path, uid_t owner = 0, mode_t mode = 0755);
 void makeFile(const std::string& path, const std::string& contents, uid_t owner = 0, mode_t mode = 0644);

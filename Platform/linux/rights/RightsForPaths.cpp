@@ -8,9 +8,18 @@
 namespace qm::linux_ {
 namespace {
 
-std::optional<UserRecord> personFor(const Writers& writers, const platform::Users& users) {
-  if (!writers.anybody && writers.persons.size() == 1) return userWithId(*writers.persons.begin());
-  return userWithName(users.consoleUser().value_or(std::string()));
+constexpr gid_t kNoGroup = 65534;
+
+// An account that is gone still owns folders.
+FileSystemIdentity identityOf(uid_t number) {
+  const std::optional<UserRecord> user = userWithId(number);
+  return user ? identityOf(*user) : FileSystemIdentity{number, kNoGroup, {}};
+}
+
+std::optional<FileSystemIdentity> personFor(const Writers& writers, const platform::Users& users) {
+  if (!writers.anybody && writers.persons.size() == 1) return identityOf(*writers.persons.begin());
+  const std::optional<UserRecord> user = userWithName(users.consoleUser().value_or(std::string()));
+  return user ? std::optional(identityOf(*user)) : std::nullopt;
 }
 
 }  // namespace
@@ -23,9 +32,9 @@ bool RightsForPaths::choose(const platform::Users& users, std::initializer_list<
   Writers writers;
   for (const std::string& path : paths) writers.add(writersOnTheWayTo(path));
   if (writers.none()) return true;
-  const std::optional<UserRecord> person = personFor(writers, users);
+  const std::optional<FileSystemIdentity> person = personFor(writers, users);
   if (!person) return false;
-  person_ = identityOf(*person);
+  person_ = *person;
   isForPerson_ = true;
   return true;
 }
