@@ -215,4 +215,20 @@ AuthorizationStatus FakeAuthorizationServices::copyPrivilegedReference(Authoriza
   return keep({"copyPrivilegedReference", parentSession_, {}, {}, flags, {}, {}, 0}, status);
 }
 
+void FakeAuthorizationServices::releaseRights() { log_.note("authorization.releaseRights"); }
+
+void FakeAuthorizationServices::setRootsTool(const std::string& tool) {
+  const std::scoped_lock lock(mutex_);
+  rootsTool_ = tool;
+}
+
+platform::ToolCommand FakeAuthorizationServices::commandForRoot(const std::string& tool,
+                                                                const std::vector<std::string>& arguments) {
+  const std::scoped_lock lock(mutex_);
+  if (rootsTool_.empty()) return {tool, arguments};
+  std::vector<std::string> all = {tool};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return {rootsTool_, all};
+}
+
 }  // namespace qm::testing

@@ -32,7 +32,7 @@ struct AuthorizationCall {
 /// not open is refused with errAuthorizationInvalidRef. A tool does what `fileCommand` knows about it.
 /// Recorded as "authorization.create()", "authorization.copyRights(system.privilege.admin)",
 /// "authorization.executeWithPrivileges(/bin/mv, -f, /a, /b)", "authorization.free()",
-/// "authorization.copyPrivilegedReference()". An injected failure answers errAuthorizationDenied.
+/// "authorization.copyPrivilegedReference()", "authorization.releaseRights()". An injected failure answers errAuthorizationDenied.
 class FakeAuthorizationServices : public platform::AuthorizationServices {
  public:
   FakeAuthorizationServices(Calls& calls, FakeDisk& disk);
@@ -44,6 +44,8 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   void answerAlways(const std::string& operation, platform::AuthorizationStatus status);
   /// A parent with rights hands down a session, which is the answer.
   platform::AuthorizationRef offerParentSession();
+  /// What root starts in place of every tool from now on, with the tool itself as its first argument.
+  void setRootsTool(const std::string& tool);
   /// What a tool does from now on, and what it prints.
   void onExecute(const std::string& tool, ToolEffect effect);
   void setOutput(const std::string& tool, const std::string& output);
@@ -77,6 +79,8 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
                                                       platform::AuthorizationFlags flags,
                                                       const std::vector<std::string>& arguments,
                                                       std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
+  void releaseRights() override;
+  platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyPrivilegedReference(platform::AuthorizationRef* session,
                                                         platform::AuthorizationFlags flags) override;
 
@@ -96,6 +100,7 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   std::map<std::string, platform::AuthorizationStatus> always_;
   std::map<std::string, ToolEffect> effects_;
   std::map<std::string, std::string> output_;
+  std::string rootsTool_;
   std::deque<char> handles_;  // their addresses are the sessions
   std::vector<platform::AuthorizationRef> open_;
   platform::AuthorizationRef parentSession_ = nullptr;

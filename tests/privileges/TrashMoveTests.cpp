@@ -32,7 +32,8 @@ TEST_F(ItemInTheTrash, GetsANumberWhereItsNameIsTaken) {
     makeBundle(applications() + "/Tessaly.app");
     ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
     makeBundle(applications() + "/Tessaly.app");
-    EXPECT_EQ(trashItem("Tessaly.app").note, "\"Tessaly.app\" is taken; it is now: Tessaly 2.app");
+    EXPECT_EQ(trashItem("Tessaly.app").note,
+              applications() + "/Tessaly.app: \"Tessaly.app\" is taken; it is now: Tessaly 2.app");
     EXPECT_EQ(namesIn(files()), (std::vector<std::string>{"Tessaly 2.app", "Tessaly.app"}));
     EXPECT_EQ(namesIn(files() + "/Tessaly.app"), std::vector<std::string>{"Contents"});
     EXPECT_EQ(contentsOf(files() + "/Tessaly 2.app/Contents/secret"), "secret");

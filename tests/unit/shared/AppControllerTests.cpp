@@ -355,7 +355,7 @@ TEST_F(MakersFolder, GoesAfterTheLastItem) {
       fakes.calls.areInOrder({"trash.recycle(/home/u/Library/LaunchAgents, /home/u/.Trash, "
                               "com.quillmark.OrvendelProjectWatcher.plist)",
                               "fileSystem.contentsOfDirectory(" + kFolder + ")", "fileSystem.removeHollowFolder",
-                              "trash.makeDurable", "windowProgress.orderOut"}));
+                              "trash.makeDurable", "authorization.releaseRights", "windowProgress.orderOut"}));
   EXPECT_EQ(fakes.calls.count("trash.makeDurable"), 1U);
 }
 

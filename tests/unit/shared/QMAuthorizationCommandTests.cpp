@@ -87,6 +87,17 @@ TEST_F(AsRoot, StartsToolsDirectlyAndWaitsOnlyWhenAsked) {
   EXPECT_EQ(fakes.calls.count("authorization.executeWithPrivileges"), 0U);
 }
 
+// Where names could be changed by others, a tool that goes by names is none for root.
+TEST_F(AsRoot, StartsWhatTheSystemHasForRootInPlaceOfATool) {
+  services().setRootsTool("/usr/bin/pinned");
+  fakes.disk.addExecutable("/usr/bin/pinned");
+  fakes.disk.addFile("/a");
+  EXPECT_TRUE(rights().authMoveFile("/a", "/b"));
+  EXPECT_EQ(rights().authExecTask("/bin/rm", {"-Rdf", "/c"}, Async::No), 0);
+  EXPECT_THAT(launches(), ElementsAre(Command{"/usr/bin/pinned", "/bin/mv", "-f", "/a", "/b"},
+                                      Command{"/usr/bin/pinned", "/bin/rm", "-Rdf", "/c"}));
+}
+
 TEST_F(AsRoot, AnswersThatAToolIsMissing) {
   EXPECT_EQ(rights().authExecTask("/bin/none", {}, Async::Yes), -2);
   EXPECT_THAT(launches(), IsEmpty());
