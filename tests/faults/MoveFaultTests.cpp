@@ -14,7 +14,7 @@ namespace {
 using Volumes = TrashOnTheMachine::Volumes;
 
 bool moveToTrash(const TrashOnTheMachine& machine) {
-  const Outcome outcome = launch("/bin/mv", {"-f", machine.item(), TrashOnTheMachine::place()});
+  const Outcome outcome = launchHere("/bin/mv", {"-f", machine.item(), TrashOnTheMachine::place()});
   return outcome.started() && outcome.waitStatus == 0;
 }
 

@@ -14,7 +14,7 @@ namespace {
 using Holds = FolderOnTheMachine::Holds;
 
 bool removeFolder() {
-  const Outcome outcome = removeIfHollow(FolderOnTheMachine::folder());
+  const Outcome outcome = removeIfHollowHere(FolderOnTheMachine::folder());
   return outcome.started() && outcome.waitStatus == 0;
 }
 

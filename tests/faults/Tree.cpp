@@ -57,6 +57,12 @@ std::string changed(const TreeItem& found, const TreeItem& expected) {
 
 using Compare = std::function<bool(const TreeItem&, const TreeItem&)>;
 
+// In the Trash a file lends nobody's rights.
+TreeItem withoutLentRights(TreeItem item) {
+  item.mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
+  return item;
+}
+
 std::string firstDifference(const Tree& found, const Tree& expected, const Compare& isSame) {
   const auto named = [](const std::string& path) { return path.empty() ? std::string("it") : path; };
   for (const auto& [path, item] : expected) {
@@ -84,7 +90,7 @@ std::string difference(const Tree& found, const Tree& expected) {
 
 std::string differenceButForFolders(const Tree& found, const Tree& expected, uid_t person) {
   return firstDifference(found, expected, [person](const TreeItem& item, const TreeItem& original) {
-    if (original.kind != 'd' || item.kind != 'd') return item == original;
+    if (original.kind != 'd' || item.kind != 'd') return item == original || item == withoutLentRights(original);
     const bool owned = item.user == original.user || item.user == person;
     return owned && (item.mode | S_IRWXU) == (original.mode | S_IRWXU);
   });

@@ -27,7 +27,8 @@ Tree treeAt(const std::string& path);
 /// The first difference, for messages: "contents/file is missing". Empty when there is none.
 std::string difference(const Tree& found, const Tree& expected);
 
-/// The same, where folders may have come to be `person`'s and have been opened to him.
+/// The same, where folders may have come to be `person`'s and have been opened to him, and files may have lost the bits
+/// that lend rights.
 std::string differenceButForFolders(const Tree& found, const Tree& expected, uid_t person);
 
 }  // namespace qm::testing

@@ -93,6 +93,22 @@ Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, cons
   return outcome;
 }
 
+Outcome launchHere(const std::string& tool, const std::vector<std::string>& arguments) {
+  return launchHere(linux_::AnyToolPolicy(), tool, arguments);
+}
+
+Outcome launchHere(const linux_::HelperPolicy& policy, const std::string& tool,
+                   const std::vector<std::string>& arguments) {
+  Outcome outcome;
+  linux_::runLaunch(policy, {1, tool, arguments}, person(), UniqueFd(),
+                    [&](const linux_::Message& message) { note(outcome, message); });
+  return outcome;
+}
+
+Outcome removeIfHollowHere(const std::string& folder) {
+  return launchHere(FolderRemovalAlone(), "/bin/rm", {"-Rdf", folder});
+}
+
 Outcome removeIfHollow(const std::string& folder) { return launch(FolderRemovalAlone(), "/bin/rm", {"-Rdf", folder}); }
 
 void makeFolder(const std::string& path, uid_t owner, mode_t mode) {

@@ -34,6 +34,12 @@ Outcome launch(const std::string& tool, const std::vector<std::string>& argument
 /// The same as a helper with another policy does.
 Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments);
 
+/// The same in this process, which is then confined to the folders concerned.
+Outcome launchHere(const std::string& tool, const std::vector<std::string>& arguments);
+Outcome launchHere(const linux_::HelperPolicy& policy, const std::string& tool,
+                   const std::vector<std::string>& arguments);
+Outcome removeIfHollowHere(const std::string& folder);
+
 /// Removes a folder as the uninstaller's helper does with the maker's.
 Outcome removeIfHollow(const std::string& folder);
 

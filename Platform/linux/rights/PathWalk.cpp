@@ -150,6 +150,7 @@ Refusal refusalFor(int error, const std::string& path) { return {error, path + "
 
 std::string PinnedPlace::shown() const {
   const std::string above = posix::shownPath(folder.get());
+  if (above.empty()) return {};
   return (above == "/" ? "" : above) + "/" + name;
 }
 

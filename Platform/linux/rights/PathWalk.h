@@ -27,7 +27,7 @@ struct PinnedPlace {
 
   bool isFolder() const { return item && S_ISDIR(itemStatus.st_mode); }
   bool isLink() const { return item && S_ISLNK(itemStatus.st_mode); }
-  /// The path at which the system shows the place now.
+  /// The path at which the system shows the place now; "" where it cannot be found out.
   std::string shown() const;
 };
 

@@ -74,8 +74,7 @@ class ItemVisitor : public posix::TreeVisitor {
   int entered(const posix::FolderChain& chain, const std::string&) override {
     if (reached_.size() == 1) mount_ = chain.identity();
     if (!chain.identity().sameMount(mount_)) return EBUSY;
-    reached_.push_back(reached_.back() == Reached::Yes && mayPass(chain.folder()) ? Reached::Yes : Reached::No);
-    return 0;
+    return reached_.back() == Reached::Yes ? lookWhetherPassed(chain.folder()) : noteReached(Reached::No);
   }
 
   int item(int folder, const std::string& name) override {
@@ -96,9 +95,16 @@ class ItemVisitor : public posix::TreeVisitor {
   virtual int folder(int folder) = 0;
 
  private:
-  bool mayPass(int folder) const {
+  int lookWhetherPassed(int folder) {
     const FileSystemUser acting(&identity_);
-    return acting.ok() && ::faccessat(folder, ".", X_OK, AT_EACCESS) == 0;
+    if (!acting.ok()) return EPERM;
+    if (::faccessat(folder, ".", X_OK, AT_EACCESS) == 0) return noteReached(Reached::Yes);
+    return errno == EACCES ? noteReached(Reached::No) : errno;
+  }
+
+  int noteReached(Reached reached) {
+    reached_.push_back(reached);
+    return 0;
   }
 
   const FileSystemIdentity& identity_;
@@ -159,12 +165,14 @@ FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached
   return posix::walkTree(item, ".", looking);
 }
 
-Reached reaches(const FileSystemIdentity& person, const std::string& path, int item) {
-  const FileSystemUser acting(&person);
-  struct stat found {};
+std::optional<Reached> reaches(const FileSystemIdentity& person, const std::string& path, int item) {
   const auto own = statusOf(item);
-  const bool comes = acting.ok() && own && ::lstat(path.c_str(), &found) == 0 && isSameItem(found, *own);
-  return comes ? Reached::Yes : Reached::No;
+  const FileSystemUser acting(&person);
+  if (!own || !acting.ok()) return std::nullopt;
+  struct stat found {};
+  if (::lstat(path.c_str(), &found) == 0) return isSameItem(found, *own) ? Reached::Yes : Reached::No;
+  const bool isNoWay = errno == EACCES || errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
+  return isNoWay ? std::optional(Reached::No) : std::nullopt;
 }
 
 }  // namespace qm::linux_

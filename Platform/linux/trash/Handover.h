@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "Platform/linux/rights/FileSystemUser.h"
 #include "Platform/posix/FileError.h"
 
@@ -21,7 +24,7 @@ posix::FileError handOver(int item, const FileSystemIdentity& person, Reached re
 /// has other names and would have to be changed. Changes nothing.
 posix::FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached);
 
-/// Whether the person, by following `path`, comes to the item of the descriptor.
-Reached reaches(const FileSystemIdentity& person, const std::string& path, int item);
+/// Whether the person, by following `path`, comes to the item of the descriptor. Null where that cannot be found out.
+std::optional<Reached> reaches(const FileSystemIdentity& person, const std::string& path, int item);
 
 }  // namespace qm::linux_

@@ -41,7 +41,9 @@ class RootMove::Steps {
     record_.origin = source_.shown();
     record_.item = {source_.itemStatus.st_dev, source_.itemStatus.st_ino};
     record_.info = trashInfoText(recordedPath(), deletionDate);
-    record_.reached = reaches(person_, path, source_.item.get());
+    const std::optional<Reached> reached = reaches(person_, path, source_.item.get());
+    isKnown_ = reached && !record_.origin.empty() && !trash_->path.empty();
+    record_.reached = reached.value_or(Reached::No);
   }
 
   /// Why it would fail; 0 when nothing is in the way.
@@ -49,6 +51,7 @@ class RootMove::Steps {
     const std::optional<Place> item = placeOf(source_.item.get());
     const std::optional<Place> folder = placeOf(source_.folder.get());
     if (!item || !folder) return errno;
+    if (!isKnown_) return EIO;
     if (item->mount != folder->mount) return EBUSY;
     return obstacleToHandover(source_.item.get(), person_, record_.reached);
   }
@@ -187,6 +190,8 @@ class RootMove::Steps {
   const FileSystemIdentity person_;
   const std::string wanted_;
   TrashRecord record_;
+  /// Where the item comes from, and whether the person reaches it there.
+  bool isKnown_ = false;
   std::string note_;
   int unfinished_ = 0;
 };

@@ -64,6 +64,7 @@ Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& 
   TrashDirectory result{
       std::move(*trash), std::move(*files), std::move(*info), *folderPlace, *filesPlace, *infoPlace, "", topFolder, 0};
   result.path = posix::shownPath(result.folder.get());
+  if (result.path.empty()) return trashFolderProblem(EIO, shown);
   result.nameLimit = longestName(result.info.get());
   return SharedTrashDirectory(std::make_shared<const TrashDirectory>(std::move(result)));
 }

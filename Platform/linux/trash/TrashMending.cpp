@@ -17,12 +17,13 @@ namespace {
 
 using posix::UniqueFd;
 
-// Somebody may have made one of the same name with other words.
-bool holdsText(int folder, const std::string& name, const std::string& text) {
+// Somebody may have made one of the same name with other words. A process that was ended may have written only the
+// beginning of its own.
+bool holdsBeginningOf(const std::string& text, int folder, const std::string& name) {
   const UniqueFd file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   std::string found(text.size() + 1, '\0');
   const ssize_t got = file ? ::read(file.get(), found.data(), found.size()) : -1;
-  return got == static_cast<ssize_t>(text.size()) && found.compare(0, text.size(), text) == 0;
+  return got >= 0 && text.starts_with(found.substr(0, static_cast<std::size_t>(got)));
 }
 
 class Mending {
@@ -85,7 +86,7 @@ bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, con
 void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
   const std::string name = record.stored + std::string(kTrashInfoSuffix);
   const FileSystemUser acting(&person);
-  if (acting.ok() && holdsText(trash.info.get(), name, record.info)) ::unlinkat(trash.info.get(), name.c_str(), 0);
+  if (acting.ok() && holdsBeginningOf(record.info, trash.info.get(), name)) ::unlinkat(trash.info.get(), name.c_str(), 0);
 }
 
 int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work) {
