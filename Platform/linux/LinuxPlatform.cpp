@@ -39,7 +39,6 @@ struct Services {
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock),
-        itemLocks(users),
         trash(users, clock),
         desktopShell(users, tasks) {
     platform.authorizationServices = &authorization;

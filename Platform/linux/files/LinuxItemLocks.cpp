@@ -7,8 +7,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
-#include "Platform/linux/rights/RightsForPaths.h"
+#include "Platform/linux/rights/PathWalk.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/UniqueFd.h"
@@ -24,10 +25,27 @@ struct Look {
   std::optional<bool> immutable;
 };
 
-int lookAt(const std::string& path, Look& look) {
+/// An item by its folder and name. For everybody but root the name is the whole path.
+struct NamedItem {
+  UniqueFd folder;
+  std::string name;
+
+  int at() const { return folder ? folder.get() : AT_FDCWD; }
+};
+
+int find(const std::string& path, NamedItem& item) {
+  item.name = path;
+  if (::geteuid() != 0 || path == "/") return 0;
+  Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
+  if (!place) return place.refusal().error;
+  item = {std::move(place->folder), std::move(place->name)};
+  return 0;
+}
+
+int lookAt(const NamedItem& item, Look& look) {
   struct statx found {};
   const int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT;
-  if (::statx(AT_FDCWD, path.c_str(), flags, STATX_TYPE, &found) != 0) return errno;
+  if (::statx(item.at(), item.name.c_str(), flags, STATX_TYPE, &found) != 0) return errno;
   look.lockable = S_ISREG(found.stx_mode) || S_ISDIR(found.stx_mode);
   if ((found.stx_attributes_mask & STATX_ATTR_IMMUTABLE) != 0) {
     look.immutable = (found.stx_attributes & STATX_ATTR_IMMUTABLE) != 0;
@@ -39,8 +57,9 @@ int lookAt(const std::string& path, Look& look) {
 
 /// Opens a file or a folder, and nothing else even when the item is replaced meanwhile: a device or a
 /// FIFO must not be waited for.
-int openItem(const std::string& path, UniqueFd& item) {
-  item.reset(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+int openItem(const NamedItem& named, UniqueFd& item) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  item.reset(::openat(named.at(), named.name.c_str(), kFlags));
   if (!item) return errno;
   struct stat attributes {};
   if (::fstat(item.get(), &attributes) != 0) return errno;
@@ -67,12 +86,14 @@ int changeFlag(int item, bool immutable) {
 
 int setFlag(const std::string& path, bool immutable) {
   if (const int error = posix::pathError(path)) return error;
+  NamedItem named;
   Look look;
-  if (const int error = lookAt(path, look)) return error;
+  if (const int error = find(path, named)) return error;
+  if (const int error = lookAt(named, look)) return error;
   if (look.immutable == immutable) return 0;
   if (!look.lockable) return EOPNOTSUPP;
   UniqueFd item;
-  const int error = openItem(path, item);
+  const int error = openItem(named, item);
   return error != 0 ? error : changeFlag(item.get(), immutable);
 }
 
@@ -81,18 +102,18 @@ int setFlag(const std::string& path, bool immutable) {
 platform::Status LinuxItemLocks::setImmutable(const std::string& path, bool immutable) {
   const auto operation = immutable ? posix::FileOperation::Lock : posix::FileOperation::Unlock;
   const std::string item = posix::withoutTrailingSlashes(path);
-  const RightsForPaths rights(users_, {item});
-  return posix::statusOf(operation, rights.ok() ? setFlag(item, immutable) : EPERM, path);
+  return posix::statusOf(operation, setFlag(item, immutable), path);
 }
 
 std::optional<bool> LinuxItemLocks::isImmutable(const std::string& path) const {
   const std::string itself = posix::withoutTrailingSlashes(path);
+  NamedItem named;
   Look look;
-  if (posix::pathError(itself) != 0 || lookAt(itself, look) != 0) return std::nullopt;
+  if (posix::pathError(itself) != 0 || find(itself, named) != 0 || lookAt(named, look) != 0) return std::nullopt;
   if (look.immutable) return look.immutable;
   UniqueFd item;
   unsigned flags = 0;
-  if (openItem(itself, item) != 0 || readFlags(item.get(), flags) != 0) return std::nullopt;
+  if (openItem(named, item) != 0 || readFlags(item.get(), flags) != 0) return std::nullopt;
   return (flags & FS_IMMUTABLE_FL) != 0;
 }
 

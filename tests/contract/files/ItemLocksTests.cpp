@@ -5,7 +5,6 @@
 #include <sstream>
 
 #include "Platform/linux/files/LinuxItemLocks.h"
-#include "Platform/linux/system/SystemUsers.h"
 #include "Platform/posix/PosixFileSystem.h"
 #include "tests/contract/files/RealFiles.h"
 
@@ -14,8 +13,7 @@ namespace {
 
 constexpr uid_t kUser = 1000;
 
-const linux_::SystemUsers users;
-linux_::LinuxItemLocks locks(users);
+linux_::LinuxItemLocks locks;
 posix::PosixFileSystem files;
 
 /// Sets the attribute past the service.
