@@ -117,13 +117,23 @@ std::map<std::string, std::string> snapshot(const std::string& folder) {
   return found;
 }
 
-std::error_code removeTree(const std::string& folder) {
+namespace {
+
+void openFolders(const std::string& folder) {
   std::error_code error;
   for (fs::recursive_directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    if (entry->symlink_status().type() != fs::file_type::directory) continue;
-    fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add);
+    if (entry->symlink_status(error).type() != fs::file_type::directory) continue;
+    fs::permissions(entry->path(), fs::perms::owner_all, fs::perm_options::add, error);
   }
-  error.clear();
+}
+
+}  // namespace
+
+std::error_code removeTree(const std::string& folder) {
+  std::error_code error;
+  fs::remove_all(folder, error);
+  if (!error) return error;
+  openFolders(folder);
   fs::remove_all(folder, error);
   return error;
 }
