@@ -32,7 +32,8 @@ struct AuthorizationCall {
 /// not open is refused with errAuthorizationInvalidRef. A tool does what `fileCommand` knows about it.
 /// Recorded as "authorization.create()", "authorization.copyRights(system.privilege.admin)",
 /// "authorization.executeWithPrivileges(/bin/mv, -f, /a, /b)", "authorization.free()",
-/// "authorization.copyPrivilegedReference()", "authorization.releaseRights()". An injected failure answers errAuthorizationDenied.
+/// "authorization.copyPrivilegedReference()", "authorization.releaseRights()". An injected failure answers
+/// errAuthorizationDenied.
 class FakeAuthorizationServices : public platform::AuthorizationServices {
  public:
   FakeAuthorizationServices(Calls& calls, FakeDisk& disk);

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -26,7 +27,7 @@ std::string testName() { return ::testing::UnitTest::GetInstance()->current_test
 
 void makeFolderAnew() {
   for (const std::string& path : {folder(), folder() + "/deep", folder() + "/deep/place"}) {
-    if (!exists(path)) makeFolder(path);
+    ::mkdir(path.c_str(), 0755);  // in one step: a volume may be mounted there right after
   }
   for (const char* name : {"/.DS_Store", "/Icon\r"}) {
     if (!exists(folder() + name)) makeFile(folder() + name, "housekeeping");

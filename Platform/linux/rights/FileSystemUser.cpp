@@ -48,10 +48,12 @@ void FileSystemUser::enter() {
   ok_ = become(*identity_);
 }
 
+// A thread that stayed somebody else could neither finish nor undo what it has begun: it is tried more than once.
 void FileSystemUser::leave() {
+  constexpr int kTries = 3;
   if (!entered_) return;
   entered_ = false;
-  become(own_);
+  for (int time = 0; time < kTries && !become(own_);) ++time;
 }
 
 }  // namespace qm::linux_

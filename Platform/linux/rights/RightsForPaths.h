@@ -10,8 +10,8 @@ namespace qm::linux_ {
 
 /// The rights with which a process of root's changes something at some paths, for as long as this lives and for the
 /// calling thread: root's own where nobody else can lead the way elsewhere, else those of the one person who can, else
-/// those of the person at the console. Whoever bends a path gets no farther than he could by himself. Changes nothing in
-/// any other process.
+/// those of the person at the console. Whoever bends a path gets no farther than he could by himself. Changes nothing
+/// in any other process.
 class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);

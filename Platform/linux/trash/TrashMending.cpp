@@ -86,7 +86,8 @@ bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, con
 void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
   const std::string name = record.stored + std::string(kTrashInfoSuffix);
   const FileSystemUser acting(&person);
-  if (acting.ok() && holdsBeginningOf(record.info, trash.info.get(), name)) ::unlinkat(trash.info.get(), name.c_str(), 0);
+  if (acting.ok() && holdsBeginningOf(record.info, trash.info.get(), name))
+    ::unlinkat(trash.info.get(), name.c_str(), 0);
 }
 
 int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work) {

@@ -108,7 +108,8 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
     FakeUsers users(calls);
     Files files(users);
     EXPECT_TRUE(files.createDirectory(home() + "/new"));
-    EXPECT_EQ(ownerOf(home() + "/new"), 0U) << "the process of an ordinary user, which the test plays, stays what it is";
+    EXPECT_EQ(ownerOf(home() + "/new"), 0U)
+        << "the process of an ordinary user, which the test plays, stays what it is";
   });
 }
 
