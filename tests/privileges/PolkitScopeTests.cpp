@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <cstdlib>
 
 #include <filesystem>
 #include <fstream>
@@ -82,6 +83,25 @@ TEST_P(AdministratorRights, OfTheUninstallerLeaveWhatThePersonCannotList) {
   });
   EXPECT_EQ(fileText("/Applications/Quillmark/licences/key"), "licence");
   fs::remove_all("/Applications/Quillmark");
+}
+
+TEST_P(AdministratorRights, AreNotAskedForWhereTheTrashCannotBeUsed) {
+  const std::string home = std::string("/home/") + GetParam().name;
+  asAccount(GetParam(), [&] {
+    fs::create_directories(home + "/.local/share");
+    std::ofstream(home + "/.local/share/Trash") << "no folder";
+    DesktopAgent agent({kAnna.password});
+    Application application(HelperScope::Product);
+    ASSERT_EQ(::setenv("HOME", home.c_str(), 1), 0);
+    application.service.announce("/bin/mv", {"-f", "/Applications/Tessaly.app", home + "/.Trash/Tessaly.app"});
+    EXPECT_EQ(application.open(), errAuthorizationToolEnvironmentError);
+    EXPECT_THAT(agent.dialogs(), SizeIs(0));
+    EXPECT_EQ(application.console.text(),
+              "Administrator rights were not granted: they would be of no use, because “" + home +
+                  "/.local/share/Trash” is not a real folder; left as it was: /Applications/Tessaly.app\n");
+    application.end();
+  });
+  fs::remove_all(home + "/.local");
 }
 
 TEST_P(AdministratorRights, AreReleasedWhenNothingNeedsThemAnyMore) {
@@ -187,6 +207,70 @@ TEST_P(AdministratorRights, ForOneCommandAreNoneWhereTheDialogCannotShowIt) {
     application.end();
   });
 }
+
+// MARK: - Root for somebody
+
+class RootForSomebody : public AdministratorRights {
+ protected:
+  static std::string home() { return std::string("/home/") + GetParam().name; }
+
+  /// The helper as a process of root's starts it, for the person.
+  static int helperFor(const std::vector<std::string>& command) {
+    std::vector<std::string> arguments = {"--for", std::to_string(GetParam().uid)};
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    linux_::ChildProgram helper;
+    EXPECT_EQ(helper.start(programFolder() + "/tessaly-uninstaller-admin-helper", arguments, {}), 0);
+    return helper.wait();
+  }
+  static int trashTheApplication() {
+    return helperFor({"/bin/mv", "-f", "/Applications/Tessaly.app", home() + "/.Trash/Tessaly.app"});
+  }
+};
+
+TEST_P(RootForSomebody, HandsOverWhatComesIntoTheTrash) {
+  fs::create_directories("/Applications/Tessaly.app/Contents");
+  EXPECT_EQ(trashTheApplication(), 0);
+  const std::string trash = home() + "/.local/share/Trash";
+  struct stat found {};
+  ASSERT_EQ(::stat((trash + "/files/Tessaly.app/Contents").c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, GetParam().uid);
+  EXPECT_THAT(fileText(trash + "/info/Tessaly.app.trashinfo"), HasSubstr("Path=/Applications/Tessaly.app\n"));
+  fs::remove_all(home() + "/.local");
+}
+
+TEST_P(RootForSomebody, PutsNothingWhereALinkToTheTrashLeads) {
+  const std::string planted = "/etc/apt/apt.conf.d";
+  fs::create_directories("/Applications/Tessaly.app/Contents");
+  fs::create_directories(home() + "/.local/share");
+  std::ofstream(home() + "/.local/share/Trash") << "no folder";
+  fs::create_symlink(planted, home() + "/.Trash");
+  for (const std::string path : {"/.local", "/.local/share", "/.local/share/Trash"}) {
+    ASSERT_EQ(::chown((home() + path).c_str(), GetParam().uid, GetParam().uid), 0);
+  }
+  EXPECT_NE(trashTheApplication(), 0);
+  EXPECT_FALSE(fs::exists(planted + "/Tessaly.app"));
+  EXPECT_TRUE(fs::exists("/Applications/Tessaly.app/Contents")) << "it stays where nothing can be done";
+  for (const std::string path : {"/.local", "/.Trash"}) fs::remove_all(home() + path);
+  fs::remove_all("/Applications/Tessaly.app");
+}
+
+TEST_P(RootForSomebody, MovesNothingOfAnothersBehindALink) {
+  const std::string others = "/home/bea/Library/Caches/com.quillmark.tessaly";
+  fs::create_directories(others);
+  fs::create_directories(home() + "/Library");
+  fs::create_symlink("/home/bea/Library/Caches", home() + "/Library/Caches");
+  ASSERT_EQ(::lchown((home() + "/Library/Caches").c_str(), GetParam().uid, GetParam().uid), 0);
+  ASSERT_EQ(::chown((home() + "/Library").c_str(), GetParam().uid, GetParam().uid), 0);
+  EXPECT_NE(helperFor({"/bin/mv", "-f", home() + "/Library/Caches/com.quillmark.tessaly", home() + "/.Trash/caches"}),
+            0);
+  EXPECT_TRUE(fs::exists(others));
+  for (const std::string& path : {home() + "/Library", home() + "/.local", std::string("/home/bea/Library")}) {
+    fs::remove_all(path);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(As, RootForSomebody, ::testing::Values(kSam, kAnna),
+                         [](const auto& person) { return std::string(person.param.name); });
 
 // MARK: - Asked to end
 

@@ -7,11 +7,13 @@
 #include <array>
 #include <cerrno>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/linux/privileges/HelperOpening.h"
 #include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {
 
@@ -61,6 +63,16 @@ OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>&
   OnlyCommand command = {tool};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return command;
+}
+
+/// Why the Trash that a command moves an item to cannot be used; "" when it can, and for every other command. Rights
+/// would not change that: it is the user's own.
+std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
+  const std::string folder = users.homeDirectory() + "/.Trash/";
+  if (command.size() != 4 || command.front() != "/bin/mv" || !command.back().starts_with(folder)) return {};
+  const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false};
+  const auto trash = TrashFinder().homeTrash(self);
+  return trash ? std::string() : "they would be of no use, because " + trash.problem().because;
 }
 
 bool isFileTool(const std::string& tool) {
@@ -120,6 +132,9 @@ AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const Au
   }
   keepMemoryToOurselves(true);
   if (withCredentials) return keep(session, openHelperWithCredentials(programs_, console_, *user, *password), {});
+  if (std::string trouble = troubleWithTrash(announced, users_); !trouble.empty()) {
+    return keep(session, {errAuthorizationToolEnvironmentError, std::move(trouble), nullptr}, announced);
+  }
   const OnlyCommand only = programs_.scope == HelperScope::AnyTool ? announced : OnlyCommand();
   HelperOpening opening = openHelperWithDialog(programs_, only, console_);
   if (opening.connection) return keep(session, std::move(opening), only);
