@@ -8,7 +8,6 @@ namespace qm::linux_ {
 
 using platform::Status;
 using posix::FileOperation;
-using posix::PosixFileSystem;
 
 Status LinuxFileSystem::withRights(FileOperation operation, const std::string& path, const std::string& destination,
                                    const std::function<Status()>& change) const {

@@ -35,9 +35,9 @@ UniqueFd duplicate(int fd) { return UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 0)); }
 /// The steps of one move.
 class RootMove::Steps {
  public:
-  Steps(const std::string& path, PinnedPlace source, SharedTrashDirectory trash, const FileSystemIdentity& person,
+  Steps(const std::string& path, PinnedPlace source, SharedTrashDirectory trash, FileSystemIdentity person,
         std::string wanted, const std::string& deletionDate)
-      : source_(std::move(source)), trash_(std::move(trash)), person_(person), wanted_(std::move(wanted)) {
+      : source_(std::move(source)), trash_(std::move(trash)), person_(std::move(person)), wanted_(std::move(wanted)) {
     record_.origin = source_.shown();
     record_.item = {source_.itemStatus.st_dev, source_.itemStatus.st_ino};
     record_.info = trashInfoText(recordedPath(), deletionDate);
@@ -67,7 +67,7 @@ class RootMove::Steps {
   FileError run(std::string* note) {
     const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get());
     if (!work) return work.refusal().error;
-    const FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
+    FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
     // What is not finished is found by its record.
     if (unfinished_ == 0) static_cast<void>(work->remove());
     *note = unfinished_ == 0 ? note_ : std::string("not completely handed over: ") + std::strerror(unfinished_);

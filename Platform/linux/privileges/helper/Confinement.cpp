@@ -13,7 +13,6 @@
 namespace qm::linux_ {
 namespace {
 
-using posix::UniqueFd;
 using Rights = unsigned long long;
 
 constexpr int kVersionWithMoves = 2;
