@@ -151,6 +151,30 @@ TEST_F(ItemHandedOver, IsRefusedWhereAFileWithOtherNamesWouldHaveToBeChanged) {
   });
 }
 
+TEST_F(ItemHandedOver, MayHaveFilesWithSeveralNamesInIt) {
+  run([] {
+    makeFolder(applications() + "/Tessaly.app");
+    makeFile(applications() + "/Tessaly.app/tool", "tool", 0, 04755);
+    const std::string other = applications() + "/Tessaly.app/other";
+    ASSERT_EQ(::link((applications() + "/Tessaly.app/tool").c_str(), other.c_str()), 0);
+    EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(modeOf(item() + "/other"), 0755U);
+  });
+}
+
+TEST_F(ItemHandedOver, MayHaveOtherNamesWhereItIsCopied) {
+  run([] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0755");
+    makeFolder(volume + "/Tessaly.app");
+    makeFile(volume + "/tool", "tool", 0, 04755);
+    ASSERT_EQ(::link((volume + "/tool").c_str(), (volume + "/Tessaly.app/tool").c_str()), 0);
+    EXPECT_TRUE(trashPath(volume + "/Tessaly.app").succeeded());
+    EXPECT_EQ(modeOf(item() + "/tool"), 0755U);
+    EXPECT_EQ(modeOf(volume + "/tool"), 04755U);
+  });
+}
+
 TEST_F(ItemHandedOver, MayBeDeeperThanThereAreDescriptors) {
   run([] {
     const std::string bundle = applications() + "/Tessaly.app";

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -114,6 +115,54 @@ TEST_F(EndedMove, IsNotMendedWhileItGoesOn) {
     ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
     linux_::mendTrashMoves(person());
     EXPECT_TRUE(exists(work));
+  });
+}
+
+// A folder of root's that the person has given such a name.
+TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
+  run([] {
+    const std::string folder = trash() + "/.tessaly-uninstaller-1";
+    makeFolder(folder, 0, 0700);
+    makeFile(folder + "/precious", "precious");
+    linux_::mendTrashMoves(person());
+    EXPECT_EQ(contentsOf(folder + "/precious"), "precious");
+  });
+}
+
+// Owners on a volume that somebody brought along are what its maker likes: no record there leads root anywhere.
+TEST_F(EndedMove, IsNotBelievedOnAnotherVolume) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    const std::string work = trash() + "/" + leftovers().front();
+    const std::string record = contentsOf(work + "/record");
+    const std::string brought = machineFolder() + "/stick";
+    mountTmpfs(brought, "mode=0755");
+    makeFolder(brought + "/Trash", kPerson, 0700);
+    for (const char* name : {"/files", "/info"}) makeFolder(brought + "/Trash" + name, kPerson, 0700);
+    makeFolder(brought + "/Trash/.tessaly-uninstaller-1", 0, 0700);
+    makeFile(brought + "/Trash/.tessaly-uninstaller-1/record", record);
+    ASSERT_EQ(::unlink((home() + "/.Trash").c_str()), 0);
+    makeLink(home() + "/.Trash", brought + "/Trash/files", kPerson);
+    linux_::mendTrashMoves(person());
+    EXPECT_TRUE(exists(brought + "/Trash/.tessaly-uninstaller-1/record"));
+    expectHandedOver();
+  });
+}
+
+TEST_F(EndedMove, FollowsNoRecordOutOfTheTrash) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    makeFolder(machineFolder() + "/system");
+    struct stat found {};
+    ASSERT_EQ(::stat((machineFolder() + "/system").c_str(), &found), 0);
+    const std::string work = trash() + "/" + leftovers().front();
+    const std::string number = std::to_string(found.st_dev) + "\n" + std::to_string(found.st_ino) + "\n";
+    makeFile(work + "/record", "/a\n" + number + "0\n0\n" + machineFolder() + "/system\n\n\n1\n0\nend");
+    linux_::mendTrashMoves(person());
+    EXPECT_EQ(ownerOf(machineFolder() + "/system"), 0U);
+    EXPECT_TRUE(exists(work)) << "what is not understood is left alone";
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <csignal>
 
 #include <cerrno>
 #include <sstream>
@@ -28,6 +29,16 @@ TEST(ToolOfRoots, HasOnlyItsStandardStreams) {
   for (std::string line; std::getline(lines, line);) descriptors.push_back(line);
   EXPECT_EQ(descriptors, (std::vector<std::string>{"0", "1", "2"}));
   EXPECT_EQ(outcome.waitStatus, 0) << "standard input must be at its end";
+}
+
+TEST(ToolOfRoots, BlocksNoSignal) {
+  sigset_t end;
+  sigemptyset(&end);
+  sigaddset(&end, SIGTERM);
+  inChild([&] {
+    ASSERT_EQ(::sigprocmask(SIG_BLOCK, &end, nullptr), 0);
+    EXPECT_EQ(launch("/bin/sh", {"-c", "grep SigBlk /proc/$$/status"}).output, "SigBlk:\t0000000000000000\n");
+  });
 }
 
 TEST(ToolOfRoots, IsNotStartedWhenItIsMissing) {

@@ -200,6 +200,25 @@ TEST_F(FileToolOfRoots, RemovesTreesAndNotWhatTheirLinksLeadTo) {
   });
 }
 
+TEST_F(FileToolOfRoots, RemovesSeveralItemsInSeveralFolders) {
+  run([] {
+    makeTree(home() + "/one");
+    makeTree(system() + "/two");
+    EXPECT_TRUE(launch("/bin/rm", {"-R", "-f", home() + "/one", system() + "/two"}).succeeded());
+    EXPECT_FALSE(exists(home() + "/one"));
+    EXPECT_FALSE(exists(system() + "/two"));
+  });
+}
+
+TEST_F(FileToolOfRoots, RemovesNothingOfATreeWithAVolumeInIt) {
+  run([] {
+    makeTree(home() + "/tree");
+    mountTmpfs(home() + "/tree/folder/volume", "mode=0755");
+    EXPECT_EQ(launch("/bin/rm", {"-Rdf", home() + "/tree"}).error, EBUSY);
+    expectTree(home() + "/tree");
+  });
+}
+
 TEST_F(FileToolOfRoots, MakesFoldersAndThoseAbove) {
   run([] {
     EXPECT_TRUE(launch("/bin/mkdir", {"-p", system() + "/one/two/three"}).succeeded());

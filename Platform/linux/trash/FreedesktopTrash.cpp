@@ -10,6 +10,7 @@
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/trash/MoveToTrash.h"
+#include "Platform/linux/trash/RootMove.h"
 
 namespace qm::linux_ {
 namespace {
@@ -64,6 +65,7 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
   Outcome<SourceFolder> source = openSourceFolder(sourceFolder, **user);
   if (!source) return trashFailure(first, source.problem());
 
+  if ((*user)->forAnother) mendRootMoves(**user);
   FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
   if (!acting.ok()) return trashFailure(first, itemProblem(EPERM));
   Outcome<SharedTrashDirectory> home = finder_.homeTrash(**user);

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "Platform/linux/files/DescriptorPath.h"
@@ -49,13 +51,12 @@ int settleFile(int item, const struct stat& file, Reached reached) {
   return mode == (file.st_mode & kPermissions) ? 0 : posix::setMode(item, mode);
 }
 
-// A file with other names is changed under those as well.
-int obstacleOfFile(int item, const struct stat& file, Reached reached) {
-  if (S_ISLNK(file.st_mode) || file.st_nlink == 1) return 0;
-  bool changes = false;
+// 0 and `changes`, or an error number.
+int lookForChanges(int item, const struct stat& file, Reached reached, bool& changes) {
+  if (S_ISLNK(file.st_mode)) return 0;
   if (const int error = S_ISREG(file.st_mode) ? lookForCapabilities(item, changes) : 0) return error;
   changes = changes || keptMode(file, reached) != (file.st_mode & kPermissions);
-  return changes ? EMLINK : 0;
+  return 0;
 }
 
 int giveFolder(int folder, const FileSystemIdentity& person) {
@@ -134,15 +135,43 @@ class Giving : public ItemVisitor {
 
 class Looking : public ItemVisitor {
  public:
-  using ItemVisitor::ItemVisitor;
+  Looking(const FileSystemIdentity& person, Reached reached, OtherNames otherNames)
+      : ItemVisitor(person, reached), counts_(otherNames == OtherNames::Count) {}
 
   int item(int folder, const std::string& name) override {
-    return posix::isProtected(folder, name.c_str()) ? EPERM : ItemVisitor::item(folder, name);
+    if (posix::isProtected(folder, name.c_str())) return EPERM;
+    name_ = name;
+    return ItemVisitor::item(folder, name);
   }
   int file(int item, const struct stat& status, Reached reached) override {
-    return obstacleOfFile(item, status, reached);
+    if (!counts_ || status.st_nlink == 1) return 0;
+    bool changes = false;
+    if (const int error = lookForChanges(item, status, reached, changes)) return error;
+    Names& names = names_[{status.st_dev, status.st_ino}];
+    names = {name_, names.seen + 1, status.st_nlink, names.change || changes};
+    return 0;
   }
   int folder(int folder) override { return posix::isProtected(folder, ".") ? EPERM : 0; }
+
+  /// A file with names outside the item would be changed under those as well.
+  FileError fileWithOtherNames() const {
+    for (const auto& [number, names] : names_) {
+      if (names.change && names.seen < names.all) return {EMLINK, names.one};
+    }
+    return {};
+  }
+
+ private:
+  struct Names {
+    std::string one;
+    nlink_t seen = 0;
+    nlink_t all = 0;
+    bool change = false;
+  };
+
+  const bool counts_;
+  std::string name_;
+  std::map<std::pair<dev_t, ino_t>, Names> names_;
 };
 
 }  // namespace
@@ -156,13 +185,17 @@ FileError handOver(int item, const FileSystemIdentity& person, Reached reached) 
   return giving.firstError() != 0 ? FileError(giving.firstError()) : error;
 }
 
-FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached) {
+FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached, OtherNames otherNames) {
   const auto status = statusOf(item);
   if (!status) return errno;
-  if (!S_ISDIR(status->st_mode)) return obstacleOfFile(item, *status, reached);
+  Looking looking(person, reached, otherNames);
+  if (!S_ISDIR(status->st_mode)) {
+    const int error = looking.file(item, *status, reached);
+    return error != 0 ? error : looking.fileWithOtherNames();
+  }
   if (posix::holdsMountPoint(item)) return EBUSY;
-  Looking looking(person, reached);
-  return posix::walkTree(item, ".", looking);
+  FileError error = posix::walkTree(item, ".", looking);
+  return error ? error : looking.fileWithOtherNames();
 }
 
 std::optional<Reached> reaches(const FileSystemIdentity& person, const std::string& path, int item) {

@@ -20,9 +20,12 @@ enum class Reached : bool { No, Yes };
 /// result is the same. Goes on after a failure and returns the first one.
 posix::FileError handOver(int item, const FileSystemIdentity& person, Reached reached);
 
+/// Whether names of a file that lie outside the item matter: those of a copy are its own.
+enum class OtherNames : bool { DoNot, Count };
+
 /// Why that would fail, or change what is not part of the item: a volume mounted in it, a locked item, a file that
-/// has other names and would have to be changed. Changes nothing.
-posix::FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached);
+/// has names outside the item and would have to be changed. Changes nothing.
+posix::FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached, OtherNames otherNames);
 
 /// Whether the person, by following `path`, comes to the item of the descriptor. Null where that cannot be found out.
 std::optional<Reached> reaches(const FileSystemIdentity& person, const std::string& path, int item);

@@ -11,7 +11,6 @@
 #include "Platform/linux/trash/InfoFile.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
-#include "Platform/linux/trash/TrashMending.h"
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 
@@ -133,7 +132,6 @@ class Move {
 
   std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person,
                                                  const std::string& deletionDate) const {
-    mendTrashMoves(trash_, person);
     PinnedPlace place;
     place.folder.reset(::fcntl(source_.fd.get(), F_DUPFD_CLOEXEC, 0));
     place.name = name_;

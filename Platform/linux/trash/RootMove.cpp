@@ -52,8 +52,9 @@ class RootMove::Steps {
     const std::optional<Place> folder = placeOf(source_.folder.get());
     if (!item || !folder) return errno;
     if (!isKnown_) return EIO;
+    const OtherNames otherNames = isOnTrashVolume() ? OtherNames::Count : OtherNames::DoNot;
     if (item->mount != folder->mount) return EBUSY;
-    return obstacleToHandover(source_.item.get(), person_, record_.reached);
+    return obstacleToHandover(source_.item.get(), person_, record_.reached, otherNames);
   }
 
   bool isOnTrashVolume() const {
@@ -83,42 +84,48 @@ class RootMove::Steps {
   }
 
   FileError moveItself(const WorkFolder& work) {
+    if (const int error = record_.writeTo(work.descriptor())) return error;
     const auto rename = [&](const std::string& stored) {
       return posix::renameWithoutReplacing({source_.folder.get(), source_.name}, {trash_->files.get(), stored});
     };
     if (const int error = publish(work, rename)) return error;
-    if (itemNumber(trash_->files.get(), record_.stored) != record_.item) return putBack();
+    // Its name in the Trash is the person's to change; another item that came in its place is not handed over.
+    if (!isInTrash()) return ESTALE;
     unfinished_ = handOver(source_.item.get(), person_, record_.reached).code;
     return {};
   }
 
-  // Somebody has put another item in the place of the one that was checked.
-  int putBack() const {
-    static_cast<void>(
-        posix::renameWithoutReplacing({trash_->files.get(), record_.stored}, {source_.folder.get(), source_.name}));
-    forgetDescription(*trash_, person_, record_);
-    return ESTALE;
+  bool isInTrash() const {
+    if (itemNumber(trash_->files.get(), record_.stored) == record_.item) return true;
+    return source_.isFolder() && itemNumber(source_.item.get(), "..") == itemNumber(trash_->files.get());
   }
 
   FileError moveCopy(const WorkFolder& work) {
-    if (FileError error = makeCopy(work)) return error;
     record_.aside = WorkFolder::newName();
+    if (const int error = record_.writeTo(work.descriptor())) return error;
+    if (FileError error = makeCopy(work)) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;
     const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
     if (!aside) return aside.refusal().error;
     FileError error = exchange(work, *aside);
-    const int removal = aside->remove();
-    if (!error) unfinished_ = removal;
+    // What was taken by mistake and could not be given back stays in it.
+    const int removal = error ? aside->removeEmpty() : aside->remove();
+    if (removal != 0 && unfinished_ == 0) unfinished_ = removal;
     return error;
   }
 
   // The copy that goes to the Trash, complete and on the disk before anything else is done.
   FileError makeCopy(const WorkFolder& work) {
     posix::CopyObserver nobody;
-    const posix::Place from{duplicate(source_.folder.get()), source_.name};
+    // A folder is copied by its descriptor; a file is looked at before and after.
+    const bool isFolder = source_.isFolder();
+    const posix::Place from{duplicate(isFolder ? source_.item.get() : source_.folder.get()),
+                            isFolder ? "." : source_.name};
     const posix::Place to{duplicate(work.descriptor()), kCopyName};
     if (!from.folder || !to.folder) return errno;
+    if (!isStillThere()) return ESTALE;
     if (FileError error = posix::copyTree(from, to, nobody)) return error;
+    if (!isStillThere() || !hasCopysSize(work)) return ESTALE;
     const UniqueFd copy(::openat(work.descriptor(), kCopyName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto number = copy ? itemNumber(copy.get()) : std::nullopt;
     if (!number) return errno;
@@ -127,24 +134,40 @@ class RootMove::Steps {
     return posix::flushVolume(work.descriptor());
   }
 
+  bool isStillThere() const { return itemNumber(source_.folder.get(), source_.name) == record_.item; }
+
+  bool hasCopysSize(const WorkFolder& work) const {
+    const auto copy = statusIn(work.descriptor(), kCopyName);
+    if (!copy || !S_ISREG(copy->st_mode)) return static_cast<bool>(copy);
+    const auto item = statusOf(source_.item.get());
+    return item && copy->st_size == item->st_size && copy->st_mtim.tv_sec == item->st_mtim.tv_sec;
+  }
+
   // The copy comes into the Trash, and the item leaves its place for a folder of root's alone.
   FileError exchange(const WorkFolder& work, const WorkFolder& aside) {
     const auto rename = [&](const std::string& stored) {
       return posix::renameWithoutReplacing({work.descriptor(), kCopyName}, {trash_->files.get(), stored});
     };
     if (const int error = publish(work, rename)) return error;
-    const int error = takeAway(aside);
-    if (error != 0) unfinished_ = unpublish(*trash_, person_, record_, work.descriptor());
-    return error;
+    int error = posix::flushVolume(work.descriptor());
+    if (error == 0) error = takeAway(aside);
+    if (error != 0) {
+      const int notUndone = unpublish(*trash_, person_, record_, work.descriptor());
+      if (unfinished_ == 0) unfinished_ = notUndone;
+      return error;
+    }
+    record_.isTaken = true;
+    unfinished_ = record_.writeTo(work.descriptor());
+    return {};
   }
 
-  int takeAway(const WorkFolder& aside) const {
+  int takeAway(const WorkFolder& aside) {
     const posix::ItemName here{source_.folder.get(), source_.name};
     const std::string asideName = kAsideName;
     const posix::ItemName there{aside.descriptor(), asideName};
     if (const int error = posix::renameWithoutReplacing(here, there)) return error;
     if (itemNumber(aside.descriptor(), asideName) == record_.item) return 0;
-    static_cast<void>(posix::renameWithoutReplacing(there, here));
+    unfinished_ = posix::renameWithoutReplacing(there, here);
     return ESTALE;
   }
 
@@ -225,7 +248,15 @@ std::string obstacleWords(int error) {
 
 void mendRootMoves(const TrashUser& person) {
   Outcome<SharedTrashDirectory> trash = openShownTrash(person, MissingTrash::StaysMissing);
-  if (trash) mendTrashMoves(**trash, person.identity);
+  if (trash) mendRootMoves(**trash, person);
+}
+
+// A volume that somebody brought along says of owners what its maker likes: records count at home only.
+void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
+  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
+  if (home && trash.topFolder.empty() && trash.folderPlace.device == home->device) {
+    mendTrashMoves(trash, person.identity);
+  }
 }
 
 }  // namespace qm::linux_

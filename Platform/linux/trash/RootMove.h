@@ -50,5 +50,7 @@ std::string obstacleWords(int error);
 
 /// Finishes or undoes what moves to this person's Trash left that were ended in the middle.
 void mendRootMoves(const TrashUser& person);
+/// The same in a Trash that is open already. One that is not on the volume of the person's home is left alone.
+void mendRootMoves(const TrashDirectory& trash, const TrashUser& person);
 
 }  // namespace qm::linux_

@@ -40,8 +40,10 @@ TrashOutcome openLinkedTrash(const TrashUser& person) {
   const UniqueFd trash(files ? ::openat(files.get(), "..", kLookup) : -1);
   const std::optional<Place> linked = files ? placeOf(files.get()) : std::nullopt;
   const std::optional<Place> own = trash ? placeOf(trash.get(), "files") : std::nullopt;
-  const bool isTrash = linked && own && linked->sameItem(*own) && isOwnFolder(trash.get(), "files", owner) &&
-                       isOwnFolder(trash.get(), "info", owner);
+  // A volume that the person brought along says of owners what the person likes.
+  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
+  const bool isTrash = linked && own && home && home->device == linked->device && linked->sameItem(*own) &&
+                       isOwnFolder(trash.get(), "files", owner) && isOwnFolder(trash.get(), "info", owner);
   if (!isTrash) return trashFolderProblem(ENOTDIR, person.home + "/.Trash");
   const UniqueFd above(::openat(trash.get(), "..", kLookup));
   if (!above) return trashFolderProblem(errno, person.home + "/.Trash");

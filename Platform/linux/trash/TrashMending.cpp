@@ -46,26 +46,26 @@ class Mending {
   // As long as the item is at its place, the copy is one too many.
   bool mendCopy() {
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    const bool isGone = !origin && (origin.refusal().error == ENOENT || origin.refusal().error == ENOTDIR);
-    if (!origin && !isGone) return false;
-    const bool isThere = origin && origin->item && itemNumber(origin->item.get()) == record_.item;
+    if (!origin) return record_.isTaken && (origin.refusal().error == ENOENT || origin.refusal().error == ENOTDIR);
+    const bool isThere = origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
-    if (isPublished && isThere && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
-    if (!isPublished) forgetDescription(trash_, person_, record_);
-    return !origin || clearAside(*origin, isPublished);
+    if (isThere && isPublished && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
+    if (isThere && !isPublished) forgetDescription(trash_, person_, record_);
+    return settleAside(*origin, isPublished && !isThere) && (isThere || isPublished || record_.isTaken);
   }
 
   // An item that was taken away goes for good when its copy came into the Trash, and back to its place otherwise.
-  bool clearAside(const PinnedPlace& origin, bool isPublished) const {
+  bool settleAside(const PinnedPlace& origin, bool isPublished) const {
     const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside);
     if (!aside) return aside.refusal().error == ENOENT;
-    const auto taken = itemNumber(aside->descriptor(), kAsideName);
     const std::string asideName = kAsideName;
-    if (taken && (taken != record_.item || !isPublished) &&
+    const auto taken = itemNumber(aside->descriptor(), asideName);
+    if (taken == record_.item && (isPublished || record_.isTaken)) return aside->remove() == 0;
+    if (taken &&
         posix::renameWithoutReplacing({aside->descriptor(), asideName}, {origin.folder.get(), origin.name}) != 0) {
       return false;
     }
-    return aside->remove() == 0;
+    return aside->removeEmpty() == 0;
   }
 
   const TrashDirectory& trash_;
@@ -74,9 +74,7 @@ class Mending {
   const TrashRecord& record_;
 };
 
-// Before there is a record nothing has been changed outside the work folder.
 bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work) {
-  if (!TrashRecord::isIn(work.descriptor())) return true;
   const std::optional<TrashRecord> record = TrashRecord::readFrom(work.descriptor());
   return record && Mending(trash, person, work, *record).run();
 }
@@ -100,9 +98,15 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
   return 0;
 }
 
+// What has no record is no work of ours, or none that had begun: it goes only if it is empty.
 void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person) {
   for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get())) {
-    if (isMended(trash, person, work)) static_cast<void>(work.remove());
+    const bool hasRecord = TrashRecord::isIn(work.descriptor());
+    if (!hasRecord) {
+      TrashRecord::removePartIn(work.descriptor());
+      static_cast<void>(work.removeEmpty());
+    }
+    if (hasRecord && isMended(trash, person, work)) static_cast<void>(work.remove());
   }
 }
 

@@ -24,7 +24,7 @@ using posix::UniqueFd;
 constexpr const char* kName = "record";
 constexpr const char* kNewName = "record-new";
 constexpr std::string_view kEnd = "end";
-constexpr std::size_t kFields = 9;
+constexpr std::size_t kFields = 10;
 
 std::string numbered(std::uint64_t number) { return std::to_string(number); }
 
@@ -44,7 +44,8 @@ std::string textOf(const TrashRecord& record) {
                                                    record.stored,
                                                    record.info,
                                                    record.aside,
-                                                   record.reached == Reached::Yes ? "1" : "0"};
+                                                   record.reached == Reached::Yes ? "1" : "0",
+                                                   record.isTaken ? "1" : "0"};
   std::string text;
   for (const std::string& field : fields) text += percentEncoded(field) + "\n";
   return text.append(kEnd);
@@ -57,6 +58,11 @@ std::vector<std::string> linesOf(std::string_view text) {
   }
   if (text != kEnd) lines.clear();
   return lines;
+}
+
+// What would lead out of the folder that it is looked for in is none of ours.
+bool isNameOrNothing(const std::string& text) {
+  return text != "." && text != ".." && text.find('/') == std::string::npos;
 }
 
 std::string readAll(int file) {
@@ -83,23 +89,27 @@ int TrashRecord::writeTo(int folder) const {
   if (!file) return errno;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
   if (::fsync(file.get()) != 0) return errno;
-  return posix::errorOf(::renameat(folder, kNewName, folder, kName));
+  if (::renameat(folder, kNewName, folder, kName) != 0) return errno;
+  return posix::errorOf(::fsync(folder));
 }
 
 bool TrashRecord::isIn(int folder) { return statusIn(folder, kName).has_value(); }
+
+void TrashRecord::removePartIn(int folder) { ::unlinkat(folder, kNewName, 0); }
 
 std::optional<TrashRecord> TrashRecord::readFrom(int folder) {
   const UniqueFd file(::openat(folder, kName, O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   if (!file) return std::nullopt;
   const std::vector<std::string> fields = linesOf(readAll(file.get()));
-  if (fields.size() != kFields) return std::nullopt;
+  if (fields.size() != kFields || !isNameOrNothing(fields[5]) || !isNameOrNothing(fields[7])) return std::nullopt;
   return TrashRecord{fields[0],
                      {number(fields[1]), number(fields[2])},
                      {number(fields[3]), number(fields[4])},
                      fields[5],
                      fields[6],
                      fields[7],
-                     fields[8] == "1" ? Reached::Yes : Reached::No};
+                     fields[8] == "1" ? Reached::Yes : Reached::No,
+                     fields[9] == "1"};
 }
 
 }  // namespace qm::linux_

@@ -30,12 +30,15 @@ struct TrashRecord {
   std::string info;    ///< the text that describes it there
   std::string aside;   ///< the work folder beside the origin that the item goes to once its copy is in the Trash
   Reached reached = Reached::No;
+  bool isTaken = false;  ///< its copy is in the Trash for good, and the item has left its place
 
   bool isCopy() const { return copy.inode != 0; }
 
   /// Writes it into a work folder, in place of an earlier one. On the disk when it returns 0; else an error number.
   int writeTo(int folder) const;
   static bool isIn(int folder);
+  /// Removes what a process that was ended had written of one.
+  static void removePartIn(int folder);
   /// The record in a work folder; null when there is none, or only a part of one.
   static std::optional<TrashRecord> readFrom(int folder);
 };

@@ -66,9 +66,10 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   if (name.empty()) return refused(EIO);
   if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
   Answer<WorkFolder> made = open(folder, name);
-  if (made) return made;
+  // Until it is locked it looks left behind to another process that mends.
+  if (made && made->hasItsName()) return made;
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-  return refused(made.refusal().error);
+  return refused(made ? EAGAIN : made.refusal().error);
 }
 
 std::vector<WorkFolder> WorkFolder::leftIn(int folder) {
@@ -95,10 +96,17 @@ int WorkFolder::remove() const {
     if (!item) return errno;
     if (const posix::FileError error = posix::removeOwnTree(own_.get(), name, item.get())) return error.code;
   }
+  return removeEmpty();
+}
+
+int WorkFolder::removeEmpty() const {
+  return hasItsName() ? posix::errorOf(::unlinkat(above_, name_.c_str(), AT_REMOVEDIR)) : ESTALE;
+}
+
+bool WorkFolder::hasItsName() const {
   const auto own = statusOf(own_.get());
   const auto named = statusIn(above_, name_.c_str());
-  if (!own || !named || !isSameItem(*own, *named)) return ESTALE;
-  return posix::errorOf(::unlinkat(above_, name_.c_str(), AT_REMOVEDIR));
+  return own && named && isSameItem(*own, *named);
 }
 
 }  // namespace qm::linux_

@@ -33,9 +33,12 @@ class WorkFolder {
 
   /// Removes it with all that is in it. Returns 0 or an error number.
   int remove() const;
+  /// Removes it if nothing is in it.
+  int removeEmpty() const;
 
  private:
   WorkFolder(int above, std::string name, posix::UniqueFd own);
+  bool hasItsName() const;
 
   int above_;
   std::string name_;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -30,17 +31,17 @@ bool isMissing(const Refusal& refusal) { return refusal.error == ENOENT || refus
 bool isLinkToFolder(const PinnedPlace& place) { return place.withTrailingSlash && place.item && !place.isFolder(); }
 
 // Work on one operand. One whose folders are missing has none.
-class OperandWork : public PrivilegedWork {
+class OperandWork {
  public:
   OperandWork(std::string path, std::optional<PinnedPlace> place) : path_(std::move(path)), place_(std::move(place)) {}
+  OperandWork(const OperandWork&) = delete;
+  OperandWork& operator=(const OperandWork&) = delete;
+  virtual ~OperandWork() = default;
 
-  WorkResult finish() override {
-    if (!place_) return {};
-    Confinement confinement;
-    confinement.allowAll(place_->folder.get());
-    const int error = confinement.enforce();
-    return resultOf(error != 0 ? FileError(error) : change(*place_), path_);
+  void confine(Confinement& confinement) const {
+    if (place_) confinement.allowAll(place_->folder.get());
   }
+  WorkResult finish() { return place_ ? resultOf(change(*place_), path_) : WorkResult(); }
 
  private:
   virtual FileError change(const PinnedPlace& place) = 0;
@@ -48,6 +49,7 @@ class OperandWork : public PrivilegedWork {
   const std::string path_;
   const std::optional<PinnedPlace> place_;
 };
+using PreparedOperand = Answer<std::unique_ptr<OperandWork>>;
 
 class Removal : public OperandWork {
  public:
@@ -84,12 +86,15 @@ class Touching : public OperandWork {
   }
 };
 
-// Several operands, one after the other, also after a failure.
-class AllOf : public PrivilegedWork {
+// All operands, one after the other, also after a failure.
+class AllOperands : public PrivilegedWork {
  public:
-  explicit AllOf(std::vector<std::unique_ptr<PrivilegedWork>> parts) : parts_(std::move(parts)) {}
+  explicit AllOperands(std::vector<std::unique_ptr<OperandWork>> parts) : parts_(std::move(parts)) {}
 
   WorkResult finish() override {
+    Confinement confinement;
+    for (const auto& part : parts_) part->confine(confinement);
+    if (const int error = confinement.enforce()) return WorkResult::failed(std::strerror(error));
     WorkResult all;
     for (const auto& part : parts_) {
       const WorkResult one = part->finish();
@@ -99,20 +104,20 @@ class AllOf : public PrivilegedWork {
   }
 
  private:
-  const std::vector<std::unique_ptr<PrivilegedWork>> parts_;
+  const std::vector<std::unique_ptr<OperandWork>> parts_;
 };
 
 template <class Work>
-PreparedWork workOn(const std::string& path, Answer<PinnedPlace> place) {
+PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place) {
   if (!place && !isMissing(place.refusal())) return place.refusal();
   if (place && isLinkToFolder(*place)) return refusalFor(ENOTDIR, path);
   std::optional<PinnedPlace> found;
   if (place) found = std::move(*place);
-  return std::unique_ptr<PrivilegedWork>(std::make_unique<Work>(path, std::move(found)));
+  return std::unique_ptr<OperandWork>(std::make_unique<Work>(path, std::move(found)));
 }
 
 // One that has other names too may be somebody else's.
-PreparedWork touchingOf(const std::string& path) {
+PreparedOperand touchingOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
   const bool hasOtherNames = place && place->item && !place->isFolder() && place->itemStatus.st_nlink > 1;
   if (hasOtherNames && !place->writers.none()) {
@@ -121,7 +126,14 @@ PreparedWork touchingOf(const std::string& path) {
   return workOn<Touching>(path, std::move(place));
 }
 
-PreparedWork workOnOperand(const FileCommand& command, const std::string& path) {
+// The mounted volumes are not to be seen any more by a process that is confined.
+PreparedOperand removalOf(const std::string& path) {
+  Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
+  if (place && place->isFolder() && posix::holdsMountPoint(place->item.get())) return refusalFor(EBUSY, path);
+  return workOn<Removal>(path, std::move(place));
+}
+
+PreparedOperand workOnOperand(const FileCommand& command, const std::string& path) {
   switch (command.kind) {
     case FileCommandKind::MakeFolders:
       if (command.options.empty()) return workOn<FolderMaking>(path, pinPath(path, LastLink::Stays));
@@ -129,18 +141,18 @@ PreparedWork workOnOperand(const FileCommand& command, const std::string& path) 
     case FileCommandKind::Touch:
       return touchingOf(path);
     default:
-      return workOn<Removal>(path, pinPath(path, LastLink::Stays));
+      return removalOf(path);
   }
 }
 
 PreparedWork workOnOperands(const FileCommand& command) {
-  std::vector<std::unique_ptr<PrivilegedWork>> parts;
+  std::vector<std::unique_ptr<OperandWork>> parts;
   for (const std::string& path : command.operands) {
-    PreparedWork part = workOnOperand(command, path);
-    if (!part) return part;
+    PreparedOperand part = workOnOperand(command, path);
+    if (!part) return part.refusal();
     parts.push_back(std::move(*part));
   }
-  return std::unique_ptr<PrivilegedWork>(std::make_unique<AllOf>(std::move(parts)));
+  return std::unique_ptr<PrivilegedWork>(std::make_unique<AllOperands>(std::move(parts)));
 }
 
 // MARK: - From one place to another

@@ -5,8 +5,8 @@
 
 #include "Platform/linux/privileges/helper/Confinement.h"
 #include "Platform/linux/rights/PathWalk.h"
-#include "Platform/linux/trash/WorkFolder.h"
 #include "Platform/posix/HollowFolder.h"
+#include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::linux_ {
 namespace {
@@ -19,6 +19,8 @@ class FolderRemoval : public PrivilegedWork {
 
   WorkResult finish() override {
     if (!place_.item) return {};
+    // The mounted volumes are not to be seen any more by a process that is confined.
+    if (posix::holdsMountPoint(place_.item.get())) return resultOf(EBUSY, path_);
     Confinement confinement;
     confinement.allowAll(place_.folder.get());
     if (const int error = confinement.enforce()) return resultOf(error, path_);

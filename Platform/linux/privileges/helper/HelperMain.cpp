@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 #include <string>
@@ -69,6 +70,10 @@ void writeToSystemLog(std::string text) {
   ::syslog(LOG_USER | LOG_WARNING, "%s", text.c_str());
 }
 
+bool hasControlCharacter(const std::string& text) {
+  return std::ranges::any_of(text, [](char each) { return static_cast<unsigned char>(each) < ' ' || each == '\x7f'; });
+}
+
 int launchOnce(const HelperPolicy& policy, const UserRecord& person, const Launch& launch) {
   if (!closeStandardStreams()) return kMisused;
   static_cast<void>(std::signal(SIGTERM, SIG_IGN));  // what has begun is seen through
@@ -94,6 +99,8 @@ int runHelper(const HelperPolicy& policy, int count, char** arguments) {
   if (!person || ::getuid() != 0 || ::geteuid() != 0) return kMisused;
   // Whoever came through pkexec chose the arguments, and was given rights for nobody else.
   if (caller != nullptr && userNumber(caller) != person->id) return kMisused;
+  // A dialog would have shown them as something else.
+  if (caller != nullptr && std::any_of(arguments + 1, arguments + count, hasControlCharacter)) return kMisused;
   if (!becomeCleanProcess()) return kMisused;
   if (!once) return serve(policy, *person);
   return launchOnce(policy, *person, {1, arguments[3], {arguments + 4, arguments + count}});

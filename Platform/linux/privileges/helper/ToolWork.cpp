@@ -46,6 +46,9 @@ int becomeTool(const Launch& launch, int output, int errors) {
     return errno;
   }
   if (::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, kCloseOnExec) != 0) return errno;
+  sigset_t none;
+  sigemptyset(&none);
+  if (::sigprocmask(SIG_SETMASK, &none, nullptr) != 0) return errno;
   for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_DFL));
   static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
   static char language[] = "LC_ALL=C.UTF-8";

@@ -8,7 +8,6 @@
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/ShownTrash.h"
-#include "Platform/linux/trash/TrashMending.h"
 
 namespace qm::linux_ {
 namespace {
@@ -79,7 +78,7 @@ PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& per
   const TrashUser user = trashUserFor(person);
   Outcome<SharedTrashDirectory> trash = openShownTrash(user, MissingTrash::IsMade);
   if (!trash) return Refusal{trash.problem().code, path + ": " + trash.problem().because};
-  mendTrashMoves(**trash, user.identity);
+  mendRootMoves(**trash, user);
   Answer<PinnedPlace> source = pinPath(path, LastLink::Stays);
   if (!source) return source.refusal();
   if (const auto refusal = misplaced(path, *source, **trash)) return *refusal;
