@@ -33,22 +33,32 @@ bool isOwnFolder(int folder, const char* name, uid_t owner) {
   return place && S_ISDIR(place->mode) && place->owner == owner;
 }
 
+// A volume that the person brought along says of owners what the person likes.
+bool isOnVolumeOfHome(const Place& files, const TrashUser& person) {
+  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
+  return home && home->device == files.device;
+}
+
+// `files` is the folder of that name of a whole Trash of the person's own.
+bool isOfTrash(const Place& files, int trash, const TrashUser& person) {
+  const uid_t owner = person.identity.uid;
+  const std::optional<Place> own = placeOf(trash, "files");
+  return own && own->sameItem(files) && isOwnFolder(trash, "files", owner) && isOwnFolder(trash, "info", owner) &&
+         isOnVolumeOfHome(files, person);
+}
+
 // ~/.Trash stands for the folder "files" of a Trash.
 TrashOutcome openLinkedTrash(const TrashUser& person) {
-  const uid_t owner = person.identity.uid;
-  const UniqueFd files = openLinked(person.home + "/.Trash");
-  const UniqueFd trash(files ? ::openat(files.get(), "..", kLookup) : -1);
-  const std::optional<Place> linked = files ? placeOf(files.get()) : std::nullopt;
-  const std::optional<Place> own = trash ? placeOf(trash.get(), "files") : std::nullopt;
-  // A volume that the person brought along says of owners what the person likes.
-  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
-  const bool isTrash = linked && own && home && home->device == linked->device && linked->sameItem(*own) &&
-                       isOwnFolder(trash.get(), "files", owner) && isOwnFolder(trash.get(), "info", owner);
-  if (!isTrash) return trashFolderProblem(ENOTDIR, person.home + "/.Trash");
-  const UniqueFd above(::openat(trash.get(), "..", kLookup));
-  if (!above) return trashFolderProblem(errno, person.home + "/.Trash");
+  const std::string link = person.home + "/.Trash";
+  const UniqueFd files = openLinked(link);
+  if (!files) return trashFolderProblem(errno, link);
+  const UniqueFd trash(::openat(files.get(), "..", kLookup));
+  const UniqueFd above(trash ? ::openat(trash.get(), "..", kLookup) : -1);
+  const std::optional<Place> linked = placeOf(files.get());
+  if (!above || !linked) return trashFolderProblem(errno, link);
+  if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  TrashOutcome opened = openTrashDirectory(above.get(), name, owner, "");
+  TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
   return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 
