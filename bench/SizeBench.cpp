@@ -180,7 +180,7 @@ long memoryOf(const std::function<void()>& work) {
     const long before = highest();
     work();
     const long grown = highest() - before;
-    static_cast<void>(static_cast<void>(!::write(pipe[1], &grown, sizeof grown)));
+    static_cast<void>(!::write(pipe[1], &grown, sizeof grown));
     ::_exit(0);
   }
   long grown = 0;
