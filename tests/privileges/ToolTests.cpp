@@ -37,7 +37,7 @@ TEST(ToolOfRoots, BlocksNoSignal) {
   sigaddset(&end, SIGTERM);
   inChild([&] {
     ASSERT_EQ(::sigprocmask(SIG_BLOCK, &end, nullptr), 0);
-    EXPECT_EQ(launch("/bin/sh", {"-c", "grep SigBlk /proc/$$/status"}).output, "SigBlk:\t0000000000000000\n");
+    EXPECT_EQ(launch("/bin/grep", {"SigBlk", "/proc/self/status"}).output, "SigBlk:\t0000000000000000\n");
   });
 }
 
