@@ -10,7 +10,7 @@ namespace qm::posix {
 /// file systems mounted below hold is not touched: where the system tells about them, nothing is
 /// removed at all. Ends at the first failure.
 FileError removeTree(int folder, const std::string& name);
-/// `isBegun` answers whether anything was removed.
+/// `isBegun` becomes true as soon as anything was removed.
 FileError removeTree(int folder, const std::string& name, bool& isBegun);
 
 /// The same for what this process has made itself and holds open as `own`: folders that their owner may not read or

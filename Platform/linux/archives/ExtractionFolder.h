@@ -26,7 +26,7 @@ class ExtractionFolder {
   platform::Status add(const ZipEntry& entry, ZipReader& reader, const std::function<bool()>& isStopped);
   /// Gives the folders their permissions and times, which could have kept items out or been changed by them; until
   /// then those that are made are their owner's alone. After a failure to add an item, too. Folders that were there
-  /// and are somebody else's stay as they are. Where one cannot be had, the others are; answers the first failure.
+  /// and are somebody else's stay as they are. Where one cannot be had, the others are; returns the first failure.
   platform::Status finish();
 
   int descriptor() const { return root_.get(); }

@@ -32,7 +32,7 @@ class UnpackedFolders {
   /// Gives permissions and times to the folders that were made or told of, below the one that is open as `top`; the
   /// deepest first, since a folder may shut its owner out. No link is followed. Those that were there before and are
   /// somebody else's stay as they are, and so does what took the place of one that was made. Where one cannot be had
-  /// the others are; answers the first failure.
+  /// the others are; returns the first failure.
   platform::Status settle(int top) const;
 
  private:

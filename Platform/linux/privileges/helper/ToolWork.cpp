@@ -38,7 +38,7 @@ bool connect(int stream, int descriptor) {
   return stream == descriptor ? ::fcntl(descriptor, F_SETFD, 0) == 0 : ::dup2(descriptor, stream) == stream;
 }
 
-// In the child, before the tool: answers the error number that keeps it from starting.
+// In the child, before the tool: returns the error number that keeps it from starting.
 int becomeTool(const Launch& launch, int output, int errors) {
   const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
   if (!nothing || !connect(STDIN_FILENO, nothing.get()) || !connect(STDOUT_FILENO, output) ||
