@@ -15,7 +15,7 @@ class CopyOperation final : public platform::FileOperation, public std::enable_s
  public:
   explicit CopyOperation(platform::MainThread& mainThread) : mainThread_(mainThread) {}
 
-  // Each answers whether it was possible.
+  // Each returns whether it was possible.
   bool schedule() { return setScheduled(true); }
   bool unschedule() { return setScheduled(false); }
   /// Only once, and only when it is scheduled. From now on it has reports to make, up to the last.

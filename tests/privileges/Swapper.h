@@ -10,7 +10,7 @@ namespace qm::testing {
 /// Somebody who changes the disk all the time, in a process of his own, until the end of the scope.
 class Opponent {
  public:
-  /// `move` is made over and over again with the rights of `person`; it answers whether it came to something.
+  /// `move` is made over and over again with the rights of `person`; it returns whether it came to something.
   Opponent(uid_t person, const std::function<bool()>& move);
   Opponent(const Opponent&) = delete;
   Opponent& operator=(const Opponent&) = delete;

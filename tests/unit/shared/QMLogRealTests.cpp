@@ -141,7 +141,7 @@ class LastChange : public posix::PosixFileSystem {
   int moment_;
 };
 
-/// Begins a new log in a process that ends at a moment; answers whether it got to the end before.
+/// Begins a new log in a process that ends at a moment; returns whether it got to the end before.
 bool newLogUpTo(int moment, platform::Platform& services) {
   const pid_t process = ::fork();
   if (process == 0) {
