@@ -60,8 +60,8 @@ function(qm_without_thread_sanitizer)
   endif()
 endfunction()
 
-# The project's own targets: qm_library(name sources...), qm_executable(name sources...). The programs among them that
-# are neither tests nor benchmarks are installed; the global property QM_INSTALLED_PROGRAMS names them.
+# The project's own targets: qm_library(name sources...), qm_executable(name sources...). The global property
+# QM_PROGRAMS names the programs that are neither tests nor benchmarks.
 function(qm_library name)
   add_library(${name} STATIC ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
@@ -73,6 +73,6 @@ function(qm_executable name)
   target_link_libraries(${name} PRIVATE qm_options)
   target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
   if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)(/|$)")
-    set_property(GLOBAL APPEND PROPERTY QM_INSTALLED_PROGRAMS ${name})
+    set_property(GLOBAL APPEND PROPERTY QM_PROGRAMS ${name})
   endif()
 endfunction()

@@ -17,6 +17,7 @@ struct FakeMainThread::State {
   std::condition_variable changed;
   std::thread::id thread = std::this_thread::get_id();
   std::deque<Work> queue;
+  std::size_t running = 0;  // taken from the queue
   std::size_t pokes = 0;
   bool ended = false;      // the application
   bool waitersGo = false;  // even if their work ended it
@@ -70,9 +71,11 @@ bool FakeMainThread::runOne() {
     if (state_->queue.empty()) return false;
     work = std::move(state_->queue.front());
     state_->queue.pop_front();
+    ++state_->running;
   }
   work.body();
   const std::scoped_lock lock(state_->mutex);
+  --state_->running;
   if (work.done && !state_->ended) *work.done = true;
   state_->changed.notify_all();
   return true;
@@ -111,6 +114,11 @@ void FakeMainThread::poke() {
 std::size_t FakeMainThread::queued() const {
   const std::scoped_lock lock(state_->mutex);
   return state_->queue.size();
+}
+
+bool FakeMainThread::isIdle() const {
+  const std::scoped_lock lock(state_->mutex);
+  return state_->queue.empty() && state_->running == 0;
 }
 
 void FakeMainThread::applicationEnded() { state_->set(&State::ended); }

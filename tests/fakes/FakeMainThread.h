@@ -34,6 +34,8 @@ class FakeMainThread : public platform::MainThread {
   void poke();
   /// How much work is queued.
   std::size_t queued() const;
+  /// Nothing is queued, and nothing that was queued still runs.
+  bool isIdle() const;
 
   /// From now on a caller of `performAndWait` whose work ends the application stays waiting, as
   /// promised. He is let go by `letWaitersGo` and at the end.

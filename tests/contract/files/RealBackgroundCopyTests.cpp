@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <future>
 #include <limits>
 #include <random>
+#include <thread>
 #include <vector>
 
 #include "Platform/posix/UniqueFd.h"
@@ -251,17 +251,12 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
     machine.calls.failNth("threads.detachNewThread", 2);  // so that all is counted from the start
     machine.clock.goBySteps(milliseconds(100));
     // Whoever copies is not faster than the reports are delivered.
-    std::mutex mutex;
-    std::condition_variable delivered;
     machine.clock.onQuestion([&](int) {
-      std::unique_lock lock(mutex);
-      delivered.wait_for(lock, std::chrono::seconds(30), [&] { return machine.mainThread.queued() == 0; });
+      while (!machine.mainThread.isIdle()) std::this_thread::yield();
     });
     BackgroundCopy copy(machine.service, machine.mainThread);
     std::vector<int> moments;
     copy.react([&](const FileOperationReport& report) {
-      const std::scoped_lock lock(mutex);
-      delivered.notify_all();
       if (report.stage == FileOperationStage::Running) moments.push_back(machine.clock.questions());
     });
     ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
@@ -297,26 +292,19 @@ TEST(CopyingInTheBackgroundOnDisk, KeepsTheIntervalBehindAReportThatIsHandedOver
     RealCopies machine;
     machine.calls.failNth("threads.detachNewThread", 2);  // so that all is counted from the start
     machine.clock.goBySteps(milliseconds(100));
-    std::mutex mutex;
-    std::condition_variable changed;
-    int busyUntil = 0;  // question of the copy to the clock
-    machine.clock.onQuestion([&](int) {
-      std::unique_lock lock(mutex);
-      changed.notify_all();
-      const auto mayGoOn = [&] { return machine.clock.questions() < busyUntil || machine.mainThread.queued() == 0; };
-      changed.wait_for(lock, std::chrono::seconds(30), mayGoOn);
+    std::atomic<int> busyUntil{0};  // question of the copy to the clock
+    // But for that time, whoever copies is not faster than the reports are delivered.
+    machine.clock.onQuestion([&](int number) {
+      while (number >= busyUntil && !machine.mainThread.isIdle()) std::this_thread::yield();
     });
     BackgroundCopy copy(machine.service, machine.mainThread);
     std::vector<int> moments;
     copy.react([&](const FileOperationReport& report) {
-      std::unique_lock lock(mutex);
-      changed.notify_all();
       if (report.stage != FileOperationStage::Running) return;
       moments.push_back(machine.clock.questions());
       if (moments.size() > 1) return;
       busyUntil = moments[0] + 25;  // two and a half intervals
-      changed.notify_all();
-      changed.wait_for(lock, std::chrono::seconds(30), [&] { return machine.clock.questions() >= busyUntil; });
+      while (machine.clock.questions() < busyUntil) std::this_thread::yield();
     });
     ASSERT_EQ(copy.run(from + "/tree", openFolder("to"), "copy"), 0);
     ASSERT_GE(moments.size(), 5U);
