@@ -96,6 +96,7 @@ DesktopAgent::DesktopAgent(const std::vector<std::string>& answers) {
   EXPECT_EQ(child_.start(programFolder() + "/test-desktop-agent", arguments,
                          {.input = inputReading.get(), .output = outputWriting.get(), .errors = STDERR_FILENO}),
             0);
+  outputWriting.reset();  // the agent's end, and with it this read
   char ready[6] = {};
   EXPECT_EQ(::read(output_.get(), ready, sizeof ready), 6) << "the agent did not register";
   ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
