@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Platform/UserInterface.h"
+#include "Uninstaller/RemovalRun.h"
 
 /// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker
 /// thread removes the items one by one, an alert at the end. There is no way back from the progress
@@ -14,6 +15,10 @@
 /// process ends, with the worker possibly inside its last call.
 class AppController : public qm::platform::InterfaceOwner {
  public:
+  AppController() = default;
+  /// With a witness, results have reasons. It outlives the controller; its services are the installed ones.
+  explicit AppController(RemovalWitness& witness) : witness_(&witness) {}
+
   void connect(const qm::platform::Outlets& outlets) override;
 
   /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for
@@ -35,7 +40,7 @@ class AppController : public qm::platform::InterfaceOwner {
   void awakeFromNib() override;
 
  private:
-  void trashItems(bool removeConfig);
-
   qm::platform::Outlets outlets_;
+  RemovalWitness* witness_ = nullptr;
+  RemovalReport report_;  // written by the worker, which then waits for the main thread to read it
 };

@@ -1,0 +1,121 @@
+#include "Uninstaller/RemovalWitness.h"
+
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "Platform/AuthorizationServices.h"
+#include "Platform/Console.h"
+#include "Platform/Trash.h"
+
+using namespace qm::platform;  // the names of Authorization Services are long enough as they are
+
+/// Lines come from the thread that listens to the helper as well.
+class RemovalWitness::Notes {
+ public:
+  template <class Change>
+  void note(Change change) {
+    const std::scoped_lock lock(mutex_);
+    change(testimony_);
+  }
+  Testimony read() const {
+    const std::scoped_lock lock(mutex_);
+    return testimony_;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  Testimony testimony_;
+};
+
+class RemovalWitness::Trash final : public qm::platform::Trash {
+ public:
+  Trash(qm::platform::Trash& inner, Notes& notes) : inner_(inner), notes_(notes) {}
+
+  Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                 const std::vector<std::string>& names) override {
+    Status status = inner_.recycle(sourceFolder, trashDirectory, names);
+    if (!status) notes_.note([&](Testimony& said) { said.plainReason = status.localizedDescription(); });
+    return status;
+  }
+  void makeDurable() override { inner_.makeDurable(); }
+
+ private:
+  qm::platform::Trash& inner_;
+  Notes& notes_;
+};
+
+class RemovalWitness::Authorization final : public AuthorizationServices {
+ public:
+  Authorization(AuthorizationServices& inner, Notes& notes) : inner_(inner), notes_(notes) {}
+
+  AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
+                             AuthorizationRef* session) override {
+    return inner_.create(environment, flags, session);
+  }
+  void announce(const std::string& tool, const std::vector<std::string>& arguments) override {
+    inner_.announce(tool, arguments);
+  }
+  AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,
+                                 const AuthorizationItems& environment, AuthorizationFlags flags) override {
+    return refused(inner_.copyRights(session, rights, environment, flags));
+  }
+  AuthorizationStatus free(AuthorizationRef session, AuthorizationFlags flags) override {
+    return inner_.free(session, flags);
+  }
+  AuthorizationStatus executeWithPrivileges(AuthorizationRef session, const std::string& tool, AuthorizationFlags flags,
+                                            const std::vector<std::string>& arguments,
+                                            std::shared_ptr<CommunicationsPipe>* pipe) override {
+    return inner_.executeWithPrivileges(session, tool, flags, arguments, pipe);
+  }
+  void releaseRights() override { inner_.releaseRights(); }
+  ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override {
+    return inner_.commandForRoot(tool, arguments);
+  }
+  AuthorizationStatus copyPrivilegedReference(AuthorizationRef* session, AuthorizationFlags flags) override {
+    return inner_.copyPrivilegedReference(session, flags);
+  }
+
+ private:
+  AuthorizationStatus refused(AuthorizationStatus status) {
+    if (status != errAuthorizationSuccess) notes_.note([](Testimony& said) { said.rightsRefused = true; });
+    return status;
+  }
+
+  AuthorizationServices& inner_;
+  Notes& notes_;
+};
+
+class RemovalWitness::Console final : public qm::platform::Console {
+ public:
+  Console(qm::platform::Console& inner, Notes& notes) : inner_(inner), notes_(notes) {}
+
+  void print(std::string_view text) override {
+    inner_.print(text);
+    notes_.note([&](Testimony& said) { said.privilegedReason = text; });
+  }
+
+ private:
+  qm::platform::Console& inner_;
+  Notes& notes_;
+};
+
+RemovalWitness::RemovalWitness(const Platform& services)
+    : notes_(std::make_unique<Notes>()),
+      trash_(std::make_unique<Trash>(*services.trash, *notes_)),
+      authorization_(std::make_unique<Authorization>(*services.authorizationServices, *notes_)),
+      console_(std::make_unique<Console>(*services.console, *notes_)),
+      services_(services) {
+  services_.trash = trash_.get();
+  services_.authorizationServices = authorization_.get();
+  services_.console = console_.get();
+}
+
+RemovalWitness::~RemovalWitness() = default;
+
+void RemovalWitness::begin() {
+  notes_->note([](Testimony& said) { said = {}; });
+}
+
+Testimony RemovalWitness::testimony() const { return notes_->read(); }
