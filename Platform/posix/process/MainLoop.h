@@ -1,0 +1,49 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "Platform/MainThread.h"
+#include "Platform/posix/process/DescriptorWait.h"
+#include "Platform/posix/process/Wakeup.h"
+
+namespace qm::posix {
+
+/// The main thread of a program without a toolkit. Work that other threads hand over is run whenever the main thread
+/// waits: for a tool, for an event, in `run`. A program whose main thread never waits serves nobody.
+class MainLoop final : public platform::MainThread, public DescriptorWait {
+ public:
+  /// The calling thread becomes the main thread.
+  MainLoop();
+
+  /// Whether the system gave the means for waiting. Without them, work is run by `handleOneEvent` alone.
+  bool isUsable() const { return queued_.descriptor() >= 0; }
+
+  bool isMainThread() const override;
+  /// From another thread: returns once the main thread has run the work.
+  void performAndWait(std::function<void()> work) override;
+  void perform(std::function<void()> work) override;
+  bool handleOneEvent(std::chrono::milliseconds limit) override;
+  /// Runs queued work until the descriptor can be read.
+  void waitUntilReadable(int descriptor) override;
+
+  /// Main thread: runs work as it comes, until `stop`.
+  void run();
+  /// Any thread: the `run` that is going on, or the next, returns after the work that was queued before.
+  void stop();
+
+ private:
+  std::function<void()> takeNext();
+  bool runNext();
+
+  const std::thread::id mainThread_;
+  const Wakeup queued_;  // raised while there is something in the queue
+
+  std::mutex mutex_;
+  std::deque<std::function<void()>> queue_;
+  bool stopped_ = false;  // main thread only
+};
+
+}  // namespace qm::posix
