@@ -68,6 +68,8 @@ class AuthorizationServices {
   /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
   /// it. Starts and asks nothing.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
+  /// Says that the removal of this folder, until "" is said, means it only if nothing is in it for whoever removes it.
+  virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.
   virtual AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Platform/AuthorizationServices.h"
 #include "Platform/Clock.h"
 #include "Platform/FileSystem.h"
 #include "Platform/ItemLocks.h"
@@ -157,6 +158,18 @@ const std::vector<std::string>& housekeepingNames() {
   static const std::vector<std::string> names = {".DS_Store", "Icon\r"};
   return names;
 }
+
+/// What the privileged removal of a folder means for as long as this lives. Its tool would remove everything in it,
+/// also what only root can see.
+class HollowFolderMeant {
+ public:
+  explicit HollowFolderMeant(const std::string& folder) {
+    platform().authorizationServices->expectHollowFolder(folder);
+  }
+  HollowFolderMeant(const HollowFolderMeant&) = delete;
+  HollowFolderMeant& operator=(const HollowFolderMeant&) = delete;
+  ~HollowFolderMeant() { platform().authorizationServices->expectHollowFolder(""); }
+};
 
 bool isHousekeeping(const std::string& name) {
   const auto& names = housekeepingNames();
@@ -368,7 +381,10 @@ bool QMFileManager::removeFolderIfEmpty(const std::string& folder) {
   // What has come meanwhile stays, and nobody is asked for rights to remove it.
   return removeThat(
       folder, ShouldAuth::Yes, [&] { return fileSystem().removeHollowFolder(folder, housekeepingNames()); },
-      [&](QMAuthorization& rights) { return isFolderEmpty(folder) && rights.authRemoveFile(folder); });
+      [&](QMAuthorization& rights) {
+        const HollowFolderMeant meant(folder);
+        return isFolderEmpty(folder) && rights.authRemoveFile(folder);
+      });
 }
 
 std::vector<std::string> QMFileManager::trashFilesNamed(const std::string& name, const std::string& folder) {

@@ -57,6 +57,7 @@ class RemovalWitness::Authorization final : public AuthorizationServices {
   void announce(const std::string& tool, const std::vector<std::string>& arguments) override {
     inner_.announce(tool, arguments);
   }
+  void expectHollowFolder(const std::string& folder) override { inner_.expectHollowFolder(folder); }
   AuthorizationStatus copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                  const AuthorizationItems& environment, AuthorizationFlags flags) override {
     return refused(inner_.copyRights(session, rights, environment, flags));

@@ -10,6 +10,11 @@ bool steersTerminals(const Character& character, char firstByte) {
   return isControlCharacter(character.isValid() ? character.codePoint : static_cast<unsigned char>(firstByte));
 }
 
+bool isPlain(const Character& character) {
+  const std::int32_t code = character.codePoint;
+  return character.isValid() && !isControlCharacter(code) && !turnsDirection(code) && !breaksLine(code);
+}
+
 }  // namespace
 
 std::string replacingControlCharacters(std::string_view text, char replacement, std::string_view kept) {
@@ -26,6 +31,15 @@ std::string replacingControlCharacters(std::string_view text, char replacement, 
     at += character.length;
   }
   return result;
+}
+
+bool isPlainText(std::string_view text) {
+  while (!text.empty()) {
+    const Character character = characterAt(text, 0);
+    if (!isPlain(character)) return false;
+    text.remove_prefix(character.length);
+  }
+  return true;
 }
 
 }  // namespace qm::foundation

@@ -15,4 +15,16 @@ constexpr bool isControlCharacter(std::int32_t codePoint) {
 /// of valid UTF-8, is replaced. Those in `kept` (ASCII) stay, and so do all other bytes.
 std::string replacingControlCharacters(std::string_view text, char replacement, std::string_view kept = {});
 
+/// U+202A to U+202E and U+2066 to U+2069, which turn the direction of the characters after them, to the end of a line
+/// and beyond.
+constexpr bool turnsDirection(std::int32_t codePoint) {
+  return (codePoint >= 0x202A && codePoint <= 0x202E) || (codePoint >= 0x2066 && codePoint <= 0x2069);
+}
+
+/// U+2028 and U+2029.
+constexpr bool breaksLine(std::int32_t codePoint) { return codePoint == 0x2028 || codePoint == 0x2029; }
+
+/// Whether people can be shown a text as it is: valid UTF-8, in one line, with nothing that steers or turns it.
+bool isPlainText(std::string_view text);
+
 }  // namespace qm::foundation

@@ -6,6 +6,7 @@
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/linux/desktop/LinuxFinderInformation.h"
 #include "Platform/linux/files/BundlePackages.h"
+#include "Platform/linux/files/LinuxCopyRights.h"
 #include "Platform/linux/files/LinuxFileSystem.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
@@ -38,7 +39,7 @@ struct Services {
         authorization(console, users, privilegePrograms(executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
-        fileOperations(frontEnd.mainThread, threads, clock),
+        fileOperations(frontEnd.mainThread, threads, clock, copyRights(users)),
         trash(users, clock),
         desktopShell(users, tasks) {
     platform.authorizationServices = &authorization;

@@ -35,27 +35,41 @@ std::uint64_t throughputOf(std::uint64_t bytes, double seconds) {
 }  // namespace
 
 CopyJob::CopyJob(std::shared_ptr<CopyOperation> operation, const platform::CopyObjectRequest& request,
-                 const platform::Clock& clock)
+                 const platform::Clock& clock, CopyRights rights)
     : operation_(std::move(operation)),
       source_(withoutTrailingSlashes(request.source)),
       destination_(foundation::appendingPathComponent(request.destinationFolder, request.newName)),
       interval_(request.statusInterval),
       clock_(clock),
+      rights_(std::move(rights)),
       start_(clock.monotonicNow()),
       total_(std::make_shared<TreeCounter>()) {}
 
 void CopyJob::run(platform::Threads& threads) {
   report(FileOperationStage::Preflighting, start_);
+  reportEnd(copy(threads));
+}
+
+int CopyJob::copy(platform::Threads& threads) {
+  const std::shared_ptr<void> held = takeRights();
+  if (!held) return EPERM;
   count(threads);
   const FileError error = copyTree(source_, destination_, *this);
   total_->stop();
-  total_->waitUntilFinished();  // the source is let go of before the end is reported
-  reportEnd(error.code);
+  total_->waitUntilFinished();  // the source is released before the end is reported
+  return error.code;
+}
+
+std::shared_ptr<void> CopyJob::takeRights() const {
+  return rights_ ? rights_(source_, destination_) : std::make_shared<char>();
 }
 
 /// A tree is counted aside, so that it costs the copying no time; without a thread for that, beforehand.
 void CopyJob::count(platform::Threads& threads) {
-  const auto counting = [total = total_, source = source_] { total->count(source); };
+  const auto counting = [total = total_, source = source_, rights = rights_, to = destination_] {
+    const std::shared_ptr<void> held = rights ? rights(source, to) : nullptr;
+    total->count(source);
+  };
   if (isFolder(source_) && threads.detachNewThread(counting)) return;
   total_->count(source_, [this] { return operation_->isCancelled(); });
 }

@@ -11,6 +11,7 @@
 #include "Platform/Threads.h"
 #include "Platform/posix/CopyObserver.h"
 #include "Platform/posix/CopyOperation.h"
+#include "Platform/posix/CopyRights.h"
 #include "Platform/posix/TreeCounter.h"
 
 namespace qm::posix {
@@ -20,7 +21,7 @@ namespace qm::posix {
 class CopyJob final : public CopyObserver {
  public:
   CopyJob(std::shared_ptr<CopyOperation> operation, const platform::CopyObjectRequest& request,
-          const platform::Clock& clock);
+          const platform::Clock& clock, CopyRights rights);
 
   /// Copies, and makes all reports. `threads` may have none left.
   void run(platform::Threads& threads);
@@ -32,6 +33,8 @@ class CopyJob final : public CopyObserver {
  private:
   using Time = std::chrono::steady_clock::time_point;
 
+  int copy(platform::Threads& threads);
+  std::shared_ptr<void> takeRights() const;
   void count(platform::Threads& threads);
   int goOn();
   bool lastIsHandedOver(Time now);
@@ -44,6 +47,7 @@ class CopyJob final : public CopyObserver {
   const std::string destination_;
   const std::chrono::milliseconds interval_;
   const platform::Clock& clock_;
+  const CopyRights rights_;
   const Time start_;
   const std::shared_ptr<TreeCounter> total_;
   std::uint64_t objects_ = 0;

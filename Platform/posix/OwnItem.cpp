@@ -20,7 +20,7 @@ int ownerOfNewFile(int folder, uid_t& owner) {
       ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
   struct stat made {};
   if (!file || ::fstat(file.get(), &made) != 0) return errno;
-  static_cast<void>(::unlinkat(folder, name.c_str(), 0));
+  if (isStill(file.get(), folder, name)) static_cast<void>(::unlinkat(folder, name.c_str(), 0));
   owner = made.st_uid;
   return 0;
 }

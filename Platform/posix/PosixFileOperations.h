@@ -1,9 +1,12 @@
 #pragma once
 
+#include <utility>
+
 #include "Platform/Clock.h"
 #include "Platform/FileOperations.h"
 #include "Platform/MainThread.h"
 #include "Platform/Threads.h"
+#include "Platform/posix/CopyRights.h"
 
 namespace qm::posix {
 
@@ -12,11 +15,14 @@ namespace qm::posix {
 ///
 /// Numbers: EINVAL for an operation that is not this service's, is not scheduled, is so already or was used
 /// before, and for paths and names that can name nothing; EAGAIN when there is no thread. What the copy
-/// itself ends with is the number of the step that failed, ESTALE when the source was changed meanwhile.
+/// itself ends with is the number of the step that failed, ESTALE when the source was changed meanwhile, EPERM when
+/// there are no rights for it.
 class PosixFileOperations final : public platform::FileOperations {
  public:
-  PosixFileOperations(platform::MainThread& mainThread, platform::Threads& threads, const platform::Clock& clock)
-      : mainThread_(mainThread), threads_(threads), clock_(clock) {}
+  /// Without `rights`, copies are made with those that the threads have.
+  PosixFileOperations(platform::MainThread& mainThread, platform::Threads& threads, const platform::Clock& clock,
+                      CopyRights rights = nullptr)
+      : mainThread_(mainThread), threads_(threads), clock_(clock), rights_(std::move(rights)) {}
 
   platform::FileOperationRef create() override;
   platform::FileOperationStatus scheduleWithMainRunLoop(const platform::FileOperationRef& operation) override;
@@ -29,6 +35,7 @@ class PosixFileOperations final : public platform::FileOperations {
   platform::MainThread& mainThread_;
   platform::Threads& threads_;
   const platform::Clock& clock_;
+  const CopyRights rights_;
 };
 
 }  // namespace qm::posix

@@ -104,6 +104,11 @@ std::vector<std::vector<std::string>> FakeAuthorizationServices::announcements()
   return announced_;
 }
 
+std::vector<std::string> FakeAuthorizationServices::hollowFolders() const {
+  const std::scoped_lock lock(mutex_);
+  return hollowFolders_;
+}
+
 std::size_t FakeAuthorizationServices::openSessions() const {
   const std::scoped_lock lock(mutex_);
   return open_.size();
@@ -161,6 +166,11 @@ void FakeAuthorizationServices::announce(const std::string& tool, const std::vec
   const std::scoped_lock lock(mutex_);
   announced_.push_back(arguments);
   announced_.back().insert(announced_.back().begin(), tool);
+}
+
+void FakeAuthorizationServices::expectHollowFolder(const std::string& folder) {
+  const std::scoped_lock lock(mutex_);
+  hollowFolders_.push_back(folder);
 }
 
 AuthorizationStatus FakeAuthorizationServices::copyRights(AuthorizationRef session, const AuthorizationItems& rights,

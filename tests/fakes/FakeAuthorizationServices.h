@@ -60,6 +60,8 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   std::vector<std::vector<std::string>> executions() const;
   /// The command lines that rights were announced for, path first.
   std::vector<std::vector<std::string>> announcements() const;
+  /// The folders whose removal meant them only if nothing was in them, and "" where that was taken back.
+  std::vector<std::string> hollowFolders() const;
   /// Sessions that were made or handed down and not freed.
   std::size_t openSessions() const;
   /// Pipes that were given out and that somebody still holds.
@@ -71,6 +73,7 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
                                        platform::AuthorizationFlags flags,
                                        platform::AuthorizationRef* session) override;
   void announce(const std::string& tool, const std::vector<std::string>& arguments) override;
+  void expectHollowFolder(const std::string& folder) override;
   platform::AuthorizationStatus copyRights(platform::AuthorizationRef session,
                                            const platform::AuthorizationItems& rights,
                                            const platform::AuthorizationItems& environment,
@@ -107,6 +110,7 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
   platform::AuthorizationRef parentSession_ = nullptr;
   std::vector<AuthorizationCall> made_;
   std::vector<std::vector<std::string>> announced_;
+  std::vector<std::string> hollowFolders_;
   std::shared_ptr<Outputs> outputs_;
   std::vector<std::weak_ptr<platform::CommunicationsPipe>> pipes_;
 };

@@ -72,6 +72,29 @@ TEST_F(FolderOfTheMaker, StaysWithAFullFolderThatHasTheNameOfHousekeeping) {
   });
 }
 
+TEST_F(FolderOfTheMaker, GoesWithAnyToolOnlyIfNothingIsInItWhereThatIsMeant) {
+  run([] {
+    makeFolder(maker());
+    makeFolder(maker() + "/licences", 0, 0700);
+    makeFile(maker() + "/licences/key", "licence", 0, 0600);
+    const Outcome stays = launch("/bin/rm", {"--if-hollow", maker()});
+    EXPECT_TRUE(stays.started());
+    EXPECT_NE(stays.waitStatus, 0);
+    EXPECT_EQ(contentsOf(maker() + "/licences/key"), "licence");
+    ASSERT_EQ(::unlink((maker() + "/licences/key").c_str()), 0);
+    EXPECT_TRUE(launch("/bin/rm", {"--if-hollow", maker()}).succeeded());
+    EXPECT_FALSE(exists(maker()));
+  });
+}
+
+TEST_F(FolderOfTheMaker, IsTheOnlyOneThatIsMeantAtATime) {
+  run([] {
+    EXPECT_EQ(launch("/bin/rm", {"--if-hollow", maker(), maker()}).reason, "--if-hollow takes one path");
+    EXPECT_EQ(launch("/bin/mv", {"--if-hollow", maker(), maker()}).reason,
+              "--if-hollow is neither an absolute path nor a known option of mv");
+  });
+}
+
 TEST_F(FolderOfTheMaker, IsNoFailureWhereItIsMissing) {
   run([] { EXPECT_TRUE(remove().succeeded()); });
 }

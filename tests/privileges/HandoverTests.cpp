@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -101,6 +103,8 @@ TEST_F(ItemHandedOver, LetsNothingBeReadThatWasInAClosedFolder) {
     makeFile(bundle + "/closed/readable", "precious");
     makeFolder(bundle + "/closed/inner");
     makeFile(bundle + "/closed/inner/readable", "precious");
+    makeFolder(bundle + "/unlisted", 0, 0711);
+    makeFile(bundle + "/unlisted/name-that-nobody-guesses", "precious");
     ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
     EXPECT_EQ(modeOf(item() + "/open"), 0644U);
     EXPECT_EQ(modeOf(item() + "/closed/readable"), 0600U);
@@ -108,6 +112,7 @@ TEST_F(ItemHandedOver, LetsNothingBeReadThatWasInAClosedFolder) {
     EXPECT_TRUE(canRead(item() + "/open"));
     EXPECT_FALSE(canRead(item() + "/closed/readable"));
     EXPECT_FALSE(canRead(item() + "/closed/inner/readable"));
+    EXPECT_FALSE(canRead(item() + "/unlisted/name-that-nobody-guesses")) << "it can be listed now";
   });
 }
 
@@ -172,6 +177,48 @@ TEST_F(ItemHandedOver, MayHaveOtherNamesWhereItIsCopied) {
     EXPECT_TRUE(trashPath(volume + "/Tessaly.app").succeeded());
     EXPECT_EQ(modeOf(item() + "/tool"), 0755U);
     EXPECT_EQ(modeOf(volume + "/tool"), 04755U);
+  });
+}
+
+TEST_F(ItemHandedOver, HasNoDevicesWhereItIsCopied) {
+  run([] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0755");
+    makeFolder(volume + "/Tessaly.app");
+    ASSERT_EQ(::mknod((volume + "/Tessaly.app/zero").c_str(), S_IFCHR | 0666, makedev(1, 5)), 0);
+    const Outcome outcome = trashPath(volume + "/Tessaly.app");
+    EXPECT_EQ(outcome.error, ENODEV);
+    EXPECT_EQ(outcome.reason, volume + "/Tessaly.app: a device is in it, of which no copy is made: zero");
+    EXPECT_TRUE(exists(volume + "/Tessaly.app/zero"));
+    expectEmptyTrash();
+  });
+}
+
+TEST_F(ItemHandedOver, KeepsDevicesAsTheyAreOnItsOwnVolume) {
+  run([] {
+    makeFolder(applications() + "/Tessaly.app");
+    ASSERT_EQ(::mknod((applications() + "/Tessaly.app/zero").c_str(), S_IFCHR | 0600, makedev(1, 5)), 0);
+    EXPECT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(modeOf(item() + "/zero"), 0600U);
+  });
+}
+
+// The person who brought it along made what it says is root's.
+TEST_F(ItemHandedOver, IsNotCopiedFromAVolumeWhereRootsNameMeansNothing) {
+  run([] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0755");
+    for (const unsigned long flag : {MS_NODEV, MS_NOSUID}) {
+      ASSERT_EQ(::mount(nullptr, volume.c_str(), nullptr, MS_REMOUNT | MS_BIND | flag, nullptr), 0);
+      if (!exists(volume + "/Tessaly.app")) makeFolder(volume + "/Tessaly.app");
+      const Outcome outcome = trashPath(volume + "/Tessaly.app");
+      EXPECT_EQ(outcome.error, ENOTSUP);
+      EXPECT_EQ(outcome.reason, volume +
+                                    "/Tessaly.app: its volume, which is not the Trash's, is one where root's files and "
+                                    "devices do not count as root's");
+      EXPECT_TRUE(exists(volume + "/Tessaly.app"));
+    }
+    expectEmptyTrash();
   });
 }
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -102,6 +103,27 @@ TEST_P(AdministratorRights, AreNotAskedForWhereTheTrashCannotBeUsed) {
     application.end();
   });
   fs::remove_all(home + "/.local");
+}
+
+TEST_P(AdministratorRights, AreAskedForWhereTheLinkOfThePersonLeadsToATrash) {
+  const std::string home = std::string("/home/") + GetParam().name;
+  asAccount(GetParam(), [&] {
+    fs::create_directories(home + "/.local/share");
+    std::ofstream(home + "/.local/share/Trash") << "no folder";
+    for (const std::string folder : {"/data/Trash", "/data/Trash/files", "/data/Trash/info"}) {
+      fs::create_directories(home + folder);
+      ASSERT_EQ(::chmod((home + folder).c_str(), 0700), 0);
+    }
+    fs::create_symlink("data/Trash/files", home + "/.Trash");
+    DesktopAgent agent({kAnna.password});
+    Application application(HelperScope::Product);
+    ASSERT_EQ(::setenv("HOME", home.c_str(), 1), 0);
+    application.service.announce("/bin/mv", {"-f", "/Applications/Tessaly.app", home + "/.Trash/Tessaly.app"});
+    EXPECT_EQ(application.open(), errAuthorizationSuccess) << application.console.text();
+    EXPECT_THAT(agent.dialogs(), SizeIs(1));
+    application.end();
+  });
+  for (const std::string path : {"/.local", "/data", "/.Trash"}) fs::remove_all(home + path);
 }
 
 TEST_P(AdministratorRights, AreReleasedWhenNothingNeedsThemAnyMore) {
@@ -236,6 +258,46 @@ TEST_P(RootForSomebody, HandsOverWhatComesIntoTheTrash) {
   EXPECT_EQ(found.st_uid, GetParam().uid);
   EXPECT_THAT(fileText(trash + "/info/Tessaly.app.trashinfo"), HasSubstr("Path=/Applications/Tessaly.app\n"));
   fs::remove_all(home() + "/.local");
+}
+
+/// A process of root's that works for one person, whoever came through pkexec to it.
+class RootsUsers : public platform::Users {
+ public:
+  explicit RootsUsers(const Account& person) : person_(person) {}
+  unsigned realUserId() const override { return 0; }
+  std::string userName() const override { return "root"; }
+  std::string homeDirectory() const override { return "/var/root"; }
+  std::optional<std::string> homeDirectoryForUser(const std::optional<std::string>&) const override {
+    return std::string("/home/") + person_.name;
+  }
+  std::optional<std::string> consoleUser() const override { return person_.name; }
+
+ private:
+  const Account& person_;
+};
+
+TEST_P(RootForSomebody, IsStartedAsWellByAProgramThatAnotherStartedThroughPkexec) {
+  fs::create_directories("/Applications/Tessaly.app/Contents");
+  KeptConsole console;
+  const RootsUsers users(GetParam());
+  linux_::PolkitAuthorization service(
+      console, users, linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller", HelperScope::Product));
+  const platform::ToolCommand command =
+      service.commandForRoot("/bin/mv", {"-f", "/Applications/Tessaly.app", home() + "/.Trash/Tessaly.app"});
+  std::vector<char*> arguments = {const_cast<char*>(command.tool.c_str())};
+  for (const std::string& each : command.arguments) arguments.push_back(const_cast<char*>(each.c_str()));
+  arguments.push_back(nullptr);
+  std::string caller = "PKEXEC_UID=54321";
+  char* environment[] = {caller.data(), nullptr};
+  pid_t child = -1;
+  ASSERT_EQ(::posix_spawn(&child, command.tool.c_str(), nullptr, nullptr, arguments.data(), environment), 0);
+  service.releaseRights();
+  EXPECT_FALSE(fs::exists("/Applications/Tessaly.app")) << "it is done once the rights are released";
+  int status = -1;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  fs::remove_all(home() + "/.local");
+  fs::remove_all(home() + "/.Trash");
 }
 
 TEST_P(RootForSomebody, PutsNothingWhereALinkToTheTrashLeads) {

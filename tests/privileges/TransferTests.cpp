@@ -232,15 +232,19 @@ TEST_F(FileToolOfRoots, MakesFoldersAndThoseAbove) {
   });
 }
 
-TEST_F(FileToolOfRoots, TakesATreeOfAPersonsToAnotherVolumeOnlyWhenItCanBeConfined) {
+TEST_F(FileToolOfRoots, TakesNothingToAnotherVolumeAndCopiesNothingOfAPersonsUnlessItCanBeConfined) {
   run([] {
     makeFolder(home() + "/tree", kPerson);
+    makeFile(home() + "/file", "", kPerson);
     makeTree(machineFolder() + "/roots");
     inChild([] {
       failSystemCall(SYS_landlock_create_ruleset, ENOSYS);
       EXPECT_EQ(launch("/bin/mv", {"-f", home() + "/tree", away() + "/tree"}).error, ENOTSUP);
       EXPECT_EQ(launch("/bin/cp", {"-f", "-p", "-R", home() + "/tree", system() + "/tree"}).error, ENOTSUP);
-      EXPECT_TRUE(launch("/bin/mv", {"-f", machineFolder() + "/roots", away() + "/roots"}).succeeded());
+      EXPECT_EQ(launch("/bin/mv", {"-f", machineFolder() + "/roots", away() + "/roots"}).error, ENOTSUP);
+      EXPECT_TRUE(launch("/bin/cp", {"-f", "-p", "-R", machineFolder() + "/roots", away() + "/roots"}).succeeded());
+      EXPECT_EQ(launch("/bin/mv", {"-f", home() + "/file", away() + "/file"}).error, ENOTSUP);
+      EXPECT_EQ(launch("/bin/cp", {"-f", "-p", "-R", home() + "/file", system() + "/file"}).error, ENOTSUP);
       EXPECT_TRUE(launch("/bin/mv", {"-f", home() + "/tree", home() + "/renamed"}).succeeded());
     });
     expectTree(away() + "/roots");

@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -101,18 +102,23 @@ void runBody(const std::function<void()>& body) {
   }
 }
 
-bool isShownUnderOwnNumber() {
-  char shown[32] = {};
-  const ssize_t length = ::readlink("/proc/self", shown, sizeof shown - 1);
-  return length > 0 && std::to_string(::getpid()) == shown;
+std::string readLink(const char* path) {
+  char target[64] = {};
+  const ssize_t length = ::readlink(path, target, sizeof target - 1);
+  return {target, static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
+/// A check for leaks looks at this process from a child of its own, which must see it.
+bool isSeenByItsChildren() {
+  return readLink("/proc/self") == std::to_string(::getpid()) &&
+         readLink("/proc/self/ns/pid") == readLink("/proc/self/ns/pid_for_children");
 }
 
 [[noreturn]] void childMain(UniqueFd pipe, const std::function<void()>& body) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (sender == nullptr) becomeSender(std::move(pipe));
   runBody(body);
-  // Where the system shows processes under other numbers, a check for leaks cannot find this one.
-  if (!isShownUnderOwnNumber()) ::_exit(sender->status());
+  if (!isSeenByItsChildren()) ::_exit(sender->status());
   std::exit(sender->status());
 }
 
@@ -339,7 +345,7 @@ bool inChild(const std::function<void()>& body) { return runChild(body, nullptr)
 
 void mountTmpfs(const std::string& path, const std::string& options) {
   ASSERT_NO_FATAL_FAILURE(makeFolder(path));
-  ASSERT_EQ(::mount("tmpfs", path.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, options.c_str()), 0)
+  ASSERT_EQ(::mount("tmpfs", path.c_str(), "tmpfs", 0, options.c_str()), 0)
       << systemText("mounting a tmpfs on " + path);
 }
 

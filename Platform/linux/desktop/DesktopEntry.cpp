@@ -17,14 +17,6 @@ namespace {
 constexpr std::string_view kOwnMark = "\nX-Quillmark-Bundle=";
 constexpr std::size_t kLongestName = 200;
 
-// U+2028 and U+2029 end lines, too.
-bool breaksLine(std::int32_t character) { return character == 0x2028 || character == 0x2029; }
-
-// These turn around the order in which the characters after them are shown, to the end of a menu and beyond.
-bool turnsAround(std::int32_t character) {
-  return (character >= 0x202a && character <= 0x202e) || (character >= 0x2066 && character <= 0x2069);
-}
-
 /// The text with each character replaced by what `replacement` makes of it.
 template <class Replacement>
 std::string eachCharacter(std::string_view text, Replacement replacement) {
@@ -42,8 +34,9 @@ using foundation::Character;
 std::string displayed(std::string_view text) {
   const std::string line = eachCharacter(text, [](const Character& character, std::string_view bytes) {
     if (!character.isValid()) return std::string("\xEF\xBF\xBD");
-    if (turnsAround(character.codePoint)) return std::string();
-    const bool blank = foundation::isControlCharacter(character.codePoint) || breaksLine(character.codePoint);
+    if (foundation::turnsDirection(character.codePoint)) return std::string();
+    const bool blank =
+        foundation::isControlCharacter(character.codePoint) || foundation::breaksLine(character.codePoint);
     return blank ? std::string(" ") : std::string(bytes);
   });
   return foundation::trimmingWhitespaceAndNewlines(foundation::firstCharacters(line, kLongestName));

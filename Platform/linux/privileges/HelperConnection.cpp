@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <system_error>
 #include <thread>
@@ -18,8 +17,6 @@ using platform::AuthorizationStatus;
 using posix::UniqueFd;
 
 namespace {
-
-constexpr std::chrono::seconds kPatience{30};
 
 union DescriptorSpace {
   cmsghdr alignment;
@@ -158,7 +155,7 @@ HelperConnection::~HelperConnection() { ::shutdown(state_->socket.get(), SHUT_WR
 void HelperConnection::end() {
   ::shutdown(state_->socket.get(), SHUT_WR);
   std::unique_lock lock(state_->mutex);
-  state_->changed.wait_for(lock, kPatience, [this] { return state_->ended; });
+  state_->changed.wait(lock, [this] { return state_->ended; });
 }
 
 bool HelperConnection::isOpen() const {

@@ -10,9 +10,11 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/linux/privileges/ChildrenThatRun.h"
 #include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/linux/privileges/HelperOpening.h"
 #include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/linux/trash/ShownTrash.h"
 #include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {
@@ -21,6 +23,7 @@ using namespace platform;  // the names of Authorization Services are long enoug
 
 namespace {
 
+constexpr const char* kEnvironmentTool = "/usr/bin/env";
 constexpr const char* kAdministratorRight = "system.privilege.admin";
 
 class OutputPipe : public CommunicationsPipe {
@@ -71,6 +74,7 @@ std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
   const std::string folder = users.homeDirectory() + "/.Trash/";
   if (command.size() != 4 || command.front() != "/bin/mv" || !command.back().starts_with(folder)) return {};
   const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false};
+  if (openLinkedTrash(self)) return {};
   const auto trash = TrashFinder().homeTrash(self);
   return trash ? std::string() : "they would be of no use, because " + trash.problem().because;
 }
@@ -97,8 +101,23 @@ AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*envi
 }
 
 void PolkitAuthorization::announce(const std::string& tool, const std::vector<std::string>& arguments) {
+  const std::vector<std::string> meant = asMeant(tool, arguments);
   const std::scoped_lock lock(mutex_);
-  announced_ = commandLine(tool, arguments);
+  announced_ = commandLine(tool, meant);
+}
+
+void PolkitAuthorization::expectHollowFolder(const std::string& folder) {
+  const std::scoped_lock lock(mutex_);
+  hollowFolder_ = folder;
+}
+
+/// The tool has no option that says it.
+std::vector<std::string> PolkitAuthorization::asMeant(const std::string& tool,
+                                                      const std::vector<std::string>& arguments) {
+  const std::scoped_lock lock(mutex_);
+  const bool isIt =
+      tool == "/bin/rm" && !arguments.empty() && !hollowFolder_.empty() && arguments.back() == hollowFolder_;
+  return isIt ? std::vector<std::string>{std::string(kIfHollow), hollowFolder_} : arguments;
 }
 
 OnlyCommand PolkitAuthorization::takeAnnounced() {
@@ -184,8 +203,9 @@ AuthorizationStatus PolkitAuthorization::connectionFor(AuthorizationRef session,
 
 AuthorizationStatus PolkitAuthorization::executeWithPrivileges(AuthorizationRef session, const std::string& tool,
                                                                AuthorizationFlags /*flags*/,
-                                                               const std::vector<std::string>& arguments,
+                                                               const std::vector<std::string>& asked,
                                                                std::shared_ptr<CommunicationsPipe>* pipe) {
+  const std::vector<std::string> arguments = asMeant(tool, asked);
   SharedConnection connection;
   const AuthorizationStatus found = connectionFor(session, commandLine(tool, arguments), &connection);
   if (found != errAuthorizationSuccess) return found;
@@ -210,14 +230,18 @@ void PolkitAuthorization::releaseRights() {
   }
   for (const SharedConnection& connection : connections) connection->end();
   if (!connections.empty()) keepMemoryToOurselves(false);
+  if (users_.realUserId() == 0) waitForChildrenThatRun(programs_.helper);
 }
 
 ToolCommand PolkitAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   if (!isFileTool(tool)) return {tool, arguments};
   const auto person = userWithName(users_.consoleUser().value_or(std::string()));
-  std::vector<std::string> all = {"--for", std::to_string(person ? person->id : 0), tool};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return {programs_.helper, all};
+  // Whoever came through pkexec to this program is not whom the helper works for.
+  std::vector<std::string> all = {
+      "-u", "PKEXEC_UID", programs_.helper, "--for", std::to_string(person ? person->id : 0), tool};
+  const std::vector<std::string> meant = asMeant(tool, arguments);
+  all.insert(all.end(), meant.begin(), meant.end());
+  return {kEnvironmentTool, all};
 }
 
 AuthorizationStatus PolkitAuthorization::copyPrivilegedReference(AuthorizationRef* session,

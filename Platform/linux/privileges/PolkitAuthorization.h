@@ -45,6 +45,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
                                        platform::AuthorizationFlags flags,
                                        platform::AuthorizationRef* session) override;
   void announce(const std::string& tool, const std::vector<std::string>& arguments) override;
+  void expectHollowFolder(const std::string& folder) override;
   platform::AuthorizationStatus copyRights(platform::AuthorizationRef session,
                                            const platform::AuthorizationItems& rights,
                                            const platform::AuthorizationItems& environment,
@@ -52,8 +53,9 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   platform::AuthorizationStatus free(platform::AuthorizationRef session, platform::AuthorizationFlags flags) override;
   platform::AuthorizationStatus executeWithPrivileges(platform::AuthorizationRef session, const std::string& tool,
                                                       platform::AuthorizationFlags flags,
-                                                      const std::vector<std::string>& arguments,
+                                                      const std::vector<std::string>& asked,
                                                       std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
+  /// As root, returns when the helpers that were started in place of tools have ended, too.
   void releaseRights() override;
   /// The helper itself, which works on items and not on names, for the person at the console.
   platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
@@ -71,6 +73,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   };
 
   OnlyCommand takeAnnounced();
+  std::vector<std::string> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
   platform::AuthorizationStatus open(platform::AuthorizationRef session,
                                      const platform::AuthorizationItems& environment,
                                      platform::AuthorizationFlags flags, const OnlyCommand& announced);
@@ -88,6 +91,8 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   std::uintptr_t lastSession_ = 0;
   /// What the next rights are wanted for.
   OnlyCommand announced_;
+  /// The folder whose removal means it only if nothing is in it.
+  std::string hollowFolder_;
   std::map<platform::AuthorizationRef, Session> sessions_;
 };
 

@@ -43,6 +43,8 @@ mode_t keptMode(const struct stat& file, Reached reached) {
   return reached == Reached::Yes ? mode : mode & ~kForOthers;
 }
 
+bool isDevice(const struct stat& file) { return S_ISCHR(file.st_mode) || S_ISBLK(file.st_mode); }
+
 // Anything but a folder; a link has no rights of its own.
 int settleFile(int item, const struct stat& file, Reached reached) {
   if (S_ISLNK(file.st_mode)) return 0;
@@ -75,7 +77,7 @@ class ItemVisitor : public posix::TreeVisitor {
   int entered(const posix::FolderChain& chain, const std::string&) override {
     if (reached_.size() == 1) mount_ = chain.identity();
     if (!chain.identity().sameMount(mount_)) return EBUSY;
-    return reached_.back() == Reached::Yes ? lookWhetherPassed(chain.folder()) : noteReached(Reached::No);
+    return reached_.back() == Reached::Yes ? lookWhetherOpen(chain.folder()) : noteReached(Reached::No);
   }
 
   int item(int folder, const std::string& name) override {
@@ -96,10 +98,10 @@ class ItemVisitor : public posix::TreeVisitor {
   virtual int folder(int folder) = 0;
 
  private:
-  int lookWhetherPassed(int folder) {
+  int lookWhetherOpen(int folder) {
     const FileSystemUser acting(&identity_);
     if (!acting.ok()) return EPERM;
-    if (::faccessat(folder, ".", X_OK, AT_EACCESS) == 0) return noteReached(Reached::Yes);
+    if (::faccessat(folder, ".", R_OK | X_OK, AT_EACCESS) == 0) return noteReached(Reached::Yes);
     return errno == EACCES ? noteReached(Reached::No) : errno;
   }
 
@@ -115,9 +117,11 @@ class ItemVisitor : public posix::TreeVisitor {
 
 class Giving : public ItemVisitor {
  public:
-  Giving(const FileSystemIdentity& person, Reached reached) : ItemVisitor(person, reached), person_(person) {}
+  Giving(const FileSystemIdentity& person, Reached reached, HandedOver what)
+      : ItemVisitor(person, reached), person_(person), what_(what) {}
 
   int file(int item, const struct stat& status, Reached reached) override {
+    if (what_ == HandedOver::ACopy && isDevice(status)) return note(ENODEV);
     return note(settleFile(item, status, reached));
   }
   int folder(int folder) override { return note(giveFolder(folder, person_)); }
@@ -130,13 +134,14 @@ class Giving : public ItemVisitor {
   }
 
   const FileSystemIdentity& person_;
+  const HandedOver what_;
   int firstError_ = 0;
 };
 
 class Looking : public ItemVisitor {
  public:
-  Looking(const FileSystemIdentity& person, Reached reached, OtherNames otherNames)
-      : ItemVisitor(person, reached), counts_(otherNames == OtherNames::Count) {}
+  Looking(const FileSystemIdentity& person, Reached reached, HandedOver what)
+      : ItemVisitor(person, reached), what_(what) {}
 
   int item(int folder, const std::string& name) override {
     if (posix::isProtected(folder, name.c_str())) return EPERM;
@@ -144,7 +149,8 @@ class Looking : public ItemVisitor {
     return ItemVisitor::item(folder, name);
   }
   int file(int item, const struct stat& status, Reached reached) override {
-    if (!counts_ || status.st_nlink == 1) return 0;
+    if (what_ == HandedOver::ACopy) return isDevice(status) ? ENODEV : 0;
+    if (status.st_nlink == 1) return 0;
     bool changes = false;
     if (const int error = lookForChanges(item, status, reached, changes)) return error;
     Names& names = names_[{status.st_dev, status.st_ino}];
@@ -169,26 +175,29 @@ class Looking : public ItemVisitor {
     bool change = false;
   };
 
-  const bool counts_;
+  const HandedOver what_;
   std::string name_;
   std::map<std::pair<dev_t, ino_t>, Names> names_;
 };
 
 }  // namespace
 
-FileError handOver(int item, const FileSystemIdentity& person, Reached reached) {
+FileError handOver(int item, const FileSystemIdentity& person, Reached reached, HandedOver what) {
   const auto status = statusOf(item);
   if (!status) return errno;
-  if (!S_ISDIR(status->st_mode)) return settleFile(item, *status, reached);
-  Giving giving(person, reached);
+  Giving giving(person, reached, what);
+  if (!S_ISDIR(status->st_mode)) {
+    giving.file(item, *status, reached);
+    return giving.firstError();
+  }
   FileError error = posix::walkTree(item, ".", giving);
   return giving.firstError() != 0 ? FileError(giving.firstError()) : error;
 }
 
-FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached, OtherNames otherNames) {
+FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached, HandedOver what) {
   const auto status = statusOf(item);
   if (!status) return errno;
-  Looking looking(person, reached, otherNames);
+  Looking looking(person, reached, what);
   if (!S_ISDIR(status->st_mode)) {
     const int error = looking.file(item, *status, reached);
     return error != 0 ? error : looking.fileWithOtherNames();

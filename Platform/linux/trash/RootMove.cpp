@@ -1,6 +1,7 @@
 #include "Platform/linux/trash/RootMove.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -52,9 +53,10 @@ class RootMove::Steps {
     const std::optional<Place> folder = placeOf(source_.folder.get());
     if (!item || !folder) return errno;
     if (!isKnown_) return EIO;
-    const OtherNames otherNames = isOnTrashVolume() ? OtherNames::Count : OtherNames::DoNot;
     if (item->mount != folder->mount) return EBUSY;
-    return obstacleToHandover(source_.item.get(), person_, record_.reached, otherNames);
+    if (!isOnTrashVolume() && !isOnTrustedVolume()) return ENOTSUP;
+    return obstacleToHandover(source_.item.get(), person_, record_.reached,
+                              isOnTrashVolume() ? HandedOver::TheItem : HandedOver::ACopy);
   }
 
   bool isOnTrashVolume() const {
@@ -83,6 +85,13 @@ class RootMove::Steps {
     return record_.origin.substr(top == "/" ? 1 : top.size() + 1);
   }
 
+  // Of a volume that somebody brought along, and of folders on it, root's name says nothing: a copy would make root's
+  // what that person made.
+  bool isOnTrustedVolume() const {
+    struct statvfs volume {};
+    return ::fstatvfs(source_.folder.get(), &volume) == 0 && (volume.f_flag & (ST_NODEV | ST_NOSUID)) == 0;
+  }
+
   FileError moveItself(const WorkFolder& work) {
     if (const int error = record_.writeTo(work.descriptor())) return error;
     const auto rename = [&](const std::string& stored) {
@@ -92,6 +101,8 @@ class RootMove::Steps {
     // Its name in the Trash is the person's to change; another item that came in its place is not handed over.
     if (!isInTrash()) return ESTALE;
     unfinished_ = handOver(source_.item.get(), person_, record_.reached).code;
+    flush(trash_->files.get());
+    flush(source_.folder.get());
     return {};
   }
 
@@ -109,6 +120,8 @@ class RootMove::Steps {
     if (!aside) return aside.refusal().error;
     FileError error = exchange(work, *aside);
     // What was taken by mistake and could not be given back stays in it.
+    // One that the record does not tell of yet stays there, too: the copy may be gone before this is mended.
+    if (!error && unfinished_ != 0) return {};
     const int removal = error ? aside->removeEmpty() : aside->remove();
     if (removal != 0 && unfinished_ == 0) unfinished_ = removal;
     return error;
@@ -125,22 +138,24 @@ class RootMove::Steps {
     if (!from.folder || !to.folder) return errno;
     if (!isStillThere()) return ESTALE;
     if (FileError error = posix::copyTree(from, to, nobody)) return error;
-    if (!isStillThere() || !hasCopysSize(work)) return ESTALE;
+    if (!isStillThere() || !isLikeItem(work)) return ESTALE;
     const UniqueFd copy(::openat(work.descriptor(), kCopyName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto number = copy ? itemNumber(copy.get()) : std::nullopt;
     if (!number) return errno;
     record_.copy = *number;
-    if (FileError error = handOver(copy.get(), person_, record_.reached)) return error;
+    if (FileError error = handOver(copy.get(), person_, record_.reached, HandedOver::ACopy)) return error;
     return posix::flushVolume(work.descriptor());
   }
 
   bool isStillThere() const { return itemNumber(source_.folder.get(), source_.name) == record_.item; }
 
-  bool hasCopysSize(const WorkFolder& work) const {
+  // Something else may have had its name while it was copied.
+  bool isLikeItem(const WorkFolder& work) const {
     const auto copy = statusIn(work.descriptor(), kCopyName);
-    if (!copy || !S_ISREG(copy->st_mode)) return static_cast<bool>(copy);
     const auto item = statusOf(source_.item.get());
-    return item && copy->st_size == item->st_size && copy->st_mtim.tv_sec == item->st_mtim.tv_sec;
+    if (!copy || !item || (copy->st_mode & S_IFMT) != (item->st_mode & S_IFMT)) return false;
+    if (!S_ISREG(copy->st_mode)) return true;
+    return copy->st_size == item->st_size && copy->st_mtim.tv_sec == item->st_mtim.tv_sec;
   }
 
   // The copy comes into the Trash, and the item leaves its place for a folder of root's alone.
@@ -194,7 +209,7 @@ class RootMove::Steps {
     }
     info.keep();
     if (record_.stored != wanted_) note_ = "\"" + wanted_ + "\" is taken; it is now: " + record_.stored;
-    flushDescriptions();
+    flush(trash_->info.get());
     return 0;
   }
 
@@ -203,9 +218,11 @@ class RootMove::Steps {
     return acting.ok() ? info.create(record_.info, WrittenThrough::Yes) : EPERM;
   }
 
-  void flushDescriptions() {
-    const UniqueFd folder(::openat(trash_->info.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || ::fsync(folder.get()) != 0) note_ += std::string("not on the disk yet: ") + std::strerror(errno);
+  void flush(int folder) {
+    const UniqueFd opened(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened && ::fsync(opened.get()) == 0) return;
+    if (!note_.empty()) note_ += "; ";
+    note_ += std::string("not on the disk yet: ") + std::strerror(errno);
   }
 
   const PinnedPlace source_;
@@ -239,6 +256,10 @@ std::string obstacleWords(int error) {
       return "a volume is mounted in it";
     case EPERM:
       return "something in it is locked";
+    case ENODEV:
+      return "a device is in it, of which no copy is made";
+    case ENOTSUP:
+      return "its volume, which is not the Trash's, is one where root's files and devices do not count as root's";
     case EMLINK:
       return "a file in it has other names, under which it would be changed, too";
     default:

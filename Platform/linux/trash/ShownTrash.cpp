@@ -47,6 +47,8 @@ bool isOfTrash(const Place& files, int trash, const TrashUser& person) {
          isOnVolumeOfHome(files, person);
 }
 
+}  // namespace
+
 // ~/.Trash stands for the folder "files" of a Trash.
 TrashOutcome openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
@@ -61,8 +63,6 @@ TrashOutcome openLinkedTrash(const TrashUser& person) {
   TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
   return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
-
-}  // namespace
 
 TrashOutcome openShownTrash(const TrashUser& person, MissingTrash missing) {
   const FileSystemUser acting(&person.identity);

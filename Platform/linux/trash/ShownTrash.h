@@ -13,4 +13,8 @@ enum class MissingTrash { IsMade, StaysMissing };
 /// with the person's rights. For a process of root's.
 Outcome<SharedTrashDirectory> openShownTrash(const TrashUser& person, MissingTrash missing);
 
+/// The Trash that ~/.Trash leads to, if that is a whole Trash of the person's own. With the rights of the calling
+/// thread.
+Outcome<SharedTrashDirectory> openLinkedTrash(const TrashUser& person);
+
 }  // namespace qm::linux_

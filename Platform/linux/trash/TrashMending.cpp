@@ -82,6 +82,7 @@ bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, con
 }  // namespace
 
 void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
+  if (record.stored.empty()) return;
   const std::string name = record.stored + std::string(kTrashInfoSuffix);
   const FileSystemUser acting(&person);
   if (acting.ok() && holdsBeginningOf(record.info, trash.info.get(), name))

@@ -68,8 +68,13 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   Answer<WorkFolder> made = open(folder, name);
   // Until it is locked it looks left behind to another process that mends.
   if (made && made->hasItsName()) return made;
+  if (made) {
+    static_cast<void>(made->removeEmpty());
+    return refused(EAGAIN);
+  }
+  // One that cannot be opened cannot be told from what somebody puts in its place: of that only an empty folder goes.
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-  return refused(made ? EAGAIN : made.refusal().error);
+  return refused(made.refusal().error);
 }
 
 std::vector<WorkFolder> WorkFolder::leftIn(int folder) {

@@ -4,10 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
 #include <string>
 
+#include "Platform/linux/files/LinuxCopyRights.h"
 #include "Platform/linux/files/LinuxFileSystem.h"
+#include "tests/contract/files/BackgroundCopy.h"
+#include "tests/contract/files/RealCopies.h"
 #include "tests/fakes/FakeUsers.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/support/PrivateMachine.h"
@@ -110,6 +114,45 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
     EXPECT_TRUE(files.createDirectory(home() + "/new"));
     EXPECT_EQ(ownerOf(home() + "/new"), 0U)
         << "the process of an ordinary user, which the test plays, stays what it is";
+  });
+}
+
+/// A copy in the background by a process of root's.
+int copyInBackground(const platform::Users& users, const std::string& source, const std::string& folder) {
+  RealCopies machine;
+  posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, linux_::copyRights(users)};
+  return BackgroundCopy(service, machine.mainThread).run(source, folder, "copy");
+}
+
+TEST_F(ChangesByRoot, InTheBackgroundGoNowhereBehindALinkOfThePersonsEither) {
+  runInPrivateMachine([] {
+    makeFolder(system());
+    makeFolder(home(), kPerson);
+    makeLink(home() + "/way", system(), kPerson);
+    makeFile(home() + "/file", "person's", kPerson);
+    makeFile(machineFolder() + "/secret", "root's", 0, 0600);
+    Calls calls;
+    FakeUsers users(calls);
+    users.actAsRoot("nobody-of-this-name");
+    ASSERT_EQ(copyInBackground(users, home() + "/file", home()), 0);
+    EXPECT_EQ(ownerOf(home() + "/copy"), kPerson);
+    EXPECT_NE(copyInBackground(users, home() + "/file", home() + "/way"), 0);
+    makeFolder(home() + "/other", kPerson);
+    EXPECT_EQ(copyInBackground(users, machineFolder() + "/secret", home() + "/other"), EACCES);
+    EXPECT_FALSE(exists(home() + "/other/copy"));
+    EXPECT_EQ(namesIn(system()), std::vector<std::string>{});
+  });
+}
+
+TEST_F(ChangesByRoot, InTheBackgroundAreRefusedWhereAnybodyLeadsAndNobodyIsThere) {
+  runInPrivateMachine([] {
+    makeFolder(machineFolder() + "/open", 0, 0777);
+    makeFile(machineFolder() + "/file", "");
+    Calls calls;
+    FakeUsers users(calls);
+    users.actAsRoot("nobody-of-this-name");
+    EXPECT_EQ(copyInBackground(users, machineFolder() + "/file", machineFolder() + "/open"), EPERM);
+    EXPECT_FALSE(exists(machineFolder() + "/open/copy"));
   });
 }
 

@@ -44,5 +44,18 @@ TEST(ControlCharacters, StayWhereTheyAreWanted) {
   EXPECT_EQ(replacingControlCharacters("a\0b\n"s, ' ', "\n"), "a b\n");
 }
 
+TEST(PlainText, IsWhatPeopleAreShownAsItIs) {
+  for (const std::string text : {"", "/bin/rm -f /Applications/Übung.app", "\u65e5\u672c\u8a9e", "\U0001f600"}) {
+    EXPECT_TRUE(isPlainText(text)) << text;
+  }
+}
+
+TEST(PlainText, HoldsNothingThatSteersTurnsOrBreaksALine) {
+  for (const std::string part : {"\n", "\x1b", "\x7f", "\u0085", "\u009b", "\u202a", "\u202e", "\u2066", "\u2069",
+                                 "\u2028", "\u2029", "\x9b", "\xff", "\xc2"}) {
+    EXPECT_FALSE(isPlainText("/bin/echo " + part)) << part;
+  }
+}
+
 }  // namespace
 }  // namespace qm::foundation

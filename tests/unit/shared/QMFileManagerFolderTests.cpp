@@ -193,6 +193,25 @@ TEST_F(FolderTest, AsksForRightsToRemoveWhatItCannotSeeInto) {
   EXPECT_THAT(logged(), ElementsAre("Error removing file: Permission denied. Authorizing..."));
 }
 
+TEST_F(FolderTest, SaysThatItMeansTheFolderOnlyIfNothingIsInIt) {
+  fakes.disk.addFile("/d/folder/closed/file");
+  fakes.disk.setReadable("/d/folder/closed", false);
+  std::vector<std::string> whenItIsRemoved;
+  fakes.calls.before("authorization.executeWithPrivileges", 1,
+                     [&] { whenItIsRemoved = fakes.authorizationServices.hollowFolders(); });
+  EXPECT_TRUE(QMFileManager::removeFolderIfEmpty("/d/folder"));
+  EXPECT_THAT(whenItIsRemoved, ElementsAre("/d/folder"));
+  EXPECT_THAT(fakes.authorizationServices.hollowFolders(), ElementsAre("/d/folder", ""));
+}
+
+TEST_F(FolderTest, MeansATreeWithAllThatIsInItWhereThatIsRemoved) {
+  fakes.disk.addFile("/d/folder/file");
+  fakes.calls.failNext("fileSystem.removeItem");
+  EXPECT_TRUE(QMFileManager::removeFile("/d/folder"));
+  EXPECT_THAT(executions(), ElementsAre(Command{"/bin/rm", "-Rdf", "/d/folder"}));
+  EXPECT_THAT(fakes.authorizationServices.hollowFolders(), IsEmpty());
+}
+
 // Trashing by name.
 
 TEST_F(FolderTest, TrashesFilesOfANameAtAnyDepthInOrder) {

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/privileges/helper/FileWork.h"
+#include "Platform/linux/privileges/helper/FolderRemoval.h"
 #include "Platform/linux/privileges/helper/ToolWork.h"
 #include "Platform/linux/privileges/helper/TrashMove.h"
 
@@ -21,20 +23,13 @@ std::string toolName(const std::string& program) {
   return {};
 }
 
-bool hasControlCharacter(const std::string& text) {
-  return std::ranges::any_of(text, [](char each) {
-    const auto byte = static_cast<unsigned char>(each);
-    return byte < 0x20 || byte == 0x7f;
-  });
-}
-
 bool canBeShown(const Launch& launch) {
-  return !hasControlCharacter(launch.tool) && std::ranges::none_of(launch.arguments, hasControlCharacter);
+  return foundation::isPlainText(launch.tool) && std::ranges::all_of(launch.arguments, foundation::isPlainText);
 }
 
 PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person) {
   if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person);
-  return prepareFileWork(command);
+  return command.meansHollowFolder() ? prepareFolderRemoval(command.operands[0]) : prepareFileWork(command);
 }
 
 }  // namespace

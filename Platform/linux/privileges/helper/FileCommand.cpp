@@ -5,6 +5,8 @@
 #include <limits>
 #include <string_view>
 
+#include "Platform/linux/privileges/protocol/Messages.h"
+
 namespace qm::linux_ {
 namespace {
 
@@ -24,6 +26,7 @@ constexpr Tool kTools[] = {
 };
 
 bool isKnownOption(const Tool& tool, std::string_view argument) {
+  if (argument == kIfHollow) return tool.kind == FileCommandKind::Remove;
   return argument.size() > 1 && argument.find_first_not_of(tool.letters, 1) == std::string_view::npos;
 }
 
@@ -36,6 +39,9 @@ Answer<FileCommand> parse(const Tool& tool, const std::vector<std::string>& argu
     }
     (isOption ? command.options : command.operands).push_back(argument);
   }
+  if (command.meansHollowFolder() && command.operands.size() != 1) {
+    return Refusal{EINVAL, std::string(kIfHollow) + " takes one path"};
+  }
   if (command.operands.size() < tool.fewest || command.operands.size() > tool.most) {
     return Refusal{EINVAL, "wrong number of paths for " + std::string(tool.name)};
   }
@@ -43,6 +49,8 @@ Answer<FileCommand> parse(const Tool& tool, const std::vector<std::string>& argu
 }
 
 }  // namespace
+
+bool FileCommand::meansHollowFolder() const { return std::ranges::find(options, kIfHollow) != options.end(); }
 
 std::optional<Answer<FileCommand>> parseFileCommand(const std::string& program,
                                                     const std::vector<std::string>& arguments) {

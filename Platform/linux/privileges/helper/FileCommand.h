@@ -16,6 +16,9 @@ struct FileCommand {
   FileCommandKind kind = FileCommandKind::Remove;
   std::vector<std::string> options;
   std::vector<std::string> operands;
+
+  /// A removal that is meant only if nothing is in the folder.
+  bool meansHollowFolder() const;
 };
 
 /// The command line of `program` ("mv"), or a refusal where it holds an option other than the known ones, an

@@ -273,9 +273,13 @@ bool isOnOtherVolume(const PinnedPlace& source, const PinnedPlace& target) {
 }
 
 Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const PinnedPlace& target) {
-  const bool copies = command.kind == FileCommandKind::Copy || isOnOtherVolume(source, target);
-  if (!copies || !source.isFolder() || Confinement::isAvailable()) return std::nullopt;
-  if (onlyRootWrites(source.folder.get()) && onlyRootWritesTree(source.item.get())) return std::nullopt;
+  if (Confinement::isAvailable()) return std::nullopt;
+  if (command.kind == FileCommandKind::Move) {
+    if (!isOnOtherVolume(source, target)) return std::nullopt;
+    return Refusal{ENOTSUP, command.operands[0] + ": it would go to another volume, and this kernel has no Landlock"};
+  }
+  const bool isRoots = !source.isFolder() || onlyRootWritesTree(source.item.get());
+  if (isRoots && onlyRootWrites(source.folder.get())) return std::nullopt;
   return Refusal{ENOTSUP, command.operands[0] + ": others than root can change it, and this kernel has no Landlock"};
 }
 

@@ -10,6 +10,7 @@
 
 #include "Platform/linux/rights/Writers.h"
 #include "Platform/posix/FolderListing.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/TreeCopy.h"
 
@@ -48,9 +49,10 @@ FileError copyReplacing(const Place& source, const Place& target) {
   if (!hidden.folder) return errno;
   if (FileError error = posix::copyTree(source, hidden, nobody)) return error;
   const int folder = target.folder.get();
+  const UniqueFd copy(::openat(folder, hidden.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (::renameat(folder, hidden.name.c_str(), folder, target.name.c_str()) == 0) return {};
   const int error = errno;
-  ::unlinkat(folder, hidden.name.c_str(), 0);
+  if (copy && posix::isStill(copy.get(), folder, hidden.name)) ::unlinkat(folder, hidden.name.c_str(), 0);
   return error;
 }
 

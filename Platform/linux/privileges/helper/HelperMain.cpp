@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "Platform/foundation/ControlCharacters.h"
 #include "Platform/linux/privileges/helper/CleanProcess.h"
 #include "Platform/linux/privileges/helper/HelperSession.h"
 #include "Platform/linux/privileges/helper/LaunchRun.h"
@@ -62,20 +63,19 @@ int serve(const HelperPolicy& policy, const UserRecord& person) {
   return 0;
 }
 
-// A control character in a name must not begin a line of its own in the log.
-void writeToSystemLog(std::string text) {
-  for (char& character : text) {
-    if (static_cast<unsigned char>(character) < ' ' || character == '\x7f') character = ' ';
-  }
-  ::syslog(LOG_USER | LOG_WARNING, "%s", text.c_str());
+// A control character in a name must neither begin a line of its own in the log nor steer who reads it.
+void writeToSystemLog(const std::string& text) {
+  ::syslog(LOG_USER | LOG_WARNING, "%s", foundation::replacingControlCharacters(text, ' ').c_str());
 }
 
-bool hasControlCharacter(const std::string& text) {
-  return std::ranges::any_of(text, [](char each) { return static_cast<unsigned char>(each) < ' ' || each == '\x7f'; });
+// Whoever starts the program without a connection learns nothing else.
+int refuse(const std::string& why) {
+  writeToSystemLog(why);
+  return kMisused;
 }
 
-int launchOnce(const HelperPolicy& policy, const UserRecord& person, const Launch& launch) {
-  if (!closeStandardStreams()) return kMisused;
+[[noreturn]] void seeThrough(const HelperPolicy& policy, const UserRecord& person, const Launch& launch) {
+  if (!closeStandardStreams()) std::_Exit(kMisused);
   static_cast<void>(std::signal(SIGTERM, SIG_IGN));  // what has begun is seen through
   int status = EXIT_FAILURE;
   runLaunch(policy, launch, person, UniqueFd(::open("/dev/null", O_WRONLY | O_CLOEXEC)), [&](const Message& message) {
@@ -87,7 +87,8 @@ int launchOnce(const HelperPolicy& policy, const UserRecord& person, const Launc
     if (exited != nullptr && exited->waitStatus == 0) status = EXIT_SUCCESS;
   });
   mendTrashMoves(person);
-  return status;
+  // A process that nobody may look into cannot be checked for leaks at its end either.
+  std::_Exit(status);
 }
 
 }  // namespace
@@ -96,14 +97,20 @@ int runHelper(const HelperPolicy& policy, int count, char** arguments) {
   const char* caller = ::getenv("PKEXEC_UID");  // NOLINT(concurrency-mt-unsafe): nothing here changes the environment
   const bool once = count > 3 && std::string(arguments[1]) == kForUser;
   const std::optional<UserRecord> person = personWithNumber(once ? arguments[2] : caller);
-  if (!person || ::getuid() != 0 || ::geteuid() != 0) return kMisused;
+  if (::getuid() != 0 || ::geteuid() != 0) return kMisused;
+  if (!person) return refuse("administrator rights are for nobody: the user is not known");
   // Whoever came through pkexec chose the arguments, and was given rights for nobody else.
-  if (caller != nullptr && userNumber(caller) != person->id) return kMisused;
+  if (caller != nullptr && userNumber(caller) != person->id) {
+    return refuse("administrator rights that another user asked for do not serve " + person->name);
+  }
   // A dialog would have shown them as something else.
-  if (caller != nullptr && std::any_of(arguments + 1, arguments + count, hasControlCharacter)) return kMisused;
+  const auto isShown = [](const char* argument) { return foundation::isPlainText(argument); };
+  if (caller != nullptr && !std::all_of(arguments + 1, arguments + count, isShown)) {
+    return refuse("no dialog can show what administrator rights are asked for");
+  }
   if (!becomeCleanProcess()) return kMisused;
   if (!once) return serve(policy, *person);
-  return launchOnce(policy, *person, {1, arguments[3], {arguments + 4, arguments + count}});
+  seeThrough(policy, *person, {1, arguments[3], {arguments + 4, arguments + count}});
 }
 
 }  // namespace qm::linux_

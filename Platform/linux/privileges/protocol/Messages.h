@@ -18,6 +18,9 @@ inline constexpr std::size_t kMostArguments = 4096;
 /// The longest reason or note; longer ones are cut.
 inline constexpr std::size_t kLongestText = 1024;
 
+/// The only option of a removal that means the folder behind it, and that only if nothing is in it. No tool has it.
+inline constexpr std::string_view kIfHollow = "--if-hollow";
+
 /// The helper's first message: rights are granted.
 struct Hello {
   std::uint32_t version = kProtocolVersion;

@@ -1,0 +1,58 @@
+#include "Platform/linux/privileges/ChildrenThatRun.h"
+
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <system_error>
+
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::linux_ {
+namespace {
+
+bool isFile(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 && posix::isSameItem(first, second);
+}
+
+bool runs(pid_t process, const std::string& program) {
+  const std::string running = "/proc/" + std::to_string(process) + "/exe";
+  return isFile(running, program) || isFile(running, "/usr/bin/env");
+}
+
+/// A child belongs to the thread that started it, or to another one once that has ended.
+std::optional<pid_t> childThatRuns(const std::string& program) {
+  std::error_code error;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    std::ifstream children(thread.path() / "children");
+    for (pid_t child = 0; children >> child;) {
+      if (runs(child, program)) return child;
+    }
+  }
+  return std::nullopt;
+}
+
+/// Whoever reaps it does so when it has ended: until then the number is its own.
+void waitForEnd(pid_t process) {
+  const posix::UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+  pollfd watched{handle.get(), POLLIN, 0};
+  while (handle && ::poll(&watched, 1, -1) < 0 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+void waitForChildrenThatRun(const std::string& program) {
+  while (const std::optional<pid_t> child = childThatRuns(program)) waitForEnd(*child);
+}
+
+}  // namespace qm::linux_
