@@ -50,7 +50,7 @@ bool isInTrash(const std::string& path) {
 
 }  // namespace
 
-void AppController::connect(const qm::platform::Outlets& outlets) { outlets_ = outlets; }
+void AppController::connect(const qm::uninstaller::Outlets& outlets) { outlets_ = outlets; }
 
 void AppController::trashFile(const std::optional<std::string>& path) {
   if (!path) return;
@@ -70,7 +70,7 @@ void AppController::endProgress() {
 }
 
 void AppController::beginUninstall() {
-  const bool removeConfig = outlets_.removeConfigCheck->state() == qm::platform::kOnState;
+  const bool removeConfig = outlets_.removeConfigCheck->state() == qm::uninstaller::kOnState;
   QMTask::runTask("/usr/bin/killall", std::vector<std::string>{"Tessaly"});
   trashItems(removeConfig);
   if (const auto applications = folderPath(ItemFolder::Applications, ItemOwner::Computer)) {

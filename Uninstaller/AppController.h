@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/UserInterface.h"
+#include "Uninstaller/Interface.h"
 
 /// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker
 /// thread removes the items one by one, an alert at the end. There is no way back from the progress
@@ -12,9 +12,9 @@
 ///
 /// Made by the main interface file, which connects the outlets and sends the actions. Lives until the
 /// process ends, with the worker possibly inside its last call.
-class AppController : public qm::platform::InterfaceOwner {
+class AppController : public qm::uninstaller::InterfaceOwner {
  public:
-  void connect(const qm::platform::Outlets& outlets) override;
+  void connect(const qm::uninstaller::Outlets& outlets) override;
 
   /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for
   /// nil, for an item in a folder named "Release", below "/Structure/Applications/", already in the
@@ -37,5 +37,5 @@ class AppController : public qm::platform::InterfaceOwner {
  private:
   void trashItems(bool removeConfig);
 
-  qm::platform::Outlets outlets_;
+  qm::uninstaller::Outlets outlets_;
 };

@@ -32,8 +32,9 @@ bool canBeShown(const Launch& launch) {
   return !hasControlCharacter(launch.tool) && std::ranges::none_of(launch.arguments, hasControlCharacter);
 }
 
-PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person) {
-  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person);
+PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person,
+                            const platform::ProductIdentity& product) {
+  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person, product);
   return prepareFileWork(command);
 }
 
@@ -49,7 +50,7 @@ PreparedWork AnyToolPolicy::prepare(const Launch& launch, const UserRecord& pers
   if (!program) return program.refusal();
   const auto command = parseFileCommand(toolName(*program), launch.arguments);
   if (!command) return prepareToolWork(launch);
-  return *command ? prepareCommand(**command, person) : command->refusal();
+  return *command ? prepareCommand(**command, person, product()) : command->refusal();
 }
 
 }  // namespace qm::linux_
