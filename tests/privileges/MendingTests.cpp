@@ -119,6 +119,22 @@ TEST_F(EndedMove, IsNotMendedWhileItGoesOn) {
   });
 }
 
+TEST_F(EndedMove, IsMendedByItsOwnProductOnly) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    const std::string work = trash() + "/" + leftovers().front();
+    platform::ProductIdentity other = kProduct;
+    for (const char* prefix : {".other-", ""}) {
+      other.workFolderPrefix = prefix;
+      linux_::mendTrashMoves(person(), other);
+      EXPECT_TRUE(exists(work)) << prefix;
+    }
+    linux_::mendTrashMoves(person(), kProduct);
+    EXPECT_FALSE(exists(work));
+  });
+}
+
 // A folder of root's that the person has given such a name.
 TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
   run([] {

@@ -99,7 +99,8 @@ void RealTrashWorld::play(const std::function<void(RealTrashWorld&)>& body) {
   });
 }
 
-RealTrashWorld::RealTrashWorld() : trash_(std::make_unique<linux_::FreedesktopTrash>(users_, clock_, kProduct.workFolderPrefix)) {}
+RealTrashWorld::RealTrashWorld()
+    : trash_(std::make_unique<linux_::FreedesktopTrash>(users_, clock_, kProduct.workFolderPrefix)) {}
 
 void RealTrashWorld::makeFolder(const std::string& path) {
   ASSERT_EQ(::mkdir(path.c_str(), 0755), 0) << reason(path);
