@@ -9,7 +9,7 @@
 
 using qm::platform::platform;
 
-void AppController::connect(const qm::platform::Outlets& outlets) { outlets_ = outlets; }
+void AppController::connect(const qm::uninstaller::Outlets& outlets) { outlets_ = outlets; }
 
 void AppController::trashFile(const std::optional<std::string>& path) { RemovalRun(witness_).trash({.path = path}); }
 
@@ -22,7 +22,7 @@ void AppController::endProgress() {
 }
 
 void AppController::beginUninstall() {
-  const bool removesConfig = outlets_.removeConfigCheck->state() == qm::platform::kOnState;
+  const bool removesConfig = outlets_.removeConfigCheck->state() == qm::uninstaller::kOnState;
   QMTask::runTask("/usr/bin/killall", std::vector<std::string>{"Tessaly"});
   report_ = RemovalRun(witness_).removeProduct(removesConfig ? RemoveConfig::Yes : RemoveConfig::No);
   platform().mainThread->performAndWait([this] { endProgress(); });

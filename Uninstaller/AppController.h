@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/UserInterface.h"
+#include "Uninstaller/Interface.h"
 #include "Uninstaller/RemovalRun.h"
 
 /// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker
@@ -13,13 +13,13 @@
 ///
 /// Made by the main interface file, which connects the outlets and sends the actions. Lives until the
 /// process ends, with the worker possibly inside its last call.
-class AppController : public qm::platform::InterfaceOwner {
+class AppController : public qm::uninstaller::InterfaceOwner {
  public:
   AppController() = default;
   /// With a witness, results have reasons. It outlives the controller; its services are the installed ones.
   explicit AppController(RemovalWitness& witness) : witness_(&witness) {}
 
-  void connect(const qm::platform::Outlets& outlets) override;
+  void connect(const qm::uninstaller::Outlets& outlets) override;
 
   /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for
   /// nil, for an item in a folder named "Release", below "/Structure/Applications/", already in the
@@ -40,7 +40,7 @@ class AppController : public qm::platform::InterfaceOwner {
   void awakeFromNib() override;
 
  private:
-  qm::platform::Outlets outlets_;
+  qm::uninstaller::Outlets outlets_;
   RemovalWitness* witness_ = nullptr;
   RemovalReport report_;  // written by the worker, which then waits for the main thread to read it
 };

@@ -1,7 +1,11 @@
-#include "Platform/Application.h"
 #include "Uninstaller/AppController.h"
+#include "Uninstaller/Application.h"
+#include "Uninstaller/Product.h"
 
 int main(int argc, char** argv) {
-  qm::platform::install(&qm::platform::systemPlatform());
-  return qm::platform::applicationMain(argc, argv, [] { return std::make_unique<AppController>(); });
+  // Never destroyed: a worker may be inside one of its services while the process ends.
+  static auto& witness = *new RemovalWitness(qm::uninstaller::systemPlatform(kProduct));
+  qm::platform::install(&witness.services());
+  return qm::uninstaller::applicationMain(argc, argv, kProduct,
+                                          [] { return std::make_unique<AppController>(witness); });
 }

@@ -1,4 +1,5 @@
 #include "bench/Machine.h"
+#include "Uninstaller/Product.h"
 
 #include <sys/stat.h>
 
@@ -43,7 +44,7 @@ const platform::Platform& machine() {
   static auto* mainThread = new HookedMainThread;
   static auto* interface = new NoInterface;
   static auto* descriptorWait = new NoDescriptorWait;
-  return linux_::linuxPlatform({*mainThread, *interface, *descriptorWait});
+  return linux_::linuxPlatform(kProduct, {*mainThread, *interface, *descriptorWait});
 }
 
 void onPerformAndWait(std::function<void()> function) { hook() = std::move(function); }

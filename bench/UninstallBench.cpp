@@ -23,9 +23,9 @@ namespace fs = std::filesystem;
 
 std::string trash() { return std::string(std::getenv("HOME")) + "/.local/share/Trash"; }
 
-class Ticked final : public platform::CheckBox {
+class Ticked final : public uninstaller::CheckBox {
  public:
-  int state() const override { return platform::kOnState; }
+  int state() const override { return uninstaller::kOnState; }
 };
 
 /// The items of the sample installation and their names in the Trash, as the first run has left them.
@@ -74,7 +74,7 @@ void restore() {
 double uninstallOurs() {
   static auto* check = new Ticked;
   static auto* controller = new AppController;
-  platform::Outlets outlets;
+  uninstaller::Outlets outlets;
   outlets.removeConfigCheck = check;
   controller->connect(outlets);
   const auto start = std::chrono::steady_clock::now();

@@ -25,23 +25,23 @@
 namespace qm::linux_ {
 namespace {
 
-std::string programName(const std::optional<std::string>& executable) {
-  return executable ? foundation::lastPathComponent(*executable) : "tessaly-uninstaller";
+std::string programName(const platform::ProductIdentity& product, const std::optional<std::string>& executable) {
+  return executable ? foundation::lastPathComponent(*executable) : std::string(product.program);
 }
 
 /// Every service once, in the order in which they need each other.
 struct Services {
-  explicit Services(const FrontEndServices& frontEnd)
+  Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
       : executable(runningExecutable()),
-        console(clock, programName(executable)),
+        console(clock, programName(product, executable)),
         directories(users),
-        facts(propertyLists, executable),
-        authorization(console, users, privilegePrograms(executable)),
+        facts(propertyLists, product, executable),
+        authorization(console, users, privilegePrograms(product, executable)),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, copyRights(users)),
-        trash(users, clock),
-        desktopShell(users, tasks) {
+        trash(users, clock, product.workFolderPrefix),
+        desktopShell(users, tasks, {product.bundleEntryKey, product.bundleEntryPrefix}) {
     platform.authorizationServices = &authorization;
     platform.clock = &clock;
     platform.console = &console;
@@ -84,15 +84,15 @@ struct Services {
   platform::Platform platform;
 };
 
-Services* makeServices(const FrontEndServices& frontEnd) {
+Services* makeServices(const platform::ProductIdentity& product, const FrontEndServices& frontEnd) {
   settleInheritedState();
-  return new Services(frontEnd);
+  return new Services(product, frontEnd);
 }
 
 }  // namespace
 
-const platform::Platform& linuxPlatform(const FrontEndServices& frontEnd) {
-  static Services* const services = makeServices(frontEnd);
+const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd) {
+  static Services* const services = makeServices(product, frontEnd);
   return services->platform;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/MainThread.h"
 #include "Platform/Platform.h"
+#include "Platform/ProductIdentity.h"
 #include "Platform/UserInterface.h"
 #include "Platform/posix/process/DescriptorWait.h"
 
@@ -14,9 +15,9 @@ struct FrontEndServices {
   posix::DescriptorWait& descriptorWait;
 };
 
-/// The services of a Linux machine together with those of the front end. Made by the first call, which comes before
-/// any other thread exists and also settles the state that the process was started in; later calls answer the same
-/// set. Never destroyed: a worker may be inside one of the services while the process ends.
-const platform::Platform& linuxPlatform(const FrontEndServices& frontEnd);
+/// The services of a Linux machine for a product, together with those of the front end. Made by the first call, which
+/// comes before any other thread exists and also settles the state that the process was started in; later calls answer
+/// the same set. Never destroyed: a worker may be inside one of the services while the process ends.
+const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
 
 }  // namespace qm::linux_

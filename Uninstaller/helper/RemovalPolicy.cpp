@@ -56,20 +56,22 @@ std::string folderPath(ItemFolder folder, ItemOwner owner, const UserRecord& per
   return folder == ItemFolder::Preferences ? appendingPathComponent(path, "Preferences") : path;
 }
 
-PreparedWork moveItem(const FileCommand& command, const UserRecord& person) {
+PreparedWork moveItem(const FileCommand& command, const UserRecord& person,
+                      const qm::platform::ProductIdentity& product) {
   const auto move = trashMoveIn(command, person);
   if (!move) return Refusal{EPERM, command.operands[1] + ": that is not your Trash"};
   const std::vector<std::string> items = productItemPaths(person);
   if (std::ranges::find(items, move->item) == items.end()) {
     return Refusal{EPERM, move->item + ": that is no part of the product"};
   }
-  return prepareTrashMove(*move, person);
+  return prepareTrashMove(*move, person, product);
 }
 
-PreparedWork removeFolder(const FileCommand& command, const UserRecord& person) {
+PreparedWork removeFolder(const FileCommand& command, const UserRecord& person,
+                          const qm::platform::ProductIdentity& product) {
   const bool isMakers = command.operands.size() == 1 && command.operands[0] == makersFolderPath(person);
   if (!isMakers) return Refusal{EPERM, command.operands[0] + ": that is not the maker's folder"};
-  mendTrashMoves(person);
+  mendTrashMoves(person, product);
   return prepareFolderRemoval(command.operands[0]);
 }
 
@@ -94,5 +96,5 @@ PreparedWork RemovalPolicy::prepare(const Launch& launch, const UserRecord& pers
   }
   const auto command = parseFileCommand(moves ? "mv" : "rm", launch.arguments);
   if (!*command) return command->refusal();
-  return moves ? moveItem(**command, person) : removeFolder(**command, person);
+  return moves ? moveItem(**command, person, product()) : removeFolder(**command, person, product());
 }

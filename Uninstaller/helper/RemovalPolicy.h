@@ -9,6 +9,8 @@
 /// the person's own Trash, or the maker's folder is removed if nothing is left in it. Nothing else.
 class RemovalPolicy : public qm::linux_::HelperPolicy {
  public:
+  using HelperPolicy::HelperPolicy;
+
   qm::linux_::PreparedWork prepare(const qm::linux_::Launch& launch,
                                    const qm::linux_::UserRecord& person) const override;
 };

@@ -221,18 +221,8 @@ finish_run() {
 
 # ---- what must be left
 
-items=(
-  /Applications/Quillmark/Tessaly.app /Applications/Tessaly.app
-  '@/Library/Application Support/Quillmark/Tessaly/Caches' @/Library/Caches/com.quillmark.tessaly
-  @/Library/LaunchAgents/com.quillmark.Tessaly.plist
-  @/Library/LaunchAgents/com.quillmark.TessalyProjectWatcher.plist
-  @/Library/LaunchAgents/com.quillmark.Tessaly.autosave.plist
-  @/Library/LaunchAgents/com.quillmark.OrvendelProjectWatcher.plist
-)
-preferences=(
-  @/Library/Preferences/com.quillmark.Tessaly.plist @/Library/Preferences/com.quillmark.tessaly.plist
-  /Library/Preferences/com.quillmark.Tessaly.plist /Library/Preferences/com.quillmark.tessaly.plist
-)
+mapfile -t items < <(sed -n 's/^always //p' "$support/product-items")
+mapfile -t preferences < <(sed -n 's/^if-asked //p' "$support/product-items")
 volumes=()
 
 # expect_disk [--moved ITEM | --removed FOLDER]...: with that, and nothing else, done.

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/UserInterface.h"
+#include "Uninstaller/Interface.h"
 #include "tests/fakes/Calls.h"
 #include "tests/fakes/FakeMainThread.h"
 
@@ -43,7 +43,7 @@ class InterfaceRecord {
 };
 
 /// A window: recorded under its name, as "windowMain.orderOut()".
-class FakeWindow : public platform::Window {
+class FakeWindow : public uninstaller::Window {
  public:
   FakeWindow(InterfaceRecord& record, std::string name, bool visible)
       : record_(record), name_(std::move(name)), visible_(visible) {}
@@ -64,7 +64,7 @@ class FakeWindow : public platform::Window {
 };
 
 /// A check box whose state the test sets; it begins off.
-class FakeCheckBox : public platform::CheckBox {
+class FakeCheckBox : public uninstaller::CheckBox {
  public:
   FakeCheckBox(InterfaceRecord& record, std::string name) : record_(record), name_(std::move(name)) {}
 
@@ -78,10 +78,10 @@ class FakeCheckBox : public platform::CheckBox {
  private:
   InterfaceRecord& record_;
   std::string name_;
-  std::atomic<int> state_{platform::kOffState};
+  std::atomic<int> state_{uninstaller::kOffState};
 };
 
-class FakeProgressIndicator : public platform::ProgressIndicator {
+class FakeProgressIndicator : public uninstaller::ProgressIndicator {
  public:
   FakeProgressIndicator(InterfaceRecord& record, std::string name) : record_(record), name_(std::move(name)) {}
 
@@ -138,7 +138,7 @@ class FakeUserInterface : public platform::UserInterface {
 struct FakeInterface {
   FakeInterface(Calls& calls, const FakeMainThread& mainThread) : record(calls, mainThread) {}
 
-  platform::Outlets outlets() {
+  uninstaller::Outlets outlets() {
     return {&windowMain, &removeSharedCheck, &removeConfigCheck, &windowProgress, &progressBar};
   }
 

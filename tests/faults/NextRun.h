@@ -4,12 +4,13 @@
 #include <vector>
 
 #include "Platform/linux/privileges/helper/TrashMove.h"
+#include "Uninstaller/Product.h"
 #include "tests/privileges/LaunchMachine.h"
 
 namespace qm::testing {
 
 /// What happens at the beginning of a run, before its first work: what another that was ended has left in these
 /// folders, an item's and the Trash's, is put in order.
-inline void nextRun(const std::vector<std::string>& /*folders*/) { linux_::mendTrashMoves(person()); }
+inline void nextRun(const std::vector<std::string>& /*folders*/) { linux_::mendTrashMoves(person(), kProduct); }
 
 }  // namespace qm::testing

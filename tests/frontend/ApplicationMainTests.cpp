@@ -12,9 +12,10 @@
 #include <thread>
 #include <utility>
 
-#include "Platform/Application.h"
-#include "Platform/linux/qt/FrontEnd.h"
-#include "Platform/linux/qt/SingleInstance.h"
+#include "Platform/linux/system/SingleInstance.h"
+#include "Uninstaller/Application.h"
+#include "Uninstaller/Product.h"
+#include "Uninstaller/qt/FrontEnd.h"
 
 namespace qm::testing {
 namespace {
@@ -25,33 +26,38 @@ using ::testing::Not;
 
 void say(const char* line) { static_cast<void>(std::fprintf(stderr, "%s\n", line)); }
 
-using Step = std::function<void(const platform::Outlets&)>;
+using Step = std::function<void(const uninstaller::Outlets&)>;
 
 /// Does what the case wants once the interface is loaded.
-class Owner : public platform::InterfaceOwner {
+class Owner : public uninstaller::InterfaceOwner {
  public:
   explicit Owner(Step step) : step_(std::move(step)) {}
   ~Owner() override { say("the owner is destroyed"); }
-  void connect(const platform::Outlets& outlets) override { outlets_ = outlets; }
+  void connect(const uninstaller::Outlets& outlets) override { outlets_ = outlets; }
   void awakeFromNib() override { step_(outlets_); }
   void uninstall(const platform::ActionSender* /*sender*/) override {}
   void cancel(const platform::ActionSender* /*sender*/) override {}
 
  private:
   Step step_;
-  platform::Outlets outlets_;
+  uninstaller::Outlets outlets_;
 };
 
-/// No other test is an instance of the same program.
-void becomeAProgramOfItsOwn() { linux_::frontEnd().program = "test." + std::to_string(::getpid()); }
+/// The product, and no other test is an instance of the same one.
+platform::ProductIdentity ownProduct() {
+  static const std::string identifier = "test." + std::to_string(::getpid());
+  platform::ProductIdentity product = kProduct;
+  product.identifier = identifier;
+  return product;
+}
 
 /// Runs the application in a process of its own, as `main` does, until it exits.
 [[noreturn]] void runApplication(const Step& step) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  becomeAProgramOfItsOwn();
   char name[] = "test";
   char* arguments[] = {name, nullptr};
-  const int code = platform::applicationMain(1, arguments, [&] { return std::make_unique<Owner>(step); });
+  const int code =
+      uninstaller::applicationMain(1, arguments, ownProduct(), [&] { return std::make_unique<Owner>(step); });
   say("the event loop has ended");
   std::exit(code);
 }
@@ -67,17 +73,17 @@ auto endsOrderly() {
                Not(HasSubstr("the owner is destroyed")));
 }
 
-void terminate() { linux_::frontEnd().userInterface.terminate(nullptr); }
+void terminate() { qt::frontEnd().userInterface.terminate(nullptr); }
 
 TEST_F(ApplicationMain, EndsWithoutRunningWhenItIsTerminatedWhileLoading) {
-  EXPECT_EXIT(runApplication([](const platform::Outlets& /*outlets*/) { terminate(); }), ::testing::ExitedWithCode(0),
-              endsOrderly());
+  EXPECT_EXIT(runApplication([](const uninstaller::Outlets& /*outlets*/) { terminate(); }),
+              ::testing::ExitedWithCode(0), endsOrderly());
 }
 
 TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
-  const Step step = [](const platform::Outlets& outlets) {
+  const Step step = [](const uninstaller::Outlets& outlets) {
     std::thread([outlets] {
-      linux_::frontEnd().mainThread.performAndWait([outlets] {
+      qt::frontEnd().mainThread.performAndWait([outlets] {
         outlets.windowMain->orderOut();
         terminate();
       });
@@ -88,20 +94,20 @@ TEST_F(ApplicationMain, EndsWhileAWorkerIsStillInsideItsLastCall) {
 }
 
 TEST_F(ApplicationMain, EndsWhileWorkersKeepAskingForWork) {
-  const Step step = [](const platform::Outlets& outlets) {
+  const Step step = [](const uninstaller::Outlets& outlets) {
     for (int worker = 0; worker < 3; ++worker) {
       std::thread([check = outlets.removeConfigCheck] {
-        while (check->state() == platform::kOffState) linux_::frontEnd().mainThread.performAndWait([] {});
+        while (check->state() == uninstaller::kOffState) qt::frontEnd().mainThread.performAndWait([] {});
       }).detach();
     }
-    linux_::frontEnd().mainThread.perform([] { linux_::frontEnd().mainThread.perform(terminate); });
+    qt::frontEnd().mainThread.perform([] { qt::frontEnd().mainThread.perform(terminate); });
   };
   EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), endsOrderly());
 }
 
 TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
-  const Step step = [](const platform::Outlets& outlets) {
-    auto& mainThread = linux_::frontEnd().mainThread;
+  const Step step = [](const uninstaller::Outlets& outlets) {
+    auto& mainThread = qt::frontEnd().mainThread;
     mainThread.perform([&mainThread, outlets] {
       outlets.windowMain->orderOut();
       mainThread.perform([] {
@@ -115,16 +121,15 @@ TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
 
 /// Has another instance running, and starts the application.
 [[noreturn]] void startAgain(bool isAnswered) {
-  becomeAProgramOfItsOwn();
-  linux_::SingleInstance other(linux_::frontEnd().program);
+  linux_::SingleInstance other{std::string(ownProduct().identifier)};
   other.start({});
-  if (!isAnswered) linux_::frontEnd().patience = std::chrono::milliseconds(50);
+  if (!isAnswered) qt::frontEnd().patience = std::chrono::milliseconds(50);
   std::thread([&] {
     pollfd request{.fd = other.requests().get(), .events = POLLIN, .revents = 0};
     ::poll(&request, 1, -1);
     if (isAnswered) other.serve([] { say("the other shows itself"); });
   }).detach();
-  runApplication([](const platform::Outlets& /*outlets*/) { say("there is a second window"); });
+  runApplication([](const uninstaller::Outlets& /*outlets*/) { say("there is a second window"); });
 }
 
 TEST_F(ApplicationMain, EndsWithoutAWindowWhenAnotherInstanceShowsItself) {
@@ -143,10 +148,9 @@ TEST_F(ApplicationMain, SaysSoWhenNoWindowCanBeOpened) {
     ::unsetenv("DISPLAY");
     ::unsetenv("WAYLAND_DISPLAY");
     ::setenv("QT_QPA_PLATFORM", "xcb", 1);
-    becomeAProgramOfItsOwn();
     char name[] = "test";
     char* arguments[] = {name, nullptr};
-    std::exit(platform::applicationMain(1, arguments, [] { return std::unique_ptr<Owner>(); }));
+    std::exit(uninstaller::applicationMain(1, arguments, ownProduct(), [] { return std::unique_ptr<Owner>(); }));
   };
   EXPECT_EXIT(start(), ::testing::ExitedWithCode(1), "no window can be opened. Start it from a desktop session.\n$");
 }

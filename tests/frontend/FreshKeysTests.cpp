@@ -1,4 +1,4 @@
-#include "Platform/linux/qt/FreshKeys.h"
+#include "Uninstaller/qt/FreshKeys.h"
 
 #include <QCheckBox>
 #include <QPushButton>

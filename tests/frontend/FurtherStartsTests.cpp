@@ -1,4 +1,4 @@
-#include "Platform/linux/qt/FurtherStarts.h"
+#include "Uninstaller/qt/FurtherStarts.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -9,7 +9,7 @@
 #include <future>
 #include <string>
 
-#include "Platform/linux/qt/QtUserInterface.h"
+#include "Uninstaller/qt/QtUserInterface.h"
 #include "tests/frontend/QtFixture.h"
 
 namespace qm::testing {
@@ -23,7 +23,7 @@ class FurtherStarts : public QtFixture {
  protected:
   FurtherStarts() : program_("test." + std::to_string(::getpid())), instance_(program_) {
     EXPECT_EQ(instance_.start(0s), Start::First);
-    furtherStarts_ = std::make_unique<linux_::FurtherStarts>(instance_);
+    furtherStarts_ = std::make_unique<qt::FurtherStarts>(instance_);
     for (auto* const window : {&window_, &cover_}) {
       window->resize(200, 100);
       window->show();
@@ -46,7 +46,7 @@ class FurtherStarts : public QtFixture {
  private:
   const std::string program_;
   SingleInstance instance_;
-  std::unique_ptr<linux_::FurtherStarts> furtherStarts_;
+  std::unique_ptr<qt::FurtherStarts> furtherStarts_;
 };
 
 TEST_F(FurtherStarts, BringTheShownWindowToTheFront) {
@@ -68,7 +68,7 @@ TEST_F(FurtherStarts, BringAnAlertToTheFrontRatherThanWhatIsBehindIt) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(alert));
     alert->close();
   });
-  linux_::QtUserInterface(*mainThread).runAlertPanel("t", "m");
+  qt::QtUserInterface(*mainThread).runAlertPanel("t", "m");
 }
 
 TEST_F(FurtherStarts, PassOverWhatIsNoWindowOfItsOwn) {
@@ -105,7 +105,7 @@ TEST_F(FurtherStarts, WaitQuietlyUntilThereAreMeansToServeThem) {
 
 TEST(FurtherStartsOfAnInstanceThatDoesNotListen, AreNotWaitedFor) {
   const SingleInstance deaf("test");
-  const linux_::FurtherStarts none(deaf);
+  const qt::FurtherStarts none(deaf);
   EXPECT_FALSE(deaf.requests());
 }
 

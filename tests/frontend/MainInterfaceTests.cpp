@@ -1,4 +1,4 @@
-#include "Platform/linux/qt/MainInterface.h"
+#include "Uninstaller/qt/MainInterface.h"
 
 #include <gmock/gmock.h>
 
@@ -19,9 +19,9 @@ namespace {
 
 using ::testing::ElementsAre;
 
-struct Owner : platform::InterfaceOwner {
-  Owner(std::vector<std::string>& sent, platform::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
-  void connect(const platform::Outlets& outlets) override {
+struct Owner : uninstaller::InterfaceOwner {
+  Owner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
+  void connect(const uninstaller::Outlets& outlets) override {
     sent_.emplace_back("connect");
     outlets_ = outlets;
   }
@@ -35,7 +35,7 @@ struct Owner : platform::InterfaceOwner {
 
  private:
   std::vector<std::string>& sent_;
-  platform::Outlets& outlets_;
+  uninstaller::Outlets& outlets_;
 };
 
 class MainInterface : public QtFixture {
@@ -81,16 +81,16 @@ class MainInterface : public QtFixture {
   static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
 
   std::vector<std::string> sent;
-  platform::Outlets outlets;
+  uninstaller::Outlets outlets;
 
  private:
-  linux_::MainInterface interface_;
+  qt::MainInterface interface_;
 };
 
 TEST_F(MainInterface, ConnectsEveryOutletBeforeItWakesItsOwner) {
   std::vector<std::string> order;
-  platform::Outlets connected;
-  linux_::MainInterface another(std::make_unique<Owner>(order, connected));
+  uninstaller::Outlets connected;
+  qt::MainInterface another(std::make_unique<Owner>(order, connected));
   EXPECT_THAT(order, ElementsAre("connect", "awakeFromNib"));
   EXPECT_NE(connected.windowMain, nullptr);
   EXPECT_NE(connected.removeSharedCheck, nullptr);
@@ -107,9 +107,9 @@ TEST_F(MainInterface, ShowsTheMainWindowOnly) {
 }
 
 TEST_F(MainInterface, StartsWithThePreferencesKept) {
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOffState);
   control<QCheckBox>("windowMain", "removeConfigCheck").click();
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOnState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOnState);
 }
 
 TEST_F(MainInterface, PromisesNothingByTheOtherBox) {
@@ -204,7 +204,7 @@ TEST_F(MainInterface, KeepsTheChoiceThatItWasStartedWith) {
   postKey(uninstallButton(), Qt::Key_Return);
   postClick(control<QCheckBox>("windowMain", "removeConfigCheck"));
   handleWhatIsQueued();
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOffState);
 }
 
 TEST_F(MainInterface, TakesNoActionWhileItIsHidden) {
@@ -224,7 +224,7 @@ TEST_F(MainInterface, IsNotStartedTwiceEvenWhenItIsShownAgain) {
 TEST_F(MainInterface, TakesTheLetterOfABoxBeforeTheKeyThatFollows) {
   QTest::keyClick(&uninstallButton(), Qt::Key_P, Qt::AltModifier);
   press(Qt::Key_Return);
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOnState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOnState);
   EXPECT_THAT(sent, ElementsAre("uninstall"));
 }
 
@@ -239,7 +239,7 @@ TEST_P(MainInterfaceControl, IsNotPressedByKeysThatAreHeld) {
     QTest::simulateEvent(&widget, true, key, Qt::AltModifier, QString(), true);
   }
   EXPECT_THAT(sent, ElementsAre());
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOffState);
 }
 
 TEST_F(MainInterface, IsNotPressedByAButtonThatWasHeldBefore) {
@@ -247,7 +247,7 @@ TEST_F(MainInterface, IsNotPressedByAButtonThatWasHeldBefore) {
   postMouse(control<QCheckBox>("windowMain", "removeConfigCheck"), QEvent::MouseButtonRelease);
   handleWhatIsQueued();
   EXPECT_THAT(sent, ElementsAre());
-  EXPECT_EQ(outlets.removeConfigCheck->state(), platform::kOffState);
+  EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOffState);
 }
 
 TEST_F(MainInterface, CancelsWhenTheMainWindowIsClosed) {

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Platform/linux/qt/FreshKeys.h"
-#include "Platform/linux/qt/QtMainThread.h"
+#include "Uninstaller/qt/FreshKeys.h"
+#include "Uninstaller/qt/QtMainThread.h"
 
 namespace qm::testing {
 
@@ -20,20 +20,20 @@ class QtFixture : public ::testing::Test {
   QtFixture() {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     application_ = std::make_unique<QApplication>(argc_, argv_);
-    freshKeys_ = std::make_unique<linux_::FreshKeys>(*application_);
+    freshKeys_ = std::make_unique<qt::FreshKeys>(*application_);
     QApplication::setQuitOnLastWindowClosed(false);
-    mainThread = std::make_unique<linux_::QtMainThread>();
+    mainThread = std::make_unique<qt::QtMainThread>();
     EXPECT_TRUE(mainThread->begin());
   }
 
-  std::unique_ptr<linux_::QtMainThread> mainThread;
+  std::unique_ptr<qt::QtMainThread> mainThread;
 
  private:
   int argc_ = 1;
   char name_[5] = "test";
   char* argv_[2] = {name_, nullptr};
   std::unique_ptr<QApplication> application_;
-  std::unique_ptr<linux_::FreshKeys> freshKeys_;
+  std::unique_ptr<qt::FreshKeys> freshKeys_;
 };
 
 }  // namespace qm::testing

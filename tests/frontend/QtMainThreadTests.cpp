@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/linux/qt/QtDescriptorWait.h"
+#include "Uninstaller/qt/QtDescriptorWait.h"
 #include "tests/frontend/QtFixture.h"
 
 namespace qm::testing {
@@ -29,7 +29,7 @@ class QtDescriptorWait : public QtFixture {
   int readingEnd() const { return ends_[0]; }
   void write() { EXPECT_EQ(::write(ends_[1], "x", 1), 1); }
 
-  linux_::QtDescriptorWait wait;
+  qt::QtDescriptorWait wait;
 
  private:
   int ends_[2] = {-1, -1};

@@ -1,4 +1,4 @@
-#include "Platform/linux/qt/QtUserInterface.h"
+#include "Uninstaller/qt/QtUserInterface.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -9,7 +9,7 @@
 #include <QTest>
 #include <QTimer>
 
-#include "Platform/linux/qt/QtControls.h"
+#include "Uninstaller/qt/QtControls.h"
 #include "tests/frontend/QtFixture.h"
 
 namespace qm::testing {
@@ -27,7 +27,7 @@ class QtUserInterface : public QtFixture {
     userInterface.runAlertPanel(title, message);
   }
 
-  linux_::QtUserInterface userInterface{*mainThread};
+  qt::QtUserInterface userInterface{*mainThread};
 };
 
 TEST_F(QtUserInterface, ShowsTheTitleAndTheMessageWithOneButton) {
@@ -92,25 +92,25 @@ TEST_F(QtUserInterface, EndsTheEventLoopWithSuccess) {
 TEST_F(QtUserInterface, ReadsACheckBoxFromTheMirror) {
   QCheckBox box;
   box.setChecked(true);
-  const linux_::QtCheckBox mirrored(box);
-  EXPECT_EQ(mirrored.state(), platform::kOnState);
+  const qt::QtCheckBox mirrored(box);
+  EXPECT_EQ(mirrored.state(), uninstaller::kOnState);
   box.click();
-  EXPECT_EQ(mirrored.state(), platform::kOffState);
+  EXPECT_EQ(mirrored.state(), uninstaller::kOffState);
   box.setChecked(true);
-  EXPECT_EQ(mirrored.state(), platform::kOnState);
+  EXPECT_EQ(mirrored.state(), uninstaller::kOnState);
 }
 
 TEST_F(QtUserInterface, KeepsTheStateOfACheckBoxThatIsGone) {
   auto box = std::make_unique<QCheckBox>();
-  const linux_::QtCheckBox mirrored(*box);
+  const qt::QtCheckBox mirrored(*box);
   box->click();
   box.reset();
-  EXPECT_EQ(mirrored.state(), platform::kOnState);
+  EXPECT_EQ(mirrored.state(), uninstaller::kOnState);
 }
 
 TEST_F(QtUserInterface, MakesTheProgressBarIndeterminate) {
   QProgressBar bar;
-  linux_::QtProgressIndicator indicator(bar);
+  qt::QtProgressIndicator indicator(bar);
   indicator.setUsesThreadedAnimation(true);
   indicator.startAnimation();
   EXPECT_EQ(bar.minimum(), 0);
@@ -120,7 +120,7 @@ TEST_F(QtUserInterface, MakesTheProgressBarIndeterminate) {
 TEST_F(QtUserInterface, ShowsAWindowInTheMiddleOfTheScreenAndHidesIt) {
   QWidget widget;
   widget.setFixedSize(200, 100);
-  linux_::QtWindow window(widget);
+  qt::QtWindow window(widget);
   window.makeKeyAndOrderFront();
   EXPECT_TRUE(widget.isVisible());
   const auto offset = widget.geometry().center() - widget.screen()->availableGeometry().center();

@@ -1,4 +1,4 @@
-#include "Platform/linux/qt/X11HeldKeys.h"
+#include "Uninstaller/qt/X11HeldKeys.h"
 
 #include <xcb/xcb.h>
 
@@ -43,7 +43,7 @@ class X11HeldKeys : public QtFixture {
     return event;
   }
 
-  linux_::X11HeldKeys keys_;
+  qt::X11HeldKeys keys_;
 };
 
 TEST_F(X11HeldKeys, PassPressesOfKeysThatWereNotHeld) {

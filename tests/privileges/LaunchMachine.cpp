@@ -14,6 +14,7 @@
 #include "Platform/linux/privileges/helper/AnyToolPolicy.h"
 #include "Platform/linux/privileges/helper/FolderRemoval.h"
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -33,6 +34,8 @@ std::string readToEnd(int fd) {
 // The removal alone, whatever the folder's path is.
 class FolderRemovalAlone : public linux_::HelperPolicy {
  public:
+  using HelperPolicy::HelperPolicy;
+
   linux_::PreparedWork prepare(const linux_::Launch& launch, const linux_::UserRecord&) const override {
     return linux_::prepareFolderRemoval(launch.arguments.back());
   }
@@ -65,7 +68,7 @@ linux_::UserRecord person() { return {kPerson, kPerson, "sam", machineFolder() +
 
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments) {
   needRootsOwnSystem();
-  return launch(linux_::AnyToolPolicy(), tool, arguments);
+  return launch(linux_::AnyToolPolicy(kProduct), tool, arguments);
 }
 
 // In a process of its own, as the helper does it: what it confines itself to holds for good.
@@ -94,7 +97,7 @@ Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, cons
 }
 
 Outcome launchHere(const std::string& tool, const std::vector<std::string>& arguments) {
-  return launchHere(linux_::AnyToolPolicy(), tool, arguments);
+  return launchHere(linux_::AnyToolPolicy(kProduct), tool, arguments);
 }
 
 Outcome launchHere(const linux_::HelperPolicy& policy, const std::string& tool,
@@ -106,10 +109,12 @@ Outcome launchHere(const linux_::HelperPolicy& policy, const std::string& tool,
 }
 
 Outcome removeIfHollowHere(const std::string& folder) {
-  return launchHere(FolderRemovalAlone(), "/bin/rm", {"-Rdf", folder});
+  return launchHere(FolderRemovalAlone(kProduct), "/bin/rm", {"-Rdf", folder});
 }
 
-Outcome removeIfHollow(const std::string& folder) { return launch(FolderRemovalAlone(), "/bin/rm", {"-Rdf", folder}); }
+Outcome removeIfHollow(const std::string& folder) {
+  return launch(FolderRemovalAlone(kProduct), "/bin/rm", {"-Rdf", folder});
+}
 
 void makeFolder(const std::string& path, uid_t owner, mode_t mode) {
   ASSERT_EQ(::mkdir(path.c_str(), 0700), 0) << path;

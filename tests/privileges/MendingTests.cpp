@@ -12,6 +12,7 @@
 #include "Platform/linux/privileges/helper/AnyToolPolicy.h"
 #include "Platform/linux/privileges/helper/LaunchRun.h"
 #include "Platform/linux/privileges/helper/TrashMove.h"
+#include "Uninstaller/Product.h"
 #include "tests/privileges/TrashMachine.h"
 
 namespace qm::testing {
@@ -25,7 +26,7 @@ class EndedMove : public TrashMachine {
     if (child == 0) {
       afterSystemCall(call, [] { ::kill(::getpid(), SIGKILL); });
       const linux_::Launch launch{1, "/bin/mv", {"-f", path, home() + "/.Trash/Tessaly.app"}};
-      linux_::runLaunch(linux_::AnyToolPolicy(), launch, person(), posix::UniqueFd(), [](const auto&) {});
+      linux_::runLaunch(linux_::AnyToolPolicy(kProduct), launch, person(), posix::UniqueFd(), [](const auto&) {});
       ::_exit(0);
     }
     int status = 0;
@@ -56,7 +57,7 @@ TEST_F(EndedMove, IsFinishedOnceTheItemIsInTheTrash) {
     EXPECT_NE(infoOf("Tessaly.app"), "");
     EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), 0U);
     EXPECT_EQ(leftovers().size(), 1U);
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     expectHandedOver();
   });
 }
@@ -66,7 +67,7 @@ TEST_F(EndedMove, IsUndoneBeforeTheItemHasLeftItsPlace) {
     makeBundle(applications() + "/Tessaly.app");
     moveUntil(applications() + "/Tessaly.app", SYS_fsync);
     EXPECT_EQ(contentsOf(applications() + "/Tessaly.app/Contents/secret"), "secret");
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_EQ(contentsOf(applications() + "/Tessaly.app/Contents/secret"), "secret");
     expectEmptyTrash();
   });
@@ -79,7 +80,7 @@ TEST_F(EndedMove, IsUndoneWhileTheCopyGrows) {
     moveUntil(machineFolder() + "/volume/Tessaly.app", SYS_syncfs);
     EXPECT_EQ(contentsOf(machineFolder() + "/volume/Tessaly.app/Contents/secret"), "secret");
     EXPECT_EQ(namesIn(files()), std::vector<std::string>{});
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     expectEmptyTrash();
     EXPECT_EQ(namesIn(machineFolder() + "/volume"), std::vector<std::string>{"Tessaly.app"});
   });
@@ -101,7 +102,7 @@ TEST_F(EndedMove, LeavesADescriptionOfSomebodyElsesAlone) {
     makeBundle(applications() + "/Tessaly.app");
     moveUntil(applications() + "/Tessaly.app", SYS_fsync);
     makeFile(trash() + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=/another\n", kPerson);
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_EQ(infoOf("Tessaly.app"), "[Trash Info]\nPath=/another\n");
   });
 }
@@ -113,8 +114,24 @@ TEST_F(EndedMove, IsNotMendedWhileItGoesOn) {
     const std::string work = trash() + "/" + leftovers().front();
     const posix::UniqueFd held(::open(work.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_TRUE(exists(work));
+  });
+}
+
+TEST_F(EndedMove, IsMendedByItsOwnProductOnly) {
+  run([] {
+    makeBundle(applications() + "/Tessaly.app");
+    moveUntil(applications() + "/Tessaly.app", SYS_renameat2);
+    const std::string work = trash() + "/" + leftovers().front();
+    platform::ProductIdentity other = kProduct;
+    for (const char* prefix : {".other-", ""}) {
+      other.workFolderPrefix = prefix;
+      linux_::mendTrashMoves(person(), other);
+      EXPECT_TRUE(exists(work)) << prefix;
+    }
+    linux_::mendTrashMoves(person(), kProduct);
+    EXPECT_FALSE(exists(work));
   });
 }
 
@@ -124,7 +141,7 @@ TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
     const std::string folder = trash() + "/.tessaly-uninstaller-1";
     makeFolder(folder, 0, 0700);
     makeFile(folder + "/precious", "precious");
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_EQ(contentsOf(folder + "/precious"), "precious");
   });
 }
@@ -144,7 +161,7 @@ TEST_F(EndedMove, IsNotBelievedOnAnotherVolume) {
     makeFile(brought + "/Trash/.tessaly-uninstaller-1/record", record);
     ASSERT_EQ(::unlink((home() + "/.Trash").c_str()), 0);
     makeLink(home() + "/.Trash", brought + "/Trash/files", kPerson);
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_TRUE(exists(brought + "/Trash/.tessaly-uninstaller-1/record"));
     expectHandedOver();
   });
@@ -160,7 +177,7 @@ TEST_F(EndedMove, FollowsNoRecordOutOfTheTrash) {
     const std::string work = trash() + "/" + leftovers().front();
     const std::string number = std::to_string(found.st_dev) + "\n" + std::to_string(found.st_ino) + "\n";
     makeFile(work + "/record", "/a\n" + number + "0\n0\n" + machineFolder() + "/system\n\n\n1\n0\nend");
-    linux_::mendTrashMoves(person());
+    linux_::mendTrashMoves(person(), kProduct);
     EXPECT_EQ(ownerOf(machineFolder() + "/system"), 0U);
     EXPECT_TRUE(exists(work)) << "what is not understood is left alone";
   });
@@ -175,7 +192,7 @@ TEST_F(EndedMove, IsNotBelievedFromAPersonsFolder) {
     for (const auto& [owner, mode] : {std::pair<uid_t, mode_t>{kPerson, 0700}, {0, 0755}}) {
       ASSERT_EQ(::chown(work.c_str(), owner, owner), 0);
       ASSERT_EQ(::chmod(work.c_str(), mode), 0);
-      linux_::mendTrashMoves(person());
+      linux_::mendTrashMoves(person(), kProduct);
       EXPECT_EQ(ownerOf(files() + "/Tessaly.app/Contents"), 0U);
       EXPECT_TRUE(exists(work));
     }

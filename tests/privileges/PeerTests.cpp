@@ -13,6 +13,7 @@
 #include "Platform/linux/privileges/helper/AnyToolPolicy.h"
 #include "Platform/linux/privileges/helper/HelperSession.h"
 #include "Platform/linux/privileges/helper/PeerSocket.h"
+#include "Uninstaller/Product.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -155,7 +156,7 @@ TEST(HelperSession, DoesNothingForAWrongPeer) {
       say(ends.application, *linux_::encoded(linux_::Launch{1, "/usr/bin/touch", {made}}), speaker);
       asHelper([&] {
         PeerSocket peer(std::move(ends.helper), kPerson);
-        const linux_::AnyToolPolicy policy;
+        const linux_::AnyToolPolicy policy(kProduct);
         const linux_::UserRecord sam = person();
         linux_::HelperSession session(peer, policy, sam);
         ::shutdown(ends.application.get(), SHUT_WR);  // nothing more is said

@@ -15,6 +15,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "Uninstaller/Product.h"
 #include "tests/contract/system/WaitUntil.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -119,7 +120,7 @@ std::vector<std::string> DesktopAgent::dialogs() {
 }
 
 Application::Application(linux_::HelperScope scope)
-    : programs(linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller", scope)),
+    : programs(linux_::privilegePrograms(kProduct, programFolder() + "/tessaly-uninstaller", scope)),
       console(lastingConsole()),
       service(console, users, programs) {
   EXPECT_EQ(service.create({}, 0, &session), errAuthorizationSuccess);

@@ -14,6 +14,7 @@
 #include <fstream>
 
 #include "Platform/linux/privileges/protocol/Messages.h"
+#include "Uninstaller/Product.h"
 #include "tests/contract/system/WaitUntil.h"
 #include "tests/privileges/PolkitTest.h"
 
@@ -281,7 +282,8 @@ TEST_P(RootForSomebody, IsStartedAsWellByAProgramThatAnotherStartedThroughPkexec
   KeptConsole console;
   const RootsUsers users(GetParam());
   linux_::PolkitAuthorization service(
-      console, users, linux_::privilegePrograms(programFolder() + "/tessaly-uninstaller", HelperScope::Product));
+      console, users,
+      linux_::privilegePrograms(kProduct, programFolder() + "/tessaly-uninstaller", HelperScope::Product));
   const platform::ToolCommand command =
       service.commandForRoot("/bin/mv", {"-f", "/Applications/Tessaly.app", home() + "/.Trash/Tessaly.app"});
   std::vector<char*> arguments = {const_cast<char*>(command.tool.c_str())};

@@ -6,6 +6,7 @@
 
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/UniqueFd.h"
+#include "Uninstaller/Product.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/privileges/WorkForSomebody.h"
 #include "tests/support/PrivateMachine.h"
@@ -34,7 +35,7 @@ class Recycling : public WorkForSomebody {
 
   static bool recycle(FakePlatform& fakes, const std::string& folder, const std::string& name) {
     // Each time as at the beginning of a run.
-    linux_::FreedesktopTrash trash(fakes.users, fakes.clock);
+    linux_::FreedesktopTrash trash(fakes.users, fakes.clock, kProduct.workFolderPrefix);
     return trash.recycle(folder, home() + "/.Trash", {name}).ok();
   }
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "Uninstaller/Product.h"
 #include "Uninstaller/helper/RemovalPolicy.h"
 #include "tests/privileges/TrashMachine.h"
 
@@ -19,7 +20,7 @@ using ::testing::SizeIs;
 class RightsOfTheUninstaller : public TrashMachine {
  protected:
   static Outcome ask(const std::string& tool, const std::vector<std::string>& arguments) {
-    return launch(RemovalPolicy(), tool, arguments);
+    return launch(RemovalPolicy(kProduct), tool, arguments);
   }
   static Outcome trashWithThem(const std::string& path) {
     return ask("/bin/mv", {"-f", path, home() + "/.Trash" + path.substr(path.rfind('/'))});

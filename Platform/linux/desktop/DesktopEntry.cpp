@@ -14,7 +14,6 @@
 namespace qm::linux_ {
 namespace {
 
-constexpr std::string_view kOwnMark = "\nX-Quillmark-Bundle=";
 constexpr std::size_t kLongestName = 200;
 
 /// The text with each character replaced by what `replacement` makes of it.
@@ -127,6 +126,8 @@ std::string shownName(const DesktopEntry& entry) {
 
 std::string line(std::string_view key, const std::string& text) { return std::string(key) + "=" + text + "\n"; }
 
+std::string beginningOfMark(const EntryMark& mark) { return "\n" + std::string(mark.key) + "="; }
+
 bool isPlain(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
 }
@@ -141,7 +142,7 @@ std::string hexDigest(std::string_view bytes) {
 
 }  // namespace
 
-std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
+std::optional<std::string> desktopEntryText(const DesktopEntry& entry, const EntryMark& mark) {
   const bool hasIcon = entry.icon && isExpressible(*entry.icon);
   if (!isExpressible(entry.executable) || !isExpressible(entry.bundle)) return std::nullopt;
   if (entry.executable.find('=') != std::string::npos) return std::nullopt;
@@ -155,19 +156,21 @@ std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
   text += line("TryExec", value(entry.executable));
   if (hasIcon) text += line("Icon", value(*entry.icon));
   if (!types.empty()) text += line("MimeType", types);
-  return text + "Terminal=false" + std::string(kOwnMark) + value(entry.bundle) + "\n";
+  return text + "Terminal=false" + beginningOfMark(mark) + value(entry.bundle) + "\n";
 }
 
-bool isOwnDesktopEntry(std::string_view text) { return text.find(kOwnMark) != std::string_view::npos; }
+bool isOwnDesktopEntry(std::string_view text, const EntryMark& mark) {
+  return text.find(beginningOfMark(mark)) != std::string_view::npos;
+}
 
-std::string desktopEntryName(const std::string& identifier, const std::string& bundle) {
+std::string desktopEntryName(const std::string& identifier, const std::string& bundle, const EntryMark& mark) {
   const std::string meant = identifier.empty() ? foundation::lastPathComponent(bundle) : identifier;
   std::string name = meant.substr(0, kLongestName);
   std::replace_if(
       name.begin(), name.end(), [](char c) { return !isPlain(c); }, '-');
   // What was lost must not make two bundles one.
   if (identifier.empty() || name != identifier) name += "-" + hexDigest(identifier.empty() ? bundle : identifier);
-  return "quillmark-bundle-" + name + ".desktop";
+  return std::string(mark.filePrefix) + name + ".desktop";
 }
 
 }  // namespace qm::linux_

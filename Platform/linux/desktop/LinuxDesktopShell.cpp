@@ -41,36 +41,37 @@ std::string applicationsFolderOf(const TrashUser& person) {
 }
 
 /// Nothing is there, or an entry of ours.
-bool mayReplace(const std::string& path) {
+bool mayReplace(const std::string& path, const EntryMark& mark) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT;
   if (!S_ISREG(found.st_mode)) return false;
   const auto text = readSmallFile(path, kLargestEntry);
-  return text && isOwnDesktopEntry(*text);
+  return text && isOwnDesktopEntry(*text, mark);
 }
 
-OSStatus writeEntry(const std::string& folder, const ApplicationBundle& bundle) {
-  const auto text = desktopEntryText(bundle.entry);
+OSStatus writeEntry(const std::string& folder, const ApplicationBundle& bundle, const EntryMark& mark) {
+  const auto text = desktopEntryText(bundle.entry, mark);
   if (!text || posix::makeFolders(folder) != 0) return platform::kLSUnknownErr;
-  const std::string path = folder + "/" + desktopEntryName(bundle.identifier, bundle.entry.bundle);
-  const bool written = mayReplace(path) && posix::writeAtomically(path, *text) == 0;
+  const std::string path = folder + "/" + desktopEntryName(bundle.identifier, bundle.entry.bundle, mark);
+  const bool written = mayReplace(path, mark) && posix::writeAtomically(path, *text) == 0;
   return written ? platform::noErr : platform::kLSUnknownErr;
 }
 
-OSStatus addToMenu(const std::string& path, const TrashUser& person) {
+OSStatus addToMenu(const std::string& path, const TrashUser& person, const EntryMark& mark) {
   const FileSystemUser acting(actingIdentity(person));
   if (!acting.ok()) return platform::kLSUnknownErr;
   ApplicationBundle bundle;
   const OSStatus error = readApplicationBundle(path, bundle);
-  return error != platform::noErr ? error : writeEntry(applicationsFolderOf(person), bundle);
+  return error != platform::noErr ? error : writeEntry(applicationsFolderOf(person), bundle, mark);
 }
 
 }  // namespace
 
-LinuxDesktopShell::LinuxDesktopShell(const platform::Users& users, platform::Tasks& tasks,
+LinuxDesktopShell::LinuxDesktopShell(const platform::Users& users, platform::Tasks& tasks, const EntryMark& mark,
                                      std::chrono::milliseconds busLimit)
     : users_(users),
       tasks_(tasks),
+      mark_(mark),
       busLimit_(busLimit),
       dataHome_(absoluteFolder(environmentValue("XDG_DATA_HOME"))),
       busAddress_(environmentValue("DBUS_SESSION_BUS_ADDRESS")),
@@ -98,7 +99,7 @@ OSStatus LinuxDesktopShell::registerApplication(const std::string& path) {
   if (posix::pathError(path) != 0) return platform::fnfErr;
   Outcome<TrashUser> person = findTrashUser(users_, dataHome_);
   if (!person) return platform::kLSUnknownErr;
-  const OSStatus status = addToMenu(path, *person);
+  const OSStatus status = addToMenu(path, *person, mark_);
   if (status == platform::noErr) updateDatabase(applicationsFolderOf(*person), *person);
   return status;
 }

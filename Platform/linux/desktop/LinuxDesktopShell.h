@@ -9,6 +9,7 @@
 #include "Platform/FileReferences.h"
 #include "Platform/Tasks.h"
 #include "Platform/Users.h"
+#include "Platform/linux/desktop/DesktopEntry.h"
 #include "Platform/linux/trash/TrashUser.h"
 
 namespace qm::linux_ {
@@ -24,8 +25,9 @@ class LinuxDesktopShell : public platform::DesktopShell {
  public:
   static constexpr std::chrono::milliseconds kBusLimit{3000};
 
-  /// Reads the environment once, here. `busLimit` is how long a bus may take to answer.
-  LinuxDesktopShell(const platform::Users& users, platform::Tasks& tasks,
+  /// Reads the environment once, here. `mark` is that of the entries of its making; `busLimit` is how long a bus may
+  /// take to answer.
+  LinuxDesktopShell(const platform::Users& users, platform::Tasks& tasks, const EntryMark& mark,
                     std::chrono::milliseconds busLimit = kBusLimit);
 
   platform::OSStatus newMinimalAlias(const platform::FileReference& reference,
@@ -39,6 +41,7 @@ class LinuxDesktopShell : public platform::DesktopShell {
 
   const platform::Users& users_;
   platform::Tasks& tasks_;
+  const EntryMark mark_;
   const std::chrono::milliseconds busLimit_;
   const std::optional<std::string> dataHome_;
   const std::optional<std::string> busAddress_;

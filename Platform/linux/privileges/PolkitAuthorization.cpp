@@ -73,7 +73,7 @@ OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>&
 std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
   const std::string folder = users.homeDirectory() + "/.Trash/";
   if (command.size() != 4 || command.front() != "/bin/mv" || !command.back().starts_with(folder)) return {};
-  const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false};
+  const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false, {}};
   if (openLinkedTrash(self)) return {};
   const auto trash = TrashFinder().homeTrash(self);
   return trash ? std::string() : "they would be of no use, because " + trash.problem().because;

@@ -4,12 +4,12 @@
 
 namespace qm::linux_ {
 
-PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable, HelperScope scope) {
+PrivilegePrograms privilegePrograms(const platform::ProductIdentity& product,
+                                    const std::optional<std::string>& executable, HelperScope scope) {
   PrivilegePrograms programs;
   programs.scope = scope;
-  programs.helper = ownProgram(
-      executable, scope == HelperScope::Product ? "tessaly-uninstaller-admin-helper" : "quillmark-admin-helper");
-  programs.credentialsAgent = ownProgram(executable, "tessaly-uninstaller-credentials-agent");
+  programs.helper = ownProgram(executable, scope == HelperScope::Product ? product.helper : product.toolHelper);
+  programs.credentialsAgent = ownProgram(executable, product.credentialsAgent);
   return programs;
 }
 

@@ -3,11 +3,13 @@
 #include <optional>
 #include <string>
 
+#include "Platform/ProductIdentity.h"
+
 namespace qm::linux_ {
 
 /// What a helper's rights are for, which its dialog says.
 enum class HelperScope {
-  Product,  ///< the uninstaller's: it moves the product's items and removes the maker's folder
+  Product,  ///< for the product's own items: what is one, its helper knows
   AnyTool,  ///< any program; the dialog shows which
 };
 
@@ -20,8 +22,9 @@ struct PrivilegePrograms {
   std::string terminalAgent = "/usr/bin/pkttyagent";
 };
 
-/// Ours are looked for from where the running program is (OwnPrograms.h).
-PrivilegePrograms privilegePrograms(const std::optional<std::string>& executable,
+/// The product's are looked for from where the running program is (OwnPrograms.h).
+PrivilegePrograms privilegePrograms(const platform::ProductIdentity& product,
+                                    const std::optional<std::string>& executable,
                                     HelperScope scope = HelperScope::Product);
 
 }  // namespace qm::linux_

@@ -6,10 +6,11 @@
 
 namespace qm::linux_ {
 
-std::string ownProgram(const std::optional<std::string>& executable, const std::string& name) {
-  const std::string folder = foundation::deletingLastPathComponent(executable.value_or("/usr/bin/tessaly-uninstaller"));
-  const std::string installed = foundation::deletingLastPathComponent(folder) + "/libexec/" + name;
-  return ::access(installed.c_str(), X_OK) == 0 ? installed : folder + "/" + name;
+std::string ownProgram(const std::optional<std::string>& executable, std::string_view name) {
+  const std::string folder = executable ? foundation::deletingLastPathComponent(*executable) : "/usr/bin";
+  const std::string file = "/" + std::string(name);
+  const std::string installed = foundation::deletingLastPathComponent(folder) + "/libexec" + file;
+  return ::access(installed.c_str(), X_OK) == 0 ? installed : folder + file;
 }
 
 }  // namespace qm::linux_

@@ -79,8 +79,9 @@ std::optional<std::string> runningExecutable() {
   return std::string(target, static_cast<std::size_t>(length));
 }
 
-SystemFacts::SystemFacts(const platform::PropertyLists& propertyLists, std::optional<std::string> executable)
-    : propertyLists_(propertyLists), executable_(std::move(executable)) {}
+SystemFacts::SystemFacts(const platform::PropertyLists& propertyLists, const platform::ProductIdentity& product,
+                         std::optional<std::string> executable)
+    : propertyLists_(propertyLists), product_(product), executable_(std::move(executable)) {}
 
 std::string SystemFacts::operatingSystemVersion() const {
   const auto name = distribution();
@@ -110,7 +111,8 @@ std::optional<std::string> SystemFacts::executablePath() const { return executab
 std::optional<std::string> SystemFacts::bundleVersion() const {
   if (!executable_) return std::nullopt;
   const std::string above = foundation::deletingLastPathComponent(foundation::deletingLastPathComponent(*executable_));
-  for (const char* place : {"Info.plist", "share/tessaly-uninstaller/Info.plist"}) {
+  for (const std::string& place :
+       {std::string("Info.plist"), "share/" + std::string(product_.program) + "/Info.plist"}) {
     const auto dictionary = propertyLists_.read(foundation::appendingPathComponent(above, place));
     if (!dictionary) continue;
     const auto version = dictionary->find("CFBundleVersion");
@@ -119,6 +121,6 @@ std::optional<std::string> SystemFacts::bundleVersion() const {
   return std::nullopt;
 }
 
-std::string SystemFacts::zipToolPath() const { return ownProgram(executable_, "tessaly-ditto"); }
+std::string SystemFacts::zipToolPath() const { return ownProgram(executable_, product_.zipTool); }
 
 }  // namespace qm::linux_

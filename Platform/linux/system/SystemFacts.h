@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/ProductIdentity.h"
 #include "Platform/PropertyLists.h"
 #include "Platform/SystemInformation.h"
 
@@ -17,11 +18,11 @@ std::optional<std::string> prettyName(std::string_view osRelease);
 std::optional<std::string> runningExecutable();
 
 /// Facts from the kernel and the distribution. The program's information dictionary is an Info.plist beside the folder
-/// of the executable (Contents/MacOS/program has Contents/Info.plist, bin/program has share/tessaly-uninstaller/
-/// Info.plist).
+/// of the executable (Contents/MacOS/program has Contents/Info.plist, bin/program has share/PRODUCT/Info.plist).
 class SystemFacts : public platform::SystemInformation {
  public:
-  SystemFacts(const platform::PropertyLists& propertyLists, std::optional<std::string> executable);
+  SystemFacts(const platform::PropertyLists& propertyLists, const platform::ProductIdentity& product,
+              std::optional<std::string> executable);
 
   /// "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-18-amd64"
   std::string operatingSystemVersion() const override;
@@ -30,11 +31,12 @@ class SystemFacts : public platform::SystemInformation {
   std::string globallyUniqueString() const override;
   std::optional<std::string> executablePath() const override;
   std::optional<std::string> bundleVersion() const override;
-  /// The tool of ours, in Platform/linux/archives.
+  /// The product's, made of Platform/linux/archives.
   std::string zipToolPath() const override;
 
  private:
   const platform::PropertyLists& propertyLists_;
+  const platform::ProductIdentity product_;
   const std::optional<std::string> executable_;
   mutable std::atomic<unsigned> uniqueStrings_{0};
 };

@@ -52,8 +52,9 @@ Status itemRefused(const std::string& name) { return trashFailure(name, {EINVAL,
 
 }  // namespace
 
-FreedesktopTrash::FreedesktopTrash(const platform::Users& users, const platform::Clock& clock)
-    : users_(users), clock_(clock), dataHome_(environmentDataHome()) {}
+FreedesktopTrash::FreedesktopTrash(const platform::Users& users, const platform::Clock& clock,
+                                   std::string_view workFolderPrefix)
+    : users_(users), clock_(clock), dataHome_(environmentDataHome()), workFolderPrefix_(workFolderPrefix) {}
 
 Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                                  const std::vector<std::string>& names) {
@@ -86,7 +87,7 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
 Outcome<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
   const KnownUser asked{users_.realUserId(), trashDirectory, clock_.monotonicNow(), nullptr};
   if (SharedUser known = knownUser(asked)) return known;
-  Outcome<TrashUser> user = findTrashUser(users_, dataHome_);
+  Outcome<TrashUser> user = findTrashUser(users_, dataHome_, workFolderPrefix_);
   if (!user) return user.problem();
   auto shared = std::make_shared<const TrashUser>(std::move(*user));
   const std::scoped_lock lock(mutex_);

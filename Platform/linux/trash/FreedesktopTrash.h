@@ -21,8 +21,8 @@ namespace qm::linux_ {
 /// volume, and a folder at the top of every other volume. The services outlive it.
 class FreedesktopTrash final : public platform::Trash {
  public:
-  /// Reads XDG_DATA_HOME once, here.
-  FreedesktopTrash(const platform::Users& users, const platform::Clock& clock);
+  /// Reads XDG_DATA_HOME once, here. `workFolderPrefix` is what the names of root's work folders begin with.
+  FreedesktopTrash(const platform::Users& users, const platform::Clock& clock, std::string_view workFolderPrefix);
 
   /// As root the work is done with the console user's rights and belongs to him; root's own rights are
   /// used where his do not suffice to take the item from its folder, and the item is then handed over to him. ~/.Trash
@@ -57,6 +57,7 @@ class FreedesktopTrash final : public platform::Trash {
   const platform::Users& users_;
   const platform::Clock& clock_;
   const std::optional<std::string> dataHome_;
+  const std::string workFolderPrefix_;
   TrashFinder finder_;
   MountedVolumes volumes_;
   UnflushedTrashes unflushed_;

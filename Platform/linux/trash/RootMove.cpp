@@ -68,7 +68,7 @@ class RootMove::Steps {
   int trashFolder() const { return trash_->folder.get(); }
 
   FileError run(std::string* note) {
-    const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get());
+    const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get(), newWorkName());
     if (!work) return work.refusal().error;
     FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
     // What is not finished is found by its record.
@@ -78,6 +78,8 @@ class RootMove::Steps {
   }
 
  private:
+  std::string newWorkName() const { return WorkFolder::newName(trash_->workFolderPrefix); }
+
   // In a volume's own Trash a path begins at the volume's top.
   std::string recordedPath() const {
     const std::string& top = trash_->topFolder;
@@ -112,7 +114,7 @@ class RootMove::Steps {
   }
 
   FileError moveCopy(const WorkFolder& work) {
-    record_.aside = WorkFolder::newName();
+    record_.aside = newWorkName();
     if (const int error = record_.writeTo(work.descriptor())) return error;
     if (FileError error = makeCopy(work)) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;

@@ -60,7 +60,7 @@ TrashOutcome openLinkedTrash(const TrashUser& person) {
   if (!above || !linked) return trashFolderProblem(errno, link);
   if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
+  TrashOutcome opened = openTrashDirectory(above.get(), name, person, "");
   return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 

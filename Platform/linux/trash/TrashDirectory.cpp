@@ -48,8 +48,9 @@ Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner
   return fd;
 }
 
-Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
+Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
                                                  const std::string& topFolder) {
+  const uid_t owner = user.identity.uid;
   const std::string shown = shownIn(parent, name);
   Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
   if (!trash) return trash.problem();
@@ -61,8 +62,16 @@ Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& 
   const auto filesPlace = placeOf(files->get());
   const auto infoPlace = placeOf(info->get());
   if (!folderPlace || !filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
-  TrashDirectory result{
-      std::move(*trash), std::move(*files), std::move(*info), *folderPlace, *filesPlace, *infoPlace, "", topFolder, 0};
+  TrashDirectory result{std::move(*trash),
+                        std::move(*files),
+                        std::move(*info),
+                        *folderPlace,
+                        *filesPlace,
+                        *infoPlace,
+                        "",
+                        topFolder,
+                        0,
+                        user.workFolderPrefix};
   result.path = posix::shownPath(result.folder.get());
   if (result.path.empty()) return trashFolderProblem(EIO, shown);
   result.nameLimit = longestName(result.info.get());

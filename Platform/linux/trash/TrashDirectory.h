@@ -8,6 +8,7 @@
 
 #include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashProblem.h"
+#include "Platform/linux/trash/TrashUser.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
@@ -27,6 +28,8 @@ struct TrashDirectory {
   std::string topFolder;
   /// The longest file name, in bytes.
   std::size_t nameLimit = 0;
+  /// What the names of root's work folders begin with (see `WorkFolder`).
+  std::string workFolderPrefix;
 };
 
 using SharedTrashDirectory = std::shared_ptr<const TrashDirectory>;
@@ -38,8 +41,8 @@ Outcome<posix::UniqueFd> openOwnFolder(int parent, const std::string& name, uid_
 /// The same without a word about who owns it; a link is followed unless `flags` say O_NOFOLLOW.
 posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags);
 
-/// Opens the Trash `name` of `parent` with its two folders and makes what is missing.
-Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
+/// Opens the user's Trash `name` of `parent` with its two folders and makes what is missing.
+Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
                                                  const std::string& topFolder);
 
 }  // namespace qm::linux_

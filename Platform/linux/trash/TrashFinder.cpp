@@ -78,13 +78,13 @@ class VolumeTrash {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const std::optional<Place> place = shared ? placeOf(shared.get()) : std::nullopt;
     if (!place || (place->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
-    return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_);
+    return openTrashDirectory(shared.get(), userNumber(), user_, path_);
   }
 
   TrashOutcome openOwn() {
-    TrashOutcome own = openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
+    TrashOutcome own = openTrashDirectory(top_.get(), ownName(), user_, path_);
     if (own || own.problem().code != EACCES || !user_.forAnother || !makeAsRoot()) return own;
-    return openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
+    return openTrashDirectory(top_.get(), ownName(), user_, path_);
   }
 
   // A top folder that root alone can write to: nobody can step in between making and giving away.
@@ -129,7 +129,7 @@ TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
   if (SharedTrashDirectory known = remembered(owner, folder)) return known;
   Outcome<UniqueFd> data = openDataFolder(user);
   if (!data) return data.problem();
-  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", owner, "");
+  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", user, "");
   if (trash) remember({owner, folder, *trash});
   return trash;
 }

@@ -56,7 +56,7 @@ class Mending {
 
   // An item that was taken away goes for good when its copy came into the Trash, and back to its place otherwise.
   bool settleAside(const PinnedPlace& origin, bool isPublished) const {
-    const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside);
+    const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside, trash_.workFolderPrefix);
     if (!aside) return aside.refusal().error == ENOENT;
     const std::string asideName = kAsideName;
     const auto taken = itemNumber(aside->descriptor(), asideName);
@@ -101,7 +101,7 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
 
 // What has no record is no work of ours, or none that had begun: it goes only if it is empty.
 void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person) {
-  for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get())) {
+  for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get(), trash.workFolderPrefix)) {
     const bool hasRecord = TrashRecord::isIn(work.descriptor());
     if (!hasRecord) {
       TrashRecord::removePartIn(work.descriptor());

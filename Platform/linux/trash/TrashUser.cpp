@@ -12,10 +12,10 @@ constexpr const char* kLoginScreen = "loginwindow";
 
 TrashProblem nobody() { return {ENOENT, "nobody is logged in"}; }
 
-Outcome<TrashUser> account(const std::string& name) {
+Outcome<TrashUser> account(const std::string& name, std::string_view workFolderPrefix) {
   const std::optional<UserRecord> user = userWithName(name);
   if (!user || !user->home.starts_with('/')) return nobody();
-  return trashUserFor(*user);
+  return trashUserFor(*user, workFolderPrefix);
 }
 
 std::optional<std::string> absolute(const std::optional<std::string>& path) {
@@ -24,14 +24,20 @@ std::optional<std::string> absolute(const std::optional<std::string>& path) {
 
 }  // namespace
 
-TrashUser trashUserFor(const UserRecord& user) { return {identityOf(user), user.home, std::nullopt, true}; }
+TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix) {
+  return {identityOf(user), user.home, std::nullopt, true, std::string(workFolderPrefix)};
+}
 
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome) {
+Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
+                                 std::string_view workFolderPrefix) {
   const uid_t self = users.realUserId();
-  if (self != 0) return TrashUser{{self, ::getegid(), {}}, users.homeDirectory(), absolute(dataHome), false};
+  if (self != 0) {
+    return TrashUser{
+        {self, ::getegid(), {}}, users.homeDirectory(), absolute(dataHome), false, std::string(workFolderPrefix)};
+  }
   const std::optional<std::string> name = users.consoleUser();
   if (!name || *name == kLoginScreen) return nobody();
-  Outcome<TrashUser> user = account(*name);
+  Outcome<TrashUser> user = account(*name, workFolderPrefix);
   if (user && user->identity.uid == self) {
     user->dataHome = absolute(dataHome);
     user->forAnother = false;

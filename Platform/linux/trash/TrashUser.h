@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Platform/Users.h"
 #include "Platform/linux/rights/FileSystemUser.h"
@@ -18,13 +19,16 @@ struct TrashUser {
   std::optional<std::string> dataHome;
   /// The process runs as root and works for somebody else.
   bool forAnother = false;
+  /// What the names of root's work folders in this person's Trash begin with; without it none is made or touched.
+  std::string workFolderPrefix;
 };
 
 /// A user whom a process of root's works for.
-TrashUser trashUserFor(const UserRecord& user);
+TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix);
 
 /// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
 /// counts only where the environment is that person's own.
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome);
+Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
+                                 std::string_view workFolderPrefix = {});
 
 }  // namespace qm::linux_

@@ -21,7 +21,6 @@ namespace {
 
 using posix::UniqueFd;
 
-constexpr std::string_view kPrefix = ".tessaly-uninstaller-";
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
 // Somebody may have put another folder in its place; one that only root could have made so is root's work. A folder
@@ -33,6 +32,8 @@ int openOwn(int folder, const std::string& name, UniqueFd& own) {
   return status->st_uid == 0 && (status->st_mode & kPermissions) == S_IRWXU ? 0 : EPERM;
 }
 
+bool hasPrefix(const std::string& name, std::string_view prefix) { return !prefix.empty() && name.starts_with(prefix); }
+
 // Locks are the open folder's: they end with the last process that has it.
 int lock(int own) { return ::flock(own, LOCK_EX | LOCK_NB) == 0 ? 0 : errno; }
 
@@ -41,11 +42,11 @@ int lock(int own) { return ::flock(own, LOCK_EX | LOCK_NB) == 0 ? 0 : errno; }
 WorkFolder::WorkFolder(int above, std::string name, UniqueFd own)
     : above_(above), name_(std::move(name)), own_(std::move(own)) {}
 
-std::string WorkFolder::newName() {
+std::string WorkFolder::newName(std::string_view prefix) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::array<unsigned char, 8> bytes{};
-  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return {};
-  std::string name(kPrefix);
+  if (prefix.empty() || ::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return {};
+  std::string name(prefix);
   for (const unsigned char byte : bytes) {
     name += digits[byte >> 4U];
     name += digits[byte & 15U];
@@ -53,9 +54,13 @@ std::string WorkFolder::newName() {
   return name;
 }
 
-Answer<WorkFolder> WorkFolder::open(int folder, const std::string& name) {
+Answer<WorkFolder> WorkFolder::open(int folder, const std::string& name, std::string_view prefix) {
+  return hasPrefix(name, prefix) ? openLocked(folder, name) : refusalFor(ENOENT, name);
+}
+
+Answer<WorkFolder> WorkFolder::openLocked(int folder, const std::string& name) {
   UniqueFd own;
-  int error = name.starts_with(kPrefix) ? openOwn(folder, name, own) : ENOENT;
+  int error = openOwn(folder, name, own);
   if (error == 0) error = lock(own.get());
   if (error != 0) return refusalFor(error, name);
   return WorkFolder(folder, name, std::move(own));
@@ -65,7 +70,7 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   const auto refused = [&](int error) { return refusalFor(error, posix::shownPath(folder)); };
   if (name.empty()) return refused(EIO);
   if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
-  Answer<WorkFolder> made = open(folder, name);
+  Answer<WorkFolder> made = openLocked(folder, name);
   // Until it is locked it looks left behind to another process that mends.
   if (made && made->hasItsName()) return made;
   if (made) {
@@ -77,14 +82,13 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   return refused(made.refusal().error);
 }
 
-std::vector<WorkFolder> WorkFolder::leftIn(int folder) {
+std::vector<WorkFolder> WorkFolder::leftIn(int folder, std::string_view prefix) {
   std::vector<WorkFolder> left;
   std::vector<std::string> names;
   UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!listed || posix::listFolder(std::move(listed), names) != 0) return left;
   for (const std::string& name : names) {
-    if (!name.starts_with(kPrefix)) continue;
-    if (Answer<WorkFolder> one = open(folder, name)) left.push_back(std::move(*one));
+    if (Answer<WorkFolder> one = open(folder, name, prefix)) left.push_back(std::move(*one));
   }
   return left;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Platform/linux/rights/Refusal.h"
@@ -12,14 +13,15 @@ namespace qm::linux_ {
 /// locked as long as its maker lives, so that one that was left behind by a process that was ended can be told.
 class WorkFolder {
  public:
-  /// A name that nobody can guess; "" where the system gives no random bytes.
-  static std::string newName();
-  /// Makes one in `folder`, which outlives it.
-  static Answer<WorkFolder> make(int folder, const std::string& name = newName());
-  /// Those in `folder` that nobody works with any more; they are locked from here on.
-  static std::vector<WorkFolder> leftIn(int folder);
-  /// Opens one by its name, if nobody works with it.
-  static Answer<WorkFolder> open(int folder, const std::string& name);
+  /// A name that nobody can guess, with the product's prefix; "" without one, or where the system gives no random
+  /// bytes.
+  static std::string newName(std::string_view prefix);
+  /// Makes one with such a name in `folder`, which outlives it.
+  static Answer<WorkFolder> make(int folder, const std::string& name);
+  /// Those of the prefix in `folder` that nobody works with any more; they are locked from here on.
+  static std::vector<WorkFolder> leftIn(int folder, std::string_view prefix);
+  /// Opens one by its name, if that has the prefix and nobody works with it.
+  static Answer<WorkFolder> open(int folder, const std::string& name, std::string_view prefix);
 
   WorkFolder(WorkFolder&&) = default;
   WorkFolder& operator=(WorkFolder&&) = delete;
@@ -38,6 +40,7 @@ class WorkFolder {
 
  private:
   WorkFolder(int above, std::string name, posix::UniqueFd own);
+  static Answer<WorkFolder> openLocked(int folder, const std::string& name);
   bool hasItsName() const;
 
   int above_;

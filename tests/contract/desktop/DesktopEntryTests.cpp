@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Platform/linux/desktop/DesktopEntry.h"
+#include "Uninstaller/Product.h"
 #include "tests/contract/desktop/DesktopMachine.h"
 
 namespace qm::testing {
@@ -22,7 +23,9 @@ DesktopEntry plainEntry() {
   return {"Tessaly", "/Applications/Tessaly.app/Contents/MacOS/Tessaly", std::nullopt, {}, "/Applications/Tessaly.app"};
 }
 
-std::string textOf(const DesktopEntry& entry) { return desktopEntryText(entry).value_or("(none)"); }
+constexpr linux_::EntryMark kMark{kProduct.bundleEntryKey, kProduct.bundleEntryPrefix};
+
+std::string textOf(const DesktopEntry& entry) { return desktopEntryText(entry, kMark).value_or("(none)"); }
 
 /// The checker has nothing to say about the text.
 void expectValid(const DesktopEntry& entry) {
@@ -87,7 +90,7 @@ TEST(DesktopEntryText, TakesPathsByTheLetter) {
 TEST(DesktopEntryText, KeepsLineEndsOfPathsFromBeingLines) {
   DesktopEntry entry = plainEntry();
   entry.executable = "/a\nExec=\tx\r/b";
-  EXPECT_EQ(desktopEntryText(entry), std::nullopt) << "there is a = in it";
+  EXPECT_EQ(desktopEntryText(entry, kMark), std::nullopt) << "there is a = in it";
   entry.executable = "/a\nb\tc\r/d";
   entry.bundle = "/a\n[Desktop Action x]";
   EXPECT_THAT(textOf(entry), HasSubstr("\nExec=\"/a\\nb\\tc\\r/d\"\n"));
@@ -126,7 +129,7 @@ TEST(DesktopEntryText, IsCalledByItsProgramWhenNothingElseShowsAnything) {
   entry.executable = "/x/ /Contents/MacOS/Program";
   EXPECT_THAT(textOf(entry), HasSubstr("\nName=Program\n"));
   entry.executable = "/x/ /Contents/MacOS/ ";
-  EXPECT_EQ(desktopEntryText(entry), std::nullopt);
+  EXPECT_EQ(desktopEntryText(entry, kMark), std::nullopt);
 }
 
 TEST(DesktopEntryText, NamesThousandsOfMediaTypesOnceEachAndAtOnce) {
@@ -140,36 +143,37 @@ TEST(DesktopEntryText, IsNotMadeOfPathsThatTheRulesCannotExpress) {
   for (const std::string path : {"/a\x01", "/a\x7f", "/a\xC2\x85", "/\xff", "/a=b"}) {
     DesktopEntry entry = plainEntry();
     entry.executable = path;
-    EXPECT_EQ(desktopEntryText(entry), std::nullopt) << path;
+    EXPECT_EQ(desktopEntryText(entry, kMark), std::nullopt) << path;
   }
   DesktopEntry entry = plainEntry();
   entry.bundle = "/\xff";
-  EXPECT_EQ(desktopEntryText(entry), std::nullopt);
+  EXPECT_EQ(desktopEntryText(entry, kMark), std::nullopt);
   entry = plainEntry();
   entry.icon = "/\xff.png";
   EXPECT_EQ(textOf(entry), textOf(plainEntry())) << "it does without the icon";
 }
 
 TEST(DesktopEntryText, KnowsItsOwn) {
-  EXPECT_TRUE(linux_::isOwnDesktopEntry(textOf(plainEntry())));
-  EXPECT_FALSE(linux_::isOwnDesktopEntry("[Desktop Entry]\nType=Application\nName=X-Quillmark-Bundle=/a\n"));
-  EXPECT_FALSE(linux_::isOwnDesktopEntry(""));
+  EXPECT_TRUE(linux_::isOwnDesktopEntry(textOf(plainEntry()), kMark));
+  EXPECT_FALSE(linux_::isOwnDesktopEntry("[Desktop Entry]\nType=Application\nName=X-Quillmark-Bundle=/a\n", kMark));
+  EXPECT_FALSE(linux_::isOwnDesktopEntry("", kMark));
 }
 
 TEST(DesktopEntryName, ComesFromTheIdentifierAndIsNobodyElses) {
-  EXPECT_EQ(desktopEntryName("com.quillmark.Tessaly", "/A.app"), "quillmark-bundle-com.quillmark.Tessaly.desktop");
-  EXPECT_EQ(desktopEntryName("org.gnome.Nautilus", "/A.app"), "quillmark-bundle-org.gnome.Nautilus.desktop");
+  EXPECT_EQ(desktopEntryName("com.quillmark.Tessaly", "/A.app", kMark),
+            "quillmark-bundle-com.quillmark.Tessaly.desktop");
+  EXPECT_EQ(desktopEntryName("org.gnome.Nautilus", "/A.app", kMark), "quillmark-bundle-org.gnome.Nautilus.desktop");
 }
 
 TEST(DesktopEntryName, StaysWithinTheFolderAndTellsBundlesApart) {
-  const std::string sneaky = desktopEntryName("../../x y", "/A.app");
+  const std::string sneaky = desktopEntryName("../../x y", "/A.app", kMark);
   EXPECT_EQ(sneaky.find('/'), std::string::npos);
   EXPECT_THAT(sneaky, Not(HasSubstr(" ")));
-  EXPECT_NE(sneaky, desktopEntryName("..-..-x-y", "/A.app"));
-  EXPECT_NE(desktopEntryName("", "/a/X.app"), desktopEntryName("", "/b/X.app"));
-  EXPECT_THAT(desktopEntryName("", "/a/X.app"), HasSubstr("quillmark-bundle-X.app-"));
-  EXPECT_EQ(desktopEntryName("", "/a/X.app"), desktopEntryName("", "/a/X.app"));
-  EXPECT_LE(desktopEntryName(std::string(1000, 'x'), "/A.app").size(), 255U);
+  EXPECT_NE(sneaky, desktopEntryName("..-..-x-y", "/A.app", kMark));
+  EXPECT_NE(desktopEntryName("", "/a/X.app", kMark), desktopEntryName("", "/b/X.app", kMark));
+  EXPECT_THAT(desktopEntryName("", "/a/X.app", kMark), HasSubstr("quillmark-bundle-X.app-"));
+  EXPECT_EQ(desktopEntryName("", "/a/X.app", kMark), desktopEntryName("", "/a/X.app", kMark));
+  EXPECT_LE(desktopEntryName(std::string(1000, 'x'), "/A.app", kMark).size(), 255U);
 }
 
 }  // namespace

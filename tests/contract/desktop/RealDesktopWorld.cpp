@@ -9,6 +9,7 @@
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/linux/desktop/LinuxFinderInformation.h"
+#include "Uninstaller/Product.h"
 #include "tests/contract/desktop/DesktopMachine.h"
 #include "tests/contract/desktop/DesktopWorld.h"
 #include "tests/contract/desktop/SessionBus.h"
@@ -23,7 +24,8 @@ class RealDesktopWorld : public DesktopWorld {
   explicit RealDesktopWorld(std::string home) : home_(std::move(home)) {
     users_.home = home_;
     ::setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + home_ + "/.bus").c_str(), 1);
-    shell_ = std::make_unique<linux_::LinuxDesktopShell>(users_, tasks_.tasks);
+    shell_ = std::make_unique<linux_::LinuxDesktopShell>(
+        users_, tasks_.tasks, linux_::EntryMark{kProduct.bundleEntryKey, kProduct.bundleEntryPrefix});
   }
 
   platform::FileReferences& references() override { return references_; }

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
+#include "Uninstaller/Product.h"
 #include "tests/contract/desktop/DesktopMachine.h"
 #include "tests/contract/system/RealTasks.h"
 #include "tests/contract/system/WaitUntil.h"
@@ -35,7 +36,8 @@ struct Menu {
   explicit Menu(std::string homeFolder, unsigned user = kPerson) : home(std::move(homeFolder)) {
     users.home = home;
     users.user = user;
-    shell = std::make_unique<linux_::LinuxDesktopShell>(users, real.tasks);
+    shell = std::make_unique<linux_::LinuxDesktopShell>(
+        users, real.tasks, linux_::EntryMark{kProduct.bundleEntryKey, kProduct.bundleEntryPrefix});
   }
 
   platform::OSStatus add(const std::string& bundle) const { return shell->registerApplication(bundle); }

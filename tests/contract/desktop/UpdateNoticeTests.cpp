@@ -21,6 +21,7 @@
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/posix/UniqueFd.h"
+#include "Uninstaller/Product.h"
 #include "tests/contract/desktop/BusStandIn.h"
 #include "tests/contract/desktop/DesktopMachine.h"
 #include "tests/contract/desktop/SessionBus.h"
@@ -38,7 +39,8 @@ struct Desktop {
   explicit Desktop(const std::string& home, unsigned user = kPerson, milliseconds limit = milliseconds(3000)) {
     users.home = home;
     users.user = user;
-    shell = std::make_unique<linux_::LinuxDesktopShell>(users, real.tasks, limit);
+    shell = std::make_unique<linux_::LinuxDesktopShell>(
+        users, real.tasks, linux_::EntryMark{kProduct.bundleEntryKey, kProduct.bundleEntryPrefix}, limit);
   }
 
   platform::OSStatus notify(const std::string& path) const {

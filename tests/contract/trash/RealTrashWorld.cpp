@@ -19,6 +19,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -98,7 +99,8 @@ void RealTrashWorld::play(const std::function<void(RealTrashWorld&)>& body) {
   });
 }
 
-RealTrashWorld::RealTrashWorld() : trash_(std::make_unique<linux_::FreedesktopTrash>(users_, clock_)) {}
+RealTrashWorld::RealTrashWorld()
+    : trash_(std::make_unique<linux_::FreedesktopTrash>(users_, clock_, kProduct.workFolderPrefix)) {}
 
 void RealTrashWorld::makeFolder(const std::string& path) {
   ASSERT_EQ(::mkdir(path.c_str(), 0755), 0) << reason(path);
@@ -188,7 +190,7 @@ void RealTrashWorld::removeTree(const std::string& path) { std::filesystem::remo
 
 void RealTrashWorld::useDataHome(const std::string& path) {
   ::setenv("XDG_DATA_HOME", path.c_str(), 1);
-  trash_ = std::make_unique<linux_::FreedesktopTrash>(users_, clock_);
+  trash_ = std::make_unique<linux_::FreedesktopTrash>(users_, clock_, kProduct.workFolderPrefix);
 }
 
 }  // namespace qm::testing

@@ -29,6 +29,7 @@
 #include "Shared/QMFileManager.h"
 #include "Shared/QMLog.h"
 #include "Shared/QMTask.h"
+#include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -182,7 +183,7 @@ class Mixture {
  public:
   explicit Mixture(std::string home) : folder_(std::move(home)) {
     EXPECT_EQ(::setenv("HOME", folder_.c_str(), 1), 0);
-    platform::install(&linux_::linuxPlatform({mainThread_, interface_, wait_}));
+    platform::install(&linux_::linuxPlatform(kProduct, {mainThread_, interface_, wait_}));
     fs::create_directories(folder_ + "/source/folder");
     std::ofstream(folder_ + "/source/file") << std::string(kCopied, 'x');
     std::ofstream(folder_ + "/source/folder/file") << "small";

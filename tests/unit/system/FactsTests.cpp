@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "Platform/linux/system/SystemFacts.h"
+#include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
 #include "tests/unit/system/Stubs.h"
 
@@ -21,7 +22,7 @@ using linux_::prettyName;
 struct SystemFacts : ::testing::Test {
   std::optional<std::string> versionFrom(const std::string& path, const platform::PropertyListValue& value) {
     lists.lists = {{path, {{"CFBundleVersion", value}}}};
-    return linux_::SystemFacts(lists, "/opt/t/bin/program").bundleVersion();
+    return linux_::SystemFacts(lists, kProduct, "/opt/t/bin/program").bundleVersion();
   }
   std::string kernel() const {
     utsname name{};
@@ -30,7 +31,7 @@ struct SystemFacts : ::testing::Test {
   }
 
   StubPropertyLists lists;
-  linux_::SystemFacts facts{lists, "/opt/t/bin/program"};
+  linux_::SystemFacts facts{lists, kProduct, "/opt/t/bin/program"};
 };
 
 TEST(OsRelease, GivesTheNameForPeople) {
@@ -107,13 +108,13 @@ TEST_F(SystemFacts, StaysUniqueWithoutRandomBytes) {
 TEST_F(SystemFacts, KnowsTheExecutable) {
   EXPECT_EQ(linux_::runningExecutable(), std::filesystem::read_symlink("/proc/self/exe").string());
   EXPECT_EQ(facts.executablePath(), "/opt/t/bin/program");
-  EXPECT_EQ(linux_::SystemFacts(lists, std::nullopt).executablePath(), std::nullopt);
+  EXPECT_EQ(linux_::SystemFacts(lists, kProduct, std::nullopt).executablePath(), std::nullopt);
 }
 
 TEST_F(SystemFacts, FindsTheZipToolWhereItIsInstalledAndElseBesideTheProgram) {
   runInPrivateMachine([this] {
     const std::filesystem::path root = machineFolder();
-    const linux_::SystemFacts installed(lists, root / "bin/program");
+    const linux_::SystemFacts installed(lists, kProduct, root / "bin/program");
     EXPECT_EQ(installed.zipToolPath(), root / "bin/tessaly-ditto");
     std::filesystem::create_directory(root / "libexec");
     std::ofstream(root / "libexec/tessaly-ditto") << "#!/bin/sh\n";
@@ -133,7 +134,7 @@ TEST_F(SystemFacts, HasNoVersionWithoutADictionaryOrItsKey) {
   EXPECT_EQ(facts.bundleVersion(), std::nullopt);
   EXPECT_EQ(versionFrom("/opt/t/bin/Info.plist", std::string("1")), std::nullopt);
   EXPECT_EQ(versionFrom("/opt/t/Info.plist", true), std::nullopt);
-  EXPECT_EQ(linux_::SystemFacts(lists, std::nullopt).bundleVersion(), std::nullopt);
+  EXPECT_EQ(linux_::SystemFacts(lists, kProduct, std::nullopt).bundleVersion(), std::nullopt);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tests/unit/shared/AppControllerTest.h"
+#include "tests/unit/uninstaller/AppControllerTest.h"
 
 namespace qm::testing {
 namespace {

@@ -1,17 +1,18 @@
 #include "Platform/linux/privileges/agent/CredentialsListener.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string_view>
 
 namespace {
 
+using qm::linux_::AnsweredActions;
 using qm::linux_::Credentials;
 
 // What the toolkit's object of this class holds. The toolkit makes it, zeroed, and frees it.
 struct Listener {
   PolkitAgentListener parent;
   Credentials* credentials;
+  const AnsweredActions* actions;
   void (*finished)(void*);
   void* context;
   bool used;
@@ -24,10 +25,8 @@ struct Dialog {
   bool answered;
 };
 
-bool isOurAction(const char* action) {
-  constexpr std::string_view ours[] = {"com.quillmark.uninstaller.admin", "com.quillmark.admin",
-                                       "org.freedesktop.policykit.exec"};
-  return std::ranges::find(ours, std::string_view(action)) != std::end(ours);
+bool isAnswered(const AnsweredActions& actions, const char* action) {
+  return std::ranges::find(actions, std::string_view(action)) != actions.end();
 }
 
 bool isNamed(PolkitIdentity* identity, const char* user) {
@@ -80,7 +79,7 @@ void beginDialog(PolkitAgentListener* agent, const gchar* action, const gchar* /
   auto* listener = reinterpret_cast<Listener*>(agent);
   GTask* task = g_task_new(agent, cancellable, callback, data);
   PolkitIdentity* identity = findIdentity(identities, listener->credentials->user());
-  if (listener->used || identity == nullptr || !isOurAction(action)) return refuse(task, listener);
+  if (listener->used || identity == nullptr || !isAnswered(*listener->actions, action)) return refuse(task, listener);
   listener->used = true;
   g_object_ref(agent);
   auto* dialog = new Dialog{polkit_agent_session_new(identity, cookie), listener, false};
@@ -111,9 +110,11 @@ GType listenerType() {
 
 namespace qm::linux_ {
 
-PolkitAgentListener* makeCredentialsListener(Credentials& credentials, void (*finished)(void*), void* context) {
+PolkitAgentListener* makeCredentialsListener(Credentials& credentials, const AnsweredActions& actions,
+                                             void (*finished)(void*), void* context) {
   auto* listener = static_cast<Listener*>(g_object_new(listenerType(), nullptr));
   listener->credentials = &credentials;
+  listener->actions = &actions;
   listener->finished = finished;
   listener->context = context;
   return &listener->parent;

@@ -3,12 +3,19 @@
 #include <glib-object.h>
 #include <polkitagent/polkitagent.h>
 
+#include <array>
+#include <string_view>
+
 #include "Platform/linux/privileges/agent/Credentials.h"
 
 namespace qm::linux_ {
 
-/// An agent that answers the first dialog with the credentials and refuses any other. `finished` is called
-/// when that dialog has ended. Both outlive the listener. Free it with g_object_unref.
-PolkitAgentListener* makeCredentialsListener(Credentials& credentials, void (*finished)(void*), void* context);
+/// The polkit actions whose dialogs are answered.
+using AnsweredActions = std::array<std::string_view, 3>;
+
+/// An agent that answers the first dialog, if it is for one of the actions, with the credentials and refuses any other.
+/// `finished` is called when that dialog has ended. What is given outlives the listener. Free it with g_object_unref.
+PolkitAgentListener* makeCredentialsListener(Credentials& credentials, const AnsweredActions& actions,
+                                             void (*finished)(void*), void* context);
 
 }  // namespace qm::linux_

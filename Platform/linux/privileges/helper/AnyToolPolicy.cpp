@@ -27,8 +27,9 @@ bool canBeShown(const Launch& launch) {
   return foundation::isPlainText(launch.tool) && std::ranges::all_of(launch.arguments, foundation::isPlainText);
 }
 
-PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person) {
-  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person);
+PreparedWork prepareCommand(const FileCommand& command, const UserRecord& person,
+                            const platform::ProductIdentity& product) {
+  if (const auto move = trashMoveIn(command, person)) return prepareTrashMove(*move, person, product);
   return command.meansHollowFolder() ? prepareFolderRemoval(command.operands[0]) : prepareFileWork(command);
 }
 
@@ -44,7 +45,7 @@ PreparedWork AnyToolPolicy::prepare(const Launch& launch, const UserRecord& pers
   if (!program) return program.refusal();
   const auto command = parseFileCommand(toolName(*program), launch.arguments);
   if (!command) return prepareToolWork(launch);
-  return *command ? prepareCommand(**command, person) : command->refusal();
+  return *command ? prepareCommand(**command, person, product()) : command->refusal();
 }
 
 }  // namespace qm::linux_

@@ -11,7 +11,8 @@ namespace qm::linux_ {
 class AnyToolPolicy : public HelperPolicy {
  public:
   /// Without a command line any may be launched; with one, only this one.
-  explicit AnyToolPolicy(std::optional<Launch> only = std::nullopt) : only_(std::move(only)) {}
+  explicit AnyToolPolicy(const platform::ProductIdentity& product, std::optional<Launch> only = std::nullopt)
+      : HelperPolicy(product), only_(std::move(only)) {}
 
   PreparedWork prepare(const Launch& launch, const UserRecord& person) const override;
   bool servesOnce() const override { return only_.has_value(); }

@@ -59,7 +59,7 @@ int serve(const HelperPolicy& policy, const UserRecord& person) {
   PeerSocket peer(takeConnection(), person.id);
   if (!peer.isOpen()) return kMisused;
   HelperSession(peer, policy, person).run();
-  mendTrashMoves(person);
+  mendTrashMoves(person, policy.product());
   return 0;
 }
 
@@ -86,7 +86,7 @@ int refuse(const std::string& why) {
     if (exited != nullptr && !exited->note.empty()) writeToSystemLog(launch.tool + ": " + exited->note);
     if (exited != nullptr && exited->waitStatus == 0) status = EXIT_SUCCESS;
   });
-  mendTrashMoves(person);
+  mendTrashMoves(person, policy.product());
   // A process that nobody may look into cannot be checked for leaks at its end either.
   std::_Exit(status);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/ProductIdentity.h"
 #include "Platform/linux/privileges/helper/PrivilegedWork.h"
 #include "Platform/linux/privileges/protocol/Messages.h"
 #include "Platform/linux/rights/UserDatabase.h"
@@ -9,12 +10,20 @@ namespace qm::linux_ {
 /// What the rights of a helper are for. Each program that gets rights has one; what it does not name is refused.
 class HelperPolicy {
  public:
+  /// `product` is whose helper it is, as its program has it compiled in.
+  explicit HelperPolicy(const platform::ProductIdentity& product) : product_(product) {}
+  HelperPolicy(const HelperPolicy&) = delete;
+  HelperPolicy& operator=(const HelperPolicy&) = delete;
   virtual ~HelperPolicy() = default;
 
+  const platform::ProductIdentity& product() const { return product_; }
   /// Checks a launch for `person` and makes it ready, or refuses it.
   virtual PreparedWork prepare(const Launch& launch, const UserRecord& person) const = 0;
   /// The rights end with the first launch.
   virtual bool servesOnce() const { return false; }
+
+ private:
+  const platform::ProductIdentity product_;
 };
 
 }  // namespace qm::linux_

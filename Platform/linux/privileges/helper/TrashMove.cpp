@@ -73,9 +73,10 @@ std::optional<TrashRequest> trashMoveIn(const FileCommand& command, const UserRe
   return isName ? std::optional(TrashRequest{command.operands[0], name}) : std::nullopt;
 }
 
-PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& person) {
+PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& person,
+                              const platform::ProductIdentity& product) {
   const std::string& path = request.item;
-  const TrashUser user = trashUserFor(person);
+  const TrashUser user = trashUserFor(person, product.workFolderPrefix);
   Outcome<SharedTrashDirectory> trash = openShownTrash(user, MissingTrash::IsMade);
   if (!trash) return Refusal{trash.problem().code, path + ": " + trash.problem().because};
   mendRootMoves(**trash, user);
@@ -87,6 +88,8 @@ PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& per
   return std::unique_ptr<PrivilegedWork>(std::make_unique<TrashMove>(path, std::move(move)));
 }
 
-void mendTrashMoves(const UserRecord& person) { mendRootMoves(trashUserFor(person)); }
+void mendTrashMoves(const UserRecord& person, const platform::ProductIdentity& product) {
+  mendRootMoves(trashUserFor(person, product.workFolderPrefix));
+}
 
 }  // namespace qm::linux_

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "Platform/ProductIdentity.h"
 #include "Platform/linux/privileges/helper/FileCommand.h"
 #include "Platform/linux/privileges/helper/PrivilegedWork.h"
 #include "Platform/linux/rights/UserDatabase.h"
@@ -20,9 +21,10 @@ std::optional<TrashRequest> trashMoveIn(const FileCommand& command, const UserRe
 
 /// Makes ready to move an item to the Trash that the person's desktop shows (see `RootMove`). Across volumes it is
 /// refused on a kernel without Landlock.
-PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& person);
+PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& person,
+                              const platform::ProductIdentity& product);
 
 /// Finishes or undoes what moves to this person's Trash left that were ended in the middle.
-void mendTrashMoves(const UserRecord& person);
+void mendTrashMoves(const UserRecord& person, const platform::ProductIdentity& product);
 
 }  // namespace qm::linux_

@@ -1,0 +1,154 @@
+#include "Uninstaller/qt/MainInterface.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <utility>
+
+#include "ui_MainInterface.h"
+
+namespace qm::qt {
+
+namespace {
+
+constexpr Qt::WindowFlags kMainWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                                        Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
+                                        Qt::WindowCloseButtonHint;
+constexpr Qt::WindowFlags kProgressWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
+
+/// Windows never close by themselves: the request is dropped, or passed to a button.
+class CloseRequests final : public QObject {
+ public:
+  CloseRequests(QWidget& window, QAbstractButton* button) : QObject(&window), button_(button) {
+    window.installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* /*window*/, QEvent* event) override {
+    if (event->type() != QEvent::Close) return false;
+    event->ignore();
+    if (button_ != nullptr) button_->click();
+    return true;
+  }
+
+ private:
+  QAbstractButton* button_;
+};
+
+/// Return presses the default button and Escape the cancel button, as in a dialog. A focused button
+/// takes Return itself.
+class DialogKeys final : public QObject {
+ public:
+  DialogKeys(QWidget& window, QPushButton& defaultButton, QPushButton& cancelButton)
+      : QObject(&window), defaultButton_(defaultButton), cancelButton_(cancelButton) {
+    window.installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { markReturnButton(now); });
+  }
+
+  bool eventFilter(QObject* /*window*/, QEvent* event) override {
+    if (event->type() != QEvent::KeyPress) return false;
+    QAbstractButton* const button = buttonFor(static_cast<QKeyEvent*>(event)->key());
+    if (button == nullptr) return false;
+    button->click();
+    return true;
+  }
+
+ private:
+  QAbstractButton* buttonFor(int key) const {
+    switch (key) {
+      case Qt::Key_Return:
+      case Qt::Key_Enter:
+        return &defaultButton_;
+      case Qt::Key_Escape:
+        return &cancelButton_;
+      default:
+        return nullptr;
+    }
+  }
+
+  /// Shows which button Return presses.
+  void markReturnButton(const QWidget* focused) {
+    const bool cancels = focused == &cancelButton_;
+    defaultButton_.setDefault(!cancels);
+    cancelButton_.setDefault(cancels);
+  }
+
+  QPushButton& defaultButton_;
+  QPushButton& cancelButton_;
+};
+
+/// A button's letter presses it at once. Qt lets a moment pass, in which the keys that were typed after it would
+/// overtake it.
+class PromptLetters final : public QObject {
+ public:
+  explicit PromptLetters(QWidget& window) : QObject(&window) {
+    for (auto* const button : window.findChildren<QAbstractButton*>()) button->installEventFilter(this);
+  }
+
+  bool eventFilter(QObject* button, QEvent* event) override {
+    if (event->type() != QEvent::Shortcut) return false;
+    static_cast<QAbstractButton*>(button)->click();
+    return true;
+  }
+};
+
+/// Takes a child of the canvas out of it, as a window of its own that is not yet shown.
+std::unique_ptr<QWidget> liftOut(QWidget* widget, Qt::WindowFlags flags) {
+  widget->setParent(nullptr, flags);
+  return std::unique_ptr<QWidget>(widget);
+}
+
+}  // namespace
+
+MainInterface::MainInterface(std::unique_ptr<uninstaller::InterfaceOwner> owner)
+    : owner_(std::move(owner)), file_(std::make_unique<Ui::MainInterface>()), canvas_(std::make_unique<QWidget>()) {
+  file_->setupUi(canvas_.get());
+  mainWidget_ = liftOut(file_->windowMain, kMainWindow);
+  progressWidget_ = liftOut(file_->windowProgress, kProgressWindow);
+  makeOutlets();
+  connectActions();
+  file_->uninstallButton->setFocus();
+  owner_->awakeFromNib();
+}
+
+MainInterface::~MainInterface() = default;
+
+void MainInterface::makeOutlets() {
+  windowMain_ = std::make_unique<QtWindow>(*mainWidget_);
+  removeSharedCheck_ = std::make_unique<QtCheckBox>(*file_->removeSharedCheck);
+  removeConfigCheck_ = std::make_unique<QtCheckBox>(*file_->removeConfigCheck);
+  windowProgress_ = std::make_unique<QtWindow>(*progressWidget_);
+  progressBar_ = std::make_unique<QtProgressIndicator>(*file_->progressBar);
+  owner_->connect({.windowMain = windowMain_.get(),
+                   .removeSharedCheck = removeSharedCheck_.get(),
+                   .removeConfigCheck = removeConfigCheck_.get(),
+                   .windowProgress = windowProgress_.get(),
+                   .progressBar = progressBar_.get()});
+}
+
+void MainInterface::connectActions() {
+  sendOnClick(*file_->uninstallButton, &uninstaller::InterfaceOwner::uninstall);
+  sendOnClick(*file_->cancelButton, &uninstaller::InterfaceOwner::cancel);
+  new PromptLetters(*mainWidget_);
+  new DialogKeys(*mainWidget_, *file_->uninstallButton, *file_->cancelButton);
+  new CloseRequests(*mainWidget_, file_->cancelButton);
+  new CloseRequests(*progressWidget_, nullptr);
+}
+
+void MainInterface::sendOnClick(const QAbstractButton& button, Action action) {
+  QObject::connect(&button, &QAbstractButton::clicked, [this, action] {
+    if (!takesActions_ || !mainWidget_->isVisible()) return;
+    takesActions_ = false;
+    mainWidget_->setEnabled(false);
+    // The controls give no sender of their own: nobody asks an action who sent it.
+    (*owner_.*action)(nullptr);
+  });
+}
+
+void MainInterface::destroyWindows() {
+  progressWidget_.reset();
+  mainWidget_.reset();
+  canvas_.reset();
+}
+
+}  // namespace qm::qt

@@ -1,0 +1,41 @@
+#include "Uninstaller/qt/QtControls.h"
+
+#include <QCheckBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QWidget>
+
+namespace qm::qt {
+
+namespace {
+
+int stateNumber(bool checked) { return checked ? uninstaller::kOnState : uninstaller::kOffState; }
+
+/// In the middle of the screen, where alerts appear too. Where only the desktop places windows, as on
+/// Wayland, this changes nothing.
+void centre(QWidget& window) {
+  window.adjustSize();
+  const QRect screen = window.screen()->availableGeometry();
+  window.move(screen.center() - window.rect().center());
+}
+
+}  // namespace
+
+void QtWindow::makeKeyAndOrderFront() {
+  if (!widget_.isVisible()) centre(widget_);
+  widget_.show();
+  widget_.raise();
+  widget_.activateWindow();
+}
+
+void QtWindow::orderOut() { widget_.hide(); }
+
+QtCheckBox::QtCheckBox(const QCheckBox& box) : state_(stateNumber(box.isChecked())) {
+  QObject::connect(&box, &QCheckBox::toggled, &box, [this](bool checked) { state_ = stateNumber(checked); });
+}
+
+void QtProgressIndicator::setUsesThreadedAnimation(bool /*threaded*/) {}
+
+void QtProgressIndicator::startAnimation() { bar_.setRange(0, 0); }
+
+}  // namespace qm::qt
