@@ -43,8 +43,8 @@ void makeLink(const std::string& trashDirectory, const std::string& target) {
 
 bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {
   if (name != foundation::lastPathComponent(trashDirectory)) return false;
-  const std::optional<Place> item = placeOf(source.fd.get(), name.c_str());
-  const std::optional<Place> trash = placeOf(AT_FDCWD, trashDirectory.c_str());
+  const std::optional<ItemIdentity> item = itemIdentity(source.fd.get(), name.c_str());
+  const std::optional<ItemIdentity> trash = itemIdentity(AT_FDCWD, trashDirectory.c_str());
   return item && trash && item->sameItem(*trash);
 }
 

@@ -48,8 +48,8 @@ class RootMove::Steps {
 
   /// Why it would fail; 0 when nothing is in the way.
   FileError obstacle() const {
-    const std::optional<Place> item = placeOf(source_.item.get());
-    const std::optional<Place> folder = placeOf(source_.folder.get());
+    const std::optional<ItemIdentity> item = itemIdentity(source_.item.get());
+    const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
     if (!item || !folder) return errno;
     if (!isKnown_) return EIO;
     const OtherNames otherNames = isOnTrashVolume() ? OtherNames::Count : OtherNames::DoNot;
@@ -58,8 +58,8 @@ class RootMove::Steps {
   }
 
   bool isOnTrashVolume() const {
-    const std::optional<Place> folder = placeOf(source_.folder.get());
-    return folder && folder->sameVolume(trash_->filesPlace);
+    const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
+    return folder && folder->sameVolume(trash_->filesIdentity);
   }
 
   int sourceFolder() const { return source_.folder.get(); }
@@ -253,8 +253,8 @@ void mendRootMoves(const TrashUser& person) {
 
 // A volume that somebody brought along says of owners what its maker likes: records count at home only.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
-  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
-  if (home && trash.topFolder.empty() && trash.folderPlace.device == home->device) {
+  const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
+  if (home && trash.topFolder.empty() && trash.folderIdentity.device == home->device) {
     mendTrashMoves(trash, person.identity);
   }
 }

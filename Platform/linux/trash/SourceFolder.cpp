@@ -56,11 +56,11 @@ TrashProblem folderProblem(int code) {
 // `path` is "" where it has to be asked for, which takes longer than all the rest.
 Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
-  const std::optional<Place> place = placeOf(fd.get());
-  if (!place) return folderProblem(errno);
+  const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
+  if (!identity) return folderProblem(errno);
   if (path.empty()) path = posix::shownPath(fd.get());
   if (path.empty()) return folderProblem(ENAMETOOLONG);
-  return SourceFolder{std::move(fd), *place, std::move(path), withRootRights};
+  return SourceFolder{std::move(fd), *identity, std::move(path), withRootRights};
 }
 
 Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {

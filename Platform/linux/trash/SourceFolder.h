@@ -13,7 +13,7 @@ namespace qm::linux_ {
 /// not change where the item comes from.
 struct SourceFolder {
   posix::UniqueFd fd;
-  Place place;
+  ItemIdentity identity;
   std::string path;  ///< absolute and without links
   /// Root may use its own rights here: no link that a person could have planted led to the folder.
   bool withRootRights = false;

@@ -42,9 +42,9 @@ UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
 Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
   UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
   if (!fd) return trashFolderProblem(errno, shown);
-  const std::optional<Place> place = placeOf(fd.get());
-  if (!place) return trashFolderProblem(errno, shown);
-  if (place->owner != owner) return trashFolderProblem(EPERM, shown);
+  const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
+  if (!identity) return trashFolderProblem(errno, shown);
+  if (identity->owner != owner) return trashFolderProblem(EPERM, shown);
   return fd;
 }
 
@@ -57,12 +57,19 @@ Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& 
   if (!files) return files.problem();
   Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
   if (!info) return info.problem();
-  const auto folderPlace = placeOf(trash->get());
-  const auto filesPlace = placeOf(files->get());
-  const auto infoPlace = placeOf(info->get());
-  if (!folderPlace || !filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
-  TrashDirectory result{
-      std::move(*trash), std::move(*files), std::move(*info), *folderPlace, *filesPlace, *infoPlace, "", topFolder, 0};
+  const auto folderIdentity = itemIdentity(trash->get());
+  const auto filesIdentity = itemIdentity(files->get());
+  const auto infoIdentity = itemIdentity(info->get());
+  if (!folderIdentity || !filesIdentity || !infoIdentity) return trashFolderProblem(errno, shown);
+  TrashDirectory result{std::move(*trash),
+                        std::move(*files),
+                        std::move(*info),
+                        *folderIdentity,
+                        *filesIdentity,
+                        *infoIdentity,
+                        "",
+                        topFolder,
+                        0};
   result.path = posix::shownPath(result.folder.get());
   if (result.path.empty()) return trashFolderProblem(EIO, shown);
   result.nameLimit = longestName(result.info.get());

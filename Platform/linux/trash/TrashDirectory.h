@@ -18,9 +18,9 @@ struct TrashDirectory {
   posix::UniqueFd folder;
   posix::UniqueFd files;
   posix::UniqueFd info;
-  Place folderPlace;
-  Place filesPlace;
-  Place infoPlace;
+  ItemIdentity folderIdentity;
+  ItemIdentity filesIdentity;
+  ItemIdentity infoIdentity;
   /// Absolute and without links.
   std::string path;
   /// What the paths in its ".trashinfo" files are relative to; "" where they are absolute.

@@ -40,22 +40,22 @@ Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
   return at;
 }
 
-bool leadsTo(int folder, const std::string& name, const Place& place) {
-  const std::optional<Place> found = placeOf(folder, name.c_str());
-  return found && found->sameItem(place) && found->owner == place.owner;
+bool leadsTo(int folder, const std::string& name, const ItemIdentity& identity) {
+  const std::optional<ItemIdentity> found = itemIdentity(folder, name.c_str());
+  return found && found->sameItem(identity) && found->owner == identity.owner;
 }
 
 bool isCurrent(const TrashDirectory& trash, const std::string& path) {
   const int folder = trash.folder.get();
-  return leadsTo(AT_FDCWD, path, trash.folderPlace) && leadsTo(folder, "files", trash.filesPlace) &&
-         leadsTo(folder, "info", trash.infoPlace);
+  return leadsTo(AT_FDCWD, path, trash.folderIdentity) && leadsTo(folder, "files", trash.filesIdentity) &&
+         leadsTo(folder, "info", trash.infoIdentity);
 }
 
 // Without a home there is nobody to find what is in a Trash.
 bool isForHome(const SourceFolder& source, const TrashUser& user, TrashOutcome& home) {
-  if (home) return (*home)->filesPlace.sameVolume(source.place);
-  const std::optional<Place> place = placeOf(AT_FDCWD, (user.home + "/.").c_str());
-  return !place || place->sameVolume(source.place);
+  if (home) return (*home)->filesIdentity.sameVolume(source.identity);
+  const std::optional<ItemIdentity> identity = itemIdentity(AT_FDCWD, (user.home + "/.").c_str());
+  return !identity || identity->sameVolume(source.identity);
 }
 
 // A volume's Trash, either the one that its administrator set up for everybody or the user's own.
@@ -76,8 +76,8 @@ class VolumeTrash {
   // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
   TrashOutcome openShared() {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::optional<Place> place = shared ? placeOf(shared.get()) : std::nullopt;
-    if (!place || (place->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
+    const std::optional<ItemIdentity> identity = shared ? itemIdentity(shared.get()) : std::nullopt;
+    if (!identity || (identity->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
     return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_);
   }
 
@@ -89,7 +89,7 @@ class VolumeTrash {
 
   // A top folder that root alone can write to: nobody can step in between making and giving away.
   bool makeAsRoot() {
-    const std::optional<Place> top = placeOf(top_.get());
+    const std::optional<ItemIdentity> top = itemIdentity(top_.get());
     if (!top || top->owner != 0 || (top->mode & (S_IWGRP | S_IWOTH)) != 0) return false;
     acting_.leave();
     const bool made = makeAndGive();
@@ -111,13 +111,13 @@ class VolumeTrash {
 };
 
 TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
-  const std::optional<std::string> path = MountTable().mountPoint(source.place.mount);
+  const std::optional<std::string> path = MountTable().mountPoint(source.identity.mount);
   if (!path) return itemProblem(EXDEV);
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!top) return trashFolderProblem(errno, *path);
-  const std::optional<Place> place = placeOf(top.get());
+  const std::optional<ItemIdentity> identity = itemIdentity(top.get());
   // Another volume may be attached on top of this one, which cannot be reached then.
-  if (!place || place->mount != source.place.mount) return itemProblem(EXDEV);
+  if (!identity || identity->mount != source.identity.mount) return itemProblem(EXDEV);
   return VolumeTrash(std::move(top), *path, user, acting).open();
 }
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/process/ArgumentVector.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -24,14 +25,6 @@ using posix::UniqueFd;
 
 constexpr std::size_t kLongestErrors = 700;
 constexpr unsigned kCloseOnExec = 4;  // CLOSE_RANGE_CLOEXEC
-
-std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
-  std::vector<char*> vector = {const_cast<char*>(path.c_str())};
-  vector.reserve(arguments.size() + 2);
-  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
-  vector.push_back(nullptr);
-  return vector;
-}
 
 // A descriptor that is where it should be keeps its close-on-exec mark when it is duplicated onto itself.
 bool connect(int stream, int descriptor) {
@@ -53,7 +46,7 @@ int becomeTool(const Launch& launch, int output, int errors) {
   static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
   static char language[] = "LC_ALL=C.UTF-8";
   char* environment[] = {path, language, nullptr};
-  ::execve(launch.tool.c_str(), argumentVector(launch.tool, launch.arguments).data(), environment);
+  ::execve(launch.tool.c_str(), posix::argumentVector(launch.tool, launch.arguments).data(), environment);
   return errno;
 }
 
