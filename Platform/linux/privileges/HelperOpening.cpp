@@ -7,10 +7,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 
 #include "Platform/linux/privileges/AuthenticationAgents.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -76,7 +76,7 @@ class PkexecRun {
 
  private:
   static HelperOpening unavailable(const std::string& program, int error) {
-    return failed(platform::errAuthorizationToolEnvironmentError, program + ": " + std::strerror(error));
+    return failed(platform::errAuthorizationToolEnvironmentError, posix::withSystemWords(program, error));
   }
 
   // The helper's end is its standard input: pkexec closes everything but the standard streams.

@@ -6,10 +6,10 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <vector>
 
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/posix/ErrorWords.h"
 
 namespace qm::linux_ {
 namespace {
@@ -146,7 +146,7 @@ class Walk {
 
 }  // namespace
 
-Refusal refusalFor(int error, const std::string& path) { return {error, path + ": " + std::strerror(error)}; }
+Refusal refusalFor(int error, const std::string& path) { return {error, posix::withSystemWords(path, error)}; }
 
 std::string PinnedPlace::shown() const {
   const std::string above = posix::shownPath(folder.get());
@@ -163,7 +163,7 @@ UniqueFd openFolderThroughRootsLinks(const std::string& path) {
   const bool isMissing = place && !place->item;
   const bool isFolder = place && place->isFolder();
   if (isFolder && !place->throughDoubtfulLink) return std::move(place->item);
-  errno = !place ? place.refusal().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
+  errno = !place ? place.problem().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
   return UniqueFd();
 }
 

@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 #include "Platform/linux/trash/Handover.h"
@@ -16,6 +16,7 @@
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/linux/trash/TrashRecord.h"
 #include "Platform/linux/trash/WorkFolder.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TreeCopy.h"
@@ -67,11 +68,11 @@ class RootMove::Steps {
 
   FileError run(std::string* note) {
     const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get());
-    if (!work) return work.refusal().error;
+    if (!work) return work.problem().error;
     FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
     // What is not finished is found by its record.
     if (unfinished_ == 0) static_cast<void>(work->remove());
-    *note = unfinished_ == 0 ? note_ : std::string("not completely handed over: ") + std::strerror(unfinished_);
+    *note = unfinished_ == 0 ? note_ : posix::withSystemWords("not completely handed over", unfinished_);
     return error;
   }
 
@@ -106,7 +107,7 @@ class RootMove::Steps {
     if (FileError error = makeCopy(work)) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;
     const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
-    if (!aside) return aside.refusal().error;
+    if (!aside) return aside.problem().error;
     FileError error = exchange(work, *aside);
     // What was taken by mistake and could not be given back stays in it.
     const int removal = error ? aside->removeEmpty() : aside->remove();
@@ -205,7 +206,7 @@ class RootMove::Steps {
 
   void flushDescriptions() {
     const UniqueFd folder(::openat(trash_->info.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || ::fsync(folder.get()) != 0) note_ += std::string("not on the disk yet: ") + std::strerror(errno);
+    if (!folder || ::fsync(folder.get()) != 0) note_ += posix::withSystemWords("not on the disk yet", errno);
   }
 
   const PinnedPlace source_;
@@ -234,20 +235,12 @@ int RootMove::trashFolder() const { return steps_->trashFolder(); }
 FileError RootMove::run(std::string* note) { return steps_->run(note); }
 
 std::string obstacleWords(int error) {
-  switch (error) {
-    case EBUSY:
-      return "a volume is mounted in it";
-    case EPERM:
-      return "something in it is locked";
-    case EMLINK:
-      return "a file in it has other names, under which it would be changed, too";
-    default:
-      return std::strerror(error);
-  }
+  const std::string_view words = posix::wordsFor(error, posix::Subject::ItemForRoot);
+  return words.empty() ? posix::systemWords(error) : std::string(words);
 }
 
 void mendRootMoves(const TrashUser& person) {
-  Outcome<SharedTrashDirectory> trash = openShownTrash(person, MissingTrash::StaysMissing);
+  OpenedTrash trash = openShownTrash(person, MissingTrash::StaysMissing);
   if (trash) mendRootMoves(**trash, person);
 }
 

@@ -16,7 +16,6 @@ namespace qm::linux_ {
 namespace {
 
 using posix::UniqueFd;
-using TrashOutcome = Outcome<SharedTrashDirectory>;
 
 constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
@@ -48,7 +47,7 @@ bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
 }
 
 // ~/.Trash stands for the folder "files" of a Trash.
-TrashOutcome openLinkedTrash(const TrashUser& person) {
+OpenedTrash openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);
   if (!files) return trashFolderProblem(errno, link);
@@ -58,16 +57,16 @@ TrashOutcome openLinkedTrash(const TrashUser& person) {
   if (!above || !linked) return trashFolderProblem(errno, link);
   if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
+  OpenedTrash opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
   return opened && (*opened)->filesIdentity.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 
 }  // namespace
 
-TrashOutcome openShownTrash(const TrashUser& person, MissingTrash missing) {
+OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing) {
   const FileSystemUser acting(&person.identity);
   if (!acting.ok()) return itemProblem(EPERM);
-  TrashOutcome linked = openLinkedTrash(person);
+  OpenedTrash linked = openLinkedTrash(person);
   const std::string home = person.home + "/.local/share/Trash";
   if (linked || (missing == MissingTrash::StaysMissing && !itemIdentity(AT_FDCWD, (home + "/info").c_str())))
     return linked;

@@ -38,23 +38,10 @@ bool isTidy(const std::string& path) {
          !path.ends_with("/..");
 }
 
-TrashProblem folderProblem(int code) {
-  switch (code) {
-    case ENOENT:
-      return {code, "its folder doesn’t exist"};
-    case ENOTDIR:
-      return {code, "its folder is not a folder"};
-    case ELOOP:
-      return {code, "the links to its folder lead in a circle"};
-    case EACCES:
-      return {code, "you don’t have permission to open its folder"};
-    default:
-      return itemProblem(code);
-  }
-}
+TrashProblem folderProblem(int code) { return problemOf(code, posix::Subject::TrashedItemsFolder); }
 
 // `path` is "" where it has to be asked for, which takes longer than all the rest.
-Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
+TrashAnswer<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
   const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
   if (!identity) return folderProblem(errno);
@@ -63,7 +50,7 @@ Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string pat
   return SourceFolder{std::move(fd), *identity, std::move(path), withRootRights};
 }
 
-Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
+TrashAnswer<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
   const FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   return describe(openPlainly(folder), false);
@@ -71,7 +58,7 @@ Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string&
 
 }  // namespace
 
-Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
+TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
   if (!folder.starts_with('/') || folder.find('\0') != std::string::npos) {
     return TrashProblem{EINVAL, "the place of its folder is not known"};
   }

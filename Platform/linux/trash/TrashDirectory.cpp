@@ -39,7 +39,7 @@ UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
   return open();
 }
 
-Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
+TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
   UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
   if (!fd) return trashFolderProblem(errno, shown);
   const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
@@ -48,14 +48,13 @@ Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner
   return fd;
 }
 
-Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
-                                                 const std::string& topFolder) {
+OpenedTrash openTrashDirectory(int parent, const std::string& name, uid_t owner, const std::string& topFolder) {
   const std::string shown = shownIn(parent, name);
-  Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
+  TrashAnswer<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
   if (!trash) return trash.problem();
-  Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
+  TrashAnswer<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
   if (!files) return files.problem();
-  Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
+  TrashAnswer<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
   if (!info) return info.problem();
   const auto folderIdentity = itemIdentity(trash->get());
   const auto filesIdentity = itemIdentity(files->get());

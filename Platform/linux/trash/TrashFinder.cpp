@@ -13,7 +13,6 @@ namespace qm::linux_ {
 namespace {
 
 using posix::UniqueFd;
-using TrashOutcome = Outcome<SharedTrashDirectory>;
 
 constexpr const char* kDataFolder = "/.local/share";
 
@@ -27,7 +26,7 @@ UniqueFd openAnchor(const TrashUser& user) {
 }
 
 // For another person the way below his home must be without links: root follows none that he planted.
-Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
+TrashAnswer<UniqueFd> openDataFolder(const TrashUser& user) {
   UniqueFd at = openAnchor(user);
   std::string shown = user.dataHome ? "" : user.home;
   for (const std::string& component : foundation::pathComponents(user.dataHome.value_or(kDataFolder))) {
@@ -52,7 +51,7 @@ bool isCurrent(const TrashDirectory& trash, const std::string& path) {
 }
 
 // Without a home there is nobody to find what is in a Trash.
-bool isForHome(const SourceFolder& source, const TrashUser& user, TrashOutcome& home) {
+bool isForHome(const SourceFolder& source, const TrashUser& user, OpenedTrash& home) {
   if (home) return (*home)->filesIdentity.sameVolume(source.identity);
   const std::optional<ItemIdentity> identity = itemIdentity(AT_FDCWD, (user.home + "/.").c_str());
   return !identity || identity->sameVolume(source.identity);
@@ -64,8 +63,8 @@ class VolumeTrash {
   VolumeTrash(UniqueFd top, std::string path, const TrashUser& user, FileSystemUser& acting)
       : top_(std::move(top)), path_(std::move(path)), user_(user), acting_(acting) {}
 
-  TrashOutcome open() {
-    TrashOutcome shared = openShared();
+  OpenedTrash open() {
+    OpenedTrash shared = openShared();
     return shared ? shared : openOwn();
   }
 
@@ -74,15 +73,15 @@ class VolumeTrash {
   std::string ownName() const { return ".Trash-" + userNumber(); }
 
   // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
-  TrashOutcome openShared() {
+  OpenedTrash openShared() {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const std::optional<ItemIdentity> identity = shared ? itemIdentity(shared.get()) : std::nullopt;
     if (!identity || (identity->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
     return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_);
   }
 
-  TrashOutcome openOwn() {
-    TrashOutcome own = openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
+  OpenedTrash openOwn() {
+    OpenedTrash own = openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
     if (own || own.problem().code != EACCES || !user_.forAnother || !makeAsRoot()) return own;
     return openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_);
   }
@@ -110,7 +109,7 @@ class VolumeTrash {
   FileSystemUser& acting_;
 };
 
-TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
+OpenedTrash volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
   const std::optional<std::string> path = MountTable().mountPoint(source.identity.mount);
   if (!path) return itemProblem(EXDEV);
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -123,19 +122,19 @@ TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, File
 
 }  // namespace
 
-TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
+OpenedTrash TrashFinder::homeTrash(const TrashUser& user) {
   const uid_t owner = user.identity.uid;
   const std::string folder = dataFolder(user) + "/Trash";
   if (SharedTrashDirectory known = remembered(owner, folder)) return known;
-  Outcome<UniqueFd> data = openDataFolder(user);
+  TrashAnswer<UniqueFd> data = openDataFolder(user);
   if (!data) return data.problem();
-  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", owner, "");
+  OpenedTrash trash = openTrashDirectory(data->get(), "Trash", owner, "");
   if (trash) remember({owner, folder, *trash});
   return trash;
 }
 
-TrashOutcome TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, TrashOutcome& home,
-                                   FileSystemUser& acting) {
+OpenedTrash TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
+                                  FileSystemUser& acting) {
   return isForHome(source, user, home) ? home : volumeTrash(source, user, acting);
 }
 

@@ -12,7 +12,7 @@ constexpr const char* kLoginScreen = "loginwindow";
 
 TrashProblem nobody() { return {ENOENT, "nobody is logged in"}; }
 
-Outcome<TrashUser> account(const std::string& name) {
+TrashAnswer<TrashUser> account(const std::string& name) {
   const std::optional<UserRecord> user = userWithName(name);
   if (!user || !user->home.starts_with('/')) return nobody();
   return trashUserFor(*user);
@@ -26,12 +26,12 @@ std::optional<std::string> absolute(const std::optional<std::string>& path) {
 
 TrashUser trashUserFor(const UserRecord& user) { return {identityOf(user), user.home, std::nullopt, true}; }
 
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome) {
+TrashAnswer<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome) {
   const uid_t self = users.realUserId();
   if (self != 0) return TrashUser{{self, ::getegid(), {}}, users.homeDirectory(), absolute(dataHome), false};
   const std::optional<std::string> name = users.consoleUser();
   if (!name || *name == kLoginScreen) return nobody();
-  Outcome<TrashUser> user = account(*name);
+  TrashAnswer<TrashUser> user = account(*name);
   if (user && user->identity.uid == self) {
     user->dataHome = absolute(dataHome);
     user->forAnother = false;

@@ -25,6 +25,6 @@ TrashUser trashUserFor(const UserRecord& user);
 
 /// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
 /// counts only where the environment is that person's own.
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome);
+TrashAnswer<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome);
 
 }  // namespace qm::linux_

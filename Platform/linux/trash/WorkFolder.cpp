@@ -69,7 +69,7 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   // Until it is locked it looks left behind to another process that mends.
   if (made && made->hasItsName()) return made;
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-  return refused(made ? EAGAIN : made.refusal().error);
+  return refused(made ? EAGAIN : made.problem().error);
 }
 
 std::vector<WorkFolder> WorkFolder::leftIn(int folder) {

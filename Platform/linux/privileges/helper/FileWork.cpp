@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "Platform/linux/privileges/helper/Confinement.h"
 #include "Platform/linux/privileges/helper/FolderMerge.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/FolderListing.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/SystemFileCalls.h"
@@ -94,7 +94,7 @@ class AllOperands : public PrivilegedWork {
   WorkResult finish() override {
     Confinement confinement;
     for (const auto& part : parts_) part->confine(confinement);
-    if (const int error = confinement.enforce()) return WorkResult::failed(std::strerror(error));
+    if (const int error = confinement.enforce()) return WorkResult::failed(posix::systemWords(error));
     WorkResult all;
     for (const auto& part : parts_) {
       const WorkResult one = part->finish();
@@ -109,7 +109,7 @@ class AllOperands : public PrivilegedWork {
 
 template <class Work>
 PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place) {
-  if (!place && !isMissing(place.refusal())) return place.refusal();
+  if (!place && !isMissing(place.problem())) return place.problem();
   if (place && isLinkToFolder(*place)) return refusalFor(ENOTDIR, path);
   std::optional<PinnedPlace> found;
   if (place) found = std::move(*place);
@@ -149,7 +149,7 @@ PreparedWork workOnOperands(const FileCommand& command) {
   std::vector<std::unique_ptr<OperandWork>> parts;
   for (const std::string& path : command.operands) {
     PreparedOperand part = workOnOperand(command, path);
-    if (!part) return part.refusal();
+    if (!part) return part.problem();
     parts.push_back(std::move(*part));
   }
   return std::unique_ptr<PrivilegedWork>(std::make_unique<AllOperands>(std::move(parts)));
@@ -282,10 +282,10 @@ Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const P
 PreparedWork transfer(const FileCommand& command) {
   const std::string& from = command.operands[0];
   Answer<PinnedPlace> source = pinPath(from, LastLink::Stays);
-  if (!source) return source.refusal();
+  if (!source) return source.problem();
   if (!source->item || isLinkToFolder(*source)) return refusalFor(source->item ? ENOTDIR : ENOENT, from);
   Answer<PinnedPlace> target = TargetChoice(command.kind, command.operands[1], *source).pin();
-  if (!target) return target.refusal();
+  if (!target) return target.problem();
   if (const Problem problem = mayBeRead(command, *source, *target)) return *problem;
   auto work = std::make_unique<Transfer>(from, std::move(*source), std::move(*target), command.kind);
   return std::unique_ptr<PrivilegedWork>(std::move(work));

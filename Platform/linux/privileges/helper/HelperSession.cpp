@@ -8,10 +8,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <vector>
 
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -110,7 +110,7 @@ void HelperSession::start(const Launch& launch) {
   std::optional<Run> run;
   errno = EAGAIN;
   if (runs_.size() < kMostRuns) run = fork(launch);
-  if (!run) return send(Started{launch.number, errno, 0, launch.tool + ": " + std::strerror(errno)});
+  if (!run) return send(Started{launch.number, errno, 0, posix::withSystemWords(launch.tool, errno)});
   runs_.push_back(std::move(*run));
 }
 

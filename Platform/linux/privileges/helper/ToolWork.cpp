@@ -135,14 +135,14 @@ class ToolWork : public PrivilegedWork {
 Answer<std::string> checkedProgram(const std::string& path) {
   constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
   const Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
-  if (!place) return place.refusal();
+  if (!place) return place.problem();
   if (!place->item) return refusalFor(ENOENT, path);
   if (!S_ISREG(place->itemStatus.st_mode)) return refusalFor(EACCES, path);
   const bool safe =
       place->writers.none() && place->itemStatus.st_uid == 0 && (place->itemStatus.st_mode & writableByOthers) == 0;
   if (!safe) return Refusal{EPERM, path + ": others than root can change this program"};
   const Answer<PinnedPlace> plain = pinPath(path, LastLink::Stays);
-  return plain ? Answer<std::string>(plain->shown()) : plain.refusal();
+  return plain ? Answer<std::string>(plain->shown()) : plain.problem();
 }
 
 PreparedWork prepareToolWork(const Launch& launch) {

@@ -74,11 +74,11 @@ std::optional<TrashRequest> trashMoveIn(const FileCommand& command, const UserRe
 PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& person) {
   const std::string& path = request.item;
   const TrashUser user = trashUserFor(person);
-  Outcome<SharedTrashDirectory> trash = openShownTrash(user, MissingTrash::IsMade);
+  OpenedTrash trash = openShownTrash(user, MissingTrash::IsMade);
   if (!trash) return Refusal{trash.problem().code, path + ": " + trash.problem().because};
   mendRootMoves(**trash, user);
   Answer<PinnedPlace> source = pinPath(path, LastLink::Stays);
-  if (!source) return source.refusal();
+  if (!source) return source.problem();
   if (const auto refusal = misplaced(path, *source, **trash)) return *refusal;
   RootMove move(path, std::move(*source), *trash, user.identity, request.storedName, dateNow());
   if (const auto refusal = obstacle(path, move)) return *refusal;
