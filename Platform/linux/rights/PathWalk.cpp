@@ -1,6 +1,8 @@
 #include "Platform/linux/rights/PathWalk.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
@@ -165,6 +167,13 @@ UniqueFd openFolderThroughRootsLinks(const std::string& path) {
   if (isFolder && !place->throughDoubtfulLink) return std::move(place->item);
   errno = !place ? place.problem().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
   return UniqueFd();
+}
+
+UniqueFd openFolderByRules(const std::string& path, std::uint64_t rules) {
+  open_how how{};
+  how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  how.resolve = rules;
+  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
 }
 
 }  // namespace qm::linux_

@@ -131,7 +131,7 @@ class Move {
   std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person,
                                                  const std::string& deletionDate) const {
     PinnedPlace place;
-    place.folder.reset(::fcntl(source_.fd.get(), F_DUPFD_CLOEXEC, 0));
+    place.folder = duplicate(source_.fd);
     place.name = name_;
     place.item.reset(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto status = place.folder && place.item ? statusOf(place.item.get()) : std::nullopt;

@@ -29,8 +29,6 @@ using posix::UniqueFd;
 
 constexpr unsigned kMostNames = 64;
 
-UniqueFd duplicate(int fd) { return UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 0)); }
-
 }  // namespace
 
 /// The steps of one move.
@@ -120,9 +118,8 @@ class RootMove::Steps {
     posix::CopyObserver nobody;
     // A folder is copied by its descriptor; a file is looked at before and after.
     const bool isFolder = source_.isFolder();
-    const posix::Place from{duplicate(isFolder ? source_.item.get() : source_.folder.get()),
-                            isFolder ? "." : source_.name};
-    const posix::Place to{duplicate(work.descriptor()), kCopyName};
+    const posix::Place from{duplicate(isFolder ? source_.item : source_.folder), isFolder ? "." : source_.name};
+    const posix::Place to{posix::duplicate(work.descriptor()), kCopyName};
     if (!from.folder || !to.folder) return errno;
     if (!isStillThere()) return ESTALE;
     if (FileError error = posix::copyTree(from, to, nobody)) return error;

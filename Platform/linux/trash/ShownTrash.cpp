@@ -3,13 +3,13 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {
@@ -20,12 +20,7 @@ using posix::UniqueFd;
 constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 // Links are followed, but none of those that lead into another process.
-UniqueFd openLinked(const std::string& folder) {
-  open_how how{};
-  how.flags = kLookup;
-  how.resolve = RESOLVE_NO_MAGICLINKS;
-  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, folder.c_str(), &how, sizeof how)));
-}
+UniqueFd openLinked(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_MAGICLINKS); }
 
 bool isOwnFolder(int folder, const char* name, uid_t owner) {
   const std::optional<ItemIdentity> identity = itemIdentity(folder, name);

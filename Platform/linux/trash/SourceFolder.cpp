@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,12 +16,7 @@ namespace {
 
 using posix::UniqueFd;
 
-UniqueFd openWithoutLinks(const std::string& folder) {
-  open_how how{};
-  how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-  how.resolve = RESOLVE_NO_SYMLINKS;
-  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, folder.c_str(), &how, sizeof how)));
-}
+UniqueFd openWithoutLinks(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_SYMLINKS); }
 
 // Looking for links failed on a link, or cannot be done on this system.
 bool mayLeadThroughLinks(int error) { return error == ELOOP || error == ENOSYS || error == EPERM; }

@@ -12,6 +12,7 @@
 
 #include "Platform/linux/privileges/helper/LaunchRun.h"
 #include "Platform/posix/ErrorWords.h"
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -58,13 +59,6 @@ void writeAll(int fd, std::string_view bytes) {
     if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
   });
   ::_exit(0);
-}
-
-int waitFor(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
 }
 
 }  // namespace
@@ -156,7 +150,7 @@ void HelperSession::forwardMessage(Run& run, const Message& message) {
 // A process that ended without a word is reported as well.
 void HelperSession::finish(Run& run) {
   run.messages.reset();
-  const int status = waitFor(run.process);
+  const int status = posix::waitForChild(run.process);
   if (!run.started) {
     send(Started{run.number, EIO, 0, "the launch broke off"});
   } else if (!run.exited) {

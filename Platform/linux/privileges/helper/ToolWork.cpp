@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 
@@ -16,6 +15,7 @@
 
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/posix/process/ArgumentVector.h"
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -66,13 +66,6 @@ int readReport(const UniqueFd& report) {
   return got == static_cast<ssize_t>(sizeof error) ? error : 0;
 }
 
-int waitFor(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
-}
-
 // Takes what is there now; false at the end.
 bool drain(const UniqueFd& pipe, std::string& text) {
   std::array<char, 4096> block{};
@@ -99,7 +92,7 @@ class ToolWork : public PrivilegedWork {
     if (process_ < 0) return errno;
     report.writing.reset();
     const int error = readReport(report.reading);
-    if (error != 0) return waitFor(process_), error;
+    if (error != 0) return posix::waitForChild(process_), error;
     ::fcntl(errors.reading.get(), F_SETFL, O_NONBLOCK);
     errors_ = std::move(errors.reading);
     return 0;
@@ -116,7 +109,7 @@ class ToolWork : public PrivilegedWork {
       if (watched[1].revents != 0) open = drain(errors_, result.note);
       running = watched[0].revents == 0;
     }
-    result.waitStatus = waitFor(process_);
+    result.waitStatus = posix::waitForChild(process_);
     if (open) drain(errors_, result.note);
     while (result.note.ends_with('\n')) result.note.pop_back();
     std::ranges::replace(result.note, '\n', ' ');
