@@ -48,6 +48,14 @@ bool isProtected(const std::string& path, std::string_view message) {
   return true;
 }
 
+/// Both paths of an operation are there; the first that is not is printed.
+bool areGiven(std::string_view operation, const std::optional<std::string>& source,
+              const std::optional<std::string>& destination) {
+  if (source && destination) return true;
+  printToConsole("Error in %@: %@ path is null", operation, source ? "new" : "old");
+  return false;
+}
+
 /// Starts a tool directly, in the form that is safe for root.
 void runAsRoot(const std::string& tool, const std::vector<std::string>& parameters, Async async) {
   const ToolCommand command = platform().authorizationServices->commandForRoot(tool, parameters);
@@ -221,27 +229,13 @@ bool QMAuthorization::authCreateDir(const std::string& path) {
 
 bool QMAuthorization::authCopyFile(const std::optional<std::string>& source,
                                    const std::optional<std::string>& destination) {
-  if (!source) {
-    printToConsole("Error in authCopyFile: old path is null");
-    return false;
-  }
-  if (!destination) {
-    printToConsole("Error in authCopyFile: new path is null");
-    return false;
-  }
+  if (!areGiven("authCopyFile", source, destination)) return false;
   return exists(*source) && startFileCommand("/bin/cp", {"-f", "-p", "-R", *source, *destination});
 }
 
 bool QMAuthorization::authMoveFile(const std::optional<std::string>& source,
                                    const std::optional<std::string>& destination) {
-  if (!source) {
-    printToConsole("Error in authMoveFile: old path is null");
-    return false;
-  }
-  if (!destination) {
-    printToConsole("Error in authMoveFile: new path is null");
-    return false;
-  }
+  if (!areGiven("authMoveFile", source, destination)) return false;
   if (isProtected(*source, "Unable to move path %@ because it is a system directory.")) return false;
   return exists(*source) && startFileCommand("/bin/mv", {"-f", *source, *destination});
 }

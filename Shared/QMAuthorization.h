@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -102,28 +101,6 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authTrashFolderContents(const std::string& folder);
   /// `authRemoveFile:`. A file or a whole tree, for good.
   bool authRemoveFile(const std::string& path);
-
-  // A null pointer is no path.
-  std::int32_t authExecTask(std::nullptr_t, const std::vector<std::string>&, Async) = delete;
-  std::int32_t authExecTask(std::nullptr_t, const std::vector<std::string>&) = delete;
-  bool authStartWithUser(std::nullptr_t, const std::optional<std::string>&) = delete;
-  template <class User>
-  bool authStartWithUser(const User&, std::nullptr_t) = delete;
-  bool authCreateDir(std::nullptr_t) = delete;
-  template <class Destination>
-  bool authCopyFile(std::nullptr_t, const Destination&) = delete;
-  bool authCopyFile(const std::optional<std::string>&, std::nullptr_t) = delete;
-  template <class Destination>
-  bool authMoveFile(std::nullptr_t, const Destination&) = delete;
-  bool authMoveFile(const std::optional<std::string>&, std::nullptr_t) = delete;
-  template <class Destination>
-  bool authMoveFolderContents(std::nullptr_t, const Destination&) = delete;
-  bool authMoveFolderContents(const std::string&, std::nullptr_t) = delete;
-  template <class... Rest>
-  bool authTrashFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  bool authTrashFolderContents(std::nullptr_t, const Rest&...) = delete;
-  bool authRemoveFile(std::nullptr_t) = delete;
 
  private:
   friend class Singleton<QMAuthorization>;

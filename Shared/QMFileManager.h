@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -223,77 +222,6 @@ class QMFileManager {
   /// `validateFilename:`. A proposed name without one leading dot, then without white space and line
   /// ends at both ends, then without "/" and ":". May be "".
   static std::string validateFilename(const std::string& name);
-
-  // A null pointer is no path.
-  template <class... Rest>
-  static bool moveFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool moveFile(const std::string&, std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool copyFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool copyFile(const std::optional<std::string>&, std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool createDirectory(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool removeFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool trashFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool trashDirectoryContents(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static std::string createDirectoryStructure(std::nullptr_t, const Rest&...) = delete;
-  static std::string createDirectoryStructure(const std::string&, std::nullptr_t) = delete;
-  static bool fileExistsAtPath(std::nullptr_t) = delete;
-  static bool isDirectoryAtPath(std::nullptr_t) = delete;
-  static bool isPackageAtPath(std::nullptr_t) = delete;
-  static bool isSymbolicLinkAtPath(std::nullptr_t) = delete;
-  static void lockFile(std::nullptr_t) = delete;
-  static void unlockFile(std::nullptr_t) = delete;
-  static bool isFileLocked(std::nullptr_t) = delete;
-  static void lockFolder(std::nullptr_t) = delete;
-  static void unlockFolder(std::nullptr_t) = delete;
-  static std::string uniqueFilename(std::nullptr_t) = delete;
-  template <class... Rest>
-  static bool copyContentsOfDirectory(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool copyContentsOfDirectory(const std::string&, std::nullptr_t, const Rest&...) = delete;
-  static std::uint64_t fileSize(std::nullptr_t) = delete;
-  static bool isFolderEmpty(std::nullptr_t) = delete;
-  static bool removeFolderIfEmpty(std::nullptr_t) = delete;
-  template <class... Rest>
-  static std::vector<std::string> trashFilesNamed(std::nullptr_t, const Rest&...) = delete;
-  static std::vector<std::string> trashFilesNamed(const std::string&, std::nullptr_t) = delete;
-  template <class... Rest>
-  static std::vector<std::string> trashFilesOfType(std::nullptr_t, const Rest&...) = delete;
-  static std::vector<std::string> trashFilesOfType(const std::string&, std::nullptr_t) = delete;
-  template <class... Rest>
-  static std::vector<std::string> filesMatchingWildcardPath(std::nullptr_t, const Rest&...) = delete;
-  static std::vector<std::string> filesMatchingWildcardPath(const std::string&, std::nullptr_t) = delete;
-  template <class... Rest>
-  static std::optional<std::string> decodeWildcardPath(std::nullptr_t, const Rest&...) = delete;
-  static std::optional<std::string> decodeWildcardPath(const std::string&, std::nullptr_t) = delete;
-  template <class... Rest>
-  static bool compressFile(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool compressFile(const std::string&, std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool decompressFile(std::nullptr_t, const Rest&...) = delete;
-  static bool decompressFile(const std::string&, std::nullptr_t) = delete;
-  static std::string validateFilename(std::nullptr_t) = delete;
-  template <class... Rest>
-  static bool copyFileWithProgress(std::nullptr_t, const Rest&...) = delete;
-  template <class... Rest>
-  static bool copyFileWithProgress(const std::string&, std::nullptr_t, const Rest&...) = delete;
-  static void waitForFileWrites(std::nullptr_t) = delete;
-  static unsigned finderColorIndexForPath(std::nullptr_t) = delete;
-  static std::optional<qm::foundation::Color> finderColorForPath(std::nullptr_t) = delete;
-  static void setFinderColorIndex(unsigned, std::nullptr_t) = delete;
-  template <class... Rest>
-  static bool touchFile(std::nullptr_t, const Rest&...) = delete;
-  static FSRef stringToFSRef(std::nullptr_t) = delete;
-  static bool registerApplicationWithLaunchServices(std::nullptr_t) = delete;
-  static void notifyFileSystemChanged(std::nullptr_t) = delete;
 };
 
 /// `SendFinderSyncEvent`. Tells the desktop that an item has changed: 0 when the notice was sent, else what was in

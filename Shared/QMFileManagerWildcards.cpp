@@ -26,21 +26,21 @@ bool hasWildcard(std::string_view text) { return text.find('*') != std::string_v
 
 const FileSystem& files() { return *platform().fileSystem; }
 
-enum class Place : bool { OnTheWay, AtTheEnd };
+enum class Position : bool { OnTheWay, AtTheEnd };
 
 /// A link may lead to nothing, and on a folder somebody else's volume may be mounted, that nobody else reaches. On
 /// the way such a folder need not be told apart: nothing is found below it.
-bool mayBeOutOfReach(const DirectoryEntry& entry, Place place) {
-  return entry.type == FileType::SymbolicLink || (entry.type == FileType::Directory && place == Place::AtTheEnd);
+bool mayBeOutOfReach(const DirectoryEntry& entry, Position position) {
+  return entry.type == FileType::SymbolicLink || (entry.type == FileType::Directory && position == Position::AtTheEnd);
 }
 
 /// The entries of a folder that are like a component, each as a path.
-Paths entriesLike(const std::string& folder, std::string_view component, Place place) {
+Paths entriesLike(const std::string& folder, std::string_view component, Position position) {
   Paths found;
   const bool wasListed = files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
     if (!qm::foundation::isLike(entry.name, component)) return;
     std::string path = appendingPathComponent(folder, entry.name);
-    if (!mayBeOutOfReach(entry, place) || files().fileExists(path)) found.push_back(std::move(path));
+    if (!mayBeOutOfReach(entry, position) || files().fileExists(path)) found.push_back(std::move(path));
   });
   return wasListed ? found : Paths();
 }
@@ -54,8 +54,8 @@ void follow(const std::string& folder, Components components, Paths& found) {
   }
   const Components rest = components.subspan(1);
   if (hasWildcard(components.front())) {
-    const Place place = rest.empty() ? Place::AtTheEnd : Place::OnTheWay;
-    for (const auto& path : entriesLike(folder, components.front(), place)) follow(path, rest, found);
+    const Position position = rest.empty() ? Position::AtTheEnd : Position::OnTheWay;
+    for (const auto& path : entriesLike(folder, components.front(), position)) follow(path, rest, found);
     return;
   }
   const std::string path = appendingPathComponent(folder, components.front());

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -82,9 +81,4 @@ class QMLocalPaths {
   /// `isPathOnTimeMachineVolume:`. The path is below /Volumes/ and has a component
   /// "Backups.backupdb".
   static bool isPathOnTimeMachineVolume(const std::optional<std::string>& path);
-
-  // A null pointer is no path.
-  static bool isPathSystemDirectory(std::nullptr_t, ExactMatch) = delete;
-  static bool isPathSystemDirectory(std::nullptr_t) = delete;
-  static bool isPathOnTimeMachineVolume(std::nullptr_t) = delete;
 };

@@ -33,15 +33,12 @@ class QMLog : public Singleton<QMLog> {
   /// When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the old
   /// first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
-  static void createNewLog(std::nullptr_t) = delete;
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A nil format does nothing.
   template <class... Arguments>
   static void fastAppendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
   }
-  template <class... Arguments>
-  static void fastAppendLog(std::nullptr_t, const Arguments&...) = delete;
 
   /// `appendLog:`. Formats the message and hands it to `fastAppendLog:`. A message of 1 to 99
   /// characters behind at most 99 waiting ones is on disk when this returns. A nil format does
@@ -50,8 +47,6 @@ class QMLog : public Singleton<QMLog> {
   static void appendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
   }
-  template <class... Arguments>
-  static void appendLog(std::nullptr_t, const Arguments&...) = delete;
 
   /// `appendLogAndPrint:`. Trims the format, then as `appendLog:`, and prints the message to the
   /// system console. A nil format does nothing.
@@ -59,13 +54,10 @@ class QMLog : public Singleton<QMLog> {
   static void appendLogAndPrint(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendAndPrintMessage(qm::foundation::formatted(trimmed(*format), arguments...));
   }
-  template <class... Arguments>
-  static void appendLogAndPrint(std::nullptr_t, const Arguments&...) = delete;
 
   /// `appendLogOnThread:`. The queued operation: opens the file when needed (it never makes one),
   /// writes the line, counts it and begins a new log after 500,000 bytes.
   static void appendLogOnThread(const std::string& message);
-  static void appendLogOnThread(std::nullptr_t) = delete;
 
   /// `finishWriting`. Returns when every queued message has been written; at once from inside the
   /// writing itself.
@@ -89,7 +81,6 @@ class QMLog : public Singleton<QMLog> {
   std::optional<std::string> appName() const;
   /// `setAppName:`
   void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
-  void setAppName(std::nullptr_t) = delete;
   /// `bytesWritten`. Bytes of message lines appended since the last new log.
   std::size_t bytesWritten() const { return bytesWritten_; }
   /// `setBytesWritten:`

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -77,17 +76,6 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `runTaskAndReturn:arguments:`. Starts the tool and returns; it is reaped when it ends.
   static void runTaskAndReturn(const std::string& path, const Arguments& arguments);
 
-  // A null pointer is no path.
-  template <class... Rest>
-  static long terminationCodeFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
-  template <class... Rest>
-  static Data dataFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
-  template <class... Rest>
-  static std::optional<std::string> stringFromTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
-  template <class... Rest>
-  static bool runTask(std::nullptr_t, const Arguments&, const Rest&...) = delete;
-  static void runTaskAndReturn(std::nullptr_t, const Arguments&) = delete;
-
   // A bare 0 is no limit: it would be taken for the out-parameter's null.
   static long terminationCodeFromTask(const std::string&, const Arguments&, int) = delete;
   static Data dataFromTask(const std::string&, const Arguments&, int) = delete;
@@ -105,9 +93,6 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
   /// `runTask:arguments:timeout:` on an instance.
   void runOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
-  long terminationCodeOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
-  Data dataOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
-  void runOnInstance(std::nullptr_t, const Arguments&, TimeoutInterval) = delete;
 
   /// `theTask`. The tool that a call with a time limit waits for, or that runs in the background; null when
   /// there is none. Any thread.
@@ -133,10 +118,6 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
                          const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
-  void asyncDataFromTask(std::nullptr_t, const Arguments&, const std::shared_ptr<AsyncTaskDelegate>&,
-                         const AsyncTaskSelector&, const std::shared_ptr<void>&) = delete;
-  void asyncDataFromTask(const std::string&, const Arguments&, const std::shared_ptr<AsyncTaskDelegate>&,
-                         std::nullptr_t, const std::shared_ptr<void>&) = delete;
 
   /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
   /// output. Logs "Unable to launch async task - no task set" when there is none.

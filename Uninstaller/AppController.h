@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -25,7 +24,6 @@ class AppController : public qm::uninstaller::InterfaceOwner {
   /// nil, for an item in a folder named "Release", below "/Structure/Applications/", already in the
   /// Trash, or not there (a dangling link reads as not there).
   void trashFile(const std::optional<std::string>& path);
-  void trashFile(std::nullptr_t) = delete;
 
   /// `cancel:` (main thread). Ends the application.
   void cancel(const qm::platform::ActionSender* sender) override;

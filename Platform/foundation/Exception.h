@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -15,11 +14,6 @@ class Exception : public std::exception {
  public:
   explicit Exception(std::string name, std::optional<std::string> reason = std::nullopt)
       : texts_(std::make_shared<const Texts>(Texts{std::move(name), std::move(reason)})) {}
-  explicit Exception(std::nullptr_t) = delete;
-  template <class Reason>
-  Exception(std::nullptr_t, const Reason&) = delete;
-  template <class Name>
-  Exception(const Name&, std::nullptr_t) = delete;
 
   const std::string& name() const { return texts_->name; }
   const std::optional<std::string>& reason() const { return texts_->reason; }

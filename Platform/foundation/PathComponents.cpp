@@ -84,4 +84,8 @@ std::vector<std::string> pathComponents(std::string_view path) {
   return components;
 }
 
+bool isAtOrBelow(std::string_view path, std::string_view folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
 }  // namespace qm::foundation

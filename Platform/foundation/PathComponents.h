@@ -41,4 +41,8 @@ requires std::same_as<Path, std::optional<std::string>> Path appendingPathCompon
 /// "/a/b" gives "/", "a", "b"; a trailing slash gives a last component "/"; "" gives none.
 std::vector<std::string> pathComponents(std::string_view path);
 
+/// Whether a path is a folder's or begins with it, by whole components: "/a" and "/a/b" are, "/ab" is not at or below
+/// "/a". Both are taken as they are, without slashes at the end.
+bool isAtOrBelow(std::string_view path, std::string_view folder);
+
 }  // namespace qm::foundation

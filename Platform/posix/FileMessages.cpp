@@ -1,53 +1,12 @@
 #include "Platform/posix/FileMessages.h"
 
-#include <algorithm>
 #include <string_view>
-#include <system_error>
 
-#include "Platform/foundation/ControlCharacters.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/ItemPath.h"
 
 namespace qm::posix {
 namespace {
-
-constexpr std::string_view kDamagedPath = "its path can’t be used";
-
-struct Reason {
-  int code;
-  FileError::Side side;
-  std::string_view text;
-};
-
-/// Everything that people may be told about why; other numbers are put in the system's words.
-constexpr auto kSource = FileError::Side::Source;
-constexpr auto kDestination = FileError::Side::Destination;
-constexpr Reason kReasons[] = {
-    {ENOENT, kSource, "it doesn’t exist"},
-    {ENOENT, kDestination, "the folder doesn’t exist"},
-    {EEXIST, kSource, "an item with the same name already exists"},
-    {EEXIST, kDestination, "an item with the same name already exists"},
-    {EACCES, kSource, "you don’t have permission"},
-    {EPERM, kSource, "you don’t have permission"},
-    {EACCES, kDestination, "you don’t have permission"},
-    {EPERM, kDestination, "you don’t have permission"},
-    {EROFS, kSource, "the volume is read-only"},
-    {EROFS, kDestination, "the volume is read-only"},
-    {ENOSPC, kSource, "there isn’t enough space"},
-    {ENOSPC, kDestination, "there isn’t enough space"},
-    {EDQUOT, kSource, "there isn’t enough space"},
-    {EDQUOT, kDestination, "there isn’t enough space"},
-    {ENAMETOOLONG, kSource, "its name or path is too long"},
-    {ENAMETOOLONG, kDestination, "the name or path there is too long"},
-    {EINVAL, kSource, kDamagedPath},
-    {EINVAL, kDestination, "the path there can’t be used"},
-    {EINVAL, FileError::Side::Itself, "a folder can’t be put into itself"},
-    {ENOTDIR, kSource, "a part of its path isn’t a folder"},
-    {ENOTDIR, kDestination, "a part of the path there isn’t a folder"},
-    {EISDIR, kSource, "it is a folder"},
-    {ENOTEMPTY, kSource, "something was put into it meanwhile"},
-    {EBUSY, kSource, "it is in use or holds another volume"},
-    {ESTALE, kSource, "it was changed meanwhile"},
-};
 
 std::string_view actionText(FileOperation operation) {
   switch (operation) {
@@ -75,16 +34,16 @@ std::string_view actionText(FileOperation operation) {
   return {};
 }
 
-/// A name between quotation marks, on one line whatever it holds.
-std::string quoted(const std::string& name) { return "“" + foundation::replacingControlCharacters(name, '?') + "”"; }
+Subject subjectOf(FileError::Side side) {
+  if (side == FileError::Side::Itself) return Subject::ItemIntoItself;
+  return side == FileError::Side::Destination ? Subject::Destination : Subject::Item;
+}
 
 std::string reasonText(const FileError& error) {
   if (error.side == FileError::Side::InTheWay) return " because " + quoted(error.item) + " is in it.";
-  const auto* reason = std::find_if(std::begin(kReasons), std::end(kReasons), [&](const Reason& candidate) {
-    return candidate.code == error.code && candidate.side == error.side;
-  });
-  if (reason != std::end(kReasons)) return " because " + std::string(reason->text) + ".";
-  return " (" + std::generic_category().message(error.code) + ").";
+  const std::string_view words = wordsFor(error.code, subjectOf(error.side));
+  if (!words.empty()) return " because " + std::string(words) + ".";
+  return " (" + systemWords(error.code) + ").";
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O
 
 int FolderChain::start(int folder) {
   Level first;
-  first.folder.reset(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  first.folder = duplicate(folder);
   if (!first.folder) return errno;
   if (const int error = identify(first.folder.get(), first.identity)) return error;
   levels_.clear();

@@ -103,8 +103,6 @@ FileError moveAcrossVolumes(const Places& places) {
   return error;
 }
 
-UniqueFd duplicate(const UniqueFd& fd) { return UniqueFd(::fcntl(fd.get(), F_DUPFD_CLOEXEC, 0)); }
-
 /// Which side the error number of a rename speaks of.
 Side sideOf(int error, const Places& places) {
   const Place& source = places.source;

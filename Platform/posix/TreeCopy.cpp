@@ -104,7 +104,7 @@ class CopyVisitor : public TreeVisitor {
   /// The folders below it are in one where nobody else has rights.
   int beginWithTop() {
     if (const int error = checkOwnFolder(start_, to_.folder())) return error;
-    made_.reset(::fcntl(to_.folder(), F_DUPFD_CLOEXEC, 0));
+    made_ = duplicate(to_.folder());
     if (!made_) return errno;
     copy_ = to_.identity();
     dropInheritedAccess(to_.folder());
@@ -229,7 +229,7 @@ bool isWithin(int folder, int parent, const std::string& name) {
   FolderIdentity wantedIdentity;
   FolderIdentity current;
   if (!wanted || identify(wanted.get(), wantedIdentity) != 0) return false;
-  UniqueFd at(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+  UniqueFd at = duplicate(folder);
   if (!at || identify(at.get(), current) != 0) return false;
   do {
     if (current.sameFolder(wantedIdentity)) return true;

@@ -71,7 +71,7 @@ class Walk {
   }
 
   int list(std::vector<FolderEntry>& entries) const {
-    UniqueFd folder(::fcntl(chain_.folder(), F_DUPFD_CLOEXEC, 0));
+    UniqueFd folder = duplicate(chain_.folder());
     return folder ? listFolder(std::move(folder), entries) : errno;
   }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,5 +40,9 @@ class UniqueFd {
  private:
   int fd_ = -1;
 };
+
+/// Another descriptor for the same open file, close-on-exec; none on failure, see `errno`.
+inline UniqueFd duplicate(int fd) noexcept { return UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 0)); }
+inline UniqueFd duplicate(const UniqueFd& fd) noexcept { return duplicate(fd.get()); }
 
 }  // namespace qm::posix

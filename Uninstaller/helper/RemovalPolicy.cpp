@@ -95,6 +95,6 @@ PreparedWork RemovalPolicy::prepare(const Launch& launch, const UserRecord& pers
     return Refusal{EPERM, launch.tool + ": only the product's items are moved to your Trash, nothing else is done"};
   }
   const auto command = parseFileCommand(moves ? "mv" : "rm", launch.arguments);
-  if (!*command) return command->refusal();
+  if (!*command) return command->problem();
   return moves ? moveItem(**command, person, product()) : removeFolder(**command, person, product());
 }

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -100,6 +102,38 @@ TEST(PeerSocket, HearsNoOtherProcessOfThePerson) {
       EXPECT_EQ(peer.receive(text), PeerSocket::Received::End);
       EXPECT_EQ(text, "");
     });
+  });
+}
+
+// A helper that has more to say than the connection holds, in a process of its own below the application's.
+pid_t applicationWithATalkativeHelper(Ends& ends, UniqueFd& ended) {
+  int pipe[2] = {-1, -1};
+  EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+  ended.reset(pipe[0]);
+  const UniqueFd writing(pipe[1]);
+  const pid_t application = ::fork();
+  if (application != 0) return application;
+  if (::fork() == 0) {
+    PeerSocket(std::move(ends.helper), kPerson).send(std::string(std::size_t{64} << 20U, 'x'));
+    _exit(::write(writing.get(), "ended", 5) == 5 ? 0 : 1);
+  }
+  for (;;) ::pause();
+}
+
+TEST(PeerSocket, StopsTalkingWhenItsParentEndsEvenIfSomebodyElseHoldsTheOtherEndAndReadsNothing) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    UniqueFd ended;
+    const pid_t application = applicationWithATalkativeHelper(ends, ended);
+    ASSERT_GT(application, 0);
+    pollfd talk{ends.application.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&talk, 1, 30000), 1) << "it has begun";
+    EXPECT_EQ(::kill(application, SIGKILL), 0);
+    EXPECT_EQ(::waitpid(application, nullptr, 0), application);
+    pollfd end{ended.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&end, 1, 30000), 1);
+    char word[8] = {};
+    EXPECT_EQ(::read(ended.get(), word, sizeof word), 5);
   });
 }
 

@@ -14,7 +14,9 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
+#include "Platform/posix/process/Descriptors.h"
 #include "Uninstaller/Product.h"
 #include "tests/contract/system/WaitUntil.h"
 #include "tests/support/PrivateMachine.h"
@@ -23,7 +25,6 @@ namespace qm::testing {
 namespace {
 
 using linux_::ChildProgram;
-using posix::UniqueFd;
 using namespace platform;  // the names of Authorization Services are long enough as they are
 
 constexpr AuthorizationFlags kWithDialog =
@@ -54,16 +55,16 @@ void startMessageBus() {
   // Never destroyed: each case runs in a copy of this process, which has no say over the bus.
   static auto& bus = *new ChildProgram;
   ASSERT_EQ(::mkdir("/run/dbus", 0755), 0);
-  UniqueFd reading, writing;
-  ASSERT_TRUE(linux_::makePipe(reading, writing));
+  posix::Pipe pipe = posix::makePipe();
+  ASSERT_TRUE(pipe.reading);
   ASSERT_EQ(bus.start("/usr/bin/dbus-daemon", {"--system", "--nofork", "--nopidfile", "--print-address=1"},
-                      {.output = writing.get()}),
+                      {.output = pipe.writing.get()}),
             0);
-  writing.reset();
+  pipe.writing.reset();
   char unused = 0;
-  ASSERT_EQ(::read(reading.get(), &unused, 1), 1) << "the message bus did not start";
+  ASSERT_EQ(::read(pipe.reading.get(), &unused, 1), 1) << "the message bus did not start";
   // It may go on writing there.
-  static_cast<void>(reading.release());
+  static_cast<void>(pipe.reading.release());
 }
 
 KeptConsole& lastingConsole() {
@@ -92,12 +93,15 @@ bool KeptConsole::waitFor(const std::string& part) const {
 DesktopAgent::DesktopAgent(const std::vector<std::string>& answers) {
   std::vector<std::string> arguments = {std::to_string(::getpid()), linux_::ownStartTime()};
   arguments.insert(arguments.end(), answers.begin(), answers.end());
-  UniqueFd inputReading, outputWriting;
-  EXPECT_TRUE(linux_::makePipe(inputReading, input_) && linux_::makePipe(output_, outputWriting));
+  posix::Pipe input = posix::makePipe();
+  posix::Pipe output = posix::makePipe();
+  EXPECT_TRUE(input.reading && output.reading);
+  input_ = std::move(input.writing);
+  output_ = std::move(output.reading);
   EXPECT_EQ(child_.start(programFolder() + "/test-desktop-agent", arguments,
-                         {.input = inputReading.get(), .output = outputWriting.get(), .errors = STDERR_FILENO}),
+                         {.input = input.reading.get(), .output = output.writing.get(), .errors = STDERR_FILENO}),
             0);
-  outputWriting.reset();  // the agent's end, and with it this read
+  output.writing.reset();  // the agent's end, and with it this read
   char ready[6] = {};
   EXPECT_EQ(::read(output_.get(), ready, sizeof ready), 6) << "the agent did not register";
   ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);

@@ -1,16 +1,13 @@
 #include "Platform/linux/archives/ArchiveProblem.h"
 
-#include <cerrno>
-#include <system_error>
-
-#include "Platform/foundation/ControlCharacters.h"
+#include "Platform/posix/ErrorWords.h"
 
 namespace qm::linux_ {
 
-std::string shownName(std::string_view name) { return foundation::replacingControlCharacters(name, '?'); }
+std::string shownName(std::string_view name) { return posix::onOneLine(name); }
 
 platform::Status problemWith(std::string_view name, int error) {
-  return platform::Status::failed(error, shownName(name) + ": " + std::system_category().message(error));
+  return platform::Status::failed(error, posix::withSystemWords(shownName(name), error));
 }
 
 platform::Status problemWith(std::string_view name, const std::string& why) {
@@ -18,18 +15,9 @@ platform::Status problemWith(std::string_view name, const std::string& why) {
 }
 
 platform::Status problemInPlace(std::string_view name, int error) {
-  switch (error) {
-    case 0:
-      return platform::Status::success();
-    case ELOOP:
-      return problemWith(name, "It would be written through a link");
-    case EISDIR:
-      return problemWith(name, "A folder has its name");
-    case ENOTDIR:
-      return problemWith(name, "Something that is no folder is in its way");
-    default:
-      return problemWith(name, error);
-  }
+  if (error == 0) return platform::Status::success();
+  const std::string_view words = posix::wordsFor(error, posix::Subject::UnpackedItem);
+  return words.empty() ? problemWith(name, error) : problemWith(name, std::string(words));
 }
 
 }  // namespace qm::linux_

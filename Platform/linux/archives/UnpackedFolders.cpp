@@ -63,7 +63,7 @@ class UnpackedFolders::Walk {
   Walk(const std::vector<Folder>& folders, int top) : folders_(folders), top_(top) {}
 
   Status run() {
-    enter(kTop, UniqueFd(::fcntl(top_, F_DUPFD_CLOEXEC, 0)));
+    enter(kTop, posix::duplicate(top_));
     while (!way_.empty()) way_.back().next == folderOf(way_.back()).below.end() ? ascend() : descend();
     return std::move(first_);
   }
@@ -118,7 +118,7 @@ class UnpackedFolders::Walk {
   }
 
   bool reopen() {
-    here_.reset(::fcntl(top_, F_DUPFD_CLOEXEC, 0));
+    here_ = posix::duplicate(top_);
     for (std::size_t i = 1; here_ && i < way_.size(); ++i)
       here_.reset(::openat(here_.get(), folderOf(way_[i]).name.c_str(), kFlags));
     return static_cast<bool>(here_);

@@ -54,7 +54,7 @@ class NewFolder {
     folder.reset(::openat(parent, name_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder) return errno;
     if (const int error = posix::checkOwnFolder(parent, folder.get())) return error;
-    made_.reset(::fcntl(folder.get(), F_DUPFD_CLOEXEC, 0));
+    made_ = duplicate(folder);
     return posix::errorOf(made_.get());
   }
 

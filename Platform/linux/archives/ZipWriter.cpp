@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <system_error>
 
 #include "Platform/linux/archives/ArchiveProblem.h"
+#include "Platform/posix/ErrorWords.h"
 
 namespace qm::linux_ {
 namespace {
@@ -80,7 +80,7 @@ Status ZipWriter::answer(const std::string& name, int result) const {
   const int error = ::archive_errno(archive_.get());
   const char* text = ::archive_error_string(archive_.get());
   const std::string why =
-      error > 0 ? std::system_category().message(error) : shownName(text == nullptr ? "It cannot be written" : text);
+      error > 0 ? posix::systemWords(error) : shownName(text == nullptr ? "It cannot be written" : text);
   return name.empty() ? Status::failed(std::max(error, 0), why) : problemWith(name, why);
 }
 

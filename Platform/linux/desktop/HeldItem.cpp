@@ -1,10 +1,5 @@
 #include "Platform/linux/desktop/HeldItem.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <climits>
-
 namespace qm::linux_ {
 namespace {
 
@@ -18,12 +13,9 @@ bool leadsTo(const std::string& path, const struct stat& item) {
 }  // namespace
 
 std::optional<std::string> HeldItem::path() const {
-  std::array<char, PATH_MAX> target{};
-  const ssize_t length = ::readlink(handle().c_str(), target.data(), target.size());
-  if (length <= 0 || static_cast<std::size_t>(length) == target.size()) return std::nullopt;
-  std::string path(target.data(), static_cast<std::size_t>(length));
+  std::string path = posix::shownPath(item_.get());
   struct stat item {};
-  if (path.front() != '/' || ::fstat(item_.get(), &item) != 0 || !leadsTo(path, item)) return std::nullopt;
+  if (path.empty() || ::fstat(item_.get(), &item) != 0 || !leadsTo(path, item)) return std::nullopt;
   return path;
 }
 

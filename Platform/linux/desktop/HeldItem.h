@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Platform/FileReferences.h"
+#include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
@@ -18,7 +19,7 @@ class HeldItem : public platform::ReferencedItem {
   explicit HeldItem(posix::UniqueFd item) : item_(std::move(item)) {}
 
   /// A path that leads to the item itself, wherever it is and whatever it is called.
-  std::string handle() const { return "/proc/self/fd/" + std::to_string(item_.get()); }
+  std::string handle() const { return posix::pathOfDescriptor(item_.get()); }
   /// Where the item is now; nil when it has no name any more, or none that this process can reach.
   std::optional<std::string> path() const;
   bool isFolder() const;

@@ -88,7 +88,7 @@ OSStatus LinuxDesktopShell::newMinimalAlias(const platform::FileReference& refer
 
 OSStatus LinuxDesktopShell::sendUpdateEvent(const platform::Alias& alias) {
   const auto* named = dynamic_cast<const ItemAlias*>(&alias);
-  Outcome<TrashUser> person = findTrashUser(users_, dataHome_);
+  TrashAnswer<TrashUser> person = findTrashUser(users_, dataHome_);
   if (named == nullptr || !person) return platform::procNotFound;
   const ThreadUser acting(actingIdentity(*person));
   const bool sent = acting.ok() && sendNotice(busAddressOf(*person), named->item, busLimit_);
@@ -97,7 +97,7 @@ OSStatus LinuxDesktopShell::sendUpdateEvent(const platform::Alias& alias) {
 
 OSStatus LinuxDesktopShell::registerApplication(const std::string& path) {
   if (posix::pathError(path) != 0) return platform::fnfErr;
-  Outcome<TrashUser> person = findTrashUser(users_, dataHome_);
+  TrashAnswer<TrashUser> person = findTrashUser(users_, dataHome_);
   if (!person) return platform::kLSUnknownErr;
   const OSStatus status = addToMenu(path, *person, mark_);
   if (status == platform::noErr) updateDatabase(applicationsFolderOf(*person), *person);

@@ -37,7 +37,7 @@ int find(const std::string& path, NamedItem& item) {
   item.name = path;
   if (::geteuid() != 0 || path == "/") return 0;
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.refusal().error;
+  if (!place) return place.problem().error;
   item = {std::move(place->folder), std::move(place->name)};
   return 0;
 }

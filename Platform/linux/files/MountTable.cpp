@@ -11,6 +11,7 @@
 #include <charconv>
 #include <string_view>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
@@ -74,13 +75,9 @@ std::string readTable(int table) {
   return text;
 }
 
-bool isAtOrBelow(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 }  // namespace
 
-std::optional<Place> placeOf(int folder, const char* name) {
+std::optional<ItemIdentity> itemIdentity(int folder, const char* name) {
   constexpr unsigned wanted = STATX_TYPE | STATX_MODE | STATX_UID | STATX_INO | STATX_MNT_ID;
   struct statx found {};
   if (::statx(folder, name, AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, wanted, &found) != 0) return {};
@@ -88,8 +85,8 @@ std::optional<Place> placeOf(int folder, const char* name) {
     errno = ENOTSUP;
     return {};
   }
-  return Place{found.stx_mnt_id, makedev(found.stx_dev_major, found.stx_dev_minor), found.stx_ino, found.stx_uid,
-               found.stx_mode};
+  return ItemIdentity{found.stx_mnt_id, makedev(found.stx_dev_major, found.stx_dev_minor), found.stx_ino, found.stx_uid,
+                      found.stx_mode};
 }
 
 MountTable::MountTable() : MountTable(openTable().get()) {}
@@ -115,11 +112,12 @@ bool MountTable::hasMountAt(IsWanted isWanted) const {
 }
 
 bool MountTable::hasMountBelow(const std::string& path) const {
-  return hasMountAt([&](std::string_view point) { return isAtOrBelow(point, path); });
+  return hasMountAt([&](std::string_view point) { return foundation::isAtOrBelow(point, path); });
 }
 
 bool MountTable::hasMountInside(const std::string& path) const {
-  return hasMountAt([&](std::string_view point) { return isAtOrBelow(point, path) && point.size() > path.size(); });
+  return hasMountAt(
+      [&](std::string_view point) { return foundation::isAtOrBelow(point, path) && point.size() > path.size(); });
 }
 
 std::shared_ptr<const MountTable> MountedVolumes::now() {

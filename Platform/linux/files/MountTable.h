@@ -14,20 +14,20 @@ namespace qm::linux_ {
 
 /// What a name leads to, told apart from everything else in the system. The mount counts as well as the
 /// device: nothing can be renamed from one mount of a device to another.
-struct Place {
+struct ItemIdentity {
   std::uint64_t mount = 0;
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
   uid_t owner = 0;
   mode_t mode = 0;
 
-  bool sameVolume(const Place& other) const { return mount == other.mount && device == other.device; }
-  bool sameItem(const Place& other) const { return sameVolume(other) && inode == other.inode; }
+  bool sameVolume(const ItemIdentity& other) const { return mount == other.mount && device == other.device; }
+  bool sameItem(const ItemIdentity& other) const { return sameVolume(other) && inode == other.inode; }
 };
 
 /// The item behind a descriptor, or a name in the folder of a descriptor; a link is not followed. Nil,
 /// with the error number set, when there is none.
-std::optional<Place> placeOf(int folder, const char* name = "");
+std::optional<ItemIdentity> itemIdentity(int folder, const char* name = "");
 
 /// The mounted volumes as the process saw them at one moment.
 class MountTable {

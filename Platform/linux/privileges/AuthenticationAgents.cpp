@@ -6,12 +6,13 @@
 #include <cerrno>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
 namespace {
-
-using posix::UniqueFd;
 
 // A pipe takes this much at once: writing never waits for the reader.
 constexpr std::size_t kLongest = 4096;
@@ -62,28 +63,28 @@ bool saysReady(int fd) {
 
 bool CredentialsAgent::start(const std::string& program, const std::string& user, const std::string& password) {
   if (user.size() > kLongest || password.size() > kLongest) return false;
-  UniqueFd inputReading;
-  UniqueFd outputReading;
-  UniqueFd outputWriting;
-  if (!makePipe(inputReading, input_) || !makePipe(outputReading, outputWriting)) return false;
+  posix::Pipe input = posix::makePipe();
+  posix::Pipe output = posix::makePipe();
+  if (!input.reading || !output.reading) return false;
   const std::vector<std::string> arguments = {std::to_string(::getpid()), ownStartTime()};
-  if (child_.start(program, arguments, {.input = inputReading.get(), .output = outputWriting.get()}) != 0) return false;
-  outputWriting.reset();
-  return sendCredentials(input_.get(), user, password) && saysReady(outputReading.get());
+  if (child_.start(program, arguments, {.input = input.reading.get(), .output = output.writing.get()}) != 0)
+    return false;
+  output.writing.reset();
+  input_ = std::move(input.writing);
+  return sendCredentials(input_.get(), user, password) && saysReady(output.reading.get());
 }
 
 // The agent closes its standard output when it is ready; it talks to the terminal itself.
 bool TerminalAgent::start(const std::string& program) {
-  UniqueFd reading;
-  UniqueFd writing;
-  if (!makePipe(reading, writing)) return false;
+  posix::Pipe pipe = posix::makePipe();
+  if (!pipe.reading) return false;
   const std::string process = std::to_string(::getpid()) + "," + ownStartTime();
-  if (child_.start(program, {"--process", process, "--notify-fd", "1"}, {.output = writing.get()}) != 0) {
+  if (child_.start(program, {"--process", process, "--notify-fd", "1"}, {.output = pipe.writing.get()}) != 0) {
     return false;
   }
-  writing.reset();
+  pipe.writing.reset();
   char unused = 0;
-  return readOnce(reading.get(), &unused, 1) == 0;
+  return readOnce(pipe.reading.get(), &unused, 1) == 0;
 }
 
 }  // namespace qm::linux_

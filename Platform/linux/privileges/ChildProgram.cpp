@@ -1,8 +1,6 @@
 #include "Platform/linux/privileges/ChildProgram.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <unistd.h>
 #include <csignal>
 
@@ -10,8 +8,8 @@
 #include <cerrno>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
-#include "Platform/posix/process/Descriptors.h"
 #include "Platform/posix/process/SpawnRequest.h"
 
 namespace qm::linux_ {
@@ -26,59 +24,6 @@ char languageVariable[] = "LANG=C";
 char shellVariable[] = "SHELL=/bin/sh";
 std::array<char*, 4> environment() { return {pathVariable, languageVariable, shellVariable, nullptr}; }
 
-class Actions {
- public:
-  Actions() { note(::posix_spawn_file_actions_init(&actions_)); }
-  Actions(const Actions&) = delete;
-  Actions& operator=(const Actions&) = delete;
-  ~Actions() { ::posix_spawn_file_actions_destroy(&actions_); }
-
-  void connect(int stream, int descriptor) {
-    note(descriptor < 0 ? ::posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null", O_RDWR, 0)
-                        : ::posix_spawn_file_actions_adddup2(&actions_, descriptor, stream));
-  }
-  int closeOthers() {
-    note(posix::addCloseAllButStandardStreams(&actions_));
-    return error_;
-  }
-  const posix_spawn_file_actions_t* get() const { return &actions_; }
-
- private:
-  void note(int error) { error_ = error_ == 0 ? error : error_; }
-
-  posix_spawn_file_actions_t actions_{};
-  int error_ = 0;
-};
-
-class Attributes {
- public:
-  Attributes() {
-    sigset_t all;
-    sigset_t none;
-    sigfillset(&all);
-    sigemptyset(&none);
-    ::posix_spawnattr_init(&attributes_);
-    ::posix_spawnattr_setsigdefault(&attributes_, &all);
-    ::posix_spawnattr_setsigmask(&attributes_, &none);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-  }
-  Attributes(const Attributes&) = delete;
-  Attributes& operator=(const Attributes&) = delete;
-  ~Attributes() { ::posix_spawnattr_destroy(&attributes_); }
-  const posix_spawnattr_t* get() const { return &attributes_; }
-
- private:
-  posix_spawnattr_t attributes_{};
-};
-
-std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
-  std::vector<char*> vector = {const_cast<char*>(path.c_str())};
-  vector.reserve(arguments.size() + 2);
-  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
-  vector.push_back(nullptr);
-  return vector;
-}
-
 }  // namespace
 
 ChildProgram& ChildProgram::operator=(ChildProgram&& other) noexcept {
@@ -88,19 +33,12 @@ ChildProgram& ChildProgram::operator=(ChildProgram&& other) noexcept {
 }
 
 int ChildProgram::start(const std::string& path, const std::vector<std::string>& arguments, const Streams& streams) {
-  Actions actions;
-  const Attributes attributes;
-  actions.connect(STDIN_FILENO, streams.input);
-  actions.connect(STDOUT_FILENO, streams.output);
-  actions.connect(STDERR_FILENO, streams.errors);
-  if (const int error = actions.closeOthers(); error != 0) return error;
+  posix::SpawnRequest request;
+  request.connect(STDIN_FILENO, streams.input);
+  request.connect(STDOUT_FILENO, streams.output);
+  request.connect(STDERR_FILENO, streams.errors);
   pid_t child = -1;
-  const auto vector = argumentVector(path, arguments);
-  if (const int error =
-          ::posix_spawn(&child, path.c_str(), actions.get(), attributes.get(), vector.data(), environment().data());
-      error != 0) {
-    return error;
-  }
+  if (const int error = request.spawn(path, arguments, &child, environment().data()); error != 0) return error;
   handle_ = posix::ProcessHandle::open(child);
   return handle_ ? 0 : errno;
 }
@@ -120,13 +58,6 @@ void ChildProgram::end() {
   pollfd ended{handle_.descriptor(), POLLIN, 0};
   if (::poll(&ended, 1, kPatienceMilliseconds) <= 0) handle_.signal(SIGKILL);
   wait();
-}
-
-bool makePipe(posix::UniqueFd& reading, posix::UniqueFd& writing) {
-  posix::Pipe pipe = posix::makePipe();
-  reading = std::move(pipe.reading);
-  writing = std::move(pipe.writing);
-  return static_cast<bool>(reading);
 }
 
 // The program's name stands in brackets and may hold anything; the numbers follow.

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "Platform/posix/UniqueFd.h"
 #include "Platform/posix/process/ProcessHandle.h"
 
 namespace qm::linux_ {
@@ -38,9 +37,6 @@ class ChildProgram {
  private:
   posix::ProcessHandle handle_;
 };
-
-/// Both ends of a pipe, close-on-exec. False when the system refuses one.
-bool makePipe(posix::UniqueFd& reading, posix::UniqueFd& writing);
 
 /// When this process was started, in the kernel's unit: with its number it names it for good. Empty when
 /// that cannot be told.

@@ -5,11 +5,11 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 #include <thread>
 
 #include "Platform/linux/privileges/ConsoleText.h"
+#include "Platform/posix/process/SocketMessage.h"
 
 namespace qm::linux_ {
 
@@ -18,35 +18,17 @@ using posix::UniqueFd;
 
 namespace {
 
-union DescriptorSpace {
-  cmsghdr alignment;
-  std::array<char, CMSG_SPACE(sizeof(int))> bytes;
-};
-
-UniqueFd descriptorIn(msghdr& message) {
-  const cmsghdr* header = CMSG_FIRSTHDR(&message);
-  if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) return UniqueFd();
-  int descriptor = -1;
-  std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
-  return UniqueFd(descriptor);
-}
-
 /// Blocks for the next bytes, and a descriptor if one comes along. False at the end.
 bool receive(int socket, std::string& bytes, UniqueFd& descriptor) {
   std::array<char, 4096> block{};
-  DescriptorSpace space{};
-  iovec part{block.data(), block.size()};
-  msghdr message{};
-  message.msg_iov = &part;
-  message.msg_iovlen = 1;
-  message.msg_control = space.bytes.data();
-  message.msg_controllen = space.bytes.size();
+  posix::SocketMessage<int> message(block.data(), block.size());
+  message.makeRoom();
   ssize_t got = 0;
   do {
-    got = ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
+    got = ::recvmsg(socket, message.get(), MSG_CMSG_CLOEXEC);
   } while (got < 0 && errno == EINTR);
   if (got <= 0) return false;
-  descriptor = descriptorIn(message);
+  descriptor = UniqueFd(message.attached(SCM_RIGHTS).value_or(-1));
   bytes.assign(block.data(), static_cast<std::size_t>(got));
   return true;
 }

@@ -7,10 +7,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <optional>
 
 #include "Platform/linux/privileges/AuthenticationAgents.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -76,18 +76,20 @@ class PkexecRun {
 
  private:
   static HelperOpening unavailable(const std::string& program, int error) {
-    return failed(platform::errAuthorizationToolEnvironmentError, program + ": " + std::strerror(error));
+    return failed(platform::errAuthorizationToolEnvironmentError, posix::withSystemWords(program, error));
   }
 
   // The helper's end is its standard input: pkexec closes everything but the standard streams.
   int start(const PrivilegePrograms& programs, const OnlyCommand& only) {
     UniqueFd helpers;
-    UniqueFd errorsWriting;
-    if (!makeSocketPair(socket_, helpers) || !makePipe(errorsReading_, errorsWriting)) return errno;
+    if (!makeSocketPair(socket_, helpers)) return errno;
+    posix::Pipe errors = posix::makePipe();
+    if (!errors.reading) return errno;
+    errorsReading_ = std::move(errors.reading);
     std::vector<std::string> arguments = {"--disable-internal-agent", programs.helper};
     arguments.insert(arguments.end(), only.begin(), only.end());
     return pkexec_.start(programs.pkexec, arguments,
-                         {.input = helpers.get(), .output = -1, .errors = errorsWriting.get()});
+                         {.input = helpers.get(), .output = -1, .errors = errors.writing.get()});
   }
 
   bool waitForHello() {

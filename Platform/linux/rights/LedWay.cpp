@@ -30,7 +30,7 @@ Writers writersOnTheWayTo(const std::string& path) {
   if (posix::pathError(path) != 0) return anybody();
   if (posix::withoutTrailingSlashes(path) == "/") return {};
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.refusal().error == ENOENT ? writersOnTheWayTo(posix::folderOf(path)) : anybody();
+  if (!place) return place.problem().error == ENOENT ? writersOnTheWayTo(posix::folderOf(path)) : anybody();
   Writers writers = place->writers;
   if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
   return writers;

@@ -1,15 +1,17 @@
 #include "Platform/linux/rights/PathWalk.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <vector>
 
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/posix/ErrorWords.h"
 
 namespace qm::linux_ {
 namespace {
@@ -146,7 +148,7 @@ class Walk {
 
 }  // namespace
 
-Refusal refusalFor(int error, const std::string& path) { return {error, path + ": " + std::strerror(error)}; }
+Refusal refusalFor(int error, const std::string& path) { return {error, posix::withSystemWords(path, error)}; }
 
 std::string PinnedPlace::shown() const {
   const std::string above = posix::shownPath(folder.get());
@@ -163,8 +165,15 @@ UniqueFd openFolderThroughRootsLinks(const std::string& path) {
   const bool isMissing = place && !place->item;
   const bool isFolder = place && place->isFolder();
   if (isFolder && !place->throughDoubtfulLink) return std::move(place->item);
-  errno = !place ? place.refusal().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
+  errno = !place ? place.problem().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
   return UniqueFd();
+}
+
+UniqueFd openFolderByRules(const std::string& path, std::uint64_t rules) {
+  open_how how{};
+  how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+  how.resolve = rules;
+  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
 }
 
 }  // namespace qm::linux_

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -48,5 +49,9 @@ Answer<PinnedPlace> pinPathMakingFolders(const std::string& path);
 /// Opens a folder to name items in it, by the same walk but for one rule: only links that nobody but root could have
 /// planted are followed. None, with ELOOP, where another link is on the way; none, with another `errno`, on failure.
 posix::UniqueFd openFolderThroughRootsLinks(const std::string& path);
+
+/// Opens a folder to name items in it, as the system walks a path, which keeps to `rules` (RESOLVE_… of openat2). None
+/// on failure, see `errno`; ENOSYS where the system knows no such rules.
+posix::UniqueFd openFolderByRules(const std::string& path, std::uint64_t rules);
 
 }  // namespace qm::linux_

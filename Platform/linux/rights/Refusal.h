@@ -1,8 +1,8 @@
 #pragma once
 
 #include <string>
-#include <utility>
-#include <variant>
+
+#include "Platform/foundation/Outcome.h"
 
 namespace qm::linux_ {
 
@@ -17,20 +17,6 @@ Refusal refusalFor(int error, const std::string& path);
 
 /// A value, or why there is none.
 template <class Value>
-class Answer {
- public:
-  Answer(Value value) : content_(std::move(value)) {}        // NOLINT(google-explicit-constructor)
-  Answer(Refusal refusal) : content_(std::move(refusal)) {}  // NOLINT(google-explicit-constructor)
-
-  explicit operator bool() const { return content_.index() == 0; }
-  Value& operator*() { return *std::get_if<0>(&content_); }
-  const Value& operator*() const { return *std::get_if<0>(&content_); }
-  Value* operator->() { return std::get_if<0>(&content_); }
-  const Value* operator->() const { return std::get_if<0>(&content_); }
-  const Refusal& refusal() const { return *std::get_if<1>(&content_); }
-
- private:
-  std::variant<Value, Refusal> content_;
-};
+using Answer = foundation::Outcome<Value, Refusal>;
 
 }  // namespace qm::linux_

@@ -43,8 +43,8 @@ void makeLink(const std::string& trashDirectory, const std::string& target) {
 
 bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {
   if (name != foundation::lastPathComponent(trashDirectory)) return false;
-  const std::optional<Place> item = placeOf(source.fd.get(), name.c_str());
-  const std::optional<Place> trash = placeOf(AT_FDCWD, trashDirectory.c_str());
+  const std::optional<ItemIdentity> item = itemIdentity(source.fd.get(), name.c_str());
+  const std::optional<ItemIdentity> trash = itemIdentity(AT_FDCWD, trashDirectory.c_str());
   return item && trash && item->sameItem(*trash);
 }
 
@@ -61,17 +61,17 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
   const std::string first = names.empty() ? sourceFolder : names.front();
   if (!trashDirectory) return trashFailure(first, {ENOENT, "nobody is logged in"});
   if (!isAbsolutePath(*trashDirectory)) return trashFailure(first, {EINVAL, "the place of the Trash is not known"});
-  Outcome<SharedUser> user = userFor(*trashDirectory);
+  TrashAnswer<SharedUser> user = userFor(*trashDirectory);
   if (!user) return trashFailure(first, user.problem());
-  Outcome<SourceFolder> source = openSourceFolder(sourceFolder, **user);
+  TrashAnswer<SourceFolder> source = openSourceFolder(sourceFolder, **user);
   if (!source) return trashFailure(first, source.problem());
 
   if ((*user)->forAnother) mendRootMoves(**user);
   FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
   if (!acting.ok()) return trashFailure(first, itemProblem(EPERM));
-  Outcome<SharedTrashDirectory> home = finder_.homeTrash(**user);
+  OpenedTrash home = finder_.homeTrash(**user);
   if (home) showTrash(*trashDirectory, **user, **home);
-  Outcome<SharedTrashDirectory> trash = TrashFinder::trashFor(*source, **user, home, acting);
+  OpenedTrash trash = TrashFinder::trashFor(*source, **user, home, acting);
   if (!trash) return trashFailure(first, trash.problem());
 
   const std::string date = deletionDate();
@@ -84,10 +84,10 @@ Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::opt
   return Status::success();
 }
 
-Outcome<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
+TrashAnswer<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
   const KnownUser asked{users_.realUserId(), trashDirectory, clock_.monotonicNow(), nullptr};
   if (SharedUser known = knownUser(asked)) return known;
-  Outcome<TrashUser> user = findTrashUser(users_, dataHome_, workFolderPrefix_);
+  TrashAnswer<TrashUser> user = findTrashUser(users_, dataHome_, workFolderPrefix_);
   if (!user) return user.problem();
   auto shared = std::make_shared<const TrashUser>(std::move(*user));
   const std::scoped_lock lock(mutex_);

@@ -49,7 +49,7 @@ class FreedesktopTrash final : public platform::Trash {
     std::chrono::steady_clock::time_point since;
   };
 
-  Outcome<SharedUser> userFor(const std::string& trashDirectory);
+  TrashAnswer<SharedUser> userFor(const std::string& trashDirectory);
   SharedUser knownUser(const KnownUser& asked);
   void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home);
   std::string deletionDate();

@@ -8,11 +8,13 @@
 #include <functional>
 #include <string_view>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/trash/InfoFile.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::linux_ {
 namespace {
@@ -21,10 +23,6 @@ using posix::UniqueFd;
 
 // How often another program may snatch the name that was just found free.
 constexpr int kMostRounds = 64;
-
-bool isIn(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
 
 bool exists(int folder, const std::string& name) {
   struct stat found {};
@@ -36,7 +34,7 @@ bool isValidName(const std::string& name) {
          name.find('\0') == std::string::npos;
 }
 
-bool isFolder(const Place& place) { return S_ISDIR(place.mode); }
+bool isFolder(const ItemIdentity& item) { return S_ISDIR(item.mode); }
 
 // One item on its way.
 class Move {
@@ -62,10 +60,10 @@ class Move {
 
  private:
   std::optional<TrashProblem> look() {
-    if (isIn(source_.path, trash_.path)) return TrashProblem{EINVAL, "it is already in the Trash"};
-    if (isIn(trash_.path, path_)) return TrashProblem{EINVAL, "the Trash itself is in it"};
+    if (foundation::isAtOrBelow(source_.path, trash_.path)) return TrashProblem{EINVAL, "it is already in the Trash"};
+    if (foundation::isAtOrBelow(trash_.path, path_)) return TrashProblem{EINVAL, "the Trash itself is in it"};
     const int error = withRights([this] {
-      const std::optional<Place> found = placeOf(source_.fd.get(), name_.c_str());
+      const std::optional<ItemIdentity> found = itemIdentity(source_.fd.get(), name_.c_str());
       if (found) item_ = *found;
       return found ? 0 : errno;
     });
@@ -74,7 +72,7 @@ class Move {
 
   // The contents of a volume are not the item's own, and the system would let them go along.
   std::optional<TrashProblem> mountedVolume() const {
-    if (item_.mount != source_.place.mount) return itemProblem(EBUSY);
+    if (item_.mount != source_.identity.mount) return itemProblem(EBUSY);
     if (!isFolder(item_)) return std::nullopt;
     const auto mounts = volumes_.now();
     if (!*mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
@@ -133,7 +131,7 @@ class Move {
   std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person,
                                                  const std::string& deletionDate) const {
     PinnedPlace place;
-    place.folder.reset(::fcntl(source_.fd.get(), F_DUPFD_CLOEXEC, 0));
+    place.folder = duplicate(source_.fd);
     place.name = name_;
     place.item.reset(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto status = place.folder && place.item ? statusOf(place.item.get()) : std::nullopt;
@@ -159,20 +157,19 @@ class Move {
   // A folder can be moved elsewhere only by who may write in it, which its owner can always allow
   // himself. That is done only where nothing else stands in the way.
   bool isOwnLockedFolder() const {
-    return isFolder(item_) && item_.owner == trash_.filesPlace.owner && (item_.mode & S_IWUSR) == 0 &&
+    return isFolder(item_) && item_.owner == trash_.filesIdentity.owner && (item_.mode & S_IWUSR) == 0 &&
            ::faccessat(source_.fd.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
   }
 
   // The folder's mode is as before afterwards, wherever it then is.
   int renameUnlocked(const std::function<int()>& rename) const {
     const UniqueFd folder(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::optional<Place> place = folder ? placeOf(folder.get()) : std::nullopt;
-    if (!place || !place->sameItem(item_)) return EACCES;
-    const std::string self = "/proc/self/fd/" + std::to_string(folder.get());
+    const std::optional<ItemIdentity> found = folder ? itemIdentity(folder.get()) : std::nullopt;
+    if (!found || !found->sameItem(item_)) return EACCES;
     constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO | S_ISUID | S_ISGID | S_ISVTX;
-    if (::chmod(self.c_str(), (place->mode & permissions) | S_IWUSR) != 0) return EACCES;
+    if (posix::setMode(folder.get(), (found->mode & permissions) | S_IWUSR) != 0) return EACCES;
     const int error = rename();
-    ::chmod(self.c_str(), place->mode & permissions);
+    posix::setMode(folder.get(), found->mode & permissions);
     return error;
   }
 
@@ -183,7 +180,7 @@ class Move {
   FileSystemUser& acting_;
   MountedVolumes& volumes_;
   std::string path_;
-  Place item_;
+  ItemIdentity item_;
   bool madeInfo_ = false;
 };
 

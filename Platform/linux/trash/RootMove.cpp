@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <functional>
+#include <string_view>
 #include <utility>
 
 #include "Platform/linux/trash/Handover.h"
@@ -17,6 +17,7 @@
 #include "Platform/linux/trash/TrashName.h"
 #include "Platform/linux/trash/TrashRecord.h"
 #include "Platform/linux/trash/WorkFolder.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TreeCopy.h"
@@ -28,8 +29,6 @@ using posix::FileError;
 using posix::UniqueFd;
 
 constexpr unsigned kMostNames = 64;
-
-UniqueFd duplicate(int fd) { return UniqueFd(::fcntl(fd, F_DUPFD_CLOEXEC, 0)); }
 
 }  // namespace
 
@@ -49,8 +48,8 @@ class RootMove::Steps {
 
   /// Why it would fail; 0 when nothing is in the way.
   FileError obstacle() const {
-    const std::optional<Place> item = placeOf(source_.item.get());
-    const std::optional<Place> folder = placeOf(source_.folder.get());
+    const std::optional<ItemIdentity> item = itemIdentity(source_.item.get());
+    const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
     if (!item || !folder) return errno;
     if (!isKnown_) return EIO;
     if (item->mount != folder->mount) return EBUSY;
@@ -60,8 +59,8 @@ class RootMove::Steps {
   }
 
   bool isOnTrashVolume() const {
-    const std::optional<Place> folder = placeOf(source_.folder.get());
-    return folder && folder->sameVolume(trash_->filesPlace);
+    const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
+    return folder && folder->sameVolume(trash_->filesIdentity);
   }
 
   int sourceFolder() const { return source_.folder.get(); }
@@ -69,11 +68,11 @@ class RootMove::Steps {
 
   FileError run(std::string* note) {
     const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get(), newWorkName());
-    if (!work) return work.refusal().error;
+    if (!work) return work.problem().error;
     FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
     // What is not finished is found by its record.
     if (unfinished_ == 0) static_cast<void>(work->remove());
-    *note = unfinished_ == 0 ? note_ : std::string("not completely handed over: ") + std::strerror(unfinished_);
+    *note = unfinished_ == 0 ? note_ : posix::withSystemWords("not completely handed over", unfinished_);
     return error;
   }
 
@@ -119,7 +118,7 @@ class RootMove::Steps {
     if (FileError error = makeCopy(work)) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;
     const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
-    if (!aside) return aside.refusal().error;
+    if (!aside) return aside.problem().error;
     FileError error = exchange(work, *aside);
     // What was taken by mistake and could not be given back stays in it.
     // One that the record does not tell of yet stays there, too: the copy may be gone before this is mended.
@@ -134,9 +133,8 @@ class RootMove::Steps {
     posix::CopyObserver nobody;
     // A folder is copied by its descriptor; a file is looked at before and after.
     const bool isFolder = source_.isFolder();
-    const posix::Place from{duplicate(isFolder ? source_.item.get() : source_.folder.get()),
-                            isFolder ? "." : source_.name};
-    const posix::Place to{duplicate(work.descriptor()), kCopyName};
+    const posix::Place from{duplicate(isFolder ? source_.item : source_.folder), isFolder ? "." : source_.name};
+    const posix::Place to{posix::duplicate(work.descriptor()), kCopyName};
     if (!from.folder || !to.folder) return errno;
     if (!isStillThere()) return ESTALE;
     if (FileError error = posix::copyTree(from, to, nobody)) return error;
@@ -224,7 +222,7 @@ class RootMove::Steps {
     const UniqueFd opened(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened && ::fsync(opened.get()) == 0) return;
     if (!note_.empty()) note_ += "; ";
-    note_ += std::string("not on the disk yet: ") + std::strerror(errno);
+    note_ += posix::withSystemWords("not on the disk yet", errno);
   }
 
   const PinnedPlace source_;
@@ -253,31 +251,19 @@ int RootMove::trashFolder() const { return steps_->trashFolder(); }
 FileError RootMove::run(std::string* note) { return steps_->run(note); }
 
 std::string obstacleWords(int error) {
-  switch (error) {
-    case EBUSY:
-      return "a volume is mounted in it";
-    case EPERM:
-      return "something in it is locked";
-    case ENODEV:
-      return "a device is in it, of which no copy is made";
-    case ENOTSUP:
-      return "its volume, which is not the Trash's, is one where root's files and devices do not count as root's";
-    case EMLINK:
-      return "a file in it has other names, under which it would be changed, too";
-    default:
-      return std::strerror(error);
-  }
+  const std::string_view words = posix::wordsFor(error, posix::Subject::ItemForRoot);
+  return words.empty() ? posix::systemWords(error) : std::string(words);
 }
 
 void mendRootMoves(const TrashUser& person) {
-  Outcome<SharedTrashDirectory> trash = openShownTrash(person, MissingTrash::StaysMissing);
+  OpenedTrash trash = openShownTrash(person, MissingTrash::StaysMissing);
   if (trash) mendRootMoves(**trash, person);
 }
 
 // A volume that somebody brought along says of owners what its maker likes: records count at home only.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
-  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
-  if (home && trash.topFolder.empty() && trash.folderPlace.device == home->device) {
+  const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
+  if (home && trash.topFolder.empty() && trash.folderIdentity.device == home->device) {
     mendTrashMoves(trash, person.identity);
   }
 }

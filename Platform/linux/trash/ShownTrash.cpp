@@ -3,46 +3,40 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {
 namespace {
 
 using posix::UniqueFd;
-using TrashOutcome = Outcome<SharedTrashDirectory>;
 
 constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 // Links are followed, but none of those that lead into another process.
-UniqueFd openLinked(const std::string& folder) {
-  open_how how{};
-  how.flags = kLookup;
-  how.resolve = RESOLVE_NO_MAGICLINKS;
-  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, folder.c_str(), &how, sizeof how)));
-}
+UniqueFd openLinked(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_MAGICLINKS); }
 
 bool isOwnFolder(int folder, const char* name, uid_t owner) {
-  const std::optional<Place> place = placeOf(folder, name);
-  return place && S_ISDIR(place->mode) && place->owner == owner;
+  const std::optional<ItemIdentity> identity = itemIdentity(folder, name);
+  return identity && S_ISDIR(identity->mode) && identity->owner == owner;
 }
 
 // A volume that the person brought along says of owners what the person likes.
-bool isOnVolumeOfHome(const Place& files, const TrashUser& person) {
-  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
+bool isOnVolumeOfHome(const ItemIdentity& files, const TrashUser& person) {
+  const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
   return home && home->device == files.device;
 }
 
 // `files` is the folder of that name of a whole Trash of the person's own.
-bool isOfTrash(const Place& files, int trash, const TrashUser& person) {
+bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
   const uid_t owner = person.identity.uid;
-  const std::optional<Place> own = placeOf(trash, "files");
+  const std::optional<ItemIdentity> own = itemIdentity(trash, "files");
   return own && own->sameItem(files) && isOwnFolder(trash, "files", owner) && isOwnFolder(trash, "info", owner) &&
          isOnVolumeOfHome(files, person);
 }
@@ -50,26 +44,27 @@ bool isOfTrash(const Place& files, int trash, const TrashUser& person) {
 }  // namespace
 
 // ~/.Trash stands for the folder "files" of a Trash.
-TrashOutcome openLinkedTrash(const TrashUser& person) {
+OpenedTrash openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);
   if (!files) return trashFolderProblem(errno, link);
   const UniqueFd trash(::openat(files.get(), "..", kLookup));
   const UniqueFd above(trash ? ::openat(trash.get(), "..", kLookup) : -1);
-  const std::optional<Place> linked = placeOf(files.get());
+  const std::optional<ItemIdentity> linked = itemIdentity(files.get());
   if (!above || !linked) return trashFolderProblem(errno, link);
   if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  TrashOutcome opened = openTrashDirectory(above.get(), name, person, "");
-  return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
+  OpenedTrash opened = openTrashDirectory(above.get(), name, person, "");
+  return opened && (*opened)->filesIdentity.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 
-TrashOutcome openShownTrash(const TrashUser& person, MissingTrash missing) {
+OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing) {
   const FileSystemUser acting(&person.identity);
   if (!acting.ok()) return itemProblem(EPERM);
-  TrashOutcome linked = openLinkedTrash(person);
+  OpenedTrash linked = openLinkedTrash(person);
   const std::string home = person.home + "/.local/share/Trash";
-  if (linked || (missing == MissingTrash::StaysMissing && !placeOf(AT_FDCWD, (home + "/info").c_str()))) return linked;
+  if (linked || (missing == MissingTrash::StaysMissing && !itemIdentity(AT_FDCWD, (home + "/info").c_str())))
+    return linked;
   return TrashFinder().homeTrash(person);
 }
 

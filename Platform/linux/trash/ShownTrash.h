@@ -11,10 +11,10 @@ enum class MissingTrash { IsMade, StaysMissing };
 /// The Trash in a person's home that the desktop shows: the one that ~/.Trash leads to, if that is a whole Trash of the
 /// person's own, else the home trash of the freedesktop.org rules, which may be missing. Everything is done
 /// with the person's rights. For a process of root's.
-Outcome<SharedTrashDirectory> openShownTrash(const TrashUser& person, MissingTrash missing);
+OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing);
 
 /// The Trash that ~/.Trash leads to, if that is a whole Trash of the person's own. With the rights of the calling
 /// thread.
-Outcome<SharedTrashDirectory> openLinkedTrash(const TrashUser& person);
+OpenedTrash openLinkedTrash(const TrashUser& person);
 
 }  // namespace qm::linux_

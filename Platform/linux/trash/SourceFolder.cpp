@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,12 +16,7 @@ namespace {
 
 using posix::UniqueFd;
 
-UniqueFd openWithoutLinks(const std::string& folder) {
-  open_how how{};
-  how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-  how.resolve = RESOLVE_NO_SYMLINKS;
-  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, folder.c_str(), &how, sizeof how)));
-}
+UniqueFd openWithoutLinks(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_SYMLINKS); }
 
 // Looking for links failed on a link, or cannot be done on this system.
 bool mayLeadThroughLinks(int error) { return error == ELOOP || error == ENOSYS || error == EPERM; }
@@ -38,32 +32,19 @@ bool isTidy(const std::string& path) {
          !path.ends_with("/..");
 }
 
-TrashProblem folderProblem(int code) {
-  switch (code) {
-    case ENOENT:
-      return {code, "its folder doesn’t exist"};
-    case ENOTDIR:
-      return {code, "its folder is not a folder"};
-    case ELOOP:
-      return {code, "the links to its folder lead in a circle"};
-    case EACCES:
-      return {code, "you don’t have permission to open its folder"};
-    default:
-      return itemProblem(code);
-  }
-}
+TrashProblem folderProblem(int code) { return problemOf(code, posix::Subject::TrashedItemsFolder); }
 
 // `path` is "" where it has to be asked for, which takes longer than all the rest.
-Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
+TrashAnswer<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
-  const std::optional<Place> place = placeOf(fd.get());
-  if (!place) return folderProblem(errno);
+  const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
+  if (!identity) return folderProblem(errno);
   if (path.empty()) path = posix::shownPath(fd.get());
   if (path.empty()) return folderProblem(ENAMETOOLONG);
-  return SourceFolder{std::move(fd), *place, std::move(path), withRootRights};
+  return SourceFolder{std::move(fd), *identity, std::move(path), withRootRights};
 }
 
-Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
+TrashAnswer<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
   const FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   return describe(openPlainly(folder), false);
@@ -71,7 +52,7 @@ Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string&
 
 }  // namespace
 
-Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
+TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
   if (!folder.starts_with('/') || folder.find('\0') != std::string::npos) {
     return TrashProblem{EINVAL, "the place of its folder is not known"};
   }

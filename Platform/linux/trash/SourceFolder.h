@@ -13,7 +13,7 @@ namespace qm::linux_ {
 /// not change where the item comes from.
 struct SourceFolder {
   posix::UniqueFd fd;
-  Place place;
+  ItemIdentity identity;
   std::string path;  ///< absolute and without links
   /// Root may use its own rights here: no link that a person could have planted led to the folder.
   bool withRootRights = false;
@@ -22,6 +22,6 @@ struct SourceFolder {
 /// Opens a folder by an absolute path that may lead through links. As root for somebody else, links that
 /// only root can make are followed with root's rights; from any other link on, that person's rights are
 /// all there is.
-Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
+TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
 }  // namespace qm::linux_

@@ -39,35 +39,35 @@ UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
   return open();
 }
 
-Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
+TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
   UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
   if (!fd) return trashFolderProblem(errno, shown);
-  const std::optional<Place> place = placeOf(fd.get());
-  if (!place) return trashFolderProblem(errno, shown);
-  if (place->owner != owner) return trashFolderProblem(EPERM, shown);
+  const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
+  if (!identity) return trashFolderProblem(errno, shown);
+  if (identity->owner != owner) return trashFolderProblem(EPERM, shown);
   return fd;
 }
 
-Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
-                                                 const std::string& topFolder) {
+OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
+                               const std::string& topFolder) {
   const uid_t owner = user.identity.uid;
   const std::string shown = shownIn(parent, name);
-  Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
+  TrashAnswer<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
   if (!trash) return trash.problem();
-  Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
+  TrashAnswer<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
   if (!files) return files.problem();
-  Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
+  TrashAnswer<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
   if (!info) return info.problem();
-  const auto folderPlace = placeOf(trash->get());
-  const auto filesPlace = placeOf(files->get());
-  const auto infoPlace = placeOf(info->get());
-  if (!folderPlace || !filesPlace || !infoPlace) return trashFolderProblem(errno, shown);
+  const auto folderIdentity = itemIdentity(trash->get());
+  const auto filesIdentity = itemIdentity(files->get());
+  const auto infoIdentity = itemIdentity(info->get());
+  if (!folderIdentity || !filesIdentity || !infoIdentity) return trashFolderProblem(errno, shown);
   TrashDirectory result{std::move(*trash),
                         std::move(*files),
                         std::move(*info),
-                        *folderPlace,
-                        *filesPlace,
-                        *infoPlace,
+                        *folderIdentity,
+                        *filesIdentity,
+                        *infoIdentity,
                         "",
                         topFolder,
                         0,

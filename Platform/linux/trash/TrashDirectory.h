@@ -19,9 +19,9 @@ struct TrashDirectory {
   posix::UniqueFd folder;
   posix::UniqueFd files;
   posix::UniqueFd info;
-  Place folderPlace;
-  Place filesPlace;
-  Place infoPlace;
+  ItemIdentity folderIdentity;
+  ItemIdentity filesIdentity;
+  ItemIdentity infoIdentity;
   /// Absolute and without links.
   std::string path;
   /// What the paths in its ".trashinfo" files are relative to; "" where they are absolute.
@@ -33,16 +33,18 @@ struct TrashDirectory {
 };
 
 using SharedTrashDirectory = std::shared_ptr<const TrashDirectory>;
+/// A Trash, or why there is none to be used.
+using OpenedTrash = TrashAnswer<SharedTrashDirectory>;
 
 /// Opens a folder in another one and makes it, for its owner alone, when nothing is there. A link, or a
 /// folder of somebody else, is refused. `shown` names it in the problem.
-Outcome<posix::UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown);
+TrashAnswer<posix::UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown);
 
 /// The same without a word about who owns it; a link is followed unless `flags` say O_NOFOLLOW.
 posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags);
 
 /// Opens the user's Trash `name` of `parent` with its two folders and makes what is missing.
-Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
-                                                 const std::string& topFolder);
+OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
+                               const std::string& topFolder);
 
 }  // namespace qm::linux_

@@ -13,7 +13,6 @@ namespace qm::linux_ {
 namespace {
 
 using posix::UniqueFd;
-using TrashOutcome = Outcome<SharedTrashDirectory>;
 
 constexpr const char* kDataFolder = "/.local/share";
 
@@ -27,7 +26,7 @@ UniqueFd openAnchor(const TrashUser& user) {
 }
 
 // For another person the way below his home must be without links: root follows none that he planted.
-Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
+TrashAnswer<UniqueFd> openDataFolder(const TrashUser& user) {
   UniqueFd at = openAnchor(user);
   std::string shown = user.dataHome ? "" : user.home;
   for (const std::string& component : foundation::pathComponents(user.dataHome.value_or(kDataFolder))) {
@@ -40,22 +39,22 @@ Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
   return at;
 }
 
-bool leadsTo(int folder, const std::string& name, const Place& place) {
-  const std::optional<Place> found = placeOf(folder, name.c_str());
-  return found && found->sameItem(place) && found->owner == place.owner;
+bool leadsTo(int folder, const std::string& name, const ItemIdentity& identity) {
+  const std::optional<ItemIdentity> found = itemIdentity(folder, name.c_str());
+  return found && found->sameItem(identity) && found->owner == identity.owner;
 }
 
 bool isCurrent(const TrashDirectory& trash, const std::string& path) {
   const int folder = trash.folder.get();
-  return leadsTo(AT_FDCWD, path, trash.folderPlace) && leadsTo(folder, "files", trash.filesPlace) &&
-         leadsTo(folder, "info", trash.infoPlace);
+  return leadsTo(AT_FDCWD, path, trash.folderIdentity) && leadsTo(folder, "files", trash.filesIdentity) &&
+         leadsTo(folder, "info", trash.infoIdentity);
 }
 
 // Without a home there is nobody to find what is in a Trash.
-bool isForHome(const SourceFolder& source, const TrashUser& user, TrashOutcome& home) {
-  if (home) return (*home)->filesPlace.sameVolume(source.place);
-  const std::optional<Place> place = placeOf(AT_FDCWD, (user.home + "/.").c_str());
-  return !place || place->sameVolume(source.place);
+bool isForHome(const SourceFolder& source, const TrashUser& user, OpenedTrash& home) {
+  if (home) return (*home)->filesIdentity.sameVolume(source.identity);
+  const std::optional<ItemIdentity> identity = itemIdentity(AT_FDCWD, (user.home + "/.").c_str());
+  return !identity || identity->sameVolume(source.identity);
 }
 
 // A volume's Trash, either the one that its administrator set up for everybody or the user's own.
@@ -64,8 +63,8 @@ class VolumeTrash {
   VolumeTrash(UniqueFd top, std::string path, const TrashUser& user, FileSystemUser& acting)
       : top_(std::move(top)), path_(std::move(path)), user_(user), acting_(acting) {}
 
-  TrashOutcome open() {
-    TrashOutcome shared = openShared();
+  OpenedTrash open() {
+    OpenedTrash shared = openShared();
     return shared ? shared : openOwn();
   }
 
@@ -74,22 +73,22 @@ class VolumeTrash {
   std::string ownName() const { return ".Trash-" + userNumber(); }
 
   // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
-  TrashOutcome openShared() {
+  OpenedTrash openShared() {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::optional<Place> place = shared ? placeOf(shared.get()) : std::nullopt;
-    if (!place || (place->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
+    const std::optional<ItemIdentity> identity = shared ? itemIdentity(shared.get()) : std::nullopt;
+    if (!identity || (identity->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
     return openTrashDirectory(shared.get(), userNumber(), user_, path_);
   }
 
-  TrashOutcome openOwn() {
-    TrashOutcome own = openTrashDirectory(top_.get(), ownName(), user_, path_);
+  OpenedTrash openOwn() {
+    OpenedTrash own = openTrashDirectory(top_.get(), ownName(), user_, path_);
     if (own || own.problem().code != EACCES || !user_.forAnother || !makeAsRoot()) return own;
     return openTrashDirectory(top_.get(), ownName(), user_, path_);
   }
 
   // A top folder that root alone can write to: nobody can step in between making and giving away.
   bool makeAsRoot() {
-    const std::optional<Place> top = placeOf(top_.get());
+    const std::optional<ItemIdentity> top = itemIdentity(top_.get());
     if (!top || top->owner != 0 || (top->mode & (S_IWGRP | S_IWOTH)) != 0) return false;
     acting_.leave();
     const bool made = makeAndGive();
@@ -110,32 +109,32 @@ class VolumeTrash {
   FileSystemUser& acting_;
 };
 
-TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
-  const std::optional<std::string> path = MountTable().mountPoint(source.place.mount);
+OpenedTrash volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
+  const std::optional<std::string> path = MountTable().mountPoint(source.identity.mount);
   if (!path) return itemProblem(EXDEV);
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!top) return trashFolderProblem(errno, *path);
-  const std::optional<Place> place = placeOf(top.get());
+  const std::optional<ItemIdentity> identity = itemIdentity(top.get());
   // Another volume may be attached on top of this one, which cannot be reached then.
-  if (!place || place->mount != source.place.mount) return itemProblem(EXDEV);
+  if (!identity || identity->mount != source.identity.mount) return itemProblem(EXDEV);
   return VolumeTrash(std::move(top), *path, user, acting).open();
 }
 
 }  // namespace
 
-TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
+OpenedTrash TrashFinder::homeTrash(const TrashUser& user) {
   const uid_t owner = user.identity.uid;
   const std::string folder = dataFolder(user) + "/Trash";
   if (SharedTrashDirectory known = remembered(owner, folder)) return known;
-  Outcome<UniqueFd> data = openDataFolder(user);
+  TrashAnswer<UniqueFd> data = openDataFolder(user);
   if (!data) return data.problem();
-  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", user, "");
+  OpenedTrash trash = openTrashDirectory(data->get(), "Trash", user, "");
   if (trash) remember({owner, folder, *trash});
   return trash;
 }
 
-TrashOutcome TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, TrashOutcome& home,
-                                   FileSystemUser& acting) {
+OpenedTrash TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
+                                  FileSystemUser& acting) {
   return isForHome(source, user, home) ? home : volumeTrash(source, user, acting);
 }
 

@@ -17,12 +17,12 @@ namespace qm::linux_ {
 /// time, since an open folder would keep the volume from being ejected.
 class TrashFinder {
  public:
-  Outcome<SharedTrashDirectory> homeTrash(const TrashUser& user);
+  OpenedTrash homeTrash(const TrashUser& user);
 
   /// The Trash on the volume of a folder: the home trash where that lies on it, else the volume's own.
   /// `home` is the answer of `homeTrash`.
-  static Outcome<SharedTrashDirectory> trashFor(const SourceFolder& source, const TrashUser& user,
-                                                Outcome<SharedTrashDirectory>& home, FileSystemUser& acting);
+  static OpenedTrash trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
+                              FileSystemUser& acting);
 
  private:
   struct Home {

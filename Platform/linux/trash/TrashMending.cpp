@@ -46,7 +46,7 @@ class Mending {
   // As long as the item is at its place, the copy is one too many.
   bool mendCopy() {
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    if (!origin) return record_.isTaken && (origin.refusal().error == ENOENT || origin.refusal().error == ENOTDIR);
+    if (!origin) return record_.isTaken && (origin.problem().error == ENOENT || origin.problem().error == ENOTDIR);
     const bool isThere = origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
     if (isThere && isPublished && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
@@ -57,7 +57,7 @@ class Mending {
   // An item that was taken away goes for good when its copy came into the Trash, and back to its place otherwise.
   bool settleAside(const PinnedPlace& origin, bool isPublished) const {
     const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside, trash_.workFolderPrefix);
-    if (!aside) return aside.refusal().error == ENOENT;
+    if (!aside) return aside.problem().error == ENOENT;
     const std::string asideName = kAsideName;
     const auto taken = itemNumber(aside->descriptor(), asideName);
     if (taken == record_.item && (isPublished || record_.isTaken)) return aside->remove() == 0;

@@ -1,66 +1,30 @@
 #include "Platform/linux/trash/TrashProblem.h"
 
-#include <cerrno>
-#include <system_error>
+#include <string_view>
 
-#include "Platform/foundation/ControlCharacters.h"
+#include "Platform/foundation/Format.h"
 
 namespace qm::linux_ {
-namespace {
 
-std::string systemWords(int code) { return "of a system error (" + std::generic_category().message(code) + ")"; }
+using posix::quoted;
+using posix::Subject;
 
-std::string itemWords(int code) {
-  switch (code) {
-    case ENOENT:
-      return "it doesn’t exist";
-    case EACCES:
-      return "you don’t have permission to move it";
-    case EPERM:
-      return "it is locked or belongs to somebody else";
-    case EBUSY:
-      return "a volume is mounted there";
-    case EROFS:
-      return "its volume can’t be changed";
-    case EXDEV:
-      return "its volume has no Trash that it can be moved to";
-    case ENOSPC:
-    case EDQUOT:
-      return "there is no space left on its volume";
-    default:
-      return systemWords(code);
-  }
+TrashProblem problemOf(int code, Subject subject, const std::string& folder) {
+  std::string_view words = posix::wordsFor(code, subject);
+  if (words.empty()) words = posix::wordsFor(code, Subject::TrashedItem);
+  if (words.empty()) return {code, "of a system error (" + posix::systemWords(code) + ")"};
+  return {code, foundation::formatted(words, quoted(folder))};
 }
 
-std::string folderWords(int code, const std::string& quoted) {
-  switch (code) {
-    case EACCES:
-      return "you don’t have permission to use the Trash folder " + quoted;
-    case EPERM:
-      return "the Trash folder " + quoted + " belongs to somebody else";
-    case ENOTDIR:
-    case ELOOP:
-      return quoted + " is not a real folder";
-    default:
-      return itemWords(code);
-  }
-}
-
-std::string quotedForPeople(const std::string& name) {
-  return "“" + foundation::replacingControlCharacters(name, '?') + "”";
-}
-
-}  // namespace
-
-TrashProblem itemProblem(int code) { return {code, itemWords(code)}; }
+TrashProblem itemProblem(int code) { return problemOf(code, Subject::TrashedItem); }
 
 TrashProblem trashFolderProblem(int code, const std::string& folder) {
-  return {code, folderWords(code, quotedForPeople(folder))};
+  return problemOf(code, Subject::TrashFolder, folder);
 }
 
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem) {
-  return platform::Status::failed(
-      problem.code, quotedForPeople(name) + " couldn’t be moved to the Trash because " + problem.because + ".");
+  return platform::Status::failed(problem.code,
+                                  quoted(name) + " couldn’t be moved to the Trash because " + problem.because + ".");
 }
 
 }  // namespace qm::linux_

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <string>
-#include <utility>
-#include <variant>
 
 #include "Platform/Status.h"
+#include "Platform/foundation/Outcome.h"
+#include "Platform/posix/ErrorWords.h"
 
 namespace qm::linux_ {
 
@@ -14,7 +14,11 @@ struct TrashProblem {
   std::string because;
 };
 
-/// The problem behind an error number of a call that had to do with the item itself.
+/// The problem behind an error number of a call that had to do with `subject`; what is not said of that alone is said
+/// of the item. `folder` is the Trash folder that the words may name.
+TrashProblem problemOf(int code, posix::Subject subject, const std::string& folder = {});
+
+/// The same for the item itself.
 TrashProblem itemProblem(int code);
 
 /// The problem of a Trash folder that cannot be made, opened or written to.
@@ -23,20 +27,8 @@ TrashProblem trashFolderProblem(int code, const std::string& folder);
 /// The sentence for people. Control characters of the name are shown as "?".
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem);
 
-/// A value, or why there is none.
+/// A value, or why an item stays where it is.
 template <class Value>
-class Outcome {
- public:
-  Outcome(Value value) : content_(std::move(value)) {}
-  Outcome(TrashProblem problem) : content_(std::move(problem)) {}
-
-  explicit operator bool() const { return std::holds_alternative<Value>(content_); }
-  Value& operator*() { return std::get<Value>(content_); }
-  Value* operator->() { return &std::get<Value>(content_); }
-  const TrashProblem& problem() const { return std::get<TrashProblem>(content_); }
-
- private:
-  std::variant<Value, TrashProblem> content_;
-};
+using TrashAnswer = foundation::Outcome<Value, TrashProblem>;
 
 }  // namespace qm::linux_

@@ -12,7 +12,7 @@ constexpr const char* kLoginScreen = "loginwindow";
 
 TrashProblem nobody() { return {ENOENT, "nobody is logged in"}; }
 
-Outcome<TrashUser> account(const std::string& name, std::string_view workFolderPrefix) {
+TrashAnswer<TrashUser> account(const std::string& name, std::string_view workFolderPrefix) {
   const std::optional<UserRecord> user = userWithName(name);
   if (!user || !user->home.starts_with('/')) return nobody();
   return trashUserFor(*user, workFolderPrefix);
@@ -28,8 +28,8 @@ TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix
   return {identityOf(user), user.home, std::nullopt, true, std::string(workFolderPrefix)};
 }
 
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
-                                 std::string_view workFolderPrefix) {
+TrashAnswer<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
+                                     std::string_view workFolderPrefix) {
   const uid_t self = users.realUserId();
   if (self != 0) {
     return TrashUser{
@@ -37,7 +37,7 @@ Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::option
   }
   const std::optional<std::string> name = users.consoleUser();
   if (!name || *name == kLoginScreen) return nobody();
-  Outcome<TrashUser> user = account(*name, workFolderPrefix);
+  TrashAnswer<TrashUser> user = account(*name, workFolderPrefix);
   if (user && user->identity.uid == self) {
     user->dataHome = absolute(dataHome);
     user->forAnother = false;

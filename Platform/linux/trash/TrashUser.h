@@ -28,7 +28,7 @@ TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix
 
 /// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
 /// counts only where the environment is that person's own.
-Outcome<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
-                                 std::string_view workFolderPrefix = {});
+TrashAnswer<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
+                                     std::string_view workFolderPrefix = {});
 
 }  // namespace qm::linux_

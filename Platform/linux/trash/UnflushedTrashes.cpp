@@ -14,7 +14,7 @@ namespace qm::linux_ {
 
 void UnflushedTrashes::add(const TrashDirectory& trash) {
   const std::scoped_lock lock(mutex_);
-  folders_[trash.infoPlace.device] = {trash.path + "/info", trash.infoPlace};
+  folders_[trash.infoIdentity.device] = {trash.path + "/info", trash.infoIdentity};
 }
 
 void UnflushedTrashes::flush() {
@@ -28,8 +28,8 @@ void UnflushedTrashes::flush() {
         ::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     // One that may not be read cannot be named to the system; all that there is can.
     if (!opened && errno == EACCES) ::sync();
-    const std::optional<Place> place = opened ? placeOf(opened.get()) : std::nullopt;
-    if (place && place->sameItem(folder.place)) static_cast<void>(posix::flushVolume(opened.get()));
+    const std::optional<ItemIdentity> identity = opened ? itemIdentity(opened.get()) : std::nullopt;
+    if (identity && identity->sameItem(folder.identity)) static_cast<void>(posix::flushVolume(opened.get()));
   }
 }
 

@@ -22,7 +22,7 @@ class UnflushedTrashes {
  private:
   struct Folder {
     std::string path;
-    Place place;
+    ItemIdentity identity;
   };
 
   std::mutex mutex_;

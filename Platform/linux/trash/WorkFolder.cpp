@@ -79,7 +79,7 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   }
   // One that cannot be opened cannot be told from what somebody puts in its place: of that only an empty folder goes.
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-  return refused(made.refusal().error);
+  return refused(made.problem().error);
 }
 
 std::vector<WorkFolder> WorkFolder::leftIn(int folder, std::string_view prefix) {

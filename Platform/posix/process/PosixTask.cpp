@@ -1,6 +1,5 @@
 #include "Platform/posix/process/PosixTask.h"
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <csignal>
 #include <system_error>
 
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::posix {
@@ -34,35 +34,30 @@ void PosixTask::setArguments(const std::vector<std::string>& arguments) {
   arguments_ = arguments;
 }
 
-void PosixTask::setStandardInput(TaskStream stream) { setStream(STDIN_FILENO, makeInput(stream)); }
-void PosixTask::setStandardOutput(TaskStream stream) { setStream(STDOUT_FILENO, makeOutput(stream)); }
-void PosixTask::setStandardError(TaskStream stream) { setStream(STDERR_FILENO, makeOutput(stream)); }
+void PosixTask::setStandardInput(TaskStream stream) { setStream(STDIN_FILENO, stream, connectInput); }
+void PosixTask::setStandardOutput(TaskStream stream) { setStream(STDOUT_FILENO, stream, connectOutput); }
+void PosixTask::setStandardError(TaskStream stream) { setStream(STDERR_FILENO, stream, connectOutput); }
 
-PosixTask::Stream PosixTask::makeInput(TaskStream kind) {
-  Stream stream;
-  stream.kind = kind;
-  if (kind != TaskStream::Pipe) return stream;
+void PosixTask::connectInput(Stream& stream) {
   Pipe pipe = makePipe();
   if (!pipe.reading) stream.error = errno;
   stream.childEnd = std::move(pipe.reading);
   stream.writingEnd = std::move(pipe.writing);
-  return stream;
 }
 
-PosixTask::Stream PosixTask::makeOutput(TaskStream kind) {
-  Stream stream;
-  stream.kind = kind;
-  if (kind != TaskStream::Pipe) return stream;
+void PosixTask::connectOutput(Stream& stream) {
   Pipe pipe = makeLargestPipe();
   if (!pipe.writing) stream.error = errno;
   stream.childEnd = std::move(pipe.writing);
   const auto reader = std::make_shared<PipeReader>(std::move(pipe.reading));
   if (stream.error == 0 && !reader->canBeWoken()) stream.error = EMFILE;
   stream.reader = reader;
-  return stream;
 }
 
-void PosixTask::setStream(std::size_t number, Stream stream) {
+void PosixTask::setStream(std::size_t number, TaskStream kind, void (*connect)(Stream&)) {
+  Stream stream;
+  stream.kind = kind;
+  if (kind == TaskStream::Pipe) connect(stream);
   const std::scoped_lock lock(mutex_);
   streams_.at(number) = std::move(stream);
 }
@@ -106,8 +101,7 @@ int PosixTask::adopt(pid_t child) {
   // Another thread took the descriptor that was kept free. The child is not reaped yet, so its id is still its own.
   const int error = errno;
   ::kill(child, SIGKILL);
-  while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  waitForChild(child);
   return error;
 }
 

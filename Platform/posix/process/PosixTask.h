@@ -60,9 +60,10 @@ class PosixTask : public platform::Task {
     std::shared_ptr<PipeReader> reader;  // of the outputs
   };
 
-  static Stream makeInput(platform::TaskStream kind);
-  static Stream makeOutput(platform::TaskStream kind);
-  void setStream(std::size_t number, Stream stream);
+  static void connectInput(Stream& stream);
+  static void connectOutput(Stream& stream);
+  /// `connect` gives the stream a pipe, if it is to have one.
+  void setStream(std::size_t number, platform::TaskStream kind, void (*connect)(Stream&));
   std::shared_ptr<platform::OutputReader> reader(std::size_t number) const;
 
   int start();

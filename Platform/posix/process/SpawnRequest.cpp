@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "Platform/posix/process/ArgumentVector.h"
+
 namespace qm::posix {
 namespace {
 
@@ -17,15 +19,6 @@ bool parentCanGive(int stream) {
 
 // A NUL byte would cut the text short on its way to the child.
 bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }
-
-std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
-  std::vector<char*> vector;
-  vector.reserve(arguments.size() + 2);
-  vector.push_back(const_cast<char*>(path.c_str()));
-  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
-  vector.push_back(nullptr);
-  return vector;
-}
 
 }  // namespace
 
@@ -51,6 +44,7 @@ void SpawnRequest::connectToNullDevice(int stream) {
 }
 
 void SpawnRequest::connect(int stream, int descriptor) {
+  if (descriptor < 0) return connectToNullDevice(stream);
   note(::posix_spawn_file_actions_adddup2(&actions_, descriptor, stream));
 }
 
@@ -58,13 +52,14 @@ void SpawnRequest::inherit(int stream) {
   if (!parentCanGive(stream)) connectToNullDevice(stream);
 }
 
-int SpawnRequest::spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child) {
+int SpawnRequest::spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child,
+                        char* const* environment) {
   if (holdsNul(path)) return ENOENT;
   if (std::any_of(arguments.begin(), arguments.end(), holdsNul)) return EINVAL;
   note(addCloseAllButStandardStreams(&actions_));
   if (error_ != 0) return error_;
   const std::vector<char*> vector = argumentVector(path, arguments);
-  return ::posix_spawn(child, path.c_str(), &actions_, &attributes_, vector.data(), environ);
+  return ::posix_spawn(child, path.c_str(), &actions_, &attributes_, vector.data(), environment);
 }
 
 // The first error is the one to tell.

@@ -2,6 +2,7 @@
 
 #include <spawn.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -9,7 +10,7 @@
 namespace qm::posix {
 
 /// What a child is started with: its standard streams, and nothing else of its parent's. Default signals, no signal
-/// blocked, the parent's environment and working folder.
+/// blocked, the parent's working folder.
 class SpawnRequest {
  public:
   SpawnRequest();
@@ -19,13 +20,15 @@ class SpawnRequest {
 
   /// Connects the child's `stream` (0 to 2) to the null device.
   void connectToNullDevice(int stream);
-  /// Connects the child's `stream` to the parent's `descriptor`, which is over 2.
+  /// Connects the child's `stream` to the parent's `descriptor`, which is over 2; to the null device for -1.
   void connect(int stream, int descriptor);
   /// Leaves the child its parent's `stream`; the null device where the parent has none to give.
   void inherit(int stream);
 
-  /// Starts the program at `path` and answers 0 or an error number. No shell, no search. Once per request.
-  int spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child);
+  /// Starts the program at `path`, with the parent's environment if no other is given, and returns 0 or an error
+  /// number. No shell, no search. Once per request.
+  int spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child,
+            char* const* environment = environ);
 
  private:
   void note(int error);

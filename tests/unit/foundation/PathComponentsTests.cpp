@@ -107,4 +107,12 @@ TEST(PathComponents, OfARootAreOneSlashAndOfNothingNone) {
   EXPECT_EQ(pathComponents(""), Strings{});
 }
 
+TEST(APath, IsAtOrBelowTheFolderThatItsComponentsBeginWith) {
+  EXPECT_TRUE(isAtOrBelow("/a", "/a"));
+  EXPECT_TRUE(isAtOrBelow("/a/b/c", "/a"));
+  EXPECT_FALSE(isAtOrBelow("/ab", "/a"));
+  EXPECT_FALSE(isAtOrBelow("/", "/a"));
+  EXPECT_FALSE(isAtOrBelow("/b/a", "/a"));
+}
+
 }  // namespace

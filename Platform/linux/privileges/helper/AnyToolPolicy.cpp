@@ -42,10 +42,10 @@ PreparedWork AnyToolPolicy::prepare(const Launch& launch, const UserRecord& pers
   // In a dialog it could pass for something else.
   if (only_ && !canBeShown(launch)) return Refusal{EPERM, launch.tool + ": no dialog can show this command"};
   const Answer<std::string> program = checkedProgram(launch.tool);
-  if (!program) return program.refusal();
+  if (!program) return program.problem();
   const auto command = parseFileCommand(toolName(*program), launch.arguments);
   if (!command) return prepareToolWork(launch);
-  return *command ? prepareCommand(**command, person, product()) : command->refusal();
+  return *command ? prepareCommand(**command, person, product()) : command->problem();
 }
 
 }  // namespace qm::linux_

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "Platform/linux/privileges/helper/Confinement.h"
 #include "Platform/linux/privileges/helper/FolderMerge.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/FolderListing.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/SystemFileCalls.h"
@@ -30,90 +30,71 @@ bool isMissing(const Refusal& refusal) { return refusal.error == ENOENT || refus
 // A link with a slash behind it means the folder that it leads to, which nothing here works on.
 bool isLinkToFolder(const PinnedPlace& place) { return place.withTrailingSlash && place.item && !place.isFolder(); }
 
+// What is done with an operand.
+using Change = FileError (*)(const PinnedPlace& place);
+
+FileError removeIt(const PinnedPlace& place) {
+  FileError error = posix::removeTree(place.folder.get(), place.name);
+  return error.code == ENOENT ? FileError() : error;
+}
+
+FileError makeFolder(const PinnedPlace& place) {
+  constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // less what the process masks
+  if (place.isFolder()) return {};
+  return posix::errorOf(::mkdirat(place.folder.get(), place.name.c_str(), kMode));
+}
+
+FileError touchIt(const PinnedPlace& place) {
+  if (!place.item) return {};
+  const std::string path = posix::pathOfDescriptor(place.item.get());
+  return posix::errorOf(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0));
+}
+
 // Work on one operand. One whose folders are missing has none.
 class OperandWork {
  public:
-  OperandWork(std::string path, std::optional<PinnedPlace> place) : path_(std::move(path)), place_(std::move(place)) {}
-  OperandWork(const OperandWork&) = delete;
-  OperandWork& operator=(const OperandWork&) = delete;
-  virtual ~OperandWork() = default;
+  OperandWork(std::string path, std::optional<PinnedPlace> place, Change change)
+      : path_(std::move(path)), place_(std::move(place)), change_(change) {}
 
   void confine(Confinement& confinement) const {
     if (place_) confinement.allowAll(place_->folder.get());
   }
-  WorkResult finish() { return place_ ? resultOf(change(*place_), path_) : WorkResult(); }
+  WorkResult finish() const { return place_ ? resultOf(change_(*place_), path_) : WorkResult(); }
 
  private:
-  virtual FileError change(const PinnedPlace& place) = 0;
-
-  const std::string path_;
-  const std::optional<PinnedPlace> place_;
+  std::string path_;
+  std::optional<PinnedPlace> place_;
+  Change change_;
 };
-using PreparedOperand = Answer<std::unique_ptr<OperandWork>>;
-
-class Removal : public OperandWork {
- public:
-  using OperandWork::OperandWork;
-
- private:
-  FileError change(const PinnedPlace& place) override {
-    FileError error = posix::removeTree(place.folder.get(), place.name);
-    return error.code == ENOENT ? FileError() : error;
-  }
-};
-
-class FolderMaking : public OperandWork {
- public:
-  using OperandWork::OperandWork;
-
- private:
-  FileError change(const PinnedPlace& place) override {
-    constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // less what the process masks
-    if (place.isFolder()) return {};
-    return posix::errorOf(::mkdirat(place.folder.get(), place.name.c_str(), kMode));
-  }
-};
-
-class Touching : public OperandWork {
- public:
-  using OperandWork::OperandWork;
-
- private:
-  FileError change(const PinnedPlace& place) override {
-    if (!place.item) return {};
-    const std::string path = posix::pathOfDescriptor(place.item.get());
-    return posix::errorOf(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0));
-  }
-};
+using PreparedOperand = Answer<OperandWork>;
 
 // All operands, one after the other, also after a failure.
 class AllOperands : public PrivilegedWork {
  public:
-  explicit AllOperands(std::vector<std::unique_ptr<OperandWork>> parts) : parts_(std::move(parts)) {}
+  explicit AllOperands(std::vector<OperandWork> parts) : parts_(std::move(parts)) {}
 
   WorkResult finish() override {
     Confinement confinement;
-    for (const auto& part : parts_) part->confine(confinement);
-    if (const int error = confinement.enforce()) return WorkResult::failed(std::strerror(error));
+    for (const OperandWork& part : parts_) part.confine(confinement);
+    if (const int error = confinement.enforce()) return WorkResult::failed(posix::systemWords(error));
     WorkResult all;
-    for (const auto& part : parts_) {
-      const WorkResult one = part->finish();
+    for (const OperandWork& part : parts_) {
+      const WorkResult one = part.finish();
       if (one.waitStatus != 0) all = {one.waitStatus, all.note.empty() ? one.note : all.note + "; " + one.note};
     }
     return all;
   }
 
  private:
-  const std::vector<std::unique_ptr<OperandWork>> parts_;
+  const std::vector<OperandWork> parts_;
 };
 
-template <class Work>
-PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place) {
-  if (!place && !isMissing(place.refusal())) return place.refusal();
+PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place, Change change) {
+  if (!place && !isMissing(place.problem())) return place.problem();
   if (place && isLinkToFolder(*place)) return refusalFor(ENOTDIR, path);
   std::optional<PinnedPlace> found;
   if (place) found = std::move(*place);
-  return std::unique_ptr<OperandWork>(std::make_unique<Work>(path, std::move(found)));
+  return OperandWork(path, std::move(found), change);
 }
 
 // One that has other names too may be somebody else's.
@@ -123,21 +104,21 @@ PreparedOperand touchingOf(const std::string& path) {
   if (hasOtherNames && !place->writers.none()) {
     return Refusal{EPERM, path + ": it has other names, and its folder can be changed by others than root"};
   }
-  return workOn<Touching>(path, std::move(place));
+  return workOn(path, std::move(place), touchIt);
 }
 
 // The mounted volumes are not to be seen any more by a process that is confined.
 PreparedOperand removalOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
   if (place && place->isFolder() && posix::holdsMountPoint(place->item.get())) return refusalFor(EBUSY, path);
-  return workOn<Removal>(path, std::move(place));
+  return workOn(path, std::move(place), removeIt);
 }
 
 PreparedOperand workOnOperand(const FileCommand& command, const std::string& path) {
   switch (command.kind) {
     case FileCommandKind::MakeFolders:
-      if (command.options.empty()) return workOn<FolderMaking>(path, pinPath(path, LastLink::Stays));
-      return workOn<FolderMaking>(path, pinPathMakingFolders(path));
+      if (command.options.empty()) return workOn(path, pinPath(path, LastLink::Stays), makeFolder);
+      return workOn(path, pinPathMakingFolders(path), makeFolder);
     case FileCommandKind::Touch:
       return touchingOf(path);
     default:
@@ -146,10 +127,10 @@ PreparedOperand workOnOperand(const FileCommand& command, const std::string& pat
 }
 
 PreparedWork workOnOperands(const FileCommand& command) {
-  std::vector<std::unique_ptr<OperandWork>> parts;
+  std::vector<OperandWork> parts;
   for (const std::string& path : command.operands) {
     PreparedOperand part = workOnOperand(command, path);
-    if (!part) return part.refusal();
+    if (!part) return part.problem();
     parts.push_back(std::move(*part));
   }
   return std::unique_ptr<PrivilegedWork>(std::make_unique<AllOperands>(std::move(parts)));
@@ -192,9 +173,7 @@ class Transfer : public PrivilegedWork {
     return copyMerging(from, to);
   }
 
-  static posix::Place placeOf(const PinnedPlace& place) {
-    return {UniqueFd(::fcntl(place.folder.get(), F_DUPFD_CLOEXEC, 0)), place.name};
-  }
+  static posix::Place placeOf(const PinnedPlace& place) { return {duplicate(place.folder), place.name}; }
 
   const std::string path_;
   const PinnedPlace source_;
@@ -286,10 +265,10 @@ Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const P
 PreparedWork transfer(const FileCommand& command) {
   const std::string& from = command.operands[0];
   Answer<PinnedPlace> source = pinPath(from, LastLink::Stays);
-  if (!source) return source.refusal();
+  if (!source) return source.problem();
   if (!source->item || isLinkToFolder(*source)) return refusalFor(source->item ? ENOTDIR : ENOENT, from);
   Answer<PinnedPlace> target = TargetChoice(command.kind, command.operands[1], *source).pin();
-  if (!target) return target.refusal();
+  if (!target) return target.problem();
   if (const Problem problem = mayBeRead(command, *source, *target)) return *problem;
   auto work = std::make_unique<Transfer>(from, std::move(*source), std::move(*target), command.kind);
   return std::unique_ptr<PrivilegedWork>(std::move(work));

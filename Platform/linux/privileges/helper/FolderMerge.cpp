@@ -27,8 +27,6 @@ UniqueFd openFolder(const Place& place) {
   return UniqueFd(::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-UniqueFd duplicate(const UniqueFd& fd) { return UniqueFd(::fcntl(fd.get(), F_DUPFD_CLOEXEC, 0)); }
-
 FileError copyInto(const UniqueFd& source, const UniqueFd& target) {
   std::vector<std::string> names;
   UniqueFd listed(::openat(source.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));

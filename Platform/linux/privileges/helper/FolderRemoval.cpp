@@ -36,7 +36,7 @@ class FolderRemoval : public PrivilegedWork {
 
 PreparedWork prepareFolderRemoval(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.refusal();
+  if (!place) return place.problem();
   if (place->item && !place->isFolder()) return refusalFor(ENOTDIR, path);
   return std::unique_ptr<PrivilegedWork>(std::make_unique<FolderRemoval>(path, std::move(*place)));
 }

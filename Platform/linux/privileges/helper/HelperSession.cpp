@@ -8,10 +8,11 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <vector>
 
 #include "Platform/linux/privileges/helper/LaunchRun.h"
+#include "Platform/posix/ErrorWords.h"
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -60,13 +61,6 @@ void writeAll(int fd, std::string_view bytes) {
   ::_exit(0);
 }
 
-int waitFor(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
-}
-
 }  // namespace
 
 void HelperSession::run() {
@@ -110,7 +104,7 @@ void HelperSession::start(const Launch& launch) {
   std::optional<Run> run;
   errno = EAGAIN;
   if (runs_.size() < kMostRuns) run = fork(launch);
-  if (!run) return send(Started{launch.number, errno, 0, launch.tool + ": " + std::strerror(errno)});
+  if (!run) return send(Started{launch.number, errno, 0, posix::withSystemWords(launch.tool, errno)});
   runs_.push_back(std::move(*run));
 }
 
@@ -156,7 +150,7 @@ void HelperSession::forwardMessage(Run& run, const Message& message) {
 // A process that ended without a word is reported as well.
 void HelperSession::finish(Run& run) {
   run.messages.reset();
-  const int status = waitFor(run.process);
+  const int status = posix::waitForChild(run.process);
   if (!run.started) {
     send(Started{run.number, EIO, 0, "the launch broke off"});
   } else if (!run.exited) {

@@ -7,7 +7,9 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
+#include <optional>
+
+#include "Platform/posix/process/SocketMessage.h"
 
 namespace qm::linux_ {
 namespace {
@@ -35,37 +37,12 @@ ucred peerOf(int fd) {
   return peer;
 }
 
-// Room for the sender and nothing else: descriptors that come along are dropped by the kernel, which says so.
-union SenderSpace {
-  cmsghdr alignment;
-  std::array<char, CMSG_SPACE(sizeof(ucred))> bytes;
-};
+// There is room for the sender and nothing else: descriptors that come along are dropped by the kernel, which says so.
+using ReceivedMessage = posix::SocketMessage<ucred>;
 
-bool isFrom(msghdr& message, pid_t process, uid_t person) {
-  const cmsghdr* header = CMSG_FIRSTHDR(&message);
-  if ((message.msg_flags & (MSG_CTRUNC | MSG_TRUNC)) != 0 || header == nullptr) return false;
-  if (header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_CREDENTIALS ||
-      header->cmsg_len != CMSG_LEN(sizeof(ucred))) {
-    return false;
-  }
-  ucred sender{};
-  std::memcpy(&sender, CMSG_DATA(header), sizeof sender);
-  return sender.pid == process && sender.uid == person;
-}
-
-union DescriptorSpace {
-  cmsghdr alignment;
-  std::array<char, CMSG_SPACE(sizeof(int))> bytes;
-};
-
-void attach(msghdr& message, DescriptorSpace& space, int descriptor) {
-  message.msg_control = space.bytes.data();
-  message.msg_controllen = space.bytes.size();
-  cmsghdr* header = CMSG_FIRSTHDR(&message);
-  header->cmsg_level = SOL_SOCKET;
-  header->cmsg_type = SCM_RIGHTS;
-  header->cmsg_len = CMSG_LEN(sizeof descriptor);
-  std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+bool isFrom(ReceivedMessage& message, pid_t process, uid_t person) {
+  const std::optional<ucred> sender = message.attached(SCM_CREDENTIALS);
+  return !message.isCut() && sender && sender->pid == process && sender->uid == person;
 }
 
 }  // namespace
@@ -83,14 +60,9 @@ PeerSocket::PeerSocket(UniqueFd socket, uid_t person) : socket_(std::move(socket
 
 PeerSocket::Received PeerSocket::receive(std::string& bytes) {
   std::array<char, 65536> block{};
-  SenderSpace space{};
-  iovec part{block.data(), block.size()};
-  msghdr message{};
-  message.msg_iov = &part;
-  message.msg_iovlen = 1;
-  message.msg_control = space.bytes.data();
-  message.msg_controllen = space.bytes.size();
-  const ssize_t got = ::recvmsg(socket_.get(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+  ReceivedMessage message(block.data(), block.size());
+  message.makeRoom();
+  const ssize_t got = ::recvmsg(socket_.get(), message.get(), MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
   if (got < 0 && (errno == EINTR || errno == EAGAIN)) return Received::Nothing;
   if (got <= 0 || !isFrom(message, peer_, person_)) {
     open_ = false;
@@ -114,13 +86,9 @@ bool PeerSocket::waitForRoom() const {
 
 void PeerSocket::send(const std::string& bytes, int descriptor) const {
   for (std::size_t sent = 0; sent < bytes.size();) {
-    iovec part{const_cast<char*>(bytes.data()) + sent, bytes.size() - sent};
-    DescriptorSpace space{};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    if (descriptor >= 0 && sent == 0) attach(message, space, descriptor);
-    const ssize_t count = ::sendmsg(socket_.get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
+    posix::SocketMessage<int> message(const_cast<char*>(bytes.data()) + sent, bytes.size() - sent);
+    if (descriptor >= 0 && sent == 0) message.attach(SCM_RIGHTS, descriptor);
+    const ssize_t count = ::sendmsg(socket_.get(), message.get(), MSG_NOSIGNAL | MSG_DONTWAIT);
     const bool isFull = count < 0 && errno == EAGAIN;
     if (count < 0 && errno != EINTR && !(isFull && waitForRoom())) return;
     if (count > 0) sent += static_cast<std::size_t>(count);

@@ -4,7 +4,6 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 
@@ -15,6 +14,8 @@
 #include <vector>
 
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/process/ArgumentVector.h"
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/Descriptors.h"
 
 namespace qm::linux_ {
@@ -24,14 +25,6 @@ using posix::UniqueFd;
 
 constexpr std::size_t kLongestErrors = 700;
 constexpr unsigned kCloseOnExec = 4;  // CLOSE_RANGE_CLOEXEC
-
-std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
-  std::vector<char*> vector = {const_cast<char*>(path.c_str())};
-  vector.reserve(arguments.size() + 2);
-  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
-  vector.push_back(nullptr);
-  return vector;
-}
 
 // A descriptor that is where it should be keeps its close-on-exec mark when it is duplicated onto itself.
 bool connect(int stream, int descriptor) {
@@ -53,7 +46,7 @@ int becomeTool(const Launch& launch, int output, int errors) {
   static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
   static char language[] = "LC_ALL=C.UTF-8";
   char* environment[] = {path, language, nullptr};
-  ::execve(launch.tool.c_str(), argumentVector(launch.tool, launch.arguments).data(), environment);
+  ::execve(launch.tool.c_str(), posix::argumentVector(launch.tool, launch.arguments).data(), environment);
   return errno;
 }
 
@@ -71,13 +64,6 @@ int readReport(const UniqueFd& report) {
     got = ::read(report.get(), &error, sizeof error);
   } while (got < 0 && errno == EINTR);
   return got == static_cast<ssize_t>(sizeof error) ? error : 0;
-}
-
-int waitFor(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return status;
 }
 
 // Takes what is there now; false at the end.
@@ -106,7 +92,7 @@ class ToolWork : public PrivilegedWork {
     if (process_ < 0) return errno;
     report.writing.reset();
     const int error = readReport(report.reading);
-    if (error != 0) return waitFor(process_), error;
+    if (error != 0) return posix::waitForChild(process_), error;
     ::fcntl(errors.reading.get(), F_SETFL, O_NONBLOCK);
     errors_ = std::move(errors.reading);
     return 0;
@@ -123,7 +109,7 @@ class ToolWork : public PrivilegedWork {
       if (watched[1].revents != 0) open = drain(errors_, result.note);
       running = watched[0].revents == 0;
     }
-    result.waitStatus = waitFor(process_);
+    result.waitStatus = posix::waitForChild(process_);
     if (open) drain(errors_, result.note);
     while (result.note.ends_with('\n')) result.note.pop_back();
     std::ranges::replace(result.note, '\n', ' ');
@@ -142,14 +128,14 @@ class ToolWork : public PrivilegedWork {
 Answer<std::string> checkedProgram(const std::string& path) {
   constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
   const Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
-  if (!place) return place.refusal();
+  if (!place) return place.problem();
   if (!place->item) return refusalFor(ENOENT, path);
   if (!S_ISREG(place->itemStatus.st_mode)) return refusalFor(EACCES, path);
   const bool safe =
       place->writers.none() && place->itemStatus.st_uid == 0 && (place->itemStatus.st_mode & writableByOthers) == 0;
   if (!safe) return Refusal{EPERM, path + ": others than root can change this program"};
   const Answer<PinnedPlace> plain = pinPath(path, LastLink::Stays);
-  return plain ? Answer<std::string>(plain->shown()) : plain.refusal();
+  return plain ? Answer<std::string>(plain->shown()) : plain.problem();
 }
 
 PreparedWork prepareToolWork(const Launch& launch) {

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <utility>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/privileges/helper/Confinement.h"
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/RootMove.h"
@@ -41,15 +42,12 @@ std::string dateNow() {
   return text;
 }
 
-bool isWithin(const std::string& path, const std::string& folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 std::optional<Refusal> misplaced(const std::string& path, const PinnedPlace& source, const TrashDirectory& trash) {
   if (!source.item) return refusalFor(ENOENT, path);
   if (source.withTrailingSlash && !source.isFolder()) return refusalFor(ENOTDIR, path);
-  if (isWithin(source.shown(), trash.path)) return Refusal{EINVAL, path + ": it is already in the Trash"};
-  if (isWithin(trash.path, source.shown())) return Refusal{EINVAL, path + ": the Trash itself is in it"};
+  if (foundation::isAtOrBelow(source.shown(), trash.path))
+    return Refusal{EINVAL, path + ": it is already in the Trash"};
+  if (foundation::isAtOrBelow(trash.path, source.shown())) return Refusal{EINVAL, path + ": the Trash itself is in it"};
   return std::nullopt;
 }
 
@@ -77,11 +75,11 @@ PreparedWork prepareTrashMove(const TrashRequest& request, const UserRecord& per
                               const platform::ProductIdentity& product) {
   const std::string& path = request.item;
   const TrashUser user = trashUserFor(person, product.workFolderPrefix);
-  Outcome<SharedTrashDirectory> trash = openShownTrash(user, MissingTrash::IsMade);
+  OpenedTrash trash = openShownTrash(user, MissingTrash::IsMade);
   if (!trash) return Refusal{trash.problem().code, path + ": " + trash.problem().because};
   mendRootMoves(**trash, user);
   Answer<PinnedPlace> source = pinPath(path, LastLink::Stays);
-  if (!source) return source.refusal();
+  if (!source) return source.problem();
   if (const auto refusal = misplaced(path, *source, **trash)) return *refusal;
   RootMove move(path, std::move(*source), *trash, user.identity, request.storedName, dateNow());
   if (const auto refusal = obstacle(path, move)) return *refusal;

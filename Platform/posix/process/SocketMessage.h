@@ -1,0 +1,63 @@
+#pragma once
+
+#include <sys/socket.h>
+
+#include <array>
+#include <cstring>
+#include <optional>
+
+namespace qm::posix {
+
+/// A message of one block of bytes, with room for one thing that goes along with them: a descriptor (an int) or whoever
+/// sent it (a ucred). The bytes are the caller's.
+template <class Attached>
+class SocketMessage {
+ public:
+  SocketMessage(void* bytes, std::size_t size) : part_{bytes, size} {
+    message_.msg_iov = &part_;
+    message_.msg_iovlen = 1;
+  }
+  SocketMessage(const SocketMessage&) = delete;
+  SocketMessage& operator=(const SocketMessage&) = delete;
+
+  /// For the system's calls.
+  msghdr* get() { return &message_; }
+
+  /// Takes what comes along with the bytes; without this the system drops it.
+  void makeRoom() {
+    message_.msg_control = space_.data();
+    message_.msg_controllen = space_.size();
+  }
+
+  /// Has something go along with the bytes.
+  void attach(int type, const Attached& attached) {
+    makeRoom();
+    cmsghdr* header = CMSG_FIRSTHDR(&message_);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = type;
+    header->cmsg_len = CMSG_LEN(sizeof attached);
+    std::memcpy(CMSG_DATA(header), &attached, sizeof attached);
+  }
+
+  /// What has come along; null unless it is one thing of that type.
+  std::optional<Attached> attached(int type) {
+    const cmsghdr* header = CMSG_FIRSTHDR(&message_);
+    if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != type ||
+        header->cmsg_len != CMSG_LEN(sizeof(Attached))) {
+      return std::nullopt;
+    }
+    Attached attached{};
+    std::memcpy(&attached, CMSG_DATA(header), sizeof attached);
+    return attached;
+  }
+
+  /// Something was cut off, of the bytes or of what came along.
+  bool isCut() const { return (message_.msg_flags & (MSG_CTRUNC | MSG_TRUNC)) != 0; }
+
+ private:
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(Attached))> space_{};
+  iovec part_;
+  msghdr message_{};
+};
+
+}  // namespace qm::posix
