@@ -33,6 +33,7 @@ struct Services {
   explicit Services(const FrontEndServices& frontEnd)
       : executable(runningExecutable()),
         console(clock, programName(executable)),
+        users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
         directories(users),
         facts(propertyLists, executable),
         authorization(console, users, privilegePrograms(executable)),
@@ -65,7 +66,8 @@ struct Services {
   const std::optional<std::string> executable;
   SystemClock clock;
   SystemConsole console;
-  SystemUsers users;
+  SystemUsers systemUsers;
+  platform::Users& users;
   MacLayoutDirectories directories;
   PlistPropertyLists propertyLists;
   SystemFacts facts;

@@ -3,6 +3,7 @@
 #include "Platform/MainThread.h"
 #include "Platform/Platform.h"
 #include "Platform/UserInterface.h"
+#include "Platform/Users.h"
 #include "Platform/posix/process/DescriptorWait.h"
 
 namespace qm::linux_ {
@@ -12,6 +13,8 @@ struct FrontEndServices {
   platform::MainThread& mainThread;
   platform::UserInterface& userInterface;
   posix::DescriptorWait& descriptorWait;
+  /// Who is meant, where that is not for the system to say: a program of root's may work for one person after another.
+  platform::Users* users = nullptr;
 };
 
 /// The services of a Linux machine together with those of the front end. Made by the first call, which comes before
