@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds kPollPause(100);
 constexpr const char* kNotBegun = "The time was up before it began.";
 constexpr const char* kGivenUp = "The time was up before it had gone.";
 constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
-constexpr const char* kHoldsOthers = "Something else is in it.";
+constexpr const char* kHoldsOthers = "Something is in it.";
 constexpr const char* kNotRemoved = "It couldn’t be removed.";
 
 std::string skipText(SkipReason reason) {

@@ -143,7 +143,7 @@ TEST_F(Command, KeepsTheMakersFolderWithSomethingElseInIt) {
   EXPECT_EQ(at(removal.items(), kFolder).reason, "It goes if nothing else is in it.");
   removal.run([] { return false; }, [](const std::string&, std::size_t, std::size_t) {});
   EXPECT_EQ(at(removal.items(), kFolder).outcome, Outcome::Kept);
-  EXPECT_EQ(at(removal.items(), kFolder).reason, "Something else is in it.");
+  EXPECT_EQ(at(removal.items(), kFolder).reason, "Something is in it.");
   Removal again = removalFor({kCaller});
   again.look();
   EXPECT_EQ(at(again.items(), kFolder).outcome, Outcome::Kept);
