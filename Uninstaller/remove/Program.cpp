@@ -9,8 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <functional>
-#include <iterator>
-#include <memory>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -27,6 +26,7 @@
 #include "Uninstaller/remove/Removal.h"
 #include "Uninstaller/remove/RunLock.h"
 #include "Uninstaller/remove/RunningProduct.h"
+#include "Uninstaller/remove/TimedWork.h"
 #include "Uninstaller/remove/WithoutDialog.h"
 
 namespace qm::removal {
@@ -170,20 +170,9 @@ class Program {
                                                               std::size_t count) { line.show(path, number, count); });
   }
 
-  /// Runs the work on a thread of its own. The main thread serves it meanwhile, and gives it up some time after the
-  /// limit. False then; the work may be going on.
+  /// Gives the work up some time after the limit. False then.
   bool onWorker(const std::function<void()>& work) {
-    const auto finished = std::make_shared<std::atomic<bool>>(false);
-    const auto body = [this, work, finished] {
-      work();
-      all_.loop.perform([finished] { *finished = true; });
-    };
-    // Without a thread to spare the main thread does it, and nothing watches the time.
-    if (!platform::platform().threads->detachNewThread(body)) body();
-    for (const auto last = end_ + kGrace; !*finished && Clock::now() < last;) {
-      all_.loop.handleOneEvent(std::chrono::ceil<std::chrono::milliseconds>(last - Clock::now()));
-    }
-    return *finished;
+    return runUntil(end_ + kGrace, all_.loop, *platform::platform().threads, work);
   }
 
   std::set<uid_t> numbers() const {
