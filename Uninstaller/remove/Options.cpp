@@ -79,13 +79,13 @@ std::string setIfRunning(Options& options, const std::string& value) {
   } else if (value == "end") {
     options.ifRunning = IfRunning::End;
   } else {
-    return "--if-running is \"refuse\", \"ask-to-quit\" or \"end\", not " + quoted(value) + ".";
+    return R"(--if-running is "refuse", "ask-to-quit" or "end", not )" + quoted(value) + ".";
   }
   return {};
 }
 
 std::string setReport(Options& options, const std::string& value) {
-  if (value != "table" && value != "json") return "--report is \"table\" or \"json\", not " + quoted(value) + ".";
+  if (value != "table" && value != "json") return R"(--report is "table" or "json", not )" + quoted(value) + ".";
   options.report = value == "json" ? ReportForm::Json : ReportForm::Table;
   return {};
 }

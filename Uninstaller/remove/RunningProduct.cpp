@@ -74,6 +74,7 @@ std::optional<uid_t> userOf(pid_t process) {
 /// Waits until one of the processes has ended, or none of them runs.
 bool oneEnds(const std::vector<Held>& processes, std::chrono::milliseconds limit) {
   std::vector<pollfd> watched;
+  watched.reserve(processes.size());
   for (const Held& each : processes) watched.push_back({each.handle.descriptor(), POLLIN, 0});
   return ::poll(watched.data(), watched.size(), static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
 }

@@ -9,7 +9,7 @@
 namespace {
 
 int say(std::FILE* stream, std::string_view text, int status) {
-  std::fwrite(text.data(), 1, text.size(), stream);
+  static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
   return status;
 }
 

@@ -15,6 +15,7 @@ void sendToJournal(const std::vector<JournalField>& fields) {
   texts.reserve(fields.size());
   for (const JournalField& field : fields) texts.push_back(field.name + "=" + field.value);
   std::vector<iovec> parts;
+  parts.reserve(texts.size());
   for (std::string& text : texts) parts.push_back({text.data(), text.size()});
   ::sd_journal_sendv(parts.data(), static_cast<int>(parts.size()));
 }
