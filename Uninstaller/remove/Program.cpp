@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -92,7 +91,7 @@ class ProgressLine {
   }
 
  private:
-  std::atomic<bool> isShown_ = false;
+  bool isShown_ = false;
 };
 
 class Program {
@@ -122,7 +121,7 @@ class Program {
   /// False where there is no lock and nothing is to be done.
   bool isLocked() {
     if (!options_.removes()) return true;
-    lock_ = RunLock::take(::getuid(), linux_::environmentValue("XDG_RUNTIME_DIR"));
+    lock_ = RunLock::take(::getuid(), linux_::environmentValue("XDG_RUNTIME_DIR"), all_.users.homeDirectory());
     if (!lock_.isHeld()) refuse(lock_.problem());
     return lock_.isHeld();
   }

@@ -14,7 +14,7 @@ using posix::UniqueFd;
 
 constexpr const char* kName = "tessaly-remove.lock";
 
-/// Opens a folder in which nobody but the user can put or remove anything.
+/// Opens a folder in which nobody but the user can put or remove anything. The lock's file is the user's alone.
 UniqueFd openOwnFolder(const std::string& path, uid_t user) {
   UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat found {};
@@ -24,16 +24,20 @@ UniqueFd openOwnFolder(const std::string& path, uid_t user) {
   return UniqueFd();
 }
 
-UniqueFd openPrivateFolder(uid_t user) {
-  const std::string path = "/tmp/tessaly-remove-" + std::to_string(user);
-  if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) return UniqueFd();
+/// In /tmp anybody could take the name first and so keep the user from every run.
+UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
+  std::string path = home;
+  for (const char* name : {"/.cache", "/tessaly-remove"}) {
+    path += name;
+    if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) return UniqueFd();
+  }
   return openOwnFolder(path, user);
 }
 
-UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder) {
+UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
   if (user == 0) return openOwnFolder("/run", user);
   UniqueFd folder = runtimeFolder ? openOwnFolder(*runtimeFolder, user) : UniqueFd();
-  return folder ? std::move(folder) : openPrivateFolder(user);
+  return folder ? std::move(folder) : openPrivateFolder(user, home);
 }
 
 UniqueFd openLocked(int folder) {
@@ -50,9 +54,9 @@ std::string problemOf(int error) {
 
 }  // namespace
 
-RunLock RunLock::take(uid_t user, const std::optional<std::string>& runtimeFolder) {
+RunLock RunLock::take(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
   RunLock lock;
-  const UniqueFd folder = openLockFolder(user, runtimeFolder);
+  const UniqueFd folder = openLockFolder(user, runtimeFolder, home);
   if (folder) lock.file_ = openLocked(folder.get());
   if (!lock.file_) lock.problem_ = problemOf(errno);
   return lock;

@@ -13,9 +13,9 @@ namespace qm::removal {
 /// ends. The lock's file stays: what removed it could take it from a run that is just beginning.
 class RunLock {
  public:
-  /// Takes the lock of a user, or finds out why not. It lies in /run for root; for others in `runtimeFolder` if that
-  /// is theirs alone, else in a folder of their own in /tmp.
-  static RunLock take(uid_t user, const std::optional<std::string>& runtimeFolder);
+  /// Takes the lock of a user, or finds out why not. It lies in /run for root; for others in `runtimeFolder` if only
+  /// they can write there, else in .cache of their home.
+  static RunLock take(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home);
 
   bool isHeld() const { return static_cast<bool>(file_); }
   /// Why it is not held, one sentence.

@@ -30,18 +30,18 @@ class Lock : public ::testing::Test {
 
 TEST_F(Lock, IsHeldByOneAtATime) {
   {
-    const RunLock first = RunLock::take(user, folder);
+    const RunLock first = RunLock::take(user, folder, folder);
     EXPECT_TRUE(first.isHeld());
-    const RunLock second = RunLock::take(user, folder);
+    const RunLock second = RunLock::take(user, folder, folder);
     EXPECT_FALSE(second.isHeld());
     EXPECT_EQ(second.problem(), "Another run of tessaly-remove is under way.");
   }
-  EXPECT_TRUE(RunLock::take(user, folder).isHeld());
+  EXPECT_TRUE(RunLock::take(user, folder, folder).isHeld());
 }
 
 TEST_F(Lock, IsTakenThroughNoLink) {
   ASSERT_EQ(::symlink("/dev/null", (folder + "/tessaly-remove.lock").c_str()), 0);
-  const RunLock lock = RunLock::take(user, folder);
+  const RunLock lock = RunLock::take(user, folder, folder);
   EXPECT_FALSE(lock.isHeld());
   EXPECT_EQ(lock.problem(), "The lock against a second run cannot be had: Too many levels of symbolic links.");
 }
