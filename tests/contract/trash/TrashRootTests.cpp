@@ -254,6 +254,7 @@ TEST(TrashAsRoot, UsesRootsOwnTrashWhenRootIsAtTheConsole) {
 TEST(TrashAsRoot, FollowsLinksOfRootsAndNobodyElsesToItsOwnTrash) {
   World::play([](World& world) {
     world.actAsRoot("root");
+    world.makeFolder("/home/u/folder");
     world.makeFile("/home/u/folder/theirs", "theirs");
     world.makeLink("/home/u/link", "/home/u/folder");
     const platform::Status refused = world.recycle("/home/u/link", "theirs");
