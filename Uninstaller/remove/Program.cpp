@@ -100,9 +100,8 @@ class Program {
       : options_(options),
         concerned_(concerned),
         end_(Clock::now() + options.timeLimit),
-        // A worker that is given up goes on using it.
-        removal_(*new Removal(all_.users, all_.witness, std::move(concerned),
-                              options.preferences ? RemoveConfig::Yes : RemoveConfig::No)) {
+        removal_(all_.users, all_.witness, std::move(concerned),
+                 options.preferences ? RemoveConfig::Yes : RemoveConfig::No) {
     report_.isPlan = !options.removes();
     report_.wantsYes = report_.isPlan && !options.plan;
   }
@@ -112,6 +111,7 @@ class Program {
     const int status = statusOf(report_);
     recordInJournal(report_);
     writeAll(STDOUT_FILENO, options_.report == ReportForm::Json ? reportJson(report_) : reportTable(report_));
+    // A worker that was given up goes on using all of this.
     if (!inTime) std::_Exit(status);
     QMLog::finishWriting();
     return status;
@@ -194,7 +194,7 @@ class Program {
   const Options& options_;
   const Concerned concerned_;
   const Clock::time_point end_;
-  Removal& removal_;
+  Removal removal_;
   RunLock lock_;
   Report report_;
 };
