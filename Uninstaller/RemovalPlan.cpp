@@ -66,15 +66,6 @@ std::uint64_t bytesBelow(const std::string& folder) {
   return sum;
 }
 
-PlannedItem planned(const ProductItem& item, RemoveConfig removeConfig) {
-  PlannedItem plan;
-  plan.item = &item;
-  plan.path = itemPath(item);
-  plan.skip = isWanted(item, removeConfig) ? reasonToSkip(plan.path) : SkipReason::PreferencesStay;
-  if (plan.skip == SkipReason::None) measure(plan);
-  return plan;
-}
-
 }  // namespace
 
 bool isWanted(const ProductItem& item, RemoveConfig removeConfig) {
@@ -97,9 +88,20 @@ SkipReason reasonToSkip(const std::optional<std::string>& path) {
   return platform().fileSystem->fileExists(*path) ? SkipReason::None : SkipReason::NotThere;
 }
 
+PlannedItem plannedItem(const ProductItem& item, RemoveConfig removeConfig) {
+  PlannedItem plan;
+  plan.item = &item;
+  plan.path = itemPath(item);
+  plan.skip = isWanted(item, removeConfig) ? reasonToSkip(plan.path) : SkipReason::PreferencesStay;
+  return plan;
+}
+
 std::vector<PlannedItem> removalPlan(RemoveConfig removeConfig) {
   std::vector<PlannedItem> plan;
-  for (const ProductItem& item : kProductItems) plan.push_back(planned(item, removeConfig));
+  for (const ProductItem& item : kProductItems) {
+    plan.push_back(plannedItem(item, removeConfig));
+    if (plan.back().skip == SkipReason::None) measure(plan.back());
+  }
   return plan;
 }
 

@@ -46,6 +46,9 @@ std::optional<std::string> makersFolderPath();
 /// The guards of an item. Any thread; prints and logs nothing.
 SkipReason reasonToSkip(const std::optional<std::string>& path);
 
+/// One item and what would become of it, without its kind and size. Any thread.
+PlannedItem plannedItem(const ProductItem& item, RemoveConfig removeConfig);
+
 /// Finds out what an item that is there is, and its size. Takes as long as walking through it.
 void measure(PlannedItem& item);
 

@@ -44,6 +44,7 @@ ItemResult RemovalRun::stayed(ItemResult result) const {
   if (witness_ == nullptr) return result;
   const Testimony said = witness_->testimony();
   result.notAuthorized = said.rightsRefused;
+  result.error = said.plainError;
   const bool isPlain = said.privilegedReason.empty() || said.rightsRefused;
   result.reason = isPlain && !said.plainReason.empty() ? said.plainReason : said.privilegedReason;
   return result;

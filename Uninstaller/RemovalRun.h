@@ -18,6 +18,7 @@ struct ItemResult {
   PlannedItem planned;
   ItemOutcome outcome = ItemOutcome::Skipped;
   std::string reason;          ///< why it stayed, in whole sentences; "" otherwise
+  int error = 0;               ///< the system's number for why its user could not move it, 0 where there is none
   bool notAuthorized = false;  ///< it stayed because administrator rights were not granted
 };
 

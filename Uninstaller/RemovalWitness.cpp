@@ -36,7 +36,11 @@ class RemovalWitness::Trash final : public qm::platform::Trash {
   Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                  const std::vector<std::string>& names) override {
     Status status = inner_.recycle(sourceFolder, trashDirectory, names);
-    if (!status) notes_.note([&](Testimony& said) { said.plainReason = status.localizedDescription(); });
+    if (status) return status;
+    notes_.note([&](Testimony& said) {
+      said.plainReason = status.localizedDescription();
+      said.plainError = status.code();
+    });
     return status;
   }
   void makeDurable() override { inner_.makeDurable(); }

@@ -8,6 +8,7 @@
 /// What the services said while one item was moved.
 struct Testimony {
   std::string plainReason;       ///< why the plain move failed, the system's sentence; "" when it did not
+  int plainError = 0;            ///< the system's number of that reason, 0 where there is none
   std::string privilegedReason;  ///< the last line that the console was given afterwards, "" without one
   bool rightsRefused = false;    ///< administrator rights were asked for and not granted
 };

@@ -34,6 +34,7 @@ struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
       : executable(runningExecutable()),
         console(clock, programName(product, executable)),
+        users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
         directories(users),
         facts(propertyLists, product, executable),
         authorization(console, users, privilegePrograms(product, executable)),
@@ -66,7 +67,8 @@ struct Services {
   const std::optional<std::string> executable;
   SystemClock clock;
   SystemConsole console;
-  SystemUsers users;
+  SystemUsers systemUsers;
+  platform::Users& users;
   MacLayoutDirectories directories;
   PlistPropertyLists propertyLists;
   SystemFacts facts;

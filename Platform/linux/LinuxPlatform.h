@@ -4,6 +4,7 @@
 #include "Platform/Platform.h"
 #include "Platform/ProductIdentity.h"
 #include "Platform/UserInterface.h"
+#include "Platform/Users.h"
 #include "Platform/posix/process/DescriptorWait.h"
 
 namespace qm::linux_ {
@@ -13,6 +14,8 @@ struct FrontEndServices {
   platform::MainThread& mainThread;
   platform::UserInterface& userInterface;
   posix::DescriptorWait& descriptorWait;
+  /// Who is meant, where that is not for the system to say: a program of root's may work for one person after another.
+  platform::Users* users = nullptr;
 };
 
 /// The services of a Linux machine for a product, together with those of the front end. Made by the first call, which

@@ -16,6 +16,10 @@ constexpr std::size_t kLargestBuffer = std::size_t{1024} * 1024;
 
 std::string textOrEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
 
+UserRecord recordOf(const passwd& found) {
+  return {found.pw_uid, found.pw_gid, textOrEmpty(found.pw_name), textOrEmpty(found.pw_dir)};
+}
+
 // `find` is getpwuid_r or getpwnam_r with its key in place. The buffer grows until the record fits.
 template <class Find>
 std::optional<UserRecord> lookUp(Find find) {
@@ -29,7 +33,7 @@ std::optional<UserRecord> lookUp(Find find) {
     } while (error == EINTR);
     if (error == ERANGE) continue;
     if (error != 0 || found == nullptr) return std::nullopt;
-    return UserRecord{found->pw_uid, found->pw_gid, textOrEmpty(found->pw_name), textOrEmpty(found->pw_dir)};
+    return recordOf(*found);
   }
   return std::nullopt;
 }
@@ -47,6 +51,14 @@ std::optional<UserRecord> userWithName(const std::string& name) {
   return lookUp([&name](passwd* record, char* buffer, std::size_t size, passwd** found) {
     return ::getpwnam_r(name.c_str(), record, buffer, size, found);
   });
+}
+
+std::vector<UserRecord> listedUsers() {
+  std::vector<UserRecord> users;
+  ::setpwent();
+  while (const passwd* found = ::getpwent()) users.push_back(recordOf(*found));  // NOLINT(concurrency-mt-unsafe)
+  ::endpwent();
+  return users;
 }
 
 FileSystemIdentity identityOf(const UserRecord& user) {

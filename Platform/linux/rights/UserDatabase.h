@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/linux/rights/FileSystemUser.h"
 
@@ -19,6 +20,10 @@ struct UserRecord {
 /// The system's user database, whatever it is made of. Null for a user that it does not know. Any thread.
 std::optional<UserRecord> userWithId(uid_t id);
 std::optional<UserRecord> userWithName(const std::string& name);
+
+/// All users that the database lists. A directory service may know more than it lists. One thread of a process at a
+/// time.
+std::vector<UserRecord> listedUsers();
 
 /// The rights of a user in the file system, with all groups that the database puts the user in.
 FileSystemIdentity identityOf(const UserRecord& user);

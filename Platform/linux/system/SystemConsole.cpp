@@ -4,14 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#define SD_JOURNAL_SUPPRESS_LOCATION  // callers are not in this file
-#include <systemd/sd-journal.h>
-
 #include <cerrno>
 
 #include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/DateText.h"
 #include "Platform/linux/system/Environment.h"
+#include "Platform/linux/system/Journal.h"
 
 namespace qm::linux_ {
 namespace {
@@ -26,9 +24,7 @@ bool standardErrorIsTheJournal() {
          *given == std::to_string(stream.st_dev) + ":" + std::to_string(stream.st_ino);
 }
 
-bool journalTakesMessages() {
-  return ::access("/run/systemd/journal/socket", F_OK) == 0 && !standardErrorIsTheJournal();
-}
+bool journalTakesMessages() { return journalIsThere() && !standardErrorIsTheJournal(); }
 
 // A console in non-blocking mode that is full gets a moment to drain.
 bool mayTryAgain() {
@@ -47,8 +43,6 @@ void writeAll(std::string_view line) {
     }
   }
 }
-
-iovec fieldOf(const std::string& text) { return {const_cast<char*>(text.data()), text.size()}; }
 
 }  // namespace
 
@@ -69,11 +63,7 @@ void SystemConsole::printToStandardError(std::string_view text) const {
 }
 
 void SystemConsole::printToJournal(std::string_view text) const {
-  const std::string message = "MESSAGE=" + std::string(text);
-  const std::string identifier = "SYSLOG_IDENTIFIER=" + name_;
-  const std::string priority = "PRIORITY=5";
-  const iovec fields[] = {fieldOf(message), fieldOf(identifier), fieldOf(priority)};
-  ::sd_journal_sendv(fields, 3);
+  sendToJournal({{"MESSAGE", std::string(text)}, {"SYSLOG_IDENTIFIER", name_}, {"PRIORITY", "5"}});
 }
 
 }  // namespace qm::linux_

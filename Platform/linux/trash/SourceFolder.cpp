@@ -59,9 +59,11 @@ TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const Tras
   UniqueFd plain = openWithoutLinks(folder);
   if (plain) return describe(std::move(plain), user.forAnother, isTidy(folder) ? folder : "");
   if (!mayLeadThroughLinks(errno)) return folderProblem(errno);
-  if (!user.forAnother) return openWithRightsOf(user, folder);
+  const bool isRootsOwn = !user.forAnother && user.identity.uid == 0;
+  if (!user.forAnother && !isRootsOwn) return openWithRightsOf(user, folder);
   UniqueFd trusted = openFolderThroughRootsLinks(folder);
-  if (trusted || (errno != ELOOP && errno != EPERM)) return describe(std::move(trusted), true);
+  if (trusted || (errno != ELOOP && errno != EPERM)) return describe(std::move(trusted), user.forAnother);
+  if (isRootsOwn) return TrashProblem{EPERM, "a link that is not root’s leads to its folder"};
   return openWithRightsOf(user, folder);
 }
 

@@ -19,9 +19,9 @@ struct SourceFolder {
   bool withRootRights = false;
 };
 
-/// Opens a folder by an absolute path that may lead through links. As root for somebody else, links that
-/// only root can make are followed with root's rights; from any other link on, that person's rights are
-/// all there is.
+/// Opens a folder by an absolute path that may lead through links. As root, links that only root can make are followed
+/// with root's rights; from any other link on, the rights of the person whom it is for are all there is, and none where
+/// it is for root itself.
 TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
 }  // namespace qm::linux_

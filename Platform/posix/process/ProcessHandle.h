@@ -8,8 +8,8 @@
 
 namespace qm::posix {
 
-/// A hold on one child of this process that survives the child: a process id that the system gives to somebody else
-/// is never waited for or signalled.
+/// A hold on one process that survives it: a process id that the system gives to somebody else is never waited for or
+/// signalled. Only a child of this process can be reaped.
 class ProcessHandle {
  public:
   /// No process.

@@ -251,6 +251,26 @@ TEST(TrashAsRoot, UsesRootsOwnTrashWhenRootIsAtTheConsole) {
   });
 }
 
+TEST(TrashAsRoot, FollowsLinksOfRootsAndNobodyElsesToItsOwnTrash) {
+  World::play([](World& world) {
+    world.actAsRoot("root");
+    world.makeFolder("/home/u/folder");
+    world.makeFile("/home/u/folder/theirs", "theirs");
+    world.makeLink("/home/u/link", "/home/u/folder");
+    const platform::Status refused = world.recycle("/home/u/link", "theirs");
+    expectRefused(refused);
+    EXPECT_EQ(refused.localizedDescription(),
+              "“theirs” couldn’t be moved to the Trash because a link that is not root’s leads to its folder.");
+    EXPECT_EQ(world.contentsOf("/home/u/folder/theirs"), "theirs");
+    makeRootsFolder(world, "/folder");
+    makeRootsFile(world, "/folder/a");
+    world.makeLink("/entry", "folder");
+    world.giveTo(0, "/entry");
+    EXPECT_TRUE(world.recycle("/entry", "a"));
+    EXPECT_EQ(world.kindOf("/folder/a"), ItemKind::Nothing);
+  });
+}
+
 TEST(TrashAsRoot, MovesNothingForAnAccountThatTheSystemDoesNotKnow) {
   World::play([](World& world) {
     world.actAsRoot("nosuchperson");

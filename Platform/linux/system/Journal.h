@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qm::linux_ {
+
+/// A field of an entry in the system journal. Names are upper case letters, digits and underscores.
+struct JournalField {
+  std::string name;
+  std::string value;
+};
+
+/// The machine has a system journal.
+bool journalIsThere();
+
+/// Adds an entry to the system journal. Nothing happens where there is none. Any thread.
+void sendToJournal(const std::vector<JournalField>& fields);
+
+}  // namespace qm::linux_

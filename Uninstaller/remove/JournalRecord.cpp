@@ -1,0 +1,64 @@
+#include "Uninstaller/remove/JournalRecord.h"
+
+#include "Uninstaller/remove/Options.h"
+
+namespace qm::removal {
+namespace {
+
+using linux_::JournalField;
+using Fields = std::vector<JournalField>;
+
+// Entries of these kinds are found by these numbers: journalctl MESSAGE_ID=...
+constexpr const char* kItemMessage = "6a7e0d0c5f3b4f0d9c41b1d2a8e65f13";
+constexpr const char* kRunMessage = "c2b94e6fd07a4a51a6e3f8d917c05b28";
+constexpr const char* kInformation = "6";
+constexpr const char* kWarning = "4";
+
+Fields entry(const char* kind, const char* priority, std::string message) {
+  return {{"MESSAGE", std::move(message)},
+          {"MESSAGE_ID", kind},
+          {"PRIORITY", priority},
+          {"SYSLOG_IDENTIFIER", "tessaly-remove"}};
+}
+
+void addIfThere(Fields& fields, const char* name, const std::string& value) {
+  if (!value.empty()) fields.push_back({name, value});
+}
+
+bool isRecorded(const ReportItem& item) {
+  return item.outcome == Outcome::Trashed || item.outcome == Outcome::Removed || item.outcome == Outcome::Stayed;
+}
+
+}  // namespace
+
+Fields journalEntryOf(const ReportItem& item) {
+  const std::string path = item.path.value_or("");
+  const std::string because = item.reason.empty() ? "" : ": " + item.reason;
+  Fields fields = entry(kItemMessage, item.outcome == Outcome::Stayed ? kWarning : kInformation,
+                        path + " " + wordFor(item.outcome) + because);
+  fields.push_back({"TESSALY_ITEM", path});
+  fields.push_back({"TESSALY_OUTCOME", wordFor(item.outcome)});
+  fields.push_back({"TESSALY_BYTES", std::to_string(item.bytes)});
+  addIfThere(fields, "TESSALY_USER", item.user.value_or(""));
+  addIfThere(fields, "TESSALY_TRASH_OF", item.trashOf.value_or(""));
+  addIfThere(fields, "TESSALY_REASON", item.reason);
+  return fields;
+}
+
+Fields journalEntryOf(const Report& report) {
+  const int status = statusOf(report);
+  Fields fields = entry(kRunMessage, status == kNothingLeft ? kInformation : kWarning, summaryOf(report));
+  fields.push_back({"TESSALY_STATUS", std::to_string(status)});
+  fields.push_back({"TESSALY_CHANGED", hasChanged(report) ? "1" : "0"});
+  return fields;
+}
+
+void recordInJournal(const Report& report) {
+  if (report.isPlan || !linux_::journalIsThere()) return;
+  for (const ReportItem& item : report.items) {
+    if (isRecorded(item)) linux_::sendToJournal(journalEntryOf(item));
+  }
+  linux_::sendToJournal(journalEntryOf(report));
+}
+
+}  // namespace qm::removal

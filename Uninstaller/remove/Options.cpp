@@ -1,0 +1,180 @@
+#include "Uninstaller/remove/Options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <optional>
+
+#include "Platform/foundation/ControlCharacters.h"
+
+namespace qm::removal {
+namespace {
+
+constexpr int kLongestLimit = 86400;
+
+constexpr std::string_view kHelp = R"(Usage: tessaly-remove [OPTION...]
+
+Moves what Tessaly consists of to the Trash, and removes the maker's folder if
+nothing is left in it. Without --yes nothing is done: it shows what would go.
+
+What goes
+  --plan              Show what would go. Changes nothing.
+  --yes               Do it.
+  --preferences       The preferences go as well.
+
+For whom (as root; otherwise it is always for you)
+  --user NAME         For this person. May be given more than once.
+  --all-users         For every ordinary account of this computer.
+  --system-only       For nobody: only what belongs to the computer goes.
+  As root without any of these it is for the person at the computer. Each
+  person's items go to that person's Trash.
+
+How
+  --if-running=HOW    What to do where Tessaly runs for one of these persons:
+                      "refuse" (the default), "ask-to-quit" (and refuse if it
+                      has not quit after ten seconds) or "end" (unsaved work in
+                      it is lost).
+  --time-limit=SECONDS  Begin no further item after this time. 600 by default.
+  --report=FORM       "table" (the default) or "json", on standard output.
+  --help              Show this.
+  --version           Show the version.
+
+Exit status
+   0  nothing is left to remove, also when nothing was there
+   2  something is left
+   3  something is left for want of rights; root has them
+  64  the command line is wrong
+  75  Tessaly runs, or another run is under way: try again later
+)";
+
+struct Flag {
+  std::string_view name;
+  bool Options::*member;
+};
+
+constexpr Flag kFlags[] = {
+    {"--help", &Options::help},
+    {"--version", &Options::version},
+    {"--plan", &Options::plan},
+    {"--yes", &Options::yes},
+    {"--preferences", &Options::preferences},
+    {"--all-users", &Options::allUsers},
+    {"--system-only", &Options::systemOnly},
+};
+
+std::string quoted(std::string_view text) { return "\"" + foundation::replacingControlCharacters(text, '?') + "\""; }
+
+/// A setter returns what is wrong with the value; "" where nothing is.
+std::string addUser(Options& options, const std::string& value) {
+  if (value.empty()) return "--user needs the name of a person.";
+  options.users.push_back(value);
+  return {};
+}
+
+std::string setIfRunning(Options& options, const std::string& value) {
+  if (value == "refuse") {
+    options.ifRunning = IfRunning::Refuse;
+  } else if (value == "ask-to-quit") {
+    options.ifRunning = IfRunning::AskToQuit;
+  } else if (value == "end") {
+    options.ifRunning = IfRunning::End;
+  } else {
+    return R"(--if-running is "refuse", "ask-to-quit" or "end", not )" + quoted(value) + ".";
+  }
+  return {};
+}
+
+std::string setReport(Options& options, const std::string& value) {
+  if (value != "table" && value != "json") return R"(--report is "table" or "json", not )" + quoted(value) + ".";
+  options.report = value == "json" ? ReportForm::Json : ReportForm::Table;
+  return {};
+}
+
+std::string setTimeLimit(Options& options, const std::string& value) {
+  int seconds = 0;
+  const char* end = value.data() + value.size();
+  const auto [rest, error] = std::from_chars(value.data(), end, seconds);
+  if (error != std::errc() || rest != end || seconds < 1 || seconds > kLongestLimit) {
+    return "--time-limit is a number of seconds from 1 to 86400, not " + quoted(value) + ".";
+  }
+  options.timeLimit = std::chrono::seconds(seconds);
+  return {};
+}
+
+struct Setting {
+  std::string_view name;
+  std::string (*set)(Options&, const std::string&);
+};
+
+constexpr Setting kSettings[] = {
+    {"--user", addUser},
+    {"--if-running", setIfRunning},
+    {"--report", setReport},
+    {"--time-limit", setTimeLimit},
+};
+
+template <class Table>
+auto named(const Table& table, std::string_view name) {
+  const auto found = std::ranges::find(table, name, [](const auto& each) { return each.name; });
+  return found == std::end(table) ? nullptr : &*found;
+}
+
+class Parser {
+ public:
+  explicit Parser(const std::vector<std::string>& arguments) : arguments_(arguments) {}
+
+  ParsedOptions parse() {
+    while (next_ < arguments_.size() && parsed_.problem.empty()) parsed_.problem = take(arguments_[next_++]);
+    if (parsed_.problem.empty()) parsed_.problem = contradiction();
+    return parsed_;
+  }
+
+ private:
+  std::string take(const std::string& argument) {
+    if (!argument.starts_with("--")) return "What is " + quoted(argument) + "? There are options only.";
+    const auto equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    const auto value = equals == std::string::npos ? std::nullopt : std::optional(argument.substr(equals + 1));
+    if (const Flag* flag = named(kFlags, name)) return setFlag(*flag, value.has_value());
+    if (const Setting* setting = named(kSettings, name)) return set(*setting, value);
+    return "There is no option " + quoted(name) + ".";
+  }
+
+  std::string setFlag(const Flag& flag, bool hasValue) {
+    if (hasValue) return std::string(flag.name) + " takes no value.";
+    parsed_.options.*flag.member = true;
+    return {};
+  }
+
+  std::string set(const Setting& setting, std::optional<std::string> value) {
+    if (!value && next_ < arguments_.size()) value = arguments_[next_++];
+    if (!value) return std::string(setting.name) + " needs a value.";
+    return setting.set(parsed_.options, *value);
+  }
+
+  std::string contradiction() const {
+    const Options& options = parsed_.options;
+    if (options.plan && options.yes) return "--plan and --yes exclude each other.";
+    const int choices = static_cast<int>(!options.users.empty()) + static_cast<int>(options.allUsers) +
+                        static_cast<int>(options.systemOnly);
+    return choices > 1 ? "--user, --all-users and --system-only exclude each other." : "";
+  }
+
+  const std::vector<std::string>& arguments_;
+  std::size_t next_ = 0;
+  ParsedOptions parsed_;
+};
+
+}  // namespace
+
+ParsedOptions parseOptions(const std::vector<std::string>& arguments) { return Parser(arguments).parse(); }
+
+std::string_view helpText() { return kHelp; }
+
+std::string versionText() { return "tessaly-remove " QM_VERSION "\n"; }
+
+std::string usageText(const std::string& problem) {
+  return "tessaly-remove: " + problem + "\nTry \"tessaly-remove --help\".\n";
+}
+
+}  // namespace qm::removal

@@ -1,0 +1,133 @@
+#include "Uninstaller/remove/Persons.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "Platform/foundation/ControlCharacters.h"
+
+namespace qm::removal {
+namespace {
+
+using linux_::UserRecord;
+
+constexpr const char* kLoginScreen = "loginwindow";
+constexpr const char* kRoot = "root";
+
+struct Range {
+  uid_t first = 1000;
+  uid_t last = 60000;
+};
+
+/// The numbers that the system gives to persons, as its administrator has set them.
+Range numbersOfPersons() {
+  Range range;
+  std::ifstream settings("/etc/login.defs");
+  for (std::string line; std::getline(settings, line);) {
+    std::istringstream words(line);
+    std::string name;
+    uid_t number = 0;
+    if (!(words >> name >> number)) continue;
+    if (name == "UID_MIN") range.first = number;
+    if (name == "UID_MAX") range.last = number;
+  }
+  return range;
+}
+
+std::vector<UserRecord> ordinaryAccounts() {
+  const Range range = numbersOfPersons();
+  std::vector<UserRecord> users = linux_::listedUsers();
+  std::erase_if(users, [&](const UserRecord& user) { return user.id < range.first || user.id > range.last; });
+  return users;
+}
+
+bool hasHome(const UserRecord& user) { return user.home.size() > 1 && user.home.starts_with('/'); }
+
+/// A home that two accounts share is looked through once, for the first of them.
+void addPerson(std::vector<UserRecord>& persons, UserRecord person) {
+  const bool isThere = std::ranges::any_of(
+      persons, [&](const UserRecord& each) { return each.id == person.id || each.home == person.home; });
+  if (!isThere) persons.push_back(std::move(person));
+}
+
+std::optional<std::string> personAtConsole(const Accounts& accounts) {
+  return accounts.console == kLoginScreen ? std::nullopt : accounts.console;
+}
+
+Choice problem(int status, std::string text) { return {{}, status, std::move(text)}; }
+
+std::string rootsTrash() { return kRoot; }
+
+/// The computer's items go to the person at the console, if that is one of the persons, else to the first of them.
+std::string systemTrashOf(const std::vector<UserRecord>& persons, const Accounts& accounts) {
+  const auto console = personAtConsole(accounts);
+  const bool isConcerned =
+      console && std::ranges::any_of(persons, [&](const UserRecord& each) { return each.name == *console; });
+  if (isConcerned) return *console;
+  return persons.empty() ? rootsTrash() : persons.front().name;
+}
+
+Choice chosen(std::vector<UserRecord> persons, const Accounts& accounts) {
+  Choice choice;
+  choice.concerned.systemTrashOf = systemTrashOf(persons, accounts);
+  choice.concerned.persons = std::move(persons);
+  return choice;
+}
+
+Choice personsNamed(const std::vector<std::string>& names, const Accounts& accounts) {
+  std::vector<UserRecord> persons;
+  for (const std::string& name : names) {
+    const auto person = accounts.named(name);
+    const std::string quoted = "\"" + foundation::replacingControlCharacters(name, '?') + "\"";
+    if (!person) return problem(kUsage, "There is no user " + quoted + " on this computer.");
+    if (!hasHome(*person)) return problem(kUsage, "The user " + quoted + " has no home folder.");
+    addPerson(persons, *person);
+  }
+  return chosen(std::move(persons), accounts);
+}
+
+Choice everybody(const Accounts& accounts) {
+  std::vector<UserRecord> persons;
+  for (UserRecord& person : accounts.ordinary()) {
+    if (hasHome(person)) addPerson(persons, std::move(person));
+  }
+  return chosen(std::move(persons), accounts);
+}
+
+std::string optionForRoot(const Options& options) {
+  if (!options.users.empty()) return "--user";
+  if (options.allUsers) return "--all-users";
+  return options.systemOnly ? "--system-only" : "";
+}
+
+Choice forCaller(const Options& options, const Accounts& accounts) {
+  const std::string option = optionForRoot(options);
+  if (!option.empty()) return problem(kRightsMissing, option + " takes the rights of root.");
+  return {{{accounts.caller}, accounts.caller.name}, kNothingLeft, ""};
+}
+
+}  // namespace
+
+Accounts systemAccounts(const platform::Users& users) {
+  Accounts accounts;
+  accounts.caller = {users.realUserId(), ::getgid(), users.userName(), users.homeDirectory()};
+  accounts.console = users.consoleUser();
+  accounts.named = linux_::userWithName;
+  accounts.ordinary = ordinaryAccounts;
+  return accounts;
+}
+
+Choice choosePersons(const Options& options, const Accounts& accounts) {
+  if (accounts.caller.id != 0) return forCaller(options, accounts);
+  if (options.systemOnly) return chosen({}, accounts);
+  if (options.allUsers) return everybody(accounts);
+  if (!options.users.empty()) return personsNamed(options.users, accounts);
+  const auto console = personAtConsole(accounts);
+  if (console) return personsNamed({*console}, accounts);
+  return problem(kUsage, "Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only.");
+}
+
+}  // namespace qm::removal

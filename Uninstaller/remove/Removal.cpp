@@ -1,0 +1,237 @@
+#include "Uninstaller/remove/Removal.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+#include <utility>
+
+#include "Platform/AuthorizationServices.h"
+#include "Platform/Clock.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Platform.h"
+#include "Platform/Trash.h"
+#include "Shared/QMFileManager.h"
+
+namespace qm::removal {
+namespace {
+
+using linux_::UserRecord;
+using platform::platform;
+
+constexpr std::chrono::seconds kFolderLimit(10);
+constexpr std::chrono::milliseconds kPollPause(100);
+
+constexpr const char* kNotBegun = "The time was up before it began.";
+constexpr const char* kGivenUp = "The time was up before it had gone.";
+constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
+constexpr const char* kHoldsOthers = "Something is in it.";
+constexpr const char* kNotRemoved = "It couldn’t be removed.";
+
+std::string skipText(SkipReason reason) {
+  switch (reason) {
+    case SkipReason::PreferencesStay:
+      return "Preferences go with --preferences only.";
+    case SkipReason::InReleaseFolder:
+      return "It is in a folder named \"Release\".";
+    case SkipReason::InStructureFolder:
+      return "It is below a folder \"Structure/Applications\".";
+    case SkipReason::InTrash:
+      return "It is in the Trash already.";
+    case SkipReason::None:
+    case SkipReason::NoFolder:
+    case SkipReason::NotThere:
+      break;
+  }
+  return "";
+}
+
+bool isThere(const std::optional<std::string>& path) { return path && platform().fileSystem->fileExists(*path); }
+
+Outcome plannedOutcome(const PlannedItem& item) {
+  if (item.skip == SkipReason::None) return Outcome::Goes;
+  return isThere(item.path) ? Outcome::Kept : Outcome::NotThere;
+}
+
+Outcome outcomeOf(const ItemResult& result) {
+  switch (result.outcome) {
+    case ItemOutcome::Trashed:
+      return Outcome::Trashed;
+    case ItemOutcome::Gone:
+      return Outcome::NotThere;
+    case ItemOutcome::Skipped:
+      return Outcome::Kept;
+    case ItemOutcome::Stayed:
+      break;
+  }
+  return Outcome::Stayed;
+}
+
+/// Rights that were refused count only where it is rights that the system wanted.
+bool stayedForWantOfRights(const ItemResult& result) {
+  const auto error = static_cast<std::errc>(result.error);
+  return result.notAuthorized && (error == std::errc::permission_denied || error == std::errc::operation_not_permitted);
+}
+
+std::string reasonOf(const ItemResult& result, bool needsRights) {
+  if (result.outcome == ItemOutcome::Skipped) return skipText(result.planned.skip);
+  return needsRights ? "Not authorized: " + result.reason : result.reason;
+}
+
+/// What is started with root's rights for the folder returns before it is gone.
+bool isGoneInTime(const std::string& folder) {
+  const auto& clock = *platform().clock;
+  const auto end = clock.monotonicNow() + kFolderLimit;
+  while (isThere(folder) && clock.monotonicNow() < end) platform().clock->sleep(kPollPause);
+  return !isThere(folder);
+}
+
+}  // namespace
+
+Removal::Removal(WorkingFor& users, RemovalWitness& witness, Concerned concerned, RemoveConfig removeConfig)
+    : users_(users), witness_(witness), concerned_(std::move(concerned)), removeConfig_(removeConfig) {}
+
+void Removal::look() {
+  for (const ProductItem& item : kProductItems) {
+    if (item.owner == ItemOwner::Computer) lookAt(item, std::nullopt, concerned_.systemTrashOf);
+  }
+  for (const UserRecord& person : concerned_.persons) {
+    for (const ProductItem& item : kProductItems) {
+      if (item.owner == ItemOwner::User) lookAt(item, person, person.name);
+    }
+  }
+  lookAtMakersFolder();
+}
+
+void Removal::lookAt(const ProductItem& item, const std::optional<UserRecord>& person, const std::string& trashOf) {
+  users_.workFor(trashOf);
+  PlannedItem planned = plannedItem(item, removeConfig_);
+  ReportItem shown;
+  if (person) shown.user = person->name;
+  shown.path = planned.path;
+  shown.outcome = plannedOutcome(planned);
+  if (shown.outcome == Outcome::Kept) shown.reason = skipText(planned.skip);
+  if (shown.outcome == Outcome::Goes) shown.trashOf = trashOf;
+  if (shown.outcome != Outcome::NotThere) {
+    measureWithRightsOf(person, planned);
+    shown.kind = planned.kind;
+    shown.bytes = planned.bytes;
+  }
+  parts_.push_back({std::move(planned), person, trashOf});
+  const std::scoped_lock lock(mutex_);
+  items_.push_back(std::move(shown));
+}
+
+/// In a person's folders root sees no more than that person: what is looked into can be exchanged meanwhile.
+void Removal::measureWithRightsOf(const std::optional<UserRecord>& person, PlannedItem& item) const {
+  if (!person || users_.realUserId() != 0 || person->id == 0) return measure(item);
+  const linux_::FileSystemIdentity identity = linux_::identityOf(*person);
+  const linux_::FileSystemUser acting(&identity);
+  if (acting.ok()) measure(item);
+}
+
+void Removal::lookAtMakersFolder() {
+  makersFolder_ = makersFolderPath();
+  ReportItem shown;
+  shown.path = makersFolder_;
+  if (isThere(makersFolder_)) {
+    const bool isEmpty = QMFileManager::isFolderEmpty(*makersFolder_);
+    const bool empties = std::ranges::any_of(parts_, [&](const Part& part) {
+      return part.planned.skip == SkipReason::None && part.planned.path->starts_with(*makersFolder_ + "/");
+    });
+    shown.kind = ItemKind::Folder;
+    shown.outcome = isEmpty || empties ? Outcome::Goes : Outcome::Kept;
+    if (!isEmpty) shown.reason = empties ? kDependsOnContents : kHoldsOthers;
+  }
+  const std::scoped_lock lock(mutex_);
+  items_.push_back(std::move(shown));
+}
+
+bool Removal::hasAnythingToDo() const {
+  const std::scoped_lock lock(mutex_);
+  return std::ranges::count(items_, Outcome::Goes, &ReportItem::outcome) > 0;
+}
+
+void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progress) {
+  const std::size_t count = parts_.size() + 1;
+  for (std::size_t index = 0; index < count; ++index) {
+    if (!isToGo(index)) continue;
+    if (timeIsUp()) {
+      stay(index, kNotBegun);
+      continue;
+    }
+    progress(item(index).path.value_or(""), index + 1, count);
+    index < parts_.size() ? move(index) : removeMakersFolder();
+  }
+  platform().trash->makeDurable();
+  platform().authorizationServices->releaseRights();
+}
+
+void Removal::move(std::size_t index) {
+  const Part& part = parts_[index];
+  users_.workFor(part.trashOf);
+  const ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  ReportItem shown = item(index);
+  shown.outcome = outcomeOf(result);
+  shown.needsRights = stayedForWantOfRights(result);
+  shown.reason = reasonOf(result, shown.needsRights);
+  if (shown.outcome != Outcome::Trashed) shown.trashOf = std::nullopt;
+  set(index, shown);
+}
+
+void Removal::removeMakersFolder() {
+  users_.workFor(concerned_.systemTrashOf);
+  ReportItem shown = item(parts_.size());
+  shown.reason.clear();
+  if (!isThere(makersFolder_)) {
+    shown.outcome = Outcome::NotThere;
+  } else if (!QMFileManager::isFolderEmpty(*makersFolder_)) {
+    shown.outcome = Outcome::Kept;
+    shown.reason = kHoldsOthers;
+  } else {
+    witness_.begin();
+    const bool begun = QMFileManager::removeFolderIfEmpty(*makersFolder_);
+    const bool isGone = begun && isGoneInTime(*makersFolder_);
+    shown.needsRights = !isGone && witness_.testimony().rightsRefused;
+    shown.outcome = isGone ? Outcome::Removed : Outcome::Stayed;
+    if (!isGone) shown.reason = shown.needsRights ? std::string("Not authorized: ") + kNotRemoved : kNotRemoved;
+  }
+  set(parts_.size(), shown);
+}
+
+std::vector<ReportItem> Removal::items() const {
+  const std::scoped_lock lock(mutex_);
+  return items_;
+}
+
+std::vector<ReportItem> Removal::itemsWhenGivenUp() const {
+  std::vector<ReportItem> items = this->items();
+  for (ReportItem& item : items) {
+    if (item.outcome != Outcome::Goes) continue;
+    item.outcome = Outcome::Stayed;
+    item.reason = kGivenUp;
+    item.trashOf = std::nullopt;
+  }
+  return items;
+}
+
+void Removal::set(std::size_t index, const ReportItem& item) {
+  const std::scoped_lock lock(mutex_);
+  items_[index] = item;
+}
+
+ReportItem Removal::item(std::size_t index) const {
+  const std::scoped_lock lock(mutex_);
+  return items_[index];
+}
+
+bool Removal::isToGo(std::size_t index) const { return item(index).outcome == Outcome::Goes; }
+
+void Removal::stay(std::size_t index, const std::string& reason) {
+  ReportItem shown = item(index);
+  shown.outcome = Outcome::Stayed;
+  shown.reason = reason;
+  shown.trashOf = std::nullopt;
+  set(index, shown);
+}
+
+}  // namespace qm::removal

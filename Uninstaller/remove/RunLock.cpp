@@ -1,0 +1,65 @@
+#include "Uninstaller/remove/RunLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace qm::removal {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr const char* kName = "tessaly-remove.lock";
+
+/// Opens a folder in which nobody but the user can put or remove anything. The lock's file is the user's alone.
+UniqueFd openOwnFolder(const std::string& path, uid_t user) {
+  UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  struct stat found {};
+  if (!folder || ::fstat(folder.get(), &found) != 0) return UniqueFd();
+  if (found.st_uid == user && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0) return folder;
+  errno = EPERM;
+  return UniqueFd();
+}
+
+/// In /tmp anybody could take the name first and so keep the user from every run.
+UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
+  std::string path = home;
+  for (const char* name : {"/.cache", "/tessaly-remove"}) {
+    path += name;
+    if (::mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) return UniqueFd();
+  }
+  return openOwnFolder(path, user);
+}
+
+UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
+  if (user == 0) return openOwnFolder("/run", user);
+  UniqueFd folder = runtimeFolder ? openOwnFolder(*runtimeFolder, user) : UniqueFd();
+  return folder ? std::move(folder) : openPrivateFolder(user, home);
+}
+
+UniqueFd openLocked(int folder) {
+  constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  UniqueFd file(::openat(folder, kName, kFlags, S_IRUSR | S_IWUSR));
+  if (file && ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) file.reset();
+  return file;
+}
+
+std::string problemOf(int error) {
+  if (error == EWOULDBLOCK) return "Another run of tessaly-remove is under way.";
+  return std::string("The lock against a second run cannot be had: ") + std::strerror(error) + ".";
+}
+
+}  // namespace
+
+RunLock RunLock::take(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
+  RunLock lock;
+  const UniqueFd folder = openLockFolder(user, runtimeFolder, home);
+  if (folder) lock.file_ = openLocked(folder.get());
+  if (!lock.file_) lock.problem_ = problemOf(errno);
+  return lock;
+}
+
+}  // namespace qm::removal

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::removal {
+
+/// Keeps a user from a second run while one is under way. It ends with the object, and with the process however that
+/// ends. The lock's file stays: what removed it could take it from a run that is just beginning.
+class RunLock {
+ public:
+  /// Takes the lock of a user, or finds out why not. It lies in /run for root; for others in `runtimeFolder` if only
+  /// they can write there, else in .cache of their home.
+  static RunLock take(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home);
+
+  bool isHeld() const { return static_cast<bool>(file_); }
+  /// Why it is not held, one sentence.
+  const std::string& problem() const { return problem_; }
+
+ private:
+  posix::UniqueFd file_;
+  std::string problem_;
+};
+
+}  // namespace qm::removal

@@ -1,0 +1,145 @@
+#include "Uninstaller/remove/RunningProduct.h"
+
+#include <dirent.h>
+#include <poll.h>
+#include <csignal>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "Platform/posix/process/ProcessHandle.h"
+
+namespace qm::removal {
+namespace {
+
+using posix::ProcessHandle;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::string_view kProductName = "Tessaly";
+constexpr auto kTimeToQuit = 10s;
+constexpr auto kTimeToEnd = 5s;
+
+struct Held {
+  ProcessHandle handle;
+  ProductProcess process;
+};
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+std::optional<pid_t> processNumber(std::string_view name) {
+  pid_t number = 0;
+  const auto [rest, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+  return error == std::errc() && rest == name.data() + name.size() ? std::optional(number) : std::nullopt;
+}
+
+std::vector<pid_t> allProcesses() {
+  std::vector<pid_t> numbers;
+  const std::unique_ptr<DIR, CloseFolder> folder(::opendir("/proc"));
+  while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+    if (const auto number = processNumber(entry->d_name)) numbers.push_back(*number);
+  }
+  return numbers;
+}
+
+std::string nameOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return name;
+}
+
+/// The real user, whom the process runs for whatever rights it has.
+std::optional<uid_t> userOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/status");
+  for (std::string line; std::getline(file, line);) {
+    std::istringstream words(line);
+    std::string name;
+    uid_t user = 0;
+    if (words >> name && name == "Uid:" && words >> user) return user;
+  }
+  return std::nullopt;
+}
+
+/// Waits until one of the processes has ended, or none of them runs.
+bool oneEnds(const std::vector<Held>& processes, std::chrono::milliseconds limit) {
+  std::vector<pollfd> watched;
+  watched.reserve(processes.size());
+  for (const Held& each : processes) watched.push_back({each.handle.descriptor(), POLLIN, 0});
+  return ::poll(watched.data(), watched.size(), static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
+}
+
+bool hasEnded(const ProcessHandle& handle) {
+  pollfd watched{handle.descriptor(), POLLIN, 0};
+  return handle && ::poll(&watched, 1, 0) > 0;
+}
+
+/// What is read by number belongs to the process that is held if that has not ended afterwards. One that runs and
+/// cannot be held counts as well: it can be neither asked nor ended.
+std::optional<Held> heldProduct(pid_t number, const std::set<uid_t>& users) {
+  if (nameOf(number) != kProductName) return std::nullopt;
+  Held held{ProcessHandle::open(number), {number, 0}};
+  const auto user = userOf(number);
+  if (!user || !users.contains(*user) || nameOf(number) != kProductName) return std::nullopt;
+  if (hasEnded(held.handle)) return std::nullopt;
+  held.process.user = *user;
+  return held;
+}
+
+std::vector<Held> heldProducts(const std::set<uid_t>& users) {
+  std::vector<Held> found;
+  for (const pid_t number : allProcesses()) {
+    if (auto held = heldProduct(number, users)) found.push_back(std::move(*held));
+  }
+  return found;
+}
+
+void removeEnded(std::vector<Held>& processes) {
+  std::erase_if(processes, [](const Held& each) { return hasEnded(each.handle); });
+}
+
+void signalAll(const std::vector<Held>& processes, int number) {
+  for (const Held& each : processes) each.handle.signal(number);
+}
+
+void waitForEnd(std::vector<Held>& processes, std::chrono::milliseconds limit) {
+  const auto end = Clock::now() + limit;
+  while (!processes.empty() && Clock::now() < end) {
+    oneEnds(processes, std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()));
+    removeEnded(processes);
+  }
+}
+
+void end(std::vector<Held> processes, IfRunning how) {
+  signalAll(processes, SIGTERM);
+  waitForEnd(processes, how == IfRunning::End ? kTimeToEnd : kTimeToQuit);
+  if (how != IfRunning::End) return;
+  signalAll(processes, SIGKILL);
+  waitForEnd(processes, kTimeToEnd);
+}
+
+}  // namespace
+
+std::vector<ProductProcess> runningProduct(const std::set<uid_t>& users) {
+  std::vector<ProductProcess> running;
+  for (const Held& each : heldProducts(users)) running.push_back(each.process);
+  return running;
+}
+
+/// Another may have been started meanwhile, so what runs is looked for anew.
+std::vector<ProductProcess> endProduct(const std::set<uid_t>& users, IfRunning how) {
+  if (how != IfRunning::Refuse) end(heldProducts(users), how);
+  return runningProduct(users);
+}
+
+}  // namespace qm::removal

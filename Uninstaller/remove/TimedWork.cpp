@@ -1,0 +1,27 @@
+#include "Uninstaller/remove/TimedWork.h"
+
+#include <atomic>
+#include <memory>
+
+namespace qm::removal {
+
+bool runUntil(std::chrono::steady_clock::time_point last, posix::MainLoop& loop, platform::Threads& threads,
+              const std::function<void()>& work) {
+  const auto finished = std::make_shared<std::atomic<bool>>(false);
+  const auto body = [work, finished, &loop] {
+    work();
+    loop.perform([finished] { *finished = true; });
+  };
+  // Without a thread to spare the main thread does it, and nothing watches the time.
+  if (!threads.detachNewThread(body)) {
+    work();
+    return true;
+  }
+  using std::chrono::steady_clock;
+  while (!*finished && steady_clock::now() < last) {
+    loop.handleOneEvent(std::chrono::ceil<std::chrono::milliseconds>(last - steady_clock::now()));
+  }
+  return *finished;
+}
+
+}  // namespace qm::removal

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Platform/AuthorizationServices.h"
+#include "Platform/UserInterface.h"
+
+namespace qm::removal {
+
+/// Administrator rights that are never asked for and never granted: nobody may be there to answer a dialog. What root
+/// starts for itself stays as it is.
+class WithoutDialog final : public platform::AuthorizationServices {
+ public:
+  /// The system's own outlive this object.
+  explicit WithoutDialog(platform::AuthorizationServices& system) : system_(system) {}
+
+  platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
+                                       platform::AuthorizationFlags flags,
+                                       platform::AuthorizationRef* session) override;
+  platform::AuthorizationStatus copyRights(platform::AuthorizationRef session,
+                                           const platform::AuthorizationItems& rights,
+                                           const platform::AuthorizationItems& environment,
+                                           platform::AuthorizationFlags flags) override;
+  platform::AuthorizationStatus free(platform::AuthorizationRef session, platform::AuthorizationFlags flags) override;
+  platform::AuthorizationStatus executeWithPrivileges(platform::AuthorizationRef session, const std::string& tool,
+                                                      platform::AuthorizationFlags flags,
+                                                      const std::vector<std::string>& arguments,
+                                                      std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
+  void expectHollowFolder(const std::string& folder) override { system_.expectHollowFolder(folder); }
+  void releaseRights() override { system_.releaseRights(); }
+  platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
+  platform::AuthorizationStatus copyPrivilegedReference(platform::AuthorizationRef* session,
+                                                        platform::AuthorizationFlags flags) override;
+
+ private:
+  platform::AuthorizationServices& system_;
+};
+
+/// The interface of a program that has none.
+class NoInterface final : public platform::UserInterface {
+ public:
+  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/) override {}
+  void terminate(const platform::ActionSender* /*sender*/) override {}
+};
+
+}  // namespace qm::removal

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Platform/Users.h"
+
+namespace qm::removal {
+
+/// The users of the system, with the person that a program of root's works for in the place of the one at the console.
+/// For everybody but root there is no such person, and nothing differs. Any thread.
+class WorkingFor final : public platform::Users {
+ public:
+  /// The system's users outlive this object.
+  explicit WorkingFor(const platform::Users& system) : system_(system) {}
+
+  /// From now on it is this person whose home and Trash are meant. No other thread may be at work for another.
+  void workFor(const std::string& person);
+
+  unsigned realUserId() const override { return system_.realUserId(); }
+  std::string userName() const override { return system_.userName(); }
+  std::string homeDirectory() const override { return system_.homeDirectory(); }
+  std::optional<std::string> homeDirectoryForUser(const std::optional<std::string>& name) const override {
+    return system_.homeDirectoryForUser(name);
+  }
+  std::optional<std::string> consoleUser() const override;
+
+ private:
+  const platform::Users& system_;
+  mutable std::mutex mutex_;
+  std::optional<std::string> person_;
+};
+
+}  // namespace qm::removal
