@@ -1,11 +1,16 @@
 // Links, "..", mount points and other ways to lead root astray.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "Platform/linux/rights/Writers.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/support/PrivateMachine.h"
 
@@ -31,6 +36,48 @@ class PathsForRoot : public ::testing::Test {
   static std::string home() { return machineFolder() + "/home"; }
   static std::string others() { return machineFolder() + "/others"; }
 };
+
+/// A file system in user space of the person's, whose program answers nothing. Its end is the test's.
+posix::UniqueFd mountOfThePersons(const std::string& path) {
+  makeFolder(path, kPerson);
+  posix::UniqueFd program(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
+  EXPECT_TRUE(program) << "without it there are no such file systems here, and nothing to test";
+  const std::string person = std::to_string(kPerson);
+  const std::string options =
+      "fd=" + std::to_string(program.get()) + ",rootmode=40755,user_id=" + person + ",group_id=" + person;
+  EXPECT_EQ(::mount("person", path.c_str(), "fuse", MS_NOSUID | MS_NODEV, options.c_str()), 0) << errno;
+  return program;
+}
+
+/// Who may change an entry of root's in a folder that is root's alone by what it says of itself.
+linux_::Writers writersIn(const posix::UniqueFd& folder) {
+  struct stat roots {};
+  roots.st_mode = S_IFDIR | 0755;
+  return linux_::writersOfEntry(folder.get(), roots, roots);
+}
+
+TEST_F(PathsForRoot, AreNobodysWordInAFileSystemOfUserSpace) {
+  run([] {
+    const posix::UniqueFd program = mountOfThePersons(home() + "/mounted");
+    const posix::UniqueFd mounted(::open((home() + "/mounted").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const posix::UniqueFd plain(::open(system().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_TRUE(mounted && plain) << errno;
+    EXPECT_TRUE(writersIn(mounted).anybody);
+    EXPECT_TRUE(writersIn(plain).none());
+    EXPECT_FALSE(linux_::onlyRootWrites(mounted.get()));
+  });
+}
+
+TEST_F(PathsForRoot, AreNobodysWordWhereTheFileSystemIsNotKnown) {
+  run([] {
+    inChild([] {
+      const posix::UniqueFd folder(::open(system().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+      failSystemCall(SYS_fstatfs, EIO);
+      EXPECT_TRUE(writersIn(folder).anybody);
+      EXPECT_FALSE(linux_::onlyRootWrites(folder.get()));
+    });
+  });
+}
 
 TEST_F(PathsForRoot, RefuseALinkOfThePersonToAFolderOfRoots) {
   run([] {
