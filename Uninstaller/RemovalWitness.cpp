@@ -39,6 +39,13 @@ class RemovalWitness::Trash final : public qm::platform::Trash {
     if (!status) notes_.note([&](Testimony& said) { said.plainReason = status.localizedDescription(); });
     return status;
   }
+  TrashedItems itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) override {
+    return inner_.itemsFrom(origin, trashDirectory);
+  }
+  Status putBack(const TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                 MissingFolders missing) override {
+    return inner_.putBack(item, trashDirectory, missing);
+  }
   void makeDurable() override { inner_.makeDurable(); }
 
  private:

@@ -27,6 +27,11 @@ class FolderTrash : public platform::Trash {
       std::filesystem::rename(sourceFolder + "/" + name, folder_ + "/" + name, error);
     return error ? platform::Status::failed(error.value(), error.message()) : platform::Status::success();
   }
+  platform::TrashedItems itemsFrom(const std::string&, const std::optional<std::string>&) override { return {}; }
+  platform::Status putBack(const platform::TrashedItem&, const std::optional<std::string>&,
+                           platform::MissingFolders) override {
+    return platform::Status::failed(ENOTSUP, "Nothing comes back.");
+  }
   void makeDurable() override {}
 
  private:

@@ -1,7 +1,9 @@
 #include "tests/fakes/FakeTrash.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <string_view>
+#include <tuple>
 
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
@@ -51,6 +53,32 @@ std::string placeOf(const std::string& trash, const std::string& name) {
 
 std::string informationPlaceOf(const std::string& trash, const std::string& name) {
   return appendingPathComponent(trash + "/info", name).append(informationSuffix);
+}
+
+int hexDigit(char character) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  const std::size_t value = digits.find(character);
+  return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+/// What `percentEncoded` was given.
+std::string percentDecoded(std::string_view text) {
+  std::string bytes;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const int high = text[at] == '%' && at + 2 < text.size() ? hexDigit(text[at + 1]) : -1;
+    const int low = high < 0 ? -1 : hexDigit(text[at + 2]);
+    bytes += low < 0 ? text[at] : static_cast<char>(high * 16 + low);
+    if (low >= 0) at += 2;
+  }
+  return bytes;
+}
+
+/// What an information file says behind a key; "" without it.
+std::string valueOf(const std::string& key, const std::string& text) {
+  const std::size_t at = text.find("\n" + key + "=");
+  if (at == std::string::npos) return {};
+  const std::size_t start = at + key.size() + 2;
+  return text.substr(start, text.find('\n', start) - start);
 }
 
 bool isSingleComponent(const std::string& name) {
@@ -141,6 +169,86 @@ std::string FakeTrash::information(const std::string& path, const std::string& t
   const std::string noted = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
   return "[Trash Info]\nPath=" + percentEncoded(noted) +
          "\nDeletionDate=" + foundation::isoDate(clock_.localTime(clock_.now())) + "\n";
+}
+
+platform::TrashedItems FakeTrash::itemsFrom(const std::string& origin,
+                                            const std::optional<std::string>& trashDirectory) {
+  if (calls_.question("trash.itemsFrom", origin, trashDirectory)) return {{}, calls_.failure()};
+  if (!trashDirectory || !users_.isAnybodyMeant()) return {{}, calls_.failure()};
+  if (!origin.starts_with('/') || !isSingleComponent(foundation::lastPathComponent(origin))) {
+    return {{}, statusOf(EINVAL)};
+  }
+  return {findItems(realPath(origin), *trashDirectory), Status::success()};
+}
+
+Status FakeTrash::putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                          platform::MissingFolders missing) {
+  const bool makes = missing == platform::MissingFolders::AreMade;
+  if (calls_.command("trash.putBack", item.path, trashDirectory, makes)) return calls_.failure();
+  if (!trashDirectory || !users_.isAnybodyMeant()) return calls_.failure();
+  const int error = returnItem(item, *trashDirectory, missing);
+  return error == 0 ? Status::success() : statusOf(error);
+}
+
+int FakeTrash::returnItem(const platform::TrashedItem& item, const std::string& trashDirectory,
+                          platform::MissingFolders missing) {
+  const auto isIt = [&](const platform::TrashedItem& found) {
+    return found.path == item.path && found.deletionDate == item.deletionDate;
+  };
+  const auto there = findItems(item.origin, trashDirectory);
+  if (std::none_of(there.begin(), there.end(), isIt)) return ENOENT;
+  const std::string folder = foundation::deletingLastPathComponent(item.origin);
+  const bool isMissing = !disk_.has(folder) && missing == platform::MissingFolders::AreMade;
+  if (const int error = isMissing ? disk_.makeFolders(folder) : 0; error != 0) return error;
+  if (disk_.has(item.origin)) return EEXIST;
+  if (const int error = disk_.move(item.path, item.origin); error != 0) return error;
+  const std::string trash = foundation::deletingLastPathComponent(foundation::deletingLastPathComponent(item.path));
+  disk_.remove(informationPlaceOf(trash, foundation::lastPathComponent(item.path)));
+  return 0;
+}
+
+/// Without the links on the way, as far as the way is there.
+std::string FakeTrash::realPath(const std::string& path) {
+  std::string rest = foundation::lastPathComponent(path);
+  std::string folder = foundation::deletingLastPathComponent(path);
+  for (;;) {
+    if (const auto real = realFolder(folder)) return appendingPathComponent(*real, rest);
+    if (folder.size() <= 1) return path;
+    rest = appendingPathComponent(foundation::lastPathComponent(folder), rest);
+    folder = foundation::deletingLastPathComponent(folder);
+  }
+}
+
+std::vector<platform::TrashedItem> FakeTrash::findItems(const std::string& origin, const std::string& trashDirectory) {
+  const std::string home = foundation::deletingLastPathComponent(trashDirectory);
+  const std::string top = disk_.mountPointOf(origin);
+  auto items = itemsIn(appendingPathComponent(home, ".local/share/Trash"), "", origin);
+  if (top != disk_.mountPointOf(home)) {
+    const std::string trash = appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+    for (const platform::TrashedItem& item : itemsIn(trash, top, origin)) items.push_back(item);
+  }
+  const auto isNewer = [](const platform::TrashedItem& one, const platform::TrashedItem& other) {
+    const auto rank = [](const auto& item) { return std::tuple(item.deletionDate, item.path.size(), item.path); };
+    return rank(one) > rank(other);
+  };
+  std::sort(items.begin(), items.end(), isNewer);
+  return items;
+}
+
+std::vector<platform::TrashedItem> FakeTrash::itemsIn(const std::string& trash, const std::string& top,
+                                                      const std::string& origin) {
+  std::vector<platform::TrashedItem> items;
+  for (const std::string& file :
+       disk_.list(trash + "/info", Access::Administrator).value_or(std::vector<std::string>())) {
+    const std::string name = foundation::deletingPathExtension(file);
+    const std::string text = disk_.fileContents(informationPlaceOf(trash, name)).value_or("");
+    const std::string path = percentDecoded(valueOf("Path", text));
+    const bool isFromThere = !path.empty() && (top.empty() ? path : appendingPathComponent(top, path)) == origin;
+    if (isFromThere && disk_.has(placeOf(trash, name))) {
+      items.push_back({placeOf(trash, name), origin, valueOf("DeletionDate", text)});
+    }
+  }
+  return items;
 }
 
 }  // namespace qm::testing

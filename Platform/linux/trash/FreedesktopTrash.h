@@ -13,6 +13,7 @@
 #include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashFinder.h"
 #include "Platform/linux/trash/TrashUser.h"
+#include "Platform/linux/trash/TrashesOfPath.h"
 #include "Platform/linux/trash/UnflushedTrashes.h"
 
 namespace qm::linux_ {
@@ -29,6 +30,10 @@ class FreedesktopTrash final : public platform::Trash {
   /// is made as a link to the home trash when nothing is there.
   platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
+  platform::TrashedItems itemsFrom(const std::string& origin,
+                                   const std::optional<std::string>& trashDirectory) override;
+  platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                           platform::MissingFolders missing) override;
   void makeDurable() override { unflushed_.flush(); }
 
  private:
@@ -49,7 +54,9 @@ class FreedesktopTrash final : public platform::Trash {
     std::chrono::steady_clock::time_point since;
   };
 
-  Outcome<SharedUser> userFor(const std::string& trashDirectory);
+  Outcome<SharedUser> userFor(const std::optional<std::string>& trashDirectory);
+  Outcome<SharedUser> userOf(const std::string& trashDirectory);
+  Outcome<TrashesOfPath> trashesFor(const std::string& origin, const TrashUser& user);
   SharedUser knownUser(const KnownUser& asked);
   void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home);
   std::string deletionDate();

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "Platform/linux/trash/InfoFile.h"
+#include "Platform/linux/trash/OwnLockedFolder.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
@@ -117,8 +118,7 @@ class Move {
     const auto rename = [&] {
       return posix::renameWithoutReplacing({source_.fd.get(), name_}, {trash_.files.get(), stored});
     };
-    const int error = rename();
-    return error == EACCES && isOwnLockedFolder() ? renameUnlocked(rename) : error;
+    return renameAlsoWhenLocked(source_.fd.get(), name_, item_, trash_.filesPlace.owner, rename);
   }
 
   static bool isRefused(int error) { return error == EACCES || error == EPERM; }
@@ -154,26 +154,6 @@ class Move {
     const int asRoot = call();
     acting_.enter();
     return asRoot;
-  }
-
-  // A folder can be moved elsewhere only by who may write in it, which its owner can always allow
-  // himself. That is done only where nothing else stands in the way.
-  bool isOwnLockedFolder() const {
-    return isFolder(item_) && item_.owner == trash_.filesPlace.owner && (item_.mode & S_IWUSR) == 0 &&
-           ::faccessat(source_.fd.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
-  }
-
-  // The folder's mode is as before afterwards, wherever it then is.
-  int renameUnlocked(const std::function<int()>& rename) const {
-    const UniqueFd folder(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::optional<Place> place = folder ? placeOf(folder.get()) : std::nullopt;
-    if (!place || !place->sameItem(item_)) return EACCES;
-    const std::string self = "/proc/self/fd/" + std::to_string(folder.get());
-    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO | S_ISUID | S_ISGID | S_ISVTX;
-    if (::chmod(self.c_str(), (place->mode & permissions) | S_IWUSR) != 0) return EACCES;
-    const int error = rename();
-    ::chmod(self.c_str(), place->mode & permissions);
-    return error;
   }
 
   const SourceFolder& source_;

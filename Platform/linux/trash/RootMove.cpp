@@ -251,12 +251,14 @@ void mendRootMoves(const TrashUser& person) {
   if (trash) mendRootMoves(**trash, person);
 }
 
+bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person) {
+  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
+  return home && trash.topFolder.empty() && trash.folderPlace.device == home->device;
+}
+
 // A volume that somebody brought along says of owners what its maker likes: records count at home only.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
-  const std::optional<Place> home = placeOf(AT_FDCWD, (person.home + "/.").c_str());
-  if (home && trash.topFolder.empty() && trash.folderPlace.device == home->device) {
-    mendTrashMoves(trash, person.identity);
-  }
+  if (isTrashOfHome(trash, person)) mendTrashMoves(trash, person.identity);
 }
 
 }  // namespace qm::linux_

@@ -48,6 +48,9 @@ class RootMove {
 /// What people are told about an obstacle.
 std::string obstacleWords(int error);
 
+/// Whether a Trash is a home trash on the volume of its person's home.
+bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person);
+
 /// Finishes or undoes what moves to this person's Trash left that were ended in the middle.
 void mendRootMoves(const TrashUser& person);
 /// The same in a Trash that is open already. One that is not on the volume of the person's home is left alone.

@@ -47,7 +47,7 @@ bool isOfTrash(const Place& files, int trash, const TrashUser& person) {
          isOnVolumeOfHome(files, person);
 }
 
-// ~/.Trash stands for the folder "files" of a Trash.
+// ~/.Trash stands for the folder "files" of a Trash, which is whole: nothing is made.
 TrashOutcome openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);
@@ -58,19 +58,17 @@ TrashOutcome openLinkedTrash(const TrashUser& person) {
   if (!above || !linked) return trashFolderProblem(errno, link);
   if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "");
+  TrashOutcome opened = openTrashDirectory(above.get(), name, person.identity.uid, "", MissingTrash::StaysMissing);
   return opened && (*opened)->filesPlace.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 
 }  // namespace
 
 TrashOutcome openShownTrash(const TrashUser& person, MissingTrash missing) {
-  const FileSystemUser acting(&person.identity);
+  const FileSystemUser acting(person.forAnother ? &person.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   TrashOutcome linked = openLinkedTrash(person);
-  const std::string home = person.home + "/.local/share/Trash";
-  if (linked || (missing == MissingTrash::StaysMissing && !placeOf(AT_FDCWD, (home + "/info").c_str()))) return linked;
-  return TrashFinder().homeTrash(person);
+  return linked ? linked : TrashFinder().homeTrash(person, missing);
 }
 
 }  // namespace qm::linux_

@@ -38,6 +38,22 @@ bool isTidy(const std::string& path) {
          !path.ends_with("/..");
 }
 
+// `path` is "" where it has to be asked for, which takes longer than all the rest.
+Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
+  if (!fd) return folderProblem(errno);
+  const std::optional<Place> place = placeOf(fd.get());
+  if (!place) return folderProblem(errno);
+  if (path.empty()) path = posix::shownPath(fd.get());
+  if (path.empty()) return folderProblem(ENAMETOOLONG);
+  return SourceFolder{std::move(fd), *place, std::move(path), withRootRights};
+}
+
+bool isPath(const std::string& folder) { return folder.starts_with('/') && folder.find('\0') == std::string::npos; }
+
+TrashProblem noPlace() { return {EINVAL, "the place of its folder is not known"}; }
+
+}  // namespace
+
 TrashProblem folderProblem(int code) {
   switch (code) {
     case ENOENT:
@@ -53,35 +69,22 @@ TrashProblem folderProblem(int code) {
   }
 }
 
-// `path` is "" where it has to be asked for, which takes longer than all the rest.
-Outcome<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
-  if (!fd) return folderProblem(errno);
-  const std::optional<Place> place = placeOf(fd.get());
-  if (!place) return folderProblem(errno);
-  if (path.empty()) path = posix::shownPath(fd.get());
-  if (path.empty()) return folderProblem(ENAMETOOLONG);
-  return SourceFolder{std::move(fd), *place, std::move(path), withRootRights};
-}
-
-Outcome<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
+Outcome<SourceFolder> openFolderAsUser(const std::string& folder, const TrashUser& user) {
+  if (!isPath(folder)) return noPlace();
   const FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   return describe(openPlainly(folder), false);
 }
 
-}  // namespace
-
 Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
-  if (!folder.starts_with('/') || folder.find('\0') != std::string::npos) {
-    return TrashProblem{EINVAL, "the place of its folder is not known"};
-  }
+  if (!isPath(folder)) return noPlace();
   UniqueFd plain = openWithoutLinks(folder);
   if (plain) return describe(std::move(plain), user.forAnother, isTidy(folder) ? folder : "");
   if (!mayLeadThroughLinks(errno)) return folderProblem(errno);
-  if (!user.forAnother) return openWithRightsOf(user, folder);
+  if (!user.forAnother) return openFolderAsUser(folder, user);
   UniqueFd trusted = openFolderThroughRootsLinks(folder);
   if (trusted || (errno != ELOOP && errno != EPERM)) return describe(std::move(trusted), true);
-  return openWithRightsOf(user, folder);
+  return openFolderAsUser(folder, user);
 }
 
 }  // namespace qm::linux_

@@ -24,4 +24,10 @@ struct SourceFolder {
 /// all there is.
 Outcome<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
+/// The same with the user's rights all the way.
+Outcome<SourceFolder> openFolderAsUser(const std::string& folder, const TrashUser& user);
+
+/// The problem of a folder that cannot be opened.
+TrashProblem folderProblem(int code);
+
 }  // namespace qm::linux_

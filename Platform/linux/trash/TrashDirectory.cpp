@@ -28,19 +28,10 @@ std::string shownIn(int parent, const std::string& name) {
   return (path == "/" ? "" : path) + "/" + name;
 }
 
-}  // namespace
-
-UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
-  const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
-  UniqueFd fd = open();
-  if (fd || errno != ENOENT) return fd;
-  // Somebody else may make it at the same moment; the second look decides.
-  if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
-  return open();
-}
-
-Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
-  UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
+// A link, or a folder of somebody else, is refused. `shown` names it in the problem.
+Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown,
+                                MissingTrash missing) {
+  UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW, missing);
   if (!fd) return trashFolderProblem(errno, shown);
   const std::optional<Place> place = placeOf(fd.get());
   if (!place) return trashFolderProblem(errno, shown);
@@ -48,14 +39,25 @@ Outcome<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner
   return fd;
 }
 
+}  // namespace
+
+UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, MissingTrash missing) {
+  const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
+  UniqueFd fd = open();
+  if (fd || errno != ENOENT || missing == MissingTrash::StaysMissing) return fd;
+  // Somebody else may make it at the same moment; the second look decides.
+  if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
+  return open();
+}
+
 Outcome<SharedTrashDirectory> openTrashDirectory(int parent, const std::string& name, uid_t owner,
-                                                 const std::string& topFolder) {
+                                                 const std::string& topFolder, MissingTrash missing) {
   const std::string shown = shownIn(parent, name);
-  Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
+  Outcome<UniqueFd> trash = openOwnFolder(parent, name, owner, shown, missing);
   if (!trash) return trash.problem();
-  Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
+  Outcome<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files", missing);
   if (!files) return files.problem();
-  Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
+  Outcome<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info", missing);
   if (!info) return info.problem();
   const auto folderPlace = placeOf(trash->get());
   const auto filesPlace = placeOf(files->get());

@@ -27,14 +27,14 @@ UniqueFd openAnchor(const TrashUser& user) {
 }
 
 // For another person the way below his home must be without links: root follows none that he planted.
-Outcome<UniqueFd> openDataFolder(const TrashUser& user) {
+Outcome<UniqueFd> openDataFolder(const TrashUser& user, MissingTrash missing) {
   UniqueFd at = openAnchor(user);
   std::string shown = user.dataHome ? "" : user.home;
   for (const std::string& component : foundation::pathComponents(user.dataHome.value_or(kDataFolder))) {
     if (!at) break;
     if (component == "/") continue;
     shown += "/" + component;
-    at = openOrMakeFolder(at.get(), component, user.forAnother ? O_NOFOLLOW : 0);
+    at = openOrMakeFolder(at.get(), component, user.forAnother ? O_NOFOLLOW : 0, missing);
   }
   if (!at) return trashFolderProblem(errno, shown);
   return at;
@@ -65,8 +65,16 @@ class VolumeTrash {
       : top_(std::move(top)), path_(std::move(path)), user_(user), acting_(acting) {}
 
   TrashOutcome open() {
-    TrashOutcome shared = openShared();
+    TrashOutcome shared = openShared(MissingTrash::IsMade);
     return shared ? shared : openOwn();
+  }
+
+  /// Both of them, as far as they are there.
+  std::vector<TrashOutcome> openWhatIsThere() {
+    std::vector<TrashOutcome> trashes;
+    trashes.push_back(openShared(MissingTrash::StaysMissing));
+    trashes.push_back(openTrashDirectory(top_.get(), ownName(), user_.identity.uid, path_, MissingTrash::StaysMissing));
+    return trashes;
   }
 
  private:
@@ -74,11 +82,11 @@ class VolumeTrash {
   std::string ownName() const { return ".Trash-" + userNumber(); }
 
   // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
-  TrashOutcome openShared() {
+  TrashOutcome openShared(MissingTrash missing) {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const std::optional<Place> place = shared ? placeOf(shared.get()) : std::nullopt;
     if (!place || (place->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
-    return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_);
+    return openTrashDirectory(shared.get(), userNumber(), user_.identity.uid, path_, missing);
   }
 
   TrashOutcome openOwn() {
@@ -110,7 +118,7 @@ class VolumeTrash {
   FileSystemUser& acting_;
 };
 
-TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
+Outcome<VolumeTrash> volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
   const std::optional<std::string> path = MountTable().mountPoint(source.place.mount);
   if (!path) return itemProblem(EXDEV);
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -118,25 +126,34 @@ TrashOutcome volumeTrash(const SourceFolder& source, const TrashUser& user, File
   const std::optional<Place> place = placeOf(top.get());
   // Another volume may be attached on top of this one, which cannot be reached then.
   if (!place || place->mount != source.place.mount) return itemProblem(EXDEV);
-  return VolumeTrash(std::move(top), *path, user, acting).open();
+  return VolumeTrash(std::move(top), *path, user, acting);
 }
 
 }  // namespace
 
-TrashOutcome TrashFinder::homeTrash(const TrashUser& user) {
+TrashOutcome TrashFinder::homeTrash(const TrashUser& user, MissingTrash missing) {
   const uid_t owner = user.identity.uid;
   const std::string folder = dataFolder(user) + "/Trash";
   if (SharedTrashDirectory known = remembered(owner, folder)) return known;
-  Outcome<UniqueFd> data = openDataFolder(user);
+  Outcome<UniqueFd> data = openDataFolder(user, missing);
   if (!data) return data.problem();
-  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", owner, "");
+  TrashOutcome trash = openTrashDirectory(data->get(), "Trash", owner, "", missing);
   if (trash) remember({owner, folder, *trash});
   return trash;
 }
 
 TrashOutcome TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, TrashOutcome& home,
                                    FileSystemUser& acting) {
-  return isForHome(source, user, home) ? home : volumeTrash(source, user, acting);
+  if (isForHome(source, user, home)) return home;
+  Outcome<VolumeTrash> trash = volumeTrash(source, user, acting);
+  return trash ? trash->open() : trash.problem();
+}
+
+std::vector<TrashOutcome> TrashFinder::volumeTrashes(const SourceFolder& source, const TrashUser& user,
+                                                     FileSystemUser& acting) {
+  Outcome<VolumeTrash> trash = volumeTrash(source, user, acting);
+  // A volume without a Trash has nothing in it.
+  return trash ? trash->openWhatIsThere() : std::vector<TrashOutcome>();
 }
 
 SharedTrashDirectory TrashFinder::remembered(uid_t owner, const std::string& folder) {

@@ -18,6 +18,8 @@ std::string itemWords(int code) {
       return "you don’t have permission to move it";
     case EPERM:
       return "it is locked or belongs to somebody else";
+    case EEXIST:
+      return "something else is there now";
     case EBUSY:
       return "a volume is mounted there";
     case EROFS:
@@ -50,6 +52,11 @@ std::string quotedForPeople(const std::string& name) {
   return "“" + foundation::replacingControlCharacters(name, '?') + "”";
 }
 
+platform::Status failure(const std::string& name, const std::string& what, const TrashProblem& problem) {
+  return platform::Status::failed(problem.code,
+                                  quotedForPeople(name) + " couldn’t be " + what + " because " + problem.because + ".");
+}
+
 }  // namespace
 
 TrashProblem itemProblem(int code) { return {code, itemWords(code)}; }
@@ -59,8 +66,15 @@ TrashProblem trashFolderProblem(int code, const std::string& folder) {
 }
 
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem) {
-  return platform::Status::failed(
-      problem.code, quotedForPeople(name) + " couldn’t be moved to the Trash because " + problem.because + ".");
+  return failure(name, "moved to the Trash", problem);
+}
+
+platform::Status lookFailure(const std::string& name, const TrashProblem& problem) {
+  return failure(name, "looked for in the Trash", problem);
+}
+
+platform::Status putBackFailure(const std::string& name, const TrashProblem& problem) {
+  return failure(name, "put back", problem);
 }
 
 }  // namespace qm::linux_

@@ -20,8 +20,11 @@ TrashProblem itemProblem(int code);
 /// The problem of a Trash folder that cannot be made, opened or written to.
 TrashProblem trashFolderProblem(int code, const std::string& folder);
 
-/// The sentence for people. Control characters of the name are shown as "?".
+/// The sentences for people about an item that cannot be moved to the Trash, be looked for there, or be put back.
+/// Control characters of the name are shown as "?".
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem);
+platform::Status lookFailure(const std::string& name, const TrashProblem& problem);
+platform::Status putBackFailure(const std::string& name, const TrashProblem& problem);
 
 /// A value, or why there is none.
 template <class Value>

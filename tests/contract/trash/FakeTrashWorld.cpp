@@ -38,4 +38,15 @@ platform::Status FakeTrashWorld::recycle(const std::string& folder, const std::o
   return trash_.recycle(folder, trashDirectory, names);
 }
 
+platform::TrashedItems FakeTrashWorld::itemsFrom(const std::string& origin,
+                                                 const std::optional<std::string>& trashDirectory) {
+  return trash_.itemsFrom(origin, trashDirectory);
+}
+
+platform::Status FakeTrashWorld::putBack(const platform::TrashedItem& item,
+                                         const std::optional<std::string>& trashDirectory,
+                                         platform::MissingFolders missing) {
+  return trash_.putBack(item, trashDirectory, missing);
+}
+
 }  // namespace qm::testing

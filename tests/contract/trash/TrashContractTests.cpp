@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
-#include "tests/contract/trash/FakeTrashWorld.h"
-#include "tests/contract/trash/RealTrashWorld.h"
 #include "tests/contract/trash/TrashEntries.h"
+#include "tests/contract/trash/TrashWorlds.h"
 
 namespace qm::testing {
 namespace {
@@ -36,16 +33,7 @@ std::string storedNameOf(TrashWorld& world, const std::string& name) {
 template <class World>
 class TrashContract : public ::testing::Test {};
 
-using Worlds = ::testing::Types<FakeTrashWorld, RealTrashWorld>;
-
-struct WorldNames {
-  template <class World>
-  static std::string GetName(int /*index*/) {
-    return std::is_same_v<World, RealTrashWorld> ? "Real" : "Fake";
-  }
-};
-
-TYPED_TEST_SUITE(TrashContract, Worlds, WorldNames);
+TYPED_TEST_SUITE(TrashContract, TrashWorlds, TrashWorldNames);
 
 // The item arrives whole.
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Status.h"
+#include "Platform/Trash.h"
 
 namespace qm::testing {
 
@@ -36,6 +37,20 @@ class TrashWorld {
   /// The operation under test.
   virtual platform::Status recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                                    const std::vector<std::string>& names) = 0;
+
+  /// The way back.
+  virtual platform::TrashedItems itemsFrom(const std::string& origin,
+                                           const std::optional<std::string>& trashDirectory) = 0;
+  virtual platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                                   platform::MissingFolders missing) = 0;
+
+  /// What came from a path, newest first, which can be told.
+  std::vector<platform::TrashedItem> itemsFrom(const std::string& origin);
+  /// The newest item that came from a path.
+  platform::Status putBackNewest(const std::string& origin,
+                                 platform::MissingFolders missing = platform::MissingFolders::AreAReason);
+  /// It is a minute later.
+  virtual void waitAMinute() = 0;
 
   /// One item, to the user's own Trash.
   platform::Status recycle(const std::string& folder, const std::string& name) {
