@@ -19,7 +19,6 @@ namespace qm::linux_ {
 namespace {
 
 using posix::FileError;
-using posix::UniqueFd;
 
 constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
 

@@ -17,7 +17,6 @@ namespace qm::linux_ {
 namespace {
 
 using posix::FileError;
-using posix::UniqueFd;
 
 constexpr const char* kCapabilities = "security.capability";
 

@@ -18,8 +18,6 @@
 namespace qm::linux_ {
 namespace {
 
-using posix::UniqueFd;
-
 // How often another program may snatch the name that was just found free.
 constexpr int kMostRounds = 64;
 

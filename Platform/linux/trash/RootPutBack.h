@@ -35,7 +35,7 @@ class RootPutBack {
   posix::FileError moveCopy(const WorkFolder& work);
   posix::FileError copyTo(int folder) const;
   posix::FileError exchange(const WorkFolder& work, int folder);
-  posix::FileError checkCopy(int folder, ItemNumber& copy) const;
+  posix::FileError checkCopy(int folder, ItemNumber& number) const;
   posix::FileError removeTaken(const WorkFolder& work);
   int take(const WorkFolder& work);
   void forget(const WorkFolder& work);
