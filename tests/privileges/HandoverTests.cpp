@@ -208,7 +208,7 @@ TEST_F(ItemHandedOver, IsNotCopiedFromAVolumeWhereRootsNameMeansNothing) {
   run([] {
     const std::string volume = machineFolder() + "/volume";
     mountTmpfs(volume, "mode=0755");
-    for (const unsigned long flag : {MS_NODEV, MS_NOSUID}) {
+    for (const auto flag : {static_cast<unsigned long>(MS_NODEV), static_cast<unsigned long>(MS_NOSUID)}) {
       ASSERT_EQ(::mount(nullptr, volume.c_str(), nullptr, MS_REMOUNT | MS_BIND | flag, nullptr), 0);
       if (!exists(volume + "/Tessaly.app")) makeFolder(volume + "/Tessaly.app");
       const Outcome outcome = trashPath(volume + "/Tessaly.app");

@@ -7,7 +7,7 @@
 namespace qm::foundation {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 std::string inOneLine(const std::string& text) { return replacingControlCharacters(text, '?'); }
 

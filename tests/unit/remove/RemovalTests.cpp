@@ -18,7 +18,6 @@ using removal::WithoutDialog;
 using removal::WorkingFor;
 using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 

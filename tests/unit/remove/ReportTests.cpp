@@ -9,7 +9,6 @@ namespace qm::removal {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 ReportItem item(Outcome outcome, const std::string& path = "/Applications/Tessaly.app") {
