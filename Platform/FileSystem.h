@@ -86,7 +86,7 @@ class FileSystem {
   /// there already is a success; anything else in the way is a failure.
   virtual Status createDirectory(const std::string& path) = 0;
   /// Removes a file, a link (never its target) or a whole tree. Does not cross into another
-  /// mounted file system. Stops at the first failure and answers it.
+  /// mounted file system. Stops at the first failure and returns it.
   virtual Status removeItem(const std::string& path) = 0;
   /// Removes a folder when nothing is in it, at any depth, but folders and expendable items: what is no folder and
   /// has one of these names. Anything else, links included, makes it fail with ENOTEMPTY before anything is removed;

@@ -104,7 +104,7 @@ class QMFileManager {
   /// "name 3.ext" and so on.
   static std::string uniqueFilename(const std::string& path);
 
-  /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; answers whether
+  /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; returns whether
   /// it is. All variants with a limit: false at once when the operation fails; otherwise the disk is
   /// looked at until the limit has passed, every 0.3 seconds, or on the main thread between single
   /// events. A limit of 0 or less looks without waiting.
@@ -199,7 +199,7 @@ class QMFileManager {
   static bool decompressFile(const std::string& archive, const std::string& destinationFolder);
 
   /// `copyFileWithProgress:destination:delegate:object:object:`. Begins to copy a file or folder in the background, and
-  /// answers whether that was possible; the console says why not. The destination is the folder, made when it is
+  /// returns whether that was possible; the console says why not. The destination is the folder, made when it is
   /// missing, plus the new name; what has that name already is not replaced. The delegate hears about progress once a
   /// second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; it, both
   /// objects and the paths come with every report. A copy that fails or is cancelled leaves nothing.

@@ -13,7 +13,7 @@ namespace qm::linux_ {
 /// The polkit actions whose dialogs are answered.
 using AnsweredActions = std::array<std::string_view, 3>;
 
-/// An agent that answers the first dialog, if it is for one of the actions, with the credentials and refuses any other.
+/// An agent that gives the credentials to the first dialog, if it is for one of the actions, and refuses any other.
 /// `finished` is called when that dialog has ended. What is given outlives the listener. Free it with g_object_unref.
 PolkitAgentListener* makeCredentialsListener(Credentials& credentials, const AnsweredActions& actions,
                                              void (*finished)(void*), void* context);
