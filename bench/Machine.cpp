@@ -29,7 +29,8 @@ class HookedMainThread final : public platform::MainThread {
 
 class NoInterface final : public platform::UserInterface {
  public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/) override {}
+  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
+                     const std::string& /*details*/) override {}
   void terminate(const platform::ActionSender* /*sender*/) override {}
 };
 

@@ -37,7 +37,8 @@ class WithoutDialog final : public platform::AuthorizationServices {
 /// The interface of a program that has none.
 class NoInterface final : public platform::UserInterface {
  public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/) override {}
+  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
+                     const std::string& /*details*/) override {}
   void terminate(const platform::ActionSender* /*sender*/) override {}
 };
 

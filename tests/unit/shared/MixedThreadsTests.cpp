@@ -91,7 +91,8 @@ class ServedMainThread : public platform::MainThread {
 
 class NoInterface : public platform::UserInterface {
  public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/) override {}
+  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
+                     const std::string& /*details*/) override {}
   void terminate(const platform::ActionSender* /*sender*/) override {}
 };
 
