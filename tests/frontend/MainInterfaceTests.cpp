@@ -23,8 +23,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-struct Owner : uninstaller::InterfaceOwner {
-  Owner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
+struct RecordingOwner : uninstaller::InterfaceOwner {
+  RecordingOwner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
   void connect(const uninstaller::Outlets& outlets) override {
     sent_.emplace_back("connect");
     outlets_ = outlets;
@@ -47,7 +47,7 @@ class MainInterface : public QtFixture {
   ~MainInterface() override { interface_.destroyWindows(); }
 
  protected:
-  MainInterface() : interface_(std::make_unique<Owner>(sent, outlets)) {
+  MainInterface() : interface_(std::make_unique<RecordingOwner>(sent, outlets)) {
     interface_.windowMain().makeKeyAndOrderFront();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window("windowMain")));
     sent.clear();
@@ -94,7 +94,7 @@ class MainInterface : public QtFixture {
 TEST_F(MainInterface, ConnectsEveryOutletBeforeItWakesItsOwner) {
   std::vector<std::string> order;
   uninstaller::Outlets connected;
-  qt::MainInterface another(std::make_unique<Owner>(order, connected));
+  qt::MainInterface another(std::make_unique<RecordingOwner>(order, connected));
   EXPECT_THAT(order, ElementsAre("connect", "awakeFromNib"));
   EXPECT_NE(connected.windowMain, nullptr);
   EXPECT_NE(connected.removeSharedCheck, nullptr);
