@@ -19,6 +19,7 @@ inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60
 inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;
 inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;
 
+/// How a session is made or asked: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
 inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;
 inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;
@@ -27,10 +28,11 @@ inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;
 
 /// One named value of a rights set or an environment.
 struct AuthorizationItem {
-  std::string name;
-  std::string value;
-  std::uint32_t flags = 0;
+  std::string name;         ///< of the right, or of the environment's value
+  std::string value;        ///< bytes; may be empty
+  std::uint32_t flags = 0;  ///< reserved, 0
 };
+/// A rights set or an environment.
 using AuthorizationItems = std::vector<AuthorizationItem>;
 
 /// Wipes the values.
@@ -40,6 +42,7 @@ inline void wipe(AuthorizationItems& items) {
 
 /// A session's handle: opaque, null when there is none.
 struct OpaqueAuthorization;
+/// A session, see `OpaqueAuthorization`.
 using AuthorizationRef = OpaqueAuthorization*;
 
 /// The standard output of a tool started with administrator rights.
@@ -52,8 +55,8 @@ class CommunicationsPipe {
 
 /// A tool and its arguments.
 struct ToolCommand {
-  std::string tool;
-  std::vector<std::string> arguments;
+  std::string tool;                    ///< its absolute path
+  std::vector<std::string> arguments;  ///< without the tool's own name
 };
 
 /// Sessions that hold administrator rights. One thread at a time; the calls may block while the
@@ -62,13 +65,13 @@ class AuthorizationServices {
  public:
   virtual ~AuthorizationServices() = default;
 
-  /// Makes a session without rights. `environment` is empty or holds credentials, of which no copy is kept.
+  /// Makes a session without rights. `environment` is empty or has credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
   /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
   /// it. Starts and asks nothing.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
-  /// Says that the removal of this folder, until "" is said, means it only if nothing is in it for whoever removes it.
+  /// Says that this folder is to be removed only if it is empty for the user who removes it, until "" is passed.
   virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.
