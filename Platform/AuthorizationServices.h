@@ -11,20 +11,20 @@ namespace qm::platform {
 
 /// The status numbers of Authorization Services; any other value passes through unchanged.
 using AuthorizationStatus = std::int32_t;
-inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;
-inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;
-inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;
-inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;
-inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;
-inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;
-inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;
+inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;                     ///< done
+inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;             ///< there is no such session
+inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;                 ///< refused
+inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;               ///< the user cancelled the dialog
+inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;  ///< no dialog allowed
+inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;     ///< the tool could not be started
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< what starts tools has failed
 
 /// How a session is made or asked: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
-inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;
-inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;
-inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;
-inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;
+inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;            ///< none of the others
+inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;  ///< a dialog may be shown
+inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;        ///< missing rights are obtained
+inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;  ///< now, for tools that are started later
 
 /// One named value of a rights set or an environment.
 struct AuthorizationItem {

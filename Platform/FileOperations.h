@@ -14,25 +14,28 @@ namespace qm::platform {
 /// `userCanceledErr` a cancelled operation. Any other value is the system's own number, an `OSStatus` on
 /// macOS and an `errno` number elsewhere.
 using FileOperationStatus = std::int32_t;
-inline constexpr FileOperationStatus userCanceledErr = -128;
+inline constexpr FileOperationStatus userCanceledErr = -128;  ///< the operation was cancelled
 
 /// How far an operation has come.
 enum class FileOperationStage : std::uint32_t { Undefined, Preflighting, Running, Complete };
 
-/// The entries of a status dictionary. Bytes are those of the contents of files, holes included; objects
-/// are files, folders, links and whatever else there is, the item that is copied among them.
-inline constexpr const char* kFSOperationTotalBytesKey = "kFSOperationTotalBytesKey";
-inline constexpr const char* kFSOperationBytesCompleteKey = "kFSOperationBytesCompleteKey";
-inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesRemainingKey";
-inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";
-inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";
-inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";
+// The keys of a status dictionary.
+inline constexpr const char* kFSOperationTotalBytesKey = "kFSOperationTotalBytesKey";              ///< bytes to copy
+inline constexpr const char* kFSOperationBytesCompleteKey = "kFSOperationBytesCompleteKey";        ///< bytes copied
+inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesRemainingKey";      ///< bytes left
+inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";          ///< objects to copy
+inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";    ///< objects copied
+inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";  ///< objects left
+/// Objects to copy that a user sees, which are all of them.
 inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
+/// Of these, copied.
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
+/// Of these, left.
 inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOperationUserVisibleObjectsRemainingKey";
 /// Bytes a second, from the beginning of the copying on.
 inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
-/// Counts by the keys above.
+/// Counts by the keys above. Bytes are those of the contents of files, holes included; objects are files, folders,
+/// links and whatever else there is, the item that is copied among them.
 using FileOperationStatusDictionary = std::map<std::string, std::uint64_t>;
 
 /// One asynchronous operation: opaque, used once.
