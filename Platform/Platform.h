@@ -42,11 +42,11 @@ struct Platform {
   Tasks* tasks = nullptr;
   Threads* threads = nullptr;
   Trash* trash = nullptr;
-  UserInterface* userInterface = nullptr;
+  UserInterface* userInterface = nullptr;  ///< null in a program without a toolkit
   Users* users = nullptr;
 };
 
-/// The installed services. Any thread, after `install`.
+/// The installed services. Any thread. Where there are none yet, says so on standard error and aborts.
 const Platform& platform();
 
 /// Makes `services` the installed set and answers the one before it (null at first). Called by the

@@ -29,6 +29,10 @@ std::string programName(const platform::ProductIdentity& product, const std::opt
   return executable ? foundation::lastPathComponent(*executable) : std::string(product.program);
 }
 
+HelperScope scopeOf(const platform::ProductIdentity& product) {
+  return product.helper.empty() && !product.toolHelper.empty() ? HelperScope::AnyTool : HelperScope::Product;
+}
+
 /// Every service once, in the order in which they need each other.
 struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
@@ -37,7 +41,7 @@ struct Services {
         users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
         directories(users),
         facts(propertyLists, product, executable),
-        authorization(console, users, privilegePrograms(product, executable)),
+        authorization(console, users, privilegePrograms(product, executable, scopeOf(product))),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, copyRights(users)),
@@ -60,7 +64,7 @@ struct Services {
     platform.tasks = &tasks;
     platform.threads = &threads;
     platform.trash = &trash;
-    platform.userInterface = &frontEnd.userInterface;
+    platform.userInterface = frontEnd.userInterface;
     platform.users = &users;
   }
 
