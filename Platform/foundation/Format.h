@@ -16,6 +16,7 @@ namespace qm::foundation {
 /// copied: an argument lives no longer than the call that it is made for.
 class FormatArgument {
  public:
+  /// What an argument can be.
   using Value = std::variant<std::monostate, std::string_view, std::int64_t, std::uint64_t, double, char>;
 
   /// A null pointer is no argument.
