@@ -7,6 +7,8 @@
 
 class QMTask;
 
+namespace qm {
+
 /// The name of the operation that a delegate is asked to perform; nil is none.
 using AsyncTaskSelector = std::optional<std::string>;
 
@@ -40,3 +42,5 @@ struct AsyncTaskNotification {
   /// The piece it carries; "" when it carries none.
   const std::string& data() const;
 };
+
+}  // namespace qm

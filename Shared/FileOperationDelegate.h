@@ -8,6 +8,8 @@
 
 #include "Platform/FileOperations.h"
 
+namespace qm {
+
 class FileOperationDelegate;
 
 /// What a report about a copy holds: text, a number, the delegate, or an object of the caller's.
@@ -38,5 +40,7 @@ class FileOperationDelegate {
   /// A report. `fileOperation` is what `cancelFileOperation:` takes; null for the operations that take the report
   /// alone. Called on the main thread, and must not throw. It may cancel the copy or begin another one.
   virtual void perform(const std::string& selector, const FileOperationDictionary& report,
-                       const qm::platform::FileOperationRef& fileOperation) = 0;
+                       const platform::FileOperationRef& fileOperation) = 0;
 };
+
+}  // namespace qm

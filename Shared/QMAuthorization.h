@@ -11,10 +11,6 @@
 #include "Platform/AuthorizationServices.h"
 #include "Shared/Singleton.h"
 
-enum class WithGUI : bool { No, Yes };
-enum class Async : bool { No, Yes };
-enum class DeleteOnRootAccount : bool { No, Yes };
-
 /// The one object of the process that holds administrator rights, and the file commands that run
 /// with them: /bin/cp, /bin/mv, /bin/rm and /bin/mkdir.
 ///
@@ -26,9 +22,12 @@ enum class DeleteOnRootAccount : bool { No, Yes };
 ///
 /// Any thread. The session is asked for and used by one at a time: who asks while the password dialog is shown for
 /// another waits for its end.
-class QMAuthorization : public Singleton<QMAuthorization> {
+class QMAuthorization : public qm::Singleton<QMAuthorization> {
  public:
   using AuthorizationRef = qm::platform::AuthorizationRef;
+  enum class WithGUI : bool { No, Yes };
+  enum class Async : bool { No, Yes };
+  enum class DeleteOnRootAccount : bool { No, Yes };
 
   /// `sharedController`. The same as `sharedController:` with YES.
   static QMAuthorization* sharedController();
@@ -103,9 +102,9 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authRemoveFile(const std::string& path);
 
  private:
-  friend class Singleton<QMAuthorization>;
+  friend class qm::Singleton<QMAuthorization>;
   template <class Any>
-  friend struct SingletonReset;
+  friend struct qm::SingletonReset;
   QMAuthorization() = default;
   ~QMAuthorization() = default;
 

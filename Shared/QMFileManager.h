@@ -10,23 +10,12 @@
 #include "Platform/FileReferences.h"
 #include "Platform/foundation/Color.h"
 
-/// A reference to an item that outlives its renaming, and a status of the desktop: 0 is success.
-using FSRef = qm::platform::FileReference;
-using OSStatus = std::int32_t;
-
+namespace qm {
 class FileOperationDelegate;
-namespace qm::platform {
+namespace platform {
 class FileOperation;
 }
-
-/// Whether a plain attempt that failed is repeated with administrator rights.
-enum class ShouldAuth : bool { No, Yes };
-
-/// Whether an archive holds a folder, or its contents alone.
-enum class IncludeParent : bool { No, Yes };
-
-/// Whether the creation date is set along with the others.
-enum class SetCreationDate : bool { No, Yes };
+}  // namespace qm
 
 /// File operations that fall back to administrator rights, their variants that wait for the result to
 /// show on disk, and walks over folder trees.
@@ -38,6 +27,17 @@ enum class SetCreationDate : bool { No, Yes };
 /// password dialog is shown.
 class QMFileManager {
  public:
+  /// A reference to an item that outlives its renaming.
+  using FSRef = qm::platform::FileReference;
+  /// A status of the desktop: 0 is success.
+  using OSStatus = std::int32_t;
+  /// Whether a plain attempt that failed is repeated with administrator rights.
+  enum class ShouldAuth : bool { No, Yes };
+  /// Whether an archive holds a folder, or its contents alone.
+  enum class IncludeParent : bool { No, Yes };
+  /// Whether the creation date is set along with the others.
+  enum class SetCreationDate : bool { No, Yes };
+
   QMFileManager() = delete;
   QMFileManager(const QMFileManager&) = delete;
   QMFileManager& operator=(const QMFileManager&) = delete;
@@ -204,11 +204,11 @@ class QMFileManager {
   /// second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; it, both
   /// objects and the paths come with every report. A copy that fails or is cancelled leaves nothing.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
-                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object, const std::shared_ptr<void>& object2);
   /// `copyFileWithProgress:destination:delegate:object:`. Without the second object.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
-                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object);
   /// `cancelFileOperation:`. Has a copy end soon; the delegate hears of the end. Takes what the delegate was given.
   static void cancelFileOperation(const std::shared_ptr<qm::platform::FileOperation>& fileOperation);
@@ -226,4 +226,4 @@ class QMFileManager {
 
 /// `SendFinderSyncEvent`. Tells the desktop that an item has changed: 0 when the notice was sent, else what was in
 /// the way of naming the item or of sending. Nobody's answer is waited for.
-OSStatus SendFinderSyncEvent(const FSRef* reference);
+QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference);

@@ -5,12 +5,6 @@
 
 #include "Platform/StandardDirectories.h"
 
-/// The domain of a standard folder: the user's (below the home folder) or the local one (below "/").
-enum class UserDomain : bool { No, Yes };
-
-/// Whether the guard protects only the folders of its list or, loosely, the system trees as well.
-enum class ExactMatch : bool { No, Yes };
-
 /// Where the standard folders are, who the user is, and which folders are never touched as a whole.
 ///
 /// A process whose real user id is 0 works for the person at the console: user-domain folders, home
@@ -19,6 +13,11 @@ enum class ExactMatch : bool { No, Yes };
 /// since another person may log in between two calls.
 class QMLocalPaths {
  public:
+  /// The domain of a standard folder: the user's (below the home folder) or the local one (below "/").
+  enum class UserDomain : bool { No, Yes };
+  /// Whether the guard protects only the folders of its list or, loosely, the system trees as well.
+  enum class ExactMatch : bool { No, Yes };
+
   QMLocalPaths() = delete;
   QMLocalPaths(const QMLocalPaths&) = delete;
   QMLocalPaths& operator=(const QMLocalPaths&) = delete;

@@ -20,7 +20,7 @@
 /// handed from one logging operation to the next is that one's format string, so a "%" that is
 /// left after the first pass is read as a directive again. Failures never reach the caller; they
 /// are printed to the system console. Any thread.
-class QMLog : public Singleton<QMLog> {
+class QMLog : public qm::Singleton<QMLog> {
  public:
   /// `sharedController`. The one log, made on first use.
   static QMLog* sharedController();
@@ -96,9 +96,9 @@ class QMLog : public Singleton<QMLog> {
   void setLoggingDisabled(bool disabled) { loggingDisabled_ = disabled; }
 
  private:
-  friend class Singleton<QMLog>;
+  friend class qm::Singleton<QMLog>;
   template <class Any>
-  friend struct SingletonReset;
+  friend struct qm::SingletonReset;
   QMLog() = default;
   ~QMLog() = default;
 

@@ -13,9 +13,6 @@
 #include "Platform/foundation/Strings.h"
 #include "Shared/AsyncTaskDelegate.h"
 
-/// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
-using TimeoutInterval = std::chrono::duration<double>;
-
 /// Runs a command-line tool by its absolute path, without a shell, and waits for it; or, on an instance,
 /// runs it in the background and hands its output on as it comes.
 ///
@@ -31,6 +28,8 @@ using TimeoutInterval = std::chrono::duration<double>;
 class QMTask : public std::enable_shared_from_this<QMTask> {
  public:
   using Task = qm::platform::Task;
+  /// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
+  using TimeoutInterval = std::chrono::duration<double>;
   using Arguments = std::optional<std::vector<std::string>>;
   using Data = std::optional<std::string>;  ///< bytes; nil when no process was started
 
@@ -116,7 +115,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// further output is read and dropped. A run whose task is taken out of the slot in another way ends at its next
   /// piece. The instance lives until its reading threads have ended. Any thread.
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
-                         const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
+                         const std::shared_ptr<qm::AsyncTaskDelegate>& delegate, const qm::AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
 
   /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
@@ -124,7 +123,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   void launchAsyncTask();
   /// `asyncTaskReturnData:`. Hands one piece to the delegate if it answers the selector, and ends the run
   /// after the empty one either way.
-  void asyncTaskReturnData(const AsyncTaskNotification& notification);
+  void asyncTaskReturnData(const qm::AsyncTaskNotification& notification);
   /// `terminateAsyncTask`. Ends the reading, lets go of delegate and context, asks the tool to end and empties the
   /// slot, in this order; a read that is blocked ends at once. The delegate is not told: nothing more reaches it but a
   /// piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
@@ -136,8 +135,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// Whom the output of a run's task goes to.
   struct AsyncReceiver {
     std::shared_ptr<Task> task;
-    std::shared_ptr<AsyncTaskDelegate> delegate;
-    AsyncTaskSelector selector;
+    std::shared_ptr<qm::AsyncTaskDelegate> delegate;
+    qm::AsyncTaskSelector selector;
     std::shared_ptr<void> object;
     bool isEnding = false;
   };
@@ -160,7 +159,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   void readAsyncTask(const std::shared_ptr<Task>& task);
   bool launchForReading(const std::shared_ptr<Task>& task);
   std::string nextPiece(const std::shared_ptr<Task>& task) const;
-  void deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
+  void deliver(const qm::AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
   void finish(const std::shared_ptr<Task>& task);
   bool isInProgress(const std::shared_ptr<Task>& task) const;
   AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;
