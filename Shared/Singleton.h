@@ -48,6 +48,7 @@ class Singleton {
     return *lock;
   }
 
+  /// The object; null before the first allocation.
   static std::atomic<Class*>& shared() {
     static std::atomic<Class*> object{nullptr};
     return object;
