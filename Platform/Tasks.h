@@ -30,7 +30,7 @@ class Task {
  public:
   virtual ~Task() = default;
 
-  /// The absolute path of the program to start. What is set after the launch has no effect.
+  /// The absolute path of the program to start. What is set after the launch does not change the run.
   virtual void setLaunchPath(const std::string& path) = 0;
   /// The path set, "" before.
   virtual std::string launchPath() const = 0;
