@@ -1,5 +1,6 @@
 #include "Platform/linux/LinuxPlatform.h"
 
+#include "Platform/SetUp.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
@@ -20,6 +21,7 @@
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/PosixFileOperations.h"
+#include "Platform/posix/process/MainLoop.h"
 #include "Platform/posix/process/PosixTasks.h"
 
 namespace qm::linux_ {
@@ -103,3 +105,9 @@ const platform::Platform& linuxPlatform(const platform::ProductIdentity& product
 }
 
 }  // namespace qm::linux_
+
+const qm::platform::Platform& qm::platform::setUp(const ProductIdentity& product, Users* users) {
+  static auto* const loop = new posix::MainLoop;
+  install(&linux_::linuxPlatform(product, {.mainThread = *loop, .descriptorWait = *loop, .users = users}));
+  return platform();
+}
