@@ -14,7 +14,7 @@
 /// The one object of the process that holds administrator rights, and the file commands that run
 /// with them: /bin/cp, /bin/mv, /bin/rm and /bin/mkdir.
 ///
-/// Rights are asked for when the first command needs them and are kept until `authEnd`. A process
+/// Rights are requested when the first command needs them and are kept until `authEnd`. A process
 /// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
 /// removes asks the guard first and refuses system folders as a whole. Commands only start their
 /// tool: true means that it was started (as root, that starting it was tried), not that it did its

@@ -21,7 +21,7 @@ class FileOperation;
 /// show on disk, and walks over folder trees.
 ///
 /// Every mutating operation is tried as the current user first. A failure is written to the log with
-/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are asked for
+/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are requested
 /// next (trashing writes none), and is then repeated once with administrator rights unless the
 /// caller asked otherwise. Nothing is ever thrown. No state, any thread; a call blocks while a
 /// password dialog is shown.
@@ -138,7 +138,7 @@ class QMFileManager {
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
   /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not, also when it no longer
   /// does after the attempt as the user. That attempt removes folders that hold nothing, ".DS_Store" and "Icon\r"
-  /// only; for what it cannot see into, and for links, rights are asked for.
+  /// only; for what it cannot see into, and for links, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern names, in the order found: from

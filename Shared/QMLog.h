@@ -40,7 +40,7 @@ class QMLog : public qm::Singleton<QMLog> {
     if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
   }
 
-  /// `appendLog:`. Formats the message and hands it to `fastAppendLog:`. A message of 1 to 99
+  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A message of 1 to 99
   /// characters behind at most 99 waiting ones has been written when this returns. A null format
   /// does nothing.
   template <class... Arguments>

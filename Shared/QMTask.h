@@ -106,7 +106,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `timeout`. Main thread: ends the task in the slot if it still runs, and says so.
   void timeout();
 
-  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and hands
+  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and passes
   /// each piece of its standard output to the delegate, at last an empty one; returns at once. Standard
   /// error and the exit status are discarded; the tool shares the program's standard input. There is
   /// no check and no limit: a tool that cannot be launched is reported by the reading thread as
