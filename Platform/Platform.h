@@ -2,48 +2,28 @@
 
 namespace qm::platform {
 
-class AuthorizationServices;
-class Clock;
-class Console;
-class DesktopShell;
-class FileOperations;
-class FileReferences;
-class FileSystem;
-class FinderInformation;
-class ItemLocks;
-class MainThread;
-class Packages;
-class PropertyLists;
-class StandardDirectories;
-class SystemInformation;
-class Tasks;
-class Threads;
-class Trash;
-class UserInterface;
-class Users;
-
 /// The services that the system gives. None is owned here, and all outlive every user: a worker may
 /// still be inside its last call while the process ends.
 struct Platform {
-  AuthorizationServices* authorizationServices = nullptr;
-  Clock* clock = nullptr;
-  Console* console = nullptr;
-  DesktopShell* desktopShell = nullptr;
-  FileOperations* fileOperations = nullptr;
-  FileReferences* fileReferences = nullptr;
-  FileSystem* fileSystem = nullptr;
-  FinderInformation* finderInformation = nullptr;
-  ItemLocks* itemLocks = nullptr;
-  MainThread* mainThread = nullptr;
-  Packages* packages = nullptr;
-  PropertyLists* propertyLists = nullptr;
-  StandardDirectories* standardDirectories = nullptr;
-  SystemInformation* systemInformation = nullptr;
-  Tasks* tasks = nullptr;
-  Threads* threads = nullptr;
-  Trash* trash = nullptr;
-  UserInterface* userInterface = nullptr;  ///< null in a program without a toolkit
-  Users* users = nullptr;
+  class AuthorizationServices* authorizationServices = nullptr;
+  class Clock* clock = nullptr;
+  class Console* console = nullptr;
+  class DesktopShell* desktopShell = nullptr;
+  class FileOperations* fileOperations = nullptr;
+  class FileReferences* fileReferences = nullptr;
+  class FileSystem* fileSystem = nullptr;
+  class FinderInformation* finderInformation = nullptr;
+  class ItemLocks* itemLocks = nullptr;
+  class MainThread* mainThread = nullptr;
+  class Packages* packages = nullptr;
+  class PropertyLists* propertyLists = nullptr;
+  class StandardDirectories* standardDirectories = nullptr;
+  class SystemInformation* systemInformation = nullptr;
+  class Tasks* tasks = nullptr;
+  class Threads* threads = nullptr;
+  class Trash* trash = nullptr;
+  class UserInterface* userInterface = nullptr;  ///< null in a program without a toolkit
+  class Users* users = nullptr;
 };
 
 /// The installed services. Any thread. Where there are none yet, says so on standard error and aborts.
