@@ -2,48 +2,28 @@
 
 namespace qm::platform {
 
-class AuthorizationServices;
-class Clock;
-class Console;
-class DesktopShell;
-class FileOperations;
-class FileReferences;
-class FileSystem;
-class FinderInformation;
-class ItemLocks;
-class MainThread;
-class Packages;
-class PropertyLists;
-class StandardDirectories;
-class SystemInformation;
-class Tasks;
-class Threads;
-class Trash;
-class UserInterface;
-class Users;
-
 /// The services that the system gives. None is owned here, and all outlive every user: a worker may
 /// still be inside its last call while the process ends.
 struct Platform {
-  AuthorizationServices* authorizationServices = nullptr;  ///< administrator rights
-  Clock* clock = nullptr;                                  ///< time
-  Console* console = nullptr;                              ///< where an administrator looks for messages
-  DesktopShell* desktopShell = nullptr;                    ///< the program that shows files and starts applications
-  FileOperations* fileOperations = nullptr;                ///< copying in the background
-  FileReferences* fileReferences = nullptr;                ///< references that survive renaming
-  FileSystem* fileSystem = nullptr;                        ///< plain file operations
-  FinderInformation* finderInformation = nullptr;          ///< the flags of items, their labels
-  ItemLocks* itemLocks = nullptr;                          ///< the lock of an item
-  MainThread* mainThread = nullptr;                        ///< the thread with the event loop
-  Packages* packages = nullptr;                            ///< which folders are shown as one item
-  PropertyLists* propertyLists = nullptr;                  ///< property lists
-  StandardDirectories* standardDirectories = nullptr;      ///< where the standard folders are
-  SystemInformation* systemInformation = nullptr;          ///< facts about machine and program
-  Tasks* tasks = nullptr;                                  ///< child processes
-  Threads* threads = nullptr;                              ///< threads that nobody waits for
-  Trash* trash = nullptr;                                  ///< the Trash
-  UserInterface* userInterface = nullptr;                  ///< null in a program without a toolkit
-  Users* users = nullptr;                                  ///< who runs the process and who is at the console
+  class AuthorizationServices* authorizationServices = nullptr;  ///< administrator rights
+  class Clock* clock = nullptr;                                  ///< time
+  class Console* console = nullptr;                              ///< where an administrator looks for messages
+  class DesktopShell* desktopShell = nullptr;                    ///< what shows files and starts applications
+  class FileOperations* fileOperations = nullptr;                ///< copying in the background
+  class FileReferences* fileReferences = nullptr;                ///< references that survive renaming
+  class FileSystem* fileSystem = nullptr;                        ///< plain file operations
+  class FinderInformation* finderInformation = nullptr;          ///< the flags of items, their labels
+  class ItemLocks* itemLocks = nullptr;                          ///< the lock of an item
+  class MainThread* mainThread = nullptr;                        ///< the thread with the event loop
+  class Packages* packages = nullptr;                            ///< which folders are shown as one item
+  class PropertyLists* propertyLists = nullptr;                  ///< property lists
+  class StandardDirectories* standardDirectories = nullptr;      ///< where the standard folders are
+  class SystemInformation* systemInformation = nullptr;          ///< facts about machine and program
+  class Tasks* tasks = nullptr;                                  ///< child processes
+  class Threads* threads = nullptr;                              ///< threads that nobody waits for
+  class Trash* trash = nullptr;                                  ///< the Trash
+  class UserInterface* userInterface = nullptr;                  ///< null in a program without a toolkit
+  class Users* users = nullptr;                                  ///< who runs the process and who is at the console
 };
 
 /// The installed services. Any thread. Where there are none yet, says so on standard error and aborts.

@@ -35,7 +35,7 @@ if(NOT QM_SANITIZE AND NOT QM_FUZZ)
 endif()
 # The same objects serve the programs and the library for others. Nobody replaces a function of ours from outside, so that
 # they are no slower than those of programs alone.
-target_compile_options(qm_options INTERFACE -fPIC -fno-semantic-interposition)
+target_compile_options(qm_options INTERFACE -fPIC $<$<PLATFORM_ID:Linux>:-fno-semantic-interposition>)
 
 if(QM_SANITIZE)
   # Everything, tests' libraries aside, is built with the sanitizers.
