@@ -10,15 +10,16 @@ namespace qm::platform {
 template <class Value>
 class AtomicProperty {
  public:
+  /// A copy of the value.
   Value get() const {
     const std::scoped_lock lock(mutex_);
     return value_;
   }
 
+  /// Replaces the value. The old one is released by the caller's thread, after the lock.
   void set(Value value) {
     const std::scoped_lock lock(mutex_);
     std::swap(value_, value);
-    // The old value is let go of by the caller's argument, after the lock.
   }
 
  private:

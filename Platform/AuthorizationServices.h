@@ -11,26 +11,28 @@ namespace qm::platform {
 
 /// The status numbers of Authorization Services; any other value passes through unchanged.
 using AuthorizationStatus = std::int32_t;
-inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;
-inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;
-inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;
-inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;
-inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;
-inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;
-inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;
+inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;                     ///< done
+inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;             ///< there is no such session
+inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;                 ///< refused
+inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;               ///< the user cancelled the dialog
+inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;  ///< no dialog allowed
+inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;     ///< the tool could not be started
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< what starts tools has failed
 
+/// How a session is made or asked: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
-inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;
-inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;
-inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;
-inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;
+inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;            ///< none of the others
+inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;  ///< a dialog may be shown
+inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;        ///< missing rights are obtained
+inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;  ///< now, for tools that are started later
 
 /// One named value of a rights set or an environment.
 struct AuthorizationItem {
-  std::string name;
-  std::string value;
-  std::uint32_t flags = 0;
+  std::string name;         ///< of the right, or of the environment's value
+  std::string value;        ///< bytes; may be empty
+  std::uint32_t flags = 0;  ///< reserved, 0
 };
+/// A rights set or an environment.
 using AuthorizationItems = std::vector<AuthorizationItem>;
 
 /// Wipes the values.
@@ -40,6 +42,7 @@ inline void wipe(AuthorizationItems& items) {
 
 /// A session's handle: opaque, null when there is none.
 struct OpaqueAuthorization;
+/// A session, see `OpaqueAuthorization`.
 using AuthorizationRef = OpaqueAuthorization*;
 
 /// The standard output of a tool started with administrator rights.
@@ -52,8 +55,8 @@ class CommunicationsPipe {
 
 /// A tool and its arguments.
 struct ToolCommand {
-  std::string tool;
-  std::vector<std::string> arguments;
+  std::string tool;                    ///< its absolute path
+  std::vector<std::string> arguments;  ///< without the tool's own name
 };
 
 /// Sessions that hold administrator rights. One thread at a time; the calls may block while the
@@ -62,13 +65,13 @@ class AuthorizationServices {
  public:
   virtual ~AuthorizationServices() = default;
 
-  /// Makes a session without rights. `environment` is empty or holds credentials, of which no copy is kept.
+  /// Makes a session without rights. `environment` is empty or has credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
   /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
   /// it. Starts and asks nothing.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
-  /// Says that the removal of this folder, until "" is said, means it only if nothing is in it for whoever removes it.
+  /// Says that this folder is to be removed only if it is empty for the user who removes it, until "" is passed.
   virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.

@@ -34,7 +34,7 @@ class DesktopShell {
 
   /// Makes a minimal alias of an item. `alias` is set on success only.
   virtual OSStatus newMinimalAlias(const FileReference& reference, std::unique_ptr<Alias>* alias) = 0;
-  /// Tells the shell that an item, usually a folder, has changed, and does not wait for an answer.
+  /// Notifies the shell that an item, usually a folder, has changed, and does not wait for a reply.
   virtual OSStatus sendUpdateEvent(const Alias& alias) = 0;
 
   /// Makes an application bundle known, so that it is offered to the user. A bundle that is already

@@ -14,23 +14,28 @@ namespace qm::platform {
 /// `userCanceledErr` a cancelled operation. Any other value is the system's own number, an `OSStatus` on
 /// macOS and an `errno` number elsewhere.
 using FileOperationStatus = std::int32_t;
-inline constexpr FileOperationStatus userCanceledErr = -128;
+inline constexpr FileOperationStatus userCanceledErr = -128;  ///< the operation was cancelled
 
+/// How far an operation has come.
 enum class FileOperationStage : std::uint32_t { Undefined, Preflighting, Running, Complete };
 
-/// The entries of a status dictionary. Bytes are those of the contents of files, holes included; objects
-/// are files, folders, links and whatever else there is, the item that is copied among them.
-inline constexpr const char* kFSOperationTotalBytesKey = "kFSOperationTotalBytesKey";
-inline constexpr const char* kFSOperationBytesCompleteKey = "kFSOperationBytesCompleteKey";
-inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesRemainingKey";
-inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";
-inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";
-inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";
+// The keys of a status dictionary.
+inline constexpr const char* kFSOperationTotalBytesKey = "kFSOperationTotalBytesKey";              ///< bytes to copy
+inline constexpr const char* kFSOperationBytesCompleteKey = "kFSOperationBytesCompleteKey";        ///< bytes copied
+inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesRemainingKey";      ///< bytes left
+inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";          ///< objects to copy
+inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";    ///< objects copied
+inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";  ///< objects left
+/// Objects to copy that a user sees, which are all of them.
 inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
+/// Of these, copied.
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
+/// Of these, left.
 inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOperationUserVisibleObjectsRemainingKey";
 /// Bytes a second, from the beginning of the copying on.
 inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
+/// Counts by the keys above. Bytes are those of the contents of files, holes included; objects are files, folders,
+/// links and whatever else there is, the item that is copied among them.
 using FileOperationStatusDictionary = std::map<std::string, std::uint64_t>;
 
 /// One asynchronous operation: opaque, used once.
@@ -38,27 +43,29 @@ class FileOperation {
  public:
   virtual ~FileOperation() = default;
 };
+/// What callers hold of an operation.
 using FileOperationRef = std::shared_ptr<FileOperation>;
 
-/// What is told about an operation.
+/// What is reported about an operation.
 struct FileOperationReport {
-  FileOperationStage stage = FileOperationStage::Undefined;
-  /// The path of the item in question: of the source while it is copied, in the end that of the copy; nil
+  FileOperationStage stage = FileOperationStage::Undefined;  ///< that the operation is in
+  /// The path of the item in question: of the source while it is copied, in the end that of the copy; null
   /// where there is none.
   std::optional<std::string> currentItem{};
-  FileOperationStatus error = 0;
-  std::optional<FileOperationStatusDictionary> statusDictionary{};
+  FileOperationStatus error = 0;                                    ///< how the operation has ended, 0 before
+  std::optional<FileOperationStatusDictionary> statusDictionary{};  ///< with reports of the running stage only
 };
+/// Receives the reports. Called on the main thread; must not throw.
 using FileOperationCallback = std::function<void(const FileOperationRef& operation, const FileOperationReport& report)>;
 
 /// What is to be copied: `source`, into the existing folder `destinationFolder`, under `newName`, a single path
 /// component. Paths are absolute.
 struct CopyObjectRequest {
-  std::string source;
-  std::string destinationFolder;
-  std::string newName;
-  std::chrono::milliseconds statusInterval{1000};
-  FileOperationCallback callback;
+  std::string source;                              ///< absolute path of a file, a link or a folder
+  std::string destinationFolder;                   ///< absolute path
+  std::string newName;                             ///< a single path component
+  std::chrono::milliseconds statusInterval{1000};  ///< the least time between two reports of progress
+  FileOperationCallback callback;                  ///< null for no reports
 };
 
 /// Copying in the background. Any thread, but `unschedule` inside a callback comes from the main thread.
@@ -81,7 +88,7 @@ class FileOperations {
   /// The operation lives on by itself until its end. Reports: at the beginning of a stage and then, in the
   /// same stage, at most once per interval; a status dictionary comes with those of the running stage. None
   /// is about progress after the operation was cancelled. The last is of the stage Complete, exactly
-  /// once, whatever the end was, and then the callback is let go of. After a refusal it is let go of at once.
+  /// once, whatever the end was, and then the callback is released. After a refusal it is released at once.
   virtual FileOperationStatus copyObject(const FileOperationRef& operation, const CopyObjectRequest& request) = 0;
   /// Has the operation end soon, with `userCanceledErr` unless it had ended by itself. Does not wait for
   /// that.

@@ -20,10 +20,14 @@ class ReferencedItem {
 /// volume. A value; copies share what they hold. An unfilled one means nothing.
 class FileReference {
  public:
+  /// An unfilled reference.
   FileReference() = default;
+  /// For services: a reference that holds `item`.
   explicit FileReference(std::shared_ptr<const ReferencedItem> item) : item_(std::move(item)) {}
 
+  /// Whether it refers to an item, which may be gone by now.
   bool isFilled() const { return item_ != nullptr; }
+  /// What it holds, for services; null when unfilled.
   const ReferencedItem* item() const { return item_.get(); }
 
  private:
@@ -38,7 +42,7 @@ class FileReferences {
   /// A reference to the item at an absolute path, to a symbolic link itself; unfilled when nothing is
   /// there, or when the system cannot keep one more (on Linux each holds a descriptor as long as it lives).
   virtual FileReference make(const std::string& path) const = 0;
-  /// Where the item is now. Nil for an unfilled reference, and when the item is gone or not to be found.
+  /// Where the item is now. Null for an unfilled reference, and when the item is gone or not to be found.
   virtual std::optional<std::string> path(const FileReference& reference) const = 0;
 };
 

@@ -13,27 +13,30 @@
 
 namespace qm::platform {
 
+/// The kinds of items.
 enum class FileType { Regular, Directory, SymbolicLink, Other };
 
 /// What the item itself is; a symbolic link is described, not followed.
 struct ItemAttributes {
-  FileType type = FileType::Regular;
-  std::uint64_t size = 0;  ///< bytes
-  std::chrono::system_clock::time_point modificationDate;
+  FileType type = FileType::Regular;                       ///< of the item itself
+  std::uint64_t size = 0;                                  ///< bytes
+  std::chrono::system_clock::time_point modificationDate;  ///< when it was last changed
 };
 
 /// An entry of a folder. The name lasts as long as the call that hands the entry out.
 struct DirectoryEntry {
-  std::string_view name;
+  std::string_view name;              ///< a single path component
   FileType type = FileType::Regular;  ///< of the item itself
   std::uint64_t size = 0;             ///< bytes; only where sizes are asked for, and never of a folder
 };
+/// Whether the sizes of entries are wanted, which may take longer.
 enum class EntrySizes : bool { No, Yes };
 
-/// A file open for writing. Closed when the last owner lets go of it. One thread at a time.
+/// A file open for writing. Closed when the last owner releases it. One thread at a time.
 class FileHandle {
  public:
   virtual ~FileHandle() = default;
+  /// The next data goes to the end of the file.
   virtual Status seekToEndOfFile() = 0;
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
@@ -43,8 +46,8 @@ class FileHandle {
 };
 
 /// The plain file operations, as the current user. Stateless: any thread, any number at a time.
-/// Paths are absolute byte strings; a path with a NUL byte names nothing. Errors are answered,
-/// never raised.
+/// Paths are absolute byte strings; a path with a NUL byte names nothing. Errors are returned,
+/// never thrown.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -59,17 +62,17 @@ class FileSystem {
   /// Links are followed.
   virtual bool isWritableFile(const std::string& path) const = 0;
   /// The names in a folder, one level, hidden ones included, "." and ".." never, in the system's
-  /// order. Nil when the folder cannot be listed. A link to a folder is followed.
+  /// order. Null when the folder cannot be listed. A link to a folder is followed.
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
   /// Hands the entries of a folder to `visit` as they are read, in the same order, with what each is. None is
   /// kept, however many there are. Left out is what cannot be reached: everything in a folder that may
-  /// be listed but not searched, and what has a longer path than the system takes. Answers whether the
+  /// be listed but not searched, and what has a longer path than the system takes. Returns whether the
   /// folder was listed to its end: what was handed on of one that was not counts for nothing.
   virtual bool visitDirectory(const std::string& path, EntrySizes sizes,
                               const std::function<void(const DirectoryEntry&)>& visit) const = 0;
-  /// The item itself (a link is not followed); nil when nothing is there.
+  /// The item itself (a link is not followed); null when nothing is there.
   virtual std::optional<ItemAttributes> attributesOfItem(const std::string& path) const = 0;
-  /// The target of a symbolic link as it is written; nil when the item is not a link.
+  /// The target of a symbolic link as it is written; null when the item is not a link.
   virtual std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const = 0;
 
   /// Moves an item, a link as the link. Never replaces: anything at the destination, a dangling
@@ -101,7 +104,7 @@ class FileSystem {
   /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link
   /// at the path is replaced, not written through. The folder must exist.
   virtual Status writeFileAtomically(const std::string& path, std::string_view contents) = 0;
-  /// Opens an existing regular file for writing without truncating it; nil when there is none or
+  /// Opens an existing regular file for writing without truncating it; null when there is none or
   /// it may not be written. Never creates a file, never follows a link at the last component.
   virtual std::shared_ptr<FileHandle> openForWriting(const std::string& path) = 0;
 };

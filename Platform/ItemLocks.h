@@ -16,7 +16,7 @@ class ItemLocks {
   /// Sets or clears the flag. An item that is already in the wanted state is a success and is not
   /// touched; a missing item is a failure.
   virtual Status setImmutable(const std::string& path, bool immutable) = 0;
-  /// Nil when nothing is there or the flag cannot be read.
+  /// Null when nothing is there or the flag cannot be read.
   virtual std::optional<bool> isImmutable(const std::string& path) const = 0;
 };
 

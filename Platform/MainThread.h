@@ -10,6 +10,7 @@ class MainThread {
  public:
   virtual ~MainThread() = default;
 
+  /// Whether the calling thread is the main thread.
   virtual bool isMainThread() const = 0;
 
   /// Runs `work` on the main thread and returns when it is done; on the main thread itself it runs
@@ -19,7 +20,7 @@ class MainThread {
   virtual void perform(std::function<void()> work) = 0;
 
   /// Main thread only: takes at most one pending event, waiting up to `limit` for it, and hands it
-  /// to the application. Answers whether there was one.
+  /// to the application. Returns whether there was one.
   virtual bool handleOneEvent(std::chrono::milliseconds limit) = 0;
 };
 

@@ -1,7 +1,8 @@
 #include "Platform/Platform.h"
 
 #include <atomic>
-#include <cassert>
+#include <cstdio>
+#include <cstdlib>
 
 namespace qm::platform {
 namespace {
@@ -10,7 +11,10 @@ std::atomic<const Platform*> installed{nullptr};
 
 const Platform& platform() {
   const Platform* services = installed.load(std::memory_order_acquire);
-  assert(services != nullptr && "platform services are used before they are installed");
+  if (services == nullptr) {
+    static_cast<void>(std::fputs("The services are used before qm::platform::setUp has set them up.\n", stderr));
+    std::abort();
+  }
   return *services;
 }
 

@@ -2,54 +2,34 @@
 
 namespace qm::platform {
 
-class AuthorizationServices;
-class Clock;
-class Console;
-class DesktopShell;
-class FileOperations;
-class FileReferences;
-class FileSystem;
-class FinderInformation;
-class ItemLocks;
-class MainThread;
-class Packages;
-class PropertyLists;
-class StandardDirectories;
-class SystemInformation;
-class Tasks;
-class Threads;
-class Trash;
-class UserInterface;
-class Users;
-
 /// The services that the system gives. None is owned here, and all outlive every user: a worker may
 /// still be inside its last call while the process ends.
 struct Platform {
-  AuthorizationServices* authorizationServices = nullptr;
-  Clock* clock = nullptr;
-  Console* console = nullptr;
-  DesktopShell* desktopShell = nullptr;
-  FileOperations* fileOperations = nullptr;
-  FileReferences* fileReferences = nullptr;
-  FileSystem* fileSystem = nullptr;
-  FinderInformation* finderInformation = nullptr;
-  ItemLocks* itemLocks = nullptr;
-  MainThread* mainThread = nullptr;
-  Packages* packages = nullptr;
-  PropertyLists* propertyLists = nullptr;
-  StandardDirectories* standardDirectories = nullptr;
-  SystemInformation* systemInformation = nullptr;
-  Tasks* tasks = nullptr;
-  Threads* threads = nullptr;
-  Trash* trash = nullptr;
-  UserInterface* userInterface = nullptr;
-  Users* users = nullptr;
+  class AuthorizationServices* authorizationServices = nullptr;  ///< administrator rights
+  class Clock* clock = nullptr;                                  ///< time
+  class Console* console = nullptr;                              ///< where an administrator looks for messages
+  class DesktopShell* desktopShell = nullptr;                    ///< what shows files and starts applications
+  class FileOperations* fileOperations = nullptr;                ///< copying in the background
+  class FileReferences* fileReferences = nullptr;                ///< references that survive renaming
+  class FileSystem* fileSystem = nullptr;                        ///< plain file operations
+  class FinderInformation* finderInformation = nullptr;          ///< the flags of items, their labels
+  class ItemLocks* itemLocks = nullptr;                          ///< the lock of an item
+  class MainThread* mainThread = nullptr;                        ///< the thread with the event loop
+  class Packages* packages = nullptr;                            ///< which folders are shown as one item
+  class PropertyLists* propertyLists = nullptr;                  ///< property lists
+  class StandardDirectories* standardDirectories = nullptr;      ///< where the standard folders are
+  class SystemInformation* systemInformation = nullptr;          ///< facts about machine and program
+  class Tasks* tasks = nullptr;                                  ///< child processes
+  class Threads* threads = nullptr;                              ///< threads that nobody waits for
+  class Trash* trash = nullptr;                                  ///< the Trash
+  class UserInterface* userInterface = nullptr;                  ///< null in a program without a toolkit
+  class Users* users = nullptr;                                  ///< who runs the process and who is at the console
 };
 
-/// The installed services. Any thread, after `install`.
+/// The installed services. Any thread. Where there are none yet, says so on standard error and aborts.
 const Platform& platform();
 
-/// Makes `services` the installed set and answers the one before it (null at first). Called by the
+/// Makes `services` the installed set and returns the one before it (null at first). Called by the
 /// composition root before any other thread exists, and by tests between them.
 const Platform* install(const Platform* services);
 

@@ -18,7 +18,7 @@ class PropertyLists {
  public:
   virtual ~PropertyLists() = default;
 
-  /// The dictionary in a file; nil when the file is missing, too large, not a regular file, not a
+  /// The dictionary in a file; null when the file is missing, too large, not a regular file, not a
   /// property list, or holds no dictionary.
   virtual std::optional<PropertyList> read(const std::string& path) const = 0;
 };

@@ -20,9 +20,11 @@ enum class StandardDirectory : unsigned {
 /// The domains of a search. Values may be joined with `|`.
 enum class DomainMask : unsigned { User = 1, Local = 2, System = 8 };
 
+/// Both domains.
 constexpr DomainMask operator|(DomainMask a, DomainMask b) {
   return static_cast<DomainMask>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }
+/// Whether a domain is among those of a search.
 constexpr bool contains(DomainMask set, DomainMask one) {
   return (static_cast<unsigned>(set) & static_cast<unsigned>(one)) != 0;
 }

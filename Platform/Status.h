@@ -12,16 +12,22 @@ struct Failure {
   std::string localizedDescription;  ///< one sentence for people, without a line end
 };
 
-/// The answer of an operation that yields nothing but success or a reason.
+/// The result of an operation that yields nothing but success or a reason.
 class [[nodiscard]] Status {
  public:
-  Status() = default;  // success
+  /// A success.
+  Status() = default;
+  /// A failure.
   Status(Failure failure) : failure_(std::move(failure)) {}
 
+  /// A success, by name.
   static Status success() { return {}; }
+  /// A failure with the system's error number and a sentence for people.
   static Status failed(int code, std::string description) { return Failure{code, std::move(description)}; }
 
+  /// Whether it is a success.
   bool ok() const { return !failure_.has_value(); }
+  /// The same as `ok`.
   explicit operator bool() const { return ok(); }
 
   /// The system's error number, 0 after a success.

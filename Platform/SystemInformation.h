@@ -13,14 +13,15 @@ class SystemInformation {
 
   /// The operating system's version in words.
   virtual std::string operatingSystemVersion() const = 0;
+  /// Processors, as the system counts them.
   virtual int processorCount() const = 0;
   /// Bytes.
   virtual std::uint64_t physicalMemory() const = 0;
   /// A string that no other call, process or machine gives; safe as a file name.
   virtual std::string globallyUniqueString() const = 0;
-  /// The path of the running executable; nil when there is none.
+  /// The path of the running executable; null when there is none.
   virtual std::optional<std::string> executablePath() const = 0;
-  /// The value of "CFBundleVersion" in the program's information dictionary; nil without one.
+  /// The value of "CFBundleVersion" in the program's information dictionary; null without one.
   virtual std::optional<std::string> bundleVersion() const = 0;
   /// The path of the program that makes and unpacks zip archives: "-ck [--keepParent] item archive" and
   /// "-xk archive folder".

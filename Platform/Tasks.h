@@ -30,16 +30,23 @@ class Task {
  public:
   virtual ~Task() = default;
 
+  /// The absolute path of the program to start. What is set after the launch does not change the run.
   virtual void setLaunchPath(const std::string& path) = 0;
+  /// The path set, "" before.
   virtual std::string launchPath() const = 0;
+  /// The arguments after the program's name; none unless set.
   virtual void setArguments(const std::vector<std::string>& arguments) = 0;
+  /// What the child reads.
   virtual void setStandardInput(TaskStream stream) = 0;
+  /// Where the child's output goes.
   virtual void setStandardOutput(TaskStream stream) = 0;
+  /// Where the child's error messages go.
   virtual void setStandardError(TaskStream stream) = 0;
 
   /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind. A second
   /// launch fails and changes nothing.
   virtual Status launch() = 0;
+  /// Whether the child was started and has not exited.
   virtual bool isRunning() const = 0;
   /// Returns when the child has exited; at once when it was never launched. On the main thread the
   /// event loop is served meanwhile.
@@ -49,12 +56,14 @@ class Task {
   /// Asks the child to end (SIGTERM). Does nothing when it has already ended or never began.
   virtual void terminate() = 0;
 
-  /// The reading ends of streams set to `Pipe`, valid from the moment they are set; null for
-  /// streams that are not pipes.
+  /// The reading end of standard output, from the moment that it is set to `Pipe`; null when it is
+  /// not a pipe.
   virtual std::shared_ptr<OutputReader> standardOutputReader() const = 0;
+  /// The same of standard error.
   virtual std::shared_ptr<OutputReader> standardErrorReader() const = 0;
 };
 
+/// Makes tasks. Any thread.
 class Tasks {
  public:
   virtual ~Tasks() = default;

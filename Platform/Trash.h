@@ -17,7 +17,7 @@ class Trash {
   /// when the real user id is 0. `trashDirectory` is that user's ~/.Trash; without it there is no
   /// user to trash for, and the operation fails. Names are single components. A link is moved, not
   /// followed. Clashes in the Trash are settled by renaming there; nothing is overwritten, deleted
-  /// or copied across volumes. Stops at the first name that fails and answers why: that item is
+  /// or copied across volumes. Stops at the first name that fails and returns why: that item is
   /// where it was, those before it are in the Trash.
   virtual Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                          const std::vector<std::string>& names) = 0;

@@ -17,10 +17,10 @@ class Users {
   virtual std::string userName() const = 0;
   /// The home folder of the process's user.
   virtual std::string homeDirectory() const = 0;
-  /// The home folder of a named user; nil for no name or a name that the system does not know.
+  /// The home folder of a named user; null for no name or a name that the system does not know.
   virtual std::optional<std::string> homeDirectoryForUser(const std::optional<std::string>& name) const = 0;
   /// The name that the system gives for the person at the console: "loginwindow" while the login
-  /// screen is shown, nil when there is nobody or the system cannot tell.
+  /// screen is shown, null when there is nobody or the system cannot tell.
   virtual std::optional<std::string> consoleUser() const = 0;
 };
 

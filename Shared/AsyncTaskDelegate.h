@@ -7,16 +7,18 @@
 
 class QMTask;
 
-/// The name of the operation that a delegate is asked to perform; nil is none.
+namespace qm {
+
+/// The name of the operation that a delegate is asked to perform; null is none.
 using AsyncTaskSelector = std::optional<std::string>;
 
-/// Whom a background run hands its output to. The caller chooses the operation by name, as one object may
+/// Receives the output of a run in the background. The caller chooses the operation by name, as one object may
 /// serve several runs.
 class AsyncTaskDelegate {
  public:
   virtual ~AsyncTaskDelegate() = default;
 
-  /// Whether the delegate answers the operation. One that does not is never called by that name.
+  /// Whether the delegate has the operation. If not, it is never called by that name.
   virtual bool respondsToSelector(const std::string& selector) const = 0;
 
   /// One piece of output as it came; "" is the end, after which nothing more comes of this run. `object`
@@ -29,14 +31,19 @@ class AsyncTaskDelegate {
 /// What carries one piece of output from the reading thread to the runner: "QMAsyncTaskDataNotification", from
 /// no sender, with one entry in its user information. It is passed directly, never posted.
 struct AsyncTaskNotification {
+  /// The name of the notification.
   static constexpr const char* dataName = "QMAsyncTaskDataNotification";
+  /// The key of its one entry.
   static constexpr const char* dataItem = "NSFileHandleNotificationDataItem";
 
-  std::string name;
-  std::shared_ptr<void> object;
-  std::map<std::string, std::string> userInfo;
+  std::string name;                             ///< `dataName`
+  std::shared_ptr<void> object;                 ///< the sender: none
+  std::map<std::string, std::string> userInfo;  ///< one entry, the piece
 
+  /// A notification that carries one piece.
   static AsyncTaskNotification withData(std::string data);
   /// The piece it carries; "" when it carries none.
   const std::string& data() const;
 };
+
+}  // namespace qm

@@ -8,6 +8,8 @@
 
 #include "Platform/FileOperations.h"
 
+namespace qm {
+
 class FileOperationDelegate;
 
 /// What a report about a copy holds: text, a number, the delegate, or an object of the caller's.
@@ -15,28 +17,33 @@ using FileOperationValue =
     std::variant<std::string, std::uint64_t, std::shared_ptr<FileOperationDelegate>, std::shared_ptr<void>>;
 
 /// A report about a copy: "stage", the stage as a number; "operationtype", which is "copy"; "source" and
-/// "destination" as they were given; "delegate", "object" and "object2" unless they are nil; and about
+/// "destination" as they were given; "delegate", "object" and "object2" unless they are null; and about
 /// progress the entries of the platform's status dictionary (Platform/FileOperations.h).
 using FileOperationDictionary = std::map<std::string, FileOperationValue>;
 
-/// Who is told about a copy. Each of its four operations is optional.
+/// Is notified about a copy. Each of its four operations is optional.
 class FileOperationDelegate {
  public:
-  /// About progress: the report and the file operation, or else the report alone.
+  /// About progress: the report and the file operation. Preferred to `progress`.
   static constexpr const char* progressWithOperation = "fileOperationProgress:fileOperation:";
+  /// About progress: the report alone.
   static constexpr const char* progress = "fileOperationProgress:";
-  /// At the end, once, whether the copy succeeded, failed or was cancelled: the same.
+  /// At the end, once, whether the copy succeeded, failed or was cancelled: the report and the file operation.
+  /// Preferred to `finished`.
   static constexpr const char* finishedWithOperation = "fileOperationFinished:fileOperation:";
+  /// At the end: the report alone.
   static constexpr const char* finished = "fileOperationFinished:";
 
   virtual ~FileOperationDelegate() = default;
 
-  /// Whether the delegate answers the operation; asked at each report, on the main thread. One that does not
-  /// is never called by that name.
+  /// Whether the delegate has the operation; asked at each report, on the main thread. If not, it is never called by
+  /// that name.
   virtual bool respondsToSelector(const std::string& selector) const = 0;
 
   /// A report. `fileOperation` is what `cancelFileOperation:` takes; null for the operations that take the report
   /// alone. Called on the main thread, and must not throw. It may cancel the copy or begin another one.
   virtual void perform(const std::string& selector, const FileOperationDictionary& report,
-                       const qm::platform::FileOperationRef& fileOperation) = 0;
+                       const platform::FileOperationRef& fileOperation) = 0;
 };
+
+}  // namespace qm

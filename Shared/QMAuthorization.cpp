@@ -43,7 +43,7 @@ std::vector<std::string> namesIn(const std::string& folder) {
 
 /// Asks the guard; a refusal is printed with `message`.
 bool isProtected(const std::string& path, std::string_view message) {
-  if (!QMLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes)) return false;
+  if (!QMLocalPaths::isPathSystemDirectory(path, QMLocalPaths::ExactMatch::Yes)) return false;
   printToConsole(message, path);
   return true;
 }
@@ -57,9 +57,9 @@ bool areGiven(std::string_view operation, const std::optional<std::string>& sour
 }
 
 /// Starts a tool directly, in the form that is safe for root.
-void runAsRoot(const std::string& tool, const std::vector<std::string>& parameters, Async async) {
+void runAsRoot(const std::string& tool, const std::vector<std::string>& parameters, QMAuthorization::Async async) {
   const ToolCommand command = platform().authorizationServices->commandForRoot(tool, parameters);
-  if (async == Async::Yes) return QMTask::runTaskAndReturn(command.tool, command.arguments);
+  if (async == QMAuthorization::Async::Yes) return QMTask::runTaskAndReturn(command.tool, command.arguments);
   QMTask::runTask(command.tool, command.arguments);
 }
 

@@ -11,24 +11,27 @@
 #include "Platform/AuthorizationServices.h"
 #include "Shared/Singleton.h"
 
-enum class WithGUI : bool { No, Yes };
-enum class Async : bool { No, Yes };
-enum class DeleteOnRootAccount : bool { No, Yes };
-
 /// The one object of the process that holds administrator rights, and the file commands that run
 /// with them: /bin/cp, /bin/mv, /bin/rm and /bin/mkdir.
 ///
-/// Rights are asked for when the first command needs them and are kept until `authEnd`. A process
+/// Rights are requested when the first command needs them and are kept until `authEnd`. A process
 /// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
 /// removes asks the guard first and refuses system folders as a whole. Commands only start their
 /// tool: true means that it was started (as root, that starting it was tried), not that it did its
 /// work, so callers that must know watch the disk. Refusals are printed to the system console.
 ///
-/// Any thread. The session is asked for and used by one at a time: who asks while the password dialog is shown for
-/// another waits for its end.
-class QMAuthorization : public Singleton<QMAuthorization> {
+/// Any thread. One thread at a time requests and uses the session: a thread that needs it while the password dialog is
+/// shown for another one waits.
+class QMAuthorization : public qm::Singleton<QMAuthorization> {
  public:
+  /// A session's handle, see `OpaqueAuthorization`.
   using AuthorizationRef = qm::platform::AuthorizationRef;
+  /// Whether the system's password dialog is allowed.
+  enum class WithGUI : bool { No, Yes };
+  /// Whether a command returns when its tool was started, not when the tool has closed its output.
+  enum class Async : bool { No, Yes };
+  /// Whether a controller that was made as root removes instead of trashing.
+  enum class DeleteOnRootAccount : bool { No, Yes };
 
   /// `sharedController`. The same as `sharedController:` with YES.
   static QMAuthorization* sharedController();
@@ -49,7 +52,7 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   AuthorizationRef authRef() const { return authRef_; }
   /// `setAuthRef:`. Frees nothing.
   void setAuthRef(AuthorizationRef session) { authRef_ = session; }
-  /// `userDirectory`. The home folder for which the object was made; nil as root.
+  /// `userDirectory`. The home folder of the user for whom the object was made; null as root.
   const std::optional<std::string>& userDirectory() const { return userDirectory_; }
 
   /// `canAuthorize`. A dialog is allowed, or the process is root's.
@@ -60,7 +63,7 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   /// is shown. False after a refusal; the session is then null.
   bool authStart();
   /// `authStartWithUser:password:`. Authorizes without a dialog. An earlier session is overwritten, not
-  /// freed. False, and nothing else, for nil arguments; for a session that cannot be made, with its
+  /// freed. False, and nothing else, for null arguments; for a session that cannot be made, with its
   /// status on the console; for wrong ones, with "Authorization failed. Invalid username or password"
   /// on console and in the log. As root always true.
   bool authStartWithUser(const std::optional<std::string>& user, const std::optional<std::string>& password);
@@ -85,7 +88,8 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authCopyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
   /// `authMoveFile:toPath:`. Replaces a file at the destination and moves into a folder there.
   bool authMoveFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
-  /// `authMoveFolderContents:toPath:`. Every entry; true if none failed. A nil destination is printed for each entry.
+  /// `authMoveFolderContents:toPath:`. Every entry; true if none failed. A null destination is reported for each entry
+  /// on the console.
   bool authMoveFolderContents(const std::string& folder, const std::optional<std::string>& destination);
   /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash; on a clash its name
   /// there gets the time ("notes_20240229230507.txt"; without an extension the name ends in a dot).
@@ -103,9 +107,9 @@ class QMAuthorization : public Singleton<QMAuthorization> {
   bool authRemoveFile(const std::string& path);
 
  private:
-  friend class Singleton<QMAuthorization>;
+  friend class qm::Singleton<QMAuthorization>;
   template <class Any>
-  friend struct SingletonReset;
+  friend struct qm::SingletonReset;
   QMAuthorization() = default;
   ~QMAuthorization() = default;
 

@@ -60,10 +60,11 @@ bool differOnlyInLetterCase(const std::string& a, const std::string& b) {
 /// The common end of the mutating operations: the outcome of the plain attempt is the answer when it
 /// is a success; otherwise it is logged, and repeated with administrator rights if wanted.
 template <class Privileged>
-bool orAuthorize(const Status& plain, std::string_view message, ShouldAuth shouldAuth, Privileged privileged) {
+bool orAuthorize(const Status& plain, std::string_view message, QMFileManager::ShouldAuth shouldAuth,
+                 Privileged privileged) {
   if (plain) return true;
   if (!message.empty()) QMLog::appendLog(std::string(message), plain.localizedDescription());
-  return shouldAuth == ShouldAuth::Yes && privileged(authorization());
+  return shouldAuth == QMFileManager::ShouldAuth::Yes && privileged(authorization());
 }
 
 /// The path with room for a number in its name: the end of the name goes, or of what stands before its extension.
@@ -184,7 +185,7 @@ bool isItemButNoFolder(const std::string& path) {
 
 /// The two ways of removing for good, which differ in how each attempt is made.
 template <class Plain, class Privileged>
-bool removeThat(const std::string& path, ShouldAuth shouldAuth, Plain plain, Privileged privileged) {
+bool removeThat(const std::string& path, QMFileManager::ShouldAuth shouldAuth, Plain plain, Privileged privileged) {
   QMFileManager::unlockFile(path);
   if (!fileSystem().fileExists(path)) return true;
   return orAuthorize(plain(), "Error removing file: %@. Authorizing...", shouldAuth, privileged);

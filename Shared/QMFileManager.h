@@ -10,34 +10,34 @@
 #include "Platform/FileReferences.h"
 #include "Platform/foundation/Color.h"
 
-/// A reference to an item that outlives its renaming, and a status of the desktop: 0 is success.
-using FSRef = qm::platform::FileReference;
-using OSStatus = std::int32_t;
-
+namespace qm {
 class FileOperationDelegate;
-namespace qm::platform {
+namespace platform {
 class FileOperation;
 }
-
-/// Whether a plain attempt that failed is repeated with administrator rights.
-enum class ShouldAuth : bool { No, Yes };
-
-/// Whether an archive holds a folder, or its contents alone.
-enum class IncludeParent : bool { No, Yes };
-
-/// Whether the creation date is set along with the others.
-enum class SetCreationDate : bool { No, Yes };
+}  // namespace qm
 
 /// File operations that fall back to administrator rights, their variants that wait for the result to
 /// show on disk, and walks over folder trees.
 ///
 /// Every mutating operation is tried as the current user first. A failure is written to the log with
-/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are asked for
+/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are requested
 /// next (trashing writes none), and is then repeated once with administrator rights unless the
-/// caller asked otherwise. Nothing is ever raised. No state, any thread; a call blocks while a
+/// caller asked otherwise. Nothing is ever thrown. No state, any thread; a call blocks while a
 /// password dialog is shown.
 class QMFileManager {
  public:
+  /// A reference to an item that outlives its renaming.
+  using FSRef = qm::platform::FileReference;
+  /// A status of the desktop: 0 is success.
+  using OSStatus = std::int32_t;
+  /// Whether a plain attempt that failed is repeated with administrator rights.
+  enum class ShouldAuth : bool { No, Yes };
+  /// Whether an archive holds a folder, or its contents alone.
+  enum class IncludeParent : bool { No, Yes };
+  /// Whether the creation date is set along with the others.
+  enum class SetCreationDate : bool { No, Yes };
+
   QMFileManager() = delete;
   QMFileManager(const QMFileManager&) = delete;
   QMFileManager& operator=(const QMFileManager&) = delete;
@@ -49,7 +49,7 @@ class QMFileManager {
   /// `moveFile:toPath:`
   static bool moveFile(const std::string& source, const std::string& destination);
   /// `copyFile:toPath:shouldAuth:`. Links are copied as links. An existing destination fails the
-  /// plain attempt. Clears the lock of the destination's folder first. Nil paths are refused with a
+  /// plain attempt. Clears the lock of the destination's folder first. Null paths are refused with a
   /// line in log and console.
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
                        ShouldAuth shouldAuth);
@@ -106,18 +106,18 @@ class QMFileManager {
 
   /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; returns whether
   /// it is. All variants with a limit: false at once when the operation fails; otherwise the disk is
-  /// looked at until the limit has passed, every 0.3 seconds, or on the main thread between single
-  /// events. A limit of 0 or less looks without waiting.
+  /// checked until the limit has passed, every 0.3 seconds, or on the main thread between single
+  /// events. With a limit of 0 or less it is checked once.
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
                        std::chrono::seconds timeout);
-  /// `createDirectory:timeout:`. Answers whether the folder is there.
+  /// `createDirectory:timeout:`. Returns whether the folder is there.
   static bool createDirectory(const std::string& path, std::chrono::seconds timeout);
-  /// `moveFile:toPath:timeout:`. Answers whether the source is gone; a change of letter case alone
-  /// answers true after 500 microseconds without looking.
+  /// `moveFile:toPath:timeout:`. Returns whether the source is gone; a change of letter case alone
+  /// returns true after 500 microseconds without a check.
   static bool moveFile(const std::string& source, const std::string& destination, std::chrono::seconds timeout);
-  /// `removeFile:timeout:`. Answers whether the path is gone.
+  /// `removeFile:timeout:`. Returns whether the path is gone.
   static bool removeFile(const std::string& path, std::chrono::seconds timeout);
-  /// `trashFile:timeout:`. Answers whether the path is gone.
+  /// `trashFile:timeout:`. Returns whether the path is gone.
   static bool trashFile(const std::string& path, std::chrono::seconds timeout);
   /// `copyContentsOfDirectory:toPath:timeout:`. Every entry, each with the whole limit, up to the first
   /// that fails. Logs "File: %@" for each. The destination must exist.
@@ -138,29 +138,29 @@ class QMFileManager {
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
   /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not, also when it no longer
   /// does after the attempt as the user. That attempt removes folders that hold nothing, ".DS_Store" and "Icon\r"
-  /// only; for what it cannot see into, and for links, rights are asked for.
+  /// only; for what it cannot see into, and for links, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern names, in the order found: from
-  /// the base folder, from "/" when that is nil; an absolute pattern under a base is read relative to
+  /// the base folder, from "/" when that is null; an absolute pattern under a base is read relative to
   /// it. A component with "*" is matched against the entries of each folder reached so far (hidden
   /// ones too, letter case counts, "?" is one character); every other component is taken as it
   /// stands. Links are followed and dangling ones left out; what cannot be listed drops out silently.
-  /// A pattern without "*" answers its one path without looking at the disk. A slash at the end of
+  /// A pattern without "*" gives its one path without a check of the disk. A slash at the end of
   /// a pattern with "*" is a component "/" like the first one, and leads back to where the walk began.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. With no base.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
   /// `decodeWildcardPath:fromBasePath:`. The first of these; when there is none, the base joined with
-  /// the pattern as it is written, nil without a base.
+  /// the pattern as it is written, null without a base.
   static std::optional<std::string> decodeWildcardPath(const std::string& pattern,
                                                        const std::optional<std::string>& basePath);
 
   /// `finderColorIndexForPath:`. All of the item's Finder flags, of which the label is 0x000E (0 for none); 0 on
   /// any failure. The item itself: a link is not followed.
   static unsigned finderColorIndexForPath(const std::string& path);
-  /// `finderColorForPath:`. The colour of the item's label; nil when it has none, or has any other Finder
+  /// `finderColorForPath:`. The colour of the item's label; null when it has none, or has any other Finder
   /// flag above 1.
   static std::optional<qm::foundation::Color> finderColorForPath(const std::string& path);
   /// `setFinderColorIndex:forPath:`. Sets the label, in its place in the Finder flags (2, 4 .. 14; other bits are
@@ -169,28 +169,28 @@ class QMFileManager {
 
   /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch, never making one. True at
   /// once for an item that the user may write, whatever came of it; for any other, also a missing one,
-  /// administrator rights are asked for, and the answer is whether the tool was started. Whether the
-  /// system lets the creation date be set does not count. False for nil.
+  /// administrator rights are requested, and the result is whether the tool was started. Whether the
+  /// system lets the creation date be set does not count. False for null.
   static bool touchFile(const std::optional<std::string>& path, SetCreationDate setCreationDate);
   /// `touchFile:`. Without the creation date.
   static bool touchFile(const std::optional<std::string>& path);
 
   /// `stringToFSRef:`. A reference to the item at a path, to a link itself; unfilled when there is none.
   static FSRef stringToFSRef(const std::string& path);
-  /// `stringWithFSRef:`. Where the item is now; nil when it is gone, and for an unfilled reference or none.
+  /// `stringWithFSRef:`. Where the item is now; null when it is gone, and for an unfilled reference or none.
   static std::optional<std::string> stringWithFSRef(const FSRef* reference);
 
   /// `registerApplicationWithLaunchServices:`. Makes an application bundle known to the desktop, again when it
   /// already is. False when the desktop refused it.
   static bool registerApplicationWithLaunchServices(const std::string& path);
-  /// `notifyFileSystemChanged:`. Tells the desktop that an item, usually a folder, has changed. Whether it
-  /// hears that is not looked at.
+  /// `notifyFileSystemChanged:`. Notifies the desktop that an item, usually a folder, has changed. Whether that
+  /// succeeds is not checked.
   static void notifyFileSystemChanged(const std::string& path);
 
   /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder by the system's zip
   /// tool, and waits for it. Absolute paths, as in `decompressFile`. What is at the destination goes to the Trash
-  /// first; where that fails it stays, nothing else is tried, and the tool replaces it. Answers whether the archive is
-  /// there afterwards, which an old one is as well. Nothing is reported.
+  /// first; where that fails it stays, nothing else is tried, and the tool replaces it. Returns whether
+  /// something is there afterwards, an old archive that could not be moved included. Nothing is reported.
   static bool compressFile(const std::string& item, const std::string& destinationFile, IncludeParent includeParent);
   /// `compressFile:toDestinationFile:`. With the folder.
   static bool compressFile(const std::string& item, const std::string& destinationFile);
@@ -200,17 +200,18 @@ class QMFileManager {
 
   /// `copyFileWithProgress:destination:delegate:object:object:`. Begins to copy a file or folder in the background, and
   /// returns whether that was possible; the console says why not. The destination is the folder, made when it is
-  /// missing, plus the new name; what has that name already is not replaced. The delegate hears about progress once a
-  /// second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; it, both
-  /// objects and the paths come with every report. A copy that fails or is cancelled leaves nothing.
+  /// missing, plus the new name; what has that name already is not replaced. The delegate is notified of progress once
+  /// a second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; delegate,
+  /// objects and paths come with every report. A copy that fails or is cancelled leaves nothing.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
-                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object, const std::shared_ptr<void>& object2);
   /// `copyFileWithProgress:destination:delegate:object:`. Without the second object.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
-                                   const std::shared_ptr<FileOperationDelegate>& delegate,
+                                   const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object);
-  /// `cancelFileOperation:`. Has a copy end soon; the delegate hears of the end. Takes what the delegate was given.
+  /// `cancelFileOperation:`. Has a copy end soon; the delegate is still notified of the end. Takes the operation that
+  /// the delegate was passed.
   static void cancelFileOperation(const std::shared_ptr<qm::platform::FileOperation>& fileOperation);
   /// `waitForFileWrites:`. Returns when the item was not modified for more than 4 seconds, or is gone; a link is not
   /// followed. Logs the beginning and the end of a wait. There is no limit.
@@ -224,6 +225,6 @@ class QMFileManager {
   static std::string validateFilename(const std::string& name);
 };
 
-/// `SendFinderSyncEvent`. Tells the desktop that an item has changed: 0 when the notice was sent, else what was in
-/// the way of naming the item or of sending. Nobody's answer is waited for.
-OSStatus SendFinderSyncEvent(const FSRef* reference);
+/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed: 0 when the notice was sent, else why the item
+/// could not be named or the notice not be sent. No reply is waited for.
+QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference);

@@ -13,6 +13,8 @@
 #include "Shared/QMFileManager.h"
 #include "Shared/QMLog.h"
 
+using qm::FileOperationDelegate;
+using qm::FileOperationDictionary;
 using qm::foundation::deletingLastPathComponent;
 using qm::foundation::lastPathComponent;
 using qm::platform::FileOperationRef;

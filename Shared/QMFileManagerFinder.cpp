@@ -31,13 +31,13 @@ constexpr LabelColor kLabelColors[] = {
 };
 
 constexpr const char* kTouch = "/usr/bin/touch";
-constexpr TimeoutInterval kTouchLimit(5.0);
+constexpr QMTask::TimeoutInterval kTouchLimit(5.0);
 
 void setCreationDateToNow(const std::string& path) {
   std::ignore = platform().fileSystem->setCreationDate(path, platform().clock->now());
 }
 
-std::optional<std::uint16_t> finderFlags(const FSRef& reference) {
+std::optional<std::uint16_t> finderFlags(const QMFileManager::FSRef& reference) {
   return platform().finderInformation->finderFlags(reference);
 }
 
@@ -70,12 +70,15 @@ bool QMFileManager::touchFile(const std::optional<std::string>& path, SetCreatio
   const bool isWritable = platform().fileSystem->isWritableFile(*path);
   if (isWritable) QMTask::runTask(kTouch, arguments, kTouchLimit);
   if (setCreationDate == SetCreationDate::Yes) setCreationDateToNow(*path);
-  return isWritable || QMAuthorization::sharedController()->authExecTask(kTouch, arguments, Async::No) == 0;
+  return isWritable ||
+         QMAuthorization::sharedController()->authExecTask(kTouch, arguments, QMAuthorization::Async::No) == 0;
 }
 
 bool QMFileManager::touchFile(const std::optional<std::string>& path) { return touchFile(path, SetCreationDate::No); }
 
-FSRef QMFileManager::stringToFSRef(const std::string& path) { return platform().fileReferences->make(path); }
+QMFileManager::FSRef QMFileManager::stringToFSRef(const std::string& path) {
+  return platform().fileReferences->make(path);
+}
 
 std::optional<std::string> QMFileManager::stringWithFSRef(const FSRef* reference) {
   if (reference == nullptr) return std::nullopt;
@@ -91,10 +94,10 @@ void QMFileManager::notifyFileSystemChanged(const std::string& path) {
   SendFinderSyncEvent(&reference);
 }
 
-OSStatus SendFinderSyncEvent(const FSRef* reference) {
+QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference) {
   if (reference == nullptr) return qm::platform::fnfErr;
   auto& shell = *platform().desktopShell;
   std::unique_ptr<qm::platform::Alias> alias;
-  const OSStatus error = shell.newMinimalAlias(*reference, &alias);
+  const QMFileManager::OSStatus error = shell.newMinimalAlias(*reference, &alias);
   return error != qm::platform::noErr ? error : shell.sendUpdateEvent(*alias);
 }

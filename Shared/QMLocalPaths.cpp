@@ -20,7 +20,9 @@ namespace {
 
 constexpr unsigned kRootUser = 0;
 
-DomainMask domain(UserDomain user) { return user == UserDomain::Yes ? DomainMask::User : DomainMask::Local; }
+DomainMask domain(QMLocalPaths::UserDomain user) {
+  return user == QMLocalPaths::UserDomain::Yes ? DomainMask::User : DomainMask::Local;
+}
 
 bool isRoot() { return platform().users->realUserId() == kRootUser; }
 
@@ -48,7 +50,7 @@ std::string_view withoutTrailingSlash(std::string_view path) {
 
 bool isProtectedFolder(std::string_view path) {
   using Paths = QMLocalPaths;
-  using OfDomain = std::optional<std::string> (*)(UserDomain);
+  using OfDomain = std::optional<std::string> (*)(Paths::UserDomain);
   using Single = std::optional<std::string> (*)();
   constexpr OfDomain ofDomains[] = {Paths::applicationDirectory, Paths::adminApplicationDirectory,
                                     Paths::documentDirectory,    Paths::libraryDirectory,
@@ -58,7 +60,8 @@ bool isProtectedFolder(std::string_view path) {
                                 Paths::localDocumentationDirectory};
   constexpr std::string_view literals[] = {"/Users/Shared", "/Volumes"};
   const auto is = [path](const std::optional<std::string>& folder) { return folder && *folder == path; };
-  return std::ranges::any_of(ofDomains, [&](auto of) { return is(of(UserDomain::Yes)) || is(of(UserDomain::No)); }) ||
+  return std::ranges::any_of(
+             ofDomains, [&](auto of) { return is(of(Paths::UserDomain::Yes)) || is(of(Paths::UserDomain::No)); }) ||
          std::ranges::any_of(singles, [&](auto folder) { return is(folder()); }) ||
          std::ranges::any_of(literals, [&](auto literal) { return literal == path; });
 }

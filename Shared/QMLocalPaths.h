@@ -5,20 +5,19 @@
 
 #include "Platform/StandardDirectories.h"
 
-/// The domain of a standard folder: the user's (below the home folder) or the local one (below "/").
-enum class UserDomain : bool { No, Yes };
-
-/// Whether the guard protects only the folders of its list or, loosely, the system trees as well.
-enum class ExactMatch : bool { No, Yes };
-
 /// Where the standard folders are, who the user is, and which folders are never touched as a whole.
 ///
 /// A process whose real user id is 0 works for the person at the console: user-domain folders, home
 /// and name are the console user's. Paths are absolute, without a trailing slash; a folder that the
-/// system does not have is nil. No state, any thread, nothing logged; every call looks afresh,
+/// system does not have is null. No state, any thread, nothing logged; nothing is cached,
 /// since another person may log in between two calls.
 class QMLocalPaths {
  public:
+  /// The domain of a standard folder: the user's (below the home folder) or the local one (below "/").
+  enum class UserDomain : bool { No, Yes };
+  /// Whether the guard protects only the folders of its list or, loosely, the system trees as well.
+  enum class ExactMatch : bool { No, Yes };
+
   QMLocalPaths() = delete;
   QMLocalPaths(const QMLocalPaths&) = delete;
   QMLocalPaths& operator=(const QMLocalPaths&) = delete;
@@ -50,11 +49,11 @@ class QMLocalPaths {
   /// `movieDirectory`. Always Movies in `userDirectory`.
   static std::optional<std::string> movieDirectory();
 
-  /// `userDirectory`. The home folder; as root the console user's, nil when nobody is there.
+  /// `userDirectory`. The home folder; as root the console user's, null when nobody is logged in.
   static std::optional<std::string> userDirectory();
-  /// `username`. The login name; as root the console user's, nil when nobody is there.
+  /// `username`. The login name; as root the console user's, null when nobody is logged in.
   static std::optional<std::string> username();
-  /// `currentConsoleUser`. Nil at the login window and when nobody is there.
+  /// `currentConsoleUser`. Null at the login window and when nobody is logged in.
   static std::optional<std::string> currentConsoleUser();
 
   /// `tempDirectory`. The temporary folder of the process.
@@ -64,7 +63,7 @@ class QMLocalPaths {
   /// `tempFile`. A new name in `tempDirectory`; the file is not made.
   static std::string tempFile();
 
-  /// `pathForDirectory:forUserDomain:`. The first folder of the search; nil when there is none. As
+  /// `pathForDirectory:forUserDomain:`. The first folder of the search; null when there is none. As
   /// root, and for exactly the user domain, it is moved into the console user's home: the prefix
   /// "/var/root" is dropped whole, "/private/var/root" all but its last letter, which stays in the
   /// result ("/private/var/root/Library" becomes "t/Library" in the home).
@@ -74,7 +73,7 @@ class QMLocalPaths {
   /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user
   /// or the machine, compared letter by letter; in the loose mode also anything that begins with
   /// /usr, /var, /private/var or /System. A trailing slash is cut together with the letter before
-  /// it, so "/Applications/" is not recognised. Nil and paths under 3 characters are not protected.
+  /// it, so "/Applications/" is not recognised. Null and paths under 3 characters are not protected.
   static bool isPathSystemDirectory(const std::optional<std::string>& path, ExactMatch exactMatch);
   /// `isPathSystemDirectory:`. The loose mode.
   static bool isPathSystemDirectory(const std::optional<std::string>& path);

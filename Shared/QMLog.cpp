@@ -133,7 +133,7 @@ void QMLog::createNewLog(const std::optional<std::string>& name) {
 }
 
 bool QMLog::isSwitchedOff() {
-  const auto path = qm::foundation::appendingPathComponent(QMLocalPaths::prefsDirectory(UserDomain::Yes),
+  const auto path = qm::foundation::appendingPathComponent(QMLocalPaths::prefsDirectory(QMLocalPaths::UserDomain::Yes),
                                                            "com.quillmark.global.plist");
   const auto preferences = path ? platform().propertyLists->read(*path) : std::nullopt;
   if (!preferences) return false;
@@ -151,10 +151,11 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   const std::string folderName = "/Logs/Quillmark";
   const std::string fileName = formatted("/%@.1.log", appName);
   Files files;
-  files.folder = appendingText(QMLocalPaths::libraryDirectory(UserDomain::Yes), folderName);
-  files.current = platform().users->realUserId() == 0
-                      ? appendingText(QMLocalPaths::libraryDirectory(UserDomain::No), folderName + fileName)
-                      : appendingText(files.folder, fileName);
+  files.folder = appendingText(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::Yes), folderName);
+  files.current =
+      platform().users->realUserId() == 0
+          ? appendingText(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::No), folderName + fileName)
+          : appendingText(files.folder, fileName);
   return files;
 }
 

@@ -16,40 +16,40 @@
 /// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, one dated
 /// line a message, up to five files, a new one after 500,000 bytes.
 ///
-/// Messages are formatted on the caller's thread and written in order by one worker thread. A text
-/// handed from one logging operation to the next is that one's format string, so a "%" that is
-/// left after the first pass is read as a directive again. Failures never reach the caller; they
+/// Messages are formatted on the caller's thread and written in order by one worker thread. `appendLog`
+/// passes its formatted text on as a format string, so a "%" that is left after the first pass is read
+/// as a directive again. Failures never reach the caller; they
 /// are printed to the system console. Any thread.
-class QMLog : public Singleton<QMLog> {
+class QMLog : public qm::Singleton<QMLog> {
  public:
   /// `sharedController`. The one log, made on first use.
   static QMLog* sharedController();
 
-  /// `createNewLog`. The same as `createNewLog:` with nil.
+  /// `createNewLog`. The same as `createNewLog:` with null.
   static void createNewLog();
   /// `createNewLog:`. Waits for pending writes, moves APP.1.log to APP.4.log up by one (the fifth is
   /// removed) and begins a new first file with its header. The name is used only when the
-  /// executable has none. Does nothing but say so when the user's preferences switch logging off.
-  /// When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the old
-  /// first file or the new one.
+  /// executable has none. When the user's preferences switch logging off, prints that to the console and does nothing
+  /// else. When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the
+  /// old first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
 
-  /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A nil format does nothing.
+  /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.
   template <class... Arguments>
   static void fastAppendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
   }
 
-  /// `appendLog:`. Formats the message and hands it to `fastAppendLog:`. A message of 1 to 99
-  /// characters behind at most 99 waiting ones is on disk when this returns. A nil format does
-  /// nothing.
+  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A message of 1 to 99
+  /// characters behind at most 99 waiting ones has been written when this returns. A null format
+  /// does nothing.
   template <class... Arguments>
   static void appendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
   }
 
   /// `appendLogAndPrint:`. Trims the format, then as `appendLog:`, and prints the message to the
-  /// system console. A nil format does nothing.
+  /// system console. A null format does nothing.
   template <class... Arguments>
   static void appendLogAndPrint(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendAndPrintMessage(qm::foundation::formatted(trimmed(*format), arguments...));
@@ -77,7 +77,7 @@ class QMLog : public Singleton<QMLog> {
   std::shared_ptr<qm::platform::FileHandle> fileHandle() const { return fileHandle_.get(); }
   /// `setFileHandle:`
   void setFileHandle(std::shared_ptr<qm::platform::FileHandle> handle) { fileHandle_.set(std::move(handle)); }
-  /// `appName`. The name set, else the executable's without extension, else nil.
+  /// `appName`. The name set, else the executable's without extension, else null.
   std::optional<std::string> appName() const;
   /// `setAppName:`
   void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
@@ -96,9 +96,9 @@ class QMLog : public Singleton<QMLog> {
   void setLoggingDisabled(bool disabled) { loggingDisabled_ = disabled; }
 
  private:
-  friend class Singleton<QMLog>;
+  friend class qm::Singleton<QMLog>;
   template <class Any>
-  friend struct SingletonReset;
+  friend struct qm::SingletonReset;
   QMLog() = default;
   ~QMLog() = default;
 

@@ -103,7 +103,7 @@ std::optional<std::string> decoded(const QMTask::Data& data, StringEncoding enco
 }
 
 /// Cut toward zero; a limit that is no number is none, one beyond a century is that.
-std::chrono::seconds wholeSeconds(TimeoutInterval timeout) {
+std::chrono::seconds wholeSeconds(QMTask::TimeoutInterval timeout) {
   constexpr double longest = 100.0 * 366 * 24 * 3600;
   if (std::isnan(timeout.count())) return std::chrono::seconds(0);
   const double cut = std::trunc(std::fmin(std::fmax(timeout.count(), -longest), longest));

@@ -13,26 +13,27 @@
 #include "Platform/foundation/Strings.h"
 #include "Shared/AsyncTaskDelegate.h"
 
-/// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
-using TimeoutInterval = std::chrono::duration<double>;
-
 /// Runs a command-line tool by its absolute path, without a shell, and waits for it; or, on an instance,
-/// runs it in the background and hands its output on as it comes.
+/// runs it in the background and passes its output on as it comes.
 ///
 /// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not
 /// executable" on the console and in the log. That, and a launch that the system itself refuses
-/// (about which nothing is logged), is answered by the value that means that no process was
-/// started: -1, nil, false. A wait on the main thread keeps its event loop served. Arguments may
-/// be nil (none).
+/// (about which nothing is logged), returns the value that means that no process was
+/// started: -1, null, false. A wait on the main thread keeps its event loop served. Arguments may
+/// be null (none).
 ///
 /// The forms with a time limit ask the tool to end when the limit has passed; the call then returns
 /// in its normal way, with what the ended tool left. Their timer thread sleeps the limit out even
 /// when the tool is quicker.
 class QMTask : public std::enable_shared_from_this<QMTask> {
  public:
+  /// One run of a tool.
   using Task = qm::platform::Task;
+  /// Seconds; only the whole part counts (2.9 is 2, 0.5 is 0).
+  using TimeoutInterval = std::chrono::duration<double>;
+  /// The arguments after the tool's name; null is none.
   using Arguments = std::optional<std::vector<std::string>>;
-  using Data = std::optional<std::string>;  ///< bytes; nil when no process was started
+  using Data = std::optional<std::string>;  ///< bytes; null when no process was started
 
   /// `terminationCodeFromTask:arguments:task:`. The exit status, sign-extended; output discarded.
   /// When not null, `task` receives the task before it is launched.
@@ -50,7 +51,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   static Data dataFromTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
 
   /// `stringFromTask:arguments:encoding:task:`. The same bytes as text: "" when no process was
-  /// started, nil when the bytes are not valid in the encoding.
+  /// started, null when the bytes are not valid in the encoding.
   static std::optional<std::string> stringFromTask(const std::string& path, const Arguments& arguments,
                                                    qm::foundation::StringEncoding encoding,
                                                    std::shared_ptr<Task>* task);
@@ -76,7 +77,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `runTaskAndReturn:arguments:`. Starts the tool and returns; it is reaped when it ends.
   static void runTaskAndReturn(const std::string& path, const Arguments& arguments);
 
-  // A bare 0 is no limit: it would be taken for the out-parameter's null.
+  // A literal 0 is refused: it would be taken for a null `task`, not for a limit.
   static long terminationCodeFromTask(const std::string&, const Arguments&, int) = delete;
   static Data dataFromTask(const std::string&, const Arguments&, int) = delete;
   static std::optional<std::string> stringFromTask(const std::string&, const Arguments&, int) = delete;
@@ -105,30 +106,30 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `timeout`. Main thread: ends the task in the slot if it still runs, and says so.
   void timeout();
 
-  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and hands
+  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and passes
   /// each piece of its standard output to the delegate, at last an empty one; returns at once. Standard
   /// error and the exit status are discarded; the tool shares the program's standard input. There is
   /// no check and no limit: a tool that cannot be launched is reported by the reading thread as
   /// "Unable to launch async task - %@" (the system's reason) in log and console, and nobody is called.
-  /// After the last piece the tool is asked to end, and everything that the run held is let go of.
+  /// After the last piece the tool is asked to end, and everything that the run held is released.
   ///
   /// One run at a time: a second call takes the first one's place. The first tool is not ended, but its
   /// further output is read and dropped. A run whose task is taken out of the slot in another way ends at its next
   /// piece. The instance lives until its reading threads have ended. Any thread.
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
-                         const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
+                         const std::shared_ptr<qm::AsyncTaskDelegate>& delegate, const qm::AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
 
   /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
   /// output. Logs "Unable to launch async task - no task set" when there is none.
   void launchAsyncTask();
-  /// `asyncTaskReturnData:`. Hands one piece to the delegate if it answers the selector, and ends the run
+  /// `asyncTaskReturnData:`. Passes one piece to the delegate if it has the operation, and ends the run
   /// after the empty one either way.
-  void asyncTaskReturnData(const AsyncTaskNotification& notification);
-  /// `terminateAsyncTask`. Ends the reading, lets go of delegate and context, asks the tool to end and empties the
-  /// slot, in this order; a read that is blocked ends at once. The delegate is not told: nothing more reaches it but a
-  /// piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
-  /// delegate's own calls included; called while this runner lets go of a delegate or context, it ends the run that
+  void asyncTaskReturnData(const qm::AsyncTaskNotification& notification);
+  /// `terminateAsyncTask`. Ends the reading, releases delegate and context, asks the tool to end and empties the
+  /// slot, in this order; a read that is blocked ends at once. The delegate is not notified: nothing more reaches it
+  /// but a piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
+  /// delegate's own calls included; called while this runner releases a delegate or context, it ends the run that
   /// these belong to and no other.
   void terminateAsyncTask();
 
@@ -136,8 +137,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// Whom the output of a run's task goes to.
   struct AsyncReceiver {
     std::shared_ptr<Task> task;
-    std::shared_ptr<AsyncTaskDelegate> delegate;
-    AsyncTaskSelector selector;
+    std::shared_ptr<qm::AsyncTaskDelegate> delegate;
+    qm::AsyncTaskSelector selector;
     std::shared_ptr<void> object;
     bool isEnding = false;
   };
@@ -160,7 +161,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   void readAsyncTask(const std::shared_ptr<Task>& task);
   bool launchForReading(const std::shared_ptr<Task>& task);
   std::string nextPiece(const std::shared_ptr<Task>& task) const;
-  void deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
+  void deliver(const qm::AsyncTaskNotification& notification, const std::shared_ptr<Task>& task);
   void finish(const std::shared_ptr<Task>& task);
   bool isInProgress(const std::shared_ptr<Task>& task) const;
   AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;

@@ -40,13 +40,13 @@ class QMTask::LettingGo {
 
 // MARK: - Pieces
 
-AsyncTaskNotification AsyncTaskNotification::withData(std::string data) {
-  AsyncTaskNotification notification{dataName, nullptr, {}};
+qm::AsyncTaskNotification qm::AsyncTaskNotification::withData(std::string data) {
+  qm::AsyncTaskNotification notification{dataName, nullptr, {}};
   notification.userInfo.emplace(dataItem, std::move(data));
   return notification;
 }
 
-const std::string& AsyncTaskNotification::data() const {
+const std::string& qm::AsyncTaskNotification::data() const {
   static const std::string none;
   const auto item = userInfo.find(dataItem);
   return item == userInfo.end() ? none : item->second;
@@ -55,8 +55,8 @@ const std::string& AsyncTaskNotification::data() const {
 // MARK: - Beginning and ending a run
 
 void QMTask::asyncDataFromTask(const std::string& path, const Arguments& arguments,
-                               const std::shared_ptr<AsyncTaskDelegate>& delegate, const AsyncTaskSelector& selector,
-                               const std::shared_ptr<void>& object) {
+                               const std::shared_ptr<qm::AsyncTaskDelegate>& delegate,
+                               const qm::AsyncTaskSelector& selector, const std::shared_ptr<void>& object) {
   giveUpReceiver();
   const auto task = platform().tasks->makeTask();
   task->setStandardOutput(TaskStream::Pipe);
@@ -181,14 +181,14 @@ void QMTask::readAsyncTask(const std::shared_ptr<Task>& task) {
   }
   if (!launchForReading(task)) return;
   for (std::string piece = nextPiece(task); !piece.empty(); piece = nextPiece(task))
-    deliver(AsyncTaskNotification::withData(std::move(piece)), task);
+    deliver(qm::AsyncTaskNotification::withData(std::move(piece)), task);
   finish(task);
 }
 
 /// A tool whose place another has taken runs on, and may print: a pipe that nobody reads would end it.
 void QMTask::finish(const std::shared_ptr<Task>& task) {
   if (isInProgress(task)) {
-    deliver(AsyncTaskNotification::withData(std::string()), task);
+    deliver(qm::AsyncTaskNotification::withData(std::string()), task);
     endAsyncRun(task);
   } else if (const auto reader = task->standardOutputReader()) {
     while (!reader->availableData().empty()) {
@@ -217,7 +217,7 @@ std::string QMTask::nextPiece(const std::shared_ptr<Task>& task) const {
 
 // MARK: - Delivery
 
-void QMTask::asyncTaskReturnData(const AsyncTaskNotification& notification) {
+void QMTask::asyncTaskReturnData(const qm::AsyncTaskNotification& notification) {
   std::shared_ptr<Task> task;
   {
     const std::scoped_lock lock(asyncMutex_);
@@ -227,7 +227,7 @@ void QMTask::asyncTaskReturnData(const AsyncTaskNotification& notification) {
   if (notification.data().empty()) endAsyncRun(task);
 }
 
-void QMTask::deliver(const AsyncTaskNotification& notification, const std::shared_ptr<Task>& task) {
+void QMTask::deliver(const qm::AsyncTaskNotification& notification, const std::shared_ptr<Task>& task) {
   AsyncReceiver receiver = receiverOf(task);
   if (receiver.delegate && receiver.selector && receiver.delegate->respondsToSelector(*receiver.selector)) {
     const std::string none;  // the end is told by a buffer of its own

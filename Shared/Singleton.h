@@ -4,6 +4,11 @@
 #include <cstdint>
 #include <mutex>
 
+namespace qm {
+
+template <class Class>
+struct SingletonReset;  // tests start from a fresh object
+
 /// A process-wide object: made by the first allocation under the class's lock, never destroyed.
 /// Its reference count is a fiction, so callers may release the shared object freely.
 ///
@@ -43,6 +48,7 @@ class Singleton {
     return *lock;
   }
 
+  /// The object; null before the first allocation.
   static std::atomic<Class*>& shared() {
     static std::atomic<Class*> object{nullptr};
     return object;
@@ -50,7 +56,9 @@ class Singleton {
 
  private:
   template <class Any>
-  friend struct SingletonReset;  // tests start from a fresh object
+  friend struct SingletonReset;
 
   Class* self() { return static_cast<Class*>(this); }
 };
+
+}  // namespace qm

@@ -14,7 +14,8 @@ using qm::platform::platform;
 namespace {
 
 std::optional<std::string> folderPath(ItemFolder folder, ItemOwner owner) {
-  const UserDomain domain = owner == ItemOwner::User ? UserDomain::Yes : UserDomain::No;
+  const QMLocalPaths::UserDomain domain =
+      owner == ItemOwner::User ? QMLocalPaths::UserDomain::Yes : QMLocalPaths::UserDomain::No;
   switch (folder) {
     case ItemFolder::Applications:
       return QMLocalPaths::applicationDirectory(domain);

@@ -27,13 +27,6 @@ class HookedMainThread final : public platform::MainThread {
   bool handleOneEvent(std::chrono::milliseconds /*limit*/) override { return false; }
 };
 
-class NoInterface final : public platform::UserInterface {
- public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
-                     const std::string& /*details*/) override {}
-  void terminate(const platform::ActionSender* /*sender*/) override {}
-};
-
 class NoDescriptorWait final : public posix::DescriptorWait {
  public:
   void waitUntilReadable(int /*descriptor*/) override {}
@@ -43,9 +36,8 @@ class NoDescriptorWait final : public posix::DescriptorWait {
 
 const platform::Platform& machine() {
   static auto* mainThread = new HookedMainThread;
-  static auto* interface = new NoInterface;
   static auto* descriptorWait = new NoDescriptorWait;
-  return linux_::linuxPlatform(kProduct, {*mainThread, *interface, *descriptorWait});
+  return linux_::linuxPlatform(kProduct, {*mainThread, *descriptorWait});
 }
 
 void onPerformAndWait(std::function<void()> function) { hook() = std::move(function); }

@@ -54,7 +54,7 @@ void trashOurs(const std::string& folder, int files) {
 
 void trashWithFileManager(const std::string& folder, int files) {
   for (int i = 0; i < files; ++i) {
-    if (!QMFileManager::trashFile(folder + "/file" + std::to_string(i), ShouldAuth::No)) std::abort();
+    if (!QMFileManager::trashFile(folder + "/file" + std::to_string(i), QMFileManager::ShouldAuth::No)) std::abort();
   }
 }
 

@@ -117,7 +117,7 @@ void appendMagnitude(std::string& result, bool negative, std::uint64_t magnitude
   }
 }
 
-void appendArgument(std::string& result, FormatArgument::Nil, const Directive& directive) {
+void appendArgument(std::string& result, std::monostate /*nil*/, const Directive& directive) {
   appendText(result, "(null)", directive);
 }
 

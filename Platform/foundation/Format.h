@@ -11,26 +11,34 @@
 
 namespace qm::foundation {
 
-/// One argument of a format string: text, nil, a number or a character. Implicit, so that calls read
+/// One argument of a format string: text, null, a number or a character. Implicit, so that calls read
 /// like the platform's own; a null pointer is refused by the compiler. Text is referred to, not
 /// copied: an argument lives no longer than the call that it is made for.
 class FormatArgument {
  public:
-  struct Nil {};
-  using Value = std::variant<Nil, std::string_view, std::int64_t, std::uint64_t, double, char>;
+  /// What an argument can be.
+  using Value = std::variant<std::monostate, std::string_view, std::int64_t, std::uint64_t, double, char>;
 
+  /// A null pointer is no argument.
   FormatArgument(std::nullptr_t) = delete;
+  /// Text that ends at its NUL.
   FormatArgument(const char* text) : value_(std::string_view(text)) {}
+  /// Text.
   FormatArgument(std::string_view text) : value_(text) {}
+  /// Text.
   FormatArgument(const std::string& text) : value_(std::string_view(text)) {}
+  /// Text, or null.
   FormatArgument(const std::optional<std::string>& text) {
     if (text) value_ = std::string_view(*text);
   }
+  /// A character.
   FormatArgument(char character) : value_(character) {}
+  /// A number: an integer of any size or a floating value.
   template <class Number>
   requires(std::is_arithmetic_v<Number> && !std::is_same_v<Number, char>) FormatArgument(Number number)
       : value_(widen(number)) {}
 
+  /// What it is.
   const Value& value() const { return value_; }
 
  private:
@@ -51,7 +59,7 @@ class FormatArgument {
 /// What a directive prints when there is no argument left for it.
 inline constexpr std::string_view kMissingFormatArgument = "(missing)";
 
-/// Fills a format string. Directives: %@ %s (text; nil prints "(null)"), %i %d %u %x %lu (integers;
+/// Fills a format string. Directives: %@ %s (text; null prints "(null)"), %i %d %u %x %lu (integers;
 /// length modifiers h, l, ll, q, z, t and j are accepted and mean nothing), %f with a precision,
 /// %c, %%, each with flags "-", "0", "+", " " and a width. An argument of another kind than its
 /// directive prints in its own natural form. A directive without an argument prints

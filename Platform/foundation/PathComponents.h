@@ -30,7 +30,7 @@ std::string deletingPathExtension(std::string_view path);
 /// gives the path, an empty path the component.
 std::string appendingPathComponent(std::string_view path, std::string_view component);
 
-/// The same for a path that may be nil, which gives nil.
+/// The same for a path that may be null, which gives null.
 template <class Path>
 requires std::same_as<Path, std::optional<std::string>> Path appendingPathComponent(const Path& path,
                                                                                     std::string_view component) {

@@ -42,7 +42,7 @@ enum class StringEncoding : unsigned long {
   UTF32LittleEndian = 0x9c000100,
 };
 
-/// Bytes in an encoding as UTF-8; nil when they are not valid in it (a byte over 127 in ASCII, for
+/// Bytes in an encoding as UTF-8; null when they are not valid in it (a byte over 127 in ASCII, for
 /// example) or the encoding is not known. Empty bytes give "".
 std::optional<std::string> decode(std::string_view bytes, StringEncoding encoding);
 

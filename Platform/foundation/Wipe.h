@@ -13,6 +13,7 @@ void wipe(std::string& text);
 template <class Wiped>
 class WipeAtEnd {
  public:
+  /// `secret` outlives this object.
   explicit WipeAtEnd(Wiped& secret) : secret_(secret) {}
   WipeAtEnd(const WipeAtEnd&) = delete;
   WipeAtEnd& operator=(const WipeAtEnd&) = delete;

@@ -1,5 +1,6 @@
 #include "Platform/linux/LinuxPlatform.h"
 
+#include "Platform/SetUp.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
@@ -20,6 +21,7 @@
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/PosixFileOperations.h"
+#include "Platform/posix/process/MainLoop.h"
 #include "Platform/posix/process/PosixTasks.h"
 
 namespace qm::linux_ {
@@ -27,6 +29,10 @@ namespace {
 
 std::string programName(const platform::ProductIdentity& product, const std::optional<std::string>& executable) {
   return executable ? foundation::lastPathComponent(*executable) : std::string(product.program);
+}
+
+HelperScope scopeOf(const platform::ProductIdentity& product) {
+  return product.helper.empty() && !product.toolHelper.empty() ? HelperScope::AnyTool : HelperScope::Product;
 }
 
 /// Every service once, in the order in which they need each other.
@@ -37,7 +43,7 @@ struct Services {
         users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
         directories(users),
         facts(propertyLists, product, executable),
-        authorization(console, users, privilegePrograms(product, executable)),
+        authorization(console, users, privilegePrograms(product, executable, scopeOf(product))),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, copyRights(users)),
@@ -60,7 +66,7 @@ struct Services {
     platform.tasks = &tasks;
     platform.threads = &threads;
     platform.trash = &trash;
-    platform.userInterface = &frontEnd.userInterface;
+    platform.userInterface = frontEnd.userInterface;
     platform.users = &users;
   }
 
@@ -99,3 +105,9 @@ const platform::Platform& linuxPlatform(const platform::ProductIdentity& product
 }
 
 }  // namespace qm::linux_
+
+const qm::platform::Platform& qm::platform::setUp(const ProductIdentity& product, Users* users) {
+  static auto* const loop = new posix::MainLoop;
+  install(&linux_::linuxPlatform(product, {.mainThread = *loop, .descriptorWait = *loop, .users = users}));
+  return platform();
+}

@@ -12,8 +12,9 @@ namespace qm::linux_ {
 /// What the front end brings along. All of it outlives every user.
 struct FrontEndServices {
   platform::MainThread& mainThread;
-  platform::UserInterface& userInterface;
   posix::DescriptorWait& descriptorWait;
+  /// Null where there is no toolkit.
+  platform::UserInterface* userInterface = nullptr;
   /// Who is meant, where that is not for the system to say: a program of root's may work for one person after another.
   platform::Users* users = nullptr;
 };

@@ -6,5 +6,5 @@ const qm::platform::Platform& qm::uninstaller::systemPlatform(const platform::Pr
   auto& front = qt::frontEnd();
   return linux_::linuxPlatform(
       product,
-      {.mainThread = front.mainThread, .userInterface = front.userInterface, .descriptorWait = front.descriptorWait});
+      {.mainThread = front.mainThread, .descriptorWait = front.descriptorWait, .userInterface = &front.userInterface});
 }

@@ -12,14 +12,12 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/Platform.h"
+#include "Platform/SetUp.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/Utf8.h"
-#include "Platform/linux/LinuxPlatform.h"
 #include "Platform/linux/system/Environment.h"
 #include "Platform/linux/system/SystemUsers.h"
-#include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
 #include "Uninstaller/Product.h"
 #include "Uninstaller/remove/JournalRecord.h"
@@ -42,7 +40,7 @@ constexpr std::chrono::seconds kGrace{30};
 struct Composition {
   Composition()
       : users(system),
-        services(linux_::linuxPlatform(kProduct, {loop, interface, loop, &users})),
+        services(platform::setUp(kProduct, &users)),
         withoutDialog(*services.authorizationServices),
         witness(quiet(services)) {
     platform::install(&witness.services());
@@ -53,8 +51,6 @@ struct Composition {
     return all;
   }
 
-  posix::MainLoop loop;
-  NoInterface interface;
   linux_::SystemUsers system;
   WorkingFor users;
   const platform::Platform& services;
@@ -172,7 +168,7 @@ class Program {
 
   /// Gives the work up some time after the limit. False then.
   bool onWorker(const std::function<void()>& work) {
-    return runUntil(end_ + kGrace, all_.loop, *platform::platform().threads, work);
+    return runUntil(end_ + kGrace, *platform::platform().mainThread, *platform::platform().threads, work);
   }
 
   std::set<uid_t> numbers() const {

@@ -5,12 +5,12 @@
 
 namespace qm::removal {
 
-bool runUntil(std::chrono::steady_clock::time_point last, posix::MainLoop& loop, platform::Threads& threads,
+bool runUntil(std::chrono::steady_clock::time_point last, platform::MainThread& mainThread, platform::Threads& threads,
               const std::function<void()>& work) {
   const auto finished = std::make_shared<std::atomic<bool>>(false);
-  const auto body = [work, finished, &loop] {
+  const auto body = [work, finished, &mainThread] {
     work();
-    loop.perform([finished] { *finished = true; });
+    mainThread.perform([finished] { *finished = true; });
   };
   // Without a thread to spare the main thread does it, and nothing watches the time.
   if (!threads.detachNewThread(body)) {
@@ -19,7 +19,7 @@ bool runUntil(std::chrono::steady_clock::time_point last, posix::MainLoop& loop,
   }
   using std::chrono::steady_clock;
   while (!*finished && steady_clock::now() < last) {
-    loop.handleOneEvent(std::chrono::ceil<std::chrono::milliseconds>(last - steady_clock::now()));
+    mainThread.handleOneEvent(std::chrono::ceil<std::chrono::milliseconds>(last - steady_clock::now()));
   }
   return *finished;
 }

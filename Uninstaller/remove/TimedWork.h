@@ -3,14 +3,14 @@
 #include <chrono>
 #include <functional>
 
+#include "Platform/MainThread.h"
 #include "Platform/Threads.h"
-#include "Platform/posix/process/MainLoop.h"
 
 namespace qm::removal {
 
 /// Main thread: runs the work on a thread of its own, and serves that thread until the work has ended or the moment has
 /// come. False where it is given up; it may then go on for as long as the process lives.
-bool runUntil(std::chrono::steady_clock::time_point last, posix::MainLoop& loop, platform::Threads& threads,
+bool runUntil(std::chrono::steady_clock::time_point last, platform::MainThread& mainThread, platform::Threads& threads,
               const std::function<void()>& work);
 
 }  // namespace qm::removal

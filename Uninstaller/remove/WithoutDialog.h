@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Platform/AuthorizationServices.h"
-#include "Platform/UserInterface.h"
 
 namespace qm::removal {
 
@@ -32,14 +31,6 @@ class WithoutDialog final : public platform::AuthorizationServices {
 
  private:
   platform::AuthorizationServices& system_;
-};
-
-/// The interface of a program that has none.
-class NoInterface final : public platform::UserInterface {
- public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
-                     const std::string& /*details*/) override {}
-  void terminate(const platform::ActionSender* /*sender*/) override {}
 };
 
 }  // namespace qm::removal

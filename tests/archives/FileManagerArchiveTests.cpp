@@ -70,7 +70,7 @@ TEST_F(FileManagerArchives, AreMadeAndUnpackedWithTheFolder) {
 }
 
 TEST_F(FileManagerArchives, AreMadeAndUnpackedWithoutTheFolder) {
-  EXPECT_TRUE(QMFileManager::compressFile(path("item"), path("a.zip"), IncludeParent::No));
+  EXPECT_TRUE(QMFileManager::compressFile(path("item"), path("a.zip"), QMFileManager::IncludeParent::No));
   EXPECT_TRUE(QMFileManager::decompressFile(path("a.zip"), path("new")));
   EXPECT_EQ(contentsOf(path("new/folder/file")), "text");
 }

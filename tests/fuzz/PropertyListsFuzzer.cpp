@@ -19,6 +19,7 @@
 
 namespace {
 
+using qm::SingletonReset;
 using qm::platform::PropertyList;
 using qm::platform::PropertyListValue;
 

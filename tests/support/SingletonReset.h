@@ -5,6 +5,8 @@
 #include "Shared/QMLog.h"
 #include "Shared/Singleton.h"
 
+namespace qm {
+
 /// Gives a test a process without the shared object of a class, and takes the one away that the test
 /// leaves behind. No other thread may use the class meanwhile.
 template <class Class>
@@ -28,3 +30,5 @@ struct SingletonReset {
     if (const auto queue = log.writeQueue()) queue->waitUntilAllOperationsAreFinished();
   }
 };
+
+}  // namespace qm

@@ -98,7 +98,7 @@ OSStatus LinuxDesktopShell::sendUpdateEvent(const platform::Alias& alias) {
 OSStatus LinuxDesktopShell::registerApplication(const std::string& path) {
   if (posix::pathError(path) != 0) return platform::fnfErr;
   TrashAnswer<TrashUser> person = findTrashUser(users_, dataHome_);
-  if (!person) return platform::kLSUnknownErr;
+  if (!person || mark_.key.empty() || mark_.filePrefix.empty()) return platform::kLSUnknownErr;
   const OSStatus status = addToMenu(path, *person, mark_);
   if (status == platform::noErr) updateDatabase(applicationsFolderOf(*person), *person);
   return status;

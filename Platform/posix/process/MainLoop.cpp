@@ -60,16 +60,6 @@ void MainLoop::waitUntilReadable(int descriptor) {
   while (waitFor(queued_.descriptor(), descriptor, kNoTimeLimit) == Ready::Work) runNext();
 }
 
-void MainLoop::run() {
-  while (!std::exchange(stopped_, false)) {
-    if (waitFor(queued_.descriptor(), -1, kNoTimeLimit) == Ready::Work) runNext();
-  }
-}
-
-void MainLoop::stop() {
-  perform([this] { stopped_ = true; });
-}
-
 /// Empty when there is none.
 std::function<void()> MainLoop::takeNext() {
   const std::scoped_lock lock(mutex_);

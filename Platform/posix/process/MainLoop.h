@@ -12,14 +12,12 @@
 namespace qm::posix {
 
 /// The main thread of a program without a toolkit. Work that other threads hand over is run whenever the main thread
-/// waits: for a tool, for an event, in `run`. A program whose main thread never waits serves nobody.
+/// waits: for a tool or for an event. A program whose main thread never waits serves nobody. Where the system does not
+/// give the means to be woken, work is run by `handleOneEvent` alone.
 class MainLoop final : public platform::MainThread, public DescriptorWait {
  public:
   /// The calling thread becomes the main thread.
   MainLoop();
-
-  /// Whether the system gave the means for waiting. Without them, work is run by `handleOneEvent` alone.
-  bool isUsable() const { return queued_.descriptor() >= 0; }
 
   bool isMainThread() const override;
   /// From another thread: returns once the main thread has run the work.
@@ -28,11 +26,6 @@ class MainLoop final : public platform::MainThread, public DescriptorWait {
   bool handleOneEvent(std::chrono::milliseconds limit) override;
   /// Runs queued work until the descriptor can be read.
   void waitUntilReadable(int descriptor) override;
-
-  /// Main thread: runs work as it comes, until `stop`.
-  void run();
-  /// Any thread: the `run` that is going on, or the next, returns after the work that was queued before.
-  void stop();
 
  private:
   std::function<void()> takeNext();
@@ -43,7 +36,6 @@ class MainLoop final : public platform::MainThread, public DescriptorWait {
 
   std::mutex mutex_;
   std::deque<std::function<void()>> queue_;
-  bool stopped_ = false;  // main thread only
 };
 
 }  // namespace qm::posix

@@ -78,6 +78,18 @@ TEST(Registration, PutsABundleIntoTheMenu) {
   });
 }
 
+TEST(Registration, IsNoneForAProductThatHasNoNamesForIt) {
+  asPerson([](const std::string& home) {
+    Menu menu(home);
+    makeBundle(home + "/Tessaly.app", usualKeys());
+    for (const linux_::EntryMark& mark : {linux_::EntryMark{"", "prefix-"}, linux_::EntryMark{"X-Key", ""}}) {
+      menu.shell = std::make_unique<linux_::LinuxDesktopShell>(menu.users, menu.real.tasks, mark);
+      EXPECT_EQ(menu.add(home + "/Tessaly.app"), platform::kLSUnknownErr);
+    }
+    EXPECT_FALSE(std::filesystem::exists(menu.folder()));
+  });
+}
+
 TEST(Registration, ShowsInTheDesktopsDatabase) {
   asPerson([](const std::string& home) {
     const Menu menu(home);

@@ -15,6 +15,7 @@
 namespace {
 
 using namespace qm::testing;
+using qm::SingletonReset;
 using namespace std::chrono_literals;
 using qm::platform::AuthorizationRef;
 using qm::platform::CommunicationsPipe;
@@ -40,11 +41,11 @@ TEST(ScopedPlatform, RestoresTheServicesBefore) {
 TEST_F(Machine, BeginsEachTestWithoutSharedObjects) {
   QMLog* const log = QMLog::sharedController();
   log->setBytesWritten(7);
-  QMAuthorization::sharedController(WithGUI::No);
+  QMAuthorization::sharedController(QMAuthorization::WithGUI::No);
   SingletonReset<QMLog>::reset();
   SingletonReset<QMAuthorization>::reset();
   EXPECT_EQ(QMLog::sharedController()->bytesWritten(), 0U);
-  EXPECT_TRUE(QMAuthorization::sharedController(WithGUI::Yes)->hasGUI());
+  EXPECT_TRUE(QMAuthorization::sharedController(QMAuthorization::WithGUI::Yes)->hasGUI());
 }
 
 TEST_F(Machine, FinishesTheLogBeforeItIsTakenAway) {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <thread>
 
+#include "Platform/posix/process/MainLoop.h"
+
 namespace qm::removal {
 namespace {
 

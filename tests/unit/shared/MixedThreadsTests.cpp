@@ -89,13 +89,6 @@ class ServedMainThread : public platform::MainThread {
   std::deque<std::function<void()>> works_;
 };
 
-class NoInterface : public platform::UserInterface {
- public:
-  void runAlertPanel(const std::string& /*title*/, const std::string& /*message*/,
-                     const std::string& /*details*/) override {}
-  void terminate(const platform::ActionSender* /*sender*/) override {}
-};
-
 class NoDescriptorWait : public posix::DescriptorWait {
  public:
   void waitUntilReadable(int /*descriptor*/) override {}
@@ -184,7 +177,7 @@ class Mixture {
  public:
   explicit Mixture(std::string home) : folder_(std::move(home)) {
     EXPECT_EQ(::setenv("HOME", folder_.c_str(), 1), 0);
-    platform::install(&linux_::linuxPlatform(kProduct, {mainThread_, interface_, wait_}));
+    platform::install(&linux_::linuxPlatform(kProduct, {mainThread_, wait_}));
     fs::create_directories(folder_ + "/source/folder");
     std::ofstream(folder_ + "/source/file") << std::string(kCopied, 'x');
     std::ofstream(folder_ + "/source/folder/file") << "small";
@@ -228,7 +221,6 @@ class Mixture {
 
   // They outlive the threads that are left to end by themselves.
   static inline auto& mainThread_ = *new ServedMainThread;
-  static inline auto& interface_ = *new NoInterface;
   static inline auto& wait_ = *new NoDescriptorWait;
 
   const std::string folder_;

@@ -57,21 +57,21 @@ TEST_F(QMAuthorizationTest, SaysNothingOfRightsThatCannotBeAskedFor) {
 
 TEST_F(QMAuthorizationTest, PassesTheStatusOfARefusedLaunchOn) {
   services().answerNext("executeWithPrivileges", platform::errAuthorizationToolExecuteFailure);
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), -60031);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No), -60031);
   EXPECT_EQ(services().pipesReadToEnd(), 0U);
 }
 
 TEST_F(QMAuthorizationTest, ReadsTheOutputToItsEndOnlyWhenItWaits) {
   services().setOutput("/bin/mkdir", "some output\n");
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::Yes), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::Yes), 0);
   EXPECT_EQ(services().pipesReadToEnd(), 0U);
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No), 0);
   EXPECT_EQ(services().pipesReadToEnd(), 1U);
 }
 
 TEST_F(QMAuthorizationTest, KeepsTheOutputOfEveryToolOpen) {
-  rights().authExecTask("/bin/mkdir", {}, Async::Yes);
-  rights().authExecTask("/bin/mkdir", {}, Async::No);
+  rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::Yes);
+  rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No);
   EXPECT_EQ(services().openPipes(), 2U);
 }
 
@@ -79,9 +79,9 @@ TEST_F(AsRoot, StartsToolsDirectlyAndWaitsOnlyWhenAsked) {
   TaskScript lasting;
   lasting.runsUntilEnded = true;
   fakes.tasks.scriptOnce("/bin/mkdir", lasting);
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {"-p", "/x"}, Async::Yes), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {"-p", "/x"}, QMAuthorization::Async::Yes), 0);
   EXPECT_EQ(fakes.calls.count("tasks.waitUntilExit"), 0U);
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {"-p", "/y"}, Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {"-p", "/y"}, QMAuthorization::Async::No), 0);
   EXPECT_EQ(fakes.calls.count("tasks.waitUntilExit"), 1U);
   EXPECT_THAT(launches(), ElementsAre(Command{"/bin/mkdir", "-p", "/x"}, Command{"/bin/mkdir", "-p", "/y"}));
   EXPECT_EQ(fakes.calls.count("authorization.executeWithPrivileges"), 0U);
@@ -93,13 +93,13 @@ TEST_F(AsRoot, StartsWhatTheSystemHasForRootInPlaceOfATool) {
   fakes.disk.addExecutable("/usr/bin/pinned");
   fakes.disk.addFile("/a");
   EXPECT_TRUE(rights().authMoveFile("/a", "/b"));
-  EXPECT_EQ(rights().authExecTask("/bin/rm", {"-Rdf", "/c"}, Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/rm", {"-Rdf", "/c"}, QMAuthorization::Async::No), 0);
   EXPECT_THAT(launches(), ElementsAre(Command{"/usr/bin/pinned", "/bin/mv", "-f", "/a", "/b"},
                                       Command{"/usr/bin/pinned", "/bin/rm", "-Rdf", "/c"}));
 }
 
 TEST_F(AsRoot, AnswersThatAToolIsMissing) {
-  EXPECT_EQ(rights().authExecTask("/bin/none", {}, Async::Yes), -2);
+  EXPECT_EQ(rights().authExecTask("/bin/none", {}, QMAuthorization::Async::Yes), -2);
   EXPECT_THAT(launches(), IsEmpty());
 }
 
@@ -297,7 +297,7 @@ TEST_F(QMAuthorizationTest, TakesTheTimeInTheLocalZoneAndDoesNotLookAgain) {
 
 TEST_F(QMAuthorizationTest, IgnoresTheFlagOfRootForAnOrdinaryUser) {
   fakes.disk.addFile("/d/a");
-  EXPECT_TRUE(rights().authTrashFile("/d/a", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFile("/d/a", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(executions(), ElementsAre(Command{"/bin/mv", "-f", "/d/a", "/home/u/.Trash/a"}));
 }
 
@@ -309,7 +309,7 @@ TEST_F(AsRoot, TrashesForTheConsoleUser) {
 
 TEST_F(AsRoot, DeletesUnderThePathsNameInTheTrashAndLeavesThePath) {
   fakes.disk.addFile("/d/a", "stays");
-  EXPECT_TRUE(rights().authTrashFile("/d/a", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFile("/d/a", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(launches(), ElementsAre(Command{"/bin/rm", "-Rdf", "/home/u/.Trash/a"}));
   EXPECT_EQ(fakes.disk.fileContents("/d/a"), "stays");
 }
@@ -319,7 +319,7 @@ TEST_F(AsRoot, TrashesNothingWhenNobodyIsAtTheConsole) {
   fakes.disk.addFile("/d/a");
   EXPECT_FALSE(rights().authTrashFile("/d/a"));
   EXPECT_THAT(console(), ElementsAre("Error in authMoveFile: new path is null"));
-  EXPECT_FALSE(rights().authTrashFile("/d/a", DeleteOnRootAccount::Yes));
+  EXPECT_FALSE(rights().authTrashFile("/d/a", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_TRUE(fakes.disk.has("/d/a"));
   EXPECT_THAT(launches(), IsEmpty());
 }
@@ -329,7 +329,7 @@ TEST_F(QMAuthorizationTest, TrashesInTheHomeForWhichItWasMadeOnceItIsRoot) {
   ASSERT_EQ(rights().userDirectory(), "/home/u");
   fakes.users.addUser("anna", "/home/anna");
   fakes.actAsRoot("anna");
-  EXPECT_TRUE(rights().authTrashFile("/d/a", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFile("/d/a", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(launches(), ElementsAre(Command{"/bin/mv", "-f", "/d/a", "/home/u/.Trash/a"}));
 }
 
@@ -352,7 +352,7 @@ TEST_F(QMAuthorizationTest, TrashesTheOtherEntriesAfterAFailure) {
 }
 
 TEST_F(QMAuthorizationTest, TrashesNoContentsOfASystemFolder) {
-  EXPECT_FALSE(rights().authTrashFolderContents("/Users/Shared", DeleteOnRootAccount::Yes));
+  EXPECT_FALSE(rights().authTrashFolderContents("/Users/Shared", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(console(),
               ElementsAre("Unable to trash folder contents of path /Users/Shared because it is a system directory."));
 }
@@ -365,7 +365,7 @@ TEST_F(QMAuthorizationTest, AnswersYesForAFolderWithoutEntries) {
 TEST_F(AsRoot, DeletesTheContentsOfAFolderWhenAsked) {
   fakes.disk.addFile("/d/one");
   fakes.disk.addFile("/d/two");
-  EXPECT_TRUE(rights().authTrashFolderContents("/d", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFolderContents("/d", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(launches(),
               ElementsAre(Command{"/bin/rm", "-R", "-f", "/d/one"}, Command{"/bin/rm", "-R", "-f", "/d/two"}));
 }
@@ -373,7 +373,7 @@ TEST_F(AsRoot, DeletesTheContentsOfAFolderWhenAsked) {
 TEST_F(AsRoot, AnswersThatContentsWereNotDeletedWithoutTheTool) {
   fakes.disk.addFile("/d/one");
   fakes.disk.remove("/bin/rm");
-  EXPECT_FALSE(rights().authTrashFolderContents("/d", DeleteOnRootAccount::Yes));
+  EXPECT_FALSE(rights().authTrashFolderContents("/d", QMAuthorization::DeleteOnRootAccount::Yes));
 }
 
 TEST_F(AsRoot, TrashesTheContentsOfAFolderUnlessAskedToDelete) {
@@ -440,7 +440,7 @@ TEST_F(QMAuthorizationTest, NeverWaitsForTheToolOfAFileCommand) {
 TEST_F(AsRoot, NeverWaitsForTheToolOfAFileCommand) {
   fakes.disk.addFile("/d/a"), fakes.disk.addFile("/e/b");
   EXPECT_TRUE(rights().authMoveFile("/d/a", "/d/c"));
-  EXPECT_TRUE(rights().authTrashFolderContents("/e", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFolderContents("/e", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_TRUE(rights().authRemoveFile("/d"));
   EXPECT_THAT(launches(), SizeIs(3));
   EXPECT_EQ(fakes.calls.count("tasks.waitUntilExit"), 0U);
@@ -457,16 +457,16 @@ TEST_F(AsRoot, BeginsFileCommandsWithoutLookingForTheirTool) {
 
 TEST_F(AsRoot, AnswersZeroWhateverBecomesOfTheTool) {
   fakes.tasks.scriptOnce("/bin/mkdir", {.exitStatus = 1});
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No), 0);
   fakes.calls.failAlways("tasks.launch");
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), 0);
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::Yes), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::Yes), 0);
   EXPECT_TRUE(rights().authRemoveFile("/none"));
 }
 
 TEST_F(QMAuthorizationTest, ReadsAnyOutputToItsEnd) {
   services().setOutput("/bin/mkdir", std::string("a\0\xff\n", 4));
-  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, Async::No), 0);
+  EXPECT_EQ(rights().authExecTask("/bin/mkdir", {}, QMAuthorization::Async::No), 0);
   EXPECT_EQ(services().pipesReadToEnd(), 1U);
 }
 
@@ -491,7 +491,7 @@ TEST_F(QMAuthorizationTest, RefusesSystemFoldersOnlyAsAWhole) {
 TEST_F(AsRoot, DeletesUnderTheNewNameWhereTheNameIsTaken) {
   fakes.disk.addFile("/d/a.b", "stays");
   fakes.disk.addFile("/home/u/.local/share/Trash/files/a.b", "stays too");
-  EXPECT_TRUE(rights().authTrashFile("/d/a.b", DeleteOnRootAccount::Yes));
+  EXPECT_TRUE(rights().authTrashFile("/d/a.b", QMAuthorization::DeleteOnRootAccount::Yes));
   EXPECT_THAT(launches(), ElementsAre(Command{"/bin/rm", "-Rdf", "/home/u/.Trash/a_20240229230507.b"}));
   EXPECT_EQ(fakes.disk.fileContents("/d/a.b"), "stays");
   EXPECT_EQ(fakes.disk.fileContents("/home/u/.local/share/Trash/files/a.b"), "stays too");

@@ -42,8 +42,8 @@ static_assert(!AreAcceptedPaths<std::nullptr_t, std::string> && !AreAcceptedPath
 // The one object.
 
 TEST_F(QMAuthorizationTest, IsOneObjectWhoseFirstCallerDecidesOnTheDialog) {
-  auto* first = QMAuthorization::sharedController(WithGUI::No);
-  EXPECT_EQ(QMAuthorization::sharedController(WithGUI::Yes), first);
+  auto* first = QMAuthorization::sharedController(QMAuthorization::WithGUI::No);
+  EXPECT_EQ(QMAuthorization::sharedController(QMAuthorization::WithGUI::Yes), first);
   EXPECT_EQ(QMAuthorization::sharedController(), first);
   EXPECT_FALSE(first->hasGUI());
 }
@@ -150,7 +150,7 @@ TEST_F(QMAuthorizationTest, AsksForNothingWithoutASession) {
 }
 
 TEST_F(QMAuthorizationTest, SaysThatItCannotAskWithoutAnInterface) {
-  auto* object = QMAuthorization::sharedController(WithGUI::No);
+  auto* object = QMAuthorization::sharedController(QMAuthorization::WithGUI::No);
   EXPECT_FALSE(object->canAuthorize());
   EXPECT_FALSE(object->authStart());
   EXPECT_THAT(console(), ElementsAre("Unable to authorize"));
@@ -159,7 +159,7 @@ TEST_F(QMAuthorizationTest, SaysThatItCannotAskWithoutAnInterface) {
 
 TEST_F(QMAuthorizationTest, NeedsNoInterfaceWhenItIsAuthorizedAlready) {
   services().offerParentSession();
-  EXPECT_TRUE(QMAuthorization::sharedController(WithGUI::No)->authStart());
+  EXPECT_TRUE(QMAuthorization::sharedController(QMAuthorization::WithGUI::No)->authStart());
   EXPECT_THAT(console(), IsEmpty());
 }
 
@@ -242,7 +242,7 @@ TEST_F(QMAuthorizationTest, EndsTheSessionWhenItIsFinalizedOrDeallocated) {
 }
 
 TEST_F(AsRoot, IsAlwaysAuthorizedWithoutASession) {
-  auto* object = QMAuthorization::sharedController(WithGUI::No);
+  auto* object = QMAuthorization::sharedController(QMAuthorization::WithGUI::No);
   EXPECT_TRUE(object->isAuthorized());
   EXPECT_TRUE(object->canAuthorize());
   EXPECT_TRUE(object->authStart());
@@ -271,7 +271,7 @@ TEST_F(QMAuthorizationTest, LosesTheEarlierSessionWhenOneWithCredentialsFailsBut
 }
 
 TEST_F(QMAuthorizationTest, TakesEmptyCredentialsWithoutAnInterface) {
-  auto* object = QMAuthorization::sharedController(WithGUI::No);
+  auto* object = QMAuthorization::sharedController(QMAuthorization::WithGUI::No);
   EXPECT_TRUE(object->authStartWithUser("", ""));
   const auto created = services().calls("create").at(0);
   const auto asked = services().calls("copyRights").at(0);

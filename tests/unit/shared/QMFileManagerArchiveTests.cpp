@@ -36,12 +36,12 @@ class CompressFile : public Archives {};
 class DecompressFile : public Archives {};
 
 TEST_F(CompressFile, RunsTheToolWithTheParentKept) {
-  EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive, IncludeParent::Yes));
+  EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive, QMFileManager::IncludeParent::Yes));
   EXPECT_EQ(fakes.tasks.launches(), (Launches{{kTool, "-ck", "--keepParent", kItem, kArchive}}));
 }
 
 TEST_F(CompressFile, RunsTheToolForTheContentsAlone) {
-  EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive, IncludeParent::No));
+  EXPECT_TRUE(QMFileManager::compressFile(kItem, kArchive, QMFileManager::IncludeParent::No));
   EXPECT_EQ(fakes.tasks.launches(), (Launches{{kTool, "-ck", kItem, kArchive}}));
 }
 

@@ -151,15 +151,15 @@ TEST_F(FinderTest, SetsTheCreationDateAfterTouchingWhatTheUserMayWrite) {
   fakes.clock.setManual();
   fakes.disk.setKeepsCreationDates(true);
   fakes.clock.advance(std::chrono::hours(1));
-  EXPECT_TRUE(QMFileManager::touchFile(kFile, SetCreationDate::Yes));
+  EXPECT_TRUE(QMFileManager::touchFile(kFile, QMFileManager::SetCreationDate::Yes));
   EXPECT_EQ(fakes.disk.creationDate(kFile), fakes.clock.now());
   EXPECT_TRUE(fakes.calls.areInOrder({"tasks.launch", "fileSystem.setCreationDate"}));
-  EXPECT_TRUE(QMFileManager::touchFile(kFile, SetCreationDate::No));
+  EXPECT_TRUE(QMFileManager::touchFile(kFile, QMFileManager::SetCreationDate::No));
   EXPECT_EQ(fakes.calls.count("fileSystem.setCreationDate"), 1U);
 }
 
 TEST_F(FinderTest, TakesNoNoticeOfACreationDateThatStays) {
-  EXPECT_TRUE(QMFileManager::touchFile(kFile, SetCreationDate::Yes));
+  EXPECT_TRUE(QMFileManager::touchFile(kFile, QMFileManager::SetCreationDate::Yes));
   EXPECT_EQ(fakes.disk.creationDate(kFile), std::nullopt);
   EXPECT_EQ(fakes.calls.count("fileSystem.setCreationDate"), 1U);
   expectSilence();
@@ -175,7 +175,7 @@ TEST_F(FinderTest, AsksForRightsToTouchWhatTheUserMayNotWrite) {
   fakes.disk.setKeepsCreationDates(true);
   fakes.disk.setWritable(kFile, false);
   fakes.clock.advance(std::chrono::hours(1));
-  EXPECT_TRUE(QMFileManager::touchFile(kFile, SetCreationDate::Yes));
+  EXPECT_TRUE(QMFileManager::touchFile(kFile, QMFileManager::SetCreationDate::Yes));
   EXPECT_THAT(fakes.authorizationServices.executions(), ElementsAre(Command{"/usr/bin/touch", "-c", kFile}));
   EXPECT_EQ(fakes.authorizationServices.pipesReadToEnd(), 1U) << "it waits for the tool";
   EXPECT_THAT(fakes.tasks.launches(), IsEmpty());
@@ -199,14 +199,14 @@ TEST_F(FinderTest, FailsToTouchWhenRightsAreRefused) {
 }
 
 TEST_F(FinderTest, MakesNothingOfAMissingFile) {
-  EXPECT_TRUE(QMFileManager::touchFile("/d/none", SetCreationDate::Yes)) << "the tool was started";
+  EXPECT_TRUE(QMFileManager::touchFile("/d/none", QMFileManager::SetCreationDate::Yes)) << "the tool was started";
   EXPECT_FALSE(fakes.disk.has("/d/none"));
   EXPECT_THAT(fakes.authorizationServices.executions(), ElementsAre(Command{"/usr/bin/touch", "-c", "/d/none"}));
 }
 
 TEST_F(FinderTest, RefusesToTouchNil) {
   EXPECT_FALSE(QMFileManager::touchFile(std::nullopt));
-  EXPECT_FALSE(QMFileManager::touchFile(std::nullopt, SetCreationDate::Yes));
+  EXPECT_FALSE(QMFileManager::touchFile(std::nullopt, QMFileManager::SetCreationDate::Yes));
   EXPECT_EQ(fakes.calls.count("fileSystem.isWritableFile"), 0U);
   expectSilence();
 }
@@ -214,30 +214,30 @@ TEST_F(FinderTest, RefusesToTouchNil) {
 // References.
 
 TEST_F(FinderTest, FindsAnItemAgainThatWasRenamed) {
-  const FSRef reference = QMFileManager::stringToFSRef(kFile);
+  const QMFileManager::FSRef reference = QMFileManager::stringToFSRef(kFile);
   EXPECT_TRUE(reference.isFilled());
   EXPECT_EQ(QMFileManager::stringWithFSRef(&reference), kFile);
   fakes.disk.addFolder("/e");
   EXPECT_TRUE(fakes.fileSystem.moveItem(kFile, "/e/other"));
   EXPECT_EQ(QMFileManager::stringWithFSRef(&reference), "/e/other");
-  const FSRef copy = reference;
+  const QMFileManager::FSRef copy = reference;
   EXPECT_EQ(QMFileManager::stringWithFSRef(&copy), "/e/other");
 }
 
 TEST_F(FinderTest, FindsNothingAgainThatIsGone) {
-  const FSRef reference = QMFileManager::stringToFSRef(kFile);
+  const QMFileManager::FSRef reference = QMFileManager::stringToFSRef(kFile);
   EXPECT_TRUE(fakes.fileSystem.removeItem(kFile));
   fakes.disk.addFile(kFile, "another");
   EXPECT_EQ(QMFileManager::stringWithFSRef(&reference), std::nullopt);
 }
 
 TEST_F(FinderTest, RefersToNothingWhereNothingIs) {
-  const FSRef reference = QMFileManager::stringToFSRef("/none");
+  const QMFileManager::FSRef reference = QMFileManager::stringToFSRef("/none");
   EXPECT_FALSE(reference.isFilled());
   EXPECT_EQ(QMFileManager::stringWithFSRef(&reference), std::nullopt);
   EXPECT_EQ(QMFileManager::stringWithFSRef(nullptr), std::nullopt);
   fakes.calls.failNext("fileReferences.path");
-  const FSRef file = QMFileManager::stringToFSRef(kFile);
+  const QMFileManager::FSRef file = QMFileManager::stringToFSRef(kFile);
   EXPECT_EQ(QMFileManager::stringWithFSRef(&file), std::nullopt);
 }
 
@@ -250,14 +250,14 @@ TEST_F(FinderTest, TellsTheDesktopThatAFolderChanged) {
 }
 
 TEST_F(FinderTest, TellsTheDesktopOfAnItemWhereItIsNow) {
-  const FSRef reference = QMFileManager::stringToFSRef(kFile);
+  const QMFileManager::FSRef reference = QMFileManager::stringToFSRef(kFile);
   EXPECT_TRUE(fakes.fileSystem.moveItem(kFile, "/d/other"));
   EXPECT_EQ(SendFinderSyncEvent(&reference), platform::noErr);
   EXPECT_THAT(fakes.desktopShell.notices(), ElementsAre("/d/other"));
 }
 
 TEST_F(FinderTest, SendsNoNoticeOfWhatCannotBeNamed) {
-  const FSRef unfilled;
+  const QMFileManager::FSRef unfilled;
   EXPECT_EQ(SendFinderSyncEvent(&unfilled), platform::fnfErr);
   EXPECT_EQ(SendFinderSyncEvent(nullptr), platform::fnfErr);
   QMFileManager::notifyFileSystemChanged("/none");
@@ -266,7 +266,7 @@ TEST_F(FinderTest, SendsNoNoticeOfWhatCannotBeNamed) {
 }
 
 TEST_F(FinderTest, AnswersTheStatusOfTheStepThatFailedAndDisposesOfTheAlias) {
-  const FSRef reference = QMFileManager::stringToFSRef("/d");
+  const QMFileManager::FSRef reference = QMFileManager::stringToFSRef("/d");
   fakes.calls.failNext("desktopShell.newMinimalAlias");
   EXPECT_EQ(SendFinderSyncEvent(&reference), platform::fnfErr);
   EXPECT_EQ(fakes.calls.count("desktopShell.sendUpdateEvent"), 0U);

@@ -64,7 +64,7 @@ TEST_F(LetterCase, LeavesTheItemBetweenWhenTheSecondStepFails) {
 TEST_F(LetterCase, TakesTheNextFreeNumber) {
   fakes.disk.addFile("/x/Report");
   fakes.disk.addFile("/x/Report 2");
-  QMFileManager::moveFile("/x/report", "/x/Report", ShouldAuth::No);
+  QMFileManager::moveFile("/x/report", "/x/Report", QMFileManager::ShouldAuth::No);
   EXPECT_EQ(fakes.disk.fileContents("/x/Report 3"), "contents");
 }
 
@@ -82,7 +82,7 @@ class LongLetterCase : public LetterCase {
   /// Renames an item of the first name to the second and back, with nothing left between.
   void expectRenamed(const std::string& from, const std::string& to) {
     fakes.disk.addFile("/long/" + from, from);
-    EXPECT_TRUE(QMFileManager::moveFile("/long/" + from, "/long/" + to, ShouldAuth::No));
+    EXPECT_TRUE(QMFileManager::moveFile("/long/" + from, "/long/" + to, QMFileManager::ShouldAuth::No));
     EXPECT_THAT(fakes.disk.tree("/long"), Contains("/long/" + to));
     EXPECT_THAT(fakes.disk.tree("/long"), Not(Contains("/long/" + from)));
     EXPECT_EQ(fakes.disk.fileContents("/long/" + to), from);
@@ -126,7 +126,7 @@ TEST_F(LongLetterCase, FallsBackToTheOrdinaryMoveWhenNoNameFits) {
   while (folder.size() < 4000) folder += "/" + std::string(90, 'f');
   folder += "/" + std::string(4093 - folder.size() - 1, 'f');
   fakes.disk.addFile(folder + "/r", "contents");
-  EXPECT_FALSE(QMFileManager::moveFile(folder + "/r", folder + "/R", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::moveFile(folder + "/r", folder + "/R", QMFileManager::ShouldAuth::No));
   EXPECT_EQ(fakes.disk.fileContents(folder + "/r"), "contents");
   EXPECT_THAT(logged(), ElementsAre(StartsWith("Error moving file: ")));
 }

@@ -37,7 +37,7 @@ concept IsAPath = requires(Path path) {
 || requires(Path path) { QMFileManager::fileSize(path); }
 || requires(Path path) { QMFileManager::isFolderEmpty(path); }
 || requires(Path path) { QMFileManager::removeFolderIfEmpty(path); }
-|| requires(Path path) { QMFileManager::removeFile(path, ShouldAuth::No); }
+|| requires(Path path) { QMFileManager::removeFile(path, QMFileManager::ShouldAuth::No); }
 || requires(Path path) { QMFileManager::trashFile(path, std::chrono::seconds(1)); };
 static_assert(!std::is_default_constructible_v<QMFileManager>, "its operations belong to the class");
 static_assert(!std::is_copy_constructible_v<QMFileManager> && !std::is_copy_assignable_v<QMFileManager>);
@@ -83,7 +83,7 @@ TEST_F(QMFileManagerTest, ClearsTheLockOfTheDestinationAndOfFilesBelowItBeforeMo
   fakes.disk.addFile("/b/a/file");
   fakes.disk.addFile("/b/other");
   for (const std::string path : {"/b", "/b/a", "/b/a/file", "/b/other"}) fakes.disk.setLocked(path, true);
-  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/b", ShouldAuth::No)) << "something is there";
+  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/b", QMFileManager::ShouldAuth::No)) << "something is there";
   EXPECT_FALSE(fakes.disk.isLocked("/b"));
   EXPECT_FALSE(fakes.disk.isLocked("/b/a/file"));
   EXPECT_TRUE(fakes.disk.isLocked("/b/a")) << "folders below stay as they are";
@@ -95,7 +95,7 @@ TEST_F(QMFileManagerTest, ClearsTheLockOfTheDestinationAndOfFilesBelowItBeforeMo
 TEST_F(QMFileManagerTest, NeverClearsTheLockOfTheSourceOfAMove) {
   fakes.disk.addFile("/d/a");
   fakes.disk.setLocked("/d/a", true);
-  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", QMFileManager::ShouldAuth::No));
   EXPECT_TRUE(fakes.disk.isLocked("/d/a"));
 }
 
@@ -113,7 +113,7 @@ TEST_F(QMFileManagerTest, LogsAFailedMoveEvenWhenItMayNotAsk) {
   fakes.calls.setFailure(13, "Permission denied");
   fakes.disk.addFile("/d/a");
   fakes.calls.failNext("fileSystem.moveItem");
-  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", QMFileManager::ShouldAuth::No));
   EXPECT_THAT(logged(), ElementsAre("Error moving file: Permission denied. Authorizing..."));
   EXPECT_FALSE(askedForRights());
   EXPECT_TRUE(fakes.disk.has("/d/a"));
@@ -130,7 +130,7 @@ TEST_F(QMFileManagerTest, PassesTheAnswerOfThePrivilegedMoveOn) {
 TEST_F(QMFileManagerTest, NeverReplacesInThePlainMove) {
   fakes.disk.addFile("/d/a", "new");
   fakes.disk.addFile("/d/b", "old");
-  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::moveFile("/d/a", "/d/b", QMFileManager::ShouldAuth::No));
   EXPECT_EQ(fakes.disk.fileContents("/d/a"), "new");
   EXPECT_EQ(fakes.disk.fileContents("/d/b"), "old");
 }
@@ -173,7 +173,7 @@ TEST_F(QMFileManagerTest, ClearsTheLockOfTheDestinationsFolderAloneBeforeCopying
 TEST_F(QMFileManagerTest, CopiesOntoAnItemOnlyWithRights) {
   fakes.disk.addFile("/d/a", "new");
   fakes.disk.addFile("/d/b", "old");
-  EXPECT_FALSE(QMFileManager::copyFile("/d/a", "/d/b", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::copyFile("/d/a", "/d/b", QMFileManager::ShouldAuth::No));
   EXPECT_EQ(fakes.disk.fileContents("/d/b"), "old");
   EXPECT_TRUE(QMFileManager::copyFile("/d/a", "/d/b"));
   EXPECT_THAT(executions(), ElementsAre(Command{"/bin/cp", "-f", "-p", "-R", "/d/a", "/d/b"}));
@@ -184,7 +184,7 @@ TEST_F(QMFileManagerTest, LogsAFailedCopy) {
   fakes.disk.addFile("/d/a");
   fakes.calls.setFailure(28, "No space");
   fakes.calls.failNext("fileSystem.copyItem");
-  EXPECT_FALSE(QMFileManager::copyFile("/d/a", "/d/b", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::copyFile("/d/a", "/d/b", QMFileManager::ShouldAuth::No));
   EXPECT_THAT(logged(), ElementsAre("Error copying file: No space. Authorizing..."));
 }
 
@@ -198,7 +198,7 @@ TEST_F(QMFileManagerTest, MakesAFolderWithThoseAboveIt) {
 TEST_F(QMFileManagerTest, LogsAFolderThatCannotBeMadeAndRepeatsWithRights) {
   fakes.calls.setFailure(13, "Permission denied");
   fakes.calls.failAlways("fileSystem.createDirectory");
-  EXPECT_FALSE(QMFileManager::createDirectory("/d/e", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::createDirectory("/d/e", QMFileManager::ShouldAuth::No));
   EXPECT_TRUE(QMFileManager::createDirectory("/d/e"));
   EXPECT_THAT(logged(), ElementsAre("Error creating folder: Permission denied. Authorizing...",
                                     "Error creating folder: Permission denied. Authorizing..."));
@@ -234,7 +234,7 @@ TEST_F(QMFileManagerTest, LogsAFailedRemovalAndRepeatsItWithRights) {
   fakes.disk.addFile("/d/a");
   fakes.calls.setFailure(13, "Permission denied");
   fakes.calls.failAlways("fileSystem.removeItem");
-  EXPECT_FALSE(QMFileManager::removeFile("/d/a", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::removeFile("/d/a", QMFileManager::ShouldAuth::No));
   EXPECT_TRUE(fakes.disk.has("/d/a"));
   EXPECT_TRUE(QMFileManager::removeFile("/d/a"));
   EXPECT_THAT(logged(), ElementsAre("Error removing file: Permission denied. Authorizing...",
@@ -255,7 +255,7 @@ TEST_F(QMFileManagerTest, TrashesByParentAndName) {
 TEST_F(QMFileManagerTest, ClearsTheLockBeforeTrashing) {
   fakes.disk.addFile("/d/a");
   fakes.disk.setLocked("/d/a", true);
-  EXPECT_TRUE(QMFileManager::trashFile("/d/a", ShouldAuth::No));
+  EXPECT_TRUE(QMFileManager::trashFile("/d/a", QMFileManager::ShouldAuth::No));
   EXPECT_TRUE(
       fakes.calls.areInOrder({"itemLocks.setImmutable(/d/a, NO)", "fileSystem.fileExists(/d/a)", "trash.recycle"}));
 }
@@ -263,7 +263,7 @@ TEST_F(QMFileManagerTest, ClearsTheLockBeforeTrashing) {
 TEST_F(QMFileManagerTest, TrashesWithRightsWithoutALogLine) {
   fakes.disk.addFile("/d/a", "contents");
   fakes.calls.failAlways("trash.recycle");
-  EXPECT_FALSE(QMFileManager::trashFile("/d/a", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::trashFile("/d/a", QMFileManager::ShouldAuth::No));
   EXPECT_TRUE(fakes.disk.has("/d/a"));
   EXPECT_TRUE(QMFileManager::trashFile("/d/a"));
   EXPECT_THAT(executions(), ElementsAre(Command{"/bin/mv", "-f", "/d/a", "/home/u/.Trash/a"}));
@@ -284,10 +284,10 @@ TEST_F(QMFileManagerTest, TrashesTheOtherEntriesAfterAFailureAndPassesTheFlagOn)
   fakes.disk.addFile("/d/one");
   fakes.disk.addFile("/d/two");
   fakes.calls.failAlways("trash.recycle(/d, /home/u/.Trash, one)");
-  EXPECT_FALSE(QMFileManager::trashDirectoryContents("/d", ShouldAuth::No));
+  EXPECT_FALSE(QMFileManager::trashDirectoryContents("/d", QMFileManager::ShouldAuth::No));
   EXPECT_THAT(fakes.disk.tree("/d"), ElementsAre("/d/one"));
   EXPECT_FALSE(askedForRights());
-  EXPECT_TRUE(QMFileManager::trashDirectoryContents("/d", ShouldAuth::Yes));
+  EXPECT_TRUE(QMFileManager::trashDirectoryContents("/d", QMFileManager::ShouldAuth::Yes));
   EXPECT_THAT(fakes.disk.tree("/d"), IsEmpty());
 }
 

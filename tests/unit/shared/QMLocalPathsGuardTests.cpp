@@ -29,7 +29,7 @@ concept IsAPathForTheGuard = requires(Path path) {
 };
 template <class Path>
 concept IsAPathForTheExactGuard = requires(Path path) {
-  QMLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes);
+  QMLocalPaths::isPathSystemDirectory(path, QMLocalPaths::ExactMatch::Yes);
 };
 template <class Path>
 concept IsAPathOnAVolume = requires(Path path) {
@@ -69,8 +69,12 @@ class Guard : public PlatformTest {
     }
   }
 
-  static bool exact(const Text& path) { return QMLocalPaths::isPathSystemDirectory(path, ExactMatch::Yes); }
-  static bool loose(const Text& path) { return QMLocalPaths::isPathSystemDirectory(path, ExactMatch::No); }
+  static bool exact(const Text& path) {
+    return QMLocalPaths::isPathSystemDirectory(path, QMLocalPaths::ExactMatch::Yes);
+  }
+  static bool loose(const Text& path) {
+    return QMLocalPaths::isPathSystemDirectory(path, QMLocalPaths::ExactMatch::No);
+  }
 };
 
 class ProtectedRow : public Guard, public ::testing::WithParamInterface<ProtectedFolder> {};
@@ -245,9 +249,9 @@ void PrintTo(const GuardCase& one, std::ostream* stream) { *stream << one.path; 
 class GuardedPath : public PlatformTest, public ::testing::WithParamInterface<GuardCase> {};
 
 TEST_P(GuardedPath, IsProtectedOrNotInEachMode) {
-  EXPECT_EQ(QMLocalPaths::isPathSystemDirectory(GetParam().path, ExactMatch::No), GetParam().loose);
+  EXPECT_EQ(QMLocalPaths::isPathSystemDirectory(GetParam().path, QMLocalPaths::ExactMatch::No), GetParam().loose);
   EXPECT_EQ(QMLocalPaths::isPathSystemDirectory(GetParam().path), GetParam().loose);
-  EXPECT_EQ(QMLocalPaths::isPathSystemDirectory(GetParam().path, ExactMatch::Yes), GetParam().exact);
+  EXPECT_EQ(QMLocalPaths::isPathSystemDirectory(GetParam().path, QMLocalPaths::ExactMatch::Yes), GetParam().exact);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -35,14 +35,14 @@ struct Location {
 
 void PrintTo(const Location& location, std::ostream* stream) { *stream << location.name; }
 
-std::function<Text()> of(Text (*method)(UserDomain), UserDomain user) {
+std::function<Text()> of(Text (*method)(QMLocalPaths::UserDomain), QMLocalPaths::UserDomain user) {
   return [method, user] { return method(user); };
 }
 
 std::vector<Location> locations() {
   using Paths = QMLocalPaths;
-  constexpr auto yes = UserDomain::Yes;
-  constexpr auto no = UserDomain::No;
+  constexpr auto yes = QMLocalPaths::UserDomain::Yes;
+  constexpr auto no = QMLocalPaths::UserDomain::No;
   return {
       {"applicationDirectoryYes", of(Paths::applicationDirectory, yes), "~/Applications", "1, 1"},
       {"applicationDirectoryNo", of(Paths::applicationDirectory, no), "/Applications", "1, 2"},
@@ -166,7 +166,7 @@ TEST_F(PathForDirectory, AnswersTheFirstFolderFound) {
 
 TEST_F(PathForDirectory, AnswersNilWhenADomainHasNoSuchFolder) {
   EXPECT_EQ(QMLocalPaths::pathForDirectory(StandardDirectory::Desktop, DomainMask::Local), std::nullopt);
-  EXPECT_EQ(QMLocalPaths::documentDirectory(UserDomain::No), std::nullopt);
+  EXPECT_EQ(QMLocalPaths::documentDirectory(QMLocalPaths::UserDomain::No), std::nullopt);
 }
 
 TEST_F(PathForDirectory, DropsRootsHomeWhole) {
@@ -212,7 +212,7 @@ TEST_F(PathForDirectory, LeavesSeveralDomainsAtOnceAloneForRoot) {
 
 TEST_F(PathForDirectory, LeavesRootsFoldersAloneForAnOrdinaryUser) {
   fakes.standardDirectories.set(StandardDirectory::Library, DomainMask::User, {"/var/root/Library"});
-  EXPECT_EQ(QMLocalPaths::libraryDirectory(UserDomain::Yes), "/var/root/Library");
+  EXPECT_EQ(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::Yes), "/var/root/Library");
 }
 
 // MARK: - The user
@@ -270,10 +270,10 @@ TEST_F(LocalUser, IsNobodyForAnOrdinaryProcessOnlyAtTheConsole) {
 
 TEST_F(LocalUser, IsLookedUpAfreshByEachCall) {
   becomeRootForAnna(fakes);
-  EXPECT_EQ(QMLocalPaths::libraryDirectory(UserDomain::Yes), "/Users/anna/Library");
+  EXPECT_EQ(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::Yes), "/Users/anna/Library");
   fakes.users.addUser("bert", "/Users/bert");
   fakes.users.setConsoleUser("bert");
-  EXPECT_EQ(QMLocalPaths::libraryDirectory(UserDomain::Yes), "/Users/bert/Library");
+  EXPECT_EQ(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::Yes), "/Users/bert/Library");
   EXPECT_EQ(QMLocalPaths::username(), "bert");
 }
 
@@ -290,8 +290,9 @@ TEST_F(LocalUser, MayBeAskedForByManyThreads) {
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([&right] {
       for (int round = 0; round < 50; ++round) {
-        const bool isRight = QMLocalPaths::prefsDirectory(UserDomain::Yes) == "/Users/anna/Library/Preferences" &&
-                             QMLocalPaths::isPathSystemDirectory("/Users/anna", ExactMatch::Yes);
+        const bool isRight =
+            QMLocalPaths::prefsDirectory(QMLocalPaths::UserDomain::Yes) == "/Users/anna/Library/Preferences" &&
+            QMLocalPaths::isPathSystemDirectory("/Users/anna", QMLocalPaths::ExactMatch::Yes);
         right += isRight ? 1 : 0;
       }
     });
@@ -325,8 +326,8 @@ TEST_F(TemporaryName, HasNoConsoleUsersSide) {
 
 TEST_F(LocalUser, HasPathsJoinedWithExactlyOneSlash) {
   fakes.standardDirectories.set(StandardDirectory::Library, DomainMask::User, {"/home/u/Library/"});
-  EXPECT_EQ(QMLocalPaths::prefsDirectory(UserDomain::Yes), "/home/u/Library/Preferences");
-  EXPECT_EQ(QMLocalPaths::logDirectory(UserDomain::Yes), "/home/u/Library/Logs");
+  EXPECT_EQ(QMLocalPaths::prefsDirectory(QMLocalPaths::UserDomain::Yes), "/home/u/Library/Preferences");
+  EXPECT_EQ(QMLocalPaths::logDirectory(QMLocalPaths::UserDomain::Yes), "/home/u/Library/Logs");
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ using ::testing::Ge;
 using ::testing::IsEmpty;
 
 /// A limit that no test reaches unless something hangs.
-constexpr TimeoutInterval kAmple(60);
+constexpr QMTask::TimeoutInterval kAmple(60);
 
 // MARK: - Statuses
 
@@ -90,8 +90,8 @@ TEST_F(RealTask, TakesAMebibyteOfChatterOnTheErrorOutputWhileTheOutputIsSilent) 
 
 TEST_F(RealTask, LetsChatterBeyondThePipeWaitForTheLimit) {
   fakes.mainThread.serveOnOwnThread();
-  const auto data =
-      QMTask::dataFromTask(kShell, script("exec 3>&1 >&2; exec head -c 268435456 /dev/zero"), TimeoutInterval(1));
+  const auto data = QMTask::dataFromTask(kShell, script("exec 3>&1 >&2; exec head -c 268435456 /dev/zero"),
+                                         QMTask::TimeoutInterval(1));
   ASSERT_TRUE(data);
   EXPECT_THAT(data->size(), AllOf(Ge(kMebibyte), ::testing::Lt(256 * kMebibyte)));
   EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
@@ -115,7 +115,7 @@ TEST_F(RealTask, ReturnsAtTheEndOfTheOutputWhileTheToolRunsOn) {
 
 TEST_F(RealTask, EndsASleeperAtItsLimitOffTheMainThread) {
   fakes.mainThread.serveOnOwnThread();
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), TimeoutInterval(1.9)), SIGTERM);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), QMTask::TimeoutInterval(1.9)), SIGTERM);
   EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
   EXPECT_EQ(log(), "2024-02-29 23:05:07 +0000 - Task /bin/sh timed out. Terminating...\n");
 }
@@ -123,19 +123,20 @@ TEST_F(RealTask, EndsASleeperAtItsLimitOffTheMainThread) {
 TEST_F(RealTask, EndsASleeperAtItsLimitOnTheMainThreadWhoseEventsAreServed) {
   bool served = false;
   fakes.mainThread.perform([&] { served = true; });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), TimeoutInterval(0.5)), SIGTERM);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exec sleep 600"), QMTask::TimeoutInterval(0.5)), SIGTERM);
   EXPECT_TRUE(served);
 }
 
 TEST_F(RealTask, RunsToItsLimitInTheRunForm) {
-  QMTask::runTask(kShell, script("exec sleep 600"), TimeoutInterval(0));
+  QMTask::runTask(kShell, script("exec sleep 600"), QMTask::TimeoutInterval(0));
   EXPECT_THAT(fakes.console.lines(), ElementsAre("Task timed out. Terminating..."));
 }
 
 TEST_F(RealTask, AnswersWhatWasPrintedUpToTheLimit) {
   fakes.mainThread.serveOnOwnThread();
-  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo begun; exec sleep 600"), TimeoutInterval(1)), "begun\n");
-  EXPECT_EQ(QMTask::dataFromTask("/bin/cat", std::nullopt, TimeoutInterval(1)), "");  // its input never ends
+  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo begun; exec sleep 600"), QMTask::TimeoutInterval(1)),
+            "begun\n");
+  EXPECT_EQ(QMTask::dataFromTask("/bin/cat", std::nullopt, QMTask::TimeoutInterval(1)), "");  // its input never ends
 }
 
 TEST_F(RealTask, ReadsToTheEndOnTheMainThreadBeforeItsLimitTakesEffect) {
@@ -145,8 +146,9 @@ TEST_F(RealTask, ReadsToTheEndOnTheMainThreadBeforeItsLimitTakesEffect) {
     while (fakes.mainThread.queued() == 0) std::this_thread::yield();  // the timer has asked
     std::ofstream(gate) << "go\n";
   });
-  EXPECT_EQ(QMTask::stringFromTask(kShell, script("echo a; read line < " + gate + "; echo b"), TimeoutInterval(0)),
-            "a\nb\n");
+  EXPECT_EQ(
+      QMTask::stringFromTask(kShell, script("echo a; read line < " + gate + "; echo b"), QMTask::TimeoutInterval(0)),
+      "a\nb\n");
   opener.join();
   EXPECT_EQ(fakes.mainThread.pump(), 1U);
   EXPECT_THAT(fakes.console.lines(), IsEmpty());
@@ -154,7 +156,7 @@ TEST_F(RealTask, ReadsToTheEndOnTheMainThreadBeforeItsLimitTakesEffect) {
 
 TEST_F(RealTask, ReturnsLongBeforeALimitThatIsNotReached) {
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 4"), TimeoutInterval(600)), 4);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kShell, script("exit 4"), QMTask::TimeoutInterval(600)), 4);
   EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(300));
   EXPECT_THAT(fakes.console.lines(), IsEmpty());
 }
@@ -183,8 +185,8 @@ TEST_F(RealTask, LeavesNoZombieOfAnyForm) {
   QMTask::runTask(kShell, script(":"));
   QMTask::terminationCodeFromTask(kShell, script(":"));
   QMTask::dataFromTask(kShell, script("echo x"), nullptr);
-  QMTask::runTask(kShell, script("exec sleep 600"), TimeoutInterval(1));
-  QMTask::stringFromTask(kShell, script("exec sleep 600"), TimeoutInterval(1));
+  QMTask::runTask(kShell, script("exec sleep 600"), QMTask::TimeoutInterval(1));
+  QMTask::stringFromTask(kShell, script("exec sleep 600"), QMTask::TimeoutInterval(1));
   EXPECT_TRUE(eventually(hasNoChildren)) << statesOfChildren();
 }
 

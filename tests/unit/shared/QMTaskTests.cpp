@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 using TaskPointer = std::shared_ptr<QMTask::Task>;
 using OptionalText = std::optional<std::string>;
 
-constexpr TimeoutInterval kLimit(5);
+constexpr QMTask::TimeoutInterval kLimit(5);
 const Arguments kTwo = std::vector<std::string>{"-f", "two words"};
 
 // MARK: - What must not compile
@@ -71,7 +71,7 @@ constexpr bool isThirdArgument = requires(Limit limit) {
 || requires(Limit limit) { QMTask::stringFromTask(kTool, kNone, limit); }
 || requires(Limit limit) { QMTask::stringFromTask(kTool, kNone, StringEncoding::UTF8, limit); }
 || requires(Limit limit) { QMTask::runTask(kTool, kNone, limit); };
-static_assert(isThirdArgument<TimeoutInterval> && isThirdArgument<std::nullptr_t>);
+static_assert(isThirdArgument<QMTask::TimeoutInterval> && isThirdArgument<std::nullptr_t>);
 static_assert(!isThirdArgument<int> && !isThirdArgument<double>, "a bare number is no limit");
 static_assert(!std::is_constructible_v<Arguments, std::nullptr_t>, "arguments are nil, not null");
 static_assert(!std::is_default_constructible_v<QMTask>, "a runner is always shared with its timer");

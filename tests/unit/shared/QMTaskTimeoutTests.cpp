@@ -63,13 +63,13 @@ class TaskTimeout : public TaskTest {
 
 TEST_F(TaskTimeout, EndsTheToolOfTheExitStatusForm) {
   whenWaitedForAdvance("tasks.waitUntilExit", seconds(1));
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), kTerminated);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), kTerminated);
   expectTimedOut();
 }
 
 TEST_F(TaskTimeout, EndsTheToolOfTheRunForm) {
   whenWaitedForAdvance("tasks.waitUntilExit", seconds(1));
-  QMTask::runTask(kTool, kNone, TimeoutInterval(1));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(1));
   EXPECT_FALSE(task().isRunning());
   expectTimedOut();
 }
@@ -79,7 +79,7 @@ TEST_F(TaskTimeout, EndsTheToolOfTheOutputFormWhichAnswersWhatWasPrinted) {
   script.standardOutput = {"begun"};
   fakes.tasks.script(kTool, script);
   whenWaitedForAdvance("tasks.availableData(/usr/bin/tool, standard output)", seconds(1));
-  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, TimeoutInterval(1)), "begun");
+  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), "begun");
   expectTimedOut();
 }
 
@@ -88,13 +88,13 @@ TEST_F(TaskTimeout, EndsTheToolOfTheStringForms) {
   script.standardError = {"slow"};
   fakes.tasks.script(kTool, script);
   whenWaitedForAdvance("tasks.availableData", seconds(1));
-  EXPECT_EQ(QMTask::stringFromTask(kTool, kNone, TimeoutInterval(1)), "slow");
+  EXPECT_EQ(QMTask::stringFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), "slow");
   expectTimedOut();
 }
 
 TEST_F(TaskTimeout, PrintsThenLogsThenTerminates) {
   whenWaitedForAdvance("tasks.waitUntilExit", seconds(1));
-  QMTask::runTask(kTool, kNone, TimeoutInterval(1));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(1));
   EXPECT_TRUE(fakes.calls.areInOrder(
       {"console.print(Task timed out. Terminating...)", "fileHandle.writeData", "tasks.terminate(/usr/bin/tool)"}));
 }
@@ -106,7 +106,7 @@ TEST_F(TaskTimeout, HappensOnTheMainThread) {
   fakes.calls.before("tasks.terminate", 1, note);
   fakes.calls.before("clock.sleep", 1, [&] { EXPECT_FALSE(fakes.mainThread.isMainThread()); });
   whenWaitedForAdvance("tasks.waitUntilExit", seconds(1));
-  QMTask::runTask(kTool, kNone, TimeoutInterval(1));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(1));
   EXPECT_THAT(onMainThread, ElementsAre(true, true));
 }
 
@@ -118,7 +118,7 @@ TEST_F(TaskTimeout, DoesNotHappenBeforeTheLimit) {
     EXPECT_EQ(fakes.calls.count("mainThread.performAndWait"), 0U);
     fakes.clock.advance(microseconds(1));
   });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), kTerminated);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), kTerminated);
 }
 
 TEST_F(TaskTimeout, LeavesAToolThatIgnoresTheRequestToItsWaitingCall) {
@@ -132,7 +132,7 @@ TEST_F(TaskTimeout, LeavesAToolThatIgnoresTheRequestToItsWaitingCall) {
     EXPECT_TRUE(task().isRunning());
     task().exit(3);
   });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), 3);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), 3);
   EXPECT_EQ(fakes.calls.count("tasks.terminate"), 1U);
 }
 
@@ -140,7 +140,7 @@ TEST_F(TaskTimeout, TerminatesAtOnceWhenTheLimitIsLessThanASecond) {
   fakes.calls.before("tasks.waitUntilExit", 1, [this] { EXPECT_TRUE(fakes.threads.waitUntilAllEnded()); });
   fakes.calls.hang("clock.sleep");  // until the tool runs
   fakes.calls.before("tasks.isRunning", 1, [this] { fakes.calls.release("clock.sleep"); });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(0.5)), kTerminated);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(0.5)), kTerminated);
   EXPECT_THAT(console(), ElementsAre("Task timed out. Terminating..."));
   EXPECT_EQ(log(), "2024-02-29 23:05:07 +0000 - Task /usr/bin/tool timed out. Terminating...\n");
   EXPECT_EQ(fakes.clock.elapsed(), microseconds(0));
@@ -150,7 +150,7 @@ TEST_F(TaskTimeout, TerminatesAtOnceWhenTheLimitIsLessThanASecond) {
 
 TEST_F(TaskTimeout, LetsAQuickToolReturnAtOnceWhileTheTimerSleepsOn) {
   fakes.tasks.script(kTool, {});
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(10)), 0);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(10)), 0);
   ASSERT_TRUE(fakes.clock.waitForSleepers(1));
   fakes.clock.advance(seconds(10) - microseconds(1));
   EXPECT_TRUE(fakes.clock.waitForSleepers(1));
@@ -163,7 +163,7 @@ TEST_F(TaskTimeout, LetsAQuickToolReturnAtOnceWhileTheTimerSleepsOn) {
 
 TEST_F(TaskTimeout, LetsAnEarlierTimerFindNothingToDo) {
   fakes.tasks.scriptOnce(kTool, {});
-  QMTask::runTask(kTool, kNone, TimeoutInterval(2));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(2));
   fakes.calls.before("tasks.waitUntilExit", 1, [this] {
     EXPECT_TRUE(fakes.clock.waitForSleepers(2));
     fakes.clock.advance(seconds(2));  // the earlier call's limit
@@ -171,7 +171,7 @@ TEST_F(TaskTimeout, LetsAnEarlierTimerFindNothingToDo) {
     EXPECT_TRUE(task().isRunning());
     task().exit(0);
   });
-  QMTask::runTask(kTool, kNone, TimeoutInterval(3));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(3));
   fakes.clock.advance(seconds(1));
   EXPECT_TRUE(fakes.threads.waitUntilAllEnded());
   expectNothingSaid();
@@ -184,12 +184,12 @@ TEST_F(TaskTimeout, DoesNothingForATaskThatHasFinishedButIsStillInTheSlot) {
     fakes.clock.advance(seconds(1));
     EXPECT_TRUE(fakes.threads.waitUntilAllEnded());
   });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), 0);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), 0);
   expectNothingSaid();
 }
 
 TEST_F(TaskTimeout, DoesNothingForAToolThatIsRefused) {
-  QMTask::runTask("/no", kNone, TimeoutInterval(1));
+  QMTask::runTask("/no", kNone, QMTask::TimeoutInterval(1));
   ASSERT_TRUE(fakes.clock.waitForSleepers(1));
   fakes.clock.advance(seconds(1));
   EXPECT_TRUE(fakes.threads.waitUntilAllEnded());
@@ -199,7 +199,7 @@ TEST_F(TaskTimeout, DoesNothingForAToolThatIsRefused) {
 
 TEST_F(TaskTimeout, StartsTheTimerBeforeAnythingElse) {
   fakes.tasks.script(kTool, {});
-  QMTask::dataFromTask(kTool, kNone, TimeoutInterval(1));
+  QMTask::dataFromTask(kTool, kNone, QMTask::TimeoutInterval(1));
   EXPECT_EQ(fakes.calls.indexOf("threads.detachNewThread"), 0U);
   EXPECT_EQ(fakes.calls.count("threads.detachNewThread"), 1U);
 }
@@ -207,7 +207,7 @@ TEST_F(TaskTimeout, StartsTheTimerBeforeAnythingElse) {
 TEST_F(TaskTimeout, IsWithoutALimitWhenTheSystemGivesNoThread) {
   fakes.calls.failNext("threads.detachNewThread");
   scriptAToolThatEndsWhenWaitedFor(4);
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), 4);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), 4);
   EXPECT_THAT(console(), ElementsAre("Unable to start a timer thread"));
   EXPECT_THAT(fakes.clock.sleeps(), IsEmpty());
 }
@@ -221,19 +221,19 @@ TEST_F(TaskTimeout, HoldsTheTaskWhileItRunsAndNothingAfterwards) {
     EXPECT_EQ(runner->theTask(), fakes.tasks.last());
     task().exit(5);
   });
-  EXPECT_EQ(runner->terminationCodeOnInstance(kTool, kNone, TimeoutInterval(9)), 5);
+  EXPECT_EQ(runner->terminationCodeOnInstance(kTool, kNone, QMTask::TimeoutInterval(9)), 5);
   EXPECT_EQ(runner->theTask(), nullptr);
 }
 
 TEST_F(TaskTimeout, IsEmptyAfterEveryKindOfEnd) {
   const auto runner = QMTask::make();
   fakes.tasks.script(kTool, {});
-  EXPECT_EQ(runner->dataOnInstance(kTool, kNone, TimeoutInterval(1)), "");
+  EXPECT_EQ(runner->dataOnInstance(kTool, kNone, QMTask::TimeoutInterval(1)), "");
   EXPECT_EQ(runner->theTask(), nullptr);
   fakes.calls.failNext("tasks.launch");
-  runner->runOnInstance(kTool, kNone, TimeoutInterval(1));
+  runner->runOnInstance(kTool, kNone, QMTask::TimeoutInterval(1));
   EXPECT_EQ(runner->theTask(), nullptr);
-  EXPECT_EQ(runner->terminationCodeOnInstance("/no", kNone, TimeoutInterval(1)), -1);
+  EXPECT_EQ(runner->terminationCodeOnInstance("/no", kNone, QMTask::TimeoutInterval(1)), -1);
   EXPECT_EQ(runner->theTask(), nullptr);
 }
 
@@ -244,7 +244,7 @@ TEST_F(TaskTimeout, EmptiesTheSlotAfterTheTimerIsStartedAndBeforeTheToolIsLooked
   bool isEmpty = false;
   fakes.calls.before("threads.detachNewThread", 1, [&] { EXPECT_EQ(runner->theTask(), old); });
   fakes.calls.before("fileSystem.isExecutableFile", 1, [&] { isEmpty = runner->theTask() == nullptr; });
-  runner->runOnInstance("/no", kNone, TimeoutInterval(1));
+  runner->runOnInstance("/no", kNone, QMTask::TimeoutInterval(1));
   EXPECT_TRUE(isEmpty);
   EXPECT_EQ(old.use_count(), 2);
 }
@@ -264,7 +264,7 @@ TEST_F(TaskTimeout, LetsTheRunnerLiveUntilItsTimerHasAsked) {
   {
     const auto runner = QMTask::make();
     watched = runner;
-    runner->runOnInstance(kTool, kNone, TimeoutInterval(2));
+    runner->runOnInstance(kTool, kNone, QMTask::TimeoutInterval(2));
   }
   ASSERT_TRUE(fakes.clock.waitForSleepers(1));
   EXPECT_FALSE(watched.expired());
@@ -304,8 +304,8 @@ TEST_F(TaskTimeout, EndsOnlyTheToolWhoseLimitHasPassed) {
   fakes.tasks.script("/usr/bin/other", endless());
   long slow = 0;
   long quick = 0;
-  std::thread one([&] { slow = QMTask::terminationCodeFromTask("/usr/bin/other", kNone, TimeoutInterval(5)); });
-  std::thread two([&] { quick = QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(2)); });
+  std::thread one([&] { slow = QMTask::terminationCodeFromTask("/usr/bin/other", kNone, QMTask::TimeoutInterval(5)); });
+  std::thread two([&] { quick = QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(2)); });
   // Both are launched, and asked whether they run, before the clock moves.
   while (fakes.calls.count("tasks.waitUntilExit") < 2) std::this_thread::yield();
   ASSERT_TRUE(fakes.clock.waitForSleepers(2));
@@ -333,7 +333,7 @@ TEST_F(TaskTimeout, IsSafeWhenTheToolEndsAtItsLimit) {
       task().exit(1);
     });
     std::thread caller([&] {
-      const long code = QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(0));
+      const long code = QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(0));
       EXPECT_TRUE(code == 1 || code == kTerminated) << code;
       isLaunched = true;  // also when it was over before anybody waited
     });
@@ -364,7 +364,7 @@ TEST_F(TaskTimeoutOnTheMainThread, EndsAToolWhoseExitIsWaitedFor) {
     EXPECT_TRUE(fakes.clock.waitForSleepers(1));
     fakes.clock.advance(seconds(1));
   });
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1)), kTerminated);
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), kTerminated);
   EXPECT_THAT(console(), ElementsAre("Task timed out. Terminating..."));
 }
 
@@ -377,7 +377,7 @@ TEST_F(TaskTimeoutOnTheMainThread, TakesEffectOnAnOutputFormOnlyWhenTheReadingHa
     task().print("all of it");
     task().exit(0);
   });
-  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, TimeoutInterval(1)), "all of it");
+  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, QMTask::TimeoutInterval(1)), "all of it");
   EXPECT_EQ(fakes.mainThread.queued(), 1U);
   EXPECT_EQ(fakes.mainThread.pump(), 1U);
   EXPECT_THAT(console(), IsEmpty());
@@ -410,16 +410,16 @@ INSTANTIATE_TEST_SUITE_P(All, TaskLimit,
                          [](const auto& each) { return std::string(each.param.name); });
 
 TEST_P(TaskLimit, IsCutTowardsZero) {
-  QMTask::runTask(kTool, kNone, TimeoutInterval(GetParam().given));
-  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(GetParam().given)), 0);
-  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, TimeoutInterval(GetParam().given)), "");
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(GetParam().given));
+  EXPECT_EQ(QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(GetParam().given)), 0);
+  EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, QMTask::TimeoutInterval(GetParam().given)), "");
   fakes.end();
   EXPECT_THAT(fakes.clock.sleeps(), ElementsAre(GetParam().slept, GetParam().slept, GetParam().slept));
 }
 
 TEST_F(TaskTest, SleepsTheLimitInOneGo) {
   fakes.clock.setManual();
-  QMTask::runTask(kTool, kNone, TimeoutInterval(7.25));
+  QMTask::runTask(kTool, kNone, QMTask::TimeoutInterval(7.25));
   ASSERT_TRUE(fakes.clock.waitForSleepers(1));
   EXPECT_EQ(fakes.calls.count("clock.sleep(7000000)"), 1U);
 }
@@ -461,10 +461,10 @@ class TimeoutUnderFailure : public ::testing::TestWithParam<bool> {
   static long runOnce(FakePlatform& fakes) {
     if (GetParam()) {
       fakes.calls.before("tasks.availableData", 1, [&fakes] { letTimePass(fakes); });
-      return QMTask::dataFromTask(kTool, kNone, TimeoutInterval(1)) ? 0 : -1;
+      return QMTask::dataFromTask(kTool, kNone, QMTask::TimeoutInterval(1)) ? 0 : -1;
     }
     fakes.calls.before("tasks.waitUntilExit", 1, [&fakes] { letTimePass(fakes); });
-    return QMTask::terminationCodeFromTask(kTool, kNone, TimeoutInterval(1));
+    return QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(1));
   }
 };
 

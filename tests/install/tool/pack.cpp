@@ -1,0 +1,11 @@
+// Packs what it is given into an archive, or says why not.
+
+#include <Platform/SetUp.h>
+#include <Shared/QMFileManager.h>
+
+#include "Product.h"
+
+int main(int count, char** arguments) {
+  qm::platform::setUp(kTidy);
+  return count == 3 && QMFileManager::compressFile(arguments[1], arguments[2]) ? 0 : 1;
+}
