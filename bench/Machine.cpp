@@ -37,7 +37,7 @@ class NoDescriptorWait final : public posix::DescriptorWait {
 const platform::Platform& machine() {
   static auto* mainThread = new HookedMainThread;
   static auto* descriptorWait = new NoDescriptorWait;
-  return linux_::linuxPlatform(kProduct, {*mainThread, *descriptorWait});
+  return linux_::wholeLinuxPlatform(kProduct, {*mainThread, *descriptorWait});
 }
 
 void onPerformAndWait(std::function<void()> function) { hook() = std::move(function); }

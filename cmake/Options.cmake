@@ -36,6 +36,8 @@ endif()
 # The same objects serve the programs and the library for others. Nobody replaces a function of ours from outside, so that
 # they are no slower than those of programs alone.
 target_compile_options(qm_options INTERFACE -fPIC $<$<PLATFORM_ID:Linux>:-fno-semantic-interposition>)
+# A program carries what it calls, however its files were compiled.
+target_compile_options(qm_options INTERFACE -ffunction-sections -fdata-sections)
 
 if(QM_SANITIZE)
   # Everything, tests' libraries aside, is built with the sanitizers.
@@ -72,7 +74,7 @@ endfunction()
 function(qm_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
-  target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+  target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections)
   if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)(/|$)")
     set_property(GLOBAL APPEND PROPERTY QM_PROGRAMS ${name})
   endif()

@@ -1,13 +1,8 @@
 #include "Platform/linux/LinuxPlatform.h"
 
-#include "Platform/SetUp.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/linux/desktop/LinuxDesktopShell.h"
-#include "Platform/linux/desktop/LinuxFileReferences.h"
-#include "Platform/linux/desktop/LinuxFinderInformation.h"
 #include "Platform/linux/files/BundlePackages.h"
-#include "Platform/linux/files/LinuxCopyRights.h"
 #include "Platform/linux/files/LinuxFileSystem.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
@@ -20,8 +15,6 @@
 #include "Platform/linux/system/SystemFacts.h"
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
-#include "Platform/posix/PosixFileOperations.h"
-#include "Platform/posix/process/MainLoop.h"
 #include "Platform/posix/process/PosixTasks.h"
 
 namespace qm::linux_ {
@@ -35,7 +28,7 @@ HelperScope scopeOf(const platform::ProductIdentity& product) {
   return product.helper.empty() && !product.toolHelper.empty() ? HelperScope::AnyTool : HelperScope::Product;
 }
 
-/// Every service once, in the order in which they need each other.
+/// Each service once, in the order in which they need each other.
 struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
       : executable(runningExecutable()),
@@ -46,17 +39,11 @@ struct Services {
         authorization(console, users, privilegePrograms(product, executable, scopeOf(product))),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
-        fileOperations(frontEnd.mainThread, threads, clock, copyRights(users)),
-        trash(users, clock, product.workFolderPrefix),
-        desktopShell(users, tasks, {product.bundleEntryKey, product.bundleEntryPrefix}) {
+        trash(users, clock, product.workFolderPrefix) {
     platform.authorizationServices = &authorization;
     platform.clock = &clock;
     platform.console = &console;
-    platform.desktopShell = &desktopShell;
-    platform.fileOperations = &fileOperations;
-    platform.fileReferences = &fileReferences;
     platform.fileSystem = &fileSystem;
-    platform.finderInformation = &finderInformation;
     platform.itemLocks = &itemLocks;
     platform.mainThread = &frontEnd.mainThread;
     platform.packages = &packages;
@@ -82,13 +69,9 @@ struct Services {
   platform::StandardThreads threads;
   posix::PosixTasks tasks;
   LinuxFileSystem fileSystem;
-  posix::PosixFileOperations fileOperations;
   LinuxItemLocks itemLocks;
   BundlePackages packages;
   FreedesktopTrash trash;
-  LinuxFileReferences fileReferences;
-  LinuxFinderInformation finderInformation;
-  LinuxDesktopShell desktopShell;
   platform::Platform platform;
 };
 
@@ -105,9 +88,3 @@ const platform::Platform& linuxPlatform(const platform::ProductIdentity& product
 }
 
 }  // namespace qm::linux_
-
-const qm::platform::Platform& qm::platform::setUp(const ProductIdentity& product, Users* users) {
-  static auto* const loop = new posix::MainLoop;
-  install(&linux_::linuxPlatform(product, {.mainThread = *loop, .descriptorWait = *loop, .users = users}));
-  return platform();
-}

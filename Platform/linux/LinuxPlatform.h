@@ -20,8 +20,15 @@ struct FrontEndServices {
 };
 
 /// The services of a Linux machine for a product, together with those of the front end. Made by the first call, which
-/// comes before any other thread exists and also settles the state that the process was started in; later calls answer
+/// comes before any other thread exists and also settles the state that the process was started in; later calls return
 /// the same set. Never destroyed: a worker may be inside one of the services while the process ends.
+///
+/// There is no `desktopShell`, `fileOperations`, `fileReferences` or `finderInformation`: a removal uses none, and
+/// carries none of their code.
 const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
+
+/// The same with these four, for programs that use all of the maker's classes.
+const platform::Platform& wholeLinuxPlatform(const platform::ProductIdentity& product,
+                                             const FrontEndServices& frontEnd);
 
 }  // namespace qm::linux_

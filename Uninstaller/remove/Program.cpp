@@ -12,12 +12,14 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/SetUp.h"
+#include "Platform/Platform.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/Utf8.h"
+#include "Platform/linux/LinuxPlatform.h"
 #include "Platform/linux/system/Environment.h"
 #include "Platform/linux/system/SystemUsers.h"
+#include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
 #include "Uninstaller/Product.h"
 #include "Uninstaller/remove/JournalRecord.h"
@@ -40,7 +42,7 @@ constexpr std::chrono::seconds kGrace{30};
 struct Composition {
   Composition()
       : users(system),
-        services(platform::setUp(kProduct, &users)),
+        services(linux_::linuxPlatform(kProduct, {.mainThread = loop, .descriptorWait = loop, .users = &users})),
         withoutDialog(*services.authorizationServices),
         witness(quiet(services)) {
     platform::install(&witness.services());
@@ -51,6 +53,7 @@ struct Composition {
     return all;
   }
 
+  posix::MainLoop loop;
   linux_::SystemUsers system;
   WorkingFor users;
   const platform::Platform& services;

@@ -177,7 +177,7 @@ class Mixture {
  public:
   explicit Mixture(std::string home) : folder_(std::move(home)) {
     EXPECT_EQ(::setenv("HOME", folder_.c_str(), 1), 0);
-    platform::install(&linux_::linuxPlatform(kProduct, {mainThread_, wait_}));
+    platform::install(&linux_::wholeLinuxPlatform(kProduct, {mainThread_, wait_}));
     fs::create_directories(folder_ + "/source/folder");
     std::ofstream(folder_ + "/source/file") << std::string(kCopied, 'x');
     std::ofstream(folder_ + "/source/folder/file") << "small";
