@@ -37,7 +37,7 @@ void fillCredentials(AuthorizationItems& items, const std::string& user, const s
 
 bool exists(const std::string& path) { return platform().fileSystem->fileExists(path); }
 
-std::vector<std::string> entries(const std::string& folder) {
+std::vector<std::string> namesIn(const std::string& folder) {
   return platform().fileSystem->contentsOfDirectory(folder).value_or(std::vector<std::string>());
 }
 
@@ -67,7 +67,7 @@ void runAsRoot(const std::string& tool, const std::vector<std::string>& paramete
 template <class Operation>
 bool forEachEntry(const std::string& folder, Operation operation) {
   bool allDone = true;
-  for (const auto& name : entries(folder)) {
+  for (const auto& name : namesIn(folder)) {
     if (!operation(name)) allDone = false;
   }
   return allDone;

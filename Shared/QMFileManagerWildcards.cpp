@@ -19,7 +19,7 @@ using qm::platform::platform;
 
 namespace {
 
-using Paths = std::vector<std::string>;
+using PathList = std::vector<std::string>;
 using Components = std::span<const std::string>;
 
 bool hasWildcard(std::string_view text) { return text.find('*') != std::string_view::npos; }
@@ -35,19 +35,19 @@ bool mayBeOutOfReach(const DirectoryEntry& entry, Position position) {
 }
 
 /// The entries of a folder that are like a component, each as a path.
-Paths entriesLike(const std::string& folder, std::string_view component, Position position) {
-  Paths found;
+PathList entriesLike(const std::string& folder, std::string_view component, Position position) {
+  PathList found;
   const bool wasListed = files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
     if (!qm::foundation::isLike(entry.name, component)) return;
     std::string path = appendingPathComponent(folder, entry.name);
     if (!mayBeOutOfReach(entry, position) || files().fileExists(path)) found.push_back(std::move(path));
   });
-  return wasListed ? found : Paths();
+  return wasListed ? found : PathList();
 }
 
 /// Goes from a folder through the components that are left, to the end of one branch before the next: nothing
 /// but the way to it is kept. As deep as a path can be long.
-void follow(const std::string& folder, Components components, Paths& found) {
+void follow(const std::string& folder, Components components, PathList& found) {
   if (components.empty()) {
     found.push_back(folder);
     return;
@@ -74,7 +74,7 @@ std::vector<std::string> QMFileManager::filesMatchingWildcardPath(const std::str
                                                                   const std::optional<std::string>& basePath) {
   if (!hasWildcard(pattern)) return {basePath ? appendingPathComponent(*basePath, pattern) : pattern};
   const auto components = qm::foundation::pathComponents(pattern);
-  Paths found;
+  PathList found;
   follow(basePath.value_or("/"), sinceLastSlash(components), found);
   return found;
 }

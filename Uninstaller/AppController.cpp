@@ -6,6 +6,7 @@
 #include "Platform/Platform.h"
 #include "Platform/Threads.h"
 #include "Shared/QMTask.h"
+#include "Uninstaller/RemovalDetails.h"
 
 using qm::platform::platform;
 
@@ -17,7 +18,8 @@ void AppController::cancel(const qm::platform::ActionSender* /*sender*/) { platf
 
 void AppController::endProgress() {
   outlets_.windowProgress->orderOut();
-  platform().userInterface->runAlertPanel("Uninstall complete", "Items have been placed in your Trash.");
+  platform().userInterface->runAlertPanel("Uninstall complete", "Items have been placed in your Trash.",
+                                          removalDetails(stayedItems(report_)));
   platform().userInterface->terminate(this);
 }
 

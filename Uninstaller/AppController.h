@@ -27,7 +27,8 @@ class AppController : public qm::uninstaller::InterfaceOwner {
 
   /// `cancel:` (main thread). Ends the application.
   void cancel(const qm::platform::ActionSender* sender) override;
-  /// `endProgress` (main thread). Closes the progress window, shows the alert, ends the application.
+  /// `endProgress` (main thread). Closes the progress window, shows the alert, ends the application. Where an item
+  /// stayed, the alert's details say which and why.
   void endProgress();
   /// `beginUninstall` (worker). The whole run.
   void beginUninstall();

@@ -39,8 +39,6 @@ constexpr std::array<std::uint16_t, 128> macRomanUpperHalf = {
     0x00CB, 0x00C8, 0x00CD, 0x00CE, 0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9,
     0x0131, 0x02C6, 0x02DC, 0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7};
 
-constexpr unsigned char firstNonAscii = 0x80;
-
 const char* converterName(StringEncoding encoding) {
   switch (encoding) {
     case StringEncoding::JapaneseEUC:
@@ -81,7 +79,7 @@ const char* converterName(StringEncoding encoding) {
 }
 
 std::optional<std::string> decodeAscii(std::string_view bytes) {
-  const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < firstNonAscii; };
+  const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < kFirstNonAscii; };
   if (!std::all_of(bytes.begin(), bytes.end(), isAscii)) return std::nullopt;
   return std::string(bytes);
 }
@@ -112,9 +110,9 @@ std::optional<std::string> decodeByTable(std::string_view bytes, const std::arra
   std::string text;
   for (const char byte : bytes) {
     const auto value = static_cast<unsigned char>(byte);
-    if (value < firstNonAscii) {
+    if (value < kFirstNonAscii) {
       text += byte;
-    } else if (const std::size_t index = value - firstNonAscii; index < upperHalf.size()) {
+    } else if (const std::size_t index = value - kFirstNonAscii; index < upperHalf.size()) {
       appendBasic(text, upperHalf[index]);
     } else {
       return std::nullopt;

@@ -7,12 +7,11 @@
 namespace qm::foundation {
 namespace {
 constexpr std::size_t longestCharacter = 4;
-constexpr unsigned char firstNonAscii = 0x80;
 }  // namespace
 
 Character characterAt(std::string_view text, std::size_t position) {
   const auto first = static_cast<unsigned char>(text[position]);
-  if (first < firstNonAscii) return {first, 1};
+  if (first < kFirstNonAscii) return {first, 1};
   const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data()) + position;
   const std::size_t available = std::min(longestCharacter, text.size() - position);
   utf8proc_int32_t codePoint = -1;

@@ -7,6 +7,9 @@
 /// Walking UTF-8 text one character at a time.
 namespace qm::foundation {
 
+/// Bytes from here on are part of characters beyond ASCII, and so are code points.
+inline constexpr unsigned char kFirstNonAscii = 0x80;
+
 /// One character of a text: a code point, or a byte that begins none.
 struct Character {
   std::int32_t codePoint = -1;  ///< -1 for a byte that is not part of valid UTF-8

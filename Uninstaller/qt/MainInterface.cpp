@@ -6,6 +6,10 @@
 #include <QPushButton>
 #include <utility>
 
+#include "Platform/Platform.h"
+#include "Platform/linux/rights/RightsForPaths.h"
+#include "Uninstaller/qt/Disclosure.h"
+#include "Uninstaller/qt/PlanView.h"
 #include "ui_MainInterface.h"
 
 namespace qm::qt {
@@ -92,6 +96,12 @@ class PromptLetters final : public QObject {
   }
 };
 
+/// Root sees no more of a person's folder than that person: what is looked into can be exchanged meanwhile.
+void measureWithRightsOfTheirs(PlannedItem& item) {
+  const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
+  if (rights.ok()) measure(item);
+}
+
 /// Takes a child of the canvas out of it, as a window of its own that is not yet shown.
 std::unique_ptr<QWidget> liftOut(QWidget* widget, Qt::WindowFlags flags) {
   widget->setParent(nullptr, flags);
@@ -101,7 +111,10 @@ std::unique_ptr<QWidget> liftOut(QWidget* widget, Qt::WindowFlags flags) {
 }  // namespace
 
 MainInterface::MainInterface(std::unique_ptr<uninstaller::InterfaceOwner> owner)
-    : owner_(std::move(owner)), file_(std::make_unique<Ui::MainInterface>()), canvas_(std::make_unique<QWidget>()) {
+    : owner_(std::move(owner)),
+      file_(std::make_unique<Ui::MainInterface>()),
+      canvas_(std::make_unique<QWidget>()),
+      preview_([this](const Preview& preview) { planView_->setPreview(preview); }, measureWithRightsOfTheirs) {
   file_->setupUi(canvas_.get());
   mainWidget_ = liftOut(file_->windowMain, kMainWindow);
   progressWidget_ = liftOut(file_->windowProgress, kProgressWindow);
@@ -129,6 +142,7 @@ void MainInterface::makeOutlets() {
 void MainInterface::connectActions() {
   sendOnClick(*file_->uninstallButton, &uninstaller::InterfaceOwner::uninstall);
   sendOnClick(*file_->cancelButton, &uninstaller::InterfaceOwner::cancel);
+  makeDisclosure(*file_->planButton, [this](bool isOpen) { showPlan(isOpen); });
   new PromptLetters(*mainWidget_);
   new DialogKeys(*mainWidget_, *file_->uninstallButton, *file_->cancelButton);
   new CloseRequests(*mainWidget_, file_->cancelButton);
@@ -140,12 +154,31 @@ void MainInterface::sendOnClick(const QAbstractButton& button, Action action) {
     if (!takesActions_ || !mainWidget_->isVisible()) return;
     takesActions_ = false;
     mainWidget_->setEnabled(false);
+    preview_.abandon();
     // The controls give no sender of their own: nobody asks an action who sent it.
     (*owner_.*action)(nullptr);
   });
 }
 
+/// It takes a moment to make, and most never open it.
+void MainInterface::makePlanView() {
+  planView_ = new PlanView(mainWidget_.get());
+  file_->mainLayout->insertWidget(file_->mainLayout->indexOf(file_->buttonsLayout), planView_);
+  const auto follow = [this](bool isChecked) {
+    planView_->setRemoveConfig(isChecked ? RemoveConfig::Yes : RemoveConfig::No);
+  };
+  QObject::connect(file_->removeConfigCheck, &QCheckBox::toggled, planView_, follow);
+  follow(file_->removeConfigCheck->isChecked());
+}
+
+void MainInterface::showPlan(bool isOpen) {
+  if (planView_ == nullptr) makePlanView();
+  planView_->setVisible(isOpen);
+  isOpen ? preview_.look() : preview_.abandon();
+}
+
 void MainInterface::destroyWindows() {
+  preview_.abandon();
   progressWidget_.reset();
   mainWidget_.reset();
   canvas_.reset();

@@ -10,7 +10,7 @@ class QtUserInterface final : public platform::UserInterface {
  public:
   explicit QtUserInterface(QtMainThread& mainThread) : mainThread_(mainThread) {}
 
-  void runAlertPanel(const std::string& title, const std::string& message) override;
+  void runAlertPanel(const std::string& title, const std::string& message, const std::string& details) override;
   /// May come before the event loop runs, which then never starts.
   void terminate(const platform::ActionSender* sender) override;
 

@@ -191,6 +191,10 @@ point_at_uninstall() { point 74 31; }
 click_uninstall() { click 74 31; }
 click_cancel() { click 184 31; }
 
+window_height() { xdotool getwindowgeometry --shell "$window" | sed -n 's/^HEIGHT=//p'; }
+is_taller_than() { [ "$(window_height)" -gt "$1" ]; }
+is_as_tall_as() { [ "$(window_height)" = "$1" ]; }
+
 # The box has its mark: a few pixels as dark as text.
 preferences_are_ticked() {
   local dark

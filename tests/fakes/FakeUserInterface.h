@@ -115,7 +115,17 @@ class FakeUserInterface : public platform::UserInterface {
   }
   bool isTerminated() const { return !terminateSenders().empty(); }
 
-  void runAlertPanel(const std::string& title, const std::string& message) override {
+  /// What the last alert had to say beside its texts.
+  std::string details() const {
+    const std::scoped_lock lock(mutex_);
+    return details_;
+  }
+
+  void runAlertPanel(const std::string& title, const std::string& message, const std::string& details) override {
+    {
+      const std::scoped_lock lock(mutex_);
+      details_ = details;
+    }
     record_.command("userInterface.runAlertPanel", title, message);
   }
   void terminate(const platform::ActionSender* sender) override {
@@ -132,6 +142,7 @@ class FakeUserInterface : public platform::UserInterface {
   FakeMainThread& mainThread_;
   mutable std::mutex mutex_;
   std::vector<const platform::ActionSender*> senders_;
+  std::string details_;
 };
 
 /// The interface file's objects, named by their outlets. The main window begins visible.

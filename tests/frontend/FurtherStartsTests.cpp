@@ -68,7 +68,7 @@ TEST_F(FurtherStarts, BringAnAlertToTheFrontRatherThanWhatIsBehindIt) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(alert));
     alert->close();
   });
-  qt::QtUserInterface(*mainThread).runAlertPanel("t", "m");
+  qt::QtUserInterface(*mainThread).runAlertPanel("t", "m", "");
 }
 
 TEST_F(FurtherStarts, PassOverWhatIsNoWindowOfItsOwn) {

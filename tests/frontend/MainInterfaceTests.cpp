@@ -9,18 +9,22 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
+#include <QToolButton>
+#include <QTreeWidget>
 #include <string>
 #include <vector>
 
+#include "tests/fakes/FakePlatform.h"
 #include "tests/frontend/QtFixture.h"
+#include "tests/support/ScopedPlatform.h"
 
 namespace qm::testing {
 namespace {
 
 using ::testing::ElementsAre;
 
-struct Owner : uninstaller::InterfaceOwner {
-  Owner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
+struct RecordingOwner : uninstaller::InterfaceOwner {
+  RecordingOwner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
   void connect(const uninstaller::Outlets& outlets) override {
     sent_.emplace_back("connect");
     outlets_ = outlets;
@@ -43,7 +47,7 @@ class MainInterface : public QtFixture {
   ~MainInterface() override { interface_.destroyWindows(); }
 
  protected:
-  MainInterface() : interface_(std::make_unique<Owner>(sent, outlets)) {
+  MainInterface() : interface_(std::make_unique<RecordingOwner>(sent, outlets)) {
     interface_.windowMain().makeKeyAndOrderFront();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window("windowMain")));
     sent.clear();
@@ -90,7 +94,7 @@ class MainInterface : public QtFixture {
 TEST_F(MainInterface, ConnectsEveryOutletBeforeItWakesItsOwner) {
   std::vector<std::string> order;
   uninstaller::Outlets connected;
-  qt::MainInterface another(std::make_unique<Owner>(order, connected));
+  qt::MainInterface another(std::make_unique<RecordingOwner>(order, connected));
   EXPECT_THAT(order, ElementsAre("connect", "awakeFromNib"));
   EXPECT_NE(connected.windowMain, nullptr);
   EXPECT_NE(connected.removeSharedCheck, nullptr);
@@ -161,7 +165,7 @@ TEST_F(MainInterface, PressesTheCancelButtonOnReturnWhenItHasTheFocus) {
 
 class MainInterfaceControl : public MainInterface, public ::testing::WithParamInterface<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Every, MainInterfaceControl,
-                         ::testing::Values("removeConfigCheck", "cancelButton", "uninstallButton"));
+                         ::testing::Values("removeConfigCheck", "cancelButton", "planButton", "uninstallButton"));
 
 TEST_P(MainInterfaceControl, CancelsOnEscape) {
   control<QWidget>("windowMain", GetParam()).setFocus();
@@ -235,11 +239,12 @@ TEST_P(MainInterfaceControl, IsNotPressedByKeysThatAreHeld) {
     QTest::simulateEvent(&widget, true, key, Qt::NoModifier, QString(), true);
     QTest::keyRelease(&widget, key);
   }
-  for (const auto key : {Qt::Key_U, Qt::Key_C, Qt::Key_P}) {
+  for (const auto key : {Qt::Key_U, Qt::Key_C, Qt::Key_P, Qt::Key_W}) {
     QTest::simulateEvent(&widget, true, key, Qt::AltModifier, QString(), true);
   }
   EXPECT_THAT(sent, ElementsAre());
   EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOffState);
+  EXPECT_FALSE(control<QToolButton>("windowMain", "planButton").isChecked());
 }
 
 TEST_F(MainInterface, IsNotPressedByAButtonThatWasHeldBefore) {
@@ -266,13 +271,114 @@ TEST_F(MainInterface, DoesNothingWhenTheProgressWindowIsClosed) {
   EXPECT_THAT(sent, ElementsAre());
 }
 
-TEST_F(MainInterface, IsWalkedThroughInTheOrderOnTheScreen) {
+TEST_F(MainInterface, IsWalkedThroughByTab) {
   std::vector<std::string> order;
-  for (int step = 0; step < 3; ++step) {
+  for (int step = 0; step < 4; ++step) {
     press(Qt::Key_Tab);
     order.push_back(focused());
   }
-  EXPECT_THAT(order, ElementsAre("removeConfigCheck", "cancelButton", "uninstallButton"));
+  EXPECT_THAT(order, ElementsAre("removeConfigCheck", "cancelButton", "planButton", "uninstallButton"));
+}
+
+/// The interface on a machine where the product is installed.
+class MainInterfaceWithItems : public MainInterface {
+ protected:
+  MainInterfaceWithItems() {
+    fakes_.disk.addFile("/Applications/Tessaly.app/Contents/data", "12345");
+    fakes_.disk.addFile("/home/u/Library/Preferences/com.quillmark.Tessaly.plist", "123");
+  }
+  ~MainInterfaceWithItems() override { fakes_.end(); }
+
+  static QToolButton& planButton() { return control<QToolButton>("windowMain", "planButton"); }
+  static std::vector<std::string> lines() {
+    const auto& list = control<QTreeWidget>("windowMain", "planList");
+    std::vector<std::string> lines;
+    for (int index = 0; index < list.topLevelItemCount(); ++index) {
+      const auto& line = *list.topLevelItem(index);
+      lines.push_back((line.text(0) + " " + line.text(1)).toStdString());
+    }
+    return lines;
+  }
+  static std::string summary() { return control<QLabel>("windowMain", "planSummary").text().toStdString(); }
+  void showWhatIsFound() {
+    EXPECT_TRUE(fakes_.threads.waitUntilAllEnded());
+    fakes_.mainThread.pump();
+  }
+  std::vector<std::string> calls() const { return fakes_.calls.everything(); }
+
+ private:
+  FakePlatform fakes_;
+  ScopedPlatform installed_{fakes_.platform};
+};
+
+const std::string kApplication = "/Applications/Tessaly.app 5 B";
+const std::string kPreferences = "/home/u/Library/Preferences/com.quillmark.Tessaly.plist 3 B";
+
+TEST_F(MainInterfaceWithItems, LooksAtNothingUntilItIsAskedWhatWillBeMoved) {
+  EXPECT_EQ(window("windowMain").findChild<QTreeWidget*>(), nullptr);
+  EXPECT_THAT(calls(), ElementsAre());
+}
+
+TEST_F(MainInterfaceWithItems, ShowsWhatWillBeMovedAndHidesItAgain) {
+  const int closed = window("windowMain").height();
+  planButton().click();
+  showWhatIsFound();
+  EXPECT_THAT(lines(), ElementsAre(kApplication));
+  EXPECT_EQ(summary(), "1 item, 5 B");
+  EXPECT_TRUE(control<QTreeWidget>("windowMain", "planList").isVisible());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window("windowMain").height() > closed; }));
+  planButton().click();
+  EXPECT_FALSE(control<QTreeWidget>("windowMain", "planList").isVisible());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window("windowMain").height() == closed; }));
+}
+
+TEST_F(MainInterfaceWithItems, ShowsThePreferencesAsLongAsTheirBoxIsTicked) {
+  auto& box = control<QCheckBox>("windowMain", "removeConfigCheck");
+  box.click();
+  planButton().click();
+  showWhatIsFound();
+  EXPECT_THAT(lines(), ElementsAre(kApplication, kPreferences));
+  EXPECT_EQ(summary(), "2 items, 8 B");
+  box.click();
+  EXPECT_THAT(lines(), ElementsAre(kApplication));
+  box.click();
+  EXPECT_THAT(lines(), ElementsAre(kApplication, kPreferences));
+}
+
+TEST_F(MainInterfaceWithItems, KeepsTheMarkOfWhoeverGoesThroughTheList) {
+  auto& box = control<QCheckBox>("windowMain", "removeConfigCheck");
+  box.click();
+  planButton().click();
+  showWhatIsFound();
+  auto& list = control<QTreeWidget>("windowMain", "planList");
+  list.setCurrentItem(list.topLevelItem(0));
+  box.click();
+  ASSERT_NE(list.currentItem(), nullptr);
+  EXPECT_EQ(list.currentItem()->text(0), "/Applications/Tessaly.app");
+}
+
+TEST_F(MainInterfaceWithItems, UninstallsOnReturnInTheList) {
+  planButton().click();
+  showWhatIsFound();
+  auto& list = control<QTreeWidget>("windowMain", "planList");
+  list.setCurrentItem(list.topLevelItem(0));
+  list.setFocus();
+  press(Qt::Key_Return);
+  EXPECT_THAT(sent, ElementsAre("uninstall"));
+}
+
+TEST_F(MainInterfaceWithItems, CancelsOnEscapeInTheList) {
+  planButton().click();
+  control<QTreeWidget>("windowMain", "planList").setFocus();
+  press(Qt::Key_Escape);
+  EXPECT_THAT(sent, ElementsAre("cancel"));
+}
+
+TEST_F(MainInterfaceWithItems, ShowsNothingMoreOnceItUninstalls) {
+  planButton().click();
+  uninstallButton().click();
+  showWhatIsFound();
+  EXPECT_THAT(lines(), ElementsAre());
 }
 
 TEST_F(MainInterface, NamesEveryWindowAndControlForScreenReaders) {
@@ -280,7 +386,8 @@ TEST_F(MainInterface, NamesEveryWindowAndControlForScreenReaders) {
     EXPECT_FALSE(window(name).accessibleName().isEmpty()) << name;
     EXPECT_FALSE(window(name).windowTitle().isEmpty()) << name;
   }
-  for (const auto* const name : {"removeConfigCheck", "removeSharedCheck", "cancelButton", "uninstallButton"}) {
+  for (const auto* const name :
+       {"removeConfigCheck", "removeSharedCheck", "planButton", "cancelButton", "uninstallButton"}) {
     const auto& found = control<QWidget>("windowMain", name);
     EXPECT_FALSE(found.accessibleName().isEmpty()) << name;
     EXPECT_FALSE(found.accessibleDescription().isEmpty()) << name;
@@ -290,10 +397,10 @@ TEST_F(MainInterface, NamesEveryWindowAndControlForScreenReaders) {
 
 TEST_F(MainInterface, GivesEveryControlThatCanBeUsedAKeyOfItsOwn) {
   std::vector<std::string> keys;
-  for (const auto* const name : {"removeConfigCheck", "cancelButton", "uninstallButton"}) {
+  for (const auto* const name : {"removeConfigCheck", "planButton", "cancelButton", "uninstallButton"}) {
     keys.push_back(control<QAbstractButton>("windowMain", name).shortcut().toString().toStdString());
   }
-  EXPECT_THAT(keys, ElementsAre("Alt+P", "Alt+C", "Alt+U"));
+  EXPECT_THAT(keys, ElementsAre("Alt+P", "Alt+W", "Alt+C", "Alt+U"));
 }
 
 TEST_F(MainInterface, HasRoomForEveryText) {

@@ -4,10 +4,12 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 
 #include "Uninstaller/qt/QtControls.h"
 #include "tests/frontend/QtFixture.h"
@@ -18,13 +20,14 @@ namespace {
 class QtUserInterface : public QtFixture {
  protected:
   /// Shows the alert, and calls `look` once it is there. `look` must dismiss it.
-  void runAlert(const std::string& title, const std::string& message, const std::function<void(QMessageBox&)>& look) {
+  void runAlert(const std::string& title, const std::string& message, const std::function<void(QMessageBox&)>& look,
+                const std::string& details = "") {
     mainThread->perform([&] {
       auto* const alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
       ASSERT_NE(alert, nullptr);
       look(*alert);
     });
-    userInterface.runAlertPanel(title, message);
+    userInterface.runAlertPanel(title, message, details);
   }
 
   qt::QtUserInterface userInterface{*mainThread};
@@ -81,6 +84,48 @@ TEST_F(QtUserInterface, KeepsTheAlertWhenAMouseButtonIsReleasedThatWasHeldBefore
     QTest::mouseClick(alert.buttons().front(), Qt::LeftButton);
     EXPECT_FALSE(alert.isVisible());
   });
+}
+
+TEST_F(QtUserInterface, HasNoDetailsWhereThereAreNone) {
+  runAlert("t", "m", [](QMessageBox& alert) {
+    EXPECT_EQ(alert.findChild<QToolButton*>(), nullptr);
+    EXPECT_EQ(alert.icon(), QMessageBox::Information);
+    alert.accept();
+  });
+}
+
+TEST_F(QtUserInterface, ShowsDetailsWhenTheyAreAskedFor) {
+  const auto look = [](QMessageBox& alert) {
+    auto& button = *alert.findChild<QToolButton*>("detailsButton");
+    const auto& text = *alert.findChild<QPlainTextEdit*>("detailsText");
+    EXPECT_EQ(alert.icon(), QMessageBox::Warning);
+    EXPECT_EQ(button.text(), "&Details");
+    EXPECT_FALSE(text.isVisible());
+    button.click();
+    EXPECT_TRUE(text.isVisible());
+    EXPECT_TRUE(text.isReadOnly());
+    EXPECT_EQ(text.toPlainText(), "/a\nIt is <b>busy</b>.");
+    button.click();
+    EXPECT_FALSE(text.isVisible());
+    alert.accept();
+  };
+  runAlert("t", "m", look, "/a\nIt is <b>busy</b>.\n");
+}
+
+TEST_F(QtUserInterface, ReachesDetailsWithTheKeyboard) {
+  const auto look = [](QMessageBox& alert) {
+    const auto& text = *alert.findChild<QPlainTextEdit*>("detailsText");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&alert));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), "detailsButton");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    EXPECT_TRUE(text.isVisible());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_TRUE(text.hasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(alert.isVisible()) << "Return presses OK from anywhere";
+  };
+  runAlert("t", "m", look, "/a\nIt is busy.\n");
 }
 
 TEST_F(QtUserInterface, EndsTheEventLoopWithSuccess) {

@@ -18,12 +18,10 @@ namespace {
 
 using race::precious;
 
-constexpr int kRounds = 300;
+constexpr int kRemovalRounds = 300;
 
 std::string folder() { return machineFolder() + "/applications/Quillmark"; }
 std::string kept() { return machineFolder() + "/kept"; }
-
-std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
 
 void makeFolderAnew() {
   for (const std::string& path : {folder(), folder() + "/deep", folder() + "/deep/place"}) {
@@ -56,7 +54,7 @@ TEST(RemovedFolder, LosesNothingOfAVolumeThatComesAndGoes) {
     makeFolderAnew();
     const std::string before = race::listing(precious());
     const Mounter mounter(precious(), folder() + "/deep/place");
-    Race race(name, kRounds, [&] { return mounter.mounts(); });
+    Race race(name, kRemovalRounds, [&] { return mounter.mounts(); });
     race.run([&] {
       makeFolderAnew();
       race.attempt([] { return removeIfHollow(folder()).succeeded(); });
@@ -81,7 +79,7 @@ TEST(RemovedFolder, LosesNoDocumentThatComesMeanwhile) {
         ::usleep(200);
         return fd >= 0;
       });
-      Race race(name, kRounds, [&] { return writer.moves(); });
+      Race race(name, kRemovalRounds, [&] { return writer.moves(); });
       int round = 0;
       race.run([&] {
         makeFolderAnew();

@@ -20,6 +20,8 @@ int roundsWanted(int usual) {
 
 }  // namespace
 
+std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+
 Race::Race(std::string name, int usualRounds, std::function<int()> moves)
     : name_(std::move(name)), usualRounds_(roundsWanted(usualRounds)), moves_(std::move(moves)) {}
 

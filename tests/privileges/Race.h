@@ -7,6 +7,9 @@
 
 namespace qm::testing {
 
+/// The name of the running test.
+std::string testName();
+
 /// Work that somebody runs against, over and over again: counts how often he came between, and says so at its end.
 /// QM_RACE_ROUNDS is the number of rounds, for those who want to know more than that a race is held at all.
 class Race {

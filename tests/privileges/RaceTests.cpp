@@ -18,9 +18,7 @@ using race::home;
 using race::precious;
 using race::source;
 
-constexpr int kRounds = 400;
-
-std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+constexpr int kToolRounds = 400;
 
 class SwappedFolder : public ::testing::Test {
  protected:
@@ -83,7 +81,7 @@ class SwappedFolder : public ::testing::Test {
   static void race(const std::string& name, const std::function<void(Race&)>& work) {
     const std::string before = race::listing(precious());
     const Swapper swapper(kPerson, home() + "/folder", home() + "/link");
-    Race race(name, kRounds, [&] { return swapper.swaps(); });
+    Race race(name, kToolRounds, [&] { return swapper.swaps(); });
     race.run([&] { work(race); });
     EXPECT_EQ(race::listing(precious()), before) << "after " << race.numbers();
   }

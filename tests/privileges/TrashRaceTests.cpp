@@ -17,7 +17,7 @@ using posix::UniqueFd;
 using race::home;
 using race::precious;
 
-constexpr int kRounds = 300;
+constexpr int kTrashRounds = 300;
 
 // "link" leads to what of root's looks the same as the part that it changes places with.
 class SwappedPartOfTheTrash : public ::testing::Test {
@@ -40,7 +40,7 @@ class SwappedPartOfTheTrash : public ::testing::Test {
     ASSERT_TRUE(files);
     const std::string before = race::listing(precious());
     const Swapper swapper(kPerson, home() + part, home() + "/link");
-    Race race(name, kRounds, [&] { return swapper.swaps(); });
+    Race race(name, kTrashRounds, [&] { return swapper.swaps(); });
     int number = 0;
     race.run([&] {
       ++number;

@@ -38,6 +38,4 @@ void WorkForSomebody::raceAgainstSwaps(const std::string& name, const std::strin
   EXPECT_EQ(race::listing(race::precious()), before) << "after " << race.numbers();
 }
 
-std::string WorkForSomebody::testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
-
 }  // namespace qm::testing

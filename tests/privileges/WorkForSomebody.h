@@ -19,8 +19,6 @@ class WorkForSomebody : public ::testing::Test {
   /// what is precious stays what it is.
   static void raceAgainstSwaps(const std::string& name, const std::string& part, const std::string& likeness,
                                const std::function<void(Race&)>& work);
-
-  static std::string testName();
 };
 
 }  // namespace qm::testing

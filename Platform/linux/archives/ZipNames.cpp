@@ -19,7 +19,7 @@ constexpr std::size_t kLocator64 = 20;
 constexpr std::size_t kEndRecord64 = 56;
 constexpr std::size_t kDirectoryHeader = 46;
 constexpr std::uint32_t kIn64 = 0xFFFFFFFF;
-constexpr std::uint64_t kFlags = 8;       // of an item in the directory
+constexpr std::uint64_t kFlagsAt = 8;     // of an item in the directory
 constexpr std::uint64_t kLocalFlags = 6;  // of the item itself
 constexpr std::uint64_t kUtf8Flag = 0x800;
 constexpr std::uint64_t kExtra64 = 1;
@@ -131,8 +131,8 @@ std::uint64_t takeItem(FileWindow& file, std::uint64_t position, std::uint64_t s
   const auto rest = file.at(position + kDirectoryHeader, nameLength + extraLength);
   if (!rest) return 0;
   if (rest->substr(0, nameLength).find('\0') != std::string_view::npos) names.holdNul = true;
-  if ((numberAt(header, kFlags, 2) & kUtf8Flag) != 0) {
-    names.utf8Marks.push_back(position + kFlags + 1);
+  if ((numberAt(header, kFlagsAt, 2) & kUtf8Flag) != 0) {
+    names.utf8Marks.push_back(position + kFlagsAt + 1);
     if (const auto offset = itemOffset(header, rest->substr(nameLength))) {
       names.utf8Marks.push_back(*offset + shift + kLocalFlags + 1);
     }

@@ -24,7 +24,7 @@ constexpr std::uint32_t kMostMemory = 256U << 20U;
 constexpr std::size_t kLzmaProperties = 9;  // a version, their length, a byte, and the memory
 constexpr std::size_t kLzmaMemory = 5;
 constexpr const char* kPartMissing = "A part of it is missing";
-constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+constexpr mode_t kPermissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
 
 ZipEntry::Kind kindOf(archive_entry* entry) {
   switch (::archive_entry_filetype(entry)) {
@@ -45,7 +45,7 @@ ZipEntry described(archive_entry* entry) {
   ZipEntry result;
   result.name = textOf(::archive_entry_pathname(entry));
   result.kind = kindOf(entry);
-  result.permissions = ::archive_entry_perm(entry) & kPermissions;
+  result.permissions = ::archive_entry_perm(entry) & kPermissionBits;
   if (::archive_entry_mtime_is_set(entry) != 0) {
     result.modified = timespec{::archive_entry_mtime(entry), ::archive_entry_mtime_nsec(entry)};
   }

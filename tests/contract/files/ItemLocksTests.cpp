@@ -11,10 +11,7 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
-
 linux_::LinuxItemLocks locks;
-posix::PosixFileSystem files;
 
 /// Sets the attribute past the service.
 void setFlag(const std::string& path, bool immutable) {

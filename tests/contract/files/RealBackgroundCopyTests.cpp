@@ -20,8 +20,6 @@ using platform::FileOperationReport;
 using std::chrono::milliseconds;
 namespace fs = std::filesystem;
 
-constexpr uid_t kUser = 1000;
-
 /// Everything about a tree that a copy has to keep, in lines.
 std::vector<std::string> picture(const std::string& tree) {
   std::vector<std::string> lines;

@@ -16,10 +16,7 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
 constexpr uid_t kOther = 1001;
-
-posix::PosixFileSystem files;
 
 void setTimes(const std::string& path, timespec access, timespec modification) {
   const timespec times[2] = {access, modification};

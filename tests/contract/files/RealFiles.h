@@ -14,10 +14,17 @@
 #include <string>
 
 #include "Platform/Status.h"
+#include "Platform/posix/PosixFileSystem.h"
 #include "tests/support/PrivateMachine.h"
 
 /// Arranging and looking at a real disk, for what only a real one has.
 namespace qm::testing {
+
+/// An ordinary user.
+inline constexpr uid_t kUser = 1000;
+
+/// What the disk is worked on with.
+inline posix::PosixFileSystem files;
 
 inline void makeFile(const std::string& path, const std::string& contents = "") {
   std::ofstream file(path, std::ios::binary);

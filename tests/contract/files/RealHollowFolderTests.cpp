@@ -16,10 +16,7 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
-
 platform::Status removeHollow(const std::string& path) {
-  posix::PosixFileSystem files;
   return files.removeHollowFolder(path, {".DS_Store", "Icon\r"});
 }
 

@@ -12,11 +12,8 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
 constexpr int kFlagsOfRename = 4;
 constexpr int kFlagsOfUnlink = 2;
-
-posix::PosixFileSystem files;
 
 /// As on a file system that has no exclusive rename.
 void withoutExclusiveRename() { failSystemCall(SYS_renameat2, EINVAL, kFlagsOfRename); }

@@ -14,10 +14,6 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
-
-posix::PosixFileSystem files;
-
 /// Makes `levels` folders of one name below each other and answers the deepest.
 int descendByMaking(const std::string& top, const std::string& name, int levels) {
   int folder = ::open(top.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

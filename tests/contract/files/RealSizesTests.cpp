@@ -24,10 +24,6 @@ namespace {
 
 using foundation::appendingPathComponent;
 
-constexpr uid_t kUser = 1000;
-
-posix::PosixFileSystem files;
-
 std::uint64_t sizeByPaths(const std::string& path) {
   if (!files.isDirectory(path)) {
     const auto attributes = files.attributesOfItem(path);

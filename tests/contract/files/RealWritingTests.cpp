@@ -9,10 +9,6 @@
 namespace qm::testing {
 namespace {
 
-constexpr uid_t kUser = 1000;
-
-posix::PosixFileSystem files;
-
 TEST(WritingOnDisk, GivesNewFilesTheDefaultModeAndKeepsThatOfOldOnes) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");

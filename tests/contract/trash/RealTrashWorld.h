@@ -68,4 +68,9 @@ class RealTrashWorld : public TrashWorld {
   std::unique_ptr<linux_::FreedesktopTrash> trash_;
 };
 
+using World = RealTrashWorld;
+
+/// The Trash at home.
+inline const std::string kTrash = World::kHomeTrash;
+
 }  // namespace qm::testing

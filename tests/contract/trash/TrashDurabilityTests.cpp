@@ -14,8 +14,6 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
-
 const std::string kVolume = "/volumes/stick";
 
 /// Whether a file system has been flushed since this was made.

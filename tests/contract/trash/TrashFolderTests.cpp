@@ -13,10 +13,7 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
-
-const std::string kTrash = World::kHomeTrash;
 
 void makeTrash(World& world) {
   for (const std::string folder : {"/home/u/.local", "/home/u/.local/share", World::kHomeTrash})

@@ -19,10 +19,7 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
-
-const std::string kTrash = World::kHomeTrash;
 
 std::string sentence(const std::string& name, const std::string& because) {
   return "“" + name + "” couldn’t be moved to the Trash because " + because + ".";

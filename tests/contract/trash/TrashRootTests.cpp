@@ -14,10 +14,7 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
-
-const std::string kTrash = World::kHomeTrash;
 
 void playAsRoot(const std::function<void(World&)>& body) {
   World::play([&](World& world) {

@@ -11,7 +11,6 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
 
 const std::string kVolume = "/volumes/stick";

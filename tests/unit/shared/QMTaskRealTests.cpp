@@ -20,8 +20,6 @@ using ::testing::ElementsAre;
 using ::testing::Ge;
 using ::testing::IsEmpty;
 
-using Arguments = QMTask::Arguments;
-
 /// A limit that no test reaches unless something hangs.
 constexpr QMTask::TimeoutInterval kAmple(60);
 
@@ -44,7 +42,8 @@ TEST_F(RealTask, IsTrueForAToolThatFailsOrIsKilled) {
 }
 
 TEST_F(RealTask, HandsTheArgumentsOverWithoutAShell) {
-  const Arguments arguments = std::vector<std::string>{"-c", "printf '<%s>' \"$@\"", "name", "", "a b", "$HOME", "*"};
+  const QMTask::Arguments arguments =
+      std::vector<std::string>{"-c", "printf '<%s>' \"$@\"", "name", "", "a b", "$HOME", "*"};
   EXPECT_EQ(QMTask::stringFromTask(kShell, arguments), "<><a b><$HOME><*>");
 }
 

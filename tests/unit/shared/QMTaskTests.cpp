@@ -15,12 +15,10 @@ using platform::TaskStream;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-using Arguments = QMTask::Arguments;
 using TaskPointer = std::shared_ptr<QMTask::Task>;
 using OptionalText = std::optional<std::string>;
 
 constexpr QMTask::TimeoutInterval kLimit(5);
-const Arguments kNone;
 const Arguments kTwo = std::vector<std::string>{"-f", "two words"};
 
 // MARK: - What must not compile

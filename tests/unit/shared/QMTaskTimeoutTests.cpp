@@ -18,10 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
-using Arguments = QMTask::Arguments;
-
 constexpr int kTerminated = 15;
-const Arguments kNone;
 
 /// A tool that runs on, a clock moved by hand, a main thread that is served by a thread of its own. The test plays a
 /// worker.

@@ -10,6 +10,9 @@
 
 namespace qm::testing {
 
+using Arguments = QMTask::Arguments;
+
+inline const Arguments kNone;
 inline const std::string kTool = "/usr/bin/tool";
 inline const std::string kLogFile = "/home/u/Library/Logs/Quillmark/Demo.1.log";
 

@@ -73,6 +73,20 @@ TEST_F(Uninstall, RunsOnTheMainThreadWhenTheSystemGivesNoOther) {
   EXPECT_THAT(fakes.userInterface.terminateSenders(), ElementsAre(&controller));
 }
 
+TEST_F(Uninstall, GivesTheAlertNoDetailsWhereEverythingWent) {
+  installProduct(fakes.disk);
+  run();
+  EXPECT_EQ(fakes.userInterface.details(), "");
+}
+
+TEST_F(Uninstall, GivesTheAlertEachItemThatStayedAndTheReason) {
+  installItem(fakes.disk, 1);
+  fakes.calls.failNext("trash.recycle");
+  fakes.authorizationServices.answerAlways("copyRights", platform::errAuthorizationCanceled);
+  run();
+  EXPECT_EQ(fakes.userInterface.details(), kItems[1] + "\nThe system gives no reason.\n");
+}
+
 TEST_F(AppControllerTest, EndsTheProgressInThreeSteps) {
   controller.endProgress();
   EXPECT_THAT(fakes.calls.everything(),

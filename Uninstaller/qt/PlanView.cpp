@@ -1,0 +1,73 @@
+#include "Uninstaller/qt/PlanView.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+#include <utility>
+
+namespace qm::qt {
+
+namespace {
+
+constexpr int kListHeight = 190;
+
+QTreeWidget* makeList(QWidget& parent) {
+  auto* const list = new QTreeWidget(&parent);
+  list->setObjectName("planList");
+  list->setAccessibleName("What will be moved");
+  list->setHeaderLabels({"Item", "Size"});
+  list->setRootIsDecorated(false);
+  list->setUniformRowHeights(true);
+  list->setTextElideMode(Qt::ElideMiddle);
+  list->setFixedHeight(kListHeight);
+  list->setTabKeyNavigation(false);
+  list->header()->setStretchLastSection(false);
+  list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+  return list;
+}
+
+QTreeWidgetItem* lineOf(const PreviewRow& row) {
+  const QString path = QString::fromStdString(row.path);
+  auto* const line = new QTreeWidgetItem(QStringList{path, QString::fromStdString(row.size)});
+  line->setToolTip(0, path.toHtmlEscaped());
+  line->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+  return line;
+}
+
+}  // namespace
+
+PlanView::PlanView(QWidget* parent) : QWidget(parent), list_(makeList(*this)), summary_(new QLabel(this)) {
+  summary_->setObjectName("planSummary");
+  summary_->setTextFormat(Qt::PlainText);
+  auto* const layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(list_);
+  layout->addWidget(summary_);
+}
+
+void PlanView::setPreview(Preview preview) {
+  preview_ = std::move(preview);
+  fill();
+}
+
+void PlanView::setRemoveConfig(RemoveConfig removeConfig) {
+  removeConfig_ = removeConfig;
+  fill();
+}
+
+/// Whoever goes through the list stays at the item that he has come to.
+void PlanView::fill() {
+  const QTreeWidgetItem* const current = list_->currentItem();
+  const QString reached = current == nullptr ? QString() : current->text(0);
+  list_->clear();
+  for (const PreviewRow& row : previewRows(preview_, removeConfig_)) {
+    auto* const line = lineOf(row);
+    list_->addTopLevelItem(line);
+    if (line->text(0) == reached) list_->setCurrentItem(line);
+  }
+  summary_->setText(QString::fromStdString(previewSummary(preview_, removeConfig_)));
+}
+
+}  // namespace qm::qt

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+
+#include "Uninstaller/RemovalPreview.h"
+
+class QLabel;
+class QTreeWidget;
+
+namespace qm::qt {
+
+/// The items that would be moved, one a line with its size, and their sum below.
+class PlanView final : public QWidget {
+ public:
+  explicit PlanView(QWidget* parent);
+
+  /// Shows another preview.
+  void setPreview(Preview preview);
+  /// Shows the items for a removal of this kind.
+  void setRemoveConfig(RemoveConfig removeConfig);
+
+ private:
+  void fill();
+
+  QTreeWidget* list_;
+  QLabel* summary_;
+  Preview preview_;
+  RemoveConfig removeConfig_ = RemoveConfig::No;
+};
+
+}  // namespace qm::qt
