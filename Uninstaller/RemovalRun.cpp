@@ -9,6 +9,7 @@
 #include "Platform/Platform.h"
 #include "Platform/Trash.h"
 #include "Shared/QMFileManager.h"
+#include "Shared/QMLocalPaths.h"
 
 using qm::platform::platform;
 
@@ -35,7 +36,18 @@ ItemResult RemovalRun::trash(PlannedItem item) {
   if (witness_ != nullptr) witness_->begin();
   if (!QMFileManager::trashFile(*result.planned.path, kTrashLimit)) return stayed(std::move(result));
   result.outcome = ItemOutcome::Trashed;
+  result.trashedTo = placeInTrash(*result.planned.path);
   return result;
+}
+
+/// The Trash says where a plain move has put it. Who moves with administrator rights says nothing: then it is the
+/// newest of what came from there, which takes a look through the Trash.
+std::string RemovalRun::placeInTrash(const std::string& path) const {
+  if (witness_ == nullptr) return {};
+  const std::string told = witness_->testimony().trashedTo;
+  if (!told.empty()) return told;
+  const auto found = platform().trash->itemsFrom(path, QMLocalPaths::trashDirectory());
+  return found.items.empty() ? "" : found.items.front().path;
 }
 
 /// The plain way comes first; where rights were granted, what went wrong with those is the reason that counts.

@@ -17,6 +17,7 @@ enum class ItemOutcome {
 struct ItemResult {
   PlannedItem planned;
   ItemOutcome outcome = ItemOutcome::Skipped;
+  std::string trashedTo;       ///< where in the Trash it is; "" where it did not go, or that is not known
   std::string reason;          ///< why it stayed, in whole sentences; "" otherwise
   int error = 0;               ///< the system's number for why its user could not move it, 0 where there is none
   bool notAuthorized = false;  ///< it stayed because administrator rights were not granted
@@ -37,7 +38,8 @@ enum class Measured : bool { No, Yes };
 /// Moves the product to the Trash. Worker thread only: a call blocks while the system asks for a password.
 class RemovalRun {
  public:
-  /// Without a witness, results lack reasons. The witness outlives the run; its services are the installed ones.
+  /// Without a witness, results lack reasons and places in the Trash. The witness outlives the run; its services are
+  /// the installed ones.
   explicit RemovalRun(RemovalWitness* witness = nullptr, Measured measured = Measured::No)
       : witness_(witness), measured_(measured) {}
 
@@ -49,6 +51,7 @@ class RemovalRun {
 
  private:
   ItemResult stayed(ItemResult result) const;
+  std::string placeInTrash(const std::string& path) const;
 
   RemovalWitness* witness_;
   Measured measured_;
