@@ -26,6 +26,13 @@ std::vector<ItemResult> stayedItems(const RemovalReport& report) {
   return stayed;
 }
 
+/// It is the newest of what came from there.
+void findInTrash(ItemResult& result) {
+  if (result.outcome != ItemOutcome::Trashed || !result.trashedTo.empty()) return;
+  const auto found = platform().trash->itemsFrom(*result.planned.path, QMLocalPaths::trashDirectory());
+  if (!found.items.empty()) result.trashedTo = found.items.front().path;
+}
+
 ItemResult RemovalRun::trash(PlannedItem item) {
   if (item.skip == SkipReason::None) item.skip = reasonToSkip(item.path);
   ItemResult result;
@@ -36,18 +43,8 @@ ItemResult RemovalRun::trash(PlannedItem item) {
   if (witness_ != nullptr) witness_->begin();
   if (!QMFileManager::trashFile(*result.planned.path, kTrashLimit)) return stayed(std::move(result));
   result.outcome = ItemOutcome::Trashed;
-  result.trashedTo = placeInTrash(*result.planned.path);
+  if (witness_ != nullptr) result.trashedTo = witness_->testimony().trashedTo;
   return result;
-}
-
-/// The Trash says where a plain move has put it. Who moves with administrator rights says nothing: then it is the
-/// newest of what came from there, which takes a look through the Trash.
-std::string RemovalRun::placeInTrash(const std::string& path) const {
-  if (witness_ == nullptr) return {};
-  const std::string told = witness_->testimony().trashedTo;
-  if (!told.empty()) return told;
-  const auto found = platform().trash->itemsFrom(path, QMLocalPaths::trashDirectory());
-  return found.items.empty() ? "" : found.items.front().path;
 }
 
 /// The plain way comes first; where rights were granted, what went wrong with those is the reason that counts.

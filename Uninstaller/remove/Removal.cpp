@@ -151,7 +151,8 @@ void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progres
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
-  const ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  findInTrash(result);
   ReportItem shown = item(index);
   shown.outcome = outcomeOf(result);
   shown.needsRights = stayedForWantOfRights(result);

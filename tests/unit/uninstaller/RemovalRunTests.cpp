@@ -63,8 +63,10 @@ TEST_F(Run, FindsInTheTrashWhatWasMovedWithRights) {
   fakes.authorizationServices.onExecute("/bin/mv", [this](const Strings&) {
     EXPECT_TRUE(fakes.trash.recycle("/Applications", "/home/u/.Trash", {"Tessaly.app"}));
   });
-  const ItemResult result = remove().items.at(1);
+  ItemResult result = remove().items.at(1);
   EXPECT_EQ(result.outcome, ItemOutcome::Trashed);
+  EXPECT_EQ(result.trashedTo, "");
+  findInTrash(result);
   EXPECT_EQ(result.trashedTo, "/home/u/.local/share/Trash/files/Tessaly.app");
 }
 
@@ -75,9 +77,12 @@ TEST_F(Run, NamesNoPlaceInTheTrashForWhatStayedOrIsNotFoundThere) {
   fakes.authorizationServices.onExecute(
       "/bin/mv", [this](const Strings& arguments) { fakes.disk.remove(arguments.at(arguments.size() - 2)); });
   fakes.calls.failAlways("trash.itemsFrom");
-  const RemovalReport report = remove();
+  RemovalReport report = remove();
   EXPECT_EQ(report.items.at(1).outcome, ItemOutcome::Trashed);
-  EXPECT_EQ(report.items.at(1).trashedTo, "");
+  for (ItemResult& result : report.items) {
+    findInTrash(result);
+    EXPECT_EQ(result.trashedTo, "");
+  }
 }
 
 TEST_F(Run, SaysThatAnItemWasGoneAlready) {
