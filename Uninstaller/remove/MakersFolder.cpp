@@ -69,11 +69,13 @@ std::optional<RememberedFolder> rememberedFolder(const std::string& path) {
 
 int makeAgain(const RememberedFolder& folder) { return ::geteuid() == 0 ? makeAsRoot(folder) : makeOwn(folder); }
 
-void setTimeAgain(const RememberedFolder& folder) {
+int finish(const RememberedFolder& folder) {
   const linux_::Answer<linux_::PinnedPlace> place = linux_::pinPath(folder.path, linux_::LastLink::Stays);
-  if (!place || !place->isFolder()) return;
+  if (!place) return place.problem().error;
+  if (::geteuid() == 0) removeLeftovers(place->folder.get(), place->name);
+  if (!place->isFolder()) return 0;
   const timespec times[] = {{0, UTIME_OMIT}, folder.changed};
-  ::utimensat(place->folder.get(), place->name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+  return ::utimensat(place->folder.get(), place->name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
 }
 
 }  // namespace qm::removal

@@ -14,7 +14,8 @@ std::optional<RememberedFolder> rememberedFolder(const std::string& path);
 /// leads through nobody else's links.
 int makeAgain(const RememberedFolder& folder);
 
-/// Gives a folder that has been made again the time of its last change, when what was in it is there again.
-void setTimeAgain(const RememberedFolder& folder);
+/// When what was in the folder is there again: gives it the time of its last change, and takes away what a process has
+/// left beside it that was ended while it made it. Without a folder nothing happens. Returns 0 or an error number.
+int finish(const RememberedFolder& folder);
 
 }  // namespace qm::removal

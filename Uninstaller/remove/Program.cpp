@@ -160,7 +160,8 @@ class Program {
     }
     work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), linux_::userWithName);
     if (!look()) return false;
-    return isInEarnest() ? carryOut() : done();
+    // Also where all is back already: a run that was ended may have left something to finish.
+    return options_.isInEarnest() ? carryOut() : done();
   }
 
   bool isInEarnest() const { return options_.isInEarnest() && work_->hasAnythingToDo(); }

@@ -25,6 +25,7 @@ constexpr std::chrono::milliseconds kPollPause(100);
 
 constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
 constexpr const char* kHoldsOthers = "Something is in it.";
+constexpr const char* kNotLookedAt = "It couldn’t be looked at.";
 constexpr const char* kNotRemoved = "It couldn’t be removed.";
 
 std::string skipText(SkipReason reason) {
@@ -194,8 +195,18 @@ RememberedRun Removal::toRemember() {
     parts_[index].remembered = run.items.size();
     run.items.push_back(rememberedItem(parts_[index]));
   }
-  if (isToBeMoved(item(parts_.size()))) run.folder = rememberedFolder(*makersFolder_);
+  if (isToBeMoved(item(parts_.size()))) rememberFolder(run);
   return run;
+}
+
+/// What could not be made again stays.
+void Removal::rememberFolder(RememberedRun& run) {
+  run.folder = rememberedFolder(*makersFolder_);
+  if (run.folder) return;
+  ReportItem shown = item(parts_.size());
+  shown.outcome = Outcome::Stayed;
+  shown.reason = kNotLookedAt;
+  set(parts_.size(), shown);
 }
 
 RememberedItem Removal::rememberedItem(const Part& part) const {
@@ -203,8 +214,8 @@ RememberedItem Removal::rememberedItem(const Part& part) const {
   if (part.person) item.user = part.person->name;
   item.path = part.planned.path.value_or("");
   item.trashOf = part.trashOf;
-  const auto owner = linux_::userWithName(part.trashOf);
-  item.trashOwner = owner ? owner->id : users_.realUserId();
+  // What is the computer's goes to the caller's own Trash.
+  item.trashOwner = part.person ? part.person->id : users_.realUserId();
   return item;
 }
 

@@ -41,6 +41,7 @@ class Removal final : public Work {
   void lookAtMakersFolder();
   void move(std::size_t index);
   void removeMakersFolder();
+  void rememberFolder(RememberedRun& run);
   RememberedItem rememberedItem(const Part& part) const;
   void remember(const std::string& line) const;
 

@@ -21,6 +21,7 @@ constexpr const char* kRoot = "root";
 constexpr const char* kSomethingIsThere = "Something else is there now.";
 constexpr const char* kNotInTrash = "It is not in the Trash any more.";
 constexpr const char* kNoItem = "Tessaly has no item there.";
+constexpr const char* kNoFolder = "The folder that it was in couldn’t be made again.";
 constexpr const char* kOtherAccount = "Its Trash was that of an account that is another one now.";
 constexpr const char* kOthersTrash = "It was in the Trash of a person, who can have changed it.";
 
@@ -140,8 +141,6 @@ void Restoring::run(const std::function<bool()>& timeIsUp, const Progress& progr
   const std::size_t first = hasFolder_ ? 1 : 0;
   runThrough(timeIsUp, progress,
              [&](std::size_t position) { position < first ? makeFolder(position) : putBack(position); });
-  // One that was ended after it had made the folder has not come to this.
-  if (hasFolder_ && run_.folderWent) setTimeAgain(*run_.folder);
   end();
 }
 
@@ -157,6 +156,11 @@ void Restoring::makeFolder(std::size_t position) {
 void Restoring::putBack(std::size_t position) {
   const Part& part = parts_[position - (hasFolder_ ? 1 : 0)];
   ReportItem shown = item(position);
+  if (isInFolder(shown) && item(0).outcome == Outcome::Stayed) {
+    shown.outcome = Outcome::Stayed;
+    shown.reason = kNoFolder;
+    return set(position, shown);
+  }
   users_.workFor(part.item.trashOf);
   const platform::Status status =
       platform().trash->putBack(*part.stored, QMLocalPaths::trashDirectory(), platform::MissingFolders::AreMade);
@@ -171,11 +175,22 @@ void Restoring::putBack(std::size_t position) {
   set(position, shown);
 }
 
+/// In the maker's folder, which would otherwise be made by the way, as any folder.
+bool Restoring::isInFolder(const ReportItem& item) const {
+  return hasFolder_ && item.path && item.path->starts_with(run_.folder->path + "/");
+}
+
+/// A run that was ended before it came to this leaves it to the next one.
 void Restoring::end() {
+  const auto isLeft = [](const ReportItem& item) {
+    return item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost;
+  };
+  const auto all = items();
+  const bool isWhole =
+      std::ranges::none_of(all, [&](const ReportItem& item) { return isInFolder(item) && isLeft(item); });
+  const bool isFinished = !hasFolder_ || !isWhole || finish(*run_.folder) == 0;
   platform().trash->makeDurable();
-  const bool isLeft = std::ranges::any_of(
-      items(), [](const ReportItem& item) { return item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost; });
-  isLeft ? memory_.flush() : memory_.forget();
+  isFinished&& std::ranges::none_of(all, isLeft) ? memory_.forget() : memory_.flush();
 }
 
 }  // namespace qm::removal

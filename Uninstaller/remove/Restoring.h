@@ -46,6 +46,7 @@ class Restoring final : public Work {
   void measureInTrash(const Part& part, ReportItem& shown) const;
   void putBack(std::size_t position);
   void makeFolder(std::size_t position);
+  bool isInFolder(const ReportItem& item) const;
   void end();
 
   WorkingFor& users_;

@@ -1,11 +1,10 @@
 """Compares a throw-away machine's disk with what it was before items went and came back.
 
-    came_back.py BEFORE AFTER [--killed] ITEM...
+    came_back.py BEFORE AFTER ITEM...
 
 BEFORE and AFTER are snapshots. Everything that was there must be there again with contents, owner, mode, time and
 attributes. Only folders that held one of the ITEMs (patterns, as of a shell) may have another time: something left them
-and came again. New are at most the folders of Trashes, with nothing in them, the links to them, and what is remembered;
-after processes that were killed also descriptions in a Trash of what is not in it. Prints what is wrong and answers 1, or prints nothing and answers 0.
+and came again. New are at most the folders of Trashes, with nothing in them, the links to them, and what is remembered. Prints what is wrong and answers 1, or prints nothing and answers 0.
 """
 
 import fnmatch
@@ -21,19 +20,11 @@ NEW = re.compile(
 PLACES = ("/", "/home/*", "/root", "/tmp", "/var/lib", "/home/*/.local", "/home/*/.local/*", "/home/*/.local/share/*", "/run*")
 
 
-def describes_nothing(path, after):
-    folder, name = os.path.split(path)
-    item = os.path.join(os.path.dirname(folder), "files", name.removesuffix(".trashinfo"))
-    return "--killed" in sys.argv and name.endswith(".trashinfo") and folder.endswith("/info") and item not in after
-
-
 def problems(before, after, items):
     touched = [os.path.dirname(item) for item in items] + list(PLACES)
     for path in sorted(before.keys() | after.keys()):
         was, now = before.get(path), after.get(path)
         if was == now or was is None and NEW.match(path):
-            continue
-        if was is None and describes_nothing(path, after):
             continue
         is_touched = any(fnmatch.fnmatchcase(path, each) for each in touched)
         if is_touched and was and now and {**was, "time": 0} == {**now, "time": 0}:
