@@ -73,7 +73,8 @@ int finish(const RememberedFolder& folder) {
   const linux_::Answer<linux_::PinnedPlace> place = linux_::pinPath(folder.path, linux_::LastLink::Stays);
   if (!place) return place.problem().error;
   if (::geteuid() == 0) removeLeftovers(place->folder.get(), place->name);
-  if (!place->isFolder()) return 0;
+  // Where others can put something in its place, its time is not worth that.
+  if (!place->isFolder() || (::geteuid() == 0 && !place->writers.none())) return 0;
   const timespec times[] = {{0, UTIME_OMIT}, folder.changed};
   return ::utimensat(place->folder.get(), place->name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
 }

@@ -158,7 +158,7 @@ class Program {
       refuse(posix::withSystemWords("What the last run moved cannot be found out", error) + ".");
       return true;
     }
-    work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), linux_::userWithName);
+    work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
     if (!look()) return false;
     // Also where all is back already: a run that was ended may have left something to finish.
     return options_.isInEarnest() ? carryOut() : done();

@@ -1,11 +1,16 @@
 #include "Uninstaller/remove/Restoring.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
 #include "Platform/FileSystem.h"
 #include "Platform/Platform.h"
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Shared/QMLocalPaths.h"
 #include "Uninstaller/RemovalPlan.h"
@@ -21,6 +26,7 @@ constexpr const char* kRoot = "root";
 constexpr const char* kSomethingIsThere = "Something else is there now.";
 constexpr const char* kNotInTrash = "It is not in the Trash any more.";
 constexpr const char* kNoItem = "Tessaly has no item there.";
+constexpr const char* kClosedToPerson = "Its folder is closed to the person in whose Trash it was.";
 constexpr const char* kNoFolder = "The folder that it was in couldn’t be made again.";
 constexpr const char* kOtherAccount = "Its Trash was that of an account that is another one now.";
 constexpr const char* kOthersTrash = "It was in the Trash of a person, who can have changed it.";
@@ -33,10 +39,23 @@ bool isForWantOfRights(int code) {
   return error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
 }
 
+bool mayPutAt(const linux_::UserRecord& person, std::string path) {
+  const linux_::FileSystemIdentity identity = linux_::identityOf(person);
+  const linux_::FileSystemUser acting(&identity);
+  int error = ENOENT;
+  while (error == ENOENT && path.size() > 1) {
+    path = foundation::deletingLastPathComponent(path);
+    error = ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0 ? 0 : errno;
+  }
+  return acting.ok() && error == 0;
+}
+
 }  // namespace
 
-Restoring::Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, NamedUser named)
-    : users_(users), memory_(memory), runs_(std::move(runs)), named_(std::move(named)) {}
+Restoring::Persons systemPersons() { return {linux_::userWithName, mayPutAt}; }
+
+Restoring::Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons)
+    : users_(users), memory_(memory), runs_(std::move(runs)), persons_(std::move(persons)) {}
 
 void Restoring::look() {
   const auto found = std::find_if(runs_.rbegin(), runs_.rend(), [this](const auto& run) { return isOfUse(run); });
@@ -97,10 +116,15 @@ ReportItem Restoring::shownFor(const Part& part) const {
 
 std::string Restoring::obstacle(const RememberedItem& item) const {
   if (!isOfProduct(item)) return kNoItem;
-  if (users_.realUserId() != 0) return {};
-  if (!item.user && item.trashOf != kRoot) return kOthersTrash;
-  const auto owner = named_(item.trashOf);
-  return owner && owner->id == item.trashOwner ? "" : kOtherAccount;
+  return users_.realUserId() == 0 ? obstacleForRoot(item) : "";
+}
+
+/// In a folder that is closed to the person, a file of root's may be what keeps that person from something.
+std::string Restoring::obstacleForRoot(const RememberedItem& item) const {
+  if (!item.user) return item.trashOf == kRoot ? "" : kOthersTrash;
+  const auto owner = persons_.named(item.trashOf);
+  if (!owner || owner->id != item.trashOwner) return kOtherAccount;
+  return persons_.mayPutAt(*owner, item.path) ? "" : kClosedToPerson;
 }
 
 /// Whatever is remembered, nothing but the product's own items comes back, each to its place.
@@ -126,7 +150,7 @@ std::optional<TrashedItem> Restoring::find(const RememberedItem& item, std::stri
 void Restoring::measureInTrash(const Part& part, ReportItem& shown) const {
   PlannedItem measured;
   measured.path = part.stored->path;
-  const auto owner = users_.realUserId() == 0 ? named_(part.item.trashOf) : std::nullopt;
+  const auto owner = users_.realUserId() == 0 ? persons_.named(part.item.trashOf) : std::nullopt;
   if (owner) {
     users_.measureWithRightsOf(*owner, measured);
   } else {

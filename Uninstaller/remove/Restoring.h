@@ -15,14 +15,20 @@ namespace qm::removal {
 
 /// What the last run that changed something has moved: what of it is in the Trash, and how it comes back.
 ///
-/// Each item goes with the rights of whoever's Trash it is in. What a person could have changed in his Trash goes
-/// nowhere but to that person's own items: an item of the computer's comes back for root from root's own Trash only.
+/// Each item goes with the rights of whoever's Trash it is in. What a person could have changed in the Trash goes
+/// nowhere but where that person may put things anyhow: an item of the computer's comes back for root from root's own
+/// Trash only.
 class Restoring final : public Work {
  public:
-  using NamedUser = std::function<std::optional<linux_::UserRecord>(const std::string& name)>;
+  /// What root has to know of persons.
+  struct Persons {
+    std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
+    /// The person may put something at the path, or into the last folder on the way to it that is there.
+    std::function<bool(const linux_::UserRecord& person, const std::string& path)> mayPutAt;
+  };
 
-  /// All of it outlives this object.
-  Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, NamedUser named);
+  /// Users and memory outlive this object.
+  Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons);
 
   void look() override;
   /// Makes the maker's folder again, puts back what can be, and forgets the run when all of it has come back.
@@ -41,6 +47,7 @@ class Restoring final : public Work {
   void lookAtFolder();
   ReportItem shownFor(const Part& part) const;
   std::string obstacle(const RememberedItem& item) const;
+  std::string obstacleForRoot(const RememberedItem& item) const;
   bool isOfProduct(const RememberedItem& item) const;
   std::optional<platform::TrashedItem> find(const RememberedItem& item, std::string* problem) const;
   void measureInTrash(const Part& part, ReportItem& shown) const;
@@ -52,10 +59,13 @@ class Restoring final : public Work {
   WorkingFor& users_;
   RunMemory& memory_;
   const std::vector<RememberedRun> runs_;
-  const NamedUser named_;
+  const Persons persons_;
   RememberedRun run_;
   bool hasFolder_ = false;  ///< the first item is the maker's folder
   std::vector<Part> parts_;
 };
+
+/// The persons of this computer.
+Restoring::Persons systemPersons();
 
 }  // namespace qm::removal

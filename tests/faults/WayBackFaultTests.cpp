@@ -104,7 +104,7 @@ bool putAllBack() {
   auto& all = *new Services;
   std::vector<removal::RememberedRun> runs;
   if (all.memory.read(runs) != 0) return false;
-  removal::Restoring restoring(all.users, all.memory, runs, linux_::userWithName);
+  removal::Restoring restoring(all.users, all.memory, runs, removal::systemPersons());
   restoring.look();
   restoring.run(kInTime, kUnseen);
   return isAllOf(restoring, {removal::Outcome::Restored, removal::Outcome::NotThere});

@@ -47,14 +47,14 @@ class WayBack : public Command {
 
   std::vector<ReportItem> look() {
     RunMemory remembered = memory();
-    Restoring restoring(users, remembered, runs(), named());
+    Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     return restoring.items();
   }
 
   std::vector<ReportItem> putBack() {
     RunMemory remembered = memory();
-    Restoring restoring(users, remembered, runs(), named());
+    Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     if (restoring.hasAnythingToDo()) {
       restoring.run([] { return false; },
@@ -70,7 +70,11 @@ class WayBack : public Command {
     return all;
   }
 
-  Restoring::NamedUser named() const {
+  Restoring::Persons persons() const {
+    return {named(), [this](const UserRecord&, const std::string& path) { return path != closed; }};
+  }
+
+  std::function<std::optional<UserRecord>(const std::string&)> named() const {
     return [this](const std::string& name) -> std::optional<UserRecord> {
       for (const UserRecord& account : accounts) {
         if (account.name == name) return account;
@@ -88,6 +92,7 @@ class WayBack : public Command {
     });
   }
 
+  std::string closed;
   std::vector<UserRecord> accounts{{0, 0, "root", "/root"}, kCaller, kOther};
   std::vector<std::function<void(std::vector<removal::RememberedRun>&)>> changes;
 
@@ -225,6 +230,18 @@ TEST_F(WayBack, BringsRootNoItemOfTheComputersFromAPersonsTrash) {
   EXPECT_FALSE(fakes.disk.has(kItems[1]));
 }
 
+TEST_F(WayBack, BringsRootNothingToAPlaceThatIsClosedToThePerson) {
+  actAsRoot();
+  installCaches(fakes.disk, "/home/v");
+  remove({kOther});
+  rememberOwners();
+  closed = "/home/v/Library/Caches/com.quillmark.tessaly";
+  const ReportItem item = at(putBack(), closed);
+  EXPECT_EQ(item.outcome, Outcome::Stayed);
+  EXPECT_EQ(item.reason, "Its folder is closed to the person in whose Trash it was.");
+  EXPECT_FALSE(fakes.disk.has(closed));
+}
+
 TEST_F(WayBack, BringsRootNothingFromTheTrashOfAnotherAccountOfTheSameName) {
   actAsRoot();
   installCaches(fakes.disk, "/home/v");
@@ -240,7 +257,7 @@ TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {
   installItem(fakes.disk, 1);
   remove({kCaller});
   RunMemory remembered = memory();
-  Restoring restoring(users, remembered, runs(), named());
+  Restoring restoring(users, remembered, runs(), persons());
   restoring.look();
   const ReportItem givenUp = at(restoring.itemsWhenGivenUp(), kItems[1]);
   EXPECT_EQ(givenUp.outcome, Outcome::Stayed);
