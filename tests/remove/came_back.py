@@ -4,7 +4,8 @@
 
 BEFORE and AFTER are snapshots. Everything that was there must be there again with contents, owner, mode, time and
 attributes. Only folders that held one of the ITEMs (patterns, as of a shell) may have another time: something left them
-and came again. New are at most the folders of Trashes, with nothing in them, the links to them, and what is remembered. Prints what is wrong and answers 1, or prints nothing and answers 0.
+and came again. New are at most the folders of Trashes, with nothing in them, the links to them, and what is remembered.
+Prints what is wrong and answers 1, or prints nothing and answers 0.
 """
 
 import fnmatch
