@@ -195,15 +195,15 @@ RememberedRun Removal::toRemember() {
     parts_[index].remembered = run.items.size();
     run.items.push_back(rememberedItem(parts_[index]));
   }
-  if (isToBeMoved(item(parts_.size()))) rememberFolder(run);
+  rememberFolder(run);
   return run;
 }
 
-/// What could not be made again stays.
+/// Also where it stays, since its time changes with what leaves it. What could not be made again stays.
 void Removal::rememberFolder(RememberedRun& run) {
-  run.folder = rememberedFolder(*makersFolder_);
-  if (run.folder) return;
+  if (makersFolder_) run.folder = rememberedFolder(*makersFolder_);
   ReportItem shown = item(parts_.size());
+  if (run.folder || !isToBeMoved(shown)) return;
   shown.outcome = Outcome::Stayed;
   shown.reason = kNotLookedAt;
   set(parts_.size(), shown);
