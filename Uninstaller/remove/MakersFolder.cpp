@@ -73,10 +73,14 @@ int finish(const RememberedFolder& folder) {
   const linux_::Answer<linux_::PinnedPlace> place = linux_::pinPath(folder.path, linux_::LastLink::Stays);
   if (!place) return place.problem().error;
   if (::geteuid() == 0) removeLeftovers(place->folder.get(), place->name);
-  // Where others can put something in its place, its time is not worth that.
-  if (!place->isFolder() || (::geteuid() == 0 && !place->writers.none())) return 0;
+  const UniqueFd found = openFolder(place->folder.get(), place->name);
+  if (!found) return errno == ENOENT ? 0 : errno;
+  struct stat status {};
+  if (::fstat(found.get(), &status) != 0) return errno;
+  // Another one that has its place by now has its own time.
+  const bool isLike = status.st_uid == folder.owner && (status.st_mode & kPermissions) == folder.mode;
   const timespec times[] = {{0, UTIME_OMIT}, folder.changed};
-  return ::utimensat(place->folder.get(), place->name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+  return !isLike || ::futimens(found.get(), times) == 0 ? 0 : errno;
 }
 
 }  // namespace qm::removal

@@ -195,7 +195,8 @@ class Program {
 
   /// What could not be put back later does not go.
   bool isRemembered(Removal& removal) {
-    const int error = memory_.begin(removal.toRemember());
+    const auto run = removal.toRemember();
+    const int error = run ? memory_.begin(*run) : EIO;
     if (error != 0) {
       refuse(posix::withSystemWords("Nothing has been done, because it cannot be remembered for --restore", error) +
              ".");

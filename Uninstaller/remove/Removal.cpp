@@ -25,7 +25,6 @@ constexpr std::chrono::milliseconds kPollPause(100);
 
 constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
 constexpr const char* kHoldsOthers = "Something is in it.";
-constexpr const char* kNotLookedAt = "It couldn’t be looked at.";
 constexpr const char* kNotRemoved = "It couldn’t be removed.";
 
 std::string skipText(SkipReason reason) {
@@ -187,7 +186,7 @@ void Removal::removeMakersFolder() {
   set(parts_.size(), shown);
 }
 
-RememberedRun Removal::toRemember() {
+std::optional<RememberedRun> Removal::toRemember() {
   RememberedRun run;
   run.began = foundation::isoDate(platform().clock->localTime(platform().clock->now()));
   for (std::size_t index = 0; index < parts_.size(); ++index) {
@@ -195,18 +194,10 @@ RememberedRun Removal::toRemember() {
     parts_[index].remembered = run.items.size();
     run.items.push_back(rememberedItem(parts_[index]));
   }
-  rememberFolder(run);
-  return run;
-}
-
-/// Also where it stays, since its time changes with what leaves it. What could not be made again stays.
-void Removal::rememberFolder(RememberedRun& run) {
+  // Also where it stays, since its time changes with what leaves it.
   if (makersFolder_) run.folder = rememberedFolder(*makersFolder_);
-  ReportItem shown = item(parts_.size());
-  if (run.folder || !isToBeMoved(shown)) return;
-  shown.outcome = Outcome::Stayed;
-  shown.reason = kNotLookedAt;
-  set(parts_.size(), shown);
+  if (!run.folder && isToBeMoved(item(parts_.size()))) return std::nullopt;
+  return run;
 }
 
 RememberedItem Removal::rememberedItem(const Part& part) const {

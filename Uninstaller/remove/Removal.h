@@ -23,8 +23,8 @@ class Removal final : public Work {
   /// Moves what is there, and then the maker's folder.
   void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
 
-  /// What `run` is going to do, for the way back. After `look`.
-  RememberedRun toRemember();
+  /// What `run` is going to do, for the way back. After `look`. Null where the maker's folder cannot be looked at.
+  std::optional<RememberedRun> toRemember();
   /// What `run` does is noted there from now on. It outlives this object.
   void rememberIn(const RunMemory& memory) { memory_ = &memory; }
 
@@ -41,7 +41,6 @@ class Removal final : public Work {
   void lookAtMakersFolder();
   void move(std::size_t index);
   void removeMakersFolder();
-  void rememberFolder(RememberedRun& run);
   RememberedItem rememberedItem(const Part& part) const;
   void remember(const std::string& line) const;
 

@@ -40,7 +40,7 @@ class WayBack : public Command {
     Removal removal = removalFor(persons, RemoveConfig::Yes);
     removal.look();
     RunMemory remembered = memory();
-    ASSERT_EQ(remembered.begin(removal.toRemember()), 0);
+    ASSERT_EQ(remembered.begin(removal.toRemember().value()), 0);
     removal.rememberIn(remembered);
     removal.run([] { return false; }, [](const std::string&, std::size_t, std::size_t) {});
   }
