@@ -61,10 +61,12 @@ int makeAsRoot(const RememberedFolder& folder) {
 
 }  // namespace
 
-std::optional<RememberedFolder> rememberedFolder(const std::string& path) {
+int lookAt(const std::string& path, std::optional<RememberedFolder>& folder) {
   struct stat found {};
-  if (::lstat(path.c_str(), &found) != 0 || !S_ISDIR(found.st_mode)) return std::nullopt;
-  return RememberedFolder{path, found.st_uid, found.st_gid, found.st_mode & kPermissions, found.st_mtim};
+  if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT ? 0 : errno;
+  if (!S_ISDIR(found.st_mode)) return 0;
+  folder = RememberedFolder{path, found.st_uid, found.st_gid, found.st_mode & kPermissions, found.st_mtim};
+  return 0;
 }
 
 int makeAgain(const RememberedFolder& folder) { return ::geteuid() == 0 ? makeAsRoot(folder) : makeOwn(folder); }

@@ -6,8 +6,8 @@
 
 namespace qm::removal {
 
-/// The folder at a path, as it is now. Null where there is none; a link is none.
-std::optional<RememberedFolder> rememberedFolder(const std::string& path);
+/// Looks at the folder at a path. Null where there is none; a link is none. Returns 0 or an error number.
+int lookAt(const std::string& path, std::optional<RememberedFolder>& folder);
 
 /// Makes the folder again where nothing has its name, and gives it owner and mode where the process may. Returns 0,
 /// EEXIST or another error number. For root nobody can put something else in its place meanwhile, and the way to it

@@ -195,8 +195,8 @@ std::optional<RememberedRun> Removal::toRemember() {
     run.items.push_back(rememberedItem(parts_[index]));
   }
   // Also where it stays, since its time changes with what leaves it.
-  if (makersFolder_) run.folder = rememberedFolder(*makersFolder_);
-  if (!run.folder && isToBeMoved(item(parts_.size()))) return std::nullopt;
+  const int error = makersFolder_ ? qm::removal::lookAt(*makersFolder_, run.folder) : 0;
+  if (error != 0 && isToBeMoved(item(parts_.size()))) return std::nullopt;
   return run;
 }
 

@@ -183,6 +183,7 @@ void Restoring::putBack(std::size_t position) {
   if (isInFolder(shown) && item(0).outcome == Outcome::Stayed) {
     shown.outcome = Outcome::Stayed;
     shown.reason = kNoFolder;
+    shown.needsRights = item(0).needsRights;
     return set(position, shown);
   }
   users_.workFor(part.item.trashOf);
