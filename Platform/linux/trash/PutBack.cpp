@@ -14,8 +14,6 @@
 namespace qm::linux_ {
 namespace {
 
-using posix::UniqueFd;
-
 bool isRefused(int error) { return error == EACCES || error == EPERM; }
 
 /// One item on its way.
