@@ -9,6 +9,7 @@
 #include "Platform/Platform.h"
 #include "Platform/Trash.h"
 #include "Shared/QMFileManager.h"
+#include "Shared/QMLocalPaths.h"
 
 using qm::platform::platform;
 
@@ -25,6 +26,13 @@ std::vector<ItemResult> stayedItems(const RemovalReport& report) {
   return stayed;
 }
 
+/// It is the newest of what came from there.
+void findInTrash(ItemResult& result) {
+  if (result.outcome != ItemOutcome::Trashed || !result.trashedTo.empty()) return;
+  const auto found = platform().trash->itemsFrom(*result.planned.path, QMLocalPaths::trashDirectory());
+  if (!found.items.empty()) result.trashedTo = found.items.front().path;
+}
+
 ItemResult RemovalRun::trash(PlannedItem item) {
   if (item.skip == SkipReason::None) item.skip = reasonToSkip(item.path);
   ItemResult result;
@@ -35,6 +43,7 @@ ItemResult RemovalRun::trash(PlannedItem item) {
   if (witness_ != nullptr) witness_->begin();
   if (!QMFileManager::trashFile(*result.planned.path, kTrashLimit)) return stayed(std::move(result));
   result.outcome = ItemOutcome::Trashed;
+  if (witness_ != nullptr) result.trashedTo = witness_->testimony().trashedTo;
   return result;
 }
 

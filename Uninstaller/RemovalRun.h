@@ -17,6 +17,7 @@ enum class ItemOutcome {
 struct ItemResult {
   PlannedItem planned;
   ItemOutcome outcome = ItemOutcome::Skipped;
+  std::string trashedTo;       ///< where in the Trash a plain move has put it; "" otherwise, see `findInTrash`
   std::string reason;          ///< why it stayed, in whole sentences; "" otherwise
   int error = 0;               ///< the system's number for why its user could not move it, 0 where there is none
   bool notAuthorized = false;  ///< it stayed because administrator rights were not granted
@@ -31,13 +32,18 @@ struct RemovalReport {
 /// The items that were to go and are still there.
 std::vector<ItemResult> stayedItems(const RemovalReport& report);
 
+/// Finds out where in the Trash an item is that was moved with administrator rights: who does that says nothing. Takes
+/// a look through the Trash; with a place that is known, none.
+void findInTrash(ItemResult& result);
+
 /// Whether items are measured before they are moved, which means a walk through each.
 enum class Measured : bool { No, Yes };
 
 /// Moves the product to the Trash. Worker thread only: a call blocks while the system asks for a password.
 class RemovalRun {
  public:
-  /// Without a witness, results lack reasons. The witness outlives the run; its services are the installed ones.
+  /// Without a witness, results lack reasons and places in the Trash. The witness outlives the run; its services are
+  /// the installed ones.
   explicit RemovalRun(RemovalWitness* witness = nullptr, Measured measured = Measured::No)
       : witness_(witness), measured_(measured) {}
 

@@ -33,15 +33,24 @@ class RemovalWitness::Trash final : public qm::platform::Trash {
  public:
   Trash(qm::platform::Trash& inner, Notes& notes) : inner_(inner), notes_(notes) {}
 
-  Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
-                 const std::vector<std::string>& names) override {
-    Status status = inner_.recycle(sourceFolder, trashDirectory, names);
-    if (status) return status;
+  Recycled recycleItems(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                        const std::vector<std::string>& names) override {
+    Recycled recycled = inner_.recycleItems(sourceFolder, trashDirectory, names);
+    const Status& status = recycled.status;
     notes_.note([&](Testimony& said) {
+      if (!recycled.paths.empty()) said.trashedTo = recycled.paths.back();
+      if (status) return;
       said.plainReason = status.localizedDescription();
       said.plainError = status.code();
     });
-    return status;
+    return recycled;
+  }
+  TrashedItems itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) override {
+    return inner_.itemsFrom(origin, trashDirectory);
+  }
+  Status putBack(const TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                 MissingFolders missing) override {
+    return inner_.putBack(item, trashDirectory, missing);
   }
   void makeDurable() override { inner_.makeDurable(); }
 

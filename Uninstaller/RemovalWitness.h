@@ -7,6 +7,7 @@
 
 /// What the services said while one item was moved.
 struct Testimony {
+  std::string trashedTo;         ///< where the plain move has put it in the Trash; "" when it did not
   std::string plainReason;       ///< why the plain move failed, the system's sentence; "" when it did not
   int plainError = 0;            ///< the system's number of that reason, 0 where there is none
   std::string privilegedReason;  ///< the last line that the console was given afterwards, "" without one

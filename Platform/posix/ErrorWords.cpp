@@ -17,6 +17,7 @@ constexpr unsigned kTrashedsFolder = static_cast<unsigned>(Subject::TrashedItems
 constexpr unsigned kTrashFolder = static_cast<unsigned>(Subject::TrashFolder);
 constexpr unsigned kForRoot = static_cast<unsigned>(Subject::ItemForRoot);
 constexpr unsigned kUnpacked = static_cast<unsigned>(Subject::UnpackedItem);
+constexpr unsigned kPutBack = static_cast<unsigned>(Subject::ItemPutBack);
 
 struct Words {
   int code;
@@ -30,6 +31,7 @@ constexpr Words kWords[] = {
     {ENOENT, kDestination, "the folder doesn’t exist"},
     {ENOENT, kTrashedsFolder, "its folder doesn’t exist"},
     {EEXIST, kItem | kDestination, "an item with the same name already exists"},
+    {EEXIST, kTrashed, "something else is there now"},
     {EACCES, kItem | kDestination, "you don’t have permission"},
     {EACCES, kTrashed, "you don’t have permission to move it"},
     {EACCES, kTrashedsFolder, "you don’t have permission to open its folder"},
@@ -39,10 +41,12 @@ constexpr Words kWords[] = {
     {EPERM, kTrashFolder, "the Trash folder %@ belongs to somebody else"},
     {EPERM, kForRoot, "something in it is locked"},
     {ENODEV, kForRoot, "a device is in it, of which no copy is made"},
+    {ENODEV, kPutBack, "a device is in it"},
     {ENOTSUP, kForRoot,
      "its volume, which is not the Trash's, is one where root's files and devices do not count as root's"},
     {EROFS, kItem | kDestination, "the volume is read-only"},
     {EROFS, kTrashed, "its volume can’t be changed"},
+    {EXDEV, kPutBack, "it is on another volume, whose owners are not to be relied on"},
     {EXDEV, kTrashed, "its volume has no Trash that it can be moved to"},
     {ENOSPC, kItem | kDestination, "there isn’t enough space"},
     {EDQUOT, kItem | kDestination, "there isn’t enough space"},
@@ -66,8 +70,10 @@ constexpr Words kWords[] = {
     {ENOTEMPTY, kItem, "something was put into it meanwhile"},
     {EBUSY, kItem, "it is in use or holds another volume"},
     {EBUSY, kTrashed, "a volume is mounted there"},
-    {EBUSY, kForRoot, "a volume is mounted in it"},
+    {EBUSY, kForRoot | kPutBack, "a volume is mounted in it"},
     {EMLINK, kForRoot, "a file in it has other names, under which it would be changed, too"},
+    {EMLINK, kPutBack, "a file in it has other names elsewhere"},
+    {ESTALE, kPutBack, "something else has taken its place in the Trash"},
     {ESTALE, kItem, "it was changed meanwhile"},
 };
 

@@ -10,11 +10,12 @@ enum class Subject : unsigned {
   Item = 1,                 ///< the item of a file operation
   Destination = 2,          ///< the place that it goes to
   ItemIntoItself = 4,       ///< a folder that would go into itself
-  TrashedItem = 8,          ///< the item of a move to the Trash
+  TrashedItem = 8,          ///< the item of a move to the Trash, or back
   TrashedItemsFolder = 16,  ///< the folder that it is in
   TrashFolder = 32,         ///< a folder of the Trash, whose quoted name goes in the place of "%@"
   ItemForRoot = 64,         ///< an item that root moves to somebody's Trash
   UnpackedItem = 128,       ///< the place of an item of an archive
+  ItemPutBack = 256,        ///< an item that root puts back from somebody's Trash
 };
 
 /// Why it failed, as the words that end a sentence, without its full stop. "" where the system's own words have to do.

@@ -86,13 +86,13 @@ class SetAside {
 };
 
 /// Nothing of the source goes before the copy is on the disk, and whatever fails before takes the copy away again.
-FileError moveAcrossVolumes(const Places& places) {
-  SetAside source(places.source);
-  if (FileError error = obstacleToRemoval(places.source.folder.get(), places.source.name)) return error;
-  const CopiedTo volume(places.destination);
-  NewCopy copy(places.destination);
+FileError moveAcrossVolumes(const Place& from, const Place& to) {
+  SetAside source(from);
+  if (FileError error = obstacleToRemoval(from.folder.get(), from.name)) return error;
+  const CopiedTo volume(to);
+  NewCopy copy(to);
   CopyObserver nobody;
-  if (FileError error = copy.make(places.source, nobody)) return error;
+  if (FileError error = copy.make(from, nobody)) return error;
   if (FileError error = copy.publish()) return error;
   if (FileError error = volume.flush()) return error;
   if (!copy.isInPlace()) return ESTALE;
@@ -104,10 +104,8 @@ FileError moveAcrossVolumes(const Places& places) {
 }
 
 /// Which side the error number of a rename speaks of.
-Side sideOf(int error, const Places& places) {
-  const Place& source = places.source;
-  if (error == EINVAL && isWithin(places.destination.folder.get(), source.folder.get(), source.name))
-    return Side::Itself;
+Side sideOf(int error, const Place& source, const Place& destinationPlace) {
+  if (error == EINVAL && isWithin(destinationPlace.folder.get(), source.folder.get(), source.name)) return Side::Itself;
   const bool destination = error == ENOSPC || error == EDQUOT || error == ENAMETOOLONG || error == EINVAL;
   return destination ? Side::Destination : Side::Source;
 }
@@ -117,9 +115,14 @@ Side sideOf(int error, const Places& places) {
 FileError moveTree(const std::string& source, const std::string& destination) {
   Places places;
   if (FileError error = openPlaces(source, destination, places)) return error;
-  const int error = renameWithoutReplacing({places.source.folder.get(), places.source.name},
-                                           {places.destination.folder.get(), places.destination.name});
-  return error == EXDEV ? moveAcrossVolumes(places) : FileError(error, {}, sideOf(error, places));
+  return moveTree(places.source, places.destination);
+}
+
+FileError moveTree(const Place& source, const Place& destination) {
+  const int error =
+      renameWithoutReplacing({source.folder.get(), source.name}, {destination.folder.get(), destination.name});
+  return error == EXDEV ? moveAcrossVolumes(source, destination)
+                        : FileError(error, {}, sideOf(error, source, destination));
 }
 
 FileError moveTreeReplacing(const Place& source, const Place& destination) {
@@ -128,7 +131,7 @@ FileError moveTreeReplacing(const Place& source, const Place& destination) {
   if (errno != EXDEV) return errno;
   Places places{{duplicate(source.folder), source.name}, {duplicate(destination.folder), temporaryName()}};
   if (!places.source.folder || !places.destination.folder) return errno;
-  if (FileError error = moveAcrossVolumes(places)) return error;
+  if (FileError error = moveAcrossVolumes(places.source, places.destination)) return error;
   const int error = errorOf(::renameat(folder, places.destination.name.c_str(), folder, destination.name.c_str()));
   return {error, error == 0 ? "" : places.destination.name};
 }

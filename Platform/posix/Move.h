@@ -15,6 +15,9 @@ namespace qm::posix {
 /// hidden rest. A process that ends meanwhile leaves the item in both places, or a hidden rest of it at the old one.
 FileError moveTree(const std::string& source, const std::string& destination);
 
+/// The same between two places.
+FileError moveTree(const Place& source, const Place& destination);
+
 /// The same between two places, where a file or an empty folder at the destination is replaced.
 FileError moveTreeReplacing(const Place& source, const Place& destination);
 

@@ -1,5 +1,8 @@
 #include "Uninstaller/remove/JournalRecord.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "Uninstaller/remove/Options.h"
 
 namespace qm::removal {
@@ -26,7 +29,9 @@ void addIfThere(Fields& fields, const char* name, const std::string& value) {
 }
 
 bool isRecorded(const ReportItem& item) {
-  return item.outcome == Outcome::Trashed || item.outcome == Outcome::Removed || item.outcome == Outcome::Stayed;
+  constexpr Outcome kRecorded[] = {Outcome::Trashed, Outcome::Removed, Outcome::Stayed, Outcome::Restored,
+                                   Outcome::Lost};
+  return std::ranges::find(kRecorded, item.outcome) != std::end(kRecorded);
 }
 
 }  // namespace
@@ -34,13 +39,15 @@ bool isRecorded(const ReportItem& item) {
 Fields journalEntryOf(const ReportItem& item) {
   const std::string path = item.path.value_or("");
   const std::string because = item.reason.empty() ? "" : ": " + item.reason;
-  Fields fields = entry(kItemMessage, item.outcome == Outcome::Stayed ? kWarning : kInformation,
-                        path + " " + wordFor(item.outcome) + because);
+  Fields fields =
+      entry(kItemMessage, item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost ? kWarning : kInformation,
+            path + " " + wordFor(item.outcome) + because);
   fields.push_back({"TESSALY_ITEM", path});
   fields.push_back({"TESSALY_OUTCOME", wordFor(item.outcome)});
   fields.push_back({"TESSALY_BYTES", std::to_string(item.bytes)});
   addIfThere(fields, "TESSALY_USER", item.user.value_or(""));
   addIfThere(fields, "TESSALY_TRASH_OF", item.trashOf.value_or(""));
+  addIfThere(fields, "TESSALY_TRASHED_TO", item.trashedTo.value_or(""));
   addIfThere(fields, "TESSALY_REASON", item.reason);
   return fields;
 }
@@ -50,6 +57,7 @@ Fields journalEntryOf(const Report& report) {
   Fields fields = entry(kRunMessage, status == kNothingLeft ? kInformation : kWarning, summaryOf(report));
   fields.push_back({"TESSALY_STATUS", std::to_string(status)});
   fields.push_back({"TESSALY_CHANGED", hasChanged(report) ? "1" : "0"});
+  fields.push_back({"TESSALY_RESTORE", report.isRestore ? "1" : "0"});
   return fields;
 }
 

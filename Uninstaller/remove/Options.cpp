@@ -21,13 +21,16 @@ What goes
   --plan              Show what would go. Changes nothing.
   --yes               Do it.
   --preferences       The preferences go as well.
+  --restore           Put back what your last run moved, from the Trash, where
+                      nothing else is now. What root's last run moved, for
+                      whomever, comes back for root.
 
 For whom (as root; otherwise it is always for you)
   --user NAME         For this person. May be given more than once.
   --all-users         For every ordinary account of this computer.
   --system-only       For nobody: only what belongs to the computer goes.
   As root without any of these it is for the person at the computer. Each
-  person's items go to that person's Trash.
+  person's items go to that person's Trash, the computer's to root's own.
 
 How
   --if-running=HOW    What to do where Tessaly runs for one of these persons:
@@ -40,7 +43,7 @@ How
   --version           Show the version.
 
 Exit status
-   0  nothing is left to remove, also when nothing was there
+   0  nothing is left to remove or put back, also when nothing was there
    2  something is left
    3  something is left for want of rights; root has them
   64  the command line is wrong
@@ -60,6 +63,7 @@ constexpr Flag kFlags[] = {
     {"--preferences", &Options::preferences},
     {"--all-users", &Options::allUsers},
     {"--system-only", &Options::systemOnly},
+    {"--restore", &Options::restore},
 };
 
 std::string quoted(std::string_view text) { return "\"" + foundation::replacingControlCharacters(text, '?') + "\""; }
@@ -72,6 +76,7 @@ std::string addUser(Options& options, const std::string& value) {
 }
 
 std::string setIfRunning(Options& options, const std::string& value) {
+  options.saysIfRunning = true;
   if (value == "refuse") {
     options.ifRunning = IfRunning::Refuse;
   } else if (value == "ask-to-quit") {
@@ -157,7 +162,9 @@ class Parser {
     if (options.plan && options.yes) return "--plan and --yes exclude each other.";
     const int choices = static_cast<int>(!options.users.empty()) + static_cast<int>(options.allUsers) +
                         static_cast<int>(options.systemOnly);
-    return choices > 1 ? "--user, --all-users and --system-only exclude each other." : "";
+    if (choices > 1) return "--user, --all-users and --system-only exclude each other.";
+    const bool chooses = choices > 0 || options.preferences || options.saysIfRunning;
+    return options.restore && chooses ? "--restore puts back what the last run moved: it takes no choice of that." : "";
   }
 
   const std::vector<std::string>& arguments_;

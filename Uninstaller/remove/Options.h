@@ -27,13 +27,15 @@ struct Options {
   bool preferences = false;
   bool allUsers = false;
   bool systemOnly = false;
+  bool restore = false;
+  bool saysIfRunning = false;
   std::vector<std::string> users;
   IfRunning ifRunning = IfRunning::Refuse;
   ReportForm report = ReportForm::Table;
   std::chrono::seconds timeLimit{600};
 
   /// Without a yes, nothing is done.
-  bool removes() const { return yes && !plan; }
+  bool isInEarnest() const { return yes && !plan; }
 };
 
 struct ParsedOptions {

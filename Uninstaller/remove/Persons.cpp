@@ -59,20 +59,10 @@ std::optional<std::string> personAtConsole(const Accounts& accounts) {
 
 Choice problem(int status, std::string text) { return {{}, status, std::move(text)}; }
 
-std::string rootsTrash() { return kRoot; }
-
-/// The computer's items go to the person at the console, if that is one of the persons, else to the first of them.
-std::string systemTrashOf(const std::vector<UserRecord>& persons, const Accounts& accounts) {
-  const auto console = personAtConsole(accounts);
-  const bool isConcerned =
-      console && std::ranges::any_of(persons, [&](const UserRecord& each) { return each.name == *console; });
-  if (isConcerned) return *console;
-  return persons.empty() ? rootsTrash() : persons.front().name;
-}
-
-Choice chosen(std::vector<UserRecord> persons, const Accounts& accounts) {
+/// What belongs to the computer goes to root's own Trash, where nobody else can change it before it comes back.
+Choice chosen(std::vector<UserRecord> persons) {
   Choice choice;
-  choice.concerned.systemTrashOf = systemTrashOf(persons, accounts);
+  choice.concerned.systemTrashOf = kRoot;
   choice.concerned.persons = std::move(persons);
   return choice;
 }
@@ -86,7 +76,7 @@ Choice personsNamed(const std::vector<std::string>& names, const Accounts& accou
     if (!hasHome(*person)) return problem(kUsage, "The user " + quoted + " has no home folder.");
     addPerson(persons, *person);
   }
-  return chosen(std::move(persons), accounts);
+  return chosen(std::move(persons));
 }
 
 Choice everybody(const Accounts& accounts) {
@@ -94,7 +84,7 @@ Choice everybody(const Accounts& accounts) {
   for (UserRecord& person : accounts.ordinary()) {
     if (hasHome(person)) addPerson(persons, std::move(person));
   }
-  return chosen(std::move(persons), accounts);
+  return chosen(std::move(persons));
 }
 
 std::string optionForRoot(const Options& options) {
@@ -122,7 +112,7 @@ Accounts systemAccounts(const platform::Users& users) {
 
 Choice choosePersons(const Options& options, const Accounts& accounts) {
   if (accounts.caller.id != 0) return forCaller(options, accounts);
-  if (options.systemOnly) return chosen({}, accounts);
+  if (options.systemOnly) return chosen({});
   if (options.allUsers) return everybody(accounts);
   if (!options.users.empty()) return personsNamed(options.users, accounts);
   const auto console = personAtConsole(accounts);

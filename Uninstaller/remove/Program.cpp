@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -19,12 +20,15 @@
 #include "Platform/linux/LinuxPlatform.h"
 #include "Platform/linux/system/Environment.h"
 #include "Platform/linux/system/SystemUsers.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
 #include "Uninstaller/Product.h"
 #include "Uninstaller/remove/JournalRecord.h"
 #include "Uninstaller/remove/Removal.h"
+#include "Uninstaller/remove/Restoring.h"
 #include "Uninstaller/remove/RunLock.h"
+#include "Uninstaller/remove/RunMemory.h"
 #include "Uninstaller/remove/RunningProduct.h"
 #include "Uninstaller/remove/TimedWork.h"
 #include "Uninstaller/remove/WithoutDialog.h"
@@ -98,16 +102,17 @@ class Program {
  public:
   Program(const Options& options, Concerned concerned)
       : options_(options),
-        concerned_(concerned),
+        concerned_(std::move(concerned)),
         end_(Clock::now() + options.timeLimit),
-        removal_(all_.users, all_.witness, std::move(concerned),
-                 options.preferences ? RemoveConfig::Yes : RemoveConfig::No) {
-    report_.isPlan = !options.removes();
+        memory_(::getuid(), RunMemory::folderFor(::getuid(), linux_::environmentValue("XDG_STATE_HOME"),
+                                                 all_.users.homeDirectory())) {
+    report_.isRestore = options.restore;
+    report_.isPlan = !options.isInEarnest();
     report_.wantsYes = report_.isPlan && !options.plan;
   }
 
   int run() {
-    const bool inTime = !isLocked() || work();
+    const bool inTime = !isLocked() || (options_.restore ? restore() : remove());
     const int status = statusOf(report_);
     recordInJournal(report_);
     writeAll(STDOUT_FILENO, options_.report == ReportForm::Json ? reportJson(report_) : reportTable(report_));
@@ -120,7 +125,7 @@ class Program {
  private:
   /// False where there is no lock and nothing is to be done.
   bool isLocked() {
-    if (!options_.removes()) return true;
+    if (!options_.isInEarnest()) return true;
     lock_ = RunLock::take(::getuid(), linux_::environmentValue("XDG_RUNTIME_DIR"), all_.users.homeDirectory());
     if (!lock_.isHeld()) refuse(lock_.problem());
     return lock_.isHeld();
@@ -131,28 +136,72 @@ class Program {
     report_.ownStatus = kTryLater;
   }
 
-  /// False where the work had to be given up.
-  bool work() {
-    if (!onWorker([this] { removal_.look(); })) return giveUp("The time was up before everything had been looked at.");
-    if (options_.removes() && removal_.hasAnythingToDo()) {
-      if (!productIsStopped()) return done();
-      if (!onWorker([this] { move(); })) return giveUp("");
-    } else {
+  /// False where the work had to be given up. It may then go on for as long as the process lives.
+  bool remove() {
+    auto made = std::make_unique<Removal>(all_.users, all_.witness, concerned_,
+                                          options_.preferences ? RemoveConfig::Yes : RemoveConfig::No);
+    Removal& removal = *made;
+    work_ = std::move(made);
+    if (!look()) return false;
+    if (!isInEarnest()) {
       report_.running = shown(runningProduct(numbers()));
+      return done();
     }
-    return done();
+    return productIsStopped() && isRemembered(removal) ? carryOut() : done();
+  }
+
+  /// The same.
+  bool restore() {
+    std::vector<RememberedRun> runs;
+    if (const int error = memory_.read(runs); error != 0) {
+      refuse(posix::withSystemWords("What the last run moved cannot be found out", error) + ".");
+      return true;
+    }
+    work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
+    if (!look()) return false;
+    // Also where all is back already: a run that was ended may have left something to finish.
+    return options_.isInEarnest() ? carryOut() : done();
+  }
+
+  bool isInEarnest() const { return options_.isInEarnest() && work_->hasAnythingToDo(); }
+
+  bool look() {
+    if (onWorker([this] { work_->look(); })) return true;
+    return giveUp("The time was up before everything had been looked at.");
+  }
+
+  bool carryOut() {
+    return onWorker([this] { move(); }) ? done() : giveUp("");
+  }
+
+  void move() {
+    ProgressLine line;
+    work_->run([this] { return Clock::now() >= end_; },
+               [&](const std::string& path, std::size_t number, std::size_t count) { line.show(path, number, count); });
   }
 
   bool done() {
-    report_.items = removal_.items();
+    report_.items = work_->items();
     return true;
   }
 
   bool giveUp(const std::string& problem) {
-    report_.items = removal_.itemsWhenGivenUp();
+    report_.items = work_->itemsWhenGivenUp();
     report_.problem = problem;
     report_.ownStatus = kSomethingStayed;
     return false;
+  }
+
+  /// What could not be put back later does not go.
+  bool isRemembered(Removal& removal) {
+    const auto run = removal.toRemember();
+    const int error = run ? memory_.begin(*run) : EIO;
+    if (error != 0) {
+      refuse(posix::withSystemWords("Nothing has been done, because it cannot be remembered for --restore", error) +
+             ".");
+    }
+    removal.rememberIn(memory_);
+    return error == 0;
   }
 
   bool productIsStopped() {
@@ -161,12 +210,6 @@ class Program {
     report_.running = shown(running);
     refuse("Nothing has been done, because Tessaly runs.");
     return false;
-  }
-
-  void move() {
-    ProgressLine line;
-    removal_.run([this] { return Clock::now() >= end_; }, [&](const std::string& path, std::size_t number,
-                                                              std::size_t count) { line.show(path, number, count); });
   }
 
   /// Gives the work up some time after the limit. False then.
@@ -194,7 +237,8 @@ class Program {
   const Options& options_;
   const Concerned concerned_;
   const Clock::time_point end_;
-  Removal removal_;
+  RunMemory memory_;
+  std::unique_ptr<Work> work_;
   RunLock lock_;
   Report report_;
 };
@@ -210,7 +254,7 @@ void takeNoInput() {
 int runProgram(const Options& options) {
   takeNoInput();
   Composition& all = composition();
-  const Choice choice = choosePersons(options, systemAccounts(all.users));
+  const Choice choice = options.restore ? Choice() : choosePersons(options, systemAccounts(all.users));
   // Whom the rights came from has been asked; what is started for others must not take it for whom it works for.
   ::unsetenv("PKEXEC_UID");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
   if (!choice.problem.empty()) {

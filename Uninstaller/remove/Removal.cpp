@@ -10,7 +10,9 @@
 #include "Platform/FileSystem.h"
 #include "Platform/Platform.h"
 #include "Platform/Trash.h"
+#include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
+#include "Uninstaller/remove/MakersFolder.h"
 
 namespace qm::removal {
 namespace {
@@ -21,8 +23,6 @@ using platform::platform;
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kNotBegun = "The time was up before it began.";
-constexpr const char* kGivenUp = "The time was up before it had gone.";
 constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
 constexpr const char* kHoldsOthers = "Something is in it.";
 constexpr const char* kNotRemoved = "It couldn’t be removed.";
@@ -112,21 +112,16 @@ void Removal::lookAt(const ProductItem& item, const std::optional<UserRecord>& p
   if (shown.outcome == Outcome::Kept) shown.reason = skipText(planned.skip);
   if (shown.outcome == Outcome::Goes) shown.trashOf = trashOf;
   if (shown.outcome != Outcome::NotThere) {
-    measureWithRightsOf(person, planned);
+    if (person) {
+      users_.measureWithRightsOf(*person, planned);
+    } else {
+      measure(planned);
+    }
     shown.kind = planned.kind;
     shown.bytes = planned.bytes;
   }
-  parts_.push_back({std::move(planned), person, trashOf});
-  const std::scoped_lock lock(mutex_);
-  items_.push_back(std::move(shown));
-}
-
-/// In a person's folders root sees no more than that person: what is looked into can be exchanged meanwhile.
-void Removal::measureWithRightsOf(const std::optional<UserRecord>& person, PlannedItem& item) const {
-  if (!person || users_.realUserId() != 0 || person->id == 0) return measure(item);
-  const linux_::FileSystemIdentity identity = linux_::identityOf(*person);
-  const linux_::FileSystemUser acting(&identity);
-  if (acting.ok()) measure(item);
+  parts_.push_back({std::move(planned), person, trashOf, std::nullopt});
+  add(std::move(shown));
 }
 
 void Removal::lookAtMakersFolder() {
@@ -142,39 +137,31 @@ void Removal::lookAtMakersFolder() {
     shown.outcome = isEmpty || empties ? Outcome::Goes : Outcome::Kept;
     if (!isEmpty) shown.reason = empties ? kDependsOnContents : kHoldsOthers;
   }
-  const std::scoped_lock lock(mutex_);
-  items_.push_back(std::move(shown));
-}
-
-bool Removal::hasAnythingToDo() const {
-  const std::scoped_lock lock(mutex_);
-  return std::ranges::count(items_, Outcome::Goes, &ReportItem::outcome) > 0;
+  add(std::move(shown));
 }
 
 void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progress) {
-  const std::size_t count = parts_.size() + 1;
-  for (std::size_t index = 0; index < count; ++index) {
-    if (!isToGo(index)) continue;
-    if (timeIsUp()) {
-      stay(index, kNotBegun);
-      continue;
-    }
-    progress(item(index).path.value_or(""), index + 1, count);
-    index < parts_.size() ? move(index) : removeMakersFolder();
-  }
+  runThrough(timeIsUp, progress,
+             [this](std::size_t index) { index < parts_.size() ? move(index) : removeMakersFolder(); });
   platform().trash->makeDurable();
   platform().authorizationServices->releaseRights();
+  if (memory_ != nullptr) memory_->flush();
 }
 
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
-  const ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  findInTrash(result);
   ReportItem shown = item(index);
   shown.outcome = outcomeOf(result);
   shown.needsRights = stayedForWantOfRights(result);
   shown.reason = reasonOf(result, shown.needsRights);
   if (shown.outcome != Outcome::Trashed) shown.trashOf = std::nullopt;
+  if (shown.outcome == Outcome::Trashed) {
+    if (!result.trashedTo.empty()) shown.trashedTo = result.trashedTo;
+    if (part.remembered) remember(wentLine(*part.remembered, result.trashedTo));
+  }
   set(index, shown);
 }
 
@@ -193,45 +180,38 @@ void Removal::removeMakersFolder() {
     const bool isGone = begun && isGoneInTime(*makersFolder_);
     shown.needsRights = !isGone && witness_.testimony().rightsRefused;
     shown.outcome = isGone ? Outcome::Removed : Outcome::Stayed;
+    if (isGone) remember(folderWentLine());
     if (!isGone) shown.reason = shown.needsRights ? std::string("Not authorized: ") + kNotRemoved : kNotRemoved;
   }
   set(parts_.size(), shown);
 }
 
-std::vector<ReportItem> Removal::items() const {
-  const std::scoped_lock lock(mutex_);
-  return items_;
-}
-
-std::vector<ReportItem> Removal::itemsWhenGivenUp() const {
-  std::vector<ReportItem> items = this->items();
-  for (ReportItem& item : items) {
-    if (item.outcome != Outcome::Goes) continue;
-    item.outcome = Outcome::Stayed;
-    item.reason = kGivenUp;
-    item.trashOf = std::nullopt;
+std::optional<RememberedRun> Removal::toRemember() {
+  RememberedRun run;
+  run.began = foundation::isoDate(platform().clock->localTime(platform().clock->now()));
+  for (std::size_t index = 0; index < parts_.size(); ++index) {
+    if (!isToBeMoved(item(index))) continue;
+    parts_[index].remembered = run.items.size();
+    run.items.push_back(rememberedItem(parts_[index]));
   }
-  return items;
+  // Also where it stays, since its time changes with what leaves it.
+  const int error = makersFolder_ ? qm::removal::lookAt(*makersFolder_, run.folder) : 0;
+  if (error != 0 && isToBeMoved(item(parts_.size()))) return std::nullopt;
+  return run;
 }
 
-void Removal::set(std::size_t index, const ReportItem& item) {
-  const std::scoped_lock lock(mutex_);
-  items_[index] = item;
+RememberedItem Removal::rememberedItem(const Part& part) const {
+  RememberedItem item;
+  if (part.person) item.user = part.person->name;
+  item.path = part.planned.path.value_or("");
+  item.trashOf = part.trashOf;
+  // What is the computer's goes to the caller's own Trash.
+  item.trashOwner = part.person ? part.person->id : users_.realUserId();
+  return item;
 }
 
-ReportItem Removal::item(std::size_t index) const {
-  const std::scoped_lock lock(mutex_);
-  return items_[index];
-}
-
-bool Removal::isToGo(std::size_t index) const { return item(index).outcome == Outcome::Goes; }
-
-void Removal::stay(std::size_t index, const std::string& reason) {
-  ReportItem shown = item(index);
-  shown.outcome = Outcome::Stayed;
-  shown.reason = reason;
-  shown.trashOf = std::nullopt;
-  set(index, shown);
+void Removal::remember(const std::string& line) const {
+  if (memory_ != nullptr) memory_->add(line);
 }
 
 }  // namespace qm::removal

@@ -1,38 +1,32 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "Uninstaller/RemovalRun.h"
 #include "Uninstaller/remove/Persons.h"
-#include "Uninstaller/remove/Report.h"
+#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/Work.h"
 #include "Uninstaller/remove/WorkingFor.h"
 
 namespace qm::removal {
 
-/// The product's items of everybody concerned, and of the computer: what is there, and how it goes. `look` and `run`
-/// belong to one worker thread; the rest may be asked by any.
-class Removal {
+/// The product's items of everybody concerned, and of the computer: what is there, and how it goes.
+class Removal final : public Work {
  public:
-  /// Told before an item is moved: its path, its place in the sequence from 1, and how many there are.
-  using Progress = std::function<void(const std::string& path, std::size_t number, std::size_t count)>;
-
   /// The installed services are the witness's, with these users among them. Both outlive this object.
   Removal(WorkingFor& users, RemovalWitness& witness, Concerned concerned, RemoveConfig removeConfig);
 
-  /// Finds out what is there. Changes nothing.
-  void look();
-  bool hasAnythingToDo() const;
-  /// Moves what is there, and then the maker's folder. Begins no further item once `timeIsUp`.
-  void run(const std::function<bool()>& timeIsUp, const Progress& progress);
+  void look() override;
+  /// Moves what is there, and then the maker's folder.
+  void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
 
-  /// Every item with what has become of it so far.
-  std::vector<ReportItem> items() const;
-  /// The same for a run that is given up: what has not gone has stayed, because the time was up.
-  std::vector<ReportItem> itemsWhenGivenUp() const;
+  /// What `run` is going to do, for the way back. After `look`. Null where the maker's folder cannot be looked at.
+  std::optional<RememberedRun> toRemember();
+  /// What `run` does is noted there from now on. It outlives this object.
+  void rememberIn(const RunMemory& memory) { memory_ = &memory; }
 
  private:
   /// One item, with whom it is of and whose Trash it goes to.
@@ -40,17 +34,15 @@ class Removal {
     PlannedItem planned;
     std::optional<linux_::UserRecord> person;
     std::string trashOf;
+    std::optional<std::size_t> remembered;  ///< its number among what is remembered
   };
 
   void lookAt(const ProductItem& item, const std::optional<linux_::UserRecord>& person, const std::string& trashOf);
   void lookAtMakersFolder();
-  void measureWithRightsOf(const std::optional<linux_::UserRecord>& person, PlannedItem& item) const;
   void move(std::size_t index);
   void removeMakersFolder();
-  void set(std::size_t index, const ReportItem& item);
-  ReportItem item(std::size_t index) const;
-  bool isToGo(std::size_t index) const;
-  void stay(std::size_t index, const std::string& reason);
+  RememberedItem rememberedItem(const Part& part) const;
+  void remember(const std::string& line) const;
 
   WorkingFor& users_;
   RemovalWitness& witness_;
@@ -58,9 +50,7 @@ class Removal {
   const RemoveConfig removeConfig_;
   std::vector<Part> parts_;
   std::optional<std::string> makersFolder_;
-
-  mutable std::mutex mutex_;       // guards what follows
-  std::vector<ReportItem> items_;  // of the parts, then the maker's folder
+  const RunMemory* memory_ = nullptr;
 };
 
 }  // namespace qm::removal

@@ -47,14 +47,16 @@ std::string lineOf(const Row& row, const std::vector<std::size_t>& widths) {
 }
 
 /// Under the path.
-std::string reasonLine(const std::string& reason, const std::vector<std::size_t>& widths) {
-  if (reason.empty()) return {};
+std::string furtherLine(const std::string& text, const std::vector<std::size_t>& widths) {
+  if (text.empty()) return {};
   std::size_t indent = 0;
   for (std::size_t column = 0; column + 1 < kColumns; ++column) indent += widths[column] + 2;
-  return std::string(indent, ' ') + shown(reason) + "\n";
+  return std::string(indent, ' ') + shown(text) + "\n";
 }
 
-bool isInTable(const ReportItem& item) { return item.outcome != Outcome::NotThere; }
+std::string placeInTrash(const ReportItem& item) { return item.trashedTo ? "In the Trash: " + *item.trashedTo : ""; }
+
+bool isInTable(const ReportItem& item) { return item.outcome != Outcome::NotThere || !item.reason.empty(); }
 
 std::string itemLines(const std::vector<ReportItem>& items) {
   std::vector<Row> rows = {{"OUTCOME", "SIZE", "WHOSE", "TRASH OF", "ITEM"}};
@@ -65,7 +67,8 @@ std::string itemLines(const std::vector<ReportItem>& items) {
   const auto widths = widthsOf(rows);
   std::string lines = lineOf(rows.front(), widths);
   for (const ReportItem& item : items) {
-    if (isInTable(item)) lines += lineOf(rowOf(item), widths) + reasonLine(item.reason, widths);
+    if (isInTable(item))
+      lines += lineOf(rowOf(item), widths) + furtherLine(placeInTrash(item), widths) + furtherLine(item.reason, widths);
   }
   return lines;
 }
@@ -84,24 +87,41 @@ std::size_t countOf(const Report& report, Outcome outcome) {
 
 std::string items(std::size_t count) { return count == 1 ? "1 item" : std::to_string(count) + " items"; }
 
+std::string nothingLeft(const Report& report) {
+  return report.isRestore ? "Nothing is left to put back." : "Nothing is left to remove.";
+}
+
+std::string staying(const Report& report) {
+  const std::size_t stayed = countOf(report, Outcome::Stayed);
+  const std::size_t lost = countOf(report, Outcome::Lost);
+  std::string what = stayed == 0 ? "" : items(stayed) + (report.isRestore ? " did not come back." : " stayed.");
+  if (lost > 0) what += (what.empty() ? "" : " ") + items(lost) + " cannot be found any more.";
+  return statusOf(report) == kRightsMissing ? what + " Rights are missing; root has them." : what;
+}
+
 std::string planSummary(const Report& report) {
-  const std::size_t going = countOf(report, Outcome::Goes);
-  if (going == 0) return "Nothing is left to remove.";
-  const std::string what = items(going) + " would go. Nothing has been changed.";
+  const std::size_t going = countOf(report, Outcome::Goes) + countOf(report, Outcome::ComesBack);
+  if (going == 0) return report.isRestore && statusOf(report) != kNothingLeft ? staying(report) : nothingLeft(report);
+  const std::string what =
+      items(going) + (report.isRestore ? " would come back." : " would go.") + " Nothing has been changed.";
   return report.wantsYes ? what + " With --yes it is done." : what;
 }
 
 }  // namespace
 
+bool isToBeMoved(const ReportItem& item) { return item.outcome == Outcome::Goes || item.outcome == Outcome::ComesBack; }
+
 bool hasChanged(const Report& report) {
-  return countOf(report, Outcome::Trashed) + countOf(report, Outcome::Removed) > 0;
+  return countOf(report, Outcome::Trashed) + countOf(report, Outcome::Removed) + countOf(report, Outcome::Restored) > 0;
 }
 
 int statusOf(const Report& report) {
   if (report.ownStatus) return *report.ownStatus;
   if (std::ranges::any_of(report.items, &ReportItem::needsRights)) return kRightsMissing;
-  const std::size_t left = countOf(report, Outcome::Goes) + countOf(report, Outcome::Stayed);
-  return left > 0 ? kSomethingStayed : kNothingLeft;
+  const bool isLeft = std::ranges::any_of(report.items, [](const ReportItem& item) {
+    return isToBeMoved(item) || item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost;
+  });
+  return isLeft ? kSomethingStayed : kNothingLeft;
 }
 
 std::string wordFor(Outcome outcome) {
@@ -118,6 +138,12 @@ std::string wordFor(Outcome outcome) {
       return "kept";
     case Outcome::Stayed:
       return "stayed";
+    case Outcome::ComesBack:
+      return "comes_back";
+    case Outcome::Restored:
+      return "restored";
+    case Outcome::Lost:
+      return "lost";
   }
   return "";
 }
@@ -125,10 +151,8 @@ std::string wordFor(Outcome outcome) {
 std::string summaryOf(const Report& report) {
   if (!report.problem.empty()) return report.problem;
   if (report.isPlan) return planSummary(report);
-  const std::size_t stayed = countOf(report, Outcome::Stayed);
-  if (stayed == 0) return "Nothing is left to remove.";
-  const std::string what = items(stayed) + " stayed.";
-  return statusOf(report) == kRightsMissing ? what + " Rights are missing; root has them." : what;
+  const bool isLeft = countOf(report, Outcome::Stayed) + countOf(report, Outcome::Lost) > 0;
+  return isLeft ? staying(report) : nothingLeft(report);
 }
 
 std::string reportTable(const Report& report) {

@@ -13,12 +13,15 @@ namespace qm::removal {
 
 /// What becomes of an item.
 enum class Outcome {
-  Goes,      ///< a plan: it would go
-  Trashed,   ///< it is in the Trash
-  Removed,   ///< it has been deleted: the maker's folder, with nothing in it
-  NotThere,  ///< nothing was there
-  Kept,      ///< it was not to go
-  Stayed,    ///< it was to go and is still there
+  Goes,       ///< a plan: it would go
+  Trashed,    ///< it is in the Trash
+  Removed,    ///< it has been deleted: the maker's folder, with nothing in it
+  NotThere,   ///< nothing was there
+  Kept,       ///< it was not to go
+  Stayed,     ///< it was to go and is still there, or to come back and is still in the Trash
+  ComesBack,  ///< a plan to put back: it would come back
+  Restored,   ///< it is at its place again
+  Lost,       ///< it was to come back, and is neither in the Trash nor at its place
 };
 
 struct ReportItem {
@@ -27,10 +30,14 @@ struct ReportItem {
   std::optional<ItemKind> kind;     ///< of what is there
   std::uint64_t bytes = 0;          ///< of what is there
   Outcome outcome = Outcome::NotThere;
-  std::string reason;                  ///< why it is kept or stayed, or on what its going depends; "" otherwise
-  bool needsRights = false;            ///< it stayed for want of rights
-  std::optional<std::string> trashOf;  ///< whose Trash it is in, or would go to
+  std::string reason;                    ///< why it is kept or stayed, or on what its going depends; "" otherwise
+  bool needsRights = false;              ///< it stayed for want of rights
+  std::optional<std::string> trashOf;    ///< whose Trash it is in, or would go to
+  std::optional<std::string> trashedTo;  ///< where in the Trash it is; null where it is not there, or that is not known
 };
+
+/// It is to be moved and has not been yet.
+bool isToBeMoved(const ReportItem& item);
 
 /// A process of the product's that runs.
 struct RunningProcess {
@@ -39,6 +46,7 @@ struct RunningProcess {
 };
 
 struct Report {
+  bool isRestore = false;        ///< items were to be put back
   bool isPlan = false;           ///< nothing was to be done
   bool wantsYes = false;         ///< a plan because the command line has no yes
   std::string problem;           ///< why nothing was done, one sentence; "" otherwise

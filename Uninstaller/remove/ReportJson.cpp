@@ -64,7 +64,8 @@ std::string itemObject(const ReportItem& item) {
   return "{" + member("user", textOrNull(item.user)) + ", " + member("path", textOrNull(item.path)) + ", " +
          member("kind", kindOf(item.kind)) + ", " + member("bytes", std::to_string(item.bytes)) + ", " +
          member("outcome", text(wordFor(item.outcome))) + ", " + member("reason", text(item.reason)) + ", " +
-         member("needs_rights", truth(item.needsRights)) + ", " + member("trash_of", textOrNull(item.trashOf)) + "}";
+         member("needs_rights", truth(item.needsRights)) + ", " + member("trash_of", textOrNull(item.trashOf)) + ", " +
+         member("trashed_to", textOrNull(item.trashedTo)) + "}";
 }
 
 std::string runningObject(const RunningProcess& process) {
@@ -74,9 +75,10 @@ std::string runningObject(const RunningProcess& process) {
 }  // namespace
 
 std::string reportJson(const Report& report) {
-  const std::array<std::string, 9> members = {
+  const std::array<std::string, 10> members = {
       member("schema", std::to_string(kSchema)),
       member("version", text(QM_VERSION)),
+      member("restore", truth(report.isRestore)),
       member("plan", truth(report.isPlan)),
       member("changed", truth(hasChanged(report))),
       member("status", std::to_string(statusOf(report))),

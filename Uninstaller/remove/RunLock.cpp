@@ -7,22 +7,14 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Uninstaller/remove/OwnFolder.h"
+
 namespace qm::removal {
 namespace {
 
 using posix::UniqueFd;
 
 constexpr const char* kName = "tessaly-remove.lock";
-
-/// Opens a folder in which nobody but the user can put or remove anything. The lock's file is the user's alone.
-UniqueFd openOwnFolder(const std::string& path, uid_t user) {
-  UniqueFd folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  struct stat found {};
-  if (!folder || ::fstat(folder.get(), &found) != 0) return UniqueFd();
-  if (found.st_uid == user && (found.st_mode & (S_IWGRP | S_IWOTH)) == 0) return folder;
-  errno = EPERM;
-  return UniqueFd();
-}
 
 /// In /tmp anybody could take the name first and so keep the user from every run.
 UniqueFd openPrivateFolder(uid_t user, const std::string& home) {

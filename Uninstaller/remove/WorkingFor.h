@@ -5,6 +5,8 @@
 #include <string>
 
 #include "Platform/Users.h"
+#include "Platform/linux/rights/UserDatabase.h"
+#include "Uninstaller/RemovalPlan.h"
 
 namespace qm::removal {
 
@@ -17,6 +19,9 @@ class WorkingFor final : public platform::Users {
 
   /// From now on it is this person whose home and Trash are meant. No other thread may be at work for another.
   void workFor(const std::string& person);
+
+  /// In a person's folders root sees no more than that person: what is looked into can be exchanged meanwhile.
+  void measureWithRightsOf(const linux_::UserRecord& person, PlannedItem& item) const;
 
   unsigned realUserId() const override { return system_.realUserId(); }
   std::string userName() const override { return system_.userName(); }

@@ -17,7 +17,7 @@ _tessaly_remove() {
     --if-running) choices='refuse ask-to-quit end' ;;
     --report) choices='table json' ;;
     --time-limit) choices='' ;;
-    *) choices='--plan --yes --preferences --user --all-users --system-only --if-running --time-limit --report --help --version' ;;
+    *) choices='--plan --yes --preferences --user --all-users --system-only --restore --if-running --time-limit --report --help --version' ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$choices" -- "$word")
 }

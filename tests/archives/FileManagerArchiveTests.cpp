@@ -20,12 +20,17 @@ class FolderTrash : public platform::Trash {
  public:
   explicit FolderTrash(std::string folder) : folder_(std::move(folder)) {}
 
-  platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& /*trashDirectory*/,
-                           const std::vector<std::string>& names) override {
+  platform::Recycled recycleItems(const std::string& sourceFolder, const std::optional<std::string>& /*trashDirectory*/,
+                                  const std::vector<std::string>& names) override {
     std::error_code error;
     for (const std::string& name : names)
       std::filesystem::rename(sourceFolder + "/" + name, folder_ + "/" + name, error);
-    return error ? platform::Status::failed(error.value(), error.message()) : platform::Status::success();
+    return {error ? platform::Status::failed(error.value(), error.message()) : platform::Status::success(), {}};
+  }
+  platform::TrashedItems itemsFrom(const std::string&, const std::optional<std::string>&) override { return {}; }
+  platform::Status putBack(const platform::TrashedItem&, const std::optional<std::string>&,
+                           platform::MissingFolders) override {
+    return platform::Status::failed(ENOTSUP, "Nothing comes back.");
   }
   void makeDurable() override {}
 

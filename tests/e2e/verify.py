@@ -1,10 +1,10 @@
 """Compares a throw-away machine's disk with what the run must have left.
 
-    verify.py BEFORE AFTER --user NUMBER --home FOLDER [--moved PATH[=TRASH]]... [--removed PATH]...
+    verify.py BEFORE AFTER --user NUMBER --home FOLDER [--moved PATH[=TRASH]]... [--removed PATH]... [--remembered FOLDER]
 
 BEFORE and AFTER are snapshots. Every item "moved" must be in the home trash (or in the TRASH given),
-whole and unchanged, with a .trashinfo that leads back; everything "removed" must be gone; and nothing else
-on the disk may differ. Prints what is wrong and answers 1, or prints nothing and answers 0.
+whole and unchanged, with a .trashinfo that leads back; everything "removed" must be gone; the FOLDER holds what is
+remembered of it, for its owner alone; and nothing else on the disk may differ. Prints what is wrong and answers 1, or prints nothing and answers 0.
 """
 
 import argparse
@@ -58,6 +58,11 @@ class Verifier:
         self.check_trash_folders(trash)
         return self.infos[trash]
 
+    def owner_of(self, trash):
+        """The Trash of a volume says whose it is."""
+        number = re.search(r"/\.Trash-(\d+)$", trash)
+        return int(number.group(1)) if number else self.user
+
     def read_info(self, trash, path):
         with open(path, encoding="ascii") as file:
             match = INFO.match(file.read())
@@ -90,11 +95,22 @@ class Verifier:
             shown = self.after.get(folder)
             self.expect(shown is not None, f"{folder} is missing")
             if shown is not None:
-                self.expect(shown["owner"] == shown["group"] == self.user, f"{folder} belongs to {shown['owner']}")
+                self.expect(shown["owner"] == shown["group"] == self.owner_of(trash), f"{folder} belongs to {shown['owner']}")
                 self.expect(shown["mode"] == PRIVATE_DIRECTORY, f"{folder} has the mode {shown['mode']}")
         # Root's record of a move lies beside the two folders while that is under way.
         self.touched_folders |= {trash, trash + "/files", trash + "/info"}
+        if self.owner_of(trash) == 0:
+            self.expect_home_trash_of_root()
         self.check_shortcut()
+
+    def expect_home_trash_of_root(self):
+        """Root has one, too, however empty."""
+        folders = [f"/root/.local{rest}" for rest in ("", "/share", "/share/Trash", "/share/Trash/files", "/share/Trash/info")]
+        for folder in folders:
+            shown = self.after.get(folder)
+            self.expect(shown is not None and shown["mode"] == PRIVATE_DIRECTORY, f"{folder}: {shown}")
+        self.explained_new |= {*folders, "/root/.Trash"}
+        self.touched_folders.add("/root")
 
     def check_shortcut(self):
         """~/.Trash, where it was missing, leads to the home trash."""
@@ -119,14 +135,15 @@ class Verifier:
             self.problems.append(f"no trash info file in {trash} leads back to {path}")
             return
         shown = self.after[info]
-        self.expect(shown["mode"] == PRIVATE_FILE and shown["owner"] == self.user, f"{info}: {shown}")
+        self.expect(shown["mode"] == PRIVATE_FILE and shown["owner"] == self.owner_of(trash), f"{info}: {shown}")
         name = os.path.basename(info)[: -len(".trashinfo")]
         kept = f"{trash}/files/{name}"
         self.expect(name.startswith(os.path.basename(path).split(".")[0]), f"{path} is called {name} in the Trash")
         self.expect(kept not in self.before, f"{kept} was there before")
         was, now = subtree(self.before, path), subtree(self.after, kept)
         for key in sorted(was.keys() | now.keys()):
-            same = now.get(key) in (was.get(key), self.handed_over(was.get(key)))
+            is_handed_over = self.owner_of(trash) != 0 and now.get(key) == self.handed_over(was.get(key))
+            same = is_handed_over or now.get(key) == was.get(key)
             self.expect(same, f"{path}{key}: was {was.get(key)}, in the Trash {now.get(key)}")
         self.explained_new |= {info} | {kept + key for key in now}
 
@@ -143,6 +160,18 @@ class Verifier:
         self.expect(not os.path.lexists(path), f"{path} is still there")
         self.explained_gone |= {path + key for key in subtree(self.before, path)}
         self.touched_folders.add(parent(path))
+
+    def remembered(self, folder):
+        """What is remembered is its owner's alone, and so are the folders that had to be made for it."""
+        for path in (folder, folder + "/last-run"):
+            shown = self.after.get(path)
+            private = PRIVATE_DIRECTORY if path == folder else PRIVATE_FILE
+            self.expect(shown is not None and shown["mode"] == private, f"{path}: {shown}")
+            self.explained_new.add(path)
+        while parent(folder) not in self.before:
+            folder = parent(folder)
+            self.explained_new.add(folder)
+        self.touched_folders.add(parent(folder))
 
     def nothing_else(self):
         for trash, left in self.infos.items():
@@ -178,6 +207,7 @@ def main():
     parser.add_argument("--home", required=True)
     parser.add_argument("--moved", action="append", default=[])
     parser.add_argument("--removed", action="append", default=[])
+    parser.add_argument("--remembered", action="append", default=[])
     options = parser.parse_args()
     verifier = Verifier(load(options.before), load(options.after), options.user, options.home)
     for moved in options.moved:
@@ -185,6 +215,8 @@ def main():
         verifier.moved(path, trash or options.home + "/.local/share/Trash")
     for path in options.removed:
         verifier.gone(path)
+    for path in options.remembered:
+        verifier.remembered(path)
     verifier.nothing_else()
     for problem in verifier.problems:
         print(problem)

@@ -1,7 +1,9 @@
 #include "tests/fakes/FakeTrash.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <string_view>
+#include <tuple>
 
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
@@ -53,6 +55,32 @@ std::string informationPlaceOf(const std::string& trash, const std::string& name
   return appendingPathComponent(trash + "/info", name).append(informationSuffix);
 }
 
+int hexDigit(char character) {
+  constexpr std::string_view digits = "0123456789ABCDEF";
+  const std::size_t value = digits.find(character);
+  return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+/// What `percentEncoded` was given.
+std::string percentDecoded(std::string_view text) {
+  std::string bytes;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const int high = text[at] == '%' && at + 2 < text.size() ? hexDigit(text[at + 1]) : -1;
+    const int low = high < 0 ? -1 : hexDigit(text[at + 2]);
+    bytes += low < 0 ? text[at] : static_cast<char>(high * 16 + low);
+    if (low >= 0) at += 2;
+  }
+  return bytes;
+}
+
+/// What an information file says behind a key; "" without it.
+std::string valueOf(const std::string& key, const std::string& text) {
+  const std::size_t at = text.find("\n" + key + "=");
+  if (at == std::string::npos) return {};
+  const std::size_t start = at + key.size() + 2;
+  return text.substr(start, text.find('\n', start) - start);
+}
+
 bool isSingleComponent(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
@@ -63,18 +91,20 @@ bool isAtOrBelow(const std::string& inner, const std::string& outer) {
 
 }  // namespace
 
-Status FakeTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
-                          const std::vector<std::string>& names) {
-  if (calls_.command("trash.recycle", sourceFolder, trashDirectory, names)) return calls_.failure();
-  if (!trashDirectory || !users_.isAnybodyMeant()) return calls_.failure();
+platform::Recycled FakeTrash::recycleItems(const std::string& sourceFolder,
+                                           const std::optional<std::string>& trashDirectory,
+                                           const std::vector<std::string>& names) {
+  if (calls_.command("trash.recycle", sourceFolder, trashDirectory, names)) return {calls_.failure(), {}};
+  if (!trashDirectory || !users_.isAnybodyMeant()) return {calls_.failure(), {}};
   const std::optional<std::string> folder = realFolder(sourceFolder);
-  if (!folder) return statusOf(ENOENT);
+  if (!folder) return {statusOf(ENOENT), {}};
+  std::vector<std::string> paths;
   for (const std::string& name : names) {
-    if (!isSingleComponent(name)) return statusOf(EINVAL);
-    const int error = recycleOne(*folder, name, *trashDirectory);
-    if (error != 0) return statusOf(error);
+    if (!isSingleComponent(name)) return {statusOf(EINVAL), paths};
+    const int error = recycleOne(*folder, name, *trashDirectory, paths);
+    if (error != 0) return {statusOf(error), paths};
   }
-  return Status::success();
+  return {Status::success(), paths};
 }
 
 /// The folder's own path, without the links that lead to it.
@@ -99,7 +129,8 @@ std::optional<std::string> FakeTrash::realFolder(const std::string& folder) {
   return path;
 }
 
-int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName, const std::string& trashDirectory) {
+int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName, const std::string& trashDirectory,
+                          std::vector<std::string>& paths) {
   const std::string path = appendingPathComponent(folder, itemName);
   const std::string home = foundation::deletingLastPathComponent(trashDirectory);
   const std::string top = disk_.mountPointOf(path);
@@ -117,6 +148,7 @@ int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName
   if (noted != 0) return noted;
   const int moved = disk_.move(path, placeOf(trash, name));
   if (moved != 0) disk_.remove(informationFile);
+  if (moved == 0) paths.push_back(placeOf(trash, name));
   return moved;
 }
 
@@ -141,6 +173,86 @@ std::string FakeTrash::information(const std::string& path, const std::string& t
   const std::string noted = top.empty() ? path : path.substr(top == "/" ? 1 : top.size() + 1);
   return "[Trash Info]\nPath=" + percentEncoded(noted) +
          "\nDeletionDate=" + foundation::isoDate(clock_.localTime(clock_.now())) + "\n";
+}
+
+platform::TrashedItems FakeTrash::itemsFrom(const std::string& origin,
+                                            const std::optional<std::string>& trashDirectory) {
+  if (calls_.question("trash.itemsFrom", origin, trashDirectory)) return {{}, calls_.failure()};
+  if (!trashDirectory || !users_.isAnybodyMeant()) return {{}, calls_.failure()};
+  if (!origin.starts_with('/') || !isSingleComponent(foundation::lastPathComponent(origin))) {
+    return {{}, statusOf(EINVAL)};
+  }
+  return {findItems(realPath(origin), *trashDirectory), Status::success()};
+}
+
+Status FakeTrash::putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                          platform::MissingFolders missing) {
+  const bool makes = missing == platform::MissingFolders::AreMade;
+  if (calls_.command("trash.putBack", item.path, trashDirectory, makes)) return calls_.failure();
+  if (!trashDirectory || !users_.isAnybodyMeant()) return calls_.failure();
+  const int error = returnItem(item, *trashDirectory, missing);
+  return error == 0 ? Status::success() : statusOf(error);
+}
+
+int FakeTrash::returnItem(const platform::TrashedItem& item, const std::string& trashDirectory,
+                          platform::MissingFolders missing) {
+  const auto isIt = [&](const platform::TrashedItem& found) {
+    return found.path == item.path && found.deletionDate == item.deletionDate;
+  };
+  const auto there = findItems(item.origin, trashDirectory);
+  if (std::none_of(there.begin(), there.end(), isIt)) return ENOENT;
+  const std::string folder = foundation::deletingLastPathComponent(item.origin);
+  const bool isMissing = !disk_.has(folder) && missing == platform::MissingFolders::AreMade;
+  if (const int error = isMissing ? disk_.makeFolders(folder) : 0; error != 0) return error;
+  if (disk_.has(item.origin)) return EEXIST;
+  if (const int error = disk_.move(item.path, item.origin); error != 0) return error;
+  const std::string trash = foundation::deletingLastPathComponent(foundation::deletingLastPathComponent(item.path));
+  disk_.remove(informationPlaceOf(trash, foundation::lastPathComponent(item.path)));
+  return 0;
+}
+
+/// Without the links on the way, as far as the way is there.
+std::string FakeTrash::realPath(const std::string& path) {
+  std::string rest = foundation::lastPathComponent(path);
+  std::string folder = foundation::deletingLastPathComponent(path);
+  for (;;) {
+    if (const auto real = realFolder(folder)) return appendingPathComponent(*real, rest);
+    if (folder.size() <= 1) return path;
+    rest = appendingPathComponent(foundation::lastPathComponent(folder), rest);
+    folder = foundation::deletingLastPathComponent(folder);
+  }
+}
+
+std::vector<platform::TrashedItem> FakeTrash::findItems(const std::string& origin, const std::string& trashDirectory) {
+  const std::string home = foundation::deletingLastPathComponent(trashDirectory);
+  const std::string top = disk_.mountPointOf(origin);
+  auto items = itemsIn(appendingPathComponent(home, ".local/share/Trash"), "", origin);
+  if (top != disk_.mountPointOf(home)) {
+    const std::string trash = appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+    for (const platform::TrashedItem& item : itemsIn(trash, top, origin)) items.push_back(item);
+  }
+  const auto isNewer = [](const platform::TrashedItem& one, const platform::TrashedItem& other) {
+    const auto rank = [](const auto& item) { return std::tuple(item.deletionDate, item.path.size(), item.path); };
+    return rank(one) > rank(other);
+  };
+  std::sort(items.begin(), items.end(), isNewer);
+  return items;
+}
+
+std::vector<platform::TrashedItem> FakeTrash::itemsIn(const std::string& trash, const std::string& top,
+                                                      const std::string& origin) {
+  std::vector<platform::TrashedItem> items;
+  for (const std::string& file :
+       disk_.list(trash + "/info", Access::Administrator).value_or(std::vector<std::string>())) {
+    const std::string name = foundation::deletingPathExtension(file);
+    const std::string text = disk_.fileContents(informationPlaceOf(trash, name)).value_or("");
+    const std::string path = percentDecoded(valueOf("Path", text));
+    const bool isFromThere = !path.empty() && (top.empty() ? path : appendingPathComponent(top, path)) == origin;
+    if (isFromThere && disk_.has(placeOf(trash, name))) {
+      items.push_back({placeOf(trash, name), origin, valueOf("DeletionDate", text)});
+    }
+  }
+  return items;
 }
 
 }  // namespace qm::testing

@@ -22,10 +22,19 @@ constexpr std::chrono::seconds kLimit{5};
 constexpr int kMostHangs = 8;
 constexpr const char* kEnds = "ends";
 
-bool allOfThem() {
+bool isAsked(const char* extent) {
   const char* asked = std::getenv("QM_FAULTS");
-  return asked != nullptr && std::strcmp(asked, "all") == 0;
+  return asked != nullptr && std::strcmp(asked, extent) == 0;
 }
+
+bool allOfThem() { return isAsked("all"); }
+
+// What is tried at a call, in sequence over all calls, of which a sample takes every so many. The numbers have no
+// divisor in common with how many there are for a call: each step comes to another one.
+struct Plan {
+  std::vector<Intervention> (*interventions)(const Call&);
+  std::size_t step;
+};
 
 std::string describe(const Intervention& what) {
   const std::string call = describe(what.at);
@@ -63,13 +72,16 @@ class Runs {
   explicit Runs(const Scenario& scenario)
       : scenario_(scenario), driver_(allOfThem() ? allCalls() : fileCalls(), kLimit) {}
 
-  void carryOut(std::vector<Intervention> (*interventions)(const Call&)) {
+  void carryOut(const Plan& plan) {
     std::vector<Call> calls;
     observe(calls);
     if (calls.empty()) return;
+    const bool isSample = scenario_.extent == Extent::Sample && !isAsked("each") && !allOfThem();
+    const std::size_t step = isSample ? plan.step : 1;
+    std::size_t number = 0;
     for (const Call& call : calls) {
-      for (const Intervention& what : interventions(call)) {
-        if (!::testing::Test::HasFatalFailure()) disturb(what);
+      for (const Intervention& what : plan.interventions(call)) {
+        if (number++ % step == 0 && !::testing::Test::HasFatalFailure()) disturb(what);
       }
     }
     print(calls.size());
@@ -182,8 +194,8 @@ class Runs {
 
 }  // namespace
 
-void failEveryCall(const Scenario& scenario) { Runs(scenario).carryOut(failures); }
+void failEveryCall(const Scenario& scenario) { Runs(scenario).carryOut({failures, 36}); }
 
-void endAtEveryCall(const Scenario& scenario) { Runs(scenario).carryOut(ends); }
+void endAtEveryCall(const Scenario& scenario) { Runs(scenario).carryOut({ends, 11}); }
 
 }  // namespace qm::testing

@@ -14,12 +14,6 @@ namespace {
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-// What such a file system says about owners is what its program says.
-bool isProgramOfSomebodys(int folder) {
-  struct statfs found {};
-  return ::fstatfs(folder, &found) != 0 || found.f_type == FUSE_SUPER_MAGIC;
-}
-
 // What an access list grants shows in the mode: its mask takes the place of the group's bits.
 bool othersMayWrite(const struct stat& folder) { return (folder.st_mode & kWritableByOthers) != 0; }
 
@@ -68,6 +62,11 @@ Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct
   }
   if (isProgramOfSomebodys(folder)) writers.anybody = true;
   return writers;
+}
+
+bool isProgramOfSomebodys(int folder) {
+  struct statfs found {};
+  return ::fstatfs(folder, &found) != 0 || found.f_type == FUSE_SUPER_MAGIC;
 }
 
 bool onlyRootWrites(int folder) {

@@ -32,6 +32,9 @@ struct Writers {
 /// of root's there could have been moved in by anybody.
 Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry);
 
+/// The folder is on a file system in user space, which says of owners what its program says.
+bool isProgramOfSomebodys(int folder);
+
 /// Nobody but root can make, rename or remove anything in the folder.
 bool onlyRootWrites(int folder);
 

@@ -4,13 +4,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/trash/MoveToTrash.h"
+#include "Platform/linux/trash/PutBack.h"
 #include "Platform/linux/trash/RootMove.h"
+#include "Platform/linux/trash/TrashMending.h"
 
 namespace qm::linux_ {
 namespace {
@@ -48,6 +51,26 @@ bool isTrashItself(const SourceFolder& source, const std::string& name, const st
   return item && trash && item->sameItem(*trash);
 }
 
+void add(std::vector<platform::TrashedItem>& items, const TrashDirectory& trash, const std::vector<StoredItem>& found) {
+  for (const StoredItem& item : found) items.push_back({pathOf(trash, item), item.origin, item.deletionDate});
+}
+
+// Those of one Trash are in order.
+void sortNewestFirst(std::vector<platform::TrashedItem>& items) {
+  const auto isNewer = [](const auto& one, const auto& other) { return one.deletionDate > other.deletionDate; };
+  std::stable_sort(items.begin(), items.end(), isNewer);
+}
+
+// The Trash that an item is in, among those where it can be.
+SharedTrashDirectory trashOf(const platform::TrashedItem& item, const std::vector<SharedTrashDirectory>& trashes) {
+  const std::string folder = foundation::deletingLastPathComponent(item.path);
+  const auto holds = [&](const SharedTrashDirectory& trash) { return trash->path + "/files" == folder; };
+  const auto found = std::find_if(trashes.begin(), trashes.end(), holds);
+  return found == trashes.end() ? nullptr : *found;
+}
+
+TrashProblem goneFromTrash() { return {ENOENT, "it is not in the Trash any more"}; }
+
 Status itemRefused(const std::string& name) { return trashFailure(name, {EINVAL, "it is the Trash itself"}); }
 
 }  // namespace
@@ -56,35 +79,116 @@ FreedesktopTrash::FreedesktopTrash(const platform::Users& users, const platform:
                                    std::string_view workFolderPrefix)
     : users_(users), clock_(clock), dataHome_(environmentDataHome()), workFolderPrefix_(workFolderPrefix) {}
 
-Status FreedesktopTrash::recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
-                                 const std::vector<std::string>& names) {
-  const std::string first = names.empty() ? sourceFolder : names.front();
-  if (!trashDirectory) return trashFailure(first, {ENOENT, "nobody is logged in"});
-  if (!isAbsolutePath(*trashDirectory)) return trashFailure(first, {EINVAL, "the place of the Trash is not known"});
-  TrashAnswer<SharedUser> user = userFor(*trashDirectory);
-  if (!user) return trashFailure(first, user.problem());
+platform::Recycled FreedesktopTrash::recycleItems(const std::string& sourceFolder,
+                                                  const std::optional<std::string>& trashDirectory,
+                                                  const std::vector<std::string>& names) {
+  const auto failed = [&](const TrashProblem& problem) {
+    return platform::Recycled{trashFailure(names.empty() ? sourceFolder : names.front(), problem), {}};
+  };
+  TrashAnswer<SharedUser> user = userFor(trashDirectory);
+  if (!user) return failed(user.problem());
   TrashAnswer<SourceFolder> source = openSourceFolder(sourceFolder, **user);
-  if (!source) return trashFailure(first, source.problem());
+  if (!source) return failed(source.problem());
 
   if ((*user)->forAnother) mendRootMoves(**user);
   FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
-  if (!acting.ok()) return trashFailure(first, itemProblem(EPERM));
+  if (!acting.ok()) return failed(itemProblem(EPERM));
   OpenedTrash home = finder_.homeTrash(**user);
   if (home) showTrash(*trashDirectory, **user, **home);
   OpenedTrash trash = TrashFinder::trashFor(*source, **user, home, acting);
-  if (!trash) return trashFailure(first, trash.problem());
+  if (!trash) return failed(trash.problem());
 
-  const std::string date = deletionDate();
+  platform::Recycled recycled;
   for (const std::string& name : names) {
-    if (isTrashItself(*source, name, *trashDirectory)) return itemRefused(name);
-    const auto problem = moveToTrash(*source, name, *trash, date, acting, volumes_);
-    if (problem) return trashFailure(name, *problem);
-    unflushed_.add(**trash);
+    recycled.status = recycleOne(*source, name, *trashDirectory, *trash, acting, recycled.paths);
+    if (!recycled.status) break;
   }
+  return recycled;
+}
+
+Status FreedesktopTrash::recycleOne(const SourceFolder& source, const std::string& name,
+                                    const std::string& trashDirectory, const SharedTrashDirectory& trash,
+                                    FileSystemUser& acting, std::vector<std::string>& paths) {
+  if (isTrashItself(source, name, trashDirectory)) return itemRefused(name);
+  std::string stored;
+  const auto problem = moveToTrash(source, name, trash, deletionDate(), acting, volumes_, &stored);
+  if (problem) return trashFailure(name, *problem);
+  unflushed_.add(*trash);
+  paths.push_back(trash->path + "/files/" + stored);
   return Status::success();
 }
 
-TrashAnswer<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::string& trashDirectory) {
+platform::TrashedItems FreedesktopTrash::itemsFrom(const std::string& origin,
+                                                   const std::optional<std::string>& trashDirectory) {
+  platform::TrashedItems result;
+  const auto note = [&](const TrashProblem& problem) {
+    if (result.status.ok()) result.status = lookFailure(foundation::lastPathComponent(origin), problem);
+  };
+  TrashAnswer<SharedUser> user = userFor(trashDirectory);
+  TrashAnswer<TrashesOfPath> found = user ? trashesFor(origin, **user) : user.problem();
+  if (!found) return note(found.problem()), result;
+  if (found->problem) note(*found->problem);
+  const FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
+  if (!acting.ok()) return note(itemProblem(EPERM)), result;
+  for (const SharedTrashDirectory& trash : found->trashes) {
+    TrashAnswer<std::vector<StoredItem>> items = storedItemsFrom(*trash, found->path);
+    if (!items) note(items.problem());
+    if (items) add(result.items, *trash, *items);
+  }
+  sortNewestFirst(result.items);
+  return result;
+}
+
+Status FreedesktopTrash::putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                                 platform::MissingFolders missing) {
+  const auto failed = [&](const TrashProblem& problem) {
+    return putBackFailure(foundation::lastPathComponent(item.origin), problem);
+  };
+  TrashAnswer<SharedUser> user = userFor(trashDirectory);
+  TrashAnswer<TrashesOfPath> found = user ? trashesFor(item.origin, **user) : user.problem();
+  if (!found) return failed(found.problem());
+  const SharedTrashDirectory trash = trashOf(item, found->trashes);
+  if (!trash) return failed(found->problem.value_or(goneFromTrash()));
+
+  FileSystemUser acting((*user)->forAnother ? &(*user)->identity : nullptr);
+  if (!acting.ok()) return failed(itemProblem(EPERM));
+  const std::optional<StoredItem> stored = storedItem(*trash, foundation::lastPathComponent(item.path));
+  if (!stored || stored->origin != item.origin || stored->deletionDate != item.deletionDate) {
+    return failed(goneFromTrash());
+  }
+  acting.leave();
+  TrashAnswer<PutBackPlace> place = openPutBackPlace(item.origin, **user, missing);
+  if (!place) return failed(place.problem());
+  acting.enter();
+  if (!acting.ok()) return failed(itemProblem(EPERM));
+  const auto problem = linux_::putBack(*trash, *stored, *place, **user, acting, volumes_);
+  if (problem) return failed(*problem);
+  unflushed_.add(*trash);
+  return Status::success();
+}
+
+// As root what was ended in the middle is mended first, so that nothing is missing in the Trash.
+TrashAnswer<TrashesOfPath> FreedesktopTrash::trashesFor(const std::string& origin, const TrashUser& user) {
+  const std::string name = foundation::lastPathComponent(origin);
+  if (!isAbsolutePath(origin) || name == "/" || name == "." || name == "..") {
+    return TrashProblem{EINVAL, "that is not the place of an item"};
+  }
+  TrashesOfPath found = trashesOfPath(origin, user, finder_);
+  for (const SharedTrashDirectory& trash : found.trashes) {
+    if (!user.forAnother) continue;
+    mendRootMoves(*trash, user);
+    mendPutBacks(*trash, user.identity);
+  }
+  return found;
+}
+
+TrashAnswer<FreedesktopTrash::SharedUser> FreedesktopTrash::userFor(const std::optional<std::string>& trashDirectory) {
+  if (!trashDirectory) return TrashProblem{ENOENT, "nobody is logged in"};
+  if (!isAbsolutePath(*trashDirectory)) return TrashProblem{EINVAL, "the place of the Trash is not known"};
+  return userOf(*trashDirectory);
+}
+
+TrashAnswer<FreedesktopTrash::SharedUser> FreedesktopTrash::userOf(const std::string& trashDirectory) {
   const KnownUser asked{users_.realUserId(), trashDirectory, clock_.monotonicNow(), nullptr};
   if (SharedUser known = knownUser(asked)) return known;
   TrashAnswer<TrashUser> user = findTrashUser(users_, dataHome_, workFolderPrefix_);

@@ -13,6 +13,7 @@
 #include "Platform/linux/files/MountTable.h"
 #include "Platform/linux/trash/TrashFinder.h"
 #include "Platform/linux/trash/TrashUser.h"
+#include "Platform/linux/trash/TrashesOfPath.h"
 #include "Platform/linux/trash/UnflushedTrashes.h"
 
 namespace qm::linux_ {
@@ -27,8 +28,12 @@ class FreedesktopTrash final : public platform::Trash {
   /// As root the work is done with the console user's rights and belongs to him; root's own rights are
   /// used where his do not suffice to take the item from its folder, and the item is then handed over to him. ~/.Trash
   /// is made as a link to the home trash when nothing is there.
-  platform::Status recycle(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
-                           const std::vector<std::string>& names) override;
+  platform::Recycled recycleItems(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
+                                  const std::vector<std::string>& names) override;
+  platform::TrashedItems itemsFrom(const std::string& origin,
+                                   const std::optional<std::string>& trashDirectory) override;
+  platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                           platform::MissingFolders missing) override;
   void makeDurable() override { unflushed_.flush(); }
 
  private:
@@ -49,9 +54,14 @@ class FreedesktopTrash final : public platform::Trash {
     std::chrono::steady_clock::time_point since;
   };
 
-  TrashAnswer<SharedUser> userFor(const std::string& trashDirectory);
+  TrashAnswer<SharedUser> userFor(const std::optional<std::string>& trashDirectory);
+  TrashAnswer<SharedUser> userOf(const std::string& trashDirectory);
+  TrashAnswer<TrashesOfPath> trashesFor(const std::string& origin, const TrashUser& user);
   SharedUser knownUser(const KnownUser& asked);
   void showTrash(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home);
+  platform::Status recycleOne(const SourceFolder& source, const std::string& name, const std::string& trashDirectory,
+                              const SharedTrashDirectory& trash, FileSystemUser& acting,
+                              std::vector<std::string>& paths);
   std::string deletionDate();
 
   const platform::Users& users_;

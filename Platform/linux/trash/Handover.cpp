@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,34 +11,20 @@
 
 #include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/linux/rights/Writers.h"
+#include "Platform/linux/trash/ItemsVisitor.h"
+#include "Platform/linux/trash/LentRights.h"
 #include "Platform/posix/TreeWalk.h"
 
 namespace qm::linux_ {
 namespace {
 
 using posix::FileError;
-using posix::UniqueFd;
 
-constexpr const char* kCapabilities = "security.capability";
-constexpr mode_t kPermissions = 07777;
-constexpr mode_t kLending = S_ISUID | S_ISGID;
 constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
-
-// 0 and `found`, or an error number. A volume without such attributes has no capabilities.
-int lookForCapabilities(int item, bool& found) {
-  found = ::getxattr(posix::pathOfDescriptor(item).c_str(), kCapabilities, nullptr, 0) >= 0;
-  return found || errno == ENODATA || errno == ENOTSUP ? 0 : errno;
-}
-
-int dropCapabilities(int item) {
-  bool found = false;
-  if (const int error = lookForCapabilities(item, found)) return error;
-  return found ? posix::errorOf(::removexattr(posix::pathOfDescriptor(item).c_str(), kCapabilities)) : 0;
-}
 
 // The mode that a file may keep.
 mode_t keptMode(const struct stat& file, Reached reached) {
-  const mode_t mode = file.st_mode & kPermissions & ~kLending;
+  const mode_t mode = file.st_mode & kPermissions & ~kLendingBits;
   return reached == Reached::Yes ? mode : mode & ~kForOthers;
 }
 
@@ -65,34 +50,23 @@ int giveFolder(int folder, const FileSystemIdentity& person) {
   struct stat found {};
   if (::fstat(folder, &found) != 0) return errno;
   if (found.st_uid != person.uid && ::fchown(folder, person.uid, person.gid) != 0) return errno;
-  const mode_t mode = (found.st_mode & kPermissions & ~kLending) | S_IRWXU;
+  const mode_t mode = (found.st_mode & kPermissions & ~kLendingBits) | S_IRWXU;
   return mode == (found.st_mode & kPermissions) ? 0 : posix::errorOf(::fchmod(folder, mode));
 }
 
-/// What both walks have in common: which mount they stay on, and what the person can reach.
-class ItemVisitor : public posix::TreeVisitor {
+/// What both walks have in common: what the person can reach.
+class ReachVisitor : public ItemsVisitor {
  public:
-  ItemVisitor(const FileSystemIdentity& person, Reached reached) : identity_(person), reached_{reached} {}
+  ReachVisitor(const FileSystemIdentity& person, Reached reached) : identity_(person), reached_{reached} {}
 
-  int entered(const posix::FolderChain& chain, const std::string&) override {
-    if (reached_.size() == 1) mount_ = chain.identity();
-    if (!chain.identity().sameMount(mount_)) return EBUSY;
-    return reached_.back() == Reached::Yes ? lookWhetherOpen(chain.folder()) : noteReached(Reached::No);
+  int folderEntered(int folder) override {
+    return reached_.back() == Reached::Yes ? lookWhetherOpen(folder) : noteReached(Reached::No);
   }
-
-  int item(int folder, const std::string& name) override {
-    const UniqueFd item(::openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    const auto status = item ? statusOf(item.get()) : std::nullopt;
-    if (!status) return errno == ENOENT ? 0 : errno;
-    return S_ISDIR(status->st_mode) ? ESTALE : file(item.get(), *status, reached_.back());
-  }
-
-  int left(int /*parent*/, int folder, const std::string&) override {
+  int folderLeft(int folder) override {
     reached_.pop_back();
     return this->folder(folder);
   }
-
-  int cannotEnter(int, const std::string&, int error) override { return error == ENOENT ? 0 : error; }
+  int file(int item, const struct stat& status) override { return file(item, status, reached_.back()); }
 
   virtual int file(int item, const struct stat& status, Reached reached) = 0;
   virtual int folder(int folder) = 0;
@@ -111,15 +85,15 @@ class ItemVisitor : public posix::TreeVisitor {
   }
 
   const FileSystemIdentity& identity_;
-  posix::FolderIdentity mount_;
   std::vector<Reached> reached_;  ///< of the item, and of every folder down to the one that the walk is in
 };
 
-class Giving : public ItemVisitor {
+class Giving : public ReachVisitor {
  public:
   Giving(const FileSystemIdentity& person, Reached reached, HandedOver what)
-      : ItemVisitor(person, reached), person_(person), what_(what) {}
+      : ReachVisitor(person, reached), person_(person), what_(what) {}
 
+  using ReachVisitor::file;
   int file(int item, const struct stat& status, Reached reached) override {
     if (what_ == HandedOver::ACopy && isDevice(status)) return note(ENODEV);
     return note(settleFile(item, status, reached));
@@ -138,16 +112,17 @@ class Giving : public ItemVisitor {
   int firstError_ = 0;
 };
 
-class Looking : public ItemVisitor {
+class Looking : public ReachVisitor {
  public:
   Looking(const FileSystemIdentity& person, Reached reached, HandedOver what)
-      : ItemVisitor(person, reached), what_(what) {}
+      : ReachVisitor(person, reached), what_(what) {}
 
   int item(int folder, const std::string& name) override {
     if (posix::isProtected(folder, name.c_str())) return EPERM;
     name_ = name;
-    return ItemVisitor::item(folder, name);
+    return ItemsVisitor::item(folder, name);
   }
+  using ReachVisitor::file;
   int file(int item, const struct stat& status, Reached reached) override {
     if (what_ == HandedOver::ACopy) return isDevice(status) ? ENODEV : 0;
     if (status.st_nlink == 1) return 0;

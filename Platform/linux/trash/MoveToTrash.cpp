@@ -10,6 +10,7 @@
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/trash/InfoFile.h"
+#include "Platform/linux/trash/OwnLockedFolder.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
@@ -18,8 +19,6 @@
 
 namespace qm::linux_ {
 namespace {
-
-using posix::UniqueFd;
 
 // How often another program may snatch the name that was just found free.
 constexpr int kMostRounds = 64;
@@ -40,13 +39,14 @@ bool isFolder(const ItemIdentity& item) { return S_ISDIR(item.mode); }
 class Move {
  public:
   Move(const SourceFolder& source, const std::string& name, const SharedTrashDirectory& trash, FileSystemUser& acting,
-       MountedVolumes& volumes)
+       MountedVolumes& volumes, std::string* stored)
       : source_(source),
         name_(name),
         shared_(trash),
         trash_(*trash),
         acting_(acting),
         volumes_(volumes),
+        stored_(stored),
         path_(source.path == "/" ? "/" + name : source.path + "/" + name) {}
 
   std::optional<TrashProblem> run(const std::string& deletionDate) {
@@ -108,6 +108,7 @@ class Move {
     madeInfo_ = error == 0;
     if (error == 0) error = renameTo(stored);
     if (error == 0) info.keep();
+    if (error == 0) *stored_ = stored;
     return error;
   }
 
@@ -115,8 +116,7 @@ class Move {
     const auto rename = [&] {
       return posix::renameWithoutReplacing({source_.fd.get(), name_}, {trash_.files.get(), stored});
     };
-    const int error = rename();
-    return error == EACCES && isOwnLockedFolder() ? renameUnlocked(rename) : error;
+    return renameAlsoWhenLocked(source_.fd.get(), name_, item_, trash_.filesIdentity.owner, rename);
   }
 
   static bool isRefused(int error) { return error == EACCES || error == EPERM; }
@@ -128,8 +128,7 @@ class Move {
     return problem;
   }
 
-  std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person,
-                                                 const std::string& deletionDate) const {
+  std::optional<TrashProblem> moveWithRootRights(const FileSystemIdentity& person, const std::string& deletionDate) {
     PinnedPlace place;
     place.folder = duplicate(source_.fd);
     place.name = name_;
@@ -141,6 +140,7 @@ class Move {
     if (const posix::FileError error = move.obstacle()) return TrashProblem{error.code, obstacleWords(error.code)};
     std::string unused;
     const posix::FileError error = move.run(&unused);
+    if (!error) *stored_ = move.storedName();
     return error ? std::optional(itemProblem(error.code)) : std::nullopt;
   }
 
@@ -154,31 +154,13 @@ class Move {
     return asRoot;
   }
 
-  // A folder can be moved elsewhere only by who may write in it, which its owner can always allow
-  // himself. That is done only where nothing else stands in the way.
-  bool isOwnLockedFolder() const {
-    return isFolder(item_) && item_.owner == trash_.filesIdentity.owner && (item_.mode & S_IWUSR) == 0 &&
-           ::faccessat(source_.fd.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
-  }
-
-  // The folder's mode is as before afterwards, wherever it then is.
-  int renameUnlocked(const std::function<int()>& rename) const {
-    const UniqueFd folder(::openat(source_.fd.get(), name_.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::optional<ItemIdentity> found = folder ? itemIdentity(folder.get()) : std::nullopt;
-    if (!found || !found->sameItem(item_)) return EACCES;
-    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO | S_ISUID | S_ISGID | S_ISVTX;
-    if (posix::setMode(folder.get(), (found->mode & permissions) | S_IWUSR) != 0) return EACCES;
-    const int error = rename();
-    posix::setMode(folder.get(), found->mode & permissions);
-    return error;
-  }
-
   const SourceFolder& source_;
   const std::string& name_;
   const SharedTrashDirectory& shared_;
   const TrashDirectory& trash_;
   FileSystemUser& acting_;
   MountedVolumes& volumes_;
+  std::string* stored_;
   std::string path_;
   ItemIdentity item_;
   bool madeInfo_ = false;
@@ -188,9 +170,9 @@ class Move {
 
 std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
                                         const SharedTrashDirectory& trash, const std::string& deletionDate,
-                                        FileSystemUser& acting, MountedVolumes& volumes) {
+                                        FileSystemUser& acting, MountedVolumes& volumes, std::string* stored) {
   if (!isValidName(name)) return TrashProblem{EINVAL, "that is not the name of an item"};
-  return Move(source, name, trash, acting, volumes).run(deletionDate);
+  return Move(source, name, trash, acting, volumes, stored).run(deletionDate);
 }
 
 }  // namespace qm::linux_

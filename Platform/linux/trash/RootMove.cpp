@@ -65,6 +65,7 @@ class RootMove::Steps {
 
   int sourceFolder() const { return source_.folder.get(); }
   int trashFolder() const { return trash_->folder.get(); }
+  const std::string& storedName() const { return record_.stored; }
 
   FileError run(std::string* note) {
     const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get(), newWorkName());
@@ -248,6 +249,7 @@ FileError RootMove::obstacle() const { return steps_->obstacle(); }
 bool RootMove::isOnTrashVolume() const { return steps_->isOnTrashVolume(); }
 int RootMove::sourceFolder() const { return steps_->sourceFolder(); }
 int RootMove::trashFolder() const { return steps_->trashFolder(); }
+const std::string& RootMove::storedName() const { return steps_->storedName(); }
 FileError RootMove::run(std::string* note) { return steps_->run(note); }
 
 std::string obstacleWords(int error) {
@@ -260,12 +262,14 @@ void mendRootMoves(const TrashUser& person) {
   if (trash) mendRootMoves(**trash, person);
 }
 
+bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person) {
+  const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
+  return home && trash.topFolder.empty() && trash.folderIdentity.device == home->device;
+}
+
 // A volume that somebody brought along says of owners what its maker likes: records count at home only.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
-  const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
-  if (home && trash.topFolder.empty() && trash.folderIdentity.device == home->device) {
-    mendTrashMoves(trash, person.identity);
-  }
+  if (isTrashOfHome(trash, person)) mendTrashMoves(trash, person.identity);
 }
 
 }  // namespace qm::linux_

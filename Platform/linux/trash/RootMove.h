@@ -37,6 +37,9 @@ class RootMove {
   int sourceFolder() const;
   int trashFolder() const;
 
+  /// The name that it has in the Trash when it has been moved.
+  const std::string& storedName() const;
+
   /// Moves it. `note` says what is worth knowing of a success.
   posix::FileError run(std::string* note);
 
@@ -47,6 +50,9 @@ class RootMove {
 
 /// What people are told about an obstacle.
 std::string obstacleWords(int error);
+
+/// Whether a Trash is a home trash on the volume of its person's home.
+bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person);
 
 /// Finishes or undoes what moves to this person's Trash left that were ended in the middle.
 void mendRootMoves(const TrashUser& person);

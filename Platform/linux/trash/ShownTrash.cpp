@@ -43,7 +43,7 @@ bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
 
 }  // namespace
 
-// ~/.Trash stands for the folder "files" of a Trash.
+// ~/.Trash stands for the folder "files" of a Trash, which is whole: nothing is made.
 OpenedTrash openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);
@@ -54,18 +54,15 @@ OpenedTrash openLinkedTrash(const TrashUser& person) {
   if (!above || !linked) return trashFolderProblem(errno, link);
   if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
-  OpenedTrash opened = openTrashDirectory(above.get(), name, person, "");
+  OpenedTrash opened = openTrashDirectory(above.get(), name, person, "", MissingTrash::StaysMissing);
   return opened && (*opened)->filesIdentity.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);
 }
 
 OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing) {
-  const FileSystemUser acting(&person.identity);
+  const FileSystemUser acting(person.forAnother ? &person.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   OpenedTrash linked = openLinkedTrash(person);
-  const std::string home = person.home + "/.local/share/Trash";
-  if (linked || (missing == MissingTrash::StaysMissing && !itemIdentity(AT_FDCWD, (home + "/info").c_str())))
-    return linked;
-  return TrashFinder().homeTrash(person);
+  return linked ? linked : TrashFinder().homeTrash(person, missing);
 }
 
 }  // namespace qm::linux_

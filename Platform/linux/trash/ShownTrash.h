@@ -5,12 +5,9 @@
 
 namespace qm::linux_ {
 
-/// Whether a home trash is made where there is none.
-enum class MissingTrash { IsMade, StaysMissing };
-
 /// The Trash in a person's home that the desktop shows: the one that ~/.Trash leads to, if that is a whole Trash of the
 /// person's own, else the home trash of the freedesktop.org rules, which may be missing. Everything is done
-/// with the person's rights. For a process of root's.
+/// with the person's rights, also by a process of root's.
 OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing);
 
 /// The Trash that ~/.Trash leads to, if that is a whole Trash of the person's own. With the rights of the calling

@@ -32,8 +32,6 @@ bool isTidy(const std::string& path) {
          !path.ends_with("/..");
 }
 
-TrashProblem folderProblem(int code) { return problemOf(code, posix::Subject::TrashedItemsFolder); }
-
 // `path` is "" where it has to be asked for, which takes longer than all the rest.
 TrashAnswer<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
@@ -44,27 +42,32 @@ TrashAnswer<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string
   return SourceFolder{std::move(fd), *identity, std::move(path), withRootRights};
 }
 
-TrashAnswer<SourceFolder> openWithRightsOf(const TrashUser& user, const std::string& folder) {
+bool isPath(const std::string& folder) { return folder.starts_with('/') && folder.find('\0') == std::string::npos; }
+
+TrashProblem noPlace() { return {EINVAL, "the place of its folder is not known"}; }
+
+}  // namespace
+
+TrashProblem folderProblem(int code) { return problemOf(code, posix::Subject::TrashedItemsFolder); }
+
+TrashAnswer<SourceFolder> openFolderAsUser(const std::string& folder, const TrashUser& user) {
+  if (!isPath(folder)) return noPlace();
   const FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
   if (!acting.ok()) return itemProblem(EPERM);
   return describe(openPlainly(folder), false);
 }
 
-}  // namespace
-
 TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
-  if (!folder.starts_with('/') || folder.find('\0') != std::string::npos) {
-    return TrashProblem{EINVAL, "the place of its folder is not known"};
-  }
+  if (!isPath(folder)) return noPlace();
   UniqueFd plain = openWithoutLinks(folder);
   if (plain) return describe(std::move(plain), user.forAnother, isTidy(folder) ? folder : "");
   if (!mayLeadThroughLinks(errno)) return folderProblem(errno);
   const bool isRootsOwn = !user.forAnother && user.identity.uid == 0;
-  if (!user.forAnother && !isRootsOwn) return openWithRightsOf(user, folder);
+  if (!user.forAnother && !isRootsOwn) return openFolderAsUser(folder, user);
   UniqueFd trusted = openFolderThroughRootsLinks(folder);
   if (trusted || (errno != ELOOP && errno != EPERM)) return describe(std::move(trusted), user.forAnother);
   if (isRootsOwn) return TrashProblem{EPERM, "a link that is not root’s leads to its folder"};
-  return openWithRightsOf(user, folder);
+  return openFolderAsUser(folder, user);
 }
 
 }  // namespace qm::linux_

@@ -24,4 +24,10 @@ struct SourceFolder {
 /// it is for root itself.
 TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
+/// The same with the user's rights all the way.
+TrashAnswer<SourceFolder> openFolderAsUser(const std::string& folder, const TrashUser& user);
+
+/// The problem of a folder that cannot be opened.
+TrashProblem folderProblem(int code);
+
 }  // namespace qm::linux_

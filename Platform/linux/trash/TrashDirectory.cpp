@@ -28,19 +28,10 @@ std::string shownIn(int parent, const std::string& name) {
   return (path == "/" ? "" : path) + "/" + name;
 }
 
-}  // namespace
-
-UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags) {
-  const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
-  UniqueFd fd = open();
-  if (fd || errno != ENOENT) return fd;
-  // Somebody else may make it at the same moment; the second look decides.
-  if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
-  return open();
-}
-
-TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown) {
-  UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW);
+// A link, or a folder of somebody else, is refused. `shown` names it in the problem.
+TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown,
+                                    MissingTrash missing) {
+  UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW, missing);
   if (!fd) return trashFolderProblem(errno, shown);
   const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
   if (!identity) return trashFolderProblem(errno, shown);
@@ -48,15 +39,26 @@ TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t o
   return fd;
 }
 
-OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
-                               const std::string& topFolder) {
+}  // namespace
+
+UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, MissingTrash missing) {
+  const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
+  UniqueFd fd = open();
+  if (fd || errno != ENOENT || missing == MissingTrash::StaysMissing) return fd;
+  // Somebody else may make it at the same moment; the second look decides.
+  if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
+  return open();
+}
+
+OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user, const std::string& topFolder,
+                               MissingTrash missing) {
   const uid_t owner = user.identity.uid;
   const std::string shown = shownIn(parent, name);
-  TrashAnswer<UniqueFd> trash = openOwnFolder(parent, name, owner, shown);
+  TrashAnswer<UniqueFd> trash = openOwnFolder(parent, name, owner, shown, missing);
   if (!trash) return trash.problem();
-  TrashAnswer<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files");
+  TrashAnswer<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files", missing);
   if (!files) return files.problem();
-  TrashAnswer<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info");
+  TrashAnswer<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info", missing);
   if (!info) return info.problem();
   const auto folderIdentity = itemIdentity(trash->get());
   const auto filesIdentity = itemIdentity(files->get());

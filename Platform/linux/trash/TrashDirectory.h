@@ -36,15 +36,15 @@ using SharedTrashDirectory = std::shared_ptr<const TrashDirectory>;
 /// A Trash, or why there is none to be used.
 using OpenedTrash = TrashAnswer<SharedTrashDirectory>;
 
-/// Opens a folder in another one and makes it, for its owner alone, when nothing is there. A link, or a
-/// folder of somebody else, is refused. `shown` names it in the problem.
-TrashAnswer<posix::UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown);
+/// Whether a Trash, or a folder of it, is made where there is none.
+enum class MissingTrash { IsMade, StaysMissing };
 
-/// The same without a word about who owns it; a link is followed unless `flags` say O_NOFOLLOW.
-posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags);
+/// Opens a folder in another one. When nothing is there, it is made for its owner alone, or ENOENT. A link is followed
+/// unless `flags` say O_NOFOLLOW.
+posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, MissingTrash missing);
 
-/// Opens the user's Trash `name` of `parent` with its two folders and makes what is missing.
-OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user,
-                               const std::string& topFolder);
+/// Opens the user's Trash `name` of `parent` with its two folders. Links, and folders of somebody else, are refused.
+OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashUser& user, const std::string& topFolder,
+                               MissingTrash missing = MissingTrash::IsMade);
 
 }  // namespace qm::linux_

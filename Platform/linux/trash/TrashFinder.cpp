@@ -26,14 +26,14 @@ UniqueFd openAnchor(const TrashUser& user) {
 }
 
 // For another person the way below his home must be without links: root follows none that he planted.
-TrashAnswer<UniqueFd> openDataFolder(const TrashUser& user) {
+TrashAnswer<UniqueFd> openDataFolder(const TrashUser& user, MissingTrash missing) {
   UniqueFd at = openAnchor(user);
   std::string shown = user.dataHome ? "" : user.home;
   for (const std::string& component : foundation::pathComponents(user.dataHome.value_or(kDataFolder))) {
     if (!at) break;
     if (component == "/") continue;
     shown += "/" + component;
-    at = openOrMakeFolder(at.get(), component, user.forAnother ? O_NOFOLLOW : 0);
+    at = openOrMakeFolder(at.get(), component, user.forAnother ? O_NOFOLLOW : 0, missing);
   }
   if (!at) return trashFolderProblem(errno, shown);
   return at;
@@ -64,8 +64,16 @@ class VolumeTrash {
       : top_(std::move(top)), path_(std::move(path)), user_(user), acting_(acting) {}
 
   OpenedTrash open() {
-    OpenedTrash shared = openShared();
+    OpenedTrash shared = openShared(MissingTrash::IsMade);
     return shared ? shared : openOwn();
+  }
+
+  /// Both of them, as far as they are there.
+  std::vector<OpenedTrash> openWhatIsThere() {
+    std::vector<OpenedTrash> trashes;
+    trashes.push_back(openShared(MissingTrash::StaysMissing));
+    trashes.push_back(openTrashDirectory(top_.get(), ownName(), user_, path_, MissingTrash::StaysMissing));
+    return trashes;
   }
 
  private:
@@ -73,11 +81,11 @@ class VolumeTrash {
   std::string ownName() const { return ".Trash-" + userNumber(); }
 
   // Without the sticky bit anybody could swap the user's folder in it, and a link could lead anywhere.
-  OpenedTrash openShared() {
+  OpenedTrash openShared(MissingTrash missing) {
     const UniqueFd shared(::openat(top_.get(), ".Trash", O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const std::optional<ItemIdentity> identity = shared ? itemIdentity(shared.get()) : std::nullopt;
     if (!identity || (identity->mode & S_ISVTX) == 0) return trashFolderProblem(ENOENT, path_);
-    return openTrashDirectory(shared.get(), userNumber(), user_, path_);
+    return openTrashDirectory(shared.get(), userNumber(), user_, path_, missing);
   }
 
   OpenedTrash openOwn() {
@@ -109,7 +117,7 @@ class VolumeTrash {
   FileSystemUser& acting_;
 };
 
-OpenedTrash volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
+TrashAnswer<VolumeTrash> volumeTrash(const SourceFolder& source, const TrashUser& user, FileSystemUser& acting) {
   const std::optional<std::string> path = MountTable().mountPoint(source.identity.mount);
   if (!path) return itemProblem(EXDEV);
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -117,25 +125,34 @@ OpenedTrash volumeTrash(const SourceFolder& source, const TrashUser& user, FileS
   const std::optional<ItemIdentity> identity = itemIdentity(top.get());
   // Another volume may be attached on top of this one, which cannot be reached then.
   if (!identity || identity->mount != source.identity.mount) return itemProblem(EXDEV);
-  return VolumeTrash(std::move(top), *path, user, acting).open();
+  return VolumeTrash(std::move(top), *path, user, acting);
 }
 
 }  // namespace
 
-OpenedTrash TrashFinder::homeTrash(const TrashUser& user) {
+OpenedTrash TrashFinder::homeTrash(const TrashUser& user, MissingTrash missing) {
   const uid_t owner = user.identity.uid;
   const std::string folder = dataFolder(user) + "/Trash";
   if (SharedTrashDirectory known = remembered(owner, folder)) return known;
-  TrashAnswer<UniqueFd> data = openDataFolder(user);
+  TrashAnswer<UniqueFd> data = openDataFolder(user, missing);
   if (!data) return data.problem();
-  OpenedTrash trash = openTrashDirectory(data->get(), "Trash", user, "");
+  OpenedTrash trash = openTrashDirectory(data->get(), "Trash", user, "", missing);
   if (trash) remember({owner, folder, *trash});
   return trash;
 }
 
 OpenedTrash TrashFinder::trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
                                   FileSystemUser& acting) {
-  return isForHome(source, user, home) ? home : volumeTrash(source, user, acting);
+  if (isForHome(source, user, home)) return home;
+  TrashAnswer<VolumeTrash> trash = volumeTrash(source, user, acting);
+  return trash ? trash->open() : trash.problem();
+}
+
+std::vector<OpenedTrash> TrashFinder::volumeTrashes(const SourceFolder& source, const TrashUser& user,
+                                                    FileSystemUser& acting) {
+  TrashAnswer<VolumeTrash> trash = volumeTrash(source, user, acting);
+  // A volume without a Trash has nothing in it.
+  return trash ? trash->openWhatIsThere() : std::vector<OpenedTrash>();
 }
 
 SharedTrashDirectory TrashFinder::remembered(uid_t owner, const std::string& folder) {

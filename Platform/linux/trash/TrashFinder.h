@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "Platform/linux/rights/FileSystemUser.h"
 #include "Platform/linux/trash/SourceFolder.h"
@@ -17,12 +18,16 @@ namespace qm::linux_ {
 /// time, since an open folder would keep the volume from being ejected.
 class TrashFinder {
  public:
-  OpenedTrash homeTrash(const TrashUser& user);
+  OpenedTrash homeTrash(const TrashUser& user, MissingTrash missing = MissingTrash::IsMade);
 
   /// The Trash on the volume of a folder: the home trash where that lies on it, else the volume's own.
   /// `home` is the answer of `homeTrash`.
   static OpenedTrash trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
                               FileSystemUser& acting);
+
+  /// The Trashes of the user's that are on the volume of a folder, but for the home trash. Makes nothing.
+  static std::vector<OpenedTrash> volumeTrashes(const SourceFolder& source, const TrashUser& user,
+                                                FileSystemUser& acting);
 
  private:
   struct Home {

@@ -1,5 +1,6 @@
 #include "Platform/linux/trash/TrashInfo.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace qm::linux_ {
@@ -16,6 +17,48 @@ void appendEncoded(std::string& text, char c) {
   text += '%';
   text += digits[byte >> 4U];
   text += digits[byte & 15U];
+}
+
+constexpr std::string_view kGroup = "[Trash Info]";
+constexpr std::string_view kBlanks = " \t";
+
+std::string_view nextLine(std::string_view& text) {
+  const std::size_t end = std::min(text.find('\n'), text.size());
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return line;
+}
+
+// What stands behind "key =", if that is how the line begins.
+std::optional<std::string_view> valueOf(std::string_view key, std::string_view line) {
+  const std::size_t equals = line.find('=');
+  if (equals == std::string_view::npos) return std::nullopt;
+  std::string_view found = line.substr(0, equals);
+  found = found.substr(0, found.find_last_not_of(kBlanks) + 1);
+  if (found != key) return std::nullopt;
+  const std::string_view value = line.substr(equals + 1);
+  return value.substr(std::min(value.find_first_not_of(kBlanks), value.size()));
+}
+
+// The first one in the group counts.
+std::optional<std::string_view> valueIn(std::string_view group, std::string_view key) {
+  while (!group.empty()) {
+    const std::string_view line = nextLine(group);
+    if (line.starts_with('[')) return std::nullopt;
+    if (const auto value = valueOf(key, line)) return value;
+  }
+  return std::nullopt;
+}
+
+bool goesUp(std::string_view path) {
+  return path == ".." || path.starts_with("../") || path.ends_with("/..") ||
+         path.find("/../") != std::string_view::npos;
+}
+
+bool isDate(std::string_view text) {
+  constexpr std::string_view form = "0000-00-00T00:00:00";
+  const auto fits = [](char c, char wanted) { return wanted == '0' ? c >= '0' && c <= '9' : c == wanted; };
+  return text.size() == form.size() && std::equal(text.begin(), text.end(), form.begin(), fits);
 }
 
 }  // namespace
@@ -48,6 +91,16 @@ std::string percentDecoded(std::string_view text) {
 
 std::string trashInfoText(std::string_view path, const std::string& deletionDate) {
   return "[Trash Info]\nPath=" + percentEncoded(path) + "\nDeletionDate=" + deletionDate + "\n";
+}
+
+std::optional<TrashDescription> parsedTrashInfo(std::string_view text) {
+  if (text.find('\0') != std::string_view::npos || nextLine(text) != kGroup) return std::nullopt;
+  const auto path = valueIn(text, "Path");
+  const auto date = valueIn(text, "DeletionDate");
+  TrashDescription result{percentDecoded(path.value_or("")), std::string(date.value_or(""))};
+  const bool isPath = !result.path.empty() && result.path.find('\0') == std::string::npos && !goesUp(result.path);
+  if (!isDate(result.deletionDate)) result.deletionDate.clear();
+  return isPath ? std::optional(std::move(result)) : std::nullopt;
 }
 
 }  // namespace qm::linux_

@@ -8,14 +8,19 @@
 
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/Handover.h"
+#include "Platform/linux/trash/InfoFile.h"
 #include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/linux/trash/TrashName.h"
 #include "Platform/linux/trash/WorkFolder.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/TreeRemoval.h"
 
 namespace qm::linux_ {
 namespace {
 
 using posix::UniqueFd;
+
+constexpr unsigned kMostNames = 64;
 
 // Somebody may have made one of the same name with other words. A process that was ended may have written only the
 // beginning of its own.
@@ -26,14 +31,16 @@ bool holdsBeginningOf(const std::string& text, int folder, const std::string& na
   return got >= 0 && text.starts_with(found.substr(0, static_cast<std::size_t>(got)));
 }
 
+enum class Mended : bool { PutBacks, Everything };
+
 class Mending {
  public:
   Mending(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work,
-          const TrashRecord& record)
-      : trash_(trash), person_(person), work_(work), record_(record) {}
+          const TrashRecord& record, Mended mended)
+      : trash_(trash), person_(person), work_(work), record_(record), mended_(mended) {}
 
   /// Nothing is left to do.
-  bool run() { return record_.isCopy() ? mendCopy() : mendItem(); }
+  bool run() { return record_.isLeaving() ? mendLeaving() : record_.isCopy() ? mendCopy() : mendItem(); }
 
  private:
   bool mendItem() {
@@ -41,6 +48,25 @@ class Mending {
     if (item && itemNumber(item.get()) == record_.item) return !handOver(item.get(), person_, record_.reached);
     forgetDescription(trash_, person_, record_);
     return true;
+  }
+
+  // Its place, if it has reached it, is not looked at: its copy is there before it is expendable.
+  bool mendLeaving() const {
+    if (!removeGrowing()) return false;
+    if (itemNumber(work_.descriptor(), kAsideName)) {
+      return returnToTrash(trash_, person_, record_, work_.descriptor()) == 0;
+    }
+    if (!itemNumber(trash_.files.get(), record_.stored)) forgetDescription(trash_, person_, record_);
+    return removeExpendable(work_.descriptor()) == 0;
+  }
+
+  // What is in it is a copy of what is in the Trash, or at its place.
+  bool removeGrowing() const {
+    if (record_.aside.empty() || mended_ == Mended::PutBacks) return true;
+    const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
+    if (!origin) return origin.problem().error == ENOENT || origin.problem().error == ENOTDIR;
+    const Answer<WorkFolder> beside = WorkFolder::open(origin->folder.get(), record_.aside, trash_.workFolderPrefix);
+    return beside ? beside->remove() == 0 : beside.problem().error == ENOENT;
   }
 
   // As long as the item is at its place, the copy is one too many.
@@ -72,11 +98,35 @@ class Mending {
   const FileSystemIdentity& person_;
   const WorkFolder& work_;
   const TrashRecord& record_;
+  const Mended mended_;
 };
 
-bool isMended(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work) {
-  const std::optional<TrashRecord> record = TrashRecord::readFrom(work.descriptor());
-  return record && Mending(trash, person, work, *record).run();
+// The description comes first, and goes again where the item cannot follow.
+int returnAs(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record,
+             const posix::ItemName& item, const std::string& stored) {
+  InfoFile info(trash.info.get(), stored);
+  FileSystemUser acting(&person);
+  if (!acting.ok()) return EPERM;
+  int error = info.create(record.info, WrittenThrough::Yes);
+  acting.leave();
+  if (error == 0) error = posix::renameWithoutReplacing(item, {trash.files.get(), stored});
+  acting.enter();
+  error == 0 ? info.keep() : info.discard();
+  return error;
+}
+
+// What has no record is no work of ours, or none that had begun: it goes only if it is empty.
+void mend(const TrashDirectory& trash, const FileSystemIdentity& person, Mended mended) {
+  for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get(), trash.workFolderPrefix)) {
+    const bool hasRecord = TrashRecord::isIn(work.descriptor());
+    if (!hasRecord) {
+      TrashRecord::removePartIn(work.descriptor());
+      static_cast<void>(work.removeEmpty());
+    }
+    const auto record = hasRecord ? TrashRecord::readFrom(work.descriptor()) : std::nullopt;
+    const bool isMeant = record && (mended == Mended::Everything || record->isLeaving());
+    if (isMeant && Mending(trash, person, work, *record, mended).run()) static_cast<void>(work.remove());
+  }
 }
 
 }  // namespace
@@ -99,16 +149,31 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
   return 0;
 }
 
-// What has no record is no work of ours, or none that had begun: it goes only if it is empty.
-void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person) {
-  for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get(), trash.workFolderPrefix)) {
-    const bool hasRecord = TrashRecord::isIn(work.descriptor());
-    if (!hasRecord) {
-      TrashRecord::removePartIn(work.descriptor());
-      static_cast<void>(work.removeEmpty());
-    }
-    if (hasRecord && isMended(trash, person, work)) static_cast<void>(work.remove());
+int removeExpendable(int work) {
+  const UniqueFd item(::openat(work, kExpendableName, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!item) return errno == ENOENT ? 0 : errno;
+  return posix::removeOwnTree(work, kExpendableName, item.get()).code;
+}
+
+int returnToTrash(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work) {
+  const std::string asideName = kAsideName;
+  const posix::ItemName inWork{work, asideName};
+  const bool isDescribed = itemNumber(trash.info.get(), record.stored + std::string(kTrashInfoSuffix)).has_value();
+  int error = isDescribed ? posix::renameWithoutReplacing(inWork, {trash.files.get(), record.stored})
+                          : returnAs(trash, person, record, inWork, record.stored);
+  const TrashName names(record.stored, trash.nameLimit);
+  for (unsigned number = 2; error == EEXIST && number <= kMostNames; ++number) {
+    error = returnAs(trash, person, record, inWork, names.numbered(number));
   }
+  return error;
+}
+
+void mendPutBacks(const TrashDirectory& trash, const FileSystemIdentity& person) {
+  mend(trash, person, Mended::PutBacks);
+}
+
+void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person) {
+  mend(trash, person, Mended::Everything);
 }
 
 }  // namespace qm::linux_

@@ -9,6 +9,15 @@ namespace qm::linux_ {
 using posix::quoted;
 using posix::Subject;
 
+namespace {
+
+platform::Status failure(const std::string& name, const std::string& what, const TrashProblem& problem) {
+  return platform::Status::failed(problem.code,
+                                  quoted(name) + " couldn’t be " + what + " because " + problem.because + ".");
+}
+
+}  // namespace
+
 TrashProblem problemOf(int code, Subject subject, const std::string& folder) {
   std::string_view words = posix::wordsFor(code, subject);
   if (words.empty()) words = posix::wordsFor(code, Subject::TrashedItem);
@@ -23,8 +32,15 @@ TrashProblem trashFolderProblem(int code, const std::string& folder) {
 }
 
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem) {
-  return platform::Status::failed(problem.code,
-                                  quoted(name) + " couldn’t be moved to the Trash because " + problem.because + ".");
+  return failure(name, "moved to the Trash", problem);
+}
+
+platform::Status lookFailure(const std::string& name, const TrashProblem& problem) {
+  return failure(name, "looked for in the Trash", problem);
+}
+
+platform::Status putBackFailure(const std::string& name, const TrashProblem& problem) {
+  return failure(name, "put back", problem);
 }
 
 }  // namespace qm::linux_

@@ -24,8 +24,11 @@ TrashProblem itemProblem(int code);
 /// The problem of a Trash folder that cannot be made, opened or written to.
 TrashProblem trashFolderProblem(int code, const std::string& folder);
 
-/// The sentence for people. Control characters of the name are shown as "?".
+/// The sentences for people about an item that cannot be moved to the Trash, be looked for there, or be put back.
+/// Control characters of the name are shown as "?".
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem);
+platform::Status lookFailure(const std::string& name, const TrashProblem& problem);
+platform::Status putBackFailure(const std::string& name, const TrashProblem& problem);
 
 /// A value, or why an item stays where it is.
 template <class Value>

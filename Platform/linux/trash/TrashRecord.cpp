@@ -112,4 +112,9 @@ std::optional<TrashRecord> TrashRecord::readFrom(int folder) {
                      fields[9] == "1"};
 }
 
+TrashRecord leavingRecord(const std::string& origin, const ItemNumber& item, const std::string& stored,
+                          const std::string& info) {
+  return {origin, item, {}, stored, info, "", Reached::No, true};
+}
+
 }  // namespace qm::linux_

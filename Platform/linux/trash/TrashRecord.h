@@ -33,6 +33,8 @@ struct TrashRecord {
   bool isTaken = false;  ///< its copy is in the Trash for good, and the item has left its place
 
   bool isCopy() const { return copy.inode != 0; }
+  /// The item is on its way out of the Trash.
+  bool isLeaving() const { return isTaken && !isCopy(); }
 
   /// Writes it into a work folder, in place of an earlier one. On the disk when it returns 0; else an error number.
   int writeTo(int folder) const;
@@ -42,5 +44,9 @@ struct TrashRecord {
   /// The record in a work folder; null when there is none, or only a part of one.
   static std::optional<TrashRecord> readFrom(int folder);
 };
+
+/// The record of an item that is put back.
+TrashRecord leavingRecord(const std::string& origin, const ItemNumber& item, const std::string& stored,
+                          const std::string& info);
 
 }  // namespace qm::linux_

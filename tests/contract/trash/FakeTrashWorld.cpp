@@ -35,7 +35,20 @@ std::vector<std::string> FakeTrashWorld::namesIn(const std::string& folder) {
 
 platform::Status FakeTrashWorld::recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                                          const std::vector<std::string>& names) {
-  return trash_.recycle(folder, trashDirectory, names);
+  platform::Recycled recycled = trash_.recycleItems(folder, trashDirectory, names);
+  recycledTo = recycled.paths;
+  return recycled.status;
+}
+
+platform::TrashedItems FakeTrashWorld::itemsFrom(const std::string& origin,
+                                                 const std::optional<std::string>& trashDirectory) {
+  return trash_.itemsFrom(origin, trashDirectory);
+}
+
+platform::Status FakeTrashWorld::putBack(const platform::TrashedItem& item,
+                                         const std::optional<std::string>& trashDirectory,
+                                         platform::MissingFolders missing) {
+  return trash_.putBack(item, trashDirectory, missing);
 }
 
 }  // namespace qm::testing

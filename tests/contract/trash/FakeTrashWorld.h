@@ -29,6 +29,12 @@ class FakeTrashWorld : public TrashWorld {
   std::vector<std::string> namesIn(const std::string& folder) override;
   platform::Status recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
+  platform::TrashedItems itemsFrom(const std::string& origin,
+                                   const std::optional<std::string>& trashDirectory) override;
+  platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                           platform::MissingFolders missing) override;
+  void waitAMinute() override { clock_.advance(std::chrono::minutes(1)); }
+  using TrashWorld::itemsFrom;
   using TrashWorld::recycle;
 
  private:

@@ -148,8 +148,24 @@ std::vector<std::string> RealTrashWorld::namesIn(const std::string& folder) {
 
 platform::Status RealTrashWorld::recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                                          const std::vector<std::string>& names) {
+  platform::Recycled recycled;
+  withUsersRights([&] { recycled = trash_->recycleItems(folder, trashDirectory, names); });
+  recycledTo = recycled.paths;
+  return recycled.status;
+}
+
+platform::TrashedItems RealTrashWorld::itemsFrom(const std::string& origin,
+                                                 const std::optional<std::string>& trashDirectory) {
+  platform::TrashedItems items;
+  withUsersRights([&] { items = trash_->itemsFrom(origin, trashDirectory); });
+  return items;
+}
+
+platform::Status RealTrashWorld::putBack(const platform::TrashedItem& item,
+                                         const std::optional<std::string>& trashDirectory,
+                                         platform::MissingFolders missing) {
   platform::Status status;
-  withUsersRights([&] { status = trash_->recycle(folder, trashDirectory, names); });
+  withUsersRights([&] { status = trash_->putBack(item, trashDirectory, missing); });
   return status;
 }
 
@@ -187,6 +203,8 @@ void RealTrashWorld::rename(const std::string& from, const std::string& to) {
 }
 
 void RealTrashWorld::removeTree(const std::string& path) { std::filesystem::remove_all(path); }
+
+void RealTrashWorld::makePlainFile(const std::string& path, const std::string& contents) { writeText(path, contents); }
 
 void RealTrashWorld::useDataHome(const std::string& path) {
   ::setenv("XDG_DATA_HOME", path.c_str(), 1);

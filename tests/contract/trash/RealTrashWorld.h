@@ -33,6 +33,12 @@ class RealTrashWorld : public TrashWorld {
   std::vector<std::string> namesIn(const std::string& folder) override;
   platform::Status recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                            const std::vector<std::string>& names) override;
+  platform::TrashedItems itemsFrom(const std::string& origin,
+                                   const std::optional<std::string>& trashDirectory) override;
+  platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                           platform::MissingFolders missing) override;
+  void waitAMinute() override { clock_.advance(std::chrono::minutes(1)); }
+  using TrashWorld::itemsFrom;
   using TrashWorld::recycle;
 
   // What only a real system has.
@@ -47,6 +53,8 @@ class RealTrashWorld : public TrashWorld {
   ino_t inodeOf(const std::string& path);
   void rename(const std::string& from, const std::string& to);
   void removeTree(const std::string& path);
+  /// Writes a file as whoever the thread is.
+  static void makePlainFile(const std::string& path, const std::string& contents);
   /// A new Trash with this XDG_DATA_HOME; the one before is gone.
   void useDataHome(const std::string& path);
   /// Runs `work` with the rights that the Trash has in this world.

@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
-#include "tests/contract/trash/FakeTrashWorld.h"
-#include "tests/contract/trash/RealTrashWorld.h"
 #include "tests/contract/trash/TrashEntries.h"
+#include "tests/contract/trash/TrashWorlds.h"
 
 namespace qm::testing {
 namespace {
@@ -36,16 +33,7 @@ std::string storedNameOf(TrashWorld& world, const std::string& name) {
 template <class World>
 class TrashContract : public ::testing::Test {};
 
-using Worlds = ::testing::Types<FakeTrashWorld, RealTrashWorld>;
-
-struct WorldNames {
-  template <class World>
-  static std::string GetName(int /*index*/) {
-    return std::is_same_v<World, RealTrashWorld> ? "Real" : "Fake";
-  }
-};
-
-TYPED_TEST_SUITE(TrashContract, Worlds, WorldNames);
+TYPED_TEST_SUITE(TrashContract, TrashWorlds, TrashWorldNames);
 
 // The item arrives whole.
 
@@ -66,6 +54,28 @@ TYPED_TEST(TrashContract, MovesAFolderWithAllThatIsInIt) {
     EXPECT_EQ(world.kindOf("/home/u/Stuff"), ItemKind::Nothing);
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/Stuff"), "Stuff");
     EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/Stuff/inner/a"), "deep");
+  });
+}
+
+TYPED_TEST(TrashContract, TellsWhereEachItemWentAsFarAsTheyWent) {
+  TypeParam::play([](TrashWorld& world) {
+    for (const char* name : {"a.txt", "b"}) world.makeFile(std::string("/home/u/") + name, "first");
+    EXPECT_TRUE(world.recycle("/home/u", TrashWorld::kTrashLink, {"a.txt", "b"}));
+    EXPECT_EQ(world.recycledTo, (Names{std::string(kFiles) + "/a.txt", std::string(kFiles) + "/b"}));
+    world.makeFile("/home/u/a.txt", "second");
+    EXPECT_FALSE(world.recycle("/home/u", TrashWorld::kTrashLink, {"a.txt", "none"}));
+    EXPECT_EQ(world.recycledTo, Names{std::string(kFiles) + "/a 2.txt"});
+    EXPECT_FALSE(world.recycle("/home/u", "none"));
+    EXPECT_EQ(world.recycledTo, Names{});
+  });
+}
+
+TYPED_TEST(TrashContract, TellsWhereAnItemOfAnotherVolumeWent) {
+  TypeParam::play([](TrashWorld& world) {
+    world.makeVolume("/Volumes");
+    world.makeFile("/Volumes/a", "a");
+    EXPECT_TRUE(world.recycle("/Volumes", "a"));
+    EXPECT_EQ(world.recycledTo, Names{"/Volumes/.Trash-501/files/a"});
   });
 }
 

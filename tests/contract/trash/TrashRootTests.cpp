@@ -66,6 +66,7 @@ TEST(TrashAsRoot, TakesWhatOnlyRootMayTakeAndHandsItOver) {
     world.setMode("/Applications/Tessaly.app/launcher", 04755);
     EXPECT_TRUE(world.recycle("/Applications", "Tessaly.app"));
     expectInHomeTrash(world, "/Applications/Tessaly.app");
+    EXPECT_EQ(world.recycledTo, std::vector<std::string>{kTrash + "/files/Tessaly.app"});
     EXPECT_EQ(world.ownerOf(kTrash + "/files/Tessaly.app"), World::kUser) << "the person can empty the Trash";
     EXPECT_EQ(world.ownerOf(kTrash + "/files/Tessaly.app/binary"), 0U);
     EXPECT_EQ(world.modeOf(kTrash + "/files/Tessaly.app/launcher"), 0755U) << "it lends nobody's rights";

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Platform/Status.h"
+#include "Platform/Trash.h"
 
 namespace qm::testing {
 
@@ -33,9 +34,24 @@ class TrashWorld {
   /// The names in a folder, sorted; none when there is no folder.
   virtual std::vector<std::string> namesIn(const std::string& folder) = 0;
 
-  /// The operation under test.
+  /// The operation under test, and where it said that the items went.
   virtual platform::Status recycle(const std::string& folder, const std::optional<std::string>& trashDirectory,
                                    const std::vector<std::string>& names) = 0;
+  std::vector<std::string> recycledTo;
+
+  /// The way back.
+  virtual platform::TrashedItems itemsFrom(const std::string& origin,
+                                           const std::optional<std::string>& trashDirectory) = 0;
+  virtual platform::Status putBack(const platform::TrashedItem& item, const std::optional<std::string>& trashDirectory,
+                                   platform::MissingFolders missing) = 0;
+
+  /// What came from a path, newest first, which can be told.
+  std::vector<platform::TrashedItem> itemsFrom(const std::string& origin);
+  /// The newest item that came from a path.
+  platform::Status putBackNewest(const std::string& origin,
+                                 platform::MissingFolders missing = platform::MissingFolders::AreAReason);
+  /// It is a minute later.
+  virtual void waitAMinute() = 0;
 
   /// One item, to the user's own Trash.
   platform::Status recycle(const std::string& folder, const std::string& name) {

@@ -22,7 +22,7 @@ std::string problemOf(const Arguments& arguments) { return parseOptions(argument
 
 TEST(Options, RemoveNothingByThemselves) {
   const Options options = optionsOf({});
-  EXPECT_FALSE(options.removes());
+  EXPECT_FALSE(options.isInEarnest());
   EXPECT_FALSE(options.plan || options.preferences || options.allUsers || options.systemOnly);
   EXPECT_THAT(options.users, IsEmpty());
   EXPECT_EQ(options.ifRunning, IfRunning::Refuse);
@@ -31,9 +31,9 @@ TEST(Options, RemoveNothingByThemselves) {
 }
 
 TEST(Options, RemoveOnlyWithAYes) {
-  EXPECT_TRUE(optionsOf({"--yes"}).removes());
-  EXPECT_FALSE(optionsOf({"--plan"}).removes());
-  EXPECT_FALSE(optionsOf({"--preferences"}).removes());
+  EXPECT_TRUE(optionsOf({"--yes"}).isInEarnest());
+  EXPECT_FALSE(optionsOf({"--plan"}).isInEarnest());
+  EXPECT_FALSE(optionsOf({"--preferences"}).isInEarnest());
 }
 
 TEST(Options, TakePersonsOneAfterTheOther) {
@@ -53,9 +53,19 @@ TEST(Options, TakeValuesBehindAnEqualsSignOrAsTheNextArgument) {
   EXPECT_TRUE(optionsOf({"--preferences"}).preferences);
 }
 
+TEST(Options, PutBackWhatTheLastRunMovedWithoutAnyChoice) {
+  EXPECT_TRUE(optionsOf({"--restore", "--plan", "--report=json", "--time-limit=5"}).restore);
+  EXPECT_FALSE(optionsOf({"--restore"}).isInEarnest());
+  EXPECT_TRUE(optionsOf({"--yes", "--restore"}).isInEarnest());
+  for (const char* choice : {"--user=sam", "--all-users", "--system-only", "--preferences", "--if-running=refuse"}) {
+    EXPECT_EQ(problemOf({"--restore", choice}),
+              "--restore puts back what the last run moved: it takes no choice of that.");
+  }
+}
+
 TEST(Options, SayWhatIsWrongWithThem) {
   EXPECT_EQ(problemOf({"--force"}), "There is no option \"--force\".");
-  EXPECT_EQ(problemOf({"--restore"}), "There is no option \"--restore\".");
+  EXPECT_EQ(problemOf({"--restored"}), "There is no option \"--restored\".");
   EXPECT_EQ(problemOf({"--us=sam"}), "There is no option \"--us\".");
   EXPECT_EQ(problemOf({"--"}), "There is no option \"--\".");
   EXPECT_EQ(problemOf({"sam"}), "What is \"sam\"? There are options only.");
@@ -97,13 +107,16 @@ What goes
   --plan              Show what would go. Changes nothing.
   --yes               Do it.
   --preferences       The preferences go as well.
+  --restore           Put back what your last run moved, from the Trash, where
+                      nothing else is now. What root's last run moved, for
+                      whomever, comes back for root.
 
 For whom (as root; otherwise it is always for you)
   --user NAME         For this person. May be given more than once.
   --all-users         For every ordinary account of this computer.
   --system-only       For nobody: only what belongs to the computer goes.
   As root without any of these it is for the person at the computer. Each
-  person's items go to that person's Trash.
+  person's items go to that person's Trash, the computer's to root's own.
 
 How
   --if-running=HOW    What to do where Tessaly runs for one of these persons:
@@ -116,7 +129,7 @@ How
   --version           Show the version.
 
 Exit status
-   0  nothing is left to remove, also when nothing was there
+   0  nothing is left to remove or put back, also when nothing was there
    2  something is left
    3  something is left for want of rights; root has them
   64  the command line is wrong

@@ -77,7 +77,7 @@ TEST(Persons, AreChosenByRootAlone) {
 TEST(Persons, AreForRootTheOneAtTheComputer) {
   const Choice choice = choosePersons({}, accountsFor(kRoot, "anna"));
   EXPECT_THAT(namesOf(choice), ElementsAre("anna"));
-  EXPECT_EQ(choice.concerned.systemTrashOf, "anna");
+  EXPECT_EQ(choice.concerned.systemTrashOf, "root");
 }
 
 TEST(Persons, MustBeNamedWhereNobodyIsAtTheComputer) {
@@ -116,14 +116,10 @@ TEST(Persons, AreNoneWhereOnlyTheSystemIsMeant) {
   EXPECT_EQ(choice.concerned.systemTrashOf, "root");
 }
 
-TEST(Persons, GetTheSystemsItemsIfTheyAreAtTheComputerOrElseComeFirst) {
-  const auto trashOf = [](const Names& named, const std::optional<std::string>& console) {
-    return choosePersons(forUsers(named), accountsFor(kRoot, console)).concerned.systemTrashOf;
-  };
-  EXPECT_EQ(trashOf({"sam", "anna"}, "anna"), "anna");
-  EXPECT_EQ(trashOf({"sam", "anna"}, std::nullopt), "sam");
-  EXPECT_EQ(trashOf({"sam"}, "anna"), "sam");
-  EXPECT_EQ(trashOf({"sam"}, "loginwindow"), "sam");
+TEST(Persons, LeaveTheSystemsItemsToRootsOwnTrash) {
+  for (const Options& options : {forUsers({"sam", "anna"}), forAllUsers(), forSystemOnly(), Options()}) {
+    EXPECT_EQ(choosePersons(options, accountsFor(kRoot, "anna")).concerned.systemTrashOf, "root");
+  }
 }
 
 }  // namespace

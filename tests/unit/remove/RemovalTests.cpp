@@ -3,84 +3,19 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "Uninstaller/remove/WithoutDialog.h"
-#include "tests/unit/uninstaller/AppControllerTest.h"
+#include "tests/unit/remove/CommandTest.h"
 
 namespace qm::testing {
 namespace {
 
 using linux_::UserRecord;
-using removal::Concerned;
 using removal::Outcome;
 using removal::Removal;
 using removal::ReportItem;
-using removal::WithoutDialog;
-using removal::WorkingFor;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Not;
 using ::testing::SizeIs;
-
-const UserRecord kCaller{501, 501, "u", "/home/u"};
-
-/// A machine on which the command works for whoever it is told.
-class Command : public PlatformTest {
- protected:
-  Command() {
-    fakes.mainThread.disown();
-    fakes.disk.addFolder("/home/v");
-    fakes.users.addUser("v", "/home/v");
-  }
-
-  /// The program is root's. The Trash wants somebody at the console, which is never whom this is for.
-  void actAsRoot() {
-    fakes.users.addUser("w", "/home/w");
-    fakes.actAsRoot("w");
-  }
-
-  Removal removalFor(const std::vector<UserRecord>& persons, RemoveConfig removeConfig = RemoveConfig::No) {
-    const std::string trashOf = persons.empty() ? "root" : persons.front().name;
-    return {users, witness, Concerned{persons, trashOf}, removeConfig};
-  }
-
-  std::vector<ReportItem> run(Removal& removal) {
-    removal.look();
-    removal.run([] { return false; },
-                [this](const std::string& path, std::size_t, std::size_t) { seen.push_back(path); });
-    return removal.items();
-  }
-
-  static ReportItem at(const std::vector<ReportItem>& items, const std::string& path) {
-    const auto found = std::ranges::find(items, path, [](const ReportItem& each) { return each.path.value_or(""); });
-    EXPECT_NE(found, items.end()) << path;
-    return found == items.end() ? ReportItem() : *found;
-  }
-
-  static std::vector<Outcome> outcomesOf(const std::vector<ReportItem>& items) {
-    std::vector<Outcome> outcomes;
-    for (const ReportItem& item : items) outcomes.push_back(item.outcome);
-    return outcomes;
-  }
-
-  Strings seen;
-  WorkingFor users{fakes.users};
-  WithoutDialog withoutDialog{fakes.authorizationServices};
-  RemovalWitness witness{services()};
-
- private:
-  platform::Platform services() {
-    platform::Platform all = fakes.platform;
-    all.users = &users;
-    all.authorizationServices = &withoutDialog;
-    return all;
-  }
-
-  ScopedPlatform installed_{witness.services()};
-};
-
-void installCaches(FakeDisk& disk, const std::string& home) {
-  disk.addFile(home + "/Library/Caches/com.quillmark.tessaly/data", "1234");
-}
 
 TEST_F(Command, LooksWithoutChangingAnything) {
   installProduct(fakes.disk);

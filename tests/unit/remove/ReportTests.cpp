@@ -79,6 +79,32 @@ TEST(Summary, OfAPlanSaysThatNothingHasBeenChanged) {
   EXPECT_EQ(summaryOf(plan), "2 items would go. Nothing has been changed. With --yes it is done.");
 }
 
+TEST(Summary, OfAWayBackSaysWhatDidNotComeBack) {
+  Report report = reportOf({item(Outcome::Restored), item(Outcome::NotThere)});
+  report.isRestore = true;
+  EXPECT_EQ(summaryOf(report), "Nothing is left to put back.");
+  EXPECT_EQ(statusOf(report), 0);
+  EXPECT_TRUE(hasChanged(report));
+  report.items = {stayed(false), item(Outcome::Lost), item(Outcome::Lost)};
+  EXPECT_EQ(summaryOf(report), "1 item did not come back. 2 items cannot be found any more.");
+  EXPECT_EQ(statusOf(report), 2);
+  EXPECT_FALSE(hasChanged(report));
+  report.items = {stayed(true)};
+  EXPECT_EQ(summaryOf(report), "1 item did not come back. Rights are missing; root has them.");
+  EXPECT_EQ(statusOf(report), 3);
+}
+
+TEST(Summary, OfThePlanOfAWayBackSaysWhatWouldComeBack) {
+  Report plan = planOf({item(Outcome::ComesBack)});
+  plan.isRestore = true;
+  EXPECT_EQ(summaryOf(plan), "1 item would come back. Nothing has been changed.");
+  EXPECT_EQ(statusOf(plan), 2);
+  plan.items = {item(Outcome::Lost)};
+  EXPECT_EQ(summaryOf(plan), "1 item cannot be found any more.");
+  plan.items = {item(Outcome::NotThere)};
+  EXPECT_EQ(summaryOf(plan), "Nothing is left to put back.");
+}
+
 TEST(Summary, IsTheProblemWhereThereIsOne) {
   Report report = reportOf({item(Outcome::Goes)});
   report.problem = "Another run of tessaly-remove is under way.";
@@ -88,6 +114,7 @@ TEST(Summary, IsTheProblemWhereThereIsOne) {
 TEST(Table, HasALineForEachItemThatIsThereAndItsReason) {
   ReportItem moved = item(Outcome::Trashed);
   moved.trashOf = "sam";
+  moved.trashedTo = "/home/sam/.local/share/Trash/files/Tessaly 2.app";
   ReportItem kept = item(Outcome::Kept, "/home/sam/Library/Preferences/com.quillmark.Tessaly.plist");
   kept.user = "sam";
   kept.kind = ItemKind::File;
@@ -96,6 +123,8 @@ TEST(Table, HasALineForEachItemThatIsThereAndItsReason) {
   EXPECT_EQ(reportTable(reportOf({moved, item(Outcome::NotThere, "/nowhere"), kept, stayed(false)})),
             "OUTCOME  SIZE     WHOSE         TRASH OF  ITEM\n"
             "trashed  2.00 KB  the computer  sam       /Applications/Tessaly.app\n"
+            "                                          In the Trash: "
+            "/home/sam/.local/share/Trash/files/Tessaly 2.app\n"
             "kept     12 B     sam                     /home/sam/Library/Preferences/com.quillmark.Tessaly.plist\n"
             "                                          Preferences go with --preferences only.\n"
             "stayed   2.00 KB  the computer            /Applications/Tessaly.app\n"
@@ -123,6 +152,7 @@ TEST(Table, ShowsNoControlCharactersOfNames) {
 TEST(Json, IsOneObjectWithOneForEachItem) {
   ReportItem moved = item(Outcome::Trashed);
   moved.trashOf = "sam";
+  moved.trashedTo = "/home/sam/.local/share/Trash/files/Tessaly.app";
   ReportItem gone = item(Outcome::NotThere, "/home/sam/x");
   gone.user = "sam";
   gone.kind = std::nullopt;
@@ -131,6 +161,7 @@ TEST(Json, IsOneObjectWithOneForEachItem) {
   report.running = {{41, "sam"}};
   const std::string json = reportJson(report);
   EXPECT_THAT(json, StartsWith("{\n  \"schema\": 1,\n  \"version\": \""));
+  EXPECT_THAT(json, HasSubstr("\",\n  \"restore\": false,\n  \"plan\": false,"));
   EXPECT_EQ(json.substr(json.find("  \"plan\"")),
             "  \"plan\": false,\n"
             "  \"changed\": true,\n"
@@ -142,11 +173,14 @@ TEST(Json, IsOneObjectWithOneForEachItem) {
             "  ],\n"
             "  \"items\": [\n"
             "    {\"user\": null, \"path\": \"/Applications/Tessaly.app\", \"kind\": \"folder\", \"bytes\": 2048, "
-            "\"outcome\": \"trashed\", \"reason\": \"\", \"needs_rights\": false, \"trash_of\": \"sam\"},\n"
+            "\"outcome\": \"trashed\", \"reason\": \"\", \"needs_rights\": false, \"trash_of\": \"sam\", "
+            "\"trashed_to\": \"/home/sam/.local/share/Trash/files/Tessaly.app\"},\n"
             "    {\"user\": \"sam\", \"path\": \"/home/sam/x\", \"kind\": null, \"bytes\": 0, "
-            "\"outcome\": \"not_there\", \"reason\": \"\", \"needs_rights\": false, \"trash_of\": null},\n"
+            "\"outcome\": \"not_there\", \"reason\": \"\", \"needs_rights\": false, \"trash_of\": null, "
+            "\"trashed_to\": null},\n"
             "    {\"user\": null, \"path\": \"/Applications/Tessaly.app\", \"kind\": \"folder\", \"bytes\": 2048, "
-            "\"outcome\": \"stayed\", \"reason\": \"It is busy.\", \"needs_rights\": true, \"trash_of\": null}\n"
+            "\"outcome\": \"stayed\", \"reason\": \"It is busy.\", \"needs_rights\": true, \"trash_of\": null, "
+            "\"trashed_to\": null}\n"
             "  ]\n"
             "}\n");
 }
@@ -168,11 +202,11 @@ TEST(Json, EscapesWhatNamesMayHold) {
 
 TEST(Json, HasAWordForEveryOutcomeAndKind) {
   std::string words;
-  for (const Outcome outcome :
-       {Outcome::Goes, Outcome::Trashed, Outcome::Removed, Outcome::NotThere, Outcome::Kept, Outcome::Stayed}) {
+  for (const Outcome outcome : {Outcome::Goes, Outcome::Trashed, Outcome::Removed, Outcome::NotThere, Outcome::Kept,
+                                Outcome::Stayed, Outcome::ComesBack, Outcome::Restored, Outcome::Lost}) {
     words += wordFor(outcome) + " ";
   }
-  EXPECT_EQ(words, "goes trashed removed not_there kept stayed ");
+  EXPECT_EQ(words, "goes trashed removed not_there kept stayed comes_back restored lost ");
   for (const auto& [kind, word] :
        {std::pair(ItemKind::File, "file"), std::pair(ItemKind::Link, "link"), std::pair(ItemKind::Other, "other")}) {
     ReportItem each = item(Outcome::Goes);

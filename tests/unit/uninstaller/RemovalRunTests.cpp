@@ -12,6 +12,7 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Field;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 
 const std::string kReason = "“Tessaly.app” couldn’t be moved to the Trash because it is busy.";
@@ -44,6 +45,44 @@ TEST_F(Run, ReturnsAResultForEveryItem) {
     EXPECT_FALSE(fakes.disk.has(kItems[index]));
   }
   EXPECT_THAT(stayedItems(report), IsEmpty());
+}
+
+TEST_F(Run, SaysWhereInTheTrashEachItemIsWithoutAskingForIt) {
+  installItem(fakes.disk, 1);
+  const ItemResult first = remove().items.at(1);
+  EXPECT_EQ(first.trashedTo, "/home/u/.local/share/Trash/files/Tessaly.app");
+  EXPECT_TRUE(fakes.disk.has(first.trashedTo));
+  installItem(fakes.disk, 1);
+  EXPECT_EQ(remove().items.at(1).trashedTo, "/home/u/.local/share/Trash/files/Tessaly 2.app");
+  EXPECT_THAT(fakes.calls.everything(), Each(Not(::testing::StartsWith("trash.itemsFrom"))));
+}
+
+TEST_F(Run, FindsInTheTrashWhatWasMovedWithRights) {
+  installItem(fakes.disk, 1);
+  fakes.calls.failNext("trash.recycle");
+  fakes.authorizationServices.onExecute("/bin/mv", [this](const Strings&) {
+    EXPECT_TRUE(fakes.trash.recycle("/Applications", "/home/u/.Trash", {"Tessaly.app"}));
+  });
+  ItemResult result = remove().items.at(1);
+  EXPECT_EQ(result.outcome, ItemOutcome::Trashed);
+  EXPECT_EQ(result.trashedTo, "");
+  findInTrash(result);
+  EXPECT_EQ(result.trashedTo, "/home/u/.local/share/Trash/files/Tessaly.app");
+}
+
+TEST_F(Run, NamesNoPlaceInTheTrashForWhatStayedOrIsNotFoundThere) {
+  installItem(fakes.disk, 0);
+  installItem(fakes.disk, 1);
+  fakes.calls.failAlways("trash.recycle");
+  fakes.authorizationServices.onExecute(
+      "/bin/mv", [this](const Strings& arguments) { fakes.disk.remove(arguments.at(arguments.size() - 2)); });
+  fakes.calls.failAlways("trash.itemsFrom");
+  RemovalReport report = remove();
+  EXPECT_EQ(report.items.at(1).outcome, ItemOutcome::Trashed);
+  for (ItemResult& result : report.items) {
+    findInTrash(result);
+    EXPECT_EQ(result.trashedTo, "");
+  }
 }
 
 TEST_F(Run, SaysThatAnItemWasGoneAlready) {

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+#include "Platform/posix/TreeWalk.h"
+
+namespace qm::linux_ {
+
+/// Looks at everything in an item, by its descriptor, and stays on one mount. Functions return 0 to go on or the error
+/// number that ends it. What vanishes meanwhile is passed over.
+class ItemsVisitor : public posix::TreeVisitor {
+ public:
+  int entered(const posix::FolderChain& chain, const std::string& name) override;
+  int item(int folder, const std::string& name) override;
+  int left(int parent, int folder, const std::string& name) override;
+  int cannotEnter(int parent, const std::string& name, int error) override;
+
+  /// Anything but a folder, by a descriptor that only names it.
+  virtual int file(int item, const struct stat& status) = 0;
+  /// A folder, before what is in it.
+  virtual int folderEntered(int folder);
+  /// The same folder, after what is in it.
+  virtual int folderLeft(int folder);
+
+ private:
+  bool isBegun_ = false;
+  posix::FolderIdentity mount_;
+};
+
+}  // namespace qm::linux_

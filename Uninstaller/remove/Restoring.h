@@ -1,0 +1,71 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Platform/Trash.h"
+#include "Platform/linux/rights/UserDatabase.h"
+#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/Work.h"
+#include "Uninstaller/remove/WorkingFor.h"
+
+namespace qm::removal {
+
+/// What the last run that changed something has moved: what of it is in the Trash, and how it comes back.
+///
+/// Each item goes with the rights of whoever's Trash it is in. What a person could have changed in the Trash goes
+/// nowhere but where that person may put things anyhow: an item of the computer's comes back for root from root's own
+/// Trash only.
+class Restoring final : public Work {
+ public:
+  /// What root has to know of persons.
+  struct Persons {
+    std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
+    /// The person may put something at the path, or into the last folder on the way to it that is there.
+    std::function<bool(const linux_::UserRecord& person, const std::string& path)> mayPutAt;
+  };
+
+  /// Users and memory outlive this object.
+  Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons);
+
+  void look() override;
+  /// Makes the maker's folder again, puts back what can be, and forgets the run when all of it has come back.
+  void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
+
+ private:
+  /// One item of the run, with where it is in the Trash.
+  struct Part {
+    std::size_t index = 0;
+    RememberedItem item;
+    std::optional<platform::TrashedItem> stored;
+  };
+
+  bool isOfUse(const RememberedRun& run);
+  void lookAt(std::size_t index, const RememberedItem& item);
+  void lookAtFolder();
+  ReportItem shownFor(const Part& part) const;
+  std::string obstacle(const RememberedItem& item) const;
+  std::string obstacleForRoot(const RememberedItem& item) const;
+  bool isOfProduct(const RememberedItem& item) const;
+  std::optional<platform::TrashedItem> find(const RememberedItem& item, std::string* problem) const;
+  void measureInTrash(const Part& part, ReportItem& shown) const;
+  void putBack(std::size_t position);
+  void makeFolder(std::size_t position);
+  bool isInFolder(const ReportItem& item) const;
+  void end();
+
+  WorkingFor& users_;
+  RunMemory& memory_;
+  const std::vector<RememberedRun> runs_;
+  const Persons persons_;
+  RememberedRun run_;
+  bool hasFolder_ = false;  ///< the first item is the maker's folder
+  std::vector<Part> parts_;
+};
+
+/// The persons of this computer.
+Restoring::Persons systemPersons();
+
+}  // namespace qm::removal

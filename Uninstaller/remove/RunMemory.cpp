@@ -1,0 +1,142 @@
+#include "Uninstaller/remove/RunMemory.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "Platform/posix/FileContents.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemPath.h"
+#include "Uninstaller/remove/OwnFolder.h"
+
+namespace qm::removal {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr const char* kName = "last-run";
+constexpr const char* kNewName = "last-run.new";
+constexpr const char* kFolder = "/tessaly-remove";
+constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
+// Runs that have changed nothing, as far as is known, behind the last one that has.
+constexpr std::size_t kMostWithoutChange = 8;
+
+/// A file that nobody but the user can have written.
+UniqueFd openOwnFile(int folder, uid_t user, int flags) {
+  UniqueFd file(::openat(folder, kName, flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat found {};
+  if (!file || ::fstat(file.get(), &found) != 0) return UniqueFd();
+  const bool isOwn = S_ISREG(found.st_mode) && found.st_uid == user && found.st_nlink == 1 &&
+                     (found.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+  if (isOwn) return file;
+  errno = EPERM;
+  return UniqueFd();
+}
+
+/// With those above it that are missing, each for its owner alone.
+int makePrivateFolder(const std::string& path) {
+  if (::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST) return 0;
+  if (errno != ENOENT || path == "/") return errno;
+  if (const int error = makePrivateFolder(posix::folderOf(path))) return error;
+  return ::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+int readAll(int file, std::string& text) {
+  text.resize(kLongest + 1);
+  std::size_t length = 0;
+  while (length < text.size()) {
+    const ssize_t got = ::read(file, text.data() + length, text.size() - length);
+    if (got < 0 && errno != EINTR) return errno;
+    if (got == 0) break;
+    if (got > 0) length += static_cast<std::size_t>(got);
+  }
+  text.resize(length);
+  return length <= kLongest ? 0 : EFBIG;
+}
+
+/// In place of the one that is there, in one step. On the disk when it returns 0.
+int writeOwnFile(int folder, const std::string& text) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+  const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));
+  if (!file) return errno;
+  if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
+  if (::fchmod(file.get(), S_IRUSR | S_IWUSR) != 0 || ::fsync(file.get()) != 0) return errno;
+  if (::renameat(folder, kNewName, folder, kName) != 0) return errno;
+  const UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return listed && ::fsync(listed.get()) == 0 ? 0 : errno;
+}
+
+std::vector<RememberedRun> stillOfUse(std::vector<RememberedRun> runs) {
+  const auto changed = std::find_if(runs.rbegin(), runs.rend(), [](const auto& run) { return run.hasChanged(); });
+  if (changed != runs.rend()) runs.erase(runs.begin(), changed.base() - 1);
+  const std::size_t kept = kMostWithoutChange + 1;
+  if (runs.size() > kept) runs.erase(runs.begin() + 1, runs.end() - static_cast<std::ptrdiff_t>(kept - 1));
+  return runs;
+}
+
+}  // namespace
+
+RunMemory::RunMemory(uid_t user, std::string folder) : user_(user), path_(std::move(folder)) {}
+
+std::string RunMemory::folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home) {
+  if (user == 0) return std::string("/var/lib") + kFolder;
+  return (stateHome && stateHome->starts_with('/') ? *stateHome : home + "/.local/state") + kFolder;
+}
+
+int RunMemory::openFolder(UniqueFd& folder) const {
+  folder = openOwnFolder(path_, user_);
+  return folder ? 0 : errno;
+}
+
+int RunMemory::read(std::vector<RememberedRun>& runs) const {
+  UniqueFd folder;
+  int error = openFolder(folder);
+  if (error != 0) return error == ENOENT ? 0 : error;
+  const UniqueFd file = openOwnFile(folder.get(), user_, O_RDONLY);
+  if (!file) return errno == ENOENT ? 0 : errno;
+  std::string text;
+  error = readAll(file.get(), text);
+  if (error == 0) runs = parsedRuns(text);
+  return error;
+}
+
+// What cannot be read counts for nothing any more: the new run takes its place.
+int RunMemory::begin(const RememberedRun& run) {
+  if (const int error = makePrivateFolder(path_)) return error;
+  std::vector<RememberedRun> runs;
+  static_cast<void>(read(runs));
+  UniqueFd folder;
+  if (const int error = openFolder(folder)) return error;
+  std::string text;
+  for (const RememberedRun& earlier : stillOfUse(std::move(runs))) text += textOf(earlier);
+  if (const int error = writeOwnFile(folder.get(), text + textOf(run))) return error;
+  return resume();
+}
+
+int RunMemory::resume() {
+  UniqueFd folder;
+  if (const int error = openFolder(folder)) return error;
+  file_ = openOwnFile(folder.get(), user_, O_WRONLY | O_APPEND);
+  return file_ ? 0 : errno;
+}
+
+void RunMemory::add(const std::string& line) const {
+  if (file_) static_cast<void>(posix::writeAll(file_.get(), line.data(), line.size()));
+}
+
+void RunMemory::flush() const {
+  if (file_) static_cast<void>(::fsync(file_.get()));
+}
+
+void RunMemory::forget() {
+  UniqueFd folder;
+  if (openFolder(folder) != 0 || ::unlinkat(folder.get(), kName, 0) != 0) return;
+  file_.reset();
+  ::rmdir(path_.c_str());
+}
+
+}  // namespace qm::removal

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Uninstaller/remove/Report.h"
+
+namespace qm::removal {
+
+/// What the command does with a list of items: it looks, and then it moves. `look` and `run` belong to one worker
+/// thread; the rest may be asked by any.
+class Work {
+ public:
+  /// Told before an item is moved: its path, its place in the sequence from 1, and how many there are.
+  using Progress = std::function<void(const std::string& path, std::size_t number, std::size_t count)>;
+
+  Work() = default;
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+  virtual ~Work() = default;
+
+  /// Finds out what is there. Changes nothing.
+  virtual void look() = 0;
+  /// Moves what is there. Begins no further item once `timeIsUp`.
+  virtual void run(const std::function<bool()>& timeIsUp, const Progress& progress) = 0;
+
+  bool hasAnythingToDo() const;
+  /// Every item with what has become of it so far.
+  std::vector<ReportItem> items() const;
+  /// The same for a run that is given up: what has not been moved has stayed, because the time was up.
+  std::vector<ReportItem> itemsWhenGivenUp() const;
+
+ protected:
+  /// The work on each item that is to be moved, in their sequence.
+  void runThrough(const std::function<bool()>& timeIsUp, const Progress& progress,
+                  const std::function<void(std::size_t index)>& move);
+  void add(ReportItem item);
+  void set(std::size_t index, const ReportItem& item);
+  ReportItem item(std::size_t index) const;
+
+ private:
+  mutable std::mutex mutex_;  // guards what follows
+  std::vector<ReportItem> items_;
+};
+
+}  // namespace qm::removal

@@ -1,0 +1,456 @@
+// As root for the person at the console: what root puts back with its own rights, and what it refuses.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+#include "tests/contract/trash/RealTrashWorld.h"
+#include "tests/contract/trash/TrashEntries.h"
+#include "tests/support/PrivateMachine.h"
+
+namespace qm::testing {
+namespace {
+
+using World = RealTrashWorld;
+using Names = std::vector<std::string>;
+using platform::MissingFolders;
+
+const std::string kTrash = World::kHomeTrash;
+const std::string kFiles = kTrash + "/files/";
+const std::string kApplications = "/Applications";
+const std::string kProduct = "/Applications/Tessaly.app";
+
+void makeRootsFolder(World& world, const std::string& path) {
+  world.makeFolder(path);
+  world.giveTo(0, path);
+}
+
+void makeRootsFile(World& world, const std::string& path, const std::string& contents, mode_t mode = 0644) {
+  world.makeFile(path, contents);
+  world.giveTo(0, path);
+  world.setMode(path, mode);
+}
+
+// A product of root's in a folder of root's, in the Trash of the person at the console.
+void playWithProduct(const std::function<void(World&)>& body) {
+  World::play([&](World& world) {
+    world.actAsRoot("u");
+    makeRootsFolder(world, kApplications);
+    makeRootsFolder(world, kProduct);
+    makeRootsFile(world, kProduct + "/binary", "binary", 0755);
+    makeRootsFile(world, kProduct + "/secret", "secret", 0600);
+    ASSERT_TRUE(world.recycle(kApplications, "Tessaly.app"));
+    body(world);
+  });
+}
+
+// The same from a volume of root's, which the Trash is not on: as a move with administrator rights leaves it.
+void playWithProductOfVolume(const std::function<void(World&)>& body) {
+  playWithProduct([&](World& world) {
+    ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
+    world.mountVolume(kApplications, "mode=0755");
+    body(world);
+  });
+}
+
+void expectProduct(World& world) {
+  EXPECT_EQ(world.contentsOf(kProduct + "/binary"), "binary");
+  EXPECT_EQ(world.contentsOf(kProduct + "/secret"), "secret");
+  EXPECT_EQ(world.modeOf(kProduct + "/secret"), 0600U);
+  EXPECT_EQ(world.ownerOf(kProduct + "/binary"), 0U) << "owners are those of the Trash";
+  EXPECT_EQ(world.ownerOf(kProduct), World::kUser);
+  EXPECT_EQ(world.namesIn(kApplications), Names{"Tessaly.app"}) << "nothing else is left";
+}
+
+void expectIsBack(World& world) {
+  EXPECT_TRUE(world.putBackNewest(kProduct));
+  expectProduct(world);
+  expectNothingIn(world, kTrash);
+  EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
+}
+
+void expectStays(World& world, int code, const std::string& because) {
+  const platform::Status status = world.putBackNewest(kProduct);
+  EXPECT_EQ(status.code(), code);
+  EXPECT_EQ(status.localizedDescription(), "“Tessaly.app” couldn’t be put back because " + because + ".");
+  EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+  EXPECT_EQ(world.namesIn(kApplications), Names{});
+  EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+  EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
+}
+
+// What the person can do in the own Trash.
+void changeProduct(const std::function<void(const std::string& product)>& change) { change(kFiles + "Tessaly.app"); }
+
+TEST(PutBackByRoot, ReturnsToAFolderOfRoots) { playWithProduct(expectIsBack); }
+
+TEST(PutBackByRoot, ReturnsToAnotherVolume) { playWithProductOfVolume(expectIsBack); }
+
+TEST(PutBackByRoot, ReturnsAFileToAnotherVolume) {
+  playWithProductOfVolume([](World& world) {
+    makeRootsFile(world, kFiles + "file", "contents", 04755);
+    world.makeFile(kTrash + "/info/file.trashinfo", "[Trash Info]\nPath=/Applications/file\n");
+    EXPECT_TRUE(world.putBackNewest("/Applications/file"));
+    EXPECT_EQ(world.contentsOf("/Applications/file"), "contents");
+    EXPECT_EQ(world.modeOf("/Applications/file"), 0755U);
+    EXPECT_EQ(world.ownerOf("/Applications/file"), 0U);
+  });
+}
+
+TEST(PutBackByRoot, ReturnsFromTheTrashOfRootsVolume) {
+  World::play([](World& world) {
+    world.makeVolume("/home/u");
+    world.actAsRoot("u");
+    makeRootsFolder(world, kApplications);
+    makeRootsFile(world, kProduct, "product");
+    EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
+    EXPECT_EQ(world.itemsFrom(kProduct).at(0).path, "/.Trash-501/files/Tessaly.app");
+    EXPECT_TRUE(world.putBackNewest(kProduct));
+    EXPECT_EQ(world.contentsOf(kProduct), "product");
+    expectNothingIn(world, "/.Trash-501");
+  });
+}
+
+TEST(PutBackByRoot, ReplacesNothing) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    play([](World& world) {
+      world.makeLink(kProduct, "/nowhere");
+      const platform::Status status = world.putBackNewest(kProduct);
+      EXPECT_EQ(status.code(), EEXIST);
+      EXPECT_EQ(world.contentsOf(kProduct), "/nowhere");
+      EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    });
+  }
+}
+
+TEST(PutBackByRoot, MakesMissingFoldersOfRoots) {
+  playWithProduct([](World& world) {
+    ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
+    EXPECT_EQ(world.putBackNewest(kProduct).code(), ENOENT);
+    EXPECT_TRUE(world.putBackNewest(kProduct, MissingFolders::AreMade));
+    EXPECT_EQ(world.ownerOf(kApplications), 0U);
+    EXPECT_EQ(world.modeOf(kApplications), 0755U);
+    expectProduct(world);
+  });
+}
+
+TEST(PutBackByRoot, MakesMissingFoldersOfThePersonWhereThePersonMay) {
+  World::play([](World& world) {
+    world.actAsRoot("u");
+    world.makeFolder("/home/u/Folder");
+    world.makeFile("/home/u/Folder/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u/Folder", "a"));
+    world.removeTree("/home/u/Folder");
+    EXPECT_TRUE(world.putBackNewest("/home/u/Folder/a", MissingFolders::AreMade));
+    EXPECT_EQ(world.ownerOf("/home/u/Folder"), World::kUser);
+    EXPECT_EQ(world.contentsOf("/home/u/Folder/a"), "a");
+  });
+}
+
+// Whoever could lead root elsewhere gets no farther than by himself.
+TEST(PutBackByRoot, GoesWithThePersonsRightsWhereThePersonCouldLeadTheWay) {
+  World::play([](World& world) {
+    world.actAsRoot("u");
+    makeRootsFolder(world, "/home/u/Roots");
+    makeRootsFile(world, "/home/u/Roots/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u/Roots", "a"));
+    const platform::Status status = world.putBackNewest("/home/u/Roots/a");
+    EXPECT_EQ(status.code(), EACCES);
+    EXPECT_EQ(world.namesIn("/home/u/Roots"), Names{});
+    world.removeTree("/home/u/Roots");
+    world.makeLink("/home/u/Roots", "/etc");
+    EXPECT_TRUE(world.itemsFrom("/home/u/Roots/a").empty());
+    EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
+    EXPECT_EQ(world.contentsOf(kFiles + "a"), "a");
+  });
+}
+
+TEST(PutBackByRoot, FollowsNoLinkOfThePersonsThatCameAfterTheLook) {
+  World::play([](World& world) {
+    world.actAsRoot("u");
+    world.makeFolder("/home/u/Folder");
+    makeRootsFile(world, "/home/u/Folder/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u/Folder", "a"));
+    const platform::TrashedItem item = world.itemsFrom("/home/u/Folder/a").at(0);
+    world.removeTree("/home/u/Folder");
+    world.makeLink("/home/u/Folder", "/etc");
+    for (const MissingFolders missing : {MissingFolders::AreAReason, MissingFolders::AreMade}) {
+      expectRefused(world.putBack(item, World::kTrashLink, missing));
+    }
+    EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
+    EXPECT_EQ(world.contentsOf(kFiles + "a"), "a");
+  });
+}
+
+TEST(PutBackByRoot, FollowsNoLinkOfOthersForItsOwnItemsEither) {
+  World::play([](World& world) {
+    world.actAsRoot("root");
+    world.makeFolder("/home/u/Folder");
+    makeRootsFile(world, "/home/u/Folder/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u/Folder", "/root/.Trash", {"a"}));
+    const auto found = world.itemsFrom("/home/u/Folder/a", "/root/.Trash");
+    ASSERT_EQ(found.items.size(), 1U);
+    world.rename("/home/u/Folder", "/home/u/moved");
+    world.makeLink("/home/u/Folder", "/etc");
+    const platform::TrashedItem& item = found.items[0];
+    expectRefused(world.putBack(item, "/root/.Trash", MissingFolders::AreMade));
+    EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
+    world.removeFile("/home/u/Folder");
+    world.rename("/home/u/moved", "/home/u/Folder");
+    EXPECT_TRUE(world.putBack(item, "/root/.Trash", MissingFolders::AreAReason));
+    EXPECT_EQ(world.contentsOf("/home/u/Folder/a"), "a");
+  });
+}
+
+TEST(PutBackByRoot, DropsWhatLendsRights) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    play([](World& world) {
+      const std::string product = kFiles + "Tessaly.app";
+      world.makeFile(product + "/own", "own");
+      world.setMode(product + "/own", 06755);
+      world.setMode(product + "/binary", 04755);
+      world.setMode(product, 02755);
+      const std::array<unsigned char, 20> capability = {1, 0, 0, 2, 0, 4};
+      const bool hasCapability = ::setxattr((product + "/binary").c_str(), "security.capability", capability.data(),
+                                            capability.size(), 0) == 0;
+      EXPECT_TRUE(world.putBackNewest(kProduct));
+      EXPECT_EQ(world.modeOf(kProduct + "/own"), 0755U);
+      EXPECT_EQ(world.modeOf(kProduct + "/binary"), 0755U);
+      EXPECT_EQ(world.modeOf(kProduct), 0755U);
+      EXPECT_EQ(world.ownerOf(kProduct + "/own"), World::kUser);
+      if (hasCapability) {
+        EXPECT_LT(::getxattr((kProduct + "/binary").c_str(), "security.capability", nullptr, 0), 0);
+      }
+    });
+  }
+}
+
+TEST(PutBackByRoot, RefusesAFileOfOthersThatHasOtherNames) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    play([](World& world) {
+      makeRootsFile(world, "/home/u/precious", "precious", 04755);
+      changeProduct(
+          [](const std::string& product) { ASSERT_EQ(::link("/home/u/precious", (product + "/planted").c_str()), 0); });
+      expectStays(world, EMLINK, "a file in it has other names elsewhere");
+      EXPECT_EQ(world.modeOf("/home/u/precious"), 04755U);
+    });
+  }
+}
+
+TEST(PutBackByRoot, ReturnsFilesWithSeveralNamesThatAreAllInTheItem) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    play([](World& world) {
+      changeProduct([](const std::string& product) {
+        ASSERT_EQ(::link((product + "/binary").c_str(), (product + "/again").c_str()), 0);
+      });
+      EXPECT_TRUE(world.putBackNewest(kProduct));
+      EXPECT_EQ(world.inodeOf(kProduct + "/binary"), world.inodeOf(kProduct + "/again"));
+    });
+  }
+}
+
+TEST(PutBackByRoot, RefusesADevice) {
+  playWithProduct([](World& world) {
+    bool isMade = false;
+    changeProduct([&](const std::string& product) {
+      isMade = ::mknod((product + "/device").c_str(), S_IFCHR | 0666, makedev(1, 3)) == 0;
+    });
+    if (!isMade) GTEST_SKIP() << "this machine lets nobody make devices";
+    expectStays(world, ENODEV, "a device is in it");
+  });
+}
+
+// In a folder of root's, a link would be taken for root's own.
+TEST(PutBackByRoot, RefusesWhatIsNoFileAndNoFolder) {
+  playWithProduct([](World& world) {
+    world.removeTree(kFiles + "Tessaly.app");
+    world.makeLink(kFiles + "Tessaly.app", "/home/u");
+    expectStays(world, ENOTSUP, "root puts back files and folders only");
+    world.removeFile(kFiles + "Tessaly.app");
+    ASSERT_EQ(::mkfifo((kFiles + "Tessaly.app").c_str(), 0644), 0);
+    expectStays(world, ENOTSUP, "root puts back files and folders only");
+  });
+}
+
+TEST(PutBackByRoot, RefusesAnItemWithAVolumeMountedInIt) {
+  playWithProduct([](World& world) {
+    world.mountVolume(kFiles + "Tessaly.app/mounted", "mode=0755");
+    expectStays(world, EBUSY, "a volume is mounted there");
+  });
+}
+
+// Owners on a volume that somebody brought along are what its maker likes: no copy of them becomes root's.
+TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
+  playWithProductOfVolume([](World& world) {
+    world.makeVolume("/home/u/stick");
+    for (const char* folder : {"", "/files", "/info"}) world.makeFolder(std::string("/home/u/stick/Trash") + folder);
+    world.removeTree(kTrash);
+    world.removeFile(World::kTrashLink);
+    world.makeFolder(kTrash);
+    for (const char* folder : {"/files", "/info"})
+      world.bind("/home/u/stick/Trash" + std::string(folder), kTrash + folder);
+    makeRootsFile(world, kFiles + "Tessaly.app", "brought");
+    world.makeFile(kTrash + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=" + kProduct + "\n");
+    expectStays(world, EXDEV, "it is on another volume, whose owners are not to be relied on");
+  });
+}
+
+TEST(PutBackByRoot, LeavesTheItemWhereACopyFails) {
+  playWithProductOfVolume([](World& world) {
+    failSystemCall(SYS_syncfs, EIO);
+    const platform::Status status = world.putBackNewest(kProduct);
+    EXPECT_EQ(status.code(), EIO);
+    EXPECT_EQ(world.namesIn(kApplications), Names{});
+    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret");
+    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+  });
+}
+
+TEST(PutBackByRoot, LeavesTheItemWhereThereIsNoRoomForACopy) {
+  playWithProduct([](World& world) {
+    ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
+    world.mountVolume(kApplications, "mode=0755,size=64k");
+    world.makeFile(kFiles + "Tessaly.app/large", std::string(200'000, 'x'));
+    expectStays(world, ENOSPC, "there is no space left on its volume");
+  });
+}
+
+TEST(PutBackByRoot, LeavesTheItemWhereNoRecordCanBeWritten) {
+  playWithProduct([](World& world) {
+    failSystemCall(SYS_fsync, EIO);
+    const platform::Status status = world.putBackNewest(kProduct);
+    EXPECT_EQ(status.code(), EIO);
+    EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
+  });
+}
+
+TEST(PutBackByRoot, LeavesTheItemWhereNoWorkFolderCanBeMade) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    play([](World& world) {
+      failSystemCall(SYS_mkdirat, EMFILE);
+      EXPECT_EQ(world.putBackNewest(kProduct).code(), EMFILE);
+      EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+      EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    });
+  }
+}
+
+TEST(PutBackByRoot, WorksOnlyWithRightsThatItCanTake) {
+  playWithProduct([](World& world) {
+    const platform::TrashedItem item = world.itemsFrom(kProduct).at(0);
+    failSystemCall(SYS_setgroups, EPERM);
+    EXPECT_FALSE(world.putBack(item, World::kTrashLink, MissingFolders::AreMade));
+    EXPECT_FALSE(world.itemsFrom(kProduct, World::kTrashLink).status);
+    EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+  });
+}
+
+/// Puts the product back in a process that is killed right after its first system call of this number.
+void putBackUntil(World& world, long call) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    afterSystemCall(call, [] { ::kill(::getpid(), SIGKILL); });
+    static_cast<void>(world.putBackNewest(kProduct));
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status)) << "it was not ended in the middle";
+}
+
+// On one volume the first is refused to the person, so every step comes after it.
+TEST(EndedPutBack, IsUndoneByTheNextLook) {
+  for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
+    for (const long call : {SYS_mkdirat, SYS_fsync, SYS_renameat, SYS_flock}) {
+      play([&](World& world) {
+        putBackUntil(world, call);
+        EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U) << call;
+        EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret") << call;
+        if (world.kindOf(kProduct) == ItemKind::Nothing) expectIsBack(world);
+      });
+    }
+  }
+}
+
+// The record and the item as a process leaves them that was ended right after it took the item.
+void leaveTaken(World& world, const std::string& work) {
+  struct stat item {};
+  ASSERT_EQ(::lstat((kFiles + "Tessaly.app").c_str(), &item), 0);
+  makeRootsFolder(world, work);
+  world.setMode(work, 0700);
+  world.rename(kFiles + "Tessaly.app", work + "/item");
+  const std::string number = std::to_string(item.st_dev) + "\n" + std::to_string(item.st_ino);
+  const std::string info = "%5BTrash%20Info%5D%0APath%3D" + kProduct + "%0ADeletionDate%3D2024-02-29T23%3A05%3A07%0A";
+  makeRootsFile(world, work + "/record", kProduct + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n\n0\n1\nend");
+}
+
+TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgain) {
+  playWithProduct([](World& world) {
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
+    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, GivesWhatWasTakenAnotherNameWhereItsOwnIsTaken) {
+  playWithProduct([](World& world) {
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
+    world.makeFile(kFiles + "Tessaly.app", "another");
+    world.makeFile(kFiles + "Tessaly 2.app", "another");
+    const auto items = world.itemsFrom(kProduct);
+    ASSERT_EQ(items.size(), 2U);
+    EXPECT_EQ(items[0].path, kFiles + "Tessaly 3.app");
+    EXPECT_EQ(world.ownerOf(kTrash + "/info/Tessaly 3.app.trashinfo"), World::kUser);
+    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app"), "another");
+    EXPECT_TRUE(world.putBack(items[0], World::kTrashLink, MissingFolders::AreAReason));
+    EXPECT_EQ(world.contentsOf(kProduct + "/secret"), "secret");
+  });
+}
+
+TEST(EndedPutBack, RemovesTheDescriptionOfWhatIsBack) {
+  playWithProduct([](World& world) {
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
+    world.rename(kTrash + "/.tessaly-uninstaller-1/item", kProduct);
+    EXPECT_TRUE(world.itemsFrom(kProduct).empty());
+    expectNothingIn(world, kTrash);
+    EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
+    expectProduct(world);
+  });
+}
+
+TEST(EndedPutBack, IsMendedInTheTrashOfAVolume) {
+  World::play([](World& world) {
+    world.makeVolume("/home/u");
+    world.actAsRoot("u");
+    makeRootsFolder(world, kApplications);
+    makeRootsFile(world, kProduct, "product");
+    EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
+    putBackUntil(world, SYS_fsync);
+    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.namesIn("/.Trash-501"), (Names{"files", "info"}));
+  });
+}
+
+TEST(EndedPutBack, LeavesNoGrowingCopyBesideItsPlace) {
+  playWithProductOfVolume([](World& world) {
+    putBackUntil(world, SYS_syncfs);
+    EXPECT_EQ(world.namesIn(kApplications).size(), 1U);
+    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret");
+    expectIsBack(world);
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "Uninstaller/remove/Removal.h"
+#include "Uninstaller/remove/WithoutDialog.h"
+#include "tests/unit/uninstaller/AppControllerTest.h"
+
+namespace qm::testing {
+
+inline const linux_::UserRecord kCaller{501, 501, "u", "/home/u"};
+
+/// A machine on which the command works for whoever it is told.
+class Command : public PlatformTest {
+ protected:
+  Command() {
+    fakes.mainThread.disown();
+    fakes.disk.addFolder("/home/v");
+    fakes.users.addUser("v", "/home/v");
+  }
+
+  /// The program is root's. The Trash wants somebody at the console, which is never whom this is for.
+  void actAsRoot() {
+    fakes.users.addUser("w", "/home/w");
+    fakes.actAsRoot("w");
+  }
+
+  removal::Removal removalFor(const std::vector<linux_::UserRecord>& persons,
+                              RemoveConfig removeConfig = RemoveConfig::No) {
+    const std::string trashOf = persons.empty() ? "root" : persons.front().name;
+    return {users, witness, removal::Concerned{persons, trashOf}, removeConfig};
+  }
+
+  std::vector<removal::ReportItem> run(removal::Removal& removal) {
+    removal.look();
+    removal.run([] { return false; },
+                [this](const std::string& path, std::size_t, std::size_t) { seen.push_back(path); });
+    return removal.items();
+  }
+
+  static removal::ReportItem at(const std::vector<removal::ReportItem>& items, const std::string& path) {
+    const auto found =
+        std::ranges::find(items, path, [](const removal::ReportItem& each) { return each.path.value_or(""); });
+    EXPECT_NE(found, items.end()) << path;
+    return found == items.end() ? removal::ReportItem() : *found;
+  }
+
+  static std::vector<removal::Outcome> outcomesOf(const std::vector<removal::ReportItem>& items) {
+    std::vector<removal::Outcome> outcomes;
+    for (const removal::ReportItem& item : items) outcomes.push_back(item.outcome);
+    return outcomes;
+  }
+
+  Strings seen;
+  removal::WorkingFor users{fakes.users};
+  removal::WithoutDialog withoutDialog{fakes.authorizationServices};
+  RemovalWitness witness{services()};
+
+ private:
+  platform::Platform services() {
+    platform::Platform all = fakes.platform;
+    all.users = &users;
+    all.authorizationServices = &withoutDialog;
+    return all;
+  }
+
+  ScopedPlatform installed_{witness.services()};
+};
+
+inline void installCaches(FakeDisk& disk, const std::string& home) {
+  disk.addFile(home + "/Library/Caches/com.quillmark.tessaly/data", "1234");
+}
+
+}  // namespace qm::testing
