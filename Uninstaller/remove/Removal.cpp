@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <system_error>
 #include <utility>
 
 #include "Platform/AuthorizationServices.h"
@@ -12,6 +11,7 @@
 #include "Platform/Trash.h"
 #include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
+#include "Uninstaller/RemovalDetails.h"
 #include "Uninstaller/remove/MakersFolder.h"
 
 namespace qm::removal {
@@ -66,15 +66,9 @@ Outcome outcomeOf(const ItemResult& result) {
   return Outcome::Stayed;
 }
 
-/// Rights that were refused count only where it is rights that the system wanted.
-bool stayedForWantOfRights(const ItemResult& result) {
-  const auto error = static_cast<std::errc>(result.error);
-  return result.notAuthorized && (error == std::errc::permission_denied || error == std::errc::operation_not_permitted);
-}
-
-std::string reasonOf(const ItemResult& result, bool needsRights) {
+std::string reasonOf(const ItemResult& result) {
   if (result.outcome == ItemOutcome::Skipped) return skipText(result.planned.skip);
-  return needsRights ? "Not authorized: " + result.reason : result.reason;
+  return result.outcome == ItemOutcome::Stayed ? reasonToStay(result) : "";
 }
 
 /// What is started with root's rights for the folder returns before it is gone.
@@ -156,7 +150,7 @@ void Removal::move(std::size_t index) {
   ReportItem shown = item(index);
   shown.outcome = outcomeOf(result);
   shown.needsRights = stayedForWantOfRights(result);
-  shown.reason = reasonOf(result, shown.needsRights);
+  shown.reason = reasonOf(result);
   if (shown.outcome != Outcome::Trashed) shown.trashOf = std::nullopt;
   if (shown.outcome == Outcome::Trashed) {
     if (!result.trashedTo.empty()) shown.trashedTo = result.trashedTo;

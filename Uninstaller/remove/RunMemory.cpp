@@ -18,7 +18,7 @@ namespace {
 
 using posix::UniqueFd;
 
-constexpr const char* kName = "last-run";
+constexpr const char* kFileName = "last-run";
 constexpr const char* kNewName = "last-run.new";
 constexpr const char* kFolder = "/tessaly-remove";
 constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
@@ -27,7 +27,7 @@ constexpr std::size_t kMostWithoutChange = 8;
 
 /// A file that nobody but the user can have written.
 UniqueFd openOwnFile(int folder, uid_t user, int flags) {
-  UniqueFd file(::openat(folder, kName, flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  UniqueFd file(::openat(folder, kFileName, flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat found {};
   if (!file || ::fstat(file.get(), &found) != 0) return UniqueFd();
   const bool isOwn = S_ISREG(found.st_mode) && found.st_uid == user && found.st_nlink == 1 &&
@@ -65,7 +65,7 @@ int writeOwnFile(int folder, const std::string& text) {
   if (!file) return errno;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
   if (::fchmod(file.get(), S_IRUSR | S_IWUSR) != 0 || ::fsync(file.get()) != 0) return errno;
-  if (::renameat(folder, kNewName, folder, kName) != 0) return errno;
+  if (::renameat(folder, kNewName, folder, kFileName) != 0) return errno;
   const UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return listed && ::fsync(listed.get()) == 0 ? 0 : errno;
 }
@@ -134,7 +134,7 @@ void RunMemory::flush() const {
 
 void RunMemory::forget() {
   UniqueFd folder;
-  if (openFolder(folder) != 0 || ::unlinkat(folder.get(), kName, 0) != 0) return;
+  if (openFolder(folder) != 0 || ::unlinkat(folder.get(), kFileName, 0) != 0) return;
   file_.reset();
   ::rmdir(path_.c_str());
 }

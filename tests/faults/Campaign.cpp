@@ -29,6 +29,8 @@ bool isAsked(const char* extent) {
 
 bool allOfThem() { return isAsked("all"); }
 
+constexpr std::size_t kSomeStep = 5;
+
 // What is tried at a call, in sequence over all calls, of which a sample takes every so many. The numbers have no
 // divisor in common with how many there are for a call: each step comes to another one.
 struct Plan {
@@ -76,8 +78,7 @@ class Runs {
     std::vector<Call> calls;
     observe(calls);
     if (calls.empty()) return;
-    const bool isSample = scenario_.extent == Extent::Sample && !isAsked("each") && !allOfThem();
-    const std::size_t step = isSample ? plan.step : 1;
+    const std::size_t step = stepOf(plan);
     std::size_t number = 0;
     for (const Call& call : calls) {
       for (const Intervention& what : plan.interventions(call)) {
@@ -89,6 +90,12 @@ class Runs {
   }
 
  private:
+  std::size_t stepOf(const Plan& plan) const {
+    if (isAsked("each") || allOfThem()) return 1;
+    if (scenario_.extent == Extent::Sample) return plan.step;
+    return isAsked("some") ? kSomeStep : 1;
+  }
+
   // Undisturbed, the work is what the rules are about, and they hold.
   void observe(std::vector<Call>& calls) {
     scenario_.prepare();

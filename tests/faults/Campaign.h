@@ -38,8 +38,8 @@ struct Scenario {
 
 /// Carries a scenario out once for each of its calls and each error that a disk or a machine may answer it
 /// with; prints one line with the numbers and fails the running test for each rule that was broken, with the
-/// first places where. With QM_FAULTS=each in the environment no scenario is sampled. With QM_FAULTS=all, calls of
-/// memory, signals, clocks and further threads are among them, too.
+/// first places where. With QM_FAULTS=some in the environment every scenario is sampled, with QM_FAULTS=each none.
+/// With QM_FAULTS=all, calls of memory, signals, clocks and further threads are among them, too.
 void failEveryCall(const Scenario& scenario);
 
 /// The same, with the end of the work and all its children before each call and after it.

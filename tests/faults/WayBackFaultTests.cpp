@@ -57,7 +57,7 @@ void buildRoot() {
 class Services {
  public:
   Services() {
-    all_ = linux_::linuxPlatform(kProduct, {loop_, interface_, loop_, &users});
+    all_ = linux_::linuxPlatform(kProduct, {.mainThread = loop_, .descriptorWait = loop_, .users = &users});
     withoutDialog_ = std::make_unique<removal::WithoutDialog>(*all_.authorizationServices);
     all_.authorizationServices = withoutDialog_.get();
     // Nobody waits for what does not come: the clock goes on by itself, for a thread that is not the main one.
@@ -75,7 +75,6 @@ class Services {
 
  private:
   posix::MainLoop loop_;
-  removal::NoInterface interface_;
   Calls calls_;
   FakeClock clock_{calls_};
   FakeMainThread mainThread_{calls_, clock_};

@@ -35,9 +35,9 @@ FileError visit(int item, ItemsVisitor& visitor) {
   return S_ISDIR(status->st_mode) ? posix::walkTree(item, ".", visitor) : FileError(visitor.file(item, *status));
 }
 
-class Looking : public ItemsVisitor {
+class LendingSearch : public ItemsVisitor {
  public:
-  explicit Looking(uid_t person) : person_(person) {}
+  explicit LendingSearch(uid_t person) : person_(person) {}
 
   int file(int item, const struct stat& status) override {
     if (isDevice(status.st_mode)) return ENODEV;
@@ -112,7 +112,7 @@ FileError obstacleToPuttingBack(int item, uid_t person) {
   if (isDevice(status->st_mode)) return ENODEV;
   if (!isFolder && !S_ISREG(status->st_mode)) return ENOTSUP;
   if (isFolder && posix::holdsMountPoint(item)) return EBUSY;
-  Looking looking(person);
+  LendingSearch looking(person);
   FileError error = visit(item, looking);
   return error ? error : FileError(looking.fileWithOtherNames());
 }

@@ -21,11 +21,9 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
 using platform::MissingFolders;
 
-const std::string kTrash = World::kHomeTrash;
 const std::string kFiles = kTrash + "/files/";
 const std::string kApplications = "/Applications";
 const std::string kProduct = "/Applications/Tessaly.app";

@@ -16,11 +16,9 @@
 namespace qm::testing {
 namespace {
 
-using World = RealTrashWorld;
 using Names = std::vector<std::string>;
 using platform::MissingFolders;
 
-const std::string kTrash = World::kHomeTrash;
 const std::string kStick = "/volumes/stick";
 
 void trashFile(World& world, const std::string& name) {

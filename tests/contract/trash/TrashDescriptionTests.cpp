@@ -14,11 +14,8 @@ namespace qm::testing {
 namespace {
 
 using linux_::parsedTrashInfo;
-using World = RealTrashWorld;
 using platform::MissingFolders;
 using platform::TrashedItem;
-
-const std::string kTrash = World::kHomeTrash;
 
 std::string pathIn(const std::string& text) {
   const auto description = parsedTrashInfo(text);
@@ -31,7 +28,7 @@ std::string dateIn(const std::string& text) {
 }
 
 // A Trash with the item "a" that came from /home/u/a.
-void makeTrash(World& world) {
+void makeTrashWithItem(World& world) {
   world.makeFile("/home/u/a", "a");
   EXPECT_TRUE(world.recycle("/home/u", "a"));
 }
@@ -86,7 +83,7 @@ TEST(TrashDescription, HasNoDateThatIsNone) {
 
 TEST(DescribedItems, OfOtherProgramsAreFoundAndComeBack) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     world.makeFile(kTrash + "/files/x.2", "x");
     describe(world, "x.2", "[Trash Info]\nPath=/home/u/x\n");
     const std::vector<TrashedItem> items = world.itemsFrom("/home/u/x");
@@ -100,7 +97,7 @@ TEST(DescribedItems, OfOtherProgramsAreFoundAndComeBack) {
 
 TEST(DescribedItems, WithARelativePathInTheHomeTrashCameFromBesideTheTrash) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     world.makeFile(kTrash + "/files/x", "x");
     describePath(world, "x", "folder/x");
     EXPECT_EQ(countFrom(world, "/home/u/.local/share/folder/x"), 1U);
@@ -123,7 +120,7 @@ TEST(DescribedItems, WithAnAbsolutePathInAVolumesTrashAreNotBelieved) {
 
 TEST(DescribedItems, AreThoseOfNamesOnly) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     for (const char* stored : {"", ".", ".."}) describePath(world, stored, "/home/u/x");
     world.makeFile(kTrash + "/info/x.txt", "[Trash Info]\nPath=/home/u/x\n");
     world.makeFile(kTrash + "/files/x", "x");
@@ -135,7 +132,7 @@ TEST(DescribedItems, AreThoseOfNamesOnly) {
 
 TEST(DescribedItems, HaveNamesUpToTheLongest) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     const std::string longest(245, 'n');
     world.makeFile(kTrash + "/files/" + longest, "x");
     describePath(world, longest, "/home/u/" + std::string(255, 'o'));
@@ -147,7 +144,7 @@ TEST(DescribedItems, HaveNamesUpToTheLongest) {
 
 TEST(DescribedItems, WithATooLongNameStayInTheTrash) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     const std::string origin = "/home/u/" + std::string(256, 'o');
     describe(world, "b", "[Trash Info]\nPath=" + origin + "\n");
     world.makeFile(kTrash + "/files/b", "b");
@@ -170,7 +167,7 @@ TEST(DescribedItems, HaveNamesThatAreNoText) {
 // Nothing of it keeps anybody waiting, is read through, or hides the others.
 TEST(DescribedItems, ArePassedOverWhereTheDescriptionIsNoSmallFile) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     const std::string info = kTrash + "/info/";
     for (const char* stored : {"fifo", "link", "folder", "huge", "closed"})
       world.makeFile(kTrash + "/files/" + stored, "x");
@@ -191,7 +188,7 @@ TEST(DescribedItems, ArePassedOverWhereTheDescriptionIsNoSmallFile) {
 
 TEST(DescribedItems, OfAnEndlessFileCostNothing) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     world.makeFile(kTrash + "/files/x", "x");
     describePath(world, "x", "/home/u/x");
     EXPECT_EQ(::truncate((kTrash + "/info/x.trashinfo").c_str(), off_t{1} << 40U), 0);
@@ -201,7 +198,7 @@ TEST(DescribedItems, OfAnEndlessFileCostNothing) {
 
 TEST(DescribedItems, ThatChangedSinceTheyWereFoundStay) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     const TrashedItem item = world.itemsFrom("/home/u/a").at(0);
     for (const char* text : {"[Trash Info]\nPath=/home/u/b\nDeletionDate=2024-02-29T23:05:07\n",
                              "[Trash Info]\nPath=/home/u/a\nDeletionDate=2025-02-28T23:05:07\n", "nothing"}) {
@@ -218,7 +215,7 @@ TEST(DescribedItems, ThatChangedSinceTheyWereFoundStay) {
 // own list, and puts none of them elsewhere.
 TEST(DescribedItems, AreFoundByTheirWholePathOnly) {
   World::play([](World& world) {
-    makeTrash(world);
+    makeTrashWithItem(world);
     world.actAsRoot("u");
     int number = 0;
     for (const char* path : {"/etc//x", "//etc/x", "/etc/x/", "/etc/./x", "/etc/x/.", "etc/x", "/ETC/x", "/etc/x%0a"}) {

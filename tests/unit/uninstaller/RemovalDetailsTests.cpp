@@ -8,11 +8,13 @@ namespace qm::testing {
 namespace {
 
 ItemResult stayed(const std::string& path, const std::string& reason, int error = 0, bool notAuthorized = false) {
-  return {.planned = {.path = path},
-          .outcome = ItemOutcome::Stayed,
-          .reason = reason,
-          .error = error,
-          .notAuthorized = notAuthorized};
+  ItemResult result;
+  result.planned.path = path;
+  result.outcome = ItemOutcome::Stayed;
+  result.reason = reason;
+  result.error = error;
+  result.notAuthorized = notAuthorized;
+  return result;
 }
 
 TEST(DetailsOfARemoval, AreEachItemWithItsReasonBelow) {
