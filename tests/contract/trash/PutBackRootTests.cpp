@@ -259,11 +259,10 @@ TEST(PutBackByRoot, ReturnsFilesWithSeveralNamesThatAreAllInTheItem) {
 
 TEST(PutBackByRoot, RefusesADevice) {
   playWithProduct([](World& world) {
-    bool isMade = false;
-    changeProduct([&](const std::string& product) {
-      isMade = ::mknod((product + "/device").c_str(), S_IFCHR | 0666, makedev(1, 3)) == 0;
+    changeProduct([](const std::string& product) {
+      // The one device that may be made anywhere.
+      ASSERT_EQ(::mknod((product + "/device").c_str(), S_IFCHR | 0666, makedev(0, 0)), 0);
     });
-    if (!isMade) GTEST_SKIP() << "this machine lets nobody make devices";
     expectStays(world, ENODEV, "a device is in it");
   });
 }
