@@ -13,6 +13,8 @@
 namespace qm::testing {
 namespace {
 
+using namespace std::string_literals;
+
 using linux_::parsedTrashInfo;
 using platform::MissingFolders;
 using platform::TrashedItem;
@@ -69,7 +71,7 @@ TEST(TrashDescription, IsNoneWithoutAPathThatKeepsTheRules) {
         "[Trash Info]\nPath=/a/%2e%2E\n", "[Trash Info]\nPath=/a%00b\n", "[Trash Info]\npath=/a\n"}) {
     EXPECT_EQ(pathIn(text), "nothing") << text;
   }
-  EXPECT_EQ(pathIn(std::string("[Trash Info]\nPath=/a\nX=\0\n", 28)), "nothing");
+  EXPECT_EQ(pathIn("[Trash Info]\nPath=/a\nX=\0\n"s), "nothing");
 }
 
 TEST(TrashDescription, HasNoDateThatIsNone) {
