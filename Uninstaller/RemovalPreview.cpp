@@ -12,6 +12,8 @@
 using qm::platform::platform;
 
 struct RemovalPreview::Look {
+  Look(Show toShow, Measure toMeasure) : show(std::move(toShow)), measure(std::move(toMeasure)) {}
+
   Show show;
   Measure measure;
   std::atomic<bool> abandoned = false;
