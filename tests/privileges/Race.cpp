@@ -1,5 +1,7 @@
 #include "tests/privileges/Race.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
