@@ -8,7 +8,6 @@
 namespace qm::testing {
 namespace {
 
-using linux_::UserRecord;
 using removal::Outcome;
 using removal::Removal;
 using removal::ReportItem;
