@@ -43,6 +43,14 @@ class ItemCopier {
   static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
 
  private:
+  struct NewFile {
+    UniqueFd file;
+    bool isComplete = false;  ///< it has its contents already
+  };
+
+  int makeFile(const SourceFile& source, ItemName to, InheritedAccess inherited, NewFile& copy);
+  int fill(const SourceFile& source, const NewFile& copy);
+
   ContentsCopier contents_;
 };
 

@@ -9,6 +9,8 @@
 #include <ctime>
 #include <string>
 
+#include "Platform/posix/UniqueFd.h"
+
 /// The few calls that each system has in its own form. Their bodies are in the system's own folder,
 /// which the build adds; everything else here is POSIX. Functions of type int answer 0 or an error
 /// number.
@@ -40,8 +42,14 @@ bool isProtected(int folder, const char* name);
 bool holdsMountPoint(int folder);
 
 /// Lets a new, empty file have the contents of another without copying them, where the file system can:
-/// each keeps its own when the other is changed. Answers 0 or an error number.
+/// each keeps its own when the other is changed. Answers 0 or an error number; ENOTSUP where `makeClone` does this.
 int shareContents(int from, int to);
+
+/// Makes a file that shares the contents of another in the same way, where the system makes such a file and its name in
+/// one step. Nothing has the name before. On success the file belongs to this process, nothing forbids to change it,
+/// and `clone` is open for its attributes to be set; until then it may have any that the other has, but no bits that
+/// lend rights. On failure nothing was made. Answers 0 or an error number; ENOTSUP where `shareContents` does this.
+int makeClone(int from, int folder, const char* name, UniqueFd& clone);
 
 /// Has space set aside for what will be written to a part of a file, which makes that quicker; the size of
 /// the file stays as it is. Answers 0 or an error number.

@@ -41,6 +41,9 @@ bool isProtected(int folder, const char* name) {
 
 int shareContents(int from, int to) { return errorOf(::ioctl(to, FICLONE, from)); }
 
+/// FICLONE fills a file that is there.
+int makeClone(int /*from*/, int /*folder*/, const char* /*name*/, UniqueFd& /*clone*/) { return ENOTSUP; }
+
 int reserveSpace(int file, off_t offset, std::size_t count) {
   return errorOf(::fallocate(file, FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(count)));
 }
