@@ -38,6 +38,10 @@ int identify(int folder, FolderIdentity& identity);
 /// The item may not be renamed or removed, whatever the permissions say (immutable or append-only).
 bool isProtected(int folder, const char* name);
 
+/// Access lists of the item or of its folder forbid this process to take the item out of the folder. Asked before
+/// anything of the item is copied; says nothing about what permissions, sticky folders and `isProtected` tell.
+bool isRemovalDenied(int folder, const char* name);
+
 /// Something is mounted on an item below the folder. False as well when the system does not tell.
 bool holdsMountPoint(int folder);
 
