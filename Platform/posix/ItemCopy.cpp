@@ -89,6 +89,12 @@ int holdMade(ItemName file, int opened, UniqueFd& made) {
   return ESTALE;
 }
 
+/// `error` is how setting the other times has ended.
+int copyTimes(int error, int to, const struct stat& attributes) {
+  if (error == 0) error = copyCreationTime(to, attributes);
+  return cannotBeKept(error) ? 0 : error;
+}
+
 int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
   const int item = to.item.get();
   const bool hasOwner = to.attributes.st_uid == attributes.st_uid && to.attributes.st_gid == attributes.st_gid;
@@ -97,14 +103,14 @@ int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attribu
   if (const int error = copyExtendedAttributes(from.folder, from.name, item)) return error;
   const mode_t mode = permittedMode(attributes, ownerError == 0 ? OwnerKept::Yes : OwnerKept::No);
   if (const int error = S_ISLNK(attributes.st_mode) ? 0 : setMode(item, mode)) return error;
-  const int timesError = setTimes(item, timesOf(attributes));
-  return cannotBeKept(timesError) ? 0 : timesError;
+  return copyTimes(setTimes(item, timesOf(attributes)), item, attributes);
 }
 
 ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   MadeItem item;
   if (const int error = openMade(to, attributes.st_mode, inherited, item)) return {error};
-  const int error = copyAttributes(from, item, attributes);
+  int error = copyAttributes(from, item, attributes);
+  if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(item.item.get(), attributes);
   return {error, false, inherited == InheritedAccess::Possible ? std::move(item.item) : UniqueFd()};
 }
 
@@ -155,6 +161,7 @@ ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, Inher
   }
   int error = fill(source, file);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
+  if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(copy.get(), source.attributes);
   // Some file systems tell only here that they could not keep what was written.
   if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
   return {error, false, std::move(made)};
@@ -178,8 +185,13 @@ int copyAttributes(int from, int to, const struct stat& attributes) {
   const mode_t mode = permittedMode(attributes, ownerKept);
   const bool hasMode = owned && (made.st_mode & kPermissions) == mode;
   if (!hasMode && ::fchmod(to, mode) != 0 && !cannotBeKept(errno)) return errno;
-  const int timesError = errorOf(::futimens(to, timesOf(attributes).data()));
-  return cannotBeKept(timesError) ? 0 : timesError;
+  return copyTimes(errorOf(::futimens(to, timesOf(attributes).data())), to, attributes);
+}
+
+int copyFlags(int to, const struct stat& attributes) {
+  const ItemFlags flags = flagsForCopy(attributes);
+  const int error = flags == 0 ? 0 : setFlags(to, flags);
+  return cannotBeKept(error) ? 0 : error;
 }
 
 }  // namespace qm::posix

@@ -82,6 +82,18 @@ int setOwner(int item, uid_t user, gid_t group);
 int setMode(int item, mode_t mode);
 int setTimes(int item, const std::array<timespec, 2>& times);
 
+/// Gives an item the creation date of another, whose attributes these are. Comes after `setTimes`, which may change
+/// that date. ENOTSUP where the system keeps it to itself.
+int copyCreationTime(int item, const struct stat& attributes);
+
+/// What is said of an item beside all this, for example that it is hidden or may not be changed.
+using ItemFlags = std::uint32_t;
+/// The flags that a copy of the item gets from this process; 0 for none.
+ItemFlags flagsForCopy(const struct stat& attributes);
+/// Gives an item these flags and no others. With them nothing else of it may be changeable any more, its name included.
+/// ENOTSUP where there are none.
+int setFlags(int item, ItemFlags flags);
+
 /// Makes a FIFO, a socket or a device, which `mode` says, where nothing has the name. ENOTSUP for a kind that the
 /// system cannot make in a folder that is told by its descriptor.
 int makeNode(int folder, const char* name, mode_t mode, dev_t device);

@@ -75,6 +75,12 @@ int makeNode(int folder, const char* name, mode_t mode, dev_t device) {
   return errorOf(::mknodat(folder, name, mode, device));
 }
 
+int copyCreationTime(int /*item*/, const struct stat& /*attributes*/) { return ENOTSUP; }
+
+/// The attributes of inodes, which are the administrator's, stay behind.
+ItemFlags flagsForCopy(const struct stat& /*attributes*/) { return 0; }
+int setFlags(int /*item*/, ItemFlags /*flags*/) { return ENOTSUP; }
+
 /// The kernel has no call that sets a birth time, on whatever file system.
 int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
   struct stat attributes {};
