@@ -35,7 +35,7 @@ void AppController::uninstall(const qm::platform::ActionSender* /*sender*/) {
   outlets_.progressBar->startAnimation();
   outlets_.windowProgress->makeKeyAndOrderFront();
   outlets_.windowMain->orderOut();
-  // Without a thread to spare the interface stands still, but the run is the same.
+  // If the system refuses a thread, the interface does not respond during the run, but the run is the same.
   if (!platform().threads->detachNewThread([this] { beginUninstall(); })) beginUninstall();
 }
 

@@ -2,8 +2,7 @@
 
 #include "Platform/ProductIdentity.h"
 
-/// What the uninstaller and its programs are called. The one place: the data of `packaging/` has the same names, which
-/// a test compares.
+/// The names of the uninstaller and its programs, in one place. A test compares them with the data in `packaging/`.
 inline constexpr qm::platform::ProductIdentity kProduct = {
     .program = "tessaly-uninstaller",
     .identifier = "com.quillmark.tessaly-uninstaller",

@@ -30,7 +30,7 @@ PreviewRow rowOf(const PlannedItem& item, bool isMeasured) {
           .size = isMeasured && hasSize(item) ? sizeText(item.bytes) : ""};
 }
 
-/// The items that are there, the preferences among them.
+/// The existing items, including the preferences.
 Preview whatIsThere() {
   Preview preview;
   for (const ProductItem& item : kProductItems) {

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <string_view>
 
-/// Walking UTF-8 text one character at a time.
+/// Walks UTF-8 text one character at a time.
 namespace qm::foundation {
 
-/// Bytes from here on are part of characters beyond ASCII, and so are code points.
+/// Bytes of this value or higher belong to characters beyond ASCII; code points of this value or higher are not ASCII.
 inline constexpr unsigned char kFirstNonAscii = 0x80;
 
 /// One character of a text: a code point, or a byte that begins none.

@@ -68,7 +68,7 @@ constexpr Flag kFlags[] = {
 
 std::string quoted(std::string_view text) { return "\"" + foundation::replacingControlCharacters(text, '?') + "\""; }
 
-/// A setter returns what is wrong with the value; "" where nothing is.
+/// A setter returns what is wrong with the value; "" if nothing is.
 std::string addUser(Options& options, const std::string& value) {
   if (value.empty()) return "--user needs the name of a person.";
   options.users.push_back(value);

@@ -22,7 +22,7 @@ struct Range {
   uid_t last = 60000;
 };
 
-/// The numbers that the system gives to persons, as its administrator has set them.
+/// The range of ids for people's accounts, as configured by the administrator.
 Range numbersOfPersons() {
   Range range;
   std::ifstream settings("/etc/login.defs");
@@ -46,7 +46,7 @@ std::vector<UserRecord> ordinaryAccounts() {
 
 bool hasHome(const UserRecord& user) { return user.home.size() > 1 && user.home.starts_with('/'); }
 
-/// A home that two accounts share is looked through once, for the first of them.
+/// A home that two accounts share is examined once, for the first of them.
 void addPerson(std::vector<UserRecord>& persons, UserRecord person) {
   const bool isThere = std::ranges::any_of(
       persons, [&](const UserRecord& each) { return each.id == person.id || each.home == person.home; });
@@ -59,7 +59,7 @@ std::optional<std::string> personAtConsole(const Accounts& accounts) {
 
 Choice problem(int status, std::string text) { return {{}, status, std::move(text)}; }
 
-/// What belongs to the computer goes to root's own Trash, where nobody else can change it before it comes back.
+/// The computer's items go to root's own Trash, where nobody else can change them before they come back.
 Choice chosen(std::vector<UserRecord> persons) {
   Choice choice;
   choice.concerned.systemTrashOf = kRoot;

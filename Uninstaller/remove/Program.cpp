@@ -38,7 +38,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What has begun when the time is up is seen through, within this.
+/// Work in progress at the time limit gets this much longer.
 constexpr std::chrono::seconds kGrace{30};
 
 /// Everything that the program works with. Never destroyed: a worker may be inside one of the services while the
@@ -78,7 +78,7 @@ void writeAll(int stream, std::string_view text) {
   }
 }
 
-/// One line that is written over, for somebody who watches.
+/// One line that is overwritten, for a person at a terminal.
 class ProgressLine {
  public:
   ~ProgressLine() {
@@ -116,14 +116,14 @@ class Program {
     const int status = statusOf(report_);
     recordInJournal(report_);
     writeAll(STDOUT_FILENO, options_.report == ReportForm::Json ? reportJson(report_) : reportTable(report_));
-    // A worker that was given up goes on using all of this.
+    // A worker that was abandoned goes on using all of this.
     if (!inTime) std::_Exit(status);
     QMLog::finishWriting();
     return status;
   }
 
  private:
-  /// False where there is no lock and nothing is to be done.
+  /// False if there is no lock and nothing is to be done.
   bool isLocked() {
     if (!options_.isInEarnest()) return true;
     lock_ = RunLock::take(::getuid(), linux_::environmentValue("XDG_RUNTIME_DIR"), all_.users.homeDirectory());
@@ -136,7 +136,7 @@ class Program {
     report_.ownStatus = kTryLater;
   }
 
-  /// False where the work had to be given up. It may then go on for as long as the process lives.
+  /// False if the work had to be abandoned. It may then go on for as long as the process lives.
   bool remove() {
     auto made = std::make_unique<Removal>(all_.users, all_.witness, concerned_,
                                           options_.preferences ? RemoveConfig::Yes : RemoveConfig::No);
@@ -159,7 +159,7 @@ class Program {
     }
     work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
     if (!look()) return false;
-    // Also where all is back already: a run that was ended may have left something to finish.
+    // Also if everything is back already: an interrupted run may have left something to finish.
     return options_.isInEarnest() ? carryOut() : done();
   }
 
@@ -192,7 +192,7 @@ class Program {
     return false;
   }
 
-  /// What could not be put back later does not go.
+  /// Items that could not be put back later are not moved.
   bool isRemembered(Removal& removal) {
     const auto run = removal.toRemember();
     const int error = run ? memory_.begin(*run) : EIO;
@@ -212,7 +212,7 @@ class Program {
     return false;
   }
 
-  /// Gives the work up some time after the limit. False then.
+  /// Abandons the work some time after the limit, and returns false then.
   bool onWorker(const std::function<void()>& work) {
     return runUntil(end_ + kGrace, *platform::platform().mainThread, *platform::platform().threads, work);
   }
@@ -243,7 +243,7 @@ class Program {
   Report report_;
 };
 
-/// Nothing that is started waits for somebody to type.
+/// No child process may wait for input.
 void takeNoInput() {
   const posix::UniqueFd nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (nothing && nothing.get() != STDIN_FILENO) ::dup2(nothing.get(), STDIN_FILENO);
@@ -255,7 +255,7 @@ int runProgram(const Options& options) {
   takeNoInput();
   Composition& all = composition();
   const Choice choice = options.restore ? Choice() : choosePersons(options, systemAccounts(all.users));
-  // Whom the rights came from has been asked; what is started for others must not take it for whom it works for.
+  // The origin of the rights has been determined; children that work for other users must not take it for their user.
   ::unsetenv("PKEXEC_UID");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
   if (!choice.problem.empty()) {
     writeAll(STDERR_FILENO, "tessaly-remove: " + choice.problem + "\n");

@@ -71,7 +71,7 @@ std::string reasonOf(const ItemResult& result) {
   return result.outcome == ItemOutcome::Stayed ? reasonToStay(result) : "";
 }
 
-/// What is started with root's rights for the folder returns before it is gone.
+/// The program that root's rights are used through returns before the folder is gone.
 bool isGoneInTime(const std::string& folder) {
   const auto& clock = *platform().clock;
   const auto end = clock.monotonicNow() + kFolderLimit;
@@ -188,7 +188,7 @@ std::optional<RememberedRun> Removal::toRemember() {
     parts_[index].remembered = run.items.size();
     run.items.push_back(rememberedItem(parts_[index]));
   }
-  // Also where it stays, since its time changes with what leaves it.
+  // Recorded even if the folder stays, because its time changes with what is removed from it.
   const int error = makersFolder_ ? qm::removal::lookAt(*makersFolder_, run.folder) : 0;
   if (error != 0 && isToBeMoved(item(parts_.size()))) return std::nullopt;
   return run;
@@ -199,7 +199,7 @@ RememberedItem Removal::rememberedItem(const Part& part) const {
   if (part.person) item.user = part.person->name;
   item.path = part.planned.path.value_or("");
   item.trashOf = part.trashOf;
-  // What is the computer's goes to the caller's own Trash.
+  // The computer's items go to the caller's own Trash.
   item.trashOwner = part.person ? part.person->id : users_.realUserId();
   return item;
 }

@@ -16,7 +16,7 @@ using posix::UniqueFd;
 
 constexpr const char* kName = "tessaly-remove.lock";
 
-/// In /tmp anybody could take the name first and so keep the user from every run.
+/// In /tmp anybody could create the file first and so prevent the user from ever running this.
 UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
   std::string path = home;
   for (const char* name : {"/.cache", "/tessaly-remove"}) {

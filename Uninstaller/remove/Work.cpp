@@ -11,7 +11,7 @@ constexpr const char* kNotGone = "The time was up before it had gone.";
 constexpr const char* kNotBack = "The time was up before it had come back.";
 
 void stay(ReportItem& item, const std::string& reason) {
-  // What was to come back is where it was.
+  // An item that was to be put back is still in the Trash.
   if (item.outcome == Outcome::Goes) item.trashOf = std::nullopt;
   item.outcome = Outcome::Stayed;
   item.reason = reason;

@@ -5,8 +5,7 @@
 
 namespace qm::linux_ {
 
-/// The rights of copies in the background: those that `LinuxFileSystem` makes its changes with. The users outlive every
-/// copy.
+/// The rights of copies in the background, the same as those of `LinuxFileSystem`. The users outlive every copy.
 posix::CopyRights copyRights(const platform::Users& users);
 
 }  // namespace qm::linux_

@@ -14,10 +14,10 @@ namespace {
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-// What an access list grants shows in the mode: its mask takes the place of the group's bits.
+// The permissions of an access list show in the mode, because its mask replaces the group's bits.
 bool othersMayWrite(const struct stat& folder) { return (folder.st_mode & kWritableByOthers) != 0; }
 
-// Ends a walk at the first folder that others may write in.
+// Ends a walk at the first folder that others may write to.
 class RootsAlone : public posix::TreeVisitor {
  public:
   int entered(const posix::FolderChain& chain, const std::string&) override {

@@ -6,9 +6,10 @@
 
 namespace qm::linux_ {
 
-/// Where a program of the product's is, seen from the running one: in ../libexec where it is installed, else beside it,
-/// as in a build folder; an absolute path is itself. A running one that the system does not tell of counts as installed
-/// in /usr. For a program without a name, a path where there never is one, for messages.
+/// The path of a program of the product's, relative to the running one: in ../libexec if that is where it is installed,
+/// else beside it, as in a build folder. An absolute path is returned as it is. If the system does not give the running
+/// program's path, it counts as installed in /usr. For a program without a name, returns a path where nothing ever
+/// exists, for messages.
 std::string ownProgram(const std::optional<std::string>& executable, std::string_view name);
 
 }  // namespace qm::linux_

@@ -46,8 +46,8 @@ std::string kernel() {
   return ::uname(&name) == 0 ? std::string(name.sysname) + " " + name.release : "Linux";
 }
 
-// Random bytes; what the kernel does not give before its generator is ready stays zero, and the process id, the time
-// and the count beside them tell the strings apart.
+// Random bytes. Those that the kernel does not provide before its generator is ready stay zero; process id, time and
+// count still make the strings unique.
 std::array<std::uint32_t, 4> randomWords() {
   std::array<std::uint32_t, 4> words{};
   if (::getrandom(words.data(), sizeof(words), GRND_NONBLOCK) < 0) return {};
