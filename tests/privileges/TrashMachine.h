@@ -28,9 +28,9 @@ class TrashMachine : public ::testing::Test {
   static std::string infoOf(const std::string& name) { return contentsOf(trash() + "/info/" + name + ".trashinfo"); }
   static std::string originIn(const std::string& info) { return info.substr(0, info.find("\nDeletionDate=20")); }
 
-  /// Nothing has come into the Trash, and nothing hidden is left.
+  /// Nothing was added to the Trash, and nothing hidden is left.
   static void expectEmptyTrash();
-  /// In the Trash there are only its two folders.
+  /// The Trash contains only its two folders.
   static void expectNoLeftovers();
 };
 
