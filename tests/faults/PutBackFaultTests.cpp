@@ -1,4 +1,4 @@
-// Root puts an item back from a person's Trash, with a fault or an end at each of its system calls.
+// Root puts an item back from a user's Trash, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>
 
@@ -111,7 +111,7 @@ class ItemToPutBack {
     return whole > 0 ? std::string() : "it is gone";
   }
 
-  // Where the item is while it changes places.
+  // Where the item is while it is being moved.
   static std::string taken() {
     for (const std::string& name : othersIn(trash(), {"files", "info"})) {
       if (exists(trash() + "/" + name + "/item")) return trash() + "/" + name + "/item";

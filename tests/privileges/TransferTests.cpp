@@ -1,4 +1,4 @@
-// mv, cp and mkdir for root: where things end up, and that nobody can lead them elsewhere.
+// mv, cp and mkdir for root: where items end up, and that nobody can redirect them.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

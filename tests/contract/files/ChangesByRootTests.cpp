@@ -1,4 +1,4 @@
-// What a process of root's changes at paths that somebody else can lead elsewhere.
+// Changes by a process of root's at paths that somebody else can redirect.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -19,7 +19,7 @@
 namespace qm::testing {
 namespace {
 
-// "system" is root's, "home" the person's, with a link "way" to "system".
+// "system" is root's, "home" the user's, with a link "way" to "system".
 class ChangesByRoot : public ::testing::Test {
  protected:
   using Files = linux_::LinuxFileSystem;
