@@ -17,8 +17,7 @@ inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;           
 inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;               ///< the user cancelled the dialog
 inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;  ///< no dialog allowed
 inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;     ///< the tool could not be started
-inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError =
-    -60032;  ///< the component that starts tools has failed
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< the tool launcher has failed
 
 /// The options of a session or a request: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
