@@ -469,8 +469,7 @@ TEST_F(DataFromTask, HandsOutTheTaskBeforeItsLaunchPathIsSet) {
 
 TEST_F(DataFromTask, EndsWithWhatItHasWhenReadingFails) {
   scriptOutput({"one", "two"}, {"error"});
-  fakes.calls.failNth("tasks.availableData",
-                      2);  // taken for the end of the output, and read again after standard error
+  fakes.calls.failNth("tasks.availableData", 2);  // taken for the end; read again after standard error
   EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, nullptr), "error");
   fakes.calls.failAlways("tasks.availableData");
   EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, nullptr), "");
