@@ -87,8 +87,8 @@ class AuthorizationServices {
   /// Ends everything that holds rights, and returns when nothing does any more. Running tools are waited for. Sessions
   /// remain, without their rights.
   virtual void releaseRights() {}
-  /// The command that a process of root's starts in place of a system tool for files, on behalf of the user at the
-  /// console. Where others can change names, root must not use a tool that works by name.
+  /// The command that a root process starts in place of a system tool for files, on behalf of the user at the console.
+  /// Where others can change names, root must not use a tool that works by name.
   virtual ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
     return {tool, arguments};
   }

@@ -109,11 +109,11 @@ bool putAllBack() {
   });
 }
 
-/// What there is, and the rules of the way there and back:
+/// The installed items, and the rules for removing them and putting them back:
 ///
 /// I1  Each item is whole at its place or in a Trash, with a description there.
-/// I2  Reported success: the items are gone, or all is back.
-/// I4  After the next run, which puts back, all is as it was before.
+/// I2  Reported success: the items are gone, or everything is back.
+/// I4  After the next run, which puts everything back, all is as it was before.
 class WayOnTheMachine {
  public:
   void prepare() {

@@ -43,7 +43,7 @@ Outcome removeIfHollowHere(const std::string& folder);
 /// Removes a folder like the uninstaller's helper does with the maker's.
 Outcome removeIfHollow(const std::string& folder);
 
-/// Folders and files of root's, or of another user's. Parent folders must exist.
+/// Root-owned folders and files, or of another user's. Parent folders must exist.
 void makeFolder(const std::string& path, uid_t owner = 0, mode_t mode = 0755);
 void makeFile(const std::string& path, const std::string& contents, uid_t owner = 0, mode_t mode = 0644);
 void makeLink(const std::string& path, const std::string& target, uid_t owner = 0);

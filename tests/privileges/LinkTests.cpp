@@ -49,7 +49,7 @@ posix::UniqueFd mountOfThePersons(const std::string& path) {
   return program;
 }
 
-/// The writers of an entry of root's in a folder that claims to be root's alone.
+/// The writers of a root-owned entry in a folder that claims to be root's alone.
 linux_::Writers writersIn(const posix::UniqueFd& folder) {
   struct stat roots {};
   roots.st_mode = S_IFDIR | 0755;

@@ -135,7 +135,7 @@ TEST_F(EndedMove, IsMendedByItsOwnProductOnly) {
   });
 }
 
-// A folder of root's that the user has given such a name.
+// A root-owned folder that the user has given such a name.
 TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
   run([] {
     const std::string folder = trash() + "/.tessaly-uninstaller-1";

@@ -237,7 +237,7 @@ class RootForSomebody : public AdministratorRights {
  protected:
   static std::string home() { return std::string("/home/") + GetParam().name; }
 
-  /// The helper as started by a process of root's for the user.
+  /// The helper as started by a root process for the user.
   static int helperFor(const std::vector<std::string>& command) {
     std::vector<std::string> arguments = {"--for", std::to_string(GetParam().uid)};
     arguments.insert(arguments.end(), command.begin(), command.end());
@@ -261,7 +261,7 @@ TEST_P(RootForSomebody, HandsOverWhatComesIntoTheTrash) {
   fs::remove_all(home() + "/.local");
 }
 
-/// A process of root's that works for one user, whoever came to it through pkexec.
+/// A root process that works for one user, whoever came to it through pkexec.
 class RootsUsers : public platform::Users {
  public:
   explicit RootsUsers(const Account& person) : person_(person) {}

@@ -50,7 +50,7 @@ class PuttingBack : public WorkForSomebody {
     });
   }
 
-  /// A volume with a file of root's is continuously mounted over the folder "sub" of the item and unmounted again.
+  /// A volume with a root-owned file is continuously mounted over the folder "sub" of the item and unmounted again.
   static void runAgainstMounts() {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {
@@ -77,7 +77,7 @@ class PuttingBack : public WorkForSomebody {
   static std::string onVolume() { return race::source() + "/item"; }
 
  private:
-  // Items of root's that resemble the swapped parts. Their mode bits show whether anybody dropped them.
+  // Root-owned items that resemble the swapped parts. Their mode bits show whether anybody dropped them.
   static void build() {
     makeFolder(machineFolder() + "/applications");
     for (const char* folder : {"/Trash", "/Trash/files", "/Trash/info", "/Trash/files/item"}) {

@@ -20,7 +20,7 @@ using race::precious;
 
 class Recycling : public WorkForSomebody {
  protected:
-  // An item of root's is moved to the Trash, a part of which is swapped.
+  // A root-owned item is moved to the Trash, a part of which is swapped.
   static void run(const std::string& part, const std::string& likeness) {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {

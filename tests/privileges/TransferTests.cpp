@@ -27,7 +27,7 @@ class FileToolOfRoots : public ::testing::Test {
     });
   }
 
-  /// A folder of root's with a file and a folder.
+  /// A root-owned folder with a file and a folder.
   static void makeTree(const std::string& path) {
     makeFolder(path);
     makeFile(path + "/file", "contents", 0, 0640);

@@ -15,7 +15,7 @@ class TrashMachine : public ::testing::Test {
  protected:
   static void run(const std::function<void()>& body);
 
-  /// A bundle of root's with a closed file, a setuid tool and a link.
+  /// A root-owned bundle with a closed file, a setuid tool and a link.
   static void makeBundle(const std::string& path);
   /// Moves an application to the Trash.
   static Outcome trashItem(const std::string& name);

@@ -1,4 +1,4 @@
-// A user swaps the parts of the own Trash for links while root moves items there.
+// A user swaps the parts of their own Trash for links while root moves items there.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using race::precious;
 
 constexpr int kTrashRounds = 300;
 
-// "link" leads to an item of root's that looks the same as the part it is exchanged with.
+// "link" leads to a root-owned item that looks the same as the part it is exchanged with.
 class SwappedPartOfTheTrash : public ::testing::Test {
  protected:
   static void run(const std::string& part, const std::string& likeness) {

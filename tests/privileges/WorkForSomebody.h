@@ -10,7 +10,7 @@
 
 namespace qm::testing {
 
-/// A process of root's with the user "sam" at the console, whose home and Trash are those of the races.
+/// A root process with the user "sam" at the console, whose home and Trash are those of the races.
 class WorkForSomebody : public ::testing::Test {
  protected:
   static void run(const std::function<void(FakePlatform&)>& body);

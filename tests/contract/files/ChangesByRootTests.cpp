@@ -1,4 +1,4 @@
-// Changes by a process of root's at paths that somebody else can redirect.
+// Changes by a root process at paths that somebody else can redirect.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -117,7 +117,7 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
   });
 }
 
-/// A copy in the background by a process of root's.
+/// A copy in the background by a root process.
 int copyInBackground(const platform::Users& users, const std::string& source, const std::string& folder) {
   RealCopies machine;
   posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, linux_::copyRights(users)};

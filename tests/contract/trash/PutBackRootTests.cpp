@@ -39,7 +39,7 @@ void makeRootsFile(World& world, const std::string& path, const std::string& con
   world.setMode(path, mode);
 }
 
-// A product of root's in a folder of root's, now in the Trash of the user at the console.
+// A root-owned product in a root-owned folder, now in the Trash of the user at the console.
 void playWithProduct(const std::function<void(World&)>& body) {
   World::play([&](World& world) {
     world.actAsRoot("u");
@@ -52,7 +52,7 @@ void playWithProduct(const std::function<void(World&)>& body) {
   });
 }
 
-// The same from a volume of root's without that Trash, as after a move with administrator rights.
+// The same from a root-owned volume without that Trash, as after a move with administrator rights.
 void playWithProductOfVolume(const std::function<void(World&)>& body) {
   playWithProduct([&](World& world) {
     ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
@@ -87,7 +87,7 @@ void expectStays(World& world, int code, const std::string& because) {
   EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
 }
 
-// What the user can do in the own Trash.
+// What the user can do in their own Trash.
 void changeProduct(const std::function<void(const std::string& product)>& change) { change(kFiles + "Tessaly.app"); }
 
 TEST(PutBackByRoot, ReturnsToAFolderOfRoots) { playWithProduct(expectIsBack); }
@@ -267,7 +267,7 @@ TEST(PutBackByRoot, RefusesADevice) {
   });
 }
 
-// In a folder of root's, a link would be trusted as root's own.
+// In a root-owned folder, a link would be trusted as root's own.
 TEST(PutBackByRoot, RefusesWhatIsNoFileAndNoFolder) {
   playWithProduct([](World& world) {
     world.removeTree(kFiles + "Tessaly.app");
