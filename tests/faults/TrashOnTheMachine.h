@@ -21,9 +21,9 @@ class TrashOnTheMachine {
   enum class Volumes { One, Two };
   explicit TrashOnTheMachine(Volumes volumes) : volumes_(volumes) {}
 
-  /// Once on a machine: the person's account and the volumes.
+  /// Once on a machine: the user's account and the volumes.
   void build() const;
-  /// Before each run: the person's home, the Trash and the item.
+  /// Before each run: the user's home, the Trash and the item.
   void prepare();
   /// After an undisturbed run: so it shall be.
   void remember();
