@@ -10,8 +10,8 @@
 
 namespace qm::removal {
 
-/// The system's users, with the user that a program of root's works for in place of the console user. For everybody but
-/// root there is no such user, and nothing differs. Any thread.
+/// The system's users, with the user that a program run by root works for in place of the console user. For everybody
+/// but root there is no such user, and nothing differs. Any thread.
 class WorkingFor final : public platform::Users {
  public:
   /// The system's users outlive this object.

@@ -19,7 +19,7 @@ class Unpack : public ArchiveTest {
  protected:
   std::string archiveOf(const std::vector<ZipItem>& items) { return makeFile("a.zip", zipBytes(items)); }
 
-  /// The reason why an archive of these items cannot be unpacked, "" when it can.
+  /// The reason why an archive of these items cannot be unpacked, "" if it can.
   std::string problemOf(const std::vector<ZipItem>& items) {
     return unpack(archiveOf(items), path("new")).localizedDescription();
   }

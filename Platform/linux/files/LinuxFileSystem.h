@@ -13,7 +13,7 @@
 
 namespace qm::linux_ {
 
-/// The plain file operations. A process of root's makes changes with the rights of whoever could redirect the path (see
+/// The plain file operations. A root process makes changes with the rights of whoever could redirect the path (see
 /// `RightsForPaths`). So what it creates in a user's folders belongs to that user, and a link there leads it nowhere
 /// that the user could not go. The users outlive it.
 class LinuxFileSystem final : public posix::PosixFileSystem {

@@ -14,7 +14,7 @@ Writers anybody() {
   return writers;
 }
 
-// Those who can put something where nothing is: everybody who may write to the folder, as for a link of root's.
+// Those who can put something where nothing is: everybody who may write to the folder, as for a root-owned link.
 Writers writersOfNewEntry(int folder) {
   const auto status = statusOf(folder);
   if (!status) return anybody();

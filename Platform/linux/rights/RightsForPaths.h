@@ -8,7 +8,7 @@
 
 namespace qm::linux_ {
 
-/// The rights with which a process of root's makes changes at some paths, for the lifetime of this object and for the
+/// The rights with which a root process makes changes at some paths, for the lifetime of this object and for the
 /// calling thread. These are root's own if nobody else can redirect the paths, else those of the one user who can, else
 /// those of the user at the console. So whoever redirects a path gains nothing. Has no effect in any process that is
 /// not root's.

@@ -28,8 +28,8 @@ struct Writers {
 };
 
 /// Who can replace the item `entry` of `folder` by another one. A group counts as anybody, because at best a directory
-/// service knows who has it as the primary group. In a sticky folder an item can be replaced by its owner; an item of
-/// root's there could have been moved in by anybody.
+/// service knows who has it as the primary group. In a sticky folder an item can be replaced by its owner; a root-owned
+/// item there could have been moved in by anybody.
 Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry);
 
 /// Whether the folder is on a file system in user space (FUSE), where ownership is whatever the user's program claims.

@@ -9,8 +9,8 @@
 
 namespace qm::linux_ {
 
-/// A hidden folder of root's alone inside a folder that others may change. Nobody else can reach its contents. It is
-/// locked while its creator lives, so that one left behind by an interrupted process can be recognised.
+/// A hidden folder that only root can access inside a folder that others may change. Nobody else can reach its
+/// contents. It is locked while its creator lives, so that one left behind by an interrupted process can be recognised.
 class WorkFolder {
  public:
   /// A name that nobody can guess, with the product's prefix; "" without a prefix, or if the system provides no random
