@@ -2,13 +2,11 @@
 
 #include <string>
 
+#include "Platform/posix/rights/SystemRights.h"
+
 namespace qm::posix {
 
 /// A path that leads to the very item of an open descriptor.
 inline std::string pathOfDescriptor(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
-
-/// The absolute path at which the system shows the item of a descriptor now; "" when it has none, or one that is
-/// longer than the system takes.
-std::string shownPath(int descriptor);
 
 }  // namespace qm::posix

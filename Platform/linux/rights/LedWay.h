@@ -1,13 +1,9 @@
 #pragma once
 
-#include <string>
-
-#include "Platform/linux/rights/Writers.h"
+#include "Platform/posix/rights/LedWay.h"
 
 namespace qm::linux_ {
 
-/// Everybody but root who can lead the way to the item of a path, or to where it would be made, elsewhere. Anybody,
-/// where that cannot be found out.
-Writers writersOnTheWayTo(const std::string& path);
+using posix::writersOnTheWayTo;
 
 }  // namespace qm::linux_

@@ -1,8 +1,6 @@
-#include "Platform/linux/rights/PathWalk.h"
+#include "Platform/posix/rights/PathWalk.h"
 
 #include <fcntl.h>
-#include <linux/openat2.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,17 +8,17 @@
 #include <climits>
 #include <vector>
 
-#include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/posix/ErrorWords.h"
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/rights/SystemRights.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
-
-using posix::UniqueFd;
 
 constexpr int kMostLinks = 40;  // the system's own limit
 
-UniqueFd openRoot() { return UniqueFd(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC)); }
+UniqueFd openRoot() { return UniqueFd(::open("/", lookupFlag() | O_DIRECTORY | O_CLOEXEC)); }
 
 // The names of a path, the first one last.
 std::vector<std::string> namesBackwards(const std::string& path) {
@@ -72,7 +70,7 @@ class Walk {
 
   // An item that is missing is no failure yet.
   Result look() {
-    place_.item.reset(::openat(place_.folder.get(), place_.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    place_.item.reset(openItself(place_.folder.get(), place_.name.c_str()));
     if (!place_.item && errno == ENOENT && makesFolders_ && !pending_.empty()) return makeFolder();
     if (!place_.item) return errno == ENOENT ? Result() : failure(errno);
     const auto status = statusOf(place_.item.get());
@@ -84,7 +82,7 @@ class Walk {
   Result makeFolder() {
     if (Result refusal = judge()) return refusal;
     if (::mkdirat(place_.folder.get(), place_.name.c_str(), 0755) != 0 && errno != EEXIST) return failure(errno);
-    place_.item.reset(::openat(place_.folder.get(), place_.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    place_.item.reset(openItself(place_.folder.get(), place_.name.c_str()));
     const auto status = place_.item ? statusOf(place_.item.get()) : std::nullopt;
     if (!status) return failure(errno);
     place_.itemStatus = *status;
@@ -101,7 +99,7 @@ class Walk {
   Result goUp() {
     if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that others than root can move");
     if (pending_.empty()) return refused(EINVAL, "it names no item");
-    UniqueFd above(::openat(place_.folder.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    UniqueFd above(::openat(place_.folder.get(), "..", lookupFlag() | O_DIRECTORY | O_CLOEXEC));
     if (!above) return failure(errno);
     place_.folder = std::move(above);
     return std::nullopt;
@@ -109,8 +107,10 @@ class Walk {
 
   Result follow() {
     std::array<char, PATH_MAX> target{};
-    const ssize_t length = ::readlinkat(place_.item.get(), "", target.data(), target.size());
+    const ssize_t length = ::readlinkat(place_.folder.get(), place_.name.c_str(), target.data(), target.size());
     if (length < 0) return failure(errno);
+    // Read by its name: what was looked at is what counts.
+    if (!isStill(place_.item.get(), place_.folder.get(), place_.name)) return failure(ESTALE);
     if (++links_ > kMostLinks) return failure(ELOOP);
     const std::string text(target.data(), static_cast<std::size_t>(length));
     const auto names = namesBackwards(text);
@@ -148,10 +148,10 @@ class Walk {
 
 }  // namespace
 
-Refusal refusalFor(int error, const std::string& path) { return {error, posix::withSystemWords(path, error)}; }
+Refusal refusalFor(int error, const std::string& path) { return {error, withSystemWords(path, error)}; }
 
 std::string PinnedPlace::shown() const {
-  const std::string above = posix::shownPath(folder.get());
+  const std::string above = shownPath(folder.get());
   if (above.empty()) return {};
   return (above == "/" ? "" : above) + "/" + name;
 }
@@ -169,11 +169,4 @@ UniqueFd openFolderThroughRootsLinks(const std::string& path) {
   return UniqueFd();
 }
 
-UniqueFd openFolderByRules(const std::string& path, std::uint64_t rules) {
-  open_how how{};
-  how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-  how.resolve = rules;
-  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
-}
-
-}  // namespace qm::linux_
+}  // namespace qm::posix

@@ -1,12 +1,12 @@
-#include "Platform/linux/files/LinuxCopyRights.h"
+#include "Platform/posix/rights/RightfulCopies.h"
 
 #include <initializer_list>
 
-#include "Platform/linux/rights/RightsForPaths.h"
+#include "Platform/posix/rights/RightsForPaths.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 
-posix::CopyRights copyRights(const platform::Users& users) {
+CopyRights rightsForCopies(const platform::Users& users) {
   return [&users](const std::string& source, const std::string& destination) -> std::shared_ptr<void> {
     const std::initializer_list<std::string> paths = {source, destination};
     auto rights = std::make_shared<RightsForPaths>(users, paths);
@@ -14,4 +14,4 @@ posix::CopyRights copyRights(const platform::Users& users) {
   };
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

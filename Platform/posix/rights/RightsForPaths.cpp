@@ -1,11 +1,11 @@
-#include "Platform/linux/rights/RightsForPaths.h"
+#include "Platform/posix/rights/RightsForPaths.h"
 
 #include <optional>
 
-#include "Platform/linux/rights/LedWay.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/LedWay.h"
+#include "Platform/posix/rights/UserDatabase.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 constexpr gid_t kNoGroup = 65534;
@@ -39,4 +39,4 @@ bool RightsForPaths::choose(const platform::Users& users, std::initializer_list<
   return true;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

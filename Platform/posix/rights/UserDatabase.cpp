@@ -1,4 +1,4 @@
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 
 #include <grp.h>
 #include <pwd.h>
@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 constexpr std::size_t kFirstBuffer = 1024;
@@ -72,4 +72,4 @@ FileSystemIdentity identityOf(const UserRecord& user) {
   return {user.id, user.group, std::move(groups)};
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

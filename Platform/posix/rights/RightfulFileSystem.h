@@ -11,14 +11,14 @@
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/PosixFileSystem.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 
 /// The plain file operations. A process of root's changes things with the rights of whoever could lead it astray (see
 /// `RightsForPaths`), so that what it makes in a person's folders is that person's, and no link there leads it farther
 /// than the person could go. The users outlive it.
-class LinuxFileSystem final : public posix::PosixFileSystem {
+class RightfulFileSystem final : public PosixFileSystem {
  public:
-  explicit LinuxFileSystem(const platform::Users& users) : users_(users) {}
+  explicit RightfulFileSystem(const platform::Users& users) : users_(users) {}
 
   platform::Status moveItem(const std::string& source, const std::string& destination) override;
   platform::Status linkItem(const std::string& source, const std::string& destination) override;
@@ -32,10 +32,10 @@ class LinuxFileSystem final : public posix::PosixFileSystem {
 
  private:
   /// `change`, with the rights for its paths; the second is a destination.
-  platform::Status withRights(posix::FileOperation operation, const std::string& path, const std::string& destination,
+  platform::Status withRights(FileOperation operation, const std::string& path, const std::string& destination,
                               const std::function<platform::Status()>& change) const;
 
   const platform::Users& users_;
 };
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

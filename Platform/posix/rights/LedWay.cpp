@@ -1,11 +1,11 @@
-#include "Platform/linux/rights/LedWay.h"
+#include "Platform/posix/rights/LedWay.h"
 
 #include <cerrno>
 
-#include "Platform/linux/rights/PathWalk.h"
 #include "Platform/posix/ItemPath.h"
+#include "Platform/posix/rights/PathWalk.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 Writers anybody() {
@@ -27,13 +27,13 @@ Writers writersOfNewEntry(int folder) {
 
 // Below a folder that is missing there is nobody to lead astray: the folders that are there decide.
 Writers writersOnTheWayTo(const std::string& path) {
-  if (posix::pathError(path) != 0) return anybody();
-  if (posix::withoutTrailingSlashes(path) == "/") return {};
+  if (pathError(path) != 0) return anybody();
+  if (withoutTrailingSlashes(path) == "/") return {};
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.problem().error == ENOENT ? writersOnTheWayTo(posix::folderOf(path)) : anybody();
+  if (!place) return place.problem().error == ENOENT ? writersOnTheWayTo(folderOf(path)) : anybody();
   Writers writers = place->writers;
   if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
   return writers;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

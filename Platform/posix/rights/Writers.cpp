@@ -1,26 +1,25 @@
-#include "Platform/linux/rights/Writers.h"
+#include "Platform/posix/rights/Writers.h"
 
 #include <fcntl.h>
-#include <linux/magic.h>
-#include <sys/vfs.h>
-
 #include <cerrno>
 #include <string>
 
 #include "Platform/posix/TreeWalk.h"
+#include "Platform/posix/rights/SystemRights.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-// What an access list grants shows in the mode: its mask takes the place of the group's bits.
-bool othersMayWrite(const struct stat& folder) { return (folder.st_mode & kWritableByOthers) != 0; }
+bool othersMayWrite(int folder, const struct stat& status) {
+  return (status.st_mode & kWritableByOthers) != 0 || hasListThatGrantsWriting(folder);
+}
 
 // Ends a walk at the first folder that others may write in.
-class RootsAlone : public posix::TreeVisitor {
+class RootsAlone : public TreeVisitor {
  public:
-  int entered(const posix::FolderChain& chain, const std::string&) override {
+  int entered(const FolderChain& chain, const std::string&) override {
     return onlyRootWrites(chain.folder()) ? 0 : EPERM;
   }
   int item(int, const std::string&) override { return 0; }
@@ -42,10 +41,6 @@ std::optional<struct stat> statusIn(int folder, const char* name) {
   return found;
 }
 
-bool isSameItem(const struct stat& one, const struct stat& other) {
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 void Writers::add(const Writers& others) {
   persons.insert(others.persons.begin(), others.persons.end());
   anybody = anybody || others.anybody;
@@ -54,7 +49,7 @@ void Writers::add(const Writers& others) {
 Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry) {
   Writers writers;
   if (folderStatus.st_uid != 0) writers.persons.insert(folderStatus.st_uid);
-  if (othersMayWrite(folderStatus)) {
+  if (othersMayWrite(folder, folderStatus)) {
     const bool sticky = (folderStatus.st_mode & S_ISVTX) != 0;
     const bool couldBeMovedIn = entry.st_uid == 0 && S_ISLNK(entry.st_mode);
     if (sticky && entry.st_uid != 0) writers.persons.insert(entry.st_uid);
@@ -64,19 +59,14 @@ Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct
   return writers;
 }
 
-bool isProgramOfSomebodys(int folder) {
-  struct statfs found {};
-  return ::fstatfs(folder, &found) != 0 || found.f_type == FUSE_SUPER_MAGIC;
-}
-
 bool onlyRootWrites(int folder) {
   const auto status = statusOf(folder);
-  return status && status->st_uid == 0 && !othersMayWrite(*status) && !isProgramOfSomebodys(folder);
+  return status && status->st_uid == 0 && !othersMayWrite(folder, *status) && !isProgramOfSomebodys(folder);
 }
 
 bool onlyRootWritesTree(int folder) {
   RootsAlone visitor;
-  return !posix::walkTree(folder, ".", visitor);
+  return !walkTree(folder, ".", visitor);
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix
