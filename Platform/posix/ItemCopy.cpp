@@ -109,7 +109,7 @@ ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attribute
 /// A FIFO, a socket or a device: made anew, not opened.
 ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   const mode_t kind = attributes.st_mode & S_IFMT;
-  if (::mknodat(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev) != 0) return {errno};
+  if (const int error = makeNode(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev)) return {error};
   return finishMade(from, to, attributes, inherited);
 }
 

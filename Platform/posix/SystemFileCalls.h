@@ -18,7 +18,8 @@ namespace qm::posix {
 /// file system cannot promise that (EINVAL also for a folder that would go into itself).
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to);
 
-/// The access mode of a folder that is opened only to name items in it; search permission is enough.
+/// The access mode of a folder that is opened only to name items in it. Search permission is enough where the system
+/// has such a mode; elsewhere the folder must be readable as well.
 int lookupFlag();
 
 /// Which folder a descriptor stands for, and through which mount it was reached.
@@ -68,6 +69,10 @@ int openItself(int folder, const char* name);
 int setOwner(int item, uid_t user, gid_t group);
 int setMode(int item, mode_t mode);
 int setTimes(int item, const std::array<timespec, 2>& times);
+
+/// Makes a FIFO, a socket or a device, which `mode` says, where nothing has the name. ENOTSUP for a kind that the
+/// system cannot make in a folder that is told by its descriptor.
+int makeNode(int folder, const char* name, mode_t mode, dev_t device);
 
 /// Takes away the access lists that a new item got from its folder.
 void dropInheritedAccess(int item);

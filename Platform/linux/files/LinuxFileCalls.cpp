@@ -65,6 +65,10 @@ int setTimes(int item, const std::array<timespec, 2>& times) {
   return errorOf(::utimensat(AT_FDCWD, pathOfDescriptor(item).c_str(), times.data(), 0));
 }
 
+int makeNode(int folder, const char* name, mode_t mode, dev_t device) {
+  return errorOf(::mknodat(folder, name, mode, device));
+}
+
 /// The kernel has no call that sets a birth time, on whatever file system.
 int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
   struct stat attributes {};

@@ -4,8 +4,13 @@
 
 namespace qm::posix {
 
-int addCloseAllButStandardStreams(posix_spawn_file_actions_t* actions) {
+int closeAllButStandardStreams(posix_spawn_file_actions_t* actions, posix_spawnattr_t* /*attributes*/) {
   return ::posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
 }
+
+/// Nothing closes it.
+int keepStream(posix_spawn_file_actions_t* /*actions*/, int /*stream*/) { return 0; }
+
+char** ownEnvironment() { return environ; }
 
 }  // namespace qm::posix

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <utility>
 
 #include "Platform/posix/UniqueFd.h"
 
@@ -14,7 +15,8 @@ class ProcessHandle {
  public:
   /// No process.
   ProcessHandle() = default;
-  /// A hold on a process that cannot have been reaped yet. Without one (see `errno`) the handle is false.
+  /// A hold on a process that cannot have been reaped yet, a child or this process itself. Without one (see `errno`)
+  /// the handle is false.
   static ProcessHandle open(pid_t process);
 
   explicit operator bool() const { return static_cast<bool>(descriptor_); }
@@ -26,15 +28,17 @@ class ProcessHandle {
   /// Reaps the child when it has exited: its exit status, or the number of the signal that ended it. Nil while it
   /// runs. A child that was reaped behind this handle's back answers `kUnknownStatus`.
   std::optional<int> reap() const;
-  /// Sends a signal. Does nothing when the child has ended.
+  /// Sends a signal. Does nothing when the child has ended. Not to be called once the child is reaped.
   void signal(int number) const;
 
   static constexpr int kUnknownStatus = -1;
 
  private:
-  explicit ProcessHandle(UniqueFd descriptor) : descriptor_(std::move(descriptor)) {}
+  /// `process` is for systems whose calls take no descriptor: until the child is reaped, its id is its own.
+  ProcessHandle(UniqueFd descriptor, pid_t process) : descriptor_(std::move(descriptor)), process_(process) {}
 
   UniqueFd descriptor_;
+  pid_t process_ = -1;
 };
 
 }  // namespace qm::posix

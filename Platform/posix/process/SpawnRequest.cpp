@@ -49,14 +49,15 @@ void SpawnRequest::connect(int stream, int descriptor) {
 }
 
 void SpawnRequest::inherit(int stream) {
-  if (!parentCanGive(stream)) connectToNullDevice(stream);
+  if (!parentCanGive(stream)) return connectToNullDevice(stream);
+  note(keepStream(&actions_, stream));
 }
 
 int SpawnRequest::spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child,
                         char* const* environment) {
   if (holdsNul(path)) return ENOENT;
   if (std::any_of(arguments.begin(), arguments.end(), holdsNul)) return EINVAL;
-  note(addCloseAllButStandardStreams(&actions_));
+  note(closeAllButStandardStreams(&actions_, &attributes_));
   if (error_ != 0) return error_;
   const std::vector<char*> vector = argumentVector(path, arguments);
   return ::posix_spawn(child, path.c_str(), &actions_, &attributes_, vector.data(), environment);

@@ -16,6 +16,7 @@ class Wakeup {
 
  private:
   UniqueFd descriptor_;
+  UniqueFd raising_;  // what is written to, on systems where that is another one
 };
 
 }  // namespace qm::posix

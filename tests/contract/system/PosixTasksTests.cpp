@@ -133,6 +133,14 @@ TEST_F(PosixTasks, TellsTheToolItsOwnLaunchPathFirst) {
   EXPECT_EQ(outputOf(prepare("/bin/cat", {"/proc/self/cmdline"})), std::string("/bin/cat\0/proc/self/cmdline\0", 28));
 }
 
+TEST_F(PosixTasks, GivesTheToolTheEnvironmentAsItIsAtTheLaunch) {
+  ::setenv("QM_POSIX_TASKS", "before", 1);
+  const auto task = prepareShell("printf %s \"$QM_POSIX_TASKS\"");
+  ::setenv("QM_POSIX_TASKS", "at the launch", 1);
+  EXPECT_EQ(outputOf(task), "at the launch");
+  ::unsetenv("QM_POSIX_TASKS");
+}
+
 TEST_F(PosixTasks, GivesTheToolNoDescriptorButItsStandardStreams) {
   const posix::UniqueFd inheritable(::fcntl(STDERR_FILENO, F_DUPFD, 57));
   ASSERT_TRUE(inheritable);
