@@ -1,5 +1,5 @@
 // The bodies of Platform/posix/SystemFileCalls.h.
-#include <copyfile.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/attr.h>
 #include <sys/mount.h>
@@ -116,6 +116,14 @@ int setCreationTime(const std::string& path, std::chrono::system_clock::time_poi
   which.bitmapcount = ATTR_BIT_MAP_COUNT;
   which.commonattr = ATTR_CMN_CRTIME;
   return errorOf(::setattrlist(path.c_str(), &which, &time, sizeof time, FSOPT_NOFOLLOW));
+}
+
+/// FIFOs only, and since macOS 13: before, nothing makes one in a folder that is told by its descriptor.
+int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
+  using MakeFifo = int (*)(int, const char*, mode_t);
+  static const auto makeFifo = reinterpret_cast<MakeFifo>(::dlsym(RTLD_DEFAULT, "mkfifoat"));
+  if (!S_ISFIFO(mode) || makeFifo == nullptr) return ENOTSUP;
+  return errorOf(makeFifo(folder, name, mode & ALLPERMS));
 }
 
 timespec accessTime(const struct stat& attributes) { return attributes.st_atimespec; }
