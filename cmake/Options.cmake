@@ -74,7 +74,9 @@ endfunction()
 function(qm_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
-  target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections)
+  target_link_options(${name} PRIVATE
+    $<$<PLATFORM_ID:Linux>:-pie;-Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections>
+    $<$<PLATFORM_ID:Darwin>:-Wl,-dead_strip>)
   if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)(/|$)")
     set_property(GLOBAL APPEND PROPERTY QM_PROGRAMS ${name})
   endif()
