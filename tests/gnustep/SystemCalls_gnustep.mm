@@ -71,7 +71,7 @@ HeldKeys heldKeys() {
 }
 
 void runAlert(NSString* title, NSString* message, NSAlertStyle /*style*/, NSView* accessory) {
-  alert = NSGetAlertPanel(title, @"%@", nil, nil, nil, message);
+  alert = NSGetAlertPanel(title, @"%@", @"OK", nil, nil, message);
   [alert setTitle:title];
   if (accessory != nil) insertAccessory(accessory);
   [alert center];
