@@ -11,8 +11,7 @@
 namespace qm::platform {
 
 /// How an asynchronous file operation, or a call about one, has ended: 0 is success and
-/// `userCanceledErr` a cancelled operation. Any other value is the system's own number, an `OSStatus` on
-/// macOS and an `errno` number elsewhere.
+/// `userCanceledErr` a cancelled operation. Any other value is the system's `errno` number.
 using FileOperationStatus = std::int32_t;
 inline constexpr FileOperationStatus userCanceledErr = -128;  ///< the operation was cancelled
 

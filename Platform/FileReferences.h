@@ -40,7 +40,7 @@ class FileReferences {
   virtual ~FileReferences() = default;
 
   /// A reference to the item at an absolute path, to a symbolic link itself; unfilled when nothing is
-  /// there, or when the system cannot keep one more (on Linux each holds a descriptor as long as it lives).
+  /// there, or when the system cannot keep one more (each may hold a descriptor as long as it lives).
   virtual FileReference make(const std::string& path) const = 0;
   /// Where the item is now. Null for an unfilled reference, and when the item is gone or not to be found.
   virtual std::optional<std::string> path(const FileReference& reference) const = 0;

@@ -4,12 +4,14 @@
 
 namespace qm::platform {
 
-/// Which folders the desktop shows as one item.
+/// Which folders people are shown as one item.
 class Packages {
  public:
   virtual ~Packages() = default;
 
-  /// The path leads to a folder that is a bundle (an application, for example). Any thread.
+  /// The path leads to a folder that the system's file manager shows as one item (an application, for example): as the
+  /// Finder shows it, where there is one. Where file managers know no packages, a bundle by its name or its contents is
+  /// one. Links are followed; false for a missing item and for anything but a folder. Any thread.
   virtual bool isFilePackage(const std::string& path) const = 0;
 };
 

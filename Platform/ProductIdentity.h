@@ -24,9 +24,9 @@ struct ProductIdentity {
   std::string_view credentialsAgent{};
   /// The zip tool.
   std::string_view zipTool{};
-  /// The polkit action of `helper`.
+  /// The action of `helper`, where the system's dialog for rights goes by one.
   std::string_view helperAction{};
-  /// The polkit action of `toolHelper`.
+  /// The action of `toolHelper`, likewise.
   std::string_view toolHelperAction{};
 
   /// What the names of root's work folders in a Trash begin with. Folders of another beginning are never touched, and

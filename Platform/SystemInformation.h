@@ -23,8 +23,8 @@ class SystemInformation {
   virtual std::optional<std::string> executablePath() const = 0;
   /// The value of "CFBundleVersion" in the program's information dictionary; null without one.
   virtual std::optional<std::string> bundleVersion() const = 0;
-  /// The path of the program that makes and unpacks zip archives: "-ck [--keepParent] item archive" and
-  /// "-xk archive folder".
+  /// The path of the program that makes and unpacks zip archives, the system's own or the product's. Its
+  /// arguments are "-ck [--keepParent] item archive" and "-xk archive folder".
   virtual std::string zipToolPath() const = 0;
 };
 

@@ -20,7 +20,8 @@ const platform::Platform& systemPlatform(const platform::ProductIdentity& produc
 /// The front end's application main function. Loads the main interface file, which makes its owner with
 /// `makeOwner`, connects the owner's outlets and actions and sends it `awakeFromNib`; shows the main
 /// window; runs the event loop until the application is terminated. The arguments go to the toolkit
-/// unchanged. Called once, on the main thread. Returns the exit code of the process.
+/// unchanged. Called once, on the main thread. Returns the exit code of the process, or does not come back where the
+/// toolkit ends the process by itself.
 ///
 /// The owner and everything that its outlets point at stay valid until the process is gone, since a
 /// worker of the owner may still be inside its last call then.

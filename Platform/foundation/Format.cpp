@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "Platform/foundation/NumberText.h"
 #include "Platform/foundation/Utf8.h"
 
 namespace qm::foundation {
@@ -11,7 +12,7 @@ namespace {
 
 constexpr std::size_t greatestWidth = 4096;
 constexpr std::size_t greatestPrecision = 100;
-constexpr int defaultPrecision = 6;
+constexpr std::size_t defaultPrecision = 6;
 
 /// What stands between a "%" and the end of its directive.
 struct Directive {
@@ -141,16 +142,12 @@ void appendArgument(std::string& result, char character, const Directive& direct
 
 /// %f has the digits asked for, any other directive the fewest that tell the number from its neighbours.
 void appendArgument(std::string& result, double number, const Directive& directive) {
-  char digits[512];  // the largest number has 309 digits before its point
   const double magnitude = std::fabs(number);
-  char* const first = std::begin(digits);
-  char* const last = std::end(digits);
-  const int precision = directive.precision ? static_cast<int>(*directive.precision) : defaultPrecision;
-  const char* end = directive.conversion == 'f'
-                        ? std::to_chars(first, last, magnitude, std::chars_format::fixed, precision).ptr
-                        : std::to_chars(first, last, magnitude).ptr;
-  appendNumber(result, signOf(std::signbit(number) && !std::isnan(number), directive),
-               std::string_view(digits, static_cast<std::size_t>(end - digits)), directive, std::isfinite(number));
+  const std::string digits = directive.conversion == 'f'
+                                 ? fixedText(magnitude, directive.precision.value_or(defaultPrecision))
+                                 : shortestText(magnitude);
+  appendNumber(result, signOf(std::signbit(number) && !std::isnan(number), directive), digits, directive,
+               std::isfinite(number));
 }
 
 /// Hands the arguments out in order.

@@ -66,6 +66,14 @@ bool holdsForTheVolume(int error) {
   return error == ENOTSUP || error == ENOTTY || error == EXDEV || error == ENOSYS || error == EINVAL;
 }
 
+/// What a volume cannot do is not tried for its next file.
+bool succeeds(std::optional<dev_t>& unable, const struct stat& attributes, auto call) {
+  if (attributes.st_size == 0 || unable == attributes.st_dev) return false;
+  const int error = call();
+  if (holdsForTheVolume(error)) unable = attributes.st_dev;
+  return error == 0;
+}
+
 }  // namespace
 
 int writeAll(int file, const char* bytes, std::size_t count) {
@@ -79,16 +87,21 @@ int writeAll(int file, const char* bytes, std::size_t count) {
 }
 
 int ContentsCopier::copy(int from, int to, const struct stat& attributes) {
-  if (share(from, to, attributes)) return observer_.bytesCopied(static_cast<std::uint64_t>(attributes.st_size));
+  if (share(from, to, attributes)) return tellShared(attributes);
   const bool hasHoles = static_cast<off_t>(attributes.st_blocks) * kStatBlock < attributes.st_size;
   return hasHoles ? copyWithHoles(from, to, attributes.st_size) : copyData(from, to, {0, attributes.st_size});
 }
 
 bool ContentsCopier::share(int from, int to, const struct stat& attributes) {
-  if (attributes.st_size == 0 || unshareable_ == attributes.st_dev) return false;
-  const int error = shareContents(from, to);
-  if (holdsForTheVolume(error)) unshareable_ = attributes.st_dev;
-  return error == 0;
+  return succeeds(unshareable_, attributes, [&] { return shareContents(from, to); });
+}
+
+bool ContentsCopier::makeClone(int from, ItemName to, const struct stat& attributes, UniqueFd& clone) {
+  return succeeds(uncloneable_, attributes, [&] { return posix::makeClone(from, to.folder, to.name.c_str(), clone); });
+}
+
+int ContentsCopier::tellShared(const struct stat& attributes) {
+  return observer_.bytesCopied(static_cast<std::uint64_t>(attributes.st_size));
 }
 
 int ContentsCopier::copyWithHoles(int from, int to, off_t size) {

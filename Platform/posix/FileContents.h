@@ -7,6 +7,8 @@
 #include <optional>
 
 #include "Platform/posix/CopyObserver.h"
+#include "Platform/posix/ItemName.h"
+#include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
 
@@ -24,8 +26,15 @@ class ContentsCopier {
   /// an error number, the observer's when that ends it.
   int copy(int from, int to, const struct stat& attributes);
 
+  /// Makes the new file and gives it all contents at once (see `makeClone` of the system's calls), where that can be
+  /// done. False when nothing was made. Nothing is told to the observer.
+  bool makeClone(int from, ItemName to, const struct stat& attributes, UniqueFd& clone);
+  /// Tells the observer of a file that has its contents already. Answers the observer's error number.
+  int tellShared(const struct stat& attributes);
+
  private:
   struct Range;
+  using Volume = std::optional<dev_t>;
 
   bool share(int from, int to, const struct stat& attributes);
   int copyWithHoles(int from, int to, off_t size);
@@ -36,9 +45,10 @@ class ContentsCopier {
 
   CopyObserver& observer_;
   std::unique_ptr<char[]> block_;
-  bool reserves_ = true;              ///< the copy's volume can set space aside
-  bool cutOff_ = false;               ///< the source ended before the data that was copied last
-  std::optional<dev_t> unshareable_;  ///< a volume whose files cannot be shared with the copy
+  bool reserves_ = true;  ///< the copy's volume can set space aside
+  bool cutOff_ = false;   ///< the source ended before the data that was copied last
+  Volume unshareable_;    ///< whose files cannot be shared with the copy
+  Volume uncloneable_;    ///< whose files cannot be shared while the copy is made
 };
 
 }  // namespace qm::posix

@@ -58,14 +58,23 @@ int readLink(ItemName link, std::string& target) {
   return 0;
 }
 
-/// Opens what was just made, and nothing that somebody put in its place: a name that cannot be guessed can still be
-/// seen by everybody who may list the folder.
+/// What has the name of an item that was just made is that item, and nothing that somebody put in its place: a name
+/// that cannot be guessed can still be seen by everybody who may list the folder.
+int checkMade(int folder, const struct stat& found, mode_t mode, InheritedAccess inherited) {
+  if ((found.st_mode & S_IFMT) != (mode & S_IFMT)) return ESTALE;
+  if (inherited == InheritedAccess::None) return 0;  // in such a folder nobody else can rename
+  return found.st_nlink > 1 ? ESTALE : checkOwner(folder, found);
+}
+
 int openMade(ItemName made, mode_t mode, InheritedAccess inherited, MadeItem& item) {
   item.item.reset(openItself(made.folder, made.name.c_str()));
   if (!item.item || ::fstat(item.item.get(), &item.attributes) != 0) return errno == ENOENT ? ESTALE : errno;
-  if ((item.attributes.st_mode & S_IFMT) != (mode & S_IFMT)) return ESTALE;
-  if (inherited == InheritedAccess::None) return 0;  // in such a folder nobody else can rename
-  return item.attributes.st_nlink > 1 ? ESTALE : checkOwner(made.folder, item.attributes);
+  return checkMade(made.folder, item.attributes, mode, inherited);
+}
+
+int checkClone(int clone, int folder, InheritedAccess inherited) {
+  struct stat found {};
+  return ::fstat(clone, &found) != 0 ? errno : checkMade(folder, found, S_IFREG, inherited);
 }
 
 /// Opens the new file once more, to tell it by later. A file that cannot be held is removed.
@@ -80,6 +89,12 @@ int holdMade(ItemName file, int opened, UniqueFd& made) {
   return ESTALE;
 }
 
+/// `error` is how setting the other times has ended.
+int copyTimes(int error, int to, const struct stat& attributes) {
+  if (error == 0) error = copyCreationTime(to, attributes);
+  return cannotBeKept(error) ? 0 : error;
+}
+
 int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
   const int item = to.item.get();
   const bool hasOwner = to.attributes.st_uid == attributes.st_uid && to.attributes.st_gid == attributes.st_gid;
@@ -88,14 +103,14 @@ int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attribu
   if (const int error = copyExtendedAttributes(from.folder, from.name, item)) return error;
   const mode_t mode = permittedMode(attributes, ownerError == 0 ? OwnerKept::Yes : OwnerKept::No);
   if (const int error = S_ISLNK(attributes.st_mode) ? 0 : setMode(item, mode)) return error;
-  const int timesError = setTimes(item, timesOf(attributes));
-  return cannotBeKept(timesError) ? 0 : timesError;
+  return copyTimes(setTimes(item, timesOf(attributes)), item, attributes);
 }
 
 ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   MadeItem item;
   if (const int error = openMade(to, attributes.st_mode, inherited, item)) return {error};
-  const int error = copyAttributes(from, item, attributes);
+  int error = copyAttributes(from, item, attributes);
+  if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(item.item.get(), attributes);
   return {error, false, inherited == InheritedAccess::Possible ? std::move(item.item) : UniqueFd()};
 }
 
@@ -122,18 +137,31 @@ int openSourceFile(ItemName from, SourceFile& source) {
   return S_ISREG(source.attributes.st_mode) ? 0 : ESTALE;
 }
 
-ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited) {
+int ItemCopier::makeFile(const SourceFile& source, ItemName to, InheritedAccess inherited, NewFile& copy) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  const mode_t mode = modeAtFirst(source.attributes, inherited);
-  UniqueFd copy(::openat(to.folder, to.name.c_str(), kFlags, mode));
-  if (!copy) return {errno};
+  copy.isComplete = contents_.makeClone(source.file.get(), to, source.attributes, copy.file);
+  if (copy.isComplete) return checkClone(copy.file.get(), to.folder, inherited);
+  copy.file.reset(::openat(to.folder, to.name.c_str(), kFlags, modeAtFirst(source.attributes, inherited)));
+  return copy.file ? 0 : errno;
+}
+
+int ItemCopier::fill(const SourceFile& source, const NewFile& copy) {
+  if (copy.isComplete) return contents_.tellShared(source.attributes);
+  return contents_.copy(source.file.get(), copy.file.get(), source.attributes);
+}
+
+ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited) {
+  NewFile file;
+  if (const int error = makeFile(source, to, inherited, file)) return {error};
+  UniqueFd& copy = file.file;
   UniqueFd made;
   if (inherited == InheritedAccess::Possible) {
     if (const int error = holdMade(to, copy.get(), made)) return {error};
     dropInheritedAccess(copy.get());
   }
-  int error = contents_.copy(source.file.get(), copy.get(), source.attributes);
+  int error = fill(source, file);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
+  if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(copy.get(), source.attributes);
   // Some file systems tell only here that they could not keep what was written.
   if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
   return {error, false, std::move(made)};
@@ -157,8 +185,13 @@ int copyAttributes(int from, int to, const struct stat& attributes) {
   const mode_t mode = permittedMode(attributes, ownerKept);
   const bool hasMode = owned && (made.st_mode & kPermissions) == mode;
   if (!hasMode && ::fchmod(to, mode) != 0 && !cannotBeKept(errno)) return errno;
-  const int timesError = errorOf(::futimens(to, timesOf(attributes).data()));
-  return cannotBeKept(timesError) ? 0 : timesError;
+  return copyTimes(errorOf(::futimens(to, timesOf(attributes).data())), to, attributes);
+}
+
+int copyFlags(int to, const struct stat& attributes) {
+  const ItemFlags flags = flagsForCopy(attributes);
+  const int error = flags == 0 ? 0 : setFlags(to, flags);
+  return cannotBeKept(error) ? 0 : error;
 }
 
 }  // namespace qm::posix

@@ -31,8 +31,9 @@ struct SourceFile {
 /// Opens a regular file without waiting for anything. Answers 0 or an error number, ESTALE for anything else.
 int openSourceFile(ItemName from, SourceFile& source);
 
-/// Copies items that are no folders, with owner, mode, times and extended attributes as far as they may be
-/// set. Replaces nothing.
+/// Copies items that are no folders, with owner, mode, times, extended attributes and flags as far as they may be
+/// set. Where its folder is not this process's alone, an item gets another name in the end, and its flags after that,
+/// from the caller. Replaces nothing.
 class ItemCopier {
  public:
   explicit ItemCopier(CopyObserver& observer) : contents_(observer) {}
@@ -43,6 +44,14 @@ class ItemCopier {
   static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
 
  private:
+  struct NewFile {
+    UniqueFd file;
+    bool isComplete = false;  ///< it has its contents already
+  };
+
+  int makeFile(const SourceFile& source, ItemName to, InheritedAccess inherited, NewFile& copy);
+  int fill(const SourceFile& source, const NewFile& copy);
+
   ContentsCopier contents_;
 };
 
@@ -50,7 +59,11 @@ class ItemCopier {
 bool cannotBeKept(int error);
 
 /// Gives an open file or folder the owner, mode, times and extended attributes of another. The bits that
-/// lend the owner's rights are kept only with the owner. Answers 0 or an error number.
+/// lend the owner's rights are kept only with the owner. Its flags come later. Answers 0 or an error number.
 int copyAttributes(int from, int to, const struct stat& attributes);
+
+/// Gives an item the flags of another, as far as they may be set. The last that is done to it. Answers 0 or an error
+/// number.
+int copyFlags(int to, const struct stat& attributes);
 
 }  // namespace qm::posix

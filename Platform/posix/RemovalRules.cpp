@@ -32,7 +32,7 @@ int obstacleToRemovingEntry(int folder, const std::string& name) {
   if (::fstat(folder, &folderAttributes) != 0) return errno;
   if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0) return errno;
   const bool forbidden = stickyFolderForbids(folderAttributes, itemAttributes) || isProtected(folder, ".") ||
-                         isProtected(folder, name.c_str());
+                         isProtected(folder, name.c_str()) || isRemovalDenied(folder, name.c_str());
   return forbidden ? EPERM : 0;
 }
 

@@ -19,7 +19,7 @@ class MountGuard {
 };
 
 /// Why the entry could not be taken out of its folder, as far as that can be told beforehand: permissions, a sticky
-/// folder, protected items. What is below it does not count.
+/// folder, protected items, access lists. What is below it does not count.
 int obstacleToRemovingEntry(int folder, const std::string& name);
 
 }  // namespace qm::posix

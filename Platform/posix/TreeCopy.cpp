@@ -87,7 +87,10 @@ class CopyVisitor : public TreeVisitor {
     const struct stat attributes = folders_.back();
     folders_.pop_back();
     copyPath_.erase(folders_.empty() ? 0 : copyPath_.rfind('/'));
-    return destinationError(copyAttributes(folder, copy.get(), attributes));
+    int error = copyAttributes(folder, copy.get(), attributes);
+    // The topmost is still to get its name.
+    if (error == 0 && !folders_.empty()) error = copyFlags(copy.get(), attributes);
+    return destinationError(error);
   }
 
   int cannotEnter(int, const std::string&, int error) override { return error == ENOENT && made_ ? 0 : error; }
@@ -252,6 +255,7 @@ FileError NewCopy::make(const Place& source, CopyObserver& observer) {
   }
   // What is made there could neither be renamed nor removed.
   if (isProtected(folder, ".")) return {EPERM, {}, FileError::Side::Destination};
+  attributes_ = attributes;
   if (FileError error = copyItem(source, attributes, {folder, name_}, observer, made_)) return error;
   return observer.bytesCopied(0);  // the last moment at which it can be given up
 }
@@ -259,8 +263,11 @@ FileError NewCopy::make(const Place& source, CopyObserver& observer) {
 FileError NewCopy::publish() {
   const int folder = destination_.folder.get();
   if (!isInPlace()) return ESTALE;
-  const int error = renameWithoutReplacing({folder, name_}, {folder, destination_.name});
-  if (error == 0) name_ = destination_.name;
+  int error = renameWithoutReplacing({folder, name_}, {folder, destination_.name});
+  if (error == 0) {
+    name_ = destination_.name;
+    error = copyFlags(made_.get(), attributes_);
+  }
   return {error, {}, FileError::Side::Destination};
 }
 

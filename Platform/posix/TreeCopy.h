@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <string>
 
 #include "Platform/posix/CopyObserver.h"
@@ -20,7 +22,7 @@ class NewCopy {
   ~NewCopy();
 
   FileError make(const Place& source, CopyObserver& observer);
-  /// Gives the complete copy its name, without replacing anything.
+  /// Gives the complete copy its name, without replacing anything, and its flags.
   FileError publish();
   /// What has the copy's name is the copy.
   bool isInPlace() const;
@@ -29,6 +31,7 @@ class NewCopy {
  private:
   const Place& destination_;
   std::string name_;
+  struct stat attributes_ {};  ///< of the source
   UniqueFd made_;
 };
 

@@ -23,6 +23,7 @@ class Removal : public TreeVisitor {
     if (const int error = guard_.check(chain)) return error;
     if (!isOwn()) return 0;
     if (chain.depth() == 1 && !isStill(own_, chain.folder(), ".")) return ESTALE;
+    static_cast<void>(setFlags(chain.folder(), 0));
     static_cast<void>(::fchmod(chain.folder(), S_IRWXU));
     return 0;
   }
@@ -45,14 +46,22 @@ class Removal : public TreeVisitor {
   static bool openUp(int parent, const std::string& name) {
     struct stat attributes {};
     const UniqueFd folder(openItself(parent, name.c_str()));
-    return folder && ::fstat(folder.get(), &attributes) == 0 && S_ISDIR(attributes.st_mode) &&
-           setMode(folder.get(), S_IRWXU) == 0;
+    if (!folder || ::fstat(folder.get(), &attributes) != 0 || !S_ISDIR(attributes.st_mode)) return false;
+    static_cast<void>(setFlags(folder.get(), 0));
+    return setMode(folder.get(), S_IRWXU) == 0;
+  }
+
+  /// An own item's, which may keep it where it is.
+  static bool takeFlags(int folder, const std::string& name) {
+    const UniqueFd item(openItself(folder, name.c_str()));
+    return item && setFlags(item.get(), 0) == 0;
   }
 
   static int goneIsFine(int error) { return error == ENOENT ? 0 : error; }
 
   int remove(int folder, const std::string& name, int flags) {
-    const int error = errorOf(::unlinkat(folder, name.c_str(), flags));
+    int error = errorOf(::unlinkat(folder, name.c_str(), flags));
+    if (error == EPERM && isOwn() && takeFlags(folder, name)) error = errorOf(::unlinkat(folder, name.c_str(), flags));
     isBegun_ = isBegun_ || error == 0;
     return goneIsFine(error);
   }
@@ -100,6 +109,7 @@ FileError removeOwnTree(int folder, const std::string& name, int own) {
   struct stat attributes {};
   if (!isStill(own, folder, name)) return ESTALE;
   if (::fstat(own, &attributes) != 0) return errno;
+  static_cast<void>(setFlags(own, 0));
   if (!S_ISDIR(attributes.st_mode)) return errorOf(::unlinkat(folder, name.c_str(), 0));
   MountGuard guard;
   if (const int error = guard.begin(folder)) return error;

@@ -18,7 +18,7 @@ FileError removeTree(int folder, const std::string& name, bool& isBegun);
 FileError removeOwnTree(int folder, const std::string& name, int own);
 
 /// Why the item and all that is below could not be removed, as far as that can be told beforehand:
-/// permissions, sticky folders, protected items, read-only and mounted file systems.
+/// permissions, sticky folders, protected items, access lists, read-only and mounted file systems.
 FileError obstacleToRemoval(int folder, const std::string& name);
 
 }  // namespace qm::posix

@@ -41,6 +41,12 @@ bool isProtected(int folder, const char* name) {
 
 int shareContents(int from, int to) { return errorOf(::ioctl(to, FICLONE, from)); }
 
+/// An access list here lends and denies what permissions do, and the check of these counts it in.
+bool isRemovalDenied(int /*folder*/, const char* /*name*/) { return false; }
+
+/// FICLONE fills a file that is there.
+int makeClone(int /*from*/, int /*folder*/, const char* /*name*/, UniqueFd& /*clone*/) { return ENOTSUP; }
+
 int reserveSpace(int file, off_t offset, std::size_t count) {
   return errorOf(::fallocate(file, FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(count)));
 }
@@ -68,6 +74,12 @@ int setTimes(int item, const std::array<timespec, 2>& times) {
 int makeNode(int folder, const char* name, mode_t mode, dev_t device) {
   return errorOf(::mknodat(folder, name, mode, device));
 }
+
+int copyCreationTime(int /*item*/, const struct stat& /*attributes*/) { return ENOTSUP; }
+
+/// The attributes of inodes, which are the administrator's, stay behind.
+ItemFlags flagsForCopy(const struct stat& /*attributes*/) { return 0; }
+int setFlags(int /*item*/, ItemFlags /*flags*/) { return ENOTSUP; }
 
 /// The kernel has no call that sets a birth time, on whatever file system.
 int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
