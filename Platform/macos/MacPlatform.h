@@ -19,9 +19,9 @@ struct FrontEndServices {
   platform::Users* users = nullptr;
 };
 
-/// The services of a Mac for a product, together with those of the front end. Made by the first call, which comes before
-/// any other thread exists and also settles the state that the process was started in; later calls return the same set.
-/// Never destroyed: a worker may be inside one of the services while the process ends.
+/// The services of a Mac for a product, together with those of the front end. Made by the first call, which comes
+/// before any other thread exists and also settles the state that the process was started in; later calls return the
+/// same set. Never destroyed: a worker may be inside one of the services while the process ends.
 const platform::Platform& macPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
 
 }  // namespace qm::macos

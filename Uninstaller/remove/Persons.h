@@ -6,23 +6,23 @@
 #include <vector>
 
 #include "Platform/Users.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 #include "Uninstaller/remove/Options.h"
 
 namespace qm::removal {
 
 /// Whom a run is for.
 struct Concerned {
-  std::vector<linux_::UserRecord> persons;  ///< each with a home folder of his or her own
-  std::string systemTrashOf;                ///< whose Trash the computer's items go to
+  std::vector<posix::UserRecord> persons;  ///< each with a home folder of his or her own
+  std::string systemTrashOf;               ///< whose Trash the computer's items go to
 };
 
 /// The accounts of a computer.
 struct Accounts {
-  linux_::UserRecord caller;
+  posix::UserRecord caller;
   std::optional<std::string> console;  ///< as `Users::consoleUser` gives it
-  std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
-  std::function<std::vector<linux_::UserRecord>()> ordinary;  ///< those of persons, not of services
+  std::function<std::optional<posix::UserRecord>(const std::string& name)> named;
+  std::function<std::vector<posix::UserRecord>()> ordinary;  ///< those of persons, not of services
 };
 
 /// This computer's. Ordinary accounts are those whose numbers lie in the range that the system gives to persons.

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Platform/Trash.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 #include "Uninstaller/remove/RunMemory.h"
 #include "Uninstaller/remove/Work.h"
 #include "Uninstaller/remove/WorkingFor.h"
@@ -22,9 +22,9 @@ class Restoring final : public Work {
  public:
   /// What root has to know of persons.
   struct Persons {
-    std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
+    std::function<std::optional<posix::UserRecord>(const std::string& name)> named;
     /// The person may put something at the path, or into the last folder on the way to it that is there.
-    std::function<bool(const linux_::UserRecord& person, const std::string& path)> mayPutAt;
+    std::function<bool(const posix::UserRecord& person, const std::string& path)> mayPutAt;
   };
 
   /// Users and memory outlive this object.

@@ -19,6 +19,9 @@ set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 # The frameworks by hand: their headers, and their libraries' stubs.
 set(QM_MAC_DECLARATIONS ${CMAKE_CURRENT_LIST_DIR}/../../Platform/macos/declarations)
 set(QM_MAC_STUBS ${CMAKE_BINARY_DIR}/stubs)
+# A file's ending tells its language; a word for it is one too many for this compiler.
+set(CMAKE_OBJCXX_COMPILE_OBJECT
+  "<CMAKE_OBJCXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -o <OBJECT> -c <SOURCE>")
 foreach(language C CXX OBJCXX)
   # The first look at the compiler links no program: that would make it build a library of its own.
   set(CMAKE_${language}_COMPILER_ID_TEST_FLAGS_FIRST "-c")

@@ -4,17 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/foundation/PercentText.h"
+
 namespace qm::linux_ {
 
 /// The ending of the file that describes an item in the Trash.
 inline constexpr std::string_view kTrashInfoSuffix = ".trashinfo";
 
-/// Any bytes as the text of a URL path: letters, digits, "-", "_", ".", "~" and "/" stand for
-/// themselves, everything else is written "%XX".
-std::string percentEncoded(std::string_view bytes);
-
-/// The bytes that `percentEncoded` was given. What is no escape stands for itself.
-std::string percentDecoded(std::string_view text);
+using foundation::percentDecoded;
+using foundation::percentEncoded;
 
 /// The contents of a ".trashinfo" file. `path` is absolute in the home trash and relative to the
 /// volume's top folder in a volume's trash.

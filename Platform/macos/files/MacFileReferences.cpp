@@ -44,9 +44,7 @@ const NumberedItem* NumberedItem::in(const platform::FileReference& reference) {
   return dynamic_cast<const NumberedItem*>(reference.item());
 }
 
-std::string NumberedItem::handle() const {
-  return "/.vol/" + std::to_string(device_) + "/" + std::to_string(number_);
-}
+std::string NumberedItem::handle() const { return "/.vol/" + std::to_string(device_) + "/" + std::to_string(number_); }
 
 std::optional<std::string> NumberedItem::path() const {
   std::array<char, MAXPATHLEN> text{};

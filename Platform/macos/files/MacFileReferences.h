@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/mount.h>
 #include <sys/types.h>
 
 #include <cstdint>

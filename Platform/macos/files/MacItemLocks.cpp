@@ -26,8 +26,7 @@ struct Item {
 
 int find(const std::string& path, Item& item) {
   if (const int error = openHeldPlace(path, item.place)) return error;
-  const int found =
-      ::fstatat(item.place.folder.get(), item.place.name.c_str(), &item.status, AT_SYMLINK_NOFOLLOW);
+  const int found = ::fstatat(item.place.folder.get(), item.place.name.c_str(), &item.status, AT_SYMLINK_NOFOLLOW);
   return posix::errorOf(found);
 }
 

@@ -19,8 +19,8 @@ struct FreeList {
 using AccessList = std::unique_ptr<std::remove_pointer_t<acl_t>, FreeList>;
 
 /// With any of these somebody decides what a name in the folder stands for.
-constexpr acl_perm_t kWriting[] = {ACL_ADD_FILE,     ACL_ADD_SUBDIRECTORY, ACL_DELETE, ACL_DELETE_CHILD,
-                                   ACL_WRITE_SECURITY, ACL_CHANGE_OWNER};
+constexpr acl_perm_t kWriting[] = {ACL_ADD_FILE,     ACL_ADD_SUBDIRECTORY, ACL_DELETE,
+                                   ACL_DELETE_CHILD, ACL_WRITE_SECURITY,   ACL_CHANGE_OWNER};
 
 bool grantsWriting(acl_entry_t entry) {
   acl_tag_t tag = ACL_UNDEFINED_TAG;

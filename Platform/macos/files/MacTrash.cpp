@@ -44,8 +44,7 @@ UniqueFd openTrash(const std::string& path) {
     errno = error;
     return UniqueFd();
   }
-  return UniqueFd(
-      ::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  return UniqueFd(::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 int moveBack(const TrashedItem& item, platform::MissingFolders missing) {
@@ -88,8 +87,7 @@ Status MacTrash::recycleOne(const std::string& path, const std::string& trash, s
   const int item = leaving.item.get();
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
   const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
-  Status status =
-      users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
+  Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
   if (!status && isNoted) notes_.remove(item);
   if (status) wasChanged(foundation::deletingLastPathComponent(stored));
   return status;

@@ -9,8 +9,8 @@
 
 namespace qm::macos {
 
-/// A Trash that root moves items into, held open. It is a folder of the person's it is meant for and of nobody else's to
-/// write in; no link has led to it that anybody else could have planted.
+/// A Trash that root moves items into, held open. It is a folder of the person's it is meant for and of nobody else's
+/// to write in; no link has led to it that anybody else could have planted.
 struct HeldTrash {
   posix::UniqueFd folder;
   std::string path;

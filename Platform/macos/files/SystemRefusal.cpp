@@ -17,7 +17,8 @@ constexpr const char* kApplications =
     "The system keeps applications from other programs. Allow this one in System Settings > Privacy & Security > App "
     "Management (before macOS 13: Full Disk Access), and start it again.";
 constexpr const char* kFiles =
-    "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System Settings "
+    "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System "
+    "Settings "
     "> Privacy & Security > Full Disk Access, and start it again.";
 
 bool isApplication(const std::string& path) { return foundation::pathExtension(path) == "app"; }

@@ -89,8 +89,8 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   const auto meant = asMeant(tool, arguments);
   if (!meant) return {kNothing, {}};
-  const auto led = std::ranges::find_if(
-      *meant, [](const std::string& argument) { return isPath(argument) && isLed(argument); });
+  const auto led =
+      std::ranges::find_if(*meant, [](const std::string& argument) { return isPath(argument) && isLed(argument); });
   if (led == meant->end()) return {tool, *meant};
   console_.print(tool + " is not started as root: others than root could lead the way to " + *led + " elsewhere.");
   return {kNothing, {}};

@@ -44,7 +44,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
 
   platform::Console& console_;
   std::mutex mutex_;
-  std::string hollowFolder_;                  // guarded
+  std::string hollowFolder_;                 // guarded
   std::atomic<bool> nextIsRefused_ = false;  // the tool that was announced is not to be started
 };
 

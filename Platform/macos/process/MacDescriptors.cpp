@@ -8,7 +8,9 @@
 namespace qm::posix {
 namespace {
 
-bool closeOnExec(const UniqueFd& descriptor) { return descriptor && ::fcntl(descriptor.get(), F_SETFD, FD_CLOEXEC) == 0; }
+bool closeOnExec(const UniqueFd& descriptor) {
+  return descriptor && ::fcntl(descriptor.get(), F_SETFD, FD_CLOEXEC) == 0;
+}
 
 }  // namespace
 

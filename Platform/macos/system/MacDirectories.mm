@@ -8,9 +8,8 @@ namespace qm::macos {
 std::vector<std::string> MacDirectories::search(platform::StandardDirectory directory,
                                                 platform::DomainMask domains) const {
   const Pool pool;
-  NSArray* const found =
-      NSSearchPathForDirectoriesInDomains(static_cast<NSSearchPathDirectory>(directory),
-                                          static_cast<NSSearchPathDomainMask>(domains), YES);
+  NSArray* const found = NSSearchPathForDirectoriesInDomains(static_cast<NSSearchPathDirectory>(directory),
+                                                             static_cast<NSSearchPathDomainMask>(domains), YES);
   std::vector<std::string> paths;
   for (NSUInteger i = 0; i < [found count]; ++i) paths.push_back(textOf([found objectAtIndex:i]));
   return paths;

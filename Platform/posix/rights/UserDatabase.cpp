@@ -38,6 +38,18 @@ std::optional<UserRecord> lookUp(Find find) {
   return std::nullopt;
 }
 
+// The number of a group has another type in the call of each system.
+template <class Group>
+std::vector<gid_t> groupsOf(const UserRecord& user, int (*list)(const char*, Group, Group*, int*)) {
+  std::vector<Group> groups(kUsualGroups);
+  auto count = static_cast<int>(groups.size());
+  while (list(user.name.c_str(), static_cast<Group>(user.group), groups.data(), &count) < 0) {
+    groups.resize(groups.size() * 2);
+    count = static_cast<int>(groups.size());
+  }
+  return {groups.begin(), groups.begin() + count};
+}
+
 }  // namespace
 
 std::optional<UserRecord> userWithId(uid_t id) {
@@ -61,15 +73,6 @@ std::vector<UserRecord> listedUsers() {
   return users;
 }
 
-FileSystemIdentity identityOf(const UserRecord& user) {
-  std::vector<gid_t> groups(kUsualGroups);
-  auto count = static_cast<int>(groups.size());
-  while (::getgrouplist(user.name.c_str(), user.group, groups.data(), &count) < 0) {
-    groups.resize(groups.size() * 2);
-    count = static_cast<int>(groups.size());
-  }
-  groups.resize(static_cast<std::size_t>(count));
-  return {user.id, user.group, std::move(groups)};
-}
+FileSystemIdentity identityOf(const UserRecord& user) { return {user.id, user.group, groupsOf(user, ::getgrouplist)}; }
 
 }  // namespace qm::posix

@@ -1,4 +1,4 @@
-#include "Platform/linux/trash/WorkFolder.h"
+#include "Platform/posix/rights/WorkFolder.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,15 +11,15 @@
 #include <string_view>
 #include <utility>
 
-#include "Platform/linux/files/DescriptorPath.h"
-#include "Platform/linux/rights/Writers.h"
 #include "Platform/posix/FolderListing.h"
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TreeRemoval.h"
+#include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/Writers.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
-
-using posix::UniqueFd;
 
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
@@ -45,7 +45,7 @@ WorkFolder::WorkFolder(int above, std::string name, UniqueFd own)
 std::string WorkFolder::newName(std::string_view prefix) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::array<unsigned char, 8> bytes{};
-  if (prefix.empty() || ::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return {};
+  if (prefix.empty() || ::getentropy(bytes.data(), bytes.size()) != 0) return {};
   std::string name(prefix);
   for (const unsigned char byte : bytes) {
     name += digits[byte >> 4U];
@@ -67,7 +67,7 @@ Answer<WorkFolder> WorkFolder::openLocked(int folder, const std::string& name) {
 }
 
 Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
-  const auto refused = [&](int error) { return refusalFor(error, posix::shownPath(folder)); };
+  const auto refused = [&](int error) { return refusalFor(error, shownPath(folder)); };
   if (name.empty()) return refused(EIO);
   if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
   Answer<WorkFolder> made = openLocked(folder, name);
@@ -86,7 +86,7 @@ std::vector<WorkFolder> WorkFolder::leftIn(int folder, std::string_view prefix) 
   std::vector<WorkFolder> left;
   std::vector<std::string> names;
   UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!listed || posix::listFolder(std::move(listed), names) != 0) return left;
+  if (!listed || listFolder(std::move(listed), names) != 0) return left;
   for (const std::string& name : names) {
     if (Answer<WorkFolder> one = open(folder, name, prefix)) left.push_back(std::move(*one));
   }
@@ -99,17 +99,17 @@ int WorkFolder::remove() const {
   std::vector<std::string> names;
   UniqueFd listed(::openat(own_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!listed) return errno;
-  if (const int error = posix::listFolder(std::move(listed), names)) return error;
+  if (const int error = listFolder(std::move(listed), names)) return error;
   for (const std::string& name : names) {
-    const UniqueFd item(::openat(own_.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueFd item(openItself(own_.get(), name.c_str()));
     if (!item) return errno;
-    if (const posix::FileError error = posix::removeOwnTree(own_.get(), name, item.get())) return error.code;
+    if (const FileError error = removeOwnTree(own_.get(), name, item.get())) return error.code;
   }
   return removeEmpty();
 }
 
 int WorkFolder::removeEmpty() const {
-  return hasItsName() ? posix::errorOf(::unlinkat(above_, name_.c_str(), AT_REMOVEDIR)) : ESTALE;
+  return hasItsName() ? errorOf(::unlinkat(above_, name_.c_str(), AT_REMOVEDIR)) : ESTALE;
 }
 
 bool WorkFolder::hasItsName() const {
@@ -118,4 +118,4 @@ bool WorkFolder::hasItsName() const {
   return own && named && isSameItem(*own, *named);
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix
