@@ -8,6 +8,7 @@
 #include "Uninstaller/appkit/SystemCalls.h"
 
 using qm::appkit::frontEnd;
+using qm::appkit::KeyPress;
 
 namespace {
 
@@ -28,12 +29,14 @@ bool walksFromControlToControl(NSEvent* event) {
 }
 
 bool isToBeHandled(NSEvent* event) {
-  if ([event type] == NSEventTypeKeyUp) frontEnd().freshKeys.release([event keyCode], [event timestamp]);
-  if ([event type] != NSEventTypeKeyDown) return true;
-  return frontEnd().freshKeys.takes({.key = [event keyCode],
-                                     .time = [event timestamp],
-                                     .isRepeat = [event isARepeat] == YES,
-                                     .walks = walksFromControlToControl(event)});
+  if ([event type] != NSEventTypeKeyDown && [event type] != NSEventTypeKeyUp) return true;
+  const KeyPress key{.key = [event keyCode],
+                     .time = [event timestamp],
+                     .isRepeat = qm::appkit::isRepeat(event),
+                     .walks = walksFromControlToControl(event)};
+  if ([event type] == NSEventTypeKeyDown) return frontEnd().freshKeys.takes(key);
+  frontEnd().freshKeys.release(key.key, key.time);
+  return true;
 }
 
 }  // namespace

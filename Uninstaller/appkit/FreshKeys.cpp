@@ -2,17 +2,12 @@
 
 namespace qm::appkit {
 
-/// Where a system repeats a key by a release and a press of the same moment, the key is still held.
 void FreshKeys::release(std::size_t key, double time) {
   if (key < kKeyCodes && time > held_.time) held_.keys.reset(key);
-  releasedKey_ = key;
-  releaseTime_ = time;
 }
 
 bool FreshKeys::takes(const KeyPress& press) const {
-  if (press.walks) return true;
-  if (press.isRepeat || isOlderThanTheWindow(press)) return false;
-  return press.key != releasedKey_ || press.time != releaseTime_;
+  return press.walks || !(press.isRepeat || isOlderThanTheWindow(press));
 }
 
 /// A press that was made before the look at the keyboard, and waited, is why the key was seen held.

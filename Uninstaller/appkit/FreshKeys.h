@@ -39,8 +39,6 @@ class FreshKeys {
   bool isOlderThanTheWindow(const KeyPress& press) const;
 
   HeldKeys held_;
-  std::size_t releasedKey_ = kKeyCodes;
-  double releaseTime_ = 0;
 };
 
 }  // namespace qm::appkit

@@ -13,6 +13,8 @@ namespace qm::appkit {
 
 /// The keys that are held now, and the time that events of this moment have.
 HeldKeys heldKeys();
+/// Whether a held key has made a press by itself. Gets every event of a key, in their order, its releases too.
+bool isRepeat(NSEvent* event);
 
 /// Where the user has another instance of the program, brings it to the front; the answer is then the exit code of this
 /// one. Comes before the application object is made.

@@ -139,11 +139,14 @@ start_again() {
 find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
 no_window() { ! find_window "$1"; }
 count_windows() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
-is_in_front() {
-  local last
-  last=$(xprop -root _NET_CLIENT_LIST_STACKING | sed 's/.* //')
-  [ $((last)) = "$window" ] && has_keyboard
+# The windows from the highest down, without those that the toolkit always has above the others.
+stacked_windows() {
+  local each
+  for each in $(xprop -root _NET_CLIENT_LIST_STACKING | sed 's/.*#//; s/,/ /g' | tr ' ' '\n' | tac); do
+    is_always_above "$each" || echo $((each))
+  done
 }
+is_in_front() { [ "$(stacked_windows | head -n 1)" = "$window" ] && has_keyboard; }
 # A window of another program's is in front of everything and has the keyboard.
 cover_windows() {
   local covered=$window
@@ -161,9 +164,9 @@ wait_for_window() {
   wait_until 15 has_keyboard
 }
 
-# The windows have the same title; the progress window is the narrower one.
+# The windows have the same title, and may both be there for a moment.
 find_progress_window() {
-  find_window 'Uninstall Tessaly' && [ "$window" != "$main_window" ]
+  find_window 'Uninstall Tessaly' && [ "$window" != "$main_window" ] && [ "$(wc -l <<<"$window")" = 1 ]
 }
 wait_for_progress_window() {
   main_window=$1

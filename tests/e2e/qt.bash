@@ -29,3 +29,5 @@ preferences_are_ticked() {
 
 # Nothing of the toolkit's is in the way of the comparison.
 forget_toolkit() { :; }
+# Nor has it windows in front of others.
+is_always_above() { false; }

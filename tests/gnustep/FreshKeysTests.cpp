@@ -27,14 +27,6 @@ TEST(AppKitFreshKeys, AreNotThoseThatTheSystemRepeats) {
   EXPECT_FALSE(keys.takes({.key = kReturn, .time = 1, .isRepeat = true, .walks = false}));
 }
 
-TEST(AppKitFreshKeys, AreNotThoseReleasedAtTheSameMoment) {
-  FreshKeys keys;
-  keys.release(kReturn, 2);
-  EXPECT_FALSE(keys.takes(pressOf(kReturn, 2)));
-  EXPECT_TRUE(keys.takes(pressOf(kSpace, 2)));
-  EXPECT_TRUE(keys.takes(pressOf(kReturn, 3)));
-}
-
 TEST(AppKitFreshKeys, AreNotThoseHeldWhenTheWindowGotTheKeyboard) {
   FreshKeys keys;
   keys.hold(held(kReturn, 1));

@@ -17,6 +17,7 @@ namespace qm::appkit {
 namespace {
 
 constexpr CGFloat kAccessoryMargin = 12;
+NSString* const kAlertButton = @"OK";
 constexpr std::size_t kKeysInAByte = 8;
 
 /// GNUstep has its keys from an X server; this asks the same one.
@@ -32,35 +33,73 @@ double serverTime() {
   return static_cast<double>(static_cast<std::uint32_t>(now.count())) / 1000;
 }
 
-NSPanel* alert = nil;
+/// GNUstep does not say what is repeated: an X server sends a release and a press of the same moment, and GNUstep
+/// drops the release if it sees both.
+struct KeysDown {
+  Keys keys;
+  std::size_t releasedKey = kKeyCodes;
+  double releaseTime = 0;
 
-/// The button stays at the bottom and the texts at the top.
-void growAlert(CGFloat height) {
-  NSRect frame = [alert frame];
+  bool press(std::size_t key, double time) {
+    const bool wasDown = keys[key] || (key == releasedKey && time == releaseTime);
+    keys.set(key);
+    return wasDown;
+  }
+  void release(std::size_t key, double time) {
+    keys.reset(key);
+    releasedKey = key;
+    releaseTime = time;
+  }
+};
+KeysDown keysDown;
+
+NSPanel* alert = nil;
+NSSize accessorySize = NSZeroSize;
+
+NSView* alertButton() {
+  NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
+  while (NSView* const view = [views nextObject]) {
+    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton]) return view;
+  }
+  return nil;
+}
+
+void shift(NSView* view, CGFloat right, CGFloat up) {
+  const NSPoint place = [view frame].origin;
+  [view setFrameOrigin:NSMakePoint(place.x + right, place.y + up)];
+}
+
+/// The button stays in its corner, the accessory above it, and all else at the top.
+void growAlert(CGFloat width, CGFloat height, NSView* accessory) {
+  NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
+  while (NSView* const view = [views nextObject]) {
+    if (view == alertButton()) {
+      shift(view, width, 0);
+    } else if (view != accessory) {
+      shift(view, 0, height);
+    }
+  }
+  NSRect frame = NSInsetRect([alert frame], -width / 2, 0);
   frame.origin.y -= height;
   frame.size.height += height;
+  [alert setMinSize:frame.size];
+  [alert setMaxSize:frame.size];
   [alert setFrame:frame display:YES];
 }
 
-CGFloat topOfButtons() {
-  CGFloat top = 0;
-  NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
-  while (NSView* const view = [views nextObject]) {
-    if ([view isKindOfClass:[NSButton class]] && ![view isHidden]) top = std::max(top, NSMaxY([view frame]));
-  }
-  return top;
-}
-
 void insertAccessory(NSView* accessory) {
-  const CGFloat y = topOfButtons() + kAccessoryMargin;
-  growAlert([accessory frame].size.height + kAccessoryMargin);
-  [accessory setFrameOrigin:NSMakePoint(kAccessoryMargin, y)];
+  [[alert contentView] setAutoresizesSubviews:NO];
+  accessorySize = [accessory frame].size;
+  const CGFloat wanted = accessorySize.width + 2 * kAccessoryMargin;
+  growAlert(wanted - NSWidth([[alert contentView] frame]), accessorySize.height + kAccessoryMargin, accessory);
+  [accessory setFrameOrigin:NSMakePoint(kAccessoryMargin, NSMaxY([alertButton() frame]) + kAccessoryMargin)];
   [[alert contentView] addSubview:accessory];
 }
 
 }  // namespace
 
 HeldKeys heldKeys() {
+  keysDown = {};
   HeldKeys held{.keys = {}, .time = serverTime()};
   const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> told(
       xcb_query_keymap_reply(server(), xcb_query_keymap(server()), nullptr), std::free);
@@ -70,8 +109,16 @@ HeldKeys heldKeys() {
   return held;
 }
 
+bool isRepeat(NSEvent* event) {
+  const std::size_t key = [event keyCode];
+  if (key >= kKeyCodes) return false;
+  if ([event type] == NSEventTypeKeyDown) return keysDown.press(key, [event timestamp]);
+  keysDown.release(key, [event timestamp]);
+  return false;
+}
+
 void runAlert(NSString* title, NSString* message, NSAlertStyle /*style*/, NSView* accessory) {
-  alert = NSGetAlertPanel(title, @"%@", @"OK", nil, nil, message);
+  alert = NSGetAlertPanel(title, @"%@", kAlertButton, nil, nil, message);
   [alert setTitle:title];
   if (accessory != nil) insertAccessory(accessory);
   [alert center];
@@ -81,12 +128,9 @@ void runAlert(NSString* title, NSString* message, NSAlertStyle /*style*/, NSView
 }
 
 void fitAlert(NSView* accessory) {
-  const CGFloat below = [accessory frame].origin.y;
-  const CGFloat height = NSHeight([accessory frame]);
-  static CGFloat before = 0;
-  growAlert(height - before);
-  before = height;
-  [accessory setFrameOrigin:NSMakePoint(kAccessoryMargin, below)];
+  const NSSize size = [accessory frame].size;
+  growAlert(size.width - accessorySize.width, size.height - accessorySize.height, accessory);
+  accessorySize = size;
 }
 
 /// Nobody listens.

@@ -18,7 +18,7 @@ press_key=space
 tick_preferences() { click_at 30 152; }
 press_uninstall() { click_uninstall; }
 toggle_plan() { click_at 80 213; }
-toggle_details() { click 0 0; }
+toggle_details() { click_at 40 137; }
 
 press_mouse() { xdotool mousedown 1 sleep 0.1 mouseup 1; }
 click() {
@@ -44,3 +44,5 @@ preferences_are_ticked() {
 
 # Sockets and settings of its own.
 forget_toolkit() { rm -rf /tmp/GNUstepSecure* /home/*/GNUstep /root/GNUstep; }
+# The menus, as a window of their own.
+is_always_above() { xprop -id "$1" WM_NAME | grep -q '"UninstallTessaly"'; }
