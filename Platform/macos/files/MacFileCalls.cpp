@@ -79,9 +79,6 @@ bool holdsMountPoint(int folder) {
   return false;
 }
 
-/// A clone here is always a new file of its own: none can be made in one that is open.
-int shareContents(int, int) { return ENOTSUP; }
-
 int reserveSpace(int file, off_t, std::size_t count) {
   fstore_t wanted{};
   wanted.fst_flags = F_ALLOCATEALL;
@@ -106,17 +103,6 @@ int openItself(int folder, const char* name) {
 int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchown(item, user, group)); }
 int setMode(int item, mode_t mode) { return errorOf(::fchmod(item, mode)); }
 int setTimes(int item, const std::array<timespec, 2>& times) { return errorOf(::futimens(item, times.data())); }
-
-int setCreationTime(const std::string& path, std::chrono::system_clock::time_point date) {
-  const auto since = date.time_since_epoch();
-  const auto whole = std::chrono::floor<std::chrono::seconds>(since);
-  timespec time{.tv_sec = static_cast<time_t>(whole.count()),
-                .tv_nsec = static_cast<long>(std::chrono::nanoseconds(since - whole).count())};
-  attrlist which{};
-  which.bitmapcount = ATTR_BIT_MAP_COUNT;
-  which.commonattr = ATTR_CMN_CRTIME;
-  return errorOf(::setattrlist(path.c_str(), &which, &time, sizeof time, FSOPT_NOFOLLOW));
-}
 
 /// FIFOs only, and since macOS 13: before, nothing makes one in a folder that is told by its descriptor.
 int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
