@@ -11,6 +11,9 @@ namespace {
 
 using platform::Status;
 
+/// Of an error of the system.
+constexpr long kLastNumber = 255;
+
 struct Meaning {
   long cocoaCode;
   int error;
@@ -36,7 +39,7 @@ Status withReason(int error, const std::string& path, const std::string& otherwi
 }  // namespace
 
 int errorNumberOf(long cocoaCode, long posixCode) {
-  if (posixCode > 0 && posixCode <= ELAST) return static_cast<int>(posixCode);
+  if (posixCode > 0 && posixCode <= kLastNumber) return static_cast<int>(posixCode);
   for (const Meaning& meaning : kMeanings) {
     if (meaning.cocoaCode == cocoaCode) return meaning.error;
   }

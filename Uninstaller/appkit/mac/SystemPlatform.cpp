@@ -4,7 +4,7 @@
 
 const qm::platform::Platform& qm::uninstaller::systemPlatform(const platform::ProductIdentity& product) {
   auto& front = appkit::frontEnd();
-  return macos::macPlatform(product, {.mainThread = front.mainThread,
-                                      .descriptorWait = front.mainThread,
-                                      .userInterface = &front.userInterface});
+  return macos::macPlatform(
+      product,
+      {.mainThread = front.mainThread, .descriptorWait = front.mainThread, .userInterface = &front.userInterface});
 }
