@@ -66,8 +66,7 @@ int lookAt(const std::string& path, std::optional<RememberedFolder>& folder) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT ? 0 : errno;
   if (!S_ISDIR(found.st_mode)) return 0;
-  folder =
-      RememberedFolder{path, found.st_uid, found.st_gid, static_cast<mode_t>(found.st_mode & kPermissions),
+  folder = RememberedFolder{path, found.st_uid, found.st_gid, static_cast<mode_t>(found.st_mode & kPermissions),
                             posix::modificationTime(found)};
   return 0;
 }

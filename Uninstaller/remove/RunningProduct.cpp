@@ -34,7 +34,8 @@ bool oneEnds(const std::vector<Held>& processes, std::chrono::milliseconds limit
   std::vector<pollfd> watched;
   watched.reserve(processes.size());
   for (const Held& each : processes) watched.push_back({each.handle.descriptor(), POLLIN, 0});
-  return ::poll(watched.data(), static_cast<nfds_t>(watched.size()), static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
+  return ::poll(watched.data(), static_cast<nfds_t>(watched.size()),
+                static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
 }
 
 bool hasEnded(const ProcessHandle& handle) {

@@ -23,8 +23,6 @@ set(QM_MAC_STUBS ${CMAKE_BINARY_DIR}/stubs)
 set(CMAKE_OBJCXX_COMPILE_OBJECT
   "<CMAKE_OBJCXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -o <OBJECT> -c <SOURCE>")
 foreach(language C CXX OBJCXX)
-  # The first look at the compiler links no program: that would make it build a library of its own.
-  set(CMAKE_${language}_COMPILER_ID_TEST_FLAGS_FIRST "-c")
   set(CMAKE_${language}_FLAGS_INIT "-isystem ${QM_MAC_DECLARATIONS}")
   set(CMAKE_${language}_LINK_EXECUTABLE
     "${CMAKE_CURRENT_LIST_DIR}/linker ${QM_MAC_TARGET} ${QM_MAC_STUBS} <TARGET> <OBJECTS> <LINK_LIBRARIES>")
