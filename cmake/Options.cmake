@@ -1,7 +1,7 @@
 # What every target of the project is compiled with.
 add_library(qm_options INTERFACE)
 target_compile_options(qm_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-align
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast> -Wcast-align
   -Woverloaded-virtual -Wnon-virtual-dtor -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
   $<$<BOOL:${QM_WERROR}>:-Werror>)
 target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR})
@@ -12,7 +12,7 @@ target_compile_options(qm_options INTERFACE
 
 # Whoever finds a fault in a program that handles others' files, or runs as root, shall not get far with it. The
 # sanitizers watch the same places themselves, and see less where these do.
-if(NOT QM_SANITIZE AND NOT QM_FUZZ)
+if(NOT QM_SANITIZE AND NOT QM_FUZZ AND NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
   include(CheckCXXCompilerFlag)
   include(CheckCXXSourceCompiles)
   foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
@@ -35,7 +35,7 @@ if(NOT QM_SANITIZE AND NOT QM_FUZZ)
 endif()
 # The same objects serve the programs and the library for others. Nobody replaces a function of ours from outside, so that
 # they are no slower than those of programs alone.
-target_compile_options(qm_options INTERFACE -fPIC $<$<PLATFORM_ID:Linux>:-fno-semantic-interposition>)
+target_compile_options(qm_options INTERFACE $<$<PLATFORM_ID:Darwin>:-fstack-protector-strong> -fPIC $<$<PLATFORM_ID:Linux>:-fno-semantic-interposition>)
 # A quarter less time for a tenth more memory: otherwise GCC looks for what it can free from the first megabytes on.
 target_compile_options(qm_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:SHELL:--param ggc-min-heapsize=1000000>)
@@ -85,7 +85,9 @@ function(qm_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
   qm_separate_sections(${name})
-  target_link_options(${name} PRIVATE -pie -Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections)
+  target_link_options(${name} PRIVATE
+    $<$<PLATFORM_ID:Linux>:-pie;-Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections>
+    $<$<PLATFORM_ID:Darwin>:-Wl,-dead_strip>)
   if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)(/|$)")
     set_property(GLOBAL APPEND PROPERTY QM_PROGRAMS ${name})
   endif()

@@ -12,13 +12,15 @@
 #include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
 #include "Uninstaller/RemovalDetails.h"
+#include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
 using platform::platform;
+using posix::UserRecord;
 
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
@@ -145,6 +147,7 @@ void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progres
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
+  bootOut(launchControlTool(), part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
   ItemResult result = RemovalRun(&witness_).trash(part.planned);
   findInTrash(result);
   ReportItem shown = item(index);

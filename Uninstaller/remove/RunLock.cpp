@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "Uninstaller/remove/OwnFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -27,7 +28,7 @@ UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
 }
 
 UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
-  if (user == 0) return openOwnFolder("/run", user);
+  if (user == 0) return openOwnFolder(lockFolderOfRoot(), user);
   UniqueFd folder = runtimeFolder ? openOwnFolder(*runtimeFolder, user) : UniqueFd();
   return folder ? std::move(folder) : openPrivateFolder(user, home);
 }
