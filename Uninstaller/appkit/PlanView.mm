@@ -20,7 +20,10 @@ NSRect grownBy(NSRect frame, CGFloat height) {
 }  // namespace
 
 PlanView::PlanView(NSView* area, NSTableView* list, NSTextField* summary)
-    : area_(area), list_(list), summary_(summary), preview_([this](const Preview& found) { show(found); }, measureAsAllowed) {}
+    : area_(area),
+      list_(list),
+      summary_(summary),
+      preview_([this](const Preview& found) { show(found); }, measureAsAllowed) {}
 
 void PlanView::open(bool isOpen) {
   makeRoom(isOpen);

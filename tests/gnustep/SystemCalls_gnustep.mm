@@ -73,7 +73,8 @@ NSSize accessorySize = NSZeroSize;
 NSView* alertButton() {
   NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
   while (NSView* const view = [views nextObject]) {
-    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton]) return view;
+    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton])
+      return view;
   }
   return nil;
 }
