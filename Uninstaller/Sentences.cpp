@@ -19,6 +19,8 @@ constexpr std::string_view kSentences[] = {
     catalogued("{path}: {why}"),
 };
 
+constexpr const char* kSystemError = catalogued("of a system error ({system})");
+
 /// In translations each is a sentence of its own.
 constexpr std::string_view kClauses[] = {
     catalogued("it doesn’t exist"),
@@ -45,7 +47,7 @@ constexpr std::string_view kClauses[] = {
     catalogued("a file in it has other names, under which it would be changed, too"),
     catalogued("a file in it has other names elsewhere"),
     catalogued("something else has taken its place in the Trash"),
-    catalogued("of a system error ({system})"),
+    kSystemError,
     catalogued("it is the Trash itself"),
     catalogued("that is not the place of an item"),
     catalogued("that is not the name of an item"),
@@ -111,8 +113,9 @@ std::optional<std::string> oneOf(Sentences patterns, const Language& language, s
 
 std::optional<std::string> clause(const Language& language, std::string_view english) {
   if (auto known = oneOf(kClauses, language, english)) return known;
-  std::string words = language.systemWords(english);
-  return words == english ? std::nullopt : std::optional(words);
+  const std::string words = language.systemWords(english);
+  if (words == english) return std::nullopt;
+  return filled(language.translated(kSystemError), {{"system", words}});
 }
 
 }  // namespace
