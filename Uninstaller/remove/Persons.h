@@ -31,7 +31,7 @@ Accounts systemAccounts(const platform::Users& users);
 struct Choice {
   Concerned concerned;
   int status = kNothingLeft;  ///< the exit status if there is a problem
-  std::string problem;        ///< why there is nobody to work for, one sentence; "" otherwise
+  std::string problem;        ///< why there is nobody to work for, one sentence in the user's language; "" otherwise
 };
 
 /// The users that the command line selects. Only root may select others.

@@ -20,6 +20,7 @@
 #include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/Removal.h"
 #include "Uninstaller/remove/Restoring.h"
 #include "Uninstaller/remove/RunLock.h"
@@ -33,6 +34,7 @@ namespace qm::removal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using uninstaller::catalogued;
 
 /// Work in progress at the time limit gets this much longer.
 constexpr std::chrono::seconds kGrace{30};
@@ -85,8 +87,10 @@ class ProgressLine {
     if (::isatty(STDERR_FILENO) == 0) return;
     isShown_ = true;
     const std::string shown = foundation::replacingControlCharacters(path, '?');
-    writeAll(STDERR_FILENO, "\r\x1b[K" + std::to_string(number) + " of " + std::to_string(count) + ": " +
-                                std::string(foundation::firstCharacters(shown, longest)));
+    const uninstaller::Values values = {{"number", std::to_string(number)},
+                                        {"count", std::to_string(count)},
+                                        {"path", std::string(foundation::firstCharacters(shown, longest))}};
+    writeAll(STDERR_FILENO, "\r\x1b[K" + uninstaller::translated("{number} of {count}: {path}", values));
   }
 
  private:
@@ -162,7 +166,7 @@ class Program {
 
   bool look() {
     if (onWorker([this] { work_->look(); })) return true;
-    return giveUp("The time was up before everything had been looked at.");
+    return giveUp(catalogued("The time was up before everything had been looked at."));
   }
 
   bool carryOut() {
@@ -203,7 +207,7 @@ class Program {
     const auto running = endProduct(numbers(), options_.ifRunning);
     if (running.empty()) return true;
     report_.running = shown(running);
-    refuse("Nothing has been done, because Tessaly runs.");
+    refuse(catalogued("Nothing has been done, because Tessaly runs."));
     return false;
   }
 

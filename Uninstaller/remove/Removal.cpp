@@ -11,6 +11,7 @@
 #include "Platform/Trash.h"
 #include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalDetails.h"
 #include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
@@ -21,24 +22,25 @@ namespace {
 
 using platform::platform;
 using posix::UserRecord;
+using uninstaller::catalogued;
 
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
-constexpr const char* kHoldsOthers = "Something is in it.";
-constexpr const char* kNotRemoved = "It couldn’t be removed.";
+constexpr const char* kDependsOnContents = catalogued("It goes if nothing else is in it.");
+constexpr const char* kHoldsOthers = catalogued("Something is in it.");
+constexpr const char* kNotRemoved = catalogued("It couldn’t be removed.");
 
 std::string skipText(SkipReason reason) {
   switch (reason) {
     case SkipReason::PreferencesStay:
-      return "Preferences go with --preferences only.";
+      return catalogued("Preferences go with --preferences only.");
     case SkipReason::InReleaseFolder:
-      return "It is in a folder named \"Release\".";
+      return catalogued("It is in a folder named \"Release\".");
     case SkipReason::InStructureFolder:
-      return "It is below a folder \"Structure/Applications\".";
+      return catalogued("It is below a folder \"Structure/Applications\".");
     case SkipReason::InTrash:
-      return "It is in the Trash already.";
+      return catalogued("It is in the Trash already.");
     case SkipReason::None:
     case SkipReason::NoFolder:
     case SkipReason::NotThere:

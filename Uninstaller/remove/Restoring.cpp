@@ -13,6 +13,7 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Shared/QMLocalPaths.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalPlan.h"
 #include "Uninstaller/remove/MakersFolder.h"
 
@@ -21,15 +22,16 @@ namespace {
 
 using platform::platform;
 using platform::TrashedItem;
+using uninstaller::catalogued;
 
 constexpr const char* kRoot = "root";
-constexpr const char* kSomethingIsThere = "Something else is there now.";
-constexpr const char* kNotInTrash = "It is not in the Trash any more.";
-constexpr const char* kNoItem = "Tessaly has no item there.";
-constexpr const char* kClosedToPerson = "Its folder is closed to the person in whose Trash it was.";
-constexpr const char* kNoFolder = "The folder that it was in couldn’t be made again.";
-constexpr const char* kOtherAccount = "Its Trash was that of an account that is another one now.";
-constexpr const char* kOthersTrash = "It was in the Trash of a person, who can have changed it.";
+constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
+constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
+constexpr const char* kNoItem = catalogued("Tessaly has no item there.");
+constexpr const char* kClosedToPerson = catalogued("Its folder is closed to the person in whose Trash it was.");
+constexpr const char* kNoFolder = catalogued("The folder that it was in couldn’t be made again.");
+constexpr const char* kOtherAccount = catalogued("Its Trash was that of an account that is another one now.");
+constexpr const char* kOthersTrash = catalogued("It was in the Trash of a person, who can have changed it.");
 
 /// Even a dangling link counts as something.
 bool isTaken(const std::string& path) { return platform().fileSystem->attributesOfItem(path).has_value(); }

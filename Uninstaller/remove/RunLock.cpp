@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/OwnFolder.h"
 #include "Uninstaller/remove/ThisSystem.h"
 
@@ -41,7 +42,7 @@ UniqueFd openLocked(int folder) {
 }
 
 std::string problemOf(int error) {
-  if (error == EWOULDBLOCK) return "Another run of tessaly-remove is under way.";
+  if (error == EWOULDBLOCK) return uninstaller::catalogued("Another run of tessaly-remove is under way.");
   return std::string("The lock against a second run cannot be had: ") + std::strerror(error) + ".";
 }
 
