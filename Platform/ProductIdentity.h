@@ -9,14 +9,18 @@ namespace qm::platform {
 /// What is left out is missing: operations that need it fail and say so.
 struct ProductIdentity {
   /// The program's file name. It stands for the program in messages, where the system does not tell the running one,
-  /// and names the folder of its information dictionary in "share".
+  /// and names the folder of its information dictionary in `dataFolder`.
   std::string_view program{};
   /// What a user has one instance of.
   std::string_view identifier{};
 
+  /// Where an installation has the other programs and the data, seen from the running program's folder; an absolute
+  /// path is itself.
+  std::string_view programsFolder = "../libexec";
+  std::string_view dataFolder = "../share";
+
   /// The helper with administrator rights for the product's own items. Of this and the other parts of the program, a
-  /// file name means one in "libexec" beside the running program's folder, or else in that folder; an absolute path
-  /// means itself.
+  /// file name means one in `programsFolder`, or else beside the running program; an absolute path means itself.
   std::string_view helper{};
   /// The helper with administrator rights for any tool, where there is no other.
   std::string_view toolHelper{};

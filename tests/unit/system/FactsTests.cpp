@@ -124,6 +124,21 @@ TEST_F(SystemFacts, FindsTheZipToolWhereItIsInstalledAndElseBesideTheProgram) {
   });
 }
 
+TEST_F(SystemFacts, FindsWhatIsInstalledWhereTheProductSays) {
+  platform::ProductIdentity product = kProduct;
+  const auto folders = [](const char* way) {
+    return std::vector{linux_::installedFolder("/opt/t/bin/program", way), linux_::installedFolder(std::nullopt, way)};
+  };
+  EXPECT_THAT(folders("../lib/t"), ::testing::ElementsAre("/opt/t/lib/t", "/usr/lib/t"));
+  EXPECT_THAT(folders("../../.."), ::testing::ElementsAre("/", "/"));
+  EXPECT_THAT(folders("parts"), ::testing::ElementsAre("/opt/t/bin/parts", "/usr/bin/parts"));
+  EXPECT_THAT(folders(""), ::testing::ElementsAre("/opt/t/bin", "/usr/bin"));
+  EXPECT_THAT(folders("/srv/libexec"), ::testing::ElementsAre("/srv/libexec", "/srv/libexec"));
+  product.programsFolder = "/usr/bin";
+  product.zipTool = "env";
+  EXPECT_EQ(linux_::SystemFacts(lists, product, "/opt/t/bin/program").zipToolPath(), "/usr/bin/env");
+}
+
 TEST_F(SystemFacts, FindsTheVersionBesideTheExecutablesFolder) {
   EXPECT_EQ(versionFrom("/opt/t/Info.plist", std::string("1.2.3")), "1.2.3");
   EXPECT_EQ(versionFrom("/opt/t/share/tessaly-uninstaller/Info.plist", std::string("1.4")), "1.4");
