@@ -19,9 +19,7 @@ QIcon compiledIn() {
   return icon;
 }
 
-void setIcon() {
-  QGuiApplication::setWindowIcon(QIcon::fromTheme(QGuiApplication::desktopFileName(), compiledIn()));
-}
+void setIcon() { QGuiApplication::setWindowIcon(QIcon::fromTheme(QGuiApplication::desktopFileName(), compiledIn())); }
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include <set>
 #include <thread>
 
+#include "Platform/linux/system/OwnPrograms.h"
 #include "Platform/linux/system/SystemFacts.h"
 #include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
