@@ -25,7 +25,7 @@ struct Words {
   std::string_view text;
 };
 
-/// Everything that people may be told about why.
+/// All reasons that may be shown to people.
 constexpr Words kWords[] = {
     {ENOENT, kItem | kTrashed, "it doesn’t exist"},
     {ENOENT, kDestination, "the folder doesn’t exist"},
