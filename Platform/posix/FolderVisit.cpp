@@ -19,7 +19,7 @@ using platform::DirectoryEntry;
 using platform::EntrySizes;
 using platform::FileType;
 
-/// Checks that items can be reached through the folder. Without search permission its listed names lead nowhere.
+/// Checks that items can be reached through the folder. Without search permission the listed items cannot be reached.
 int searchError(int folder) {
   struct stat unused {};
   return errorOf(::fstatat(folder, ".", &unused, 0));
