@@ -97,7 +97,7 @@ class Walk {
 
   // Whoever can move a folder decides what its parent is.
   Result goUp() {
-    if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that others than root can move");
+    if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that users other than root can move");
     if (pending_.empty()) return refused(EINVAL, "it names no item");
     UniqueFd above(::openat(place_.folder.get(), "..", lookupFlag() | O_DIRECTORY | O_CLOEXEC));
     if (!above) return failure(errno);
@@ -132,7 +132,7 @@ class Walk {
     const auto target = countsItself ? std::optional(place_.itemStatus) : statusOf(place_.folder.get());
     if (!target) return failure(errno);
     if (place_.writers.only(target->st_uid)) return std::nullopt;
-    return refused(ELOOP, "a link on its way could have been planted by somebody with fewer rights");
+    return refused(ELOOP, "a link in the path could have been planted by a user with fewer rights");
   }
 
   Result failure(int error) const { return refusalFor(error, path_); }
