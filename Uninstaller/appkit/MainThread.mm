@@ -81,9 +81,7 @@ void MainThread::performAndWait(std::function<void()> work) {
 
 void MainThread::perform(std::function<void()> work) { handOver(std::move(work), NO); }
 
-bool MainThread::handleOneEvent(std::chrono::milliseconds limit) {
-  return handleEvent(limit, NSModalPanelRunLoopMode);
-}
+bool MainThread::handleOneEvent(std::chrono::milliseconds limit) { return handleEvent(limit, NSModalPanelRunLoopMode); }
 
 void MainThread::waitUntilReadable(int descriptor) {
   while (!isReadable(descriptor)) handleEvent(kBetweenLooks, NSDefaultRunLoopMode);

@@ -20,7 +20,10 @@ NSRect grownBy(NSRect frame, CGFloat height) {
 }  // namespace
 
 PlanView::PlanView(NSView* area, NSTableView* list, NSTextField* summary)
-    : area_(area), list_(list), summary_(summary), preview_([this](const Preview& found) { show(found); }, measureAsAllowed) {}
+    : area_(area),
+      list_(list),
+      summary_(summary),
+      preview_([this](const Preview& found) { show(found); }, measureAsAllowed) {}
 
 void PlanView::open(bool isOpen) {
   makeRoom(isOpen);
@@ -33,6 +36,7 @@ void PlanView::makeRoom(bool isOpen) {
   NSWindow* const window = [area_ window];
   [area_ setHidden:isOpen ? NO : YES];
   [window setFrame:grownBy([window frame], isOpen ? height : -height) display:YES];
+  [list_ sizeLastColumnToFit];
 }
 
 void PlanView::setRemoveConfig(RemoveConfig removeConfig) {

@@ -11,6 +11,9 @@ press_uninstall() { press alt+u; }
 toggle_plan() { press alt+w; }
 toggle_details() { press alt+d; }
 
+# As the window manager does when somebody wants it.
+ask_to_close() { press alt+F4; }
+
 click() {
   point "$@"
   xdotool mousedown 1 mouseup 1

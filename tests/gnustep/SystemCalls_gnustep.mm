@@ -33,10 +33,20 @@ double serverTime() {
   return static_cast<double>(static_cast<std::uint32_t>(now.count())) / 1000;
 }
 
-/// GNUstep does not say what is repeated: an X server sends a release and a press of the same moment, and GNUstep
-/// drops the release if it sees both.
-struct KeysDown {
+Keys keysOfServer() {
   Keys keys;
+  const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> told(
+      xcb_query_keymap_reply(server(), xcb_query_keymap(server()), nullptr), std::free);
+  for (std::size_t key = 0; told && key < kKeyCodes; ++key) {
+    keys[key] = (told->keys[key / kKeysInAByte] >> (key % kKeysInAByte) & 1U) != 0;
+  }
+  return keys;
+}
+
+/// GNUstep does not say what is repeated: an X server sends a release and a press of the same moment, and GNUstep
+/// drops the release if it sees both. Begins with what is held when the first window comes up.
+struct KeysDown {
+  Keys keys = keysOfServer();
   std::size_t releasedKey = kKeyCodes;
   double releaseTime = 0;
 
@@ -51,7 +61,11 @@ struct KeysDown {
     releaseTime = time;
   }
 };
-KeysDown keysDown;
+
+KeysDown& keysDown() {
+  static auto* const shared = new KeysDown;
+  return *shared;
+}
 
 NSPanel* alert = nil;
 NSSize accessorySize = NSZeroSize;
@@ -59,7 +73,8 @@ NSSize accessorySize = NSZeroSize;
 NSView* alertButton() {
   NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
   while (NSView* const view = [views nextObject]) {
-    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton]) return view;
+    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton])
+      return view;
   }
   return nil;
 }
@@ -99,21 +114,16 @@ void insertAccessory(NSView* accessory) {
 }  // namespace
 
 HeldKeys heldKeys() {
-  keysDown = {};
-  HeldKeys held{.keys = {}, .time = serverTime()};
-  const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> told(
-      xcb_query_keymap_reply(server(), xcb_query_keymap(server()), nullptr), std::free);
-  for (std::size_t key = 0; told && key < kKeyCodes; ++key) {
-    held.keys[key] = (told->keys[key / kKeysInAByte] >> (key % kKeysInAByte) & 1U) != 0;
-  }
-  return held;
+  const Keys keys = keysOfServer();
+  keysDown().keys &= keys;  // others may have been released over another program's window
+  return {.keys = keys, .time = serverTime()};
 }
 
 bool isRepeat(NSEvent* event) {
   const std::size_t key = [event keyCode];
   if (key >= kKeyCodes) return false;
-  if ([event type] == NSEventTypeKeyDown) return keysDown.press(key, [event timestamp]);
-  keysDown.release(key, [event timestamp]);
+  if ([event type] == NSEventTypeKeyDown) return keysDown().press(key, [event timestamp]);
+  keysDown().release(key, [event timestamp]);
   return false;
 }
 

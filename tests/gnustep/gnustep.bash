@@ -20,6 +20,9 @@ press_uninstall() { click_uninstall; }
 toggle_plan() { click_at 80 213; }
 toggle_details() { click_at 40 137; }
 
+# By the menu's keys. The window manager would end a program whose window does not say how it is closed.
+ask_to_close() { press alt+w alt+q; }
+
 press_mouse() { xdotool mousedown 1 sleep 0.1 mouseup 1; }
 click() {
   point "$@"
@@ -46,3 +49,23 @@ preferences_are_ticked() {
 forget_toolkit() { rm -rf /tmp/GNUstepSecure* /home/*/GNUstep /root/GNUstep; }
 # The menus, as a window of their own.
 is_always_above() { xprop -id "$1" WM_NAME | grep -q '"UninstallTessaly"'; }
+
+# ---- what a Mac has more
+
+quitting_cancels() { cancelled_by press alt+q; }
+
+quitting_while_it_works_does_nothing() {
+  install "$person" && start_product && hold_killall && start_display && start_program
+  local main=$window
+  press Return
+  wait_for_progress_window "$main"
+  press alt+q
+  holds_for 400 find_progress_window
+  let_killall_go
+  wait_for_window 'Uninstall complete'
+  press alt+q
+  expect_end
+  no_process_named Tessaly || fail 'the product still runs'
+  moved "${items[@]}" && removed /Applications/Quillmark
+  expect_disk "${options[@]}"
+}
