@@ -94,7 +94,7 @@ ProcessHandle ProcessHandle::open(pid_t process) {
     errno = EAGAIN;
     return {};
   }
-  return ProcessHandle(std::move(pipe.reading), process);
+  return {std::move(pipe.reading), process};
 }
 
 void ProcessHandle::waitForExit() const { isReadable(descriptor(), kNoLimit); }
