@@ -166,6 +166,7 @@ enum : NSBorderType { NSBezelBorder = 2 };
 @property(readonly) NSInteger selectedRow;
 - (void)reloadData;
 - (void)deselectAll:(id)sender;
+- (void)sizeLastColumnToFit;
 - (void)selectRowIndexes:(NSIndexSet*)indexes byExtendingSelection:(BOOL)extend;
 @end
 
