@@ -17,8 +17,7 @@ inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;           
 inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;               ///< the user cancelled the dialog
 inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;  ///< no dialog allowed
 inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;     ///< the tool could not be started
-inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError =
-    -60032;  ///< the component that starts tools has failed
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< the tool launcher has failed
 
 /// The options of a session or a request: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
@@ -88,8 +87,8 @@ class AuthorizationServices {
   /// Ends everything that holds rights, and returns when nothing does any more. Running tools are waited for. Sessions
   /// remain, without their rights.
   virtual void releaseRights() {}
-  /// The command that a process of root's starts in place of a system tool for files, on behalf of the user at the
-  /// console. Where others can change names, root must not use a tool that works by name.
+  /// The command that a root process starts in place of a system tool for files, on behalf of the user at the console.
+  /// Where others can change names, root must not use a tool that works by name.
   virtual ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
     return {tool, arguments};
   }

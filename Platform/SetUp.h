@@ -16,7 +16,7 @@ namespace qm::platform {
 /// the result of a timed operation, and in `platform().mainThread->handleOneEvent`. A program that copies in the
 /// background calls that until the last report has come. There is no `userInterface`.
 ///
-/// `users`, which outlives every user, says which user is meant if a program of root's works for one user after
+/// `users`, which outlives every user, says which user is meant if a program run by root works for one user after
 /// another.
 const Platform& setUp(const ProductIdentity& product, Users* users = nullptr);
 

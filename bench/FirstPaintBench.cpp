@@ -15,8 +15,7 @@
 namespace qm::bench {
 namespace {
 
-/// Starts a program that writes a byte to its standard output at its first paint, and answers how long
-/// that took.
+/// Starts a program that writes a byte to its standard output at its first paint, and returns how long that took.
 double untilFirstPaint(const std::string& program) {
   const std::string path = std::filesystem::read_symlink("/proc/self/exe").parent_path() / program;
   int ends[2];

@@ -30,7 +30,8 @@ Decimal nearest(double number, int count) {
   const std::size_t others = static_cast<std::size_t>(count) - 1;
   std::string digits(text.substr(0, 1));
   digits.append(text.substr(mark - others, others));  // the locale's decimal point stands between
-  return {digits, std::atoi(printed + mark + 1) - (count - 1)};
+  const auto power = static_cast<int>(std::strtol(printed + mark + 1, nullptr, 10));
+  return {digits, power - (count - 1)};
 }
 
 /// The next larger decimal of as many digits, or of one more.
@@ -105,10 +106,10 @@ std::string fixedText(double magnitude, std::size_t fractionDigits) {
 std::string shortestText(double magnitude) {
   if (!std::isfinite(magnitude) || magnitude == 0) return fixedText(magnitude, 0);
   const Decimal decimal = shortest(magnitude);
-  const std::string scientific = withExponent(decimal);
+  std::string scientific = withExponent(decimal);
   constexpr int kNeverShorter = 25;
   if (std::abs(decimal.magnitude()) > kNeverShorter) return scientific;
-  const std::string fixed = withoutExponent(decimal, magnitude);
+  std::string fixed = withoutExponent(decimal, magnitude);
   return fixed.size() <= scientific.size() ? fixed : scientific;
 }
 

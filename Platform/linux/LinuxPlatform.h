@@ -15,7 +15,7 @@ struct FrontEndServices {
   posix::DescriptorWait& descriptorWait;
   /// Null without a toolkit.
   platform::UserInterface* userInterface = nullptr;
-  /// The users to work for, if not the system's: a program of root's may work for one user after another.
+  /// The users to work for, if not the system's: a program run by root may work for one user after another.
   platform::Users* users = nullptr;
 };
 

@@ -36,6 +36,7 @@ void PlanView::makeRoom(bool isOpen) {
   NSWindow* const window = [area_ window];
   [area_ setHidden:isOpen ? NO : YES];
   [window setFrame:grownBy([window frame], isOpen ? height : -height) display:YES];
+  [list_ sizeLastColumnToFit];
 }
 
 void PlanView::setRemoveConfig(RemoveConfig removeConfig) {

@@ -12,6 +12,7 @@
 #include "Uninstaller/qt/FreshKeys.h"
 #include "Uninstaller/qt/FrontEnd.h"
 #include "Uninstaller/qt/FurtherStarts.h"
+#include "Uninstaller/qt/WindowIcon.h"
 #include "Uninstaller/qt/X11HeldKeys.h"
 
 namespace qm::qt {
@@ -73,6 +74,7 @@ int runFirst(FrontEnd& front, const linux_::SingleInstance& instance, QApplicati
   const FreshKeys freshKeys(application);
   const X11HeldKeys heldKeys(application);
   const FurtherStarts furtherStarts(instance);
+  const WindowIcon windowIcon(application);
   front.interface = std::make_unique<MainInterface>(makeOwner());
   const int code = runEventLoop(front);
   front.mainThread.end();

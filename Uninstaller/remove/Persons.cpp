@@ -3,45 +3,24 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <utility>
 
 #include "Platform/foundation/ControlCharacters.h"
 #include "Uninstaller/Language.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
+using posix::UserRecord;
 using uninstaller::translated;
 
 constexpr const char* kLoginScreen = "loginwindow";
 constexpr const char* kRoot = "root";
 
-struct Range {
-  uid_t first = 1000;
-  uid_t last = 60000;
-};
-
-/// The range of ids for people's accounts, as configured by the administrator.
-Range numbersOfPersons() {
-  Range range;
-  std::ifstream settings("/etc/login.defs");
-  for (std::string line; std::getline(settings, line);) {
-    std::istringstream words(line);
-    std::string name;
-    uid_t number = 0;
-    if (!(words >> name >> number)) continue;
-    if (name == "UID_MIN") range.first = number;
-    if (name == "UID_MAX") range.last = number;
-  }
-  return range;
-}
-
 std::vector<UserRecord> ordinaryAccounts() {
-  const Range range = numbersOfPersons();
-  std::vector<UserRecord> users = linux_::listedUsers();
+  const NumbersOfPersons range = numbersOfPersons();
+  std::vector<UserRecord> users = posix::listedUsers();
   std::erase_if(users, [&](const UserRecord& user) { return user.id < range.first || user.id > range.last; });
   return users;
 }
@@ -108,7 +87,7 @@ Accounts systemAccounts(const platform::Users& users) {
   Accounts accounts;
   accounts.caller = {users.realUserId(), ::getgid(), users.userName(), users.homeDirectory()};
   accounts.console = users.consoleUser();
-  accounts.named = linux_::userWithName;
+  accounts.named = posix::userWithName;
   accounts.ordinary = ordinaryAccounts;
   return accounts;
 }

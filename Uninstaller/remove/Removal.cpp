@@ -13,13 +13,15 @@
 #include "Shared/QMFileManager.h"
 #include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalDetails.h"
+#include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
 using platform::platform;
+using posix::UserRecord;
 using uninstaller::catalogued;
 
 constexpr std::chrono::seconds kFolderLimit(10);
@@ -147,6 +149,7 @@ void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progres
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
+  bootOut(launchControlTool(), part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
   ItemResult result = RemovalRun(&witness_).trash(part.planned);
   findInTrash(result);
   ReportItem shown = item(index);

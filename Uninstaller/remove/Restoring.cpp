@@ -41,9 +41,9 @@ bool isForWantOfRights(int code) {
   return error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
 }
 
-bool mayPutAt(const linux_::UserRecord& person, std::string path) {
-  const linux_::FileSystemIdentity identity = linux_::identityOf(person);
-  const linux_::FileSystemUser acting(&identity);
+bool mayPutAt(const posix::UserRecord& person, std::string path) {
+  const posix::FileSystemIdentity identity = posix::identityOf(person);
+  const posix::FileSystemUser acting(&identity);
   int error = ENOENT;
   while (error == ENOENT && path.size() > 1) {
     path = foundation::deletingLastPathComponent(path);
@@ -54,7 +54,7 @@ bool mayPutAt(const linux_::UserRecord& person, std::string path) {
 
 }  // namespace
 
-Restoring::Persons systemPersons() { return {linux_::userWithName, mayPutAt}; }
+Restoring::Persons systemPersons() { return {posix::userWithName, mayPutAt}; }
 
 Restoring::Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons)
     : users_(users), memory_(memory), runs_(std::move(runs)), persons_(std::move(persons)) {}

@@ -9,6 +9,7 @@
 
 #include "Uninstaller/Language.h"
 #include "Uninstaller/remove/OwnFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -28,7 +29,7 @@ UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
 }
 
 UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
-  if (user == 0) return openOwnFolder("/run", user);
+  if (user == 0) return openOwnFolder(lockFolderOfRoot(), user);
   UniqueFd folder = runtimeFolder ? openOwnFolder(*runtimeFolder, user) : UniqueFd();
   return folder ? std::move(folder) : openPrivateFolder(user, home);
 }

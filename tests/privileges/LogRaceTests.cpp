@@ -1,10 +1,10 @@
-// Root rotates the logs of the person at the console, who swaps the folders on the way for links meanwhile.
+// Root rotates the logs of the user at the console, who meanwhile swaps the folders on the way for links.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Platform/linux/files/LinuxFileSystem.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "Platform/posix/UniqueFd.h"
 #include "Shared/QMLog.h"
 #include "tests/privileges/LaunchMachine.h"
@@ -22,11 +22,11 @@ using race::precious;
 
 class LogRotation : public WorkForSomebody {
  protected:
-  // Root's own file is there, so that the person's are rotated.
+  // Root's own file exists, so that the user's are rotated.
   static void run(const std::string& part, const std::string& likeness) {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {
-      static auto* const files = new linux_::LinuxFileSystem(fakes.users);  // outlives the log
+      static auto* const files = new posix::RightfulFileSystem(fakes.users);  // outlives the log
       fakes.platform.fileSystem = files;
       for (const char* folder : {"/Library", "/Library/Logs", "/Library/Logs/Quillmark"}) {
         makeFolder(machineFolder() + folder);

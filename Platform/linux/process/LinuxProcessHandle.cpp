@@ -26,7 +26,7 @@ int waitFor(int descriptor, siginfo_t* exit, int options) {
 }  // namespace
 
 ProcessHandle ProcessHandle::open(pid_t process) {
-  return ProcessHandle(aboveStandardStreams(UniqueFd(openDescriptor(process))), process);
+  return {aboveStandardStreams(UniqueFd(openDescriptor(process))), process};
 }
 
 void ProcessHandle::waitForExit() const {

@@ -159,7 +159,7 @@ class RootMove::Steps {
     return copy->st_size == item->st_size && copy->st_mtim.tv_sec == item->st_mtim.tv_sec;
   }
 
-  // The copy is published in the Trash, and the item is moved from its place into a folder of root's alone.
+  // The copy is published in the Trash, and the item is moved from its place into a folder that only root can access.
   FileError exchange(const WorkFolder& work, const WorkFolder& aside) {
     const auto rename = [&](const std::string& stored) {
       return posix::renameWithoutReplacing({work.descriptor(), kCopyName}, {trash_->files.get(), stored});

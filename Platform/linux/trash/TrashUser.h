@@ -23,7 +23,7 @@ struct TrashUser {
   std::string workFolderPrefix;
 };
 
-/// A user for whom a process of root's works.
+/// A user for whom a root process works.
 TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix);
 
 /// The process's own user; as root, the user at the console. `dataHome` comes from the environment and counts only if

@@ -1,4 +1,4 @@
-// What a process of root's changes at paths that somebody else can lead elsewhere.
+// Changes by a root process at paths that somebody else can redirect.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <functional>
 #include <string>
 
-#include "Platform/linux/files/LinuxCopyRights.h"
-#include "Platform/linux/files/LinuxFileSystem.h"
+#include "Platform/posix/rights/RightfulCopies.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "tests/contract/files/BackgroundCopy.h"
 #include "tests/contract/files/RealCopies.h"
 #include "tests/fakes/FakeUsers.h"
@@ -19,10 +19,10 @@
 namespace qm::testing {
 namespace {
 
-// "system" is root's, "home" the person's, with a link "way" to "system".
+// "system" is root's, "home" the user's, with a link "way" to "system".
 class ChangesByRoot : public ::testing::Test {
  protected:
-  using Files = linux_::LinuxFileSystem;
+  using Files = posix::RightfulFileSystem;
 
   static void run(const std::function<void(Files&)>& body) {
     runInPrivateMachine([&] {
@@ -117,10 +117,10 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
   });
 }
 
-/// A copy in the background by a process of root's.
+/// A copy in the background by a root process.
 int copyInBackground(const platform::Users& users, const std::string& source, const std::string& folder) {
   RealCopies machine;
-  posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, linux_::copyRights(users)};
+  posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, posix::rightsForCopies(users)};
   return BackgroundCopy(service, machine.mainThread).run(source, folder, "copy");
 }
 

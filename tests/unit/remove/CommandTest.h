@@ -12,9 +12,9 @@
 
 namespace qm::testing {
 
-inline const linux_::UserRecord kCaller{501, 501, "u", "/home/u"};
+inline const posix::UserRecord kCaller{501, 501, "u", "/home/u"};
 
-/// A machine on which the command works for whoever it is told.
+/// A machine on which the command works for the users it is told.
 class Command : public PlatformTest {
  protected:
   Command() {
@@ -23,13 +23,13 @@ class Command : public PlatformTest {
     fakes.users.addUser("v", "/home/v");
   }
 
-  /// The program is root's. The Trash wants somebody at the console, which is never whom this is for.
+  /// The program runs as root. The Trash needs a console user, which is never the user it works for.
   void actAsRoot() {
     fakes.users.addUser("w", "/home/w");
     fakes.actAsRoot("w");
   }
 
-  removal::Removal removalFor(const std::vector<linux_::UserRecord>& persons,
+  removal::Removal removalFor(const std::vector<posix::UserRecord>& persons,
                               RemoveConfig removeConfig = RemoveConfig::No) {
     const std::string trashOf = persons.empty() ? "root" : persons.front().name;
     return {users, witness, removal::Concerned{persons, trashOf}, removeConfig};

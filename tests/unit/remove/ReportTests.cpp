@@ -243,7 +243,7 @@ TEST_F(ReportInALanguage, HasATableWhoseColumnsAreAsWideAsTheirTexts) {
   EXPECT_EQ(reportTable(reportOf({stayed(true)})),
             "結果  <SIZE>     <WHOSE>         <TRASH OF>  <ITEM>\n"
             "残存  <2,00 KB>  <the computer>              /Applications/Tessaly.app\n"
-            "                                            <It is busy.>\n"
+            "                                             <It is busy.>\n"
             "<1 item stayed.><Rights are missing; root has them.>\n");
 }
 

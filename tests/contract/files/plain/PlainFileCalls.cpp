@@ -1,0 +1,145 @@
+#include "tests/contract/files/plain/PlainFileCalls.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <set>
+
+#include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/SystemFileCalls.h"
+
+namespace qm::testing::plain {
+namespace {
+
+int clones = 0;
+bool cloning = true;
+std::set<unsigned long> flagged;
+std::vector<std::string> noted;
+
+unsigned long numberOf(int item) {
+  struct stat attributes {};
+  return ::fstat(item, &attributes) == 0 ? attributes.st_ino : 0;
+}
+
+void note(const char* what, unsigned long item) { noted.push_back(change(what, item)); }
+
+/// A clone has what its original has, but for what lends rights.
+int fillClone(int from, int clone) {
+  struct stat attributes {};
+  if (::fstat(from, &attributes) != 0) return errno;
+  for (off_t done = 0; done < attributes.st_size;) {
+    const ssize_t count = ::copy_file_range(from, &done, clone, nullptr, 65536, 0);
+    if (count <= 0) return count == 0 ? EIO : errno;
+  }
+  return posix::errorOf(::fchmod(clone, attributes.st_mode & 0777));
+}
+
+}  // namespace
+
+int clonesMade() { return clones; }
+void refuseClones() { cloning = false; }
+const std::vector<std::string>& changes() { return noted; }
+std::string change(const char* what, unsigned long item) { return std::string(what) + " " + std::to_string(item); }
+
+}  // namespace qm::testing::plain
+
+namespace qm::posix {
+
+namespace plain = testing::plain;
+
+int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
+  struct stat attributes {};
+  if (::fstatat(fromFolder, from, &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+  if (plain::flagged.contains(attributes.st_ino)) return EPERM;
+  const int error = errorOf(::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE));
+  if (error == 0) plain::note("name", attributes.st_ino);
+  return error;
+}
+
+int lookupFlag() { return O_RDONLY; }
+
+int identify(int folder, FolderIdentity& identity) {
+  struct stat found {};
+  if (::fstat(folder, &found) != 0) return errno;
+  identity.device = found.st_dev;
+  identity.inode = found.st_ino;
+  identity.mount = found.st_dev;
+  return 0;
+}
+
+bool isProtected(int folder, const char* name) {
+  struct stat found {};
+  return ::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) == 0 && plain::flagged.contains(found.st_ino);
+}
+
+bool isRemovalDenied(int /*folder*/, const char* name) { return name == plain::kDenied; }
+
+int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
+
+int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
+  if (!plain::cloning) return ENOTSUP;
+  clone.reset(::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  if (!clone) return errno;
+  const int error = plain::fillClone(from, clone.get());
+  if (error == 0) {
+    ++plain::clones;
+  } else {
+    ::unlinkat(folder, name, 0);
+    clone.reset();
+  }
+  return error;
+}
+
+int reserveSpace(int /*file*/, off_t /*offset*/, std::size_t /*count*/) { return ENOTSUP; }
+int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
+ssize_t copyRange(int /*from*/, int /*to*/, off_t /*offset*/, std::size_t /*count*/) { return -1; }
+
+/// No link can be opened otherwise here.
+int openItself(int folder, const char* name) {
+  struct stat found {};
+  if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return -1;
+  const int access = S_ISLNK(found.st_mode) ? O_PATH : O_RDONLY | O_NONBLOCK | O_NOCTTY;
+  return ::openat(folder, name, access | O_NOFOLLOW | O_CLOEXEC);
+}
+
+int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchownat(item, "", user, group, AT_EMPTY_PATH)); }
+int setMode(int item, mode_t mode) { return errorOf(::fchmod(item, mode)); }
+int setTimes(int item, const std::array<timespec, 2>& times) {
+  return errorOf(::utimensat(AT_FDCWD, pathOfDescriptor(item).c_str(), times.data(), 0));
+}
+
+int copyCreationTime(int item, const struct stat& /*attributes*/) {
+  const unsigned long number = plain::numberOf(item);
+  if (plain::flagged.contains(number)) return EIO;
+  plain::note("date", number);
+  return 0;
+}
+
+ItemFlags flagsForCopy(const struct stat& attributes) { return attributes.st_mode & plain::kFlaggedMode; }
+
+int setFlags(int item, ItemFlags flags) {
+  const unsigned long number = plain::numberOf(item);
+  const bool changes = flags != 0 ? plain::flagged.insert(number).second : plain::flagged.erase(number) != 0;
+  if (changes) plain::note(flags != 0 ? "flag" : "no flag", number);
+  return 0;
+}
+
+/// FIFOs only.
+int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
+  return S_ISFIFO(mode) ? errorOf(::mkfifoat(folder, name, mode & 07777)) : ENOTSUP;
+}
+
+int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
+  struct stat attributes {};
+  return ::lstat(path.c_str(), &attributes) != 0 ? errno : ENOTSUP;
+}
+
+timespec accessTime(const struct stat& attributes) { return attributes.st_atim; }
+timespec modificationTime(const struct stat& attributes) { return attributes.st_mtim; }
+
+}  // namespace qm::posix

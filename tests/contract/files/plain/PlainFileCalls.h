@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// The bodies of Platform/posix/SystemFileCalls.h as a system has them that clones by name, opens items only to read
+/// them, knows no mounts beside devices, and keeps creation dates, flags and access lists that deny. What this kernel
+/// has not is played: no call of it is refused because of a flag, but those of the bodies are.
+namespace qm::testing::plain {
+
+/// Clones made by this process.
+int clonesMade();
+/// From now on no volume can clone.
+void refuseClones();
+
+/// A file whose mode has the sticky bit is taken for one with a flag.
+inline constexpr unsigned kFlaggedMode = 01000;
+/// Names of which access lists forbid the removal.
+inline const std::string kDenied = "denied";
+
+/// What was done to items from the first flag on: "flag", "no flag", "date" or "name", with the item's number.
+const std::vector<std::string>& changes();
+std::string change(const char* what, unsigned long item);
+
+}  // namespace qm::testing::plain
