@@ -4,6 +4,7 @@
 support=$(dirname "${BASH_SOURCE[0]}")/../support
 verify=$(dirname "${BASH_SOURCE[0]}")/verify.py
 uninstaller=/usr/local/bin/tessaly-uninstaller
+catalogues=/usr/local/share/locale
 work=/dev/shm # holds what the scenario itself writes: no snapshot looks there
 
 fail() {
@@ -14,6 +15,15 @@ fail() {
   [ -z "${DISPLAY-}" ] || [ -z "${pictures-}" ] || import -window root "$pictures/failed-$scenario.png" || :
   exit 1
 }
+
+# ---- the program's texts
+
+# text ENGLISH: in the language that LANGUAGE names, if it does.
+text() {
+  if [ -z "${LANGUAGE-}" ]; then echo "$1"; else TEXTDOMAINDIR=$catalogues gettext -se -d tessaly-uninstaller "$1"; fi
+}
+# letter ENGLISH: the key with which Alt chooses the control.
+letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
 
 # ---- waiting for what must come
 
@@ -57,7 +67,7 @@ install() {
 as_owner() { (become_owner "$@"); }
 become_owner() {
   exec setpriv --reuid "$owner" --regid "$owner" --init-groups \
-    env -i PATH="$PATH" LANG=C.UTF-8 HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
+    env -i PATH="$PATH" LANG=C.UTF-8 LANGUAGE="${LANGUAGE-}" HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
     XDG_RUNTIME_DIR="$runtime" "$@"
 }
 
@@ -126,6 +136,7 @@ begin_program() {
   become_program "$@" &
   program=$!
   wait_for_window 'Uninstall Tessaly'
+  note_window
 }
 
 # start_again STATUS [NAME=VALUE...]: starts it while it is running. The second start ends with the status.
@@ -136,9 +147,9 @@ start_again() {
   [ $code = "$status" ] || fail "the second start's exit code is $code: $(cat $work/again.log)"
 }
 
-find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
+find_window() { window=$(xdotool search --onlyvisible --name "^$(text "$1")\$" 2>/dev/null) && [ -n "$window" ]; }
 no_window() { ! find_window "$1"; }
-count_windows() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
+count_windows() { xdotool search --onlyvisible --name "^$(text "$1")\$" 2>/dev/null | wc -l; }
 # The windows from the highest down, without those that the toolkit always has above the others.
 stacked_windows() {
   local each

@@ -8,6 +8,7 @@
 namespace qm::removal {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -213,6 +214,50 @@ TEST(Json, HasAWordForEveryOutcomeAndKind) {
     each.kind = kind;
     EXPECT_THAT(reportJson(reportOf({each})), HasSubstr("\"kind\": \"" + std::string(word) + "\""));
   }
+}
+
+/// As if the catalogue had wide characters for everything.
+class Wide final : public uninstaller::Language {
+ public:
+  std::string translated(std::string_view english) const override {
+    if (english == "{sentence} {further}") return "{sentence}{further}";
+    return english == "OUTCOME" ? "結果" : english == "stayed" ? "残存" : "<" + std::string(english) + ">";
+  }
+  std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
+    return translated(count == 1 ? one : many);
+  }
+  std::string systemWords(std::string_view english) const override { return std::string(english); }
+  std::string decimalPoint() const override { return ","; }
+};
+
+class ReportInALanguage : public ::testing::Test {
+ public:
+  ReportInALanguage() { uninstaller::useLanguage(language_); }
+  ~ReportInALanguage() override { uninstaller::useLanguage(uninstaller::english()); }
+
+ private:
+  Wide language_;
+};
+
+TEST_F(ReportInALanguage, HasATableWhoseColumnsAreAsWideAsTheirTexts) {
+  EXPECT_EQ(reportTable(reportOf({stayed(true)})),
+            "結果  <SIZE>     <WHOSE>         <TRASH OF>  <ITEM>\n"
+            "残存  <2,00 KB>  <the computer>              /Applications/Tessaly.app\n"
+            "                                             <It is busy.>\n"
+            "<1 item stayed.><Rights are missing; root has them.>\n");
+}
+
+TEST_F(ReportInALanguage, TranslatesAProblemThatNamesTheSystems) {
+  Report report = reportOf({});
+  report.problem = "It couldn’t be made again: No such file or directory.";
+  EXPECT_EQ(reportTable(report), "<It couldn’t be made again: No such file or directory.>\n");
+}
+
+TEST_F(ReportInALanguage, StaysEnglishForPrograms) {
+  const Report report = reportOf({stayed(true)});
+  EXPECT_EQ(summaryOf(report), "1 item stayed. Rights are missing; root has them.");
+  EXPECT_THAT(reportJson(report), AllOf(HasSubstr("\"summary\": \"1 item stayed."),
+                                        HasSubstr("\"outcome\": \"stayed\", \"reason\": \"It is busy.\"")));
 }
 
 }  // namespace
