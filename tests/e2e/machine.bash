@@ -155,6 +155,8 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
+has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
+
 # Afterwards `window` is the window with the title, and what is typed goes there.
 wait_for_window() {
   wait_until 15 find_window "$1"
