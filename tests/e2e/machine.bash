@@ -169,6 +169,8 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
+has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
+
 # Sets `window` to the window with the title, which then gets the keyboard input.
 wait_for_window() {
   wait_until 15 find_window "$1"
