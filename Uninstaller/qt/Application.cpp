@@ -10,6 +10,7 @@
 #include "Uninstaller/qt/FreshKeys.h"
 #include "Uninstaller/qt/FrontEnd.h"
 #include "Uninstaller/qt/FurtherStarts.h"
+#include "Uninstaller/qt/ReadableStyle.h"
 #include "Uninstaller/qt/X11HeldKeys.h"
 
 namespace qm::qt {
@@ -35,6 +36,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
   const auto previous = qInstallMessageHandler(reportStartFailure);
   auto application = std::make_unique<QApplication>(argc, argv);
   qInstallMessageHandler(previous);
+  QApplication::setStyle(new ReadableStyle);
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string_view program = frontEnd().product.program;
   QApplication::setDesktopFileName(QString::fromUtf8(program.data(), static_cast<qsizetype>(program.size())));
