@@ -9,14 +9,19 @@ namespace qm::platform {
 /// out: operations that need them fail and say so.
 struct ProductIdentity {
   /// The program's file name. It stands for the program in messages if the system does not name the running one, and it
-  /// is the name of the folder of its information dictionary in "share".
+  /// is the name of the folder of its information dictionary in `dataFolder`.
   std::string_view program{};
   /// Each user has one instance of the program with this identifier.
   std::string_view identifier{};
 
+  /// Where an installation has the other programs and the data, relative to the running program's folder. An absolute
+  /// path is taken as it is.
+  std::string_view programsFolder = "../libexec";
+  std::string_view dataFolder = "../share";
+
   /// The helper with administrator rights for the product's own items. For this and the other programs of the product,
-  /// a file name means one in "libexec" beside the running program's folder, or else in that folder; an absolute path
-  /// is taken as it is.
+  /// a file name means one in `programsFolder`, or else one beside the running program; an absolute path is taken as it
+  /// is.
   std::string_view helper{};
   /// The helper with administrator rights for any tool, used where there is no other.
   std::string_view toolHelper{};

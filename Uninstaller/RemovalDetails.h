@@ -9,8 +9,8 @@
 /// matter that they were refused.
 bool stayedForWantOfRights(const ItemResult& result);
 
-/// Why an item stayed, in full sentences; never "".
+/// Why an item stayed, in full sentences and in English; never "".
 std::string reasonToStay(const ItemResult& result);
 
-/// Each item that stayed, followed by the reason on a line of its own. "" if none did.
+/// Each item that stayed, followed by the reason on a line of its own, in the user's language. "" if none did.
 std::string removalDetails(const std::vector<ItemResult>& stayed);

@@ -25,7 +25,7 @@ struct PreviewRow {
 
 /// The lines for a removal of this kind.
 std::vector<PreviewRow> previewRows(const Preview& preview, RemoveConfig removeConfig);
-/// Their number and the total size, in a few words; without the size until all are measured.
+/// Their number and the total size, in a few words of the user's language; without the size until all are measured.
 std::string previewSummary(const Preview& preview, RemoveConfig removeConfig);
 
 /// Determines in the background what can be removed. Changes nothing on the disk.

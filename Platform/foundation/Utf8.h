@@ -23,6 +23,9 @@ Character characterAt(std::string_view text, std::size_t position);
 /// The character that ends right before `end`, which must be over 0.
 Character characterBefore(std::string_view text, std::size_t end);
 
+/// How many columns of a terminal a text takes. Chinese, Japanese and Korean characters take two.
+std::size_t columnCount(std::string_view text);
+
 /// How many characters a text has, and its first `count` characters.
 std::size_t characterCount(std::string_view text);
 std::string_view firstCharacters(std::string_view text, std::size_t count);

@@ -3,7 +3,6 @@
 #include "Platform/Threads.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/files/BundlePackages.h"
-#include "Platform/linux/files/LinuxFileSystem.h"
 #include "Platform/linux/files/LinuxItemLocks.h"
 #include "Platform/linux/privileges/PolkitAuthorization.h"
 #include "Platform/linux/privileges/PrivilegePrograms.h"
@@ -16,6 +15,7 @@
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/process/PosixTasks.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 
 namespace qm::linux_ {
 namespace {
@@ -68,7 +68,7 @@ struct Services {
   PolkitAuthorization authorization;
   platform::StandardThreads threads;
   posix::PosixTasks tasks;
-  LinuxFileSystem fileSystem;
+  posix::RightfulFileSystem fileSystem;
   LinuxItemLocks itemLocks;
   BundlePackages packages;
   FreedesktopTrash trash;

@@ -3,9 +3,9 @@
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
 #include "Platform/linux/desktop/LinuxFileReferences.h"
 #include "Platform/linux/desktop/LinuxFinderInformation.h"
-#include "Platform/linux/files/LinuxCopyRights.h"
 #include "Platform/posix/PosixFileOperations.h"
 #include "Platform/posix/process/MainLoop.h"
+#include "Platform/posix/rights/RightfulCopies.h"
 
 namespace qm::linux_ {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 /// A set of services, completed with the four that it lacks.
 struct WholeSet {
   WholeSet(const platform::ProductIdentity& product, const platform::Platform& others)
-      : fileOperations(*others.mainThread, *others.threads, *others.clock, copyRights(*others.users)),
+      : fileOperations(*others.mainThread, *others.threads, *others.clock, posix::rightsForCopies(*others.users)),
         desktopShell(*others.users, *others.tasks, {product.bundleEntryKey, product.bundleEntryPrefix}),
         platform(others) {
     platform.desktopShell = &desktopShell;

@@ -6,10 +6,11 @@
 
 #include <cerrno>
 
-#include "Platform/linux/rights/PathWalk.h"
-#include "Platform/linux/trash/WorkFolder.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/rights/PathWalk.h"
+#include "Platform/posix/rights/WorkFolder.h"
 #include "Uninstaller/Product.h"
 
 namespace qm::removal {
@@ -38,20 +39,20 @@ int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
 
 /// Left by an interrupted process that was creating the folder. Only empty folders are removed.
 void removeLeftovers(int above, const std::string& name) {
-  for (const linux_::WorkFolder& left : linux_::WorkFolder::leftIn(above, kProduct.workFolderPrefix)) {
+  for (const posix::WorkFolder& left : posix::WorkFolder::leftIn(above, kProduct.workFolderPrefix)) {
     ::unlinkat(left.descriptor(), name.c_str(), AT_REMOVEDIR);
     static_cast<void>(left.removeEmpty());
   }
 }
 
 int makeAsRoot(const RememberedFolder& folder) {
-  linux_::Answer<linux_::PinnedPlace> place = linux_::pinPath(folder.path, linux_::LastLink::Stays);
+  posix::Answer<posix::PinnedPlace> place = posix::pinPath(folder.path, posix::LastLink::Stays);
   if (!place) return place.problem().error;
   if (place->item) return EEXIST;
   const int above = place->folder.get();
   removeLeftovers(above, place->name);
-  const std::string workName = linux_::WorkFolder::newName(kProduct.workFolderPrefix);
-  const linux_::Answer<linux_::WorkFolder> work = linux_::WorkFolder::make(above, workName);
+  const std::string workName = posix::WorkFolder::newName(kProduct.workFolderPrefix);
+  const posix::Answer<posix::WorkFolder> work = posix::WorkFolder::make(above, workName);
   if (!work) return work.problem().error;
   int error = makeIn(work->descriptor(), place->name, folder);
   if (error == 0) error = posix::renameWithoutReplacing({work->descriptor(), place->name}, {above, place->name});
@@ -65,14 +66,15 @@ int lookAt(const std::string& path, std::optional<RememberedFolder>& folder) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT ? 0 : errno;
   if (!S_ISDIR(found.st_mode)) return 0;
-  folder = RememberedFolder{path, found.st_uid, found.st_gid, found.st_mode & kPermissions, found.st_mtim};
+  folder = RememberedFolder{path, found.st_uid, found.st_gid, static_cast<mode_t>(found.st_mode & kPermissions),
+                            posix::modificationTime(found)};
   return 0;
 }
 
 int makeAgain(const RememberedFolder& folder) { return ::geteuid() == 0 ? makeAsRoot(folder) : makeOwn(folder); }
 
 int finish(const RememberedFolder& folder) {
-  const linux_::Answer<linux_::PinnedPlace> place = linux_::pinPath(folder.path, linux_::LastLink::Stays);
+  const posix::Answer<posix::PinnedPlace> place = posix::pinPath(folder.path, posix::LastLink::Stays);
   if (!place) return place.problem().error;
   if (::geteuid() == 0) removeLeftovers(place->folder.get(), place->name);
   const UniqueFd found = openFolder(place->folder.get(), place->name);

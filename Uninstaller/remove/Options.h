@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace qm::removal {
@@ -40,14 +39,14 @@ struct Options {
 
 struct ParsedOptions {
   Options options;
-  std::string problem;  ///< what is wrong with the command line, one sentence; "" if nothing is
+  std::string problem;  ///< what is wrong with the command line, one sentence in the user's language; "" if not
 };
 
 /// Parses the arguments after the program's name. The first error is the problem.
 ParsedOptions parseOptions(const std::vector<std::string>& arguments);
 
-/// The output of --help and --version, and the message for a wrong command line.
-std::string_view helpText();
+/// The output of --help and --version, and the message for a wrong command line, in the user's language.
+std::string helpText();
 std::string versionText();
 std::string usageText(const std::string& problem);
 

@@ -3,43 +3,24 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <utility>
 
 #include "Platform/foundation/ControlCharacters.h"
+#include "Uninstaller/Language.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
+using posix::UserRecord;
+using uninstaller::translated;
 
 constexpr const char* kLoginScreen = "loginwindow";
 constexpr const char* kRoot = "root";
 
-struct Range {
-  uid_t first = 1000;
-  uid_t last = 60000;
-};
-
-/// The range of ids for people's accounts, as configured by the administrator.
-Range numbersOfPersons() {
-  Range range;
-  std::ifstream settings("/etc/login.defs");
-  for (std::string line; std::getline(settings, line);) {
-    std::istringstream words(line);
-    std::string name;
-    uid_t number = 0;
-    if (!(words >> name >> number)) continue;
-    if (name == "UID_MIN") range.first = number;
-    if (name == "UID_MAX") range.last = number;
-  }
-  return range;
-}
-
 std::vector<UserRecord> ordinaryAccounts() {
-  const Range range = numbersOfPersons();
-  std::vector<UserRecord> users = linux_::listedUsers();
+  const NumbersOfPersons range = numbersOfPersons();
+  std::vector<UserRecord> users = posix::listedUsers();
   std::erase_if(users, [&](const UserRecord& user) { return user.id < range.first || user.id > range.last; });
   return users;
 }
@@ -71,9 +52,9 @@ Choice personsNamed(const std::vector<std::string>& names, const Accounts& accou
   std::vector<UserRecord> persons;
   for (const std::string& name : names) {
     const auto person = accounts.named(name);
-    const std::string quoted = "\"" + foundation::replacingControlCharacters(name, '?') + "\"";
-    if (!person) return problem(kUsage, "There is no user " + quoted + " on this computer.");
-    if (!hasHome(*person)) return problem(kUsage, "The user " + quoted + " has no home folder.");
+    const uninstaller::Values shown = {{"user", foundation::replacingControlCharacters(name, '?')}};
+    if (!person) return problem(kUsage, translated("There is no user \"{user}\" on this computer.", shown));
+    if (!hasHome(*person)) return problem(kUsage, translated("The user \"{user}\" has no home folder.", shown));
     addPerson(persons, *person);
   }
   return chosen(std::move(persons));
@@ -95,7 +76,8 @@ std::string optionForRoot(const Options& options) {
 
 Choice forCaller(const Options& options, const Accounts& accounts) {
   const std::string option = optionForRoot(options);
-  if (!option.empty()) return problem(kRightsMissing, option + " takes the rights of root.");
+  if (!option.empty())
+    return problem(kRightsMissing, translated("{option} takes the rights of root.", {{"option", option}}));
   return {{{accounts.caller}, accounts.caller.name}, kNothingLeft, ""};
 }
 
@@ -105,7 +87,7 @@ Accounts systemAccounts(const platform::Users& users) {
   Accounts accounts;
   accounts.caller = {users.realUserId(), ::getgid(), users.userName(), users.homeDirectory()};
   accounts.console = users.consoleUser();
-  accounts.named = linux_::userWithName;
+  accounts.named = posix::userWithName;
   accounts.ordinary = ordinaryAccounts;
   return accounts;
 }
@@ -117,7 +99,8 @@ Choice choosePersons(const Options& options, const Accounts& accounts) {
   if (!options.users.empty()) return personsNamed(options.users, accounts);
   const auto console = personAtConsole(accounts);
   if (console) return personsNamed({*console}, accounts);
-  return problem(kUsage, "Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only.");
+  return problem(
+      kUsage, translated("Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only."));
 }
 
 }  // namespace qm::removal

@@ -6,23 +6,23 @@
 #include <vector>
 
 #include "Platform/Users.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 #include "Uninstaller/remove/Options.h"
 
 namespace qm::removal {
 
 /// The users that a run is for.
 struct Concerned {
-  std::vector<linux_::UserRecord> persons;  ///< each with a home folder of their own
+  std::vector<posix::UserRecord> persons;  ///< each with a home folder of their own
   std::string systemTrashOf;                ///< whose Trash the computer's items go to
 };
 
 /// The accounts of a computer.
 struct Accounts {
-  linux_::UserRecord caller;
+  posix::UserRecord caller;
   std::optional<std::string> console;  ///< as `Users::consoleUser` returns it
-  std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
-  std::function<std::vector<linux_::UserRecord>()> ordinary;  ///< those of people, not of services
+  std::function<std::optional<posix::UserRecord>(const std::string& name)> named;
+  std::function<std::vector<posix::UserRecord>()> ordinary;  ///< those of people, not of services
 };
 
 /// This computer's accounts. Ordinary accounts are those with an id in the range for people.
@@ -31,7 +31,7 @@ Accounts systemAccounts(const platform::Users& users);
 struct Choice {
   Concerned concerned;
   int status = kNothingLeft;  ///< the exit status if there is a problem
-  std::string problem;        ///< why there is nobody to work for, one sentence; "" otherwise
+  std::string problem;        ///< why there is nobody to work for, one sentence in the user's language; "" otherwise
 };
 
 /// The users that the command line selects. Only root may select others.

@@ -17,19 +17,16 @@
 #include "Platform/Threads.h"
 #include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/Utf8.h"
-#include "Platform/linux/LinuxPlatform.h"
-#include "Platform/linux/system/Environment.h"
-#include "Platform/linux/system/SystemUsers.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
-#include "Uninstaller/Product.h"
-#include "Uninstaller/remove/JournalRecord.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/Removal.h"
 #include "Uninstaller/remove/Restoring.h"
 #include "Uninstaller/remove/RunLock.h"
 #include "Uninstaller/remove/RunMemory.h"
 #include "Uninstaller/remove/RunningProduct.h"
+#include "Uninstaller/remove/ThisSystem.h"
 #include "Uninstaller/remove/TimedWork.h"
 #include "Uninstaller/remove/WithoutDialog.h"
 
@@ -37,6 +34,7 @@ namespace qm::removal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using uninstaller::catalogued;
 
 /// Work in progress at the time limit gets this much longer.
 constexpr std::chrono::seconds kGrace{30};
@@ -45,8 +43,8 @@ constexpr std::chrono::seconds kGrace{30};
 /// process ends.
 struct Composition {
   Composition()
-      : users(system),
-        services(linux_::linuxPlatform(kProduct, {.mainThread = loop, .descriptorWait = loop, .users = &users})),
+      : users(systemUsers()),
+        services(systemServices(loop, users)),
         withoutDialog(*services.authorizationServices),
         witness(quiet(services)) {
     platform::install(&witness.services());
@@ -58,7 +56,6 @@ struct Composition {
   }
 
   posix::MainLoop loop;
-  linux_::SystemUsers system;
   WorkingFor users;
   const platform::Platform& services;
   WithoutDialog withoutDialog;
@@ -90,8 +87,10 @@ class ProgressLine {
     if (::isatty(STDERR_FILENO) == 0) return;
     isShown_ = true;
     const std::string shown = foundation::replacingControlCharacters(path, '?');
-    writeAll(STDERR_FILENO, "\r\x1b[K" + std::to_string(number) + " of " + std::to_string(count) + ": " +
-                                std::string(foundation::firstCharacters(shown, longest)));
+    const uninstaller::Values values = {{"number", std::to_string(number)},
+                                        {"count", std::to_string(count)},
+                                        {"path", std::string(foundation::firstCharacters(shown, longest))}};
+    writeAll(STDERR_FILENO, "\r\x1b[K" + uninstaller::translated("{number} of {count}: {path}", values));
   }
 
  private:
@@ -104,8 +103,8 @@ class Program {
       : options_(options),
         concerned_(std::move(concerned)),
         end_(Clock::now() + options.timeLimit),
-        memory_(::getuid(), RunMemory::folderFor(::getuid(), linux_::environmentValue("XDG_STATE_HOME"),
-                                                 all_.users.homeDirectory())) {
+        memory_(::getuid(),
+                RunMemory::folderFor(::getuid(), stateFolder(all_.users.homeDirectory()), all_.users.homeDirectory())) {
     report_.isRestore = options.restore;
     report_.isPlan = !options.isInEarnest();
     report_.wantsYes = report_.isPlan && !options.plan;
@@ -114,7 +113,7 @@ class Program {
   int run() {
     const bool inTime = !isLocked() || (options_.restore ? restore() : remove());
     const int status = statusOf(report_);
-    recordInJournal(report_);
+    recordInSystemLog(report_);
     writeAll(STDOUT_FILENO, options_.report == ReportForm::Json ? reportJson(report_) : reportTable(report_));
     // A worker that was abandoned goes on using all of this.
     if (!inTime) std::_Exit(status);
@@ -126,7 +125,7 @@ class Program {
   /// False if there is no lock and nothing is to be done.
   bool isLocked() {
     if (!options_.isInEarnest()) return true;
-    lock_ = RunLock::take(::getuid(), linux_::environmentValue("XDG_RUNTIME_DIR"), all_.users.homeDirectory());
+    lock_ = RunLock::take(::getuid(), runtimeFolder(), all_.users.homeDirectory());
     if (!lock_.isHeld()) refuse(lock_.problem());
     return lock_.isHeld();
   }
@@ -167,7 +166,7 @@ class Program {
 
   bool look() {
     if (onWorker([this] { work_->look(); })) return true;
-    return giveUp("The time was up before everything had been looked at.");
+    return giveUp(catalogued("The time was up before everything had been looked at."));
   }
 
   bool carryOut() {
@@ -208,7 +207,7 @@ class Program {
     const auto running = endProduct(numbers(), options_.ifRunning);
     if (running.empty()) return true;
     report_.running = shown(running);
-    refuse("Nothing has been done, because Tessaly runs.");
+    refuse(catalogued("Nothing has been done, because Tessaly runs."));
     return false;
   }
 
@@ -219,14 +218,14 @@ class Program {
 
   std::set<uid_t> numbers() const {
     std::set<uid_t> result;
-    for (const linux_::UserRecord& person : concerned_.persons) result.insert(person.id);
+    for (const posix::UserRecord& person : concerned_.persons) result.insert(person.id);
     return result;
   }
 
   std::vector<RunningProcess> shown(const std::vector<ProductProcess>& running) const {
     std::vector<RunningProcess> result;
     for (const ProductProcess& process : running) {
-      const auto person = std::ranges::find(concerned_.persons, process.user, &linux_::UserRecord::id);
+      const auto person = std::ranges::find(concerned_.persons, process.user, &posix::UserRecord::id);
       const bool isKnown = person != concerned_.persons.end();
       result.push_back({process.id, isKnown ? person->name : std::to_string(process.user)});
     }

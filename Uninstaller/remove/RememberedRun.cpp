@@ -4,13 +4,13 @@
 #include <charconv>
 #include <utility>
 
-#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/foundation/PercentText.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::percentDecoded;
-using linux_::percentEncoded;
+using foundation::percentDecoded;
+using foundation::percentEncoded;
 using Words = std::vector<std::string_view>;
 
 // No encoded text contains it.

@@ -11,32 +11,36 @@
 #include "Platform/Trash.h"
 #include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalDetails.h"
+#include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
 using platform::platform;
+using posix::UserRecord;
+using uninstaller::catalogued;
 
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
-constexpr const char* kHoldsOthers = "Something is in it.";
-constexpr const char* kNotRemoved = "It couldn’t be removed.";
+constexpr const char* kDependsOnContents = catalogued("It goes if nothing else is in it.");
+constexpr const char* kHoldsOthers = catalogued("Something is in it.");
+constexpr const char* kNotRemoved = catalogued("It couldn’t be removed.");
 
 std::string skipText(SkipReason reason) {
   switch (reason) {
     case SkipReason::PreferencesStay:
-      return "Preferences go with --preferences only.";
+      return catalogued("Preferences go with --preferences only.");
     case SkipReason::InReleaseFolder:
-      return "It is in a folder named \"Release\".";
+      return catalogued("It is in a folder named \"Release\".");
     case SkipReason::InStructureFolder:
-      return "It is below a folder \"Structure/Applications\".";
+      return catalogued("It is below a folder \"Structure/Applications\".");
     case SkipReason::InTrash:
-      return "It is in the Trash already.";
+      return catalogued("It is in the Trash already.");
     case SkipReason::None:
     case SkipReason::NoFolder:
     case SkipReason::NotThere:
@@ -145,6 +149,7 @@ void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progres
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
+  bootOut(launchControlTool(), part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
   ItemResult result = RemovalRun(&witness_).trash(part.planned);
   findInTrash(result);
   ReportItem shown = item(index);

@@ -32,12 +32,12 @@ class Removal final : public Work {
   /// One item, with its user and the user whose Trash it goes to.
   struct Part {
     PlannedItem planned;
-    std::optional<linux_::UserRecord> person;
+    std::optional<posix::UserRecord> person;
     std::string trashOf;
     std::optional<std::size_t> remembered;  ///< its number in the record
   };
 
-  void lookAt(const ProductItem& item, const std::optional<linux_::UserRecord>& person, const std::string& trashOf);
+  void lookAt(const ProductItem& item, const std::optional<posix::UserRecord>& person, const std::string& trashOf);
   void lookAtMakersFolder();
   void move(std::size_t index);
   void removeMakersFolder();

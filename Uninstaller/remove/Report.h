@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalPlan.h"
 
 namespace qm::removal {
@@ -61,14 +62,14 @@ bool hasChanged(const Report& report);
 /// no other reason.
 int statusOf(const Report& report);
 
-/// The word for an outcome in both forms of the report.
+/// The word for an outcome, for programs.
 std::string wordFor(Outcome outcome);
 /// The whole report in one sentence.
-std::string summaryOf(const Report& report);
+std::string summaryOf(const Report& report, const uninstaller::Language& language = uninstaller::english());
 
-/// For people: a line for each existing item, with its reason, and the summary.
+/// For people, in their language: a line for each existing item, with its reason, and the summary.
 std::string reportTable(const Report& report);
-/// For programs: one object, described in docs/fleet.md, with one object for each item.
+/// For programs, in English: one object, described in docs/fleet.md, with one object for each item.
 std::string reportJson(const Report& report);
 
 }  // namespace qm::removal

@@ -13,6 +13,7 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Shared/QMLocalPaths.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalPlan.h"
 #include "Uninstaller/remove/MakersFolder.h"
 
@@ -21,15 +22,16 @@ namespace {
 
 using platform::platform;
 using platform::TrashedItem;
+using uninstaller::catalogued;
 
 constexpr const char* kRoot = "root";
-constexpr const char* kSomethingIsThere = "Something else is there now.";
-constexpr const char* kNotInTrash = "It is not in the Trash any more.";
-constexpr const char* kNoItem = "Tessaly has no item there.";
-constexpr const char* kClosedToPerson = "Its folder is closed to the person in whose Trash it was.";
-constexpr const char* kNoFolder = "The folder that it was in couldn’t be made again.";
-constexpr const char* kOtherAccount = "Its Trash was that of an account that is another one now.";
-constexpr const char* kOthersTrash = "It was in the Trash of a person, who can have changed it.";
+constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
+constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
+constexpr const char* kNoItem = catalogued("Tessaly has no item there.");
+constexpr const char* kClosedToPerson = catalogued("Its folder is closed to the person in whose Trash it was.");
+constexpr const char* kNoFolder = catalogued("The folder that it was in couldn’t be made again.");
+constexpr const char* kOtherAccount = catalogued("Its Trash was that of an account that is another one now.");
+constexpr const char* kOthersTrash = catalogued("It was in the Trash of a person, who can have changed it.");
 
 /// Even a dangling link counts as something.
 bool isTaken(const std::string& path) { return platform().fileSystem->attributesOfItem(path).has_value(); }
@@ -39,9 +41,9 @@ bool isForWantOfRights(int code) {
   return error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
 }
 
-bool mayPutAt(const linux_::UserRecord& person, std::string path) {
-  const linux_::FileSystemIdentity identity = linux_::identityOf(person);
-  const linux_::FileSystemUser acting(&identity);
+bool mayPutAt(const posix::UserRecord& person, std::string path) {
+  const posix::FileSystemIdentity identity = posix::identityOf(person);
+  const posix::FileSystemUser acting(&identity);
   int error = ENOENT;
   while (error == ENOENT && path.size() > 1) {
     path = foundation::deletingLastPathComponent(path);
@@ -52,7 +54,7 @@ bool mayPutAt(const linux_::UserRecord& person, std::string path) {
 
 }  // namespace
 
-Restoring::Persons systemPersons() { return {linux_::userWithName, mayPutAt}; }
+Restoring::Persons systemPersons() { return {posix::userWithName, mayPutAt}; }
 
 Restoring::Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons)
     : users_(users), memory_(memory), runs_(std::move(runs)), persons_(std::move(persons)) {}

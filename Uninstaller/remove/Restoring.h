@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Platform/Trash.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 #include "Uninstaller/remove/RunMemory.h"
 #include "Uninstaller/remove/Work.h"
 #include "Uninstaller/remove/WorkingFor.h"
@@ -21,9 +21,9 @@ class Restoring final : public Work {
  public:
   /// What root has to know about users.
   struct Persons {
-    std::function<std::optional<linux_::UserRecord>(const std::string& name)> named;
+    std::function<std::optional<posix::UserRecord>(const std::string& name)> named;
     /// Whether the user may put something at the path, or into the last existing folder on the way to it.
-    std::function<bool(const linux_::UserRecord& person, const std::string& path)> mayPutAt;
+    std::function<bool(const posix::UserRecord& person, const std::string& path)> mayPutAt;
   };
 
   /// Users and memory outlive this object.

@@ -7,7 +7,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/OwnFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -27,7 +29,7 @@ UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
 }
 
 UniqueFd openLockFolder(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home) {
-  if (user == 0) return openOwnFolder("/run", user);
+  if (user == 0) return openOwnFolder(lockFolderOfRoot(), user);
   UniqueFd folder = runtimeFolder ? openOwnFolder(*runtimeFolder, user) : UniqueFd();
   return folder ? std::move(folder) : openPrivateFolder(user, home);
 }
@@ -40,7 +42,7 @@ UniqueFd openLocked(int folder) {
 }
 
 std::string problemOf(int error) {
-  if (error == EWOULDBLOCK) return "Another run of tessaly-remove is under way.";
+  if (error == EWOULDBLOCK) return uninstaller::catalogued("Another run of tessaly-remove is under way.");
   return std::string("The lock against a second run cannot be had: ") + std::strerror(error) + ".";
 }
 

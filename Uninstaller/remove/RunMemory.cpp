@@ -12,6 +12,7 @@
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
 #include "Uninstaller/remove/OwnFolder.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -83,7 +84,7 @@ std::vector<RememberedRun> stillOfUse(std::vector<RememberedRun> runs) {
 RunMemory::RunMemory(uid_t user, std::string folder) : user_(user), path_(std::move(folder)) {}
 
 std::string RunMemory::folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home) {
-  if (user == 0) return std::string("/var/lib") + kFolder;
+  if (user == 0) return stateFolderOfRoot() + kFolder;
   return (stateHome && stateHome->starts_with('/') ? *stateHome : home + "/.local/state") + kFolder;
 }
 

@@ -1,21 +1,17 @@
 #include "Uninstaller/remove/RunningProduct.h"
 
-#include <dirent.h>
 #include <poll.h>
 #include <csignal>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
-#include <fstream>
-#include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "Platform/posix/process/ProcessHandle.h"
+#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -33,50 +29,13 @@ struct Held {
   ProductProcess process;
 };
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
-std::optional<pid_t> processNumber(std::string_view name) {
-  pid_t number = 0;
-  const auto [rest, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-  return error == std::errc() && rest == name.data() + name.size() ? std::optional(number) : std::nullopt;
-}
-
-std::vector<pid_t> allProcesses() {
-  std::vector<pid_t> numbers;
-  const std::unique_ptr<DIR, CloseFolder> folder(::opendir("/proc"));
-  while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
-    if (const auto number = processNumber(entry->d_name)) numbers.push_back(*number);
-  }
-  return numbers;
-}
-
-std::string nameOf(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/comm");
-  std::string name;
-  std::getline(file, name);
-  return name;
-}
-
-/// The real user: the one the process runs for, whatever rights it has.
-std::optional<uid_t> userOf(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/status");
-  for (std::string line; std::getline(file, line);) {
-    std::istringstream words(line);
-    std::string name;
-    uid_t user = 0;
-    if (words >> name && name == "Uid:" && words >> user) return user;
-  }
-  return std::nullopt;
-}
-
 /// Waits until one of the processes has ended, or none of them is running.
 bool oneEnds(const std::vector<Held>& processes, std::chrono::milliseconds limit) {
   std::vector<pollfd> watched;
   watched.reserve(processes.size());
   for (const Held& each : processes) watched.push_back({each.handle.descriptor(), POLLIN, 0});
-  return ::poll(watched.data(), watched.size(), static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
+  return ::poll(watched.data(), static_cast<nfds_t>(watched.size()),
+                static_cast<int>(std::max<std::int64_t>(limit.count(), 0))) > 0;
 }
 
 bool hasEnded(const ProcessHandle& handle) {
@@ -87,10 +46,10 @@ bool hasEnded(const ProcessHandle& handle) {
 /// What was read by process id belongs to the held process only if that is still running afterwards. A running process
 /// that cannot be held counts as well, although it can be neither asked nor killed.
 std::optional<Held> heldProduct(pid_t number, const std::set<uid_t>& users) {
-  if (nameOf(number) != kProductName) return std::nullopt;
+  if (nameOfProcess(number) != kProductName) return std::nullopt;
   Held held{ProcessHandle::open(number), {number, 0}};
-  const auto user = userOf(number);
-  if (!user || !users.contains(*user) || nameOf(number) != kProductName) return std::nullopt;
+  const auto user = userOfProcess(number);
+  if (!user || !users.contains(*user) || nameOfProcess(number) != kProductName) return std::nullopt;
   if (hasEnded(held.handle)) return std::nullopt;
   held.process.user = *user;
   return held;

@@ -7,10 +7,10 @@ void WorkingFor::workFor(const std::string& person) {
   person_ = person;
 }
 
-void WorkingFor::measureWithRightsOf(const linux_::UserRecord& person, PlannedItem& item) const {
+void WorkingFor::measureWithRightsOf(const posix::UserRecord& person, PlannedItem& item) const {
   if (realUserId() != 0 || person.id == 0) return measure(item);
-  const linux_::FileSystemIdentity identity = linux_::identityOf(person);
-  const linux_::FileSystemUser acting(&identity);
+  const posix::FileSystemIdentity identity = posix::identityOf(person);
+  const posix::FileSystemUser acting(&identity);
   if (acting.ok()) measure(item);
 }
 

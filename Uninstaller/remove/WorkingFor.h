@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Platform/Users.h"
-#include "Platform/linux/rights/UserDatabase.h"
+#include "Platform/posix/rights/UserDatabase.h"
 #include "Uninstaller/RemovalPlan.h"
 
 namespace qm::removal {
@@ -21,7 +21,7 @@ class WorkingFor final : public platform::Users {
   void workFor(const std::string& person);
 
   /// In a user's folders root measures no more than that user can see, because the contents can be exchanged meanwhile.
-  void measureWithRightsOf(const linux_::UserRecord& person, PlannedItem& item) const;
+  void measureWithRightsOf(const posix::UserRecord& person, PlannedItem& item) const;
 
   unsigned realUserId() const override { return system_.realUserId(); }
   std::string userName() const override { return system_.userName(); }

@@ -64,9 +64,9 @@ TEST_F(HostileArchive, CannotLeaveTheFolderByItsNames) {
     EXPECT_EQ(problemOf(Items{{name}}), name + leadsOut);
   }
   const std::string absolute = path("outside/file");
-  EXPECT_EQ(problemOf(Items{{absolute}}), absolute + ": Its name is an absolute one");
-  EXPECT_EQ(problemOf(Items{{"/"}}), "/: Its name is an absolute one");
-  EXPECT_EQ(problemOf(Items{{"//x"}}), "//x: Its name is an absolute one");
+  EXPECT_EQ(problemOf(Items{{absolute}}), absolute + ": Its name is an absolute path");
+  EXPECT_EQ(problemOf(Items{{"/"}}), "/: Its name is an absolute path");
+  EXPECT_EQ(problemOf(Items{{"//x"}}), "//x: Its name is an absolute path");
 }
 
 TEST_F(HostileArchive, CannotLeaveTheFolderByBackslashes) {
@@ -97,7 +97,7 @@ TEST_F(HostileArchive, CannotWriteThroughALinkThatItMade) {
 
 TEST_F(HostileArchive, CannotReplaceAFolderByALinkAndWriteThroughThat) {
   EXPECT_EQ(problemOf(Items{{"a/", "", kFolder}, {"a", path("outside"), kLink}, {"a/file"}}),
-            "a: A folder has its name");
+            "a: A folder is in the way");
 }
 
 TEST_F(HostileArchive, CannotWriteThroughTheLinkThatAFileReplaces) {
@@ -122,7 +122,8 @@ TEST_F(HostileArchive, MakesLinksThatLeadOutAsTheyAreWrittenAndTouchesNothingThe
 }
 
 TEST_F(HostileArchive, CannotHideANameBehindAZeroByte) {
-  EXPECT_EQ(problemOf(Items{{std::string("good\0/../../x", 13)}}), path("a.zip") + ": A name in it has a zero byte");
+  EXPECT_EQ(problemOf(Items{{std::string("good\0/../../x", 13)}}),
+            path("a.zip") + ": A name in it contains a NUL byte");
 }
 
 TEST_F(HostileArchive, CannotHideANameInTheDirectoryAlone) {
@@ -161,12 +162,12 @@ TEST_F(HostileArchive, CannotFillMemoryWithDeepPaths) {
 
 TEST_F(HostileArchive, CannotBringAnythingButFilesFoldersAndLinks) {
   for (const std::uint32_t mode : {0020666U, 0060666U, 0140777U}) {
-    EXPECT_EQ(problemOf(Items{{"x", "", mode}}), "x: It is neither a file nor a folder nor a link") << std::oct << mode;
+    EXPECT_EQ(problemOf(Items{{"x", "", mode}}), "x: It is not a file, a folder or a link") << std::oct << mode;
   }
   EXPECT_EQ(problemOf(Items{{"fifo", "text", 0010644}}), "");
   EXPECT_EQ(contentsOf(path("place/new/fifo")), "text");  // it is not one
-  EXPECT_EQ(problemOf(Items{{".", "target", kLink}}), ".: A folder has its name");
-  EXPECT_EQ(problemOf(Items{{"."}}), ".: A folder has its name");
+  EXPECT_EQ(problemOf(Items{{".", "target", kLink}}), ".: A folder is in the way");
+  EXPECT_EQ(problemOf(Items{{"."}}), ".: A folder is in the way");
   EXPECT_EQ(problemOf(Items{{""}}), ": An item has no name");
 }
 
@@ -210,7 +211,7 @@ TEST_F(HostileArchive, CannotHaveMoreMemoryThanItNeeds) {
 
 TEST_F(HostileArchive, IsRefusedWhenItsEndTellsOfItemsThatAreNotThere) {
   const std::string missing = path("a.zip") + ": A part of it is missing";
-  const std::string broken = path("a.zip") + ": It is no zip archive, or a part of it is missing";
+  const std::string broken = path("a.zip") + ": It is not a zip archive, or a part of it is missing";
   std::string more = zipBytes({{"a"}, {"b"}});
   const std::size_t count = more.size() - 12;
   more[count] = more[count - 2] = 3;

@@ -189,8 +189,8 @@ TEST_F(MakeArchive, LeavesOutWhatHoldsNothingAndSaysSo) {
   ASSERT_TRUE(pack(path("item"), path("a.zip")));
   std::sort(leftOut.begin(), leftOut.end());
   EXPECT_EQ(leftOut,
-            (std::vector<std::string>{"item/fifo?: It is neither a file nor a folder nor a link, and is left out",
-                                      "item/socket: It is neither a file nor a folder nor a link, and is left out"}));
+            (std::vector<std::string>{"item/fifo?: It is not a file, a folder or a link, so it is left out",
+                                      "item/socket: It is not a file, a folder or a link, so it is left out"}));
   EXPECT_EQ(unpacked(path("a.zip")).size(), 2U);
   const ProgramRun run = runZipTool({"-ck", path("item"), path("b.zip")});
   EXPECT_EQ(run.status, 1);
@@ -337,8 +337,8 @@ TEST_F(MakeArchive, LeavesOutWhatVanishesMeanwhile) {
   };
   ASSERT_TRUE(pack(path("item"), path("a.zip")));
   std::sort(leftOut.begin(), leftOut.end());
-  EXPECT_EQ(leftOut, (std::vector<std::string>{"item/a: It has vanished, and is left out",
-                                               "item/b: It has vanished, and is left out"}));
+  EXPECT_EQ(leftOut, (std::vector<std::string>{"item/a: It has vanished, so it is left out",
+                                               "item/b: It has vanished, so it is left out"}));
 }
 
 /// Exchanges the names of two items, continuously.

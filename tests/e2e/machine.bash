@@ -139,11 +139,14 @@ start_again() {
 find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
 no_window() { ! find_window "$1"; }
 count_windows() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
-is_in_front() {
-  local last
-  last=$(xprop -root _NET_CLIENT_LIST_STACKING | sed 's/.* //')
-  [ $((last)) = "$window" ] && has_keyboard
+# The windows from the highest down, without those that the toolkit always has above the others.
+stacked_windows() {
+  local each
+  for each in $(xprop -root _NET_CLIENT_LIST_STACKING | sed 's/.*#//; s/,/ /g' | tr ' ' '\n' | tac); do
+    is_always_above "$each" || echo $((each))
+  done
 }
+is_in_front() { [ "$(stacked_windows | head -n 1)" = "$window" ] && has_keyboard; }
 # A window of another program is in front of everything and has the keyboard focus.
 cover_windows() {
   local covered=$window
@@ -161,17 +164,15 @@ wait_for_window() {
   wait_until 15 has_keyboard
 }
 
-# The windows have the same title; the progress window is the narrower one.
+# The windows have the same title, and may both be there for a moment.
 find_progress_window() {
-  find_window 'Uninstall Tessaly' && [ "$window" != "$main_window" ]
+  find_window 'Uninstall Tessaly' && [ "$window" != "$main_window" ] && [ "$(wc -l <<<"$window")" = 1 ]
 }
 wait_for_progress_window() {
   main_window=$1
   wait_until 15 find_progress_window
   wait_until 15 has_keyboard
 }
-
-press() { xdotool key "$@"; }
 
 # Clicks and keys are queued from here on, until `let_program_go_on`.
 hold_program() { kill -STOP "$program"; }
@@ -183,25 +184,10 @@ point() {
   eval "$(xdotool getwindowgeometry --shell "$window")"
   xdotool mousemove --window "$window" $((WIDTH - $1)) $((HEIGHT - $2))
 }
-click() {
-  point "$@"
-  xdotool mousedown 1 mouseup 1
-}
-point_at_uninstall() { point 74 31; }
-click_uninstall() { click 74 31; }
-click_cancel() { click 184 31; }
 
 window_height() { xdotool getwindowgeometry --shell "$window" | sed -n 's/^HEIGHT=//p'; }
 is_taller_than() { [ "$(window_height)" -gt "$1" ]; }
 is_as_tall_as() { [ "$(window_height)" = "$1" ]; }
-
-# The box is ticked: a few pixels are as dark as text.
-preferences_are_ticked() {
-  local dark
-  dark=$(import -window "$window" -crop 16x18+24+139 +repage png:- |
-    convert png:- -colorspace gray -threshold 25% -negate -format '%[fx:round(mean*w*h)]' info:)
-  [ "$dark" -ge 12 ]
-}
 
 program_ended() { [ ! -d "/proc/$program" ] || grep -q '^[0-9]* (.*) Z ' "/proc/$program/stat" 2>/dev/null; }
 
@@ -231,6 +217,7 @@ volumes=()
 
 # expect_disk [--moved ITEM | --removed FOLDER]...: the disk has these changes and no others.
 expect_disk() {
+  forget_toolkit
   python3 "$support/snapshot.py" $work/after "${volumes[@]}"
   python3 "$verify" $work/before $work/after --user "$number" --home "$home" "${@//@/$home}" || fail 'the disk is not as it must be'
 }

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Platform/linux/files/LinuxFileSystem.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "Platform/posix/UniqueFd.h"
 #include "Shared/QMLog.h"
 #include "tests/privileges/LaunchMachine.h"
@@ -26,7 +26,7 @@ class LogRotation : public WorkForSomebody {
   static void run(const std::string& part, const std::string& likeness) {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {
-      static auto* const files = new linux_::LinuxFileSystem(fakes.users);  // outlives the log
+      static auto* const files = new posix::RightfulFileSystem(fakes.users);  // outlives the log
       fakes.platform.fileSystem = files;
       for (const char* folder : {"/Library", "/Library/Logs", "/Library/Logs/Quillmark"}) {
         makeFolder(machineFolder() + folder);

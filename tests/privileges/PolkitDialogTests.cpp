@@ -140,7 +140,7 @@ TEST_P(AdministratorRights, CannotBeAskedForWithoutAnAgent) {
   asAccount(GetParam(), [] {
     Application application;
     EXPECT_EQ(application.open(), errAuthorizationInteractionNotAllowed);
-    EXPECT_THAT(application.console.text(), HasSubstr("there is nothing here that could ask for a password"));
+    EXPECT_THAT(application.console.text(), HasSubstr("no program here can ask for a password"));
     application.end();
   });
 }

@@ -99,7 +99,7 @@ TEST_P(AdministratorRights, AreNotAskedForWhereTheTrashCannotBeUsed) {
     EXPECT_EQ(application.open(), errAuthorizationToolEnvironmentError);
     EXPECT_THAT(agent.dialogs(), SizeIs(0));
     EXPECT_EQ(application.console.text(),
-              "Administrator rights were not granted: they would be of no use, because “" + home +
+              "Administrator rights were not granted: they would not help, because “" + home +
                   "/.local/share/Trash” is not a real folder; left as it was: /Applications/Tessaly.app\n");
     application.end();
   });

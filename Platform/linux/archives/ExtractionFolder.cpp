@@ -67,8 +67,7 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
   std::vector<std::string> path;
   if (Status status = takeApart(entry.name, path); !status) return status;
   if (entry.isEncrypted) return problemWith(entry.name, "It is encrypted");
-  if (entry.kind == ZipEntry::Kind::Other)
-    return problemWith(entry.name, "It is neither a file nor a folder nor a link");
+  if (entry.kind == ZipEntry::Kind::Other) return problemWith(entry.name, "It is not a file, a folder or a link");
   if (entry.kind == ZipEntry::Kind::Folder) return problemInPlace(entry.name, addFolder(path, entry));
   if (path.empty()) return problemInPlace(entry.name, EISDIR);
   const std::string name = std::move(path.back());

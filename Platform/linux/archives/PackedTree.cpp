@@ -18,8 +18,8 @@ namespace {
 
 using platform::Status;
 
-constexpr const char* kVanished = "It has vanished, and is left out";
-constexpr const char* kNothingToKeep = "It is neither a file nor a folder nor a link, and is left out";
+constexpr const char* kVanished = "It has vanished, so it is left out";
+constexpr const char* kNothingToKeep = "It is not a file, a folder or a link, so it is left out";
 
 /// Ends the walk; the status has the reason.
 constexpr int kEnded = ECANCELED;

@@ -122,16 +122,16 @@ Status ZipReader::open(const std::string& path) {
   source_->file.reset(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat attributes {};
   if (!source_->file || ::fstat(source_->file.get(), &attributes) != 0) return problemWith(path, errno);
-  if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is no zip archive");
+  if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is not a zip archive");
   source_->names = readZipNames(source_->file.get());
   if (source_->names.areNone) return Status::success();
-  if (source_->names.holdNul) return problemWith(path, "A name in it has a zero byte");
+  if (source_->names.holdNul) return problemWith(path, "A name in it contains a NUL byte");
   archive* const reader = archive_.get();
   if (reader == nullptr) return problemWith(path, ENOMEM);
   ::archive_read_support_format_zip_seekable(reader);
   ::archive_read_set_seek_callback(reader, &Source::seek);
   const int opened = ::archive_read_open2(reader, source_.get(), nullptr, &Source::read, &Source::skip, nullptr);
-  if (opened != ARCHIVE_OK) return problemWith(path, "It is no zip archive, or a part of it is missing");
+  if (opened != ARCHIVE_OK) return problemWith(path, "It is not a zip archive, or a part of it is missing");
   return source_->names.areAll ? Status::success() : problemWith(path, kPartMissing);
 }
 

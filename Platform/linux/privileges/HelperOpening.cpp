@@ -54,8 +54,7 @@ HelperOpening explain(int exitStatus, const std::string& errors) {
     return failed(platform::errAuthorizationDenied, "the request was not authorized");
   }
   if (exitStatus == kNotAuthorized && contains(errors, "authentication agent")) {
-    return failed(platform::errAuthorizationInteractionNotAllowed,
-                  "there is nothing here that could ask for a password");
+    return failed(platform::errAuthorizationInteractionNotAllowed, "no program here can ask for a password");
   }
   const std::string line = firstLine(errors);
   return failed(platform::errAuthorizationToolEnvironmentError,

@@ -76,7 +76,7 @@ std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
   const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false, {}};
   if (openLinkedTrash(self)) return {};
   const auto trash = TrashFinder().homeTrash(self);
-  return trash ? std::string() : "they would be of no use, because " + trash.problem().because;
+  return trash ? std::string() : "they would not help, because " + trash.problem().because;
 }
 
 bool isFileTool(const std::string& tool) {

@@ -1,4 +1,4 @@
-#include "Platform/linux/rights/FileSystemUser.h"
+#include "Platform/posix/rights/FileSystemUser.h"
 
 #include <sys/fsuid.h>
 #include <sys/syscall.h>
@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 // An invalid id: passing it changes nothing and returns the current one.
@@ -56,4 +56,4 @@ void FileSystemUser::leave() {
   for (int time = 0; time < kTries && !become(own_);) ++time;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

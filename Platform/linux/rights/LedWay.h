@@ -1,13 +1,9 @@
 #pragma once
 
-#include <string>
-
-#include "Platform/linux/rights/Writers.h"
+#include "Platform/posix/rights/LedWay.h"
 
 namespace qm::linux_ {
 
-/// Everybody but root who can redirect a path, or the path to where an item would be created. Anybody, if that cannot
-/// be determined.
-Writers writersOnTheWayTo(const std::string& path);
+using posix::writersOnTheWayTo;
 
 }  // namespace qm::linux_

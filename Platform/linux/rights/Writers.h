@@ -1,44 +1,18 @@
 #pragma once
 
-#include <sys/stat.h>
-
-#include <optional>
-#include <set>
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::linux_ {
 
-/// The status of a descriptor's item. Null on failure, see `errno`.
-std::optional<struct stat> statusOf(int fd);
-/// The status of a name in a folder; a link is not followed. Null on failure, see `errno`.
-std::optional<struct stat> statusIn(int folder, const char* name);
-
-bool isSameItem(const struct stat& one, const struct stat& other);
-
-/// The users besides root who can change what a name in a folder refers to.
-struct Writers {
-  std::set<uid_t> persons;
-  /// Others who cannot be listed: a group, an access list or everybody may write to a folder, or a file system is a
-  /// user's program.
-  bool anybody = false;
-
-  bool none() const { return persons.empty() && !anybody; }
-  /// This one user and nobody else.
-  bool only(uid_t person) const { return !anybody && persons.size() == 1 && persons.contains(person); }
-  void add(const Writers& others);
-};
-
-/// Who can replace the item `entry` of `folder` by another one. A group counts as anybody, because at best a directory
-/// service knows who has it as the primary group. In a sticky folder an item can be replaced by its owner; a root-owned
-/// item there could have been moved in by anybody.
-Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry);
-
-/// Whether the folder is on a file system in user space (FUSE), where ownership is whatever the user's program claims.
-bool isProgramOfSomebodys(int folder);
-
-/// Whether nobody but root can create, rename or remove anything in the folder.
-bool onlyRootWrites(int folder);
-
-/// The same for a folder and all below it. Also false if that cannot be determined.
-bool onlyRootWritesTree(int folder);
+using posix::isProgramOfSomebodys;
+using posix::isSameItem;
+using posix::onlyRootWrites;
+using posix::onlyRootWritesTree;
+using posix::statusIn;
+using posix::statusOf;
+using posix::Writers;
+using posix::writersOfEntry;
 
 }  // namespace qm::linux_

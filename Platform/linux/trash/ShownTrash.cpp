@@ -10,6 +10,7 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/rights/RuledOpening.h"
 #include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {

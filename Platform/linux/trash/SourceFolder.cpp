@@ -10,6 +10,7 @@
 #include "Platform/linux/files/DescriptorPath.h"
 #include "Platform/linux/rights/FileSystemUser.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/rights/RuledOpening.h"
 
 namespace qm::linux_ {
 namespace {

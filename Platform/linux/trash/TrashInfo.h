@@ -4,17 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/foundation/PercentText.h"
+
 namespace qm::linux_ {
 
 /// The suffix of the file that describes an item in the Trash.
 inline constexpr std::string_view kTrashInfoSuffix = ".trashinfo";
 
-/// Any bytes as the text of a URL path: letters, digits, "-", "_", ".", "~" and "/" are kept, everything else is
-/// written as "%XX".
-std::string percentEncoded(std::string_view bytes);
-
-/// The inverse of `percentEncoded`. Whatever is not an escape is kept.
-std::string percentDecoded(std::string_view text);
+using foundation::percentDecoded;
+using foundation::percentEncoded;
 
 /// The contents of a ".trashinfo" file. `path` is absolute in the home trash and relative to the
 /// volume's top folder in a volume's trash.

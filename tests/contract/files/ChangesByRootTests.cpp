@@ -8,8 +8,8 @@
 #include <functional>
 #include <string>
 
-#include "Platform/linux/files/LinuxCopyRights.h"
-#include "Platform/linux/files/LinuxFileSystem.h"
+#include "Platform/posix/rights/RightfulCopies.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "tests/contract/files/BackgroundCopy.h"
 #include "tests/contract/files/RealCopies.h"
 #include "tests/fakes/FakeUsers.h"
@@ -22,7 +22,7 @@ namespace {
 // "system" is root's, "home" the user's, with a link "way" to "system".
 class ChangesByRoot : public ::testing::Test {
  protected:
-  using Files = linux_::LinuxFileSystem;
+  using Files = posix::RightfulFileSystem;
 
   static void run(const std::function<void(Files&)>& body) {
     runInPrivateMachine([&] {
@@ -120,7 +120,7 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
 /// A copy in the background by a root process.
 int copyInBackground(const platform::Users& users, const std::string& source, const std::string& folder) {
   RealCopies machine;
-  posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, linux_::copyRights(users)};
+  posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, posix::rightsForCopies(users)};
   return BackgroundCopy(service, machine.mainThread).run(source, folder, "copy");
 }
 

@@ -12,7 +12,7 @@
 
 namespace qm::testing {
 
-inline const linux_::UserRecord kCaller{501, 501, "u", "/home/u"};
+inline const posix::UserRecord kCaller{501, 501, "u", "/home/u"};
 
 /// A machine on which the command works for the users it is told.
 class Command : public PlatformTest {
@@ -29,7 +29,7 @@ class Command : public PlatformTest {
     fakes.actAsRoot("w");
   }
 
-  removal::Removal removalFor(const std::vector<linux_::UserRecord>& persons,
+  removal::Removal removalFor(const std::vector<posix::UserRecord>& persons,
                               RemoveConfig removeConfig = RemoveConfig::No) {
     const std::string trashOf = persons.empty() ? "root" : persons.front().name;
     return {users, witness, removal::Concerned{persons, trashOf}, removeConfig};

@@ -8,7 +8,7 @@
 namespace qm::removal {
 namespace {
 
-using linux_::UserRecord;
+using posix::UserRecord;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Names = std::vector<std::string>;

@@ -10,7 +10,7 @@
 namespace qm::testing {
 namespace {
 
-using linux_::UserRecord;
+using posix::UserRecord;
 using removal::Outcome;
 using removal::Removal;
 using removal::ReportItem;

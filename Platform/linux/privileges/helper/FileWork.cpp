@@ -102,7 +102,7 @@ PreparedOperand touchingOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
   const bool hasOtherNames = place && place->item && !place->isFolder() && place->itemStatus.st_nlink > 1;
   if (hasOtherNames && !place->writers.none()) {
-    return Refusal{EPERM, path + ": it has other names, and its folder can be changed by others than root"};
+    return Refusal{EPERM, path + ": it has other names, and users other than root can change its folder"};
   }
   return workOn(path, std::move(place), touchIt);
 }
@@ -228,7 +228,7 @@ class TargetChoice {
     if (!target.isFolder()) return std::nullopt;
     if (!copies_) return mustBeEmpty(target);
     if (onlyRootWrites(target.folder.get()) && onlyRootWritesTree(target.item.get())) return std::nullopt;
-    return Refusal{EPERM, path_ + ": a folder that others than root can change is not copied into"};
+    return Refusal{EPERM, path_ + ": nothing is copied into a folder that users other than root can change"};
   }
 
   Problem mustBeEmpty(const PinnedPlace& target) const {
@@ -259,7 +259,8 @@ Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const P
   }
   const bool isRoots = !source.isFolder() || onlyRootWritesTree(source.item.get());
   if (isRoots && onlyRootWrites(source.folder.get())) return std::nullopt;
-  return Refusal{ENOTSUP, command.operands[0] + ": others than root can change it, and this kernel has no Landlock"};
+  return Refusal{ENOTSUP,
+                 command.operands[0] + ": users other than root can change it, and this kernel has no Landlock"};
 }
 
 PreparedWork transfer(const FileCommand& command) {

@@ -98,15 +98,15 @@ int runHelper(const HelperPolicy& policy, int count, char** arguments) {
   const bool once = count > 3 && std::string(arguments[1]) == kForUser;
   const std::optional<UserRecord> person = personWithNumber(once ? arguments[2] : caller);
   if (::getuid() != 0 || ::geteuid() != 0) return kMisused;
-  if (!person) return refuse("administrator rights are for nobody: the user is not known");
+  if (!person) return refuse("the user who needs administrator rights is not known");
   // A caller through pkexec chose the arguments, and was given rights for nobody else.
   if (caller != nullptr && userNumber(caller) != person->id) {
-    return refuse("administrator rights that another user asked for do not serve " + person->name);
+    return refuse("administrator rights granted to another user do not apply to " + person->name);
   }
   // A dialog would have shown them differently.
   const auto isShown = [](const char* argument) { return foundation::isPlainText(argument); };
   if (caller != nullptr && !std::all_of(arguments + 1, arguments + count, isShown)) {
-    return refuse("no dialog can show what administrator rights are asked for");
+    return refuse("no dialog can show the command to authorize");
   }
   if (!becomeCleanProcess()) return kMisused;
   if (!once) return serve(policy, *person);

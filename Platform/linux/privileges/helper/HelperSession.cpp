@@ -152,9 +152,9 @@ void HelperSession::finish(Run& run) {
   run.messages.reset();
   const int status = posix::waitForChild(run.process);
   if (!run.started) {
-    send(Started{run.number, EIO, 0, "the launch broke off"});
+    send(Started{run.number, EIO, 0, "the launch was interrupted"});
   } else if (!run.exited) {
-    send(Exited{run.number, status, "the launch broke off"});
+    send(Exited{run.number, status, "the launch was interrupted"});
   }
 }
 

@@ -133,7 +133,7 @@ Answer<std::string> checkedProgram(const std::string& path) {
   if (!S_ISREG(place->itemStatus.st_mode)) return refusalFor(EACCES, path);
   const bool safe =
       place->writers.none() && place->itemStatus.st_uid == 0 && (place->itemStatus.st_mode & writableByOthers) == 0;
-  if (!safe) return Refusal{EPERM, path + ": others than root can change this program"};
+  if (!safe) return Refusal{EPERM, path + ": users other than root can change this program"};
   const Answer<PinnedPlace> plain = pinPath(path, LastLink::Stays);
   return plain ? Answer<std::string>(plain->shown()) : plain.problem();
 }

@@ -1,0 +1,19 @@
+// What this project calls of CoreGraphics.
+#pragma once
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef uint16_t CGKeyCode;
+typedef int32_t CGEventSourceStateID;
+enum : CGEventSourceStateID { kCGEventSourceStateCombinedSessionState = 0 };
+
+bool CGEventSourceKeyState(CGEventSourceStateID state, CGKeyCode key);
+
+#ifdef __cplusplus
+}
+#endif

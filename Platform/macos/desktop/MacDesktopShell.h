@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Platform/DesktopShell.h"
+
+namespace qm::macos {
+
+/// The Finder and Launch Services. An update event is sent only where that needs nobody's consent any more: a dialog
+/// would keep the sender waiting.
+class MacDesktopShell final : public platform::DesktopShell {
+ public:
+  platform::OSStatus newMinimalAlias(const platform::FileReference& reference,
+                                     std::unique_ptr<platform::Alias>* alias) override;
+  platform::OSStatus sendUpdateEvent(const platform::Alias& alias) override;
+  platform::OSStatus registerApplication(const std::string& path) override;
+};
+
+}  // namespace qm::macos

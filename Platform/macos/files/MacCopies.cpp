@@ -1,0 +1,90 @@
+// What Platform/posix/SystemFileCalls.h says of copies: clones, creation dates, flags, and whether an item may leave.
+#include <fcntl.h>
+#include <sys/attr.h>
+#include <sys/clonefile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/UniqueFd.h"
+
+namespace qm::posix {
+namespace {
+
+/// What the owner decides of an item, without what the file system keeps for itself.
+constexpr std::uint32_t kOwnersFlags = UF_NODUMP | UF_IMMUTABLE | UF_APPEND | UF_OPAQUE | UF_HIDDEN;
+constexpr std::uint32_t kForbidChanges = UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND;
+
+/// A clone has its attributes at once: no bits that lend rights, none that forbid its owner to open or change it.
+bool isPlain(const struct stat& item) {
+  return (item.st_mode & (S_ISUID | S_ISGID)) == 0 && (item.st_mode & S_IRUSR) != 0 &&
+         (item.st_flags & kForbidChanges) == 0;
+}
+
+int openOwn(int folder, const char* name, UniqueFd& clone) {
+  struct stat found {};
+  clone.reset(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!clone || ::fstat(clone.get(), &found) != 0) return errno;
+  return S_ISREG(found.st_mode) && found.st_uid == ::geteuid() && found.st_nlink == 1 ? 0 : ESTALE;
+}
+
+timespec timeOf(std::chrono::system_clock::time_point date) {
+  const auto since = date.time_since_epoch();
+  const auto whole = std::chrono::floor<std::chrono::seconds>(since);
+  return {.tv_sec = static_cast<time_t>(whole.count()),
+          .tv_nsec = static_cast<long>(std::chrono::nanoseconds(since - whole).count())};
+}
+
+attrlist creationTime() {
+  attrlist which{};
+  which.bitmapcount = ATTR_BIT_MAP_COUNT;
+  which.commonattr = ATTR_CMN_CRTIME;
+  return which;
+}
+
+}  // namespace
+
+/// Here a clone is always a new file.
+int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
+
+int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
+  struct stat source {};
+  if (::fstat(from, &source) != 0) return errno;
+  if (!isPlain(source)) return ENOTSUP;
+  if (::fclonefileat(from, folder, name, CLONE_NOFOLLOW | CLONE_NOOWNERCOPY) != 0) return errno;
+  const int error = openOwn(folder, name, clone);
+  if (error == 0) {
+    dropInheritedAccess(clone.get());
+  } else if (error != ESTALE) {
+    ::unlinkat(folder, name, 0);
+  }
+  return error;
+}
+
+/// The system's own judgement, which counts access lists in. It is not made of what a link leads to.
+bool isRemovalDenied(int folder, const char* name) {
+  struct stat found {};
+  if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0 || S_ISLNK(found.st_mode)) return false;
+  return ::faccessat(folder, name, _DELETE_OK, AT_EACCESS) != 0 && (errno == EACCES || errno == EPERM);
+}
+
+int copyCreationTime(int item, const struct stat& attributes) {
+  timespec time = attributes.st_birthtimespec;
+  attrlist which = creationTime();
+  return errorOf(::fsetattrlist(item, &which, &time, sizeof time, 0));
+}
+
+int setCreationTime(const std::string& path, std::chrono::system_clock::time_point date) {
+  timespec time = timeOf(date);
+  attrlist which = creationTime();
+  return errorOf(::setattrlist(path.c_str(), &which, &time, sizeof time, FSOPT_NOFOLLOW));
+}
+
+ItemFlags flagsForCopy(const struct stat& attributes) { return attributes.st_flags & kOwnersFlags; }
+
+int setFlags(int item, ItemFlags flags) { return errorOf(::fchflags(item, flags)); }
+
+}  // namespace qm::posix

@@ -1,0 +1,66 @@
+#include "Platform/macos/files/MacFileReferences.h"
+
+#include <sys/attr.h>
+#include <sys/fsgetpath.h>
+#include <sys/mount.h>
+#include <sys/param.h>
+#include <unistd.h>
+
+#include <array>
+
+#include "Platform/posix/ItemPath.h"
+
+namespace qm::macos {
+namespace {
+
+/// As the system lays out the answer.
+struct __attribute__((packed, aligned(4))) Numbers {
+  std::uint32_t length;
+  dev_t device;
+  fsid_t volume;
+  std::uint64_t file;
+};
+
+bool readNumbers(const std::string& path, Numbers& numbers) {
+  attrlist which{};
+  which.bitmapcount = ATTR_BIT_MAP_COUNT;
+  which.commonattr = ATTR_CMN_DEVID | ATTR_CMN_FSID | ATTR_CMN_FILEID;
+  return ::getattrlist(path.c_str(), &which, &numbers, sizeof numbers, FSOPT_NOFOLLOW) == 0;
+}
+
+}  // namespace
+
+std::shared_ptr<const NumberedItem> NumberedItem::at(const std::string& path) {
+  Numbers numbers{};
+  if (posix::pathError(path) != 0 || !readNumbers(posix::withoutTrailingSlashes(path), numbers)) return nullptr;
+  auto item = std::make_shared<NumberedItem>();
+  item->device_ = numbers.device;
+  item->volume_ = numbers.volume;
+  item->number_ = numbers.file;
+  return item;
+}
+
+const NumberedItem* NumberedItem::in(const platform::FileReference& reference) {
+  return dynamic_cast<const NumberedItem*>(reference.item());
+}
+
+std::string NumberedItem::handle() const { return "/.vol/" + std::to_string(device_) + "/" + std::to_string(number_); }
+
+std::optional<std::string> NumberedItem::path() const {
+  std::array<char, MAXPATHLEN> text{};
+  fsid_t volume = volume_;
+  const ssize_t length = ::fsgetpath(text.data(), text.size(), &volume, number_);
+  return length > 0 ? std::optional<std::string>(text.data()) : std::nullopt;
+}
+
+platform::FileReference MacFileReferences::make(const std::string& path) const {
+  auto item = NumberedItem::at(path);
+  return item ? platform::FileReference(std::move(item)) : platform::FileReference();
+}
+
+std::optional<std::string> MacFileReferences::path(const platform::FileReference& reference) const {
+  const NumberedItem* const item = NumberedItem::in(reference);
+  return item == nullptr ? std::nullopt : item->path();
+}
+
+}  // namespace qm::macos

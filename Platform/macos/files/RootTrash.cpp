@@ -1,0 +1,75 @@
+#include "Platform/macos/files/RootTrash.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/macos/files/TrashName.h"
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/rights/PathWalk.h"
+#include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/UserDatabase.h"
+
+namespace qm::macos {
+namespace {
+
+using posix::UniqueFd;
+
+constexpr int kMostNames = 10000;
+constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
+
+/// With the person's rights, so that no link there makes root make a folder.
+int makeTrash(const posix::UserRecord& person, const std::string& path) {
+  const posix::FileSystemIdentity identity = posix::identityOf(person);
+  const posix::FileSystemUser acting(&identity);
+  if (!acting.ok()) return EPERM;
+  return ::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+int checkOwner(int folder, uid_t person) {
+  struct stat found {};
+  if (::fstat(folder, &found) != 0) return errno;
+  const bool isPersons = S_ISDIR(found.st_mode) && found.st_uid == person && (found.st_mode & kWritableByOthers) == 0;
+  return isPersons && !posix::hasListThatGrantsWriting(folder) ? 0 : EPERM;
+}
+
+int openPinned(const std::string& path, uid_t person, UniqueFd& folder) {
+  const auto place = posix::pinPath(path, posix::LastLink::Stays);
+  if (!place) return place.problem().error;
+  if (!place->item) return ENOENT;
+  folder.reset(::openat(place->folder.get(), place->name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  return folder ? checkOwner(folder.get(), person) : errno;
+}
+
+}  // namespace
+
+int openTrashOfPerson(const platform::Users& users, const std::string& path, HeldTrash& trash) {
+  const auto person = posix::userWithName(users.consoleUser().value_or(""));
+  if (!person) return ENOENT;
+  trash.path = path;
+  int error = openPinned(path, person->id, trash.folder);
+  if (error != ENOENT) return error;
+  error = makeTrash(*person, path);
+  return error != 0 ? error : openPinned(path, person->id, trash.folder);
+}
+
+int moveIntoHeldTrash(int folder, const std::string& name, int item, const HeldTrash& trash, std::string& stored) {
+  const int into = trash.folder.get();
+  int error = EEXIST;
+  std::string wanted;
+  for (int attempt = 1; error == EEXIST && attempt <= kMostNames; ++attempt) {
+    wanted = trashName(name, attempt);
+    error = posix::renameExclusively(folder, name.c_str(), into, wanted.c_str());
+  }
+  if (error != 0) return error;
+  stored = foundation::appendingPathComponent(trash.path, wanted);
+  if (posix::isStill(item, into, wanted)) return 0;
+  error = posix::renameExclusively(into, wanted.c_str(), folder, name.c_str());
+  return error != 0 ? error : ESTALE;
+}
+
+}  // namespace qm::macos

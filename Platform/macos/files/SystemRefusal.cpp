@@ -1,0 +1,34 @@
+#include "Platform/macos/files/SystemRefusal.h"
+
+#include <cerrno>
+
+#include "Platform/foundation/PathComponents.h"
+
+namespace qm::macos {
+namespace {
+
+// As the system numbers them.
+constexpr unsigned kLocked = 0x00000002U | 0x00000004U | 0x00020000U | 0x00040000U;  // immutable, append-only
+constexpr unsigned kRestricted = 0x00080000U;
+constexpr unsigned kNoUnlink = 0x00100000U;
+
+constexpr const char* kIntegrity = "System Integrity Protection keeps it. Nobody can remove it while that is on.";
+constexpr const char* kApplications =
+    "The system keeps applications from other programs. Allow this one in System Settings > Privacy & Security > App "
+    "Management (before macOS 13: Full Disk Access), and start it again.";
+constexpr const char* kFiles =
+    "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System "
+    "Settings "
+    "> Privacy & Security > Full Disk Access, and start it again.";
+
+bool isApplication(const std::string& path) { return foundation::pathExtension(path) == "app"; }
+
+}  // namespace
+
+std::string systemRefusal(int error, const RefusedItem& item) {
+  if (error != EPERM || ((item.flags | item.folderFlags) & kLocked) != 0) return "";
+  if ((item.flags & (kRestricted | kNoUnlink)) != 0 || (item.folderFlags & kRestricted) != 0) return kIntegrity;
+  return isApplication(item.path) ? kApplications : kFiles;
+}
+
+}  // namespace qm::macos

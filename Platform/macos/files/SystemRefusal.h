@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace qm::macos {
+
+/// What is known of an item that the system would not let go.
+struct RefusedItem {
+  std::string path;
+  unsigned flags = 0;        ///< of the item itself (st_flags)
+  unsigned folderFlags = 0;  ///< of the folder that it is in
+};
+
+/// Why the system keeps an item from a program whatever the permissions say, and where that is allowed: one sentence
+/// or two. "" where permissions, a lock or something else is the reason.
+std::string systemRefusal(int error, const RefusedItem& item);
+
+/// The same, with what is found out about the item at a path. A link itself is meant.
+std::string systemRefusalAt(int error, const std::string& path);
+
+}  // namespace qm::macos

@@ -1,0 +1,14 @@
+#include "Platform/macos/files/TrashCalls.h"
+
+#include "Platform/macos/Framework.h"
+
+qm::macos::TrashAnswer qm::macos::trashItem(const std::string& path) {
+  const Pool pool;
+  NSURL* place = nil;
+  NSError* error = nil;
+  // Not asked whether it is a folder: the answer would be that of what a link leads to.
+  NSURL* const item = [NSURL fileURLWithPath:stringOf(path) isDirectory:NO];
+  const bool done = [[NSFileManager defaultManager] trashItemAtURL:item resultingItemURL:&place error:&error];
+  NSError* const below = [[error userInfo] objectForKey:NSUnderlyingErrorKey];
+  return {done, textOf([place path]), [error code], [below code], textOf([error localizedDescription])};
+}

@@ -1,0 +1,83 @@
+#include "Platform/macos/privileges/AuthorizationCalls.h"
+
+#include <Security/Security.h>
+#include <dlfcn.h>
+
+namespace qm::macos {
+namespace {
+
+using platform::AuthorizationStatus;
+
+::AuthorizationRef theirs(platform::AuthorizationRef session) { return reinterpret_cast<::AuthorizationRef>(session); }
+
+platform::AuthorizationRef ours(::AuthorizationRef session) {
+  return reinterpret_cast<platform::AuthorizationRef>(const_cast<AuthorizationOpaqueRef*>(session));
+}
+
+/// The same items as the system wants them. Points into what it is made from: no value is copied.
+class ItemSet {
+ public:
+  explicit ItemSet(const platform::AuthorizationItems& items) {
+    list_.reserve(items.size());
+    for (const platform::AuthorizationItem& item : items) {
+      list_.push_back({item.name.c_str(), item.value.size(), const_cast<char*>(item.value.data()), item.flags});
+    }
+    set_ = {static_cast<UInt32>(list_.size()), list_.data()};
+  }
+
+  const AuthorizationItemSet* get() const { return &set_; }
+
+ private:
+  std::vector<::AuthorizationItem> list_;
+  AuthorizationItemSet set_{};
+};
+
+/// Deprecated since 10.7, and without a successor for tools of the system. Looked up while the program runs, so that it
+/// starts on a system without it, too.
+using Execute = OSStatus (*)(::AuthorizationRef, const char*, ::AuthorizationFlags, char* const*, std::FILE**);
+
+Execute execute() {
+  static const auto function = reinterpret_cast<Execute>(::dlsym(RTLD_DEFAULT, "AuthorizationExecuteWithPrivileges"));
+  return function;
+}
+
+}  // namespace
+
+AuthorizationStatus createSession(const platform::AuthorizationItems& environment, platform::AuthorizationFlags flags,
+                                  platform::AuthorizationRef* session) {
+  ::AuthorizationRef made = nullptr;
+  const OSStatus status = ::AuthorizationCreate(nullptr, ItemSet(environment).get(), flags, &made);
+  *session = ours(made);
+  return status;
+}
+
+AuthorizationStatus copySessionRights(platform::AuthorizationRef session, const platform::AuthorizationItems& rights,
+                                      const platform::AuthorizationItems& environment,
+                                      platform::AuthorizationFlags flags) {
+  return ::AuthorizationCopyRights(theirs(session), ItemSet(rights).get(), ItemSet(environment).get(), flags, nullptr);
+}
+
+AuthorizationStatus freeSession(platform::AuthorizationRef session, platform::AuthorizationFlags flags) {
+  return ::AuthorizationFree(theirs(session), flags);
+}
+
+AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, platform::AuthorizationFlags flags) {
+  ::AuthorizationRef found = nullptr;
+  const OSStatus status = ::AuthorizationCopyPrivilegedReference(&found, flags);
+  *session = ours(found);
+  return status;
+}
+
+bool canExecute() { return execute() != nullptr; }
+
+AuthorizationStatus executeWithRights(platform::AuthorizationRef session, const std::string& tool,
+                                      platform::AuthorizationFlags flags, const std::vector<std::string>& arguments,
+                                      std::FILE** output) {
+  std::vector<char*> vector;
+  vector.reserve(arguments.size() + 1);
+  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
+  vector.push_back(nullptr);
+  return execute()(theirs(session), tool.c_str(), flags, vector.data(), output);
+}
+
+}  // namespace qm::macos

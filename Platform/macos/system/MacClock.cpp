@@ -1,0 +1,44 @@
+#include "Platform/macos/system/MacClock.h"
+
+#include <ctime>
+
+namespace qm::macos {
+namespace {
+
+using std::chrono::steady_clock;
+
+std::timespec pauseOf(std::chrono::nanoseconds span) {
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(span);
+  return {.tv_sec = static_cast<std::time_t>(seconds.count()), .tv_nsec = static_cast<long>((span - seconds).count())};
+}
+
+}  // namespace
+
+std::chrono::system_clock::time_point MacClock::now() const { return std::chrono::system_clock::now(); }
+
+steady_clock::time_point MacClock::monotonicNow() const { return steady_clock::now(); }
+
+foundation::CivilTime MacClock::localTime(std::chrono::system_clock::time_point date) const {
+  // Rounded down, also before 1970.
+  const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch().count();
+  std::tm local{};
+  ::localtime_r(&seconds, &local);
+  return {local.tm_year + 1900,
+          local.tm_mon + 1,
+          local.tm_mday,
+          local.tm_hour,
+          local.tm_min,
+          local.tm_sec,
+          static_cast<int>(local.tm_gmtoff / 60)};
+}
+
+/// Until a fixed moment: what is left is computed anew after each signal.
+void MacClock::sleep(std::chrono::microseconds span) {
+  const auto end = steady_clock::now() + span;
+  for (std::chrono::nanoseconds left = span; left > left.zero(); left = end - steady_clock::now()) {
+    const std::timespec pause = pauseOf(left);
+    ::nanosleep(&pause, nullptr);
+  }
+}
+
+}  // namespace qm::macos

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Platform/Clock.h"
+
+namespace qm::macos {
+
+class MacClock final : public platform::Clock {
+ public:
+  std::chrono::system_clock::time_point now() const override;
+  std::chrono::steady_clock::time_point monotonicNow() const override;
+  foundation::CivilTime localTime(std::chrono::system_clock::time_point date) const override;
+  void sleep(std::chrono::microseconds span) override;
+};
+
+}  // namespace qm::macos

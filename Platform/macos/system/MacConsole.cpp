@@ -1,0 +1,9 @@
+#include "Platform/macos/system/MacConsole.h"
+
+#include "Platform/foundation/ControlCharacters.h"
+
+namespace qm::macos {
+
+void MacConsole::print(std::string_view text) { logLine(foundation::replacingControlCharacters(text, ' ', "\n")); }
+
+}  // namespace qm::macos

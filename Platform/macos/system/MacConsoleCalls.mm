@@ -1,0 +1,7 @@
+#include "Platform/macos/Framework.h"
+#include "Platform/macos/system/MacConsole.h"
+
+void qm::macos::logLine(const std::string& line) {
+  const Pool pool;
+  NSLog(@"%@", stringOf(line));
+}

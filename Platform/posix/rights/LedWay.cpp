@@ -1,0 +1,39 @@
+#include "Platform/posix/rights/LedWay.h"
+
+#include <cerrno>
+
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/rights/PathWalk.h"
+
+namespace qm::posix {
+namespace {
+
+Writers anybody() {
+  Writers writers;
+  writers.anybody = true;
+  return writers;
+}
+
+// Those who can put something where nothing is: everybody who may write to the folder, as for a root-owned link.
+Writers writersOfNewEntry(int folder) {
+  const auto status = statusOf(folder);
+  if (!status) return anybody();
+  struct stat link {};
+  link.st_mode = S_IFLNK;
+  return writersOfEntry(folder, *status, link);
+}
+
+}  // namespace
+
+// In a missing folder nobody can redirect anything, so only the existing folders count.
+Writers writersOnTheWayTo(const std::string& path) {
+  if (pathError(path) != 0) return anybody();
+  if (withoutTrailingSlashes(path) == "/") return {};
+  Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
+  if (!place) return place.problem().error == ENOENT ? writersOnTheWayTo(folderOf(path)) : anybody();
+  Writers writers = place->writers;
+  if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
+  return writers;
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Platform/Users.h"
+#include "Platform/posix/CopyRights.h"
+
+namespace qm::posix {
+
+/// The rights of copies in the background, the same as those of `RightfulFileSystem`. The users outlive every copy.
+CopyRights rightsForCopies(const platform::Users& users);
+
+}  // namespace qm::posix

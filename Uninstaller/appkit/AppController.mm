@@ -1,0 +1,63 @@
+#import <AppKit/AppKit.h>
+
+#include "Uninstaller/appkit/FrontEnd.h"
+#include "Uninstaller/appkit/MainInterface.h"
+
+using qm::appkit::Controls;
+using qm::appkit::frontEnd;
+using qm::appkit::MainInterface;
+using qm::uninstaller::InterfaceOwner;
+
+/// The object that the interface file makes, with its outlets and actions. It hands every action on to the owner of the
+/// interface, and answers for the application and the two windows.
+@interface AppController : NSObject <NSApplicationDelegate, NSWindowDelegate> {
+  IBOutlet NSWindow* windowMain;
+  IBOutlet NSButton* removeSharedCheck;
+  IBOutlet NSButton* removeConfigCheck;
+  IBOutlet NSWindow* windowProgress;
+  IBOutlet NSProgressIndicator* progressBar;
+}
+- (IBAction)uninstall:(id)sender;
+- (IBAction)cancel:(id)sender;
+@end
+
+@implementation AppController
+
+- (void)awakeFromNib {
+  auto& front = frontEnd();
+  if (front.interface) return;
+  using namespace qm::appkit;
+  std::unique_ptr<Controls> controls(new Controls{Window(windowMain), CheckBox(removeSharedCheck),
+                                                  CheckBox(removeConfigCheck), Window(windowProgress),
+                                                  ProgressIndicator(progressBar)});
+  front.interface = std::make_unique<MainInterface>(front.makeOwner(), std::move(controls));
+}
+
+- (IBAction)uninstall:(id)sender {
+  frontEnd().interface->send(&InterfaceOwner::uninstall);
+}
+
+- (IBAction)cancel:(id)sender {
+  frontEnd().interface->send(&InterfaceOwner::cancel);
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)notification {
+  frontEnd().interface->showMainWindow();
+}
+
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)application {
+  return frontEnd().mayQuit() ? NSTerminateNow : NSTerminateCancel;
+}
+
+/// There is nothing to come back to: what was chosen in a window is not kept.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
+  return YES;
+}
+
+/// Windows never close by themselves. To close the main one means to cancel.
+- (BOOL)windowShouldClose:(id)window {
+  if (window == windowMain) [self cancel:window];
+  return NO;
+}
+
+@end

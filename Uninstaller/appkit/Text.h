@@ -1,0 +1,15 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <string>
+
+namespace qm::appkit {
+
+/// A text for the toolkit. What is no UTF-8, as a file's name may be, is shown by its bytes.
+inline NSString* textOf(const std::string& text) {
+  NSString* const shown = [NSString stringWithUTF8String:text.c_str()];
+  return shown != nil ? shown : [NSString stringWithCString:text.c_str() encoding:NSISOLatin1StringEncoding];
+}
+
+}  // namespace qm::appkit

@@ -1,0 +1,88 @@
+#include "Uninstaller/remove/ThisSystem.h"
+
+#include <libproc.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+
+#include "Platform/macos/MacPlatform.h"
+#include "Platform/macos/system/MacUsers.h"
+#include "Uninstaller/Product.h"
+#include "Uninstaller/remove/Options.h"
+
+namespace qm::removal {
+namespace {
+
+void log(int priority, const std::string& line) { ::syslog(priority, "%s", line.c_str()); }
+
+bool hasMoved(Outcome outcome) {
+  return outcome == Outcome::Trashed || outcome == Outcome::Removed || outcome == Outcome::Restored;
+}
+
+bool isRecorded(Outcome outcome) { return hasMoved(outcome) || outcome == Outcome::Stayed || outcome == Outcome::Lost; }
+
+void log(const ReportItem& item) {
+  if (!isRecorded(item.outcome)) return;
+  const std::string because = item.reason.empty() ? "" : ": " + item.reason;
+  log(hasMoved(item.outcome) ? LOG_NOTICE : LOG_WARNING,
+      item.path.value_or("") + " " + wordFor(item.outcome) + because);
+}
+
+}  // namespace
+
+const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users& users) {
+  return macos::macPlatform(kProduct, {.mainThread = loop, .descriptorWait = loop, .users = &users});
+}
+
+const platform::Users& systemUsers() {
+  static const auto* const users = new macos::MacUsers;
+  return *users;
+}
+
+/// Accounts of persons are numbered from 501 on; what has no more rights than anybody is below them.
+NumbersOfPersons numbersOfPersons() { return {501, 0x7ffffffe}; }
+
+std::string stateFolderOfRoot() { return "/private/var/db"; }
+
+/// Others may write in the folder that is made for this.
+std::string lockFolderOfRoot() { return "/private/var/db"; }
+
+std::optional<std::string> stateFolder(const std::string& home) { return home + "/Library/Application Support"; }
+
+/// The system makes one for each person, and clears it.
+std::optional<std::string> runtimeFolder() {
+  std::array<char, 1024> path{};
+  const std::size_t length = ::confstr(_CS_DARWIN_USER_TEMP_DIR, path.data(), path.size());
+  return length > 0 && length <= path.size() ? std::optional<std::string>(path.data()) : std::nullopt;
+}
+
+std::vector<pid_t> allProcesses() {
+  std::vector<pid_t> numbers(static_cast<std::size_t>(::proc_listallpids(nullptr, 0)) + 64);
+  const int count = ::proc_listallpids(numbers.data(), static_cast<int>(numbers.size() * sizeof(pid_t)));
+  numbers.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+  return numbers;
+}
+
+std::string nameOfProcess(pid_t process) {
+  std::array<char, 2 * MAXCOMLEN + 1> name{};
+  return ::proc_name(process, name.data(), name.size()) > 0 ? std::string(name.data()) : std::string();
+}
+
+std::optional<uid_t> userOfProcess(pid_t process) {
+  proc_bsdshortinfo found{};
+  const int size = ::proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, &found, sizeof found);
+  return size == static_cast<int>(sizeof found) ? std::optional(found.pbsi_ruid) : std::nullopt;
+}
+
+std::string launchControlTool() { return "/bin/launchctl"; }
+
+void recordInSystemLog(const Report& report) {
+  if (report.isPlan) return;
+  ::openlog("tessaly-remove", LOG_PID, LOG_USER);
+  for (const ReportItem& item : report.items) log(item);
+  log(statusOf(report) == kNothingLeft ? LOG_NOTICE : LOG_WARNING, summaryOf(report));
+}
+
+}  // namespace qm::removal

@@ -1,0 +1,13 @@
+#pragma once
+
+// Names that AppKit has had since macOS 10.12 and GNUstep has under their former ones. Included before every file.
+#import <AppKit/AppKit.h>
+
+#define NSAlertStyleInformational NSInformationalAlertStyle
+#define NSAlertStyleWarning NSWarningAlertStyle
+#define NSBezelStyleDisclosure NSDisclosureBezelStyle
+#define NSButtonTypePushOnPushOff NSPushOnPushOffButton
+#define NSEventMaskAny NSAnyEventMask
+#define NSEventTypeKeyDown NSKeyDown
+#define NSEventTypeKeyUp NSKeyUp
+#define NSTextAlignmentLeft NSLeftTextAlignment

@@ -1,0 +1,127 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Platform/macos/privileges/AuthorizationCalls.h"
+#include "Platform/macos/privileges/MacAuthorization.h"
+#include "tests/fakes/FakePlatform.h"
+#include "tests/unit/macos/TemporaryFolder.h"
+
+namespace qm::macos {
+namespace {
+
+using platform::AuthorizationFlags;
+using platform::AuthorizationItems;
+using platform::AuthorizationStatus;
+
+/// What the system's calls were given.
+struct Asked {
+  int dialogs = 0;
+  std::vector<std::string> started;
+};
+Asked asked;
+
+}  // namespace
+
+AuthorizationStatus createSession(const AuthorizationItems&, AuthorizationFlags, platform::AuthorizationRef*) {
+  return 0;
+}
+AuthorizationStatus copySessionRights(platform::AuthorizationRef, const AuthorizationItems&, const AuthorizationItems&,
+                                      AuthorizationFlags) {
+  ++asked.dialogs;
+  return 0;
+}
+AuthorizationStatus freeSession(platform::AuthorizationRef, AuthorizationFlags) { return 0; }
+AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, AuthorizationFlags) {
+  *session = nullptr;
+  return 0;
+}
+bool canExecute() { return true; }
+AuthorizationStatus executeWithRights(platform::AuthorizationRef, const std::string& tool, AuthorizationFlags,
+                                      const std::vector<std::string>& arguments, std::FILE**) {
+  asked.started = {tool};
+  asked.started.insert(asked.started.end(), arguments.begin(), arguments.end());
+  return 0;
+}
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class MacAuthorizationTest : public ::testing::Test {
+ protected:
+  MacAuthorizationTest() {
+    asked = {};
+    disk.addFolder("Quillmark");
+  }
+
+  AuthorizationStatus askForRights(const std::string& tool, const std::vector<std::string>& arguments) {
+    service.announce(tool, arguments);
+    return service.copyRights(nullptr, {}, {}, 0);
+  }
+  AuthorizationStatus start(const std::string& tool, const std::vector<std::string>& arguments) {
+    std::shared_ptr<platform::CommunicationsPipe> pipe;
+    return service.executeWithPrivileges(nullptr, tool, 0, arguments, &pipe);
+  }
+
+  qm::testing::TemporaryFolder disk;
+  qm::testing::FakePlatform fakes;
+  MacAuthorization service{*fakes.platform.console};
+  const std::string folder = disk.at("Quillmark");
+};
+
+TEST_F(MacAuthorizationTest, StartsAToolAsItIsAskedTo) {
+  EXPECT_EQ(askForRights("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_EQ(asked.dialogs, 1);
+  EXPECT_THAT(asked.started, ElementsAre("/bin/mv", "-f", "/a", "/b"));
+}
+
+TEST_F(MacAuthorizationTest, RemovesFromAnEmptyFolderOnlyWhatWasFoundInIt) {
+  disk.addFile("Quillmark/.DS_Store");
+  service.expectHollowFolder(folder);
+  EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationSuccess);
+  EXPECT_THAT(asked.started, ElementsAre("/bin/rm", "-df", folder + "/.DS_Store", folder));
+}
+
+TEST_F(MacAuthorizationTest, AsksNobodyForTheRightToRemoveAFolderThatIsNotShownToBeEmpty) {
+  disk.addFile("Quillmark/letter.txt");
+  service.expectHollowFolder(folder);
+  EXPECT_EQ(askForRights("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationDenied);
+  EXPECT_EQ(asked.dialogs, 0);
+  EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationDenied);
+  EXPECT_THAT(asked.started, IsEmpty());
+  EXPECT_THAT(fakes.console.lines().back(), HasSubstr(folder + " stays"));
+}
+
+TEST_F(MacAuthorizationTest, AsksAgainForTheNextTool) {
+  disk.addFile("Quillmark/letter.txt");
+  service.expectHollowFolder(folder);
+  EXPECT_EQ(askForRights("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationDenied);
+  EXPECT_EQ(askForRights("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+}
+
+TEST_F(MacAuthorizationTest, RemovesOtherThingsAsEver) {
+  disk.addFile("Quillmark/letter.txt");
+  service.expectHollowFolder(folder);
+  EXPECT_EQ(start("/bin/rm", {"-Rdf", "/other"}), platform::errAuthorizationSuccess);
+  service.expectHollowFolder("");
+  EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationSuccess);
+  EXPECT_THAT(asked.started, ElementsAre("/bin/rm", "-Rdf", folder));
+}
+
+TEST_F(MacAuthorizationTest, StartsNothingForRootWhereOthersCouldLeadTheWay) {
+  const std::string led = disk.at("folder/item");  // below the folder for temporary files, where anybody may write
+  EXPECT_EQ(service.commandForRoot("/bin/mv", {"-f", led, "/root/item"}).tool, "/usr/bin/false");
+  EXPECT_THAT(fakes.console.lines().back(), HasSubstr(led));
+}
+
+TEST_F(MacAuthorizationTest, StartsAToolForRootWhereOnlyRootLeadsTheWay) {
+  const auto command = service.commandForRoot("/bin/mkdir", {"-p", "/usr/share/quillmark"});
+  EXPECT_EQ(command.tool, "/bin/mkdir");
+  EXPECT_THAT(command.arguments, ElementsAre("-p", "/usr/share/quillmark"));
+}
+
+}  // namespace
+}  // namespace qm::macos
