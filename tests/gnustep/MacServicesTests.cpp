@@ -25,7 +25,6 @@ using namespace std::chrono_literals;
 using platform::DomainMask;
 using platform::StandardDirectory;
 using ::testing::Each;
-using ::testing::Not;
 
 MATCHER(IsAbsoluteWithoutTrailingSlash, "") { return arg.starts_with('/') && arg.size() > 1 && !arg.ends_with('/'); }
 
@@ -60,7 +59,7 @@ class MacUsers : public ::testing::Test {
   ~MacUsers() override { setConsoleUser(std::nullopt); }
 
  protected:
-  const macos::MacUsers users;
+  const macos::MacUsers users{};
   const passwd* const own = ::getpwuid(::getuid());
 };
 
@@ -122,7 +121,7 @@ class MacPropertyLists : public ::testing::Test {
   }
   std::string path() const { return folder_ + "/a.plist"; }
 
-  const macos::MacPropertyLists lists;
+  const macos::MacPropertyLists lists{};
 
  private:
   char pattern_[22] = "/tmp/mac-lists-XXXXXX";
@@ -200,7 +199,7 @@ TEST(MacClock, SleepsAsLongAsItIsTold) {
 
 TEST(MacClock, RoundsDownBefore1970) {
   const auto date = macos::MacClock().localTime(std::chrono::system_clock::time_point(-1ms));
-  EXPECT_EQ((date.second), 59);
+  EXPECT_EQ(date.second, 59);
 }
 
 }  // namespace
