@@ -94,7 +94,7 @@ std::optional<std::string> clause(const Language& language, std::string_view eng
 std::optional<std::string> valueIn(const Language& language, const std::string& name, const std::string& english) {
   if (name == "why") return clause(language, english);
   if (name == "reason") return inLanguage(language, english);
-  return name == "system" ? language.systemWords(english) : english;
+  return name == "system" ? language.systemMessage(english) : english;
 }
 
 std::optional<std::string> oneOf(Sentences patterns, const Language& language, std::string_view english) {
@@ -113,7 +113,7 @@ std::optional<std::string> oneOf(Sentences patterns, const Language& language, s
 
 std::optional<std::string> clause(const Language& language, std::string_view english) {
   if (auto known = oneOf(kClauses, language, english)) return known;
-  const std::string words = language.systemWords(english);
+  const std::string words = language.systemMessage(english);
   if (words == english) return std::nullopt;
   return filled(language.translated(kSystemError), {{"system", words}});
 }

@@ -79,17 +79,17 @@ constexpr Words kWords[] = {
 
 }  // namespace
 
-std::string_view wordsFor(int error, Subject subject) {
+std::string_view messageFor(int error, Subject subject) {
   const auto* words = std::ranges::find_if(kWords, [&](const Words& candidate) {
     return candidate.code == error && (candidate.subjects & static_cast<unsigned>(subject)) != 0;
   });
   return words != std::end(kWords) ? words->text : std::string_view();
 }
 
-std::string systemWords(int error) { return std::generic_category().message(error); }
+std::string systemMessage(int error) { return std::generic_category().message(error); }
 
-std::string withSystemWords(std::string_view subject, int error) {
-  return std::string(subject) + ": " + systemWords(error);
+std::string withSystemMessage(std::string_view subject, int error) {
+  return std::string(subject) + ": " + systemMessage(error);
 }
 
 std::string onOneLine(std::string_view name) { return foundation::replacingControlCharacters(name, '?'); }

@@ -15,7 +15,7 @@ using removal::Outcome;
 using removal::Removal;
 using removal::ReportItem;
 using removal::Restoring;
-using removal::RunMemory;
+using removal::RunRecordFile;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Field;
@@ -34,26 +34,26 @@ class WayBack : public Command {
   }
   ~WayBack() override { std::filesystem::remove_all(top_); }
 
-  RunMemory memory() const { return {::getuid(), top_ + "/memory"}; }
+  RunRecordFile memory() const { return {::getuid(), top_ + "/memory"}; }
 
   void remove(const std::vector<UserRecord>& persons) {
     Removal removal = removalFor(persons, RemoveConfig::Yes);
     removal.look();
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     ASSERT_EQ(remembered.begin(removal.toRemember().value()), 0);
     removal.rememberIn(remembered);
     removal.run([] { return false; }, [](const std::string&, std::size_t, std::size_t) {});
   }
 
   std::vector<ReportItem> look() {
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     return restoring.items();
   }
 
   std::vector<ReportItem> putBack() {
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     if (restoring.hasAnythingToDo()) {
@@ -63,8 +63,8 @@ class WayBack : public Command {
     return restoring.items();
   }
 
-  std::vector<removal::RememberedRun> runs() const {
-    std::vector<removal::RememberedRun> all;
+  std::vector<removal::RunRecord> runs() const {
+    std::vector<removal::RunRecord> all;
     EXPECT_EQ(memory().read(all), 0);
     for (const auto& change : changes) change(all);
     return all;
@@ -85,7 +85,7 @@ class WayBack : public Command {
 
   /// The accounts of the machine on which the test runs are not those of the case.
   void rememberOwners() {
-    changes.push_back([this](std::vector<removal::RememberedRun>& all) {
+    changes.push_back([this](std::vector<removal::RunRecord>& all) {
       for (auto& run : all) {
         for (auto& item : run.items) item.trashOwner = named()(item.trashOf).value_or(UserRecord()).id;
       }
@@ -94,7 +94,7 @@ class WayBack : public Command {
 
   std::string closed;
   std::vector<UserRecord> accounts{{0, 0, "root", "/root"}, kCaller, kOther};
-  std::vector<std::function<void(std::vector<removal::RememberedRun>&)>> changes;
+  std::vector<std::function<void(std::vector<removal::RunRecord>&)>> changes;
 
  private:
   std::string top_;
@@ -256,7 +256,7 @@ TEST_F(WayBack, BringsRootNothingFromTheTrashOfAnotherAccountOfTheSameName) {
 TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {
   installItem(fakes.disk, 1);
   remove({kCaller});
-  RunMemory remembered = memory();
+  RunRecordFile remembered = memory();
   Restoring restoring(users, remembered, runs(), persons());
   restoring.look();
   const ReportItem givenUp = at(restoring.itemsWhenGivenUp(), kItems[1]);
