@@ -153,7 +153,7 @@ class Program {
   bool restore() {
     std::vector<RunRecord> runs;
     if (const int error = memory_.read(runs); error != 0) {
-      refuse(posix::withSystemMessage("What the last run moved cannot be found out", error) + ".");
+      refuse(posix::withSystemMessage("The record of the last run couldn’t be read", error) + ".");
       return true;
     }
     work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
@@ -166,7 +166,7 @@ class Program {
 
   bool look() {
     if (onWorker([this] { work_->look(); })) return true;
-    return giveUp(catalogued("The time was up before everything had been looked at."));
+    return giveUp(catalogued("The time limit ended before everything was checked."));
   }
 
   bool carryOut() {
@@ -196,8 +196,9 @@ class Program {
     const auto run = removal.toRemember();
     const int error = run ? memory_.begin(*run) : EIO;
     if (error != 0) {
-      refuse(posix::withSystemMessage("Nothing has been done, because it cannot be remembered for --restore", error) +
-             ".");
+      refuse(
+          posix::withSystemMessage("Nothing has been done, because no record for --restore could be written", error) +
+          ".");
     }
     removal.rememberIn(memory_);
     return error == 0;
@@ -207,7 +208,7 @@ class Program {
     const auto running = endProduct(numbers(), options_.ifRunning);
     if (running.empty()) return true;
     report_.running = shown(running);
-    refuse(catalogued("Nothing has been done, because Tessaly runs."));
+    refuse(catalogued("Nothing has been done, because Tessaly is running."));
     return false;
   }
 

@@ -27,14 +27,14 @@ using uninstaller::catalogued;
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kDependsOnContents = catalogued("It goes if nothing else is in it.");
+constexpr const char* kDependsOnContents = catalogued("It is removed if nothing else is in it.");
 constexpr const char* kHoldsOthers = catalogued("Something is in it.");
 constexpr const char* kNotRemoved = catalogued("It couldn’t be removed.");
 
 std::string skipText(SkipReason reason) {
   switch (reason) {
     case SkipReason::PreferencesStay:
-      return catalogued("Preferences go with --preferences only.");
+      return catalogued("Preferences are moved only with --preferences.");
     case SkipReason::InReleaseFolder:
       return catalogued("It is in a folder named \"Release\".");
     case SkipReason::InStructureFolder:

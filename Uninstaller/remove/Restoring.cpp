@@ -27,11 +27,11 @@ using uninstaller::catalogued;
 constexpr const char* kRoot = "root";
 constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
 constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
-constexpr const char* kNoItem = catalogued("Tessaly has no item there.");
-constexpr const char* kClosedToPerson = catalogued("Its folder is closed to the person in whose Trash it was.");
-constexpr const char* kNoFolder = catalogued("The folder that it was in couldn’t be made again.");
-constexpr const char* kOtherAccount = catalogued("Its Trash was that of an account that is another one now.");
-constexpr const char* kOthersTrash = catalogued("It was in the Trash of a person, who can have changed it.");
+constexpr const char* kNoItem = catalogued("No item of Tessaly belongs there.");
+constexpr const char* kClosedToPerson = catalogued("The user in whose Trash it was may not write to its folder.");
+constexpr const char* kNoFolder = catalogued("Its folder couldn’t be created again.");
+constexpr const char* kOtherAccount = catalogued("The account whose Trash it was in is a different one now.");
+constexpr const char* kOthersTrash = catalogued("It was in a user’s Trash, and that user may have changed it.");
 
 /// Even a dangling link counts as something.
 bool isTaken(const std::string& path) { return platform().fileSystem->attributesOfItem(path).has_value(); }
@@ -174,7 +174,7 @@ void Restoring::makeFolder(std::size_t position) {
   ReportItem shown = item(position);
   const int error = makeAgain(*run_.folder);
   shown.outcome = error == 0 ? Outcome::Restored : Outcome::Stayed;
-  if (error != 0) shown.reason = posix::withSystemMessage("It couldn’t be made again", error) + ".";
+  if (error != 0) shown.reason = posix::withSystemMessage("It couldn’t be created again", error) + ".";
   shown.needsRights = users_.realUserId() != 0 && isMissingRights(error);
   set(position, shown);
 }

@@ -298,7 +298,7 @@ TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
       world.bind("/home/u/stick/Trash" + std::string(folder), kTrash + folder);
     makeRootsFile(world, kFiles + "Tessaly.app", "brought");
     world.makeFile(kTrash + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=" + kProduct + "\n");
-    expectStays(world, EXDEV, "it is on another volume, whose owners are not to be relied on");
+    expectStays(world, EXDEV, "it is on another volume, whose file owners cannot be trusted");
   });
 }
 

@@ -203,7 +203,7 @@ TEST_F(WayBack, LeadsNothingOutOfTheTrashThatIsNoItemOfTheProduct) {
   installItem(fakes.disk, 1);
   remove({kCaller});
   changes.push_back([](auto& runs) { runs.at(0).items.at(0).user = "u"; });
-  EXPECT_EQ(at(look(), kItems[1]).reason, "Tessaly has no item there.");
+  EXPECT_EQ(at(look(), kItems[1]).reason, "No item of Tessaly belongs there.");
   EXPECT_EQ(at(look(), kItems[1]).outcome, Outcome::Stayed);
 }
 
@@ -226,7 +226,7 @@ TEST_F(WayBack, BringsRootNoItemOfTheComputersFromAPersonsTrash) {
   rememberOwners();
   const ReportItem item = at(putBack(), kItems[1]);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "It was in the Trash of a person, who can have changed it.");
+  EXPECT_EQ(item.reason, "It was in a user’s Trash, and that user may have changed it.");
   EXPECT_FALSE(fakes.disk.has(kItems[1]));
 }
 
@@ -238,7 +238,7 @@ TEST_F(WayBack, BringsRootNothingToAPlaceThatIsClosedToThePerson) {
   closed = "/home/v/Library/Caches/com.quillmark.tessaly";
   const ReportItem item = at(putBack(), closed);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "Its folder is closed to the person in whose Trash it was.");
+  EXPECT_EQ(item.reason, "The user in whose Trash it was may not write to its folder.");
   EXPECT_FALSE(fakes.disk.has(closed));
 }
 
@@ -250,7 +250,7 @@ TEST_F(WayBack, BringsRootNothingFromTheTrashOfAnotherAccountOfTheSameName) {
   changes.push_back([](auto& runs) { runs.at(0).items.at(0).trashOwner = 503; });
   const ReportItem item = at(look(), "/home/v/Library/Caches/com.quillmark.tessaly");
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "Its Trash was that of an account that is another one now.");
+  EXPECT_EQ(item.reason, "The account whose Trash it was in is a different one now.");
 }
 
 TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {
@@ -261,10 +261,10 @@ TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {
   restoring.look();
   const ReportItem givenUp = at(restoring.itemsWhenGivenUp(), kItems[1]);
   EXPECT_EQ(givenUp.outcome, Outcome::Stayed);
-  EXPECT_EQ(givenUp.reason, "The time was up before it had come back.");
+  EXPECT_EQ(givenUp.reason, "The time limit ended before it was put back.");
   EXPECT_EQ(givenUp.trashOf, "u");
   restoring.run([] { return true; }, [](const std::string&, std::size_t, std::size_t) {});
-  EXPECT_EQ(at(restoring.items(), kItems[1]).reason, "The time was up before it began.");
+  EXPECT_EQ(at(restoring.items(), kItems[1]).reason, "The time limit ended before its turn.");
   EXPECT_FALSE(fakes.disk.has(kItems[1]));
 }
 
