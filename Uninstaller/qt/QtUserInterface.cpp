@@ -23,7 +23,7 @@ constexpr int kDetailsWidth = 480;
 constexpr int kDetailsHeight = 150;
 // What else an alert with details takes of the screen.
 constexpr int kBesideDetails = 30;
-constexpr int kAboveAndBelowDetails = 150;
+constexpr int kAboveAndBelowDetails = 130;
 constexpr int kLeastDetailsHeight = 40;
 
 int widthOnScreen(const QWidget& alert, int wanted) {
@@ -82,6 +82,12 @@ void nameLabel(const QMessageBox& alert, const char* label, const std::string& t
   if (found != nullptr) found->setAccessibleName(QString::fromStdString(text));
 }
 
+/// Without the icon that some themes have for it: where people read from the right, it would push the text out.
+void describe(QAbstractButton& okButton) {
+  okButton.setIcon(QIcon());
+  okButton.setAccessibleDescription("Closes this message and quits.");
+}
+
 }  // namespace
 
 void QtUserInterface::runAlertPanel(const std::string& title, const std::string& message, const std::string& details) {
@@ -97,7 +103,7 @@ void QtUserInterface::runAlertPanel(const std::string& title, const std::string&
   nameLabel(alert, "qt_msgbox_informativelabel", message);
   alert.setStandardButtons(QMessageBox::Ok);
   alert.setDefaultButton(QMessageBox::Ok);
-  alert.button(QMessageBox::Ok)->setAccessibleDescription("Closes this message and quits.");
+  describe(*alert.button(QMessageBox::Ok));
   alert.setEscapeButton(QMessageBox::Ok);
   widen(alert, details.empty() ? kAlertWidth : kDetailsWidth);
   addDetails(alert, details);
