@@ -17,9 +17,9 @@ inline constexpr AuthorizationStatus errAuthorizationDenied = -60005;           
 inline constexpr AuthorizationStatus errAuthorizationCanceled = -60006;               ///< the user cancelled the dialog
 inline constexpr AuthorizationStatus errAuthorizationInteractionNotAllowed = -60007;  ///< no dialog allowed
 inline constexpr AuthorizationStatus errAuthorizationToolExecuteFailure = -60031;     ///< the tool could not be started
-inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< what starts tools has failed
+inline constexpr AuthorizationStatus errAuthorizationToolEnvironmentError = -60032;   ///< the tool launcher has failed
 
-/// How a session is made or asked: the flags below, joined with `|`.
+/// The options of a session or a request: the flags below, joined with `|`.
 using AuthorizationFlags = std::uint32_t;
 inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;            ///< none of the others
 inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;  ///< a dialog may be shown
@@ -71,7 +71,7 @@ class AuthorizationServices {
   /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
   /// it. Starts and asks nothing.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
-  /// Says that this folder is to be removed only if it is empty for the user who removes it, until "" is passed.
+  /// Until "" is passed, a removal of this folder means: only if it is empty for the user who removes it.
   virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.
@@ -84,11 +84,11 @@ class AuthorizationServices {
   virtual AuthorizationStatus executeWithPrivileges(AuthorizationRef session, const std::string& tool,
                                                     AuthorizationFlags flags, const std::vector<std::string>& arguments,
                                                     std::shared_ptr<CommunicationsPipe>* pipe) = 0;
-  /// Ends what stands ready to work with rights, and returns when nothing does any more. Tools that run are seen
-  /// through. Sessions stay what they are but for their rights.
+  /// Ends everything that holds rights, and returns when nothing does any more. Running tools are waited for. Sessions
+  /// remain, without their rights.
   virtual void releaseRights() {}
-  /// What a process of root's starts in place of a system tool for files, on behalf of the person at the console: where
-  /// names could be changed by others, a tool that goes by names is none for root.
+  /// The command that a root process starts in place of a system tool for files, on behalf of the user at the console.
+  /// Where others can change names, root must not use a tool that works by name.
   virtual ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
     return {tool, arguments};
   }

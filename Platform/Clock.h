@@ -13,7 +13,7 @@ class Clock {
 
   /// The date.
   virtual std::chrono::system_clock::time_point now() const = 0;
-  /// For measuring spans: never steps.
+  /// For measuring spans: never jumps.
   virtual std::chrono::steady_clock::time_point monotonicNow() const = 0;
   /// The date in the machine's time zone.
   virtual foundation::CivilTime localTime(std::chrono::system_clock::time_point date) const = 0;

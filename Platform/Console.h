@@ -7,12 +7,12 @@
 
 namespace qm::platform {
 
-/// The system console: where an administrator looks.
+/// The system console: where an administrator looks for messages.
 class Console {
  public:
   virtual ~Console() = default;
 
-  /// Writes one message, without what would steer a terminal. Any thread; never fails towards the caller.
+  /// Writes one message, without characters that would control a terminal. Any thread; never fails towards the caller.
   virtual void print(std::string_view text) = 0;
 };
 

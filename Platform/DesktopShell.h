@@ -12,12 +12,12 @@ namespace qm::platform {
 using OSStatus = std::int32_t;
 inline constexpr OSStatus noErr = 0;
 inline constexpr OSStatus fnfErr = -43;            ///< there is no such item
-inline constexpr OSStatus procNotFound = -600;     ///< no desktop that listens
+inline constexpr OSStatus procNotFound = -600;     ///< no desktop is listening
 inline constexpr OSStatus kLSUnknownErr = -10810;  ///< the application could not be registered
 inline constexpr OSStatus kLSNotAnApplicationErr = -10811;
 inline constexpr OSStatus kLSNoExecutableErr = -10827;
 
-/// What an update notice names its item by. Disposed of with its owner.
+/// Identifies the item of an update notice. Released by its owner.
 class Alias {
  public:
   Alias() = default;
@@ -37,8 +37,8 @@ class DesktopShell {
   /// Notifies the shell that an item, usually a folder, has changed, and does not wait for a reply.
   virtual OSStatus sendUpdateEvent(const Alias& alias) = 0;
 
-  /// Makes an application bundle known, so that it is offered to the user. A bundle that is already
-  /// known is registered anew.
+  /// Registers an application bundle, so that it is offered to the user. A bundle that is already registered is
+  /// registered again.
   virtual OSStatus registerApplication(const std::string& path) = 0;
 };
 

@@ -31,7 +31,7 @@ inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperat
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
 /// Of these, left.
 inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOperationUserVisibleObjectsRemainingKey";
-/// Bytes a second, from the beginning of the copying on.
+/// Bytes per second since the copying began.
 inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
 /// Counts by the keys above. Bytes are those of the contents of files, holes included; objects are files, folders,
 /// links and whatever else there is, the item that is copied among them.
@@ -48,11 +48,10 @@ using FileOperationRef = std::shared_ptr<FileOperation>;
 /// What is reported about an operation.
 struct FileOperationReport {
   FileOperationStage stage = FileOperationStage::Undefined;  ///< that the operation is in
-  /// The path of the item in question: of the source while it is copied, in the end that of the copy; null
-  /// where there is none.
+  /// The path of the item concerned: of the source while it is copied, of the copy at the end; null if there is none.
   std::optional<std::string> currentItem{};
   FileOperationStatus error = 0;                                    ///< how the operation has ended, 0 before
-  std::optional<FileOperationStatusDictionary> statusDictionary{};  ///< with reports of the running stage only
+  std::optional<FileOperationStatusDictionary> statusDictionary{};  ///< only with reports of the running stage
 };
 /// Receives the reports. Called on the main thread; must not throw.
 using FileOperationCallback = std::function<void(const FileOperationRef& operation, const FileOperationReport& report)>;
@@ -74,23 +73,22 @@ class FileOperations {
 
   /// A new operation, never null.
   virtual FileOperationRef create() = 0;
-  /// From now on the operation's reports come on the main thread, from its event loop.
+  /// From now on reports are delivered on the main thread, by its event loop.
   virtual FileOperationStatus scheduleWithMainRunLoop(const FileOperationRef& operation) = 0;
-  /// No report comes any more; what the operation does goes on.
+  /// Stops the reports; the operation itself goes on.
   virtual FileOperationStatus unscheduleFromMainRunLoop(const FileOperationRef& operation) = 0;
 
-  /// Starts to copy a file or a tree and returns; an operation that is not scheduled, or was used before, is
-  /// refused. The copy has modes, times, extended attributes, the owner where the process may set it, links
-  /// as links. It never replaces anything, and never is there a part of it under the new name: after a
-  /// failure or a cancellation there is nothing. The source stays as it is.
+  /// Starts to copy a file or a tree and returns. An operation that is not scheduled, or was used before, is refused.
+  /// The copy has modes, times, extended attributes and, where the process may set it, the owner; links are copied as
+  /// links. It never replaces anything, and a part of it never appears under the new name: after a failure or a
+  /// cancellation there is nothing. The source is unchanged.
   ///
-  /// The operation lives on by itself until its end. Reports: at the beginning of a stage and then, in the
-  /// same stage, at most once per interval; a status dictionary comes with those of the running stage. None
-  /// is about progress after the operation was cancelled. The last is of the stage Complete, exactly
-  /// once, whatever the end was, and then the callback is released. After a refusal it is released at once.
+  /// The operation keeps itself alive until its end. It reports at the beginning of each stage and then, within the
+  /// stage, at most once per interval; reports of the running stage have a status dictionary. After a cancellation none
+  /// is about progress. The last report, exactly one, has the stage Complete, however the operation ended; then the
+  /// callback is released. After a refusal it is released at once.
   virtual FileOperationStatus copyObject(const FileOperationRef& operation, const CopyObjectRequest& request) = 0;
-  /// Has the operation end soon, with `userCanceledErr` unless it had ended by itself. Does not wait for
-  /// that.
+  /// Makes the operation end soon, with `userCanceledErr` unless it had already ended. Does not wait for that.
   virtual FileOperationStatus cancel(const FileOperationRef& operation) = 0;
 };
 

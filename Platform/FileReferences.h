@@ -7,7 +7,7 @@
 
 namespace qm::platform {
 
-/// What a filled reference holds; each system has its own kind.
+/// What a filled reference holds; each system has its own type.
 class ReferencedItem {
  public:
   ReferencedItem() = default;
@@ -16,8 +16,8 @@ class ReferencedItem {
   virtual ~ReferencedItem() = default;
 };
 
-/// A stable reference to an item: it keeps meaning that item when the item is renamed or moved within its
-/// volume. A value; copies share what they hold. An unfilled one means nothing.
+/// A stable reference to an item: it still refers to the item after that was renamed or moved within its volume. A
+/// value; copies share what they hold. An unfilled one refers to nothing.
 class FileReference {
  public:
   /// An unfilled reference.
@@ -34,15 +34,15 @@ class FileReference {
   std::shared_ptr<const ReferencedItem> item_;
 };
 
-/// Making references to items and asking them where these are. Any thread.
+/// Makes references to items and returns where these are. Any thread.
 class FileReferences {
  public:
   virtual ~FileReferences() = default;
 
-  /// A reference to the item at an absolute path, to a symbolic link itself; unfilled when nothing is
-  /// there, or when the system cannot keep one more (each may hold a descriptor as long as it lives).
+  /// A reference to the item at an absolute path, to a symbolic link itself. Unfilled when nothing is there, or when
+  /// the system cannot keep another one (each may hold a descriptor as long as it lives).
   virtual FileReference make(const std::string& path) const = 0;
-  /// Where the item is now. Null for an unfilled reference, and when the item is gone or not to be found.
+  /// Where the item is now. Null for an unfilled reference, and when the item is gone or cannot be found.
   virtual std::optional<std::string> path(const FileReference& reference) const = 0;
 };
 

@@ -16,20 +16,20 @@ namespace qm::platform {
 /// The kinds of items.
 enum class FileType { Regular, Directory, SymbolicLink, Other };
 
-/// What the item itself is; a symbolic link is described, not followed.
+/// The attributes of the item itself; a symbolic link is not followed.
 struct ItemAttributes {
   FileType type = FileType::Regular;                       ///< of the item itself
   std::uint64_t size = 0;                                  ///< bytes
   std::chrono::system_clock::time_point modificationDate;  ///< when it was last changed
 };
 
-/// An entry of a folder. The name lasts as long as the call that hands the entry out.
+/// An entry of a folder. The name is valid during the call that passes the entry.
 struct DirectoryEntry {
   std::string_view name;              ///< a single path component
   FileType type = FileType::Regular;  ///< of the item itself
-  std::uint64_t size = 0;             ///< bytes; only where sizes are asked for, and never of a folder
+  std::uint64_t size = 0;             ///< bytes; only if sizes are requested, and never of a folder
 };
-/// Whether the sizes of entries are wanted, which may take longer.
+/// Whether the sizes of entries are requested, which may take longer.
 enum class EntrySizes : bool { No, Yes };
 
 /// A file open for writing. Closed when the last owner releases it. One thread at a time.
@@ -41,7 +41,7 @@ class FileHandle {
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
   /// After a `writeData` at the end of the file that failed: cuts off what it left, and goes back to where it began.
-  /// Fails, and changes nothing, when something else stands behind that by now. Success when nothing was left.
+  /// Fails, and changes nothing, if something else has been appended since. Success if nothing was left.
   virtual Status removeIncompleteData() = 0;
 };
 
@@ -61,44 +61,44 @@ class FileSystem {
   /// The path leads to an item that the process may write (into a folder: may change its entries).
   /// Links are followed.
   virtual bool isWritableFile(const std::string& path) const = 0;
-  /// The names in a folder, one level, hidden ones included, "." and ".." never, in the system's
-  /// order. Null when the folder cannot be listed. A link to a folder is followed.
+  /// The names in a folder, one level, including hidden ones but not "." and "..", in the system's order. Null when the
+  /// folder cannot be listed. A link to a folder is followed.
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
-  /// Hands the entries of a folder to `visit` as they are read, in the same order, with what each is. None is
-  /// kept, however many there are. Left out is what cannot be reached: everything in a folder that may
-  /// be listed but not searched, and what has a longer path than the system takes. Returns whether the
-  /// folder was listed to its end: what was handed on of one that was not counts for nothing.
+  /// Passes the entries of a folder to `visit` as they are read, in the same order, with their type. None is kept,
+  /// however many there are. Entries that cannot be reached are left out: all in a folder that may be listed but not
+  /// searched, and those whose path is longer than the system accepts. Returns whether the folder was listed to its
+  /// end; if not, ignore what was passed.
   virtual bool visitDirectory(const std::string& path, EntrySizes sizes,
                               const std::function<void(const DirectoryEntry&)>& visit) const = 0;
   /// The item itself (a link is not followed); null when nothing is there.
   virtual std::optional<ItemAttributes> attributesOfItem(const std::string& path) const = 0;
-  /// The target of a symbolic link as it is written; null when the item is not a link.
+  /// The target of a symbolic link, verbatim; null when the item is not a link.
   virtual std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const = 0;
 
-  /// Moves an item, a link as the link. Never replaces: anything at the destination, a dangling
-  /// link included, makes it fail. Across volumes the item is copied (see `copyItem`) and then
-  /// removed; when the copy fails the source is whole and no part of the copy is left.
+  /// Moves an item, a link as the link. Never replaces: anything at the destination, even a dangling link, makes it
+  /// fail. Across volumes the item is copied (see `copyItem`) and then removed. If the copy fails, the source is whole
+  /// and no part of the copy is left.
   virtual Status moveItem(const std::string& source, const std::string& destination) = 0;
-  /// Gives a file, or a link itself, a second name on its volume; there is no moment without the first. Never replaces.
-  /// Fails where the volume keeps one name for an item only.
+  /// Gives a file, or a link itself, a second name on its volume; the first exists throughout. Never replaces. Fails
+  /// where the volume allows only one name for an item.
   virtual Status linkItem(const std::string& source, const std::string& destination) = 0;
-  /// Copies a file or a tree with modes, times, extended attributes, owner where the process may
-  /// set it, links as links. Never replaces and never leaves half a copy under the final name.
+  /// Copies a file or a tree with modes, times, extended attributes and, where the process may set it, the owner; links
+  /// as links. Never replaces and never leaves a partial copy under the final name.
   virtual Status copyItem(const std::string& source, const std::string& destination) = 0;
-  /// Makes a folder and the missing ones above it, with default attributes. A folder that is
-  /// there already is a success; anything else in the way is a failure.
+  /// Creates a folder and the missing ones above it, with default attributes. An existing folder is a success; anything
+  /// else in the way is a failure.
   virtual Status createDirectory(const std::string& path) = 0;
   /// Removes a file, a link (never its target) or a whole tree. Does not cross into another
   /// mounted file system. Stops at the first failure and returns it.
   virtual Status removeItem(const std::string& path) = 0;
-  /// Removes a folder when nothing is in it, at any depth, but folders and expendable items: what is no folder and
-  /// has one of these names. Anything else, links included, makes it fail with ENOTEMPTY before anything is removed;
-  /// so does a folder in it that cannot be listed (EACCES), another mounted file system (EBUSY) and what may not be
-  /// removed. What is put there meanwhile is never removed; some of the expendable items and empty folders may then
-  /// be gone. A link to a folder is no folder.
+  /// Removes a folder that contains, at any depth, only folders and expendable items: items that are not folders and
+  /// have one of these names. Anything else, including a link, makes it fail with ENOTEMPTY before anything is removed;
+  /// so does a folder in it that cannot be listed (EACCES), another mounted file system (EBUSY) and an item that may
+  /// not be removed. What appears meanwhile is never removed; some of the expendable items and empty folders may then
+  /// be gone. A link to a folder is not a folder.
   virtual Status removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) = 0;
 
-  /// Sets the creation date of an item, of a link itself. ENOTSUP where the system lets nobody do that.
+  /// Sets the creation date of an item, of a link itself. ENOTSUP where the system does not allow that.
   virtual Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) = 0;
 
   /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link

@@ -15,7 +15,7 @@ class FinderInformation {
 
   /// 0 for an item that has no such information yet. Null when there is no item or it may not be read.
   virtual std::optional<std::uint16_t> finderFlags(const FileReference& reference) const = 0;
-  /// Writes the word and leaves the rest of the information as it is.
+  /// Writes the flags and leaves the rest of the information unchanged.
   virtual Status setFinderFlags(const FileReference& reference, std::uint16_t flags) = 0;
 };
 

@@ -13,8 +13,8 @@ class ItemLocks {
  public:
   virtual ~ItemLocks() = default;
 
-  /// Sets or clears the flag. An item that is already in the wanted state is a success and is not
-  /// touched; a missing item is a failure.
+  /// Sets or clears the flag. If the item already has the requested state, that is a success and it is not touched; a
+  /// missing item is a failure.
   virtual Status setImmutable(const std::string& path, bool immutable) = 0;
   /// Null when nothing is there or the flag cannot be read.
   virtual std::optional<bool> isImmutable(const std::string& path) const = 0;

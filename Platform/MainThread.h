@@ -13,14 +13,14 @@ class MainThread {
   /// Whether the calling thread is the main thread.
   virtual bool isMainThread() const = 0;
 
-  /// Runs `work` on the main thread and returns when it is done; on the main thread itself it runs
-  /// at once. Work that ends the application never comes back to the caller.
+  /// Runs `work` on the main thread and returns when it is done; on the main thread itself it runs at once. Work that
+  /// ends the application never returns to the caller.
   virtual void performAndWait(std::function<void()> work) = 0;
   /// Queues `work` for the main thread and returns.
   virtual void perform(std::function<void()> work) = 0;
 
-  /// Main thread only: takes at most one pending event, waiting up to `limit` for it, and hands it
-  /// to the application. Returns whether there was one.
+  /// Main thread only: takes at most one pending event, waiting up to `limit` for it, and passes it to the application.
+  /// Returns whether there was one.
   virtual bool handleOneEvent(std::chrono::milliseconds limit) = 0;
 };
 

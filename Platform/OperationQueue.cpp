@@ -25,7 +25,7 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     if (wake) somethingToDo_.notify_one();
   }
 
-  /// One moment in which all was done is enough: who waits is not kept by others who go on adding.
+  /// Returns the first time the queue is empty; operations added after that do not extend the wait.
   void wait() {
     if (isOwnWorker()) return;
     std::unique_lock lock(mutex_);
@@ -53,7 +53,7 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
  private:
   bool isOwnWorker() const { return current() == this; }
 
-  /// The queue whose worker the calling thread is.
+  /// The queue whose worker is the calling thread.
   static const State*& current() {
     static thread_local const State* queue = nullptr;
     return queue;
@@ -64,11 +64,11 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     std::vector<Operation> batch;
     while (take(batch)) {
       for (Operation& operation : batch) operation();
-      batch.clear();  // what the operations hold is let go of before they count as finished
+      batch.clear();  // what the operations hold is released before they count as finished
     }
   }
 
-  /// Tried again by the next call when the system gives no thread.
+  /// If the system refuses a thread, the next call tries again.
   void startWorker() {
     if (worker_.joinable()) return;
     try {
@@ -77,8 +77,8 @@ class OperationQueue::State : public std::enable_shared_from_this<State> {
     }
   }
 
-  /// Waits for operations and takes all there are; false at the queue's end. Who waits for the queue is
-  /// woken once, when nothing is left, and not by every operation.
+  /// Waits for operations and takes all of them; false at the queue's end. Waiting threads are woken once, when nothing
+  /// is left, not after every operation.
   bool take(std::vector<Operation>& batch) {
     std::unique_lock lock(mutex_);
     works_ = false;

@@ -2,13 +2,13 @@
 
 namespace qm::platform {
 
-/// The services that the system gives. None is owned here, and all outlive every user: a worker may
-/// still be inside its last call while the process ends.
+/// The services that the system provides. None is owned here. All outlive their users: a worker may still be inside its
+/// last call while the process ends.
 struct Platform {
   class AuthorizationServices* authorizationServices = nullptr;  ///< administrator rights
   class Clock* clock = nullptr;                                  ///< time
   class Console* console = nullptr;                              ///< where an administrator looks for messages
-  class DesktopShell* desktopShell = nullptr;                    ///< what shows files and starts applications
+  class DesktopShell* desktopShell = nullptr;                    ///< shows files, starts applications
   class FileOperations* fileOperations = nullptr;                ///< copying in the background
   class FileReferences* fileReferences = nullptr;                ///< references that survive renaming
   class FileSystem* fileSystem = nullptr;                        ///< plain file operations
@@ -18,7 +18,7 @@ struct Platform {
   class Packages* packages = nullptr;                            ///< which folders are shown as one item
   class PropertyLists* propertyLists = nullptr;                  ///< property lists
   class StandardDirectories* standardDirectories = nullptr;      ///< where the standard folders are
-  class SystemInformation* systemInformation = nullptr;          ///< facts about machine and program
+  class SystemInformation* systemInformation = nullptr;          ///< facts about the machine and the program
   class Tasks* tasks = nullptr;                                  ///< child processes
   class Threads* threads = nullptr;                              ///< threads that nobody waits for
   class Trash* trash = nullptr;                                  ///< the Trash
@@ -26,7 +26,7 @@ struct Platform {
   class Users* users = nullptr;                                  ///< who runs the process and who is at the console
 };
 
-/// The installed services. Any thread. Where there are none yet, says so on standard error and aborts.
+/// The installed services. Any thread. If there are none yet, prints a message to standard error and aborts.
 const Platform& platform();
 
 /// Makes `services` the installed set and returns the one before it (null at first). Called by the

@@ -4,21 +4,26 @@
 
 namespace qm::platform {
 
-/// The names by which the services know the product that they work for. A program makes one and hands it to them;
-/// the texts outlive every user. A program that runs as root has its own compiled in and takes none from its caller.
-/// What is left out is missing: operations that need it fail and say so.
+/// The names of the product that the services work for. A program makes one and passes it to them; the texts outlive
+/// every user. A program that runs as root has its own compiled in and takes none from its caller. Names may be left
+/// out: operations that need them fail and say so.
 struct ProductIdentity {
-  /// The program's file name. It stands for the program in messages, where the system does not tell the running one,
-  /// and names the folder of its information dictionary in "share".
+  /// The program's file name. It stands for the program in messages if the system does not name the running one, and it
+  /// is the name of the folder of its information dictionary in `dataFolder`.
   std::string_view program{};
-  /// What a user has one instance of.
+  /// Each user has one instance of the program with this identifier.
   std::string_view identifier{};
 
-  /// The helper with administrator rights for the product's own items. Of this and the other parts of the program, a
-  /// file name means one in "libexec" beside the running program's folder, or else in that folder; an absolute path
-  /// means itself.
+  /// Where an installation has the other programs and the data, relative to the running program's folder. An absolute
+  /// path is taken as it is.
+  std::string_view programsFolder = "../libexec";
+  std::string_view dataFolder = "../share";
+
+  /// The helper with administrator rights for the product's own items. For this and the other programs of the product,
+  /// a file name means one in `programsFolder`, or else one beside the running program; an absolute path is taken as it
+  /// is.
   std::string_view helper{};
-  /// The helper with administrator rights for any tool, where there is no other.
+  /// The helper with administrator rights for any tool, used where there is no other.
   std::string_view toolHelper{};
   /// The agent that answers a dialog with credentials.
   std::string_view credentialsAgent{};
@@ -29,12 +34,13 @@ struct ProductIdentity {
   /// The action of `toolHelper`, likewise.
   std::string_view toolHelperAction{};
 
-  /// What the names of root's work folders in a Trash begin with. Folders of another beginning are never touched, and
-  /// without one none is made.
+  /// The prefix of the names of root's work folders in a Trash. Folders with another prefix are never touched; without
+  /// a prefix none is made.
   std::string_view workFolderPrefix{};
-  /// The key that marks a menu entry as made for a registered bundle. Without it and the prefix none is registered.
+  /// The key that marks a menu entry as created for a registered bundle. Without it and the prefix no bundle is
+  /// registered.
   std::string_view bundleEntryKey{};
-  /// What the file name of such an entry begins with.
+  /// The prefix of the file name of such an entry.
   std::string_view bundleEntryPrefix{};
 };
 

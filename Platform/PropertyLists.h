@@ -8,12 +8,12 @@
 
 namespace qm::platform {
 
-/// A value of a property list. Kinds that nobody here reads (data, dates, arrays, dictionaries)
-/// are present as std::monostate.
+/// A value of a property list. Types that nothing here reads (data, dates, arrays, dictionaries) are represented by
+/// std::monostate.
 using PropertyListValue = std::variant<std::monostate, std::string, bool, std::int64_t, double>;
 using PropertyList = std::map<std::string, PropertyListValue>;
 
-/// Reading property lists, XML and binary. Any thread.
+/// Reads property lists, XML and binary. Any thread.
 class PropertyLists {
  public:
   virtual ~PropertyLists() = default;

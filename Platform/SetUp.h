@@ -7,16 +7,17 @@
 
 namespace qm::platform {
 
-/// Sets up this system's services for a product, in a program without a toolkit, and installs and returns them. Comes
-/// first in `main`, before there is another thread: whatever is used before says so on standard error and aborts. It
-/// also settles what a process may inherit in an odd state: missing standard streams, ignored signals. A further call
-/// installs the same set, whatever it is given. The services are never taken down.
+/// Sets up this system's services for a product, in a program without a toolkit, installs them and returns them. Call
+/// it first in `main`, before there is another thread: a class that is used earlier prints a message to standard error
+/// and aborts. It also normalises what a process may inherit in an unusual state: missing standard streams, ignored
+/// signals. A further call installs the same set, whatever its arguments. The services are never taken down.
 ///
-/// The calling thread is the main thread from now on. What others hand over to it is run whenever it waits: for a tool,
-/// for the result of a timed operation, and in `platform().mainThread->handleOneEvent`, which whoever copies in the
-/// background calls until the last report has come. There is no `userInterface`.
+/// The calling thread becomes the main thread. What other threads pass to it is run whenever it waits: for a tool, for
+/// the result of a timed operation, and in `platform().mainThread->handleOneEvent`. A program that copies in the
+/// background calls that until the last report has come. There is no `userInterface`.
 ///
-/// `users`, which outlives every user, says who is meant where a program of root's works for one person after another.
+/// `users`, which outlives every user, says which user is meant if a program run by root works for one user after
+/// another.
 const Platform& setUp(const ProductIdentity& product, Users* users = nullptr);
 
 }  // namespace qm::platform

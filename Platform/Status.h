@@ -9,10 +9,10 @@ namespace qm::platform {
 /// Why an operation of the system failed.
 struct Failure {
   int code = 0;                      ///< the system's error number, 0 where there is none
-  std::string localizedDescription;  ///< one sentence for people, without a line end
+  std::string localizedDescription;  ///< one sentence for people, without a newline
 };
 
-/// The result of an operation that yields nothing but success or a reason.
+/// The result of an operation that returns nothing but success or a reason.
 class [[nodiscard]] Status {
  public:
   /// A success.

@@ -11,9 +11,9 @@ class SystemInformation {
  public:
   virtual ~SystemInformation() = default;
 
-  /// The operating system's version in words.
+  /// The operating system's version, as text.
   virtual std::string operatingSystemVersion() const = 0;
-  /// Processors, as the system counts them.
+  /// The number of processors, as the system counts them.
   virtual int processorCount() const = 0;
   /// Bytes.
   virtual std::uint64_t physicalMemory() const = 0;

@@ -8,29 +8,28 @@
 
 namespace qm::platform {
 
-/// What a child's standard stream is connected to.
+/// The target of a child's standard stream.
 enum class TaskStream { Inherited, NullDevice, Pipe };
 
 /// The reading end of a child's output. One reading thread; `close` from any thread.
 class OutputReader {
  public:
   virtual ~OutputReader() = default;
-  /// Blocks until there is something, and returns it; "" only at the end of the output, after
-  /// `close`, or when reading fails.
+  /// Blocks until there is something, and returns it. Returns "" only at the end of the output, after `close`, or when
+  /// reading fails.
   virtual std::string availableData() = 0;
   /// Ends the reading. A read that is blocked in another thread returns "".
   virtual void close() = 0;
 };
 
-/// One run of a tool: prepared, launched once, waited for. The child is started without a shell,
-/// with the arguments given after its path, with default signals, and inherits no descriptor but
-/// its three standard streams. Any thread may ask or terminate while another waits. Letting go of
-/// a running task leaves it running; it is reaped when it ends.
+/// One run of a tool: prepared, launched once, waited for. The child is started without a shell, with the arguments
+/// given after its path and with default signal handlers, and inherits only its three standard streams. Any thread may
+/// query or terminate it while another waits. Releasing a running task leaves it running; it is reaped when it ends.
 class Task {
  public:
   virtual ~Task() = default;
 
-  /// The absolute path of the program to start. What is set after the launch does not change the run.
+  /// The absolute path of the program to start. Setters have no effect after the launch.
   virtual void setLaunchPath(const std::string& path) = 0;
   /// The path set, "" before.
   virtual std::string launchPath() const = 0;
@@ -43,23 +42,22 @@ class Task {
   /// Where the child's error messages go.
   virtual void setStandardError(TaskStream stream) = 0;
 
-  /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind. A second
-  /// launch fails and changes nothing.
+  /// Starts the child. A failure (no such program, bad format, no memory) leaves nothing behind. A second launch fails
+  /// and has no effect.
   virtual Status launch() = 0;
   /// Whether the child was started and has not exited.
   virtual bool isRunning() const = 0;
-  /// Returns when the child has exited; at once when it was never launched. On the main thread the
-  /// event loop is served meanwhile.
+  /// Returns when the child has exited; at once if it was never launched. On the main thread the event loop is served
+  /// meanwhile.
   virtual void waitUntilExit() = 0;
   /// The exit status, or the number of the signal that ended the child; 0 while it runs.
   virtual int terminationStatus() const = 0;
-  /// Asks the child to end (SIGTERM). Does nothing when it has already ended or never began.
+  /// Asks the child to end (SIGTERM). Does nothing if it has ended or was never launched.
   virtual void terminate() = 0;
 
-  /// The reading end of standard output, from the moment that it is set to `Pipe`; null when it is
-  /// not a pipe.
+  /// The reading end of standard output, available as soon as that is set to `Pipe`; null when it is not a pipe.
   virtual std::shared_ptr<OutputReader> standardOutputReader() const = 0;
-  /// The same of standard error.
+  /// The same for standard error.
   virtual std::shared_ptr<OutputReader> standardErrorReader() const = 0;
 };
 

@@ -9,12 +9,12 @@ class Threads {
  public:
   virtual ~Threads() = default;
 
-  /// Runs `body` on a new thread that is never joined. False when the system gives no thread; then
-  /// nothing was run. Any thread.
+  /// Runs `body` on a new thread that is never joined. Returns false if the system refuses a thread; then nothing was
+  /// run. Any thread.
   virtual bool detachNewThread(std::function<void()> body) = 0;
 };
 
-/// The language's own threads.
+/// Implements `Threads` with std::thread.
 class StandardThreads final : public Threads {
  public:
   bool detachNewThread(std::function<void()> body) override;

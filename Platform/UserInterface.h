@@ -4,7 +4,7 @@
 
 namespace qm::platform {
 
-/// Whoever sent an action: a control, a controller.
+/// The sender of an action: a control, a controller.
 class ActionSender {
  public:
   virtual ~ActionSender() = default;
@@ -14,11 +14,11 @@ class ActionSender {
 class UserInterface {
  public:
   virtual ~UserInterface() = default;
-  /// Shows an alert with the platform's default single button and returns when it is dismissed. Where there are
-  /// `details`, lines of text, it has "Details" as well, which shows them in it; without them ("") it has not.
+  /// Shows an alert with the platform's default single button and returns when it is dismissed. With `details`, lines
+  /// of text, it also has a "Details" button that shows them; "" means no details.
   virtual void runAlertPanel(const std::string& title, const std::string& message, const std::string& details) = 0;
-  /// Ends the application, whether the event loop returns or the toolkit ends the process; callers that wait for the
-  /// work that asked for it (see `MainThread::performAndWait`) stay waiting until the process is gone.
+  /// Ends the application: the event loop returns, or the toolkit ends the process. Callers that wait for the work that
+  /// requested the end (see `MainThread::performAndWait`) keep waiting until the process is gone.
   virtual void terminate(const ActionSender* sender) = 0;
 };
 

@@ -5,8 +5,8 @@
 
 namespace qm::platform {
 
-/// Who runs the process and who sits at the machine. Any thread; nothing is cached, since another
-/// person may log in between two calls.
+/// The process's user and the user at the console. Any thread; nothing is cached, since another user may log in between
+/// two calls.
 class Users {
  public:
   virtual ~Users() = default;
@@ -19,8 +19,8 @@ class Users {
   virtual std::string homeDirectory() const = 0;
   /// The home folder of a named user; null for no name or a name that the system does not know.
   virtual std::optional<std::string> homeDirectoryForUser(const std::optional<std::string>& name) const = 0;
-  /// The name that the system gives for the person at the console: "loginwindow" while the login
-  /// screen is shown, null when there is nobody or the system cannot tell.
+  /// The name that the system gives for the user at the console: "loginwindow" while the login screen is shown, null
+  /// when there is nobody or the system cannot tell.
   virtual std::optional<std::string> consoleUser() const = 0;
 };
 

@@ -9,7 +9,7 @@ class QMTask;
 
 namespace qm {
 
-/// The name of the operation that a delegate is asked to perform; null is none.
+/// The name of the operation that a delegate is asked to perform; null means none.
 using AsyncTaskSelector = std::optional<std::string>;
 
 /// Receives the output of a run in the background. The caller chooses the operation by name, as one object may
@@ -21,15 +21,15 @@ class AsyncTaskDelegate {
   /// Whether the delegate has the operation. If not, it is never called by that name.
   virtual bool respondsToSelector(const std::string& selector) const = 0;
 
-  /// One piece of output as it came; "" is the end, after which nothing more comes of this run. `object`
-  /// is the caller's context, null when none was given. Called on the run's reading thread, and must
-  /// not throw. It may end the run, or begin another one on the same runner.
+  /// One piece of output as it came; "" is the end, after which nothing more of this run follows. `object` is the
+  /// caller's context, null when none was given. Called on the run's reading thread, and must not throw. It may end the
+  /// run, or begin another one on the same runner.
   virtual void perform(const std::string& selector, const std::string& data, QMTask& task,
                        const std::shared_ptr<void>& object) = 0;
 };
 
-/// What carries one piece of output from the reading thread to the runner: "QMAsyncTaskDataNotification", from
-/// no sender, with one entry in its user information. It is passed directly, never posted.
+/// Carries one piece of output from the reading thread to the runner: "QMAsyncTaskDataNotification", without a sender,
+/// with one entry in its user information. It is passed directly, never posted.
 struct AsyncTaskNotification {
   /// The name of the notification.
   static constexpr const char* dataName = "QMAsyncTaskDataNotification";
@@ -37,8 +37,8 @@ struct AsyncTaskNotification {
   static constexpr const char* dataItem = "NSFileHandleNotificationDataItem";
 
   std::string name;                             ///< `dataName`
-  std::shared_ptr<void> object;                 ///< the sender: none
-  std::map<std::string, std::string> userInfo;  ///< one entry, the piece
+  std::shared_ptr<void> object;                 ///< the sender: always null
+  std::map<std::string, std::string> userInfo;  ///< one entry: the piece
 
   /// A notification that carries one piece.
   static AsyncTaskNotification withData(std::string data);

@@ -12,13 +12,13 @@ namespace qm {
 
 class FileOperationDelegate;
 
-/// What a report about a copy holds: text, a number, the delegate, or an object of the caller's.
+/// A value in a report about a copy: text, a number, the delegate, or an object of the caller's.
 using FileOperationValue =
     std::variant<std::string, std::uint64_t, std::shared_ptr<FileOperationDelegate>, std::shared_ptr<void>>;
 
-/// A report about a copy: "stage", the stage as a number; "operationtype", which is "copy"; "source" and
-/// "destination" as they were given; "delegate", "object" and "object2" unless they are null; and about
-/// progress the entries of the platform's status dictionary (Platform/FileOperations.h).
+/// A report about a copy: "stage", the stage as a number; "operationtype", which is "copy"; "source" and "destination"
+/// as they were given; "delegate", "object" and "object2" unless they are null. A report of progress also has the
+/// entries of the platform's status dictionary (Platform/FileOperations.h).
 using FileOperationDictionary = std::map<std::string, FileOperationValue>;
 
 /// Is notified about a copy. Each of its four operations is optional.
@@ -36,7 +36,7 @@ class FileOperationDelegate {
 
   virtual ~FileOperationDelegate() = default;
 
-  /// Whether the delegate has the operation; asked at each report, on the main thread. If not, it is never called by
+  /// Whether the delegate has the operation; asked for each report, on the main thread. If not, it is never called by
   /// that name.
   virtual bool respondsToSelector(const std::string& selector) const = 0;
 

@@ -20,14 +20,15 @@ namespace {
 
 constexpr std::int32_t kNotAuthorized = -1;
 constexpr std::int32_t kToolMissing = -2;
-/// Gives a tool that has just been started a head start.
+/// Gives a tool that was just started time to begin.
 constexpr std::chrono::microseconds kStartPause(500);
 
 bool isRoot() { return platform().users->realUserId() == 0; }
 
 AuthorizationItems administratorRights() { return {{.name = "system.privilege.admin", .value = "", .flags = 0}}; }
 
-/// In place: every copy of a password would have to be wiped as well, those that a list moves as it grows too.
+/// Fills the items in place: every copy of a password would have to be wiped as well, including those that a list moves
+/// as it grows.
 void fillCredentials(AuthorizationItems& items, const std::string& user, const std::string& password) {
   items[0].name = "username";
   items[0].value = user;
@@ -41,14 +42,14 @@ std::vector<std::string> namesIn(const std::string& folder) {
   return platform().fileSystem->contentsOfDirectory(folder).value_or(std::vector<std::string>());
 }
 
-/// Asks the guard; a refusal is printed with `message`.
+/// Checks the guard; a refusal is printed with `message`.
 bool isProtected(const std::string& path, std::string_view message) {
   if (!QMLocalPaths::isPathSystemDirectory(path, QMLocalPaths::ExactMatch::Yes)) return false;
   printToConsole(message, path);
   return true;
 }
 
-/// Both paths of an operation are there; the first that is not is printed.
+/// Whether both paths of an operation are given; the first missing one is reported.
 bool areGiven(std::string_view operation, const std::optional<std::string>& source,
               const std::optional<std::string>& destination) {
   if (source && destination) return true;
@@ -113,7 +114,7 @@ bool QMAuthorization::authStart() {
   return startSession();
 }
 
-/// Under the lock. Other threads see the session when it has its rights, and not while the dialog is shown.
+/// Called under the lock. Other threads see the session only when it has its rights, not while the dialog is shown.
 bool QMAuthorization::startSession() {
   if (isAuthorized()) return true;
   if (!hasGUI_) {
@@ -193,7 +194,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
   return status;
 }
 
-/// In one piece, so that the session is still there when the tool is started.
+/// Both steps under one lock, so that the session still exists when the tool is started.
 std::int32_t QMAuthorization::launchWithRights(const std::string& path, const std::vector<std::string>& parameters,
                                                std::shared_ptr<CommunicationsPipe>& pipe) {
   const std::scoped_lock lock(sessionMutex_);
@@ -212,7 +213,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
   return authExecTask(path, parameters, Async::Yes);
 }
 
-/// Starts a tool of the file commands that are always begun when the process is root.
+/// Starts a tool of the file commands, which are always attempted if the process runs as root.
 bool QMAuthorization::startFileCommand(const std::string& tool, const std::vector<std::string>& parameters) {
   if (!isRoot()) return authExecTask(tool, parameters) == errAuthorizationSuccess;
   runAsRoot(tool, parameters, Async::Yes);
@@ -247,7 +248,7 @@ bool QMAuthorization::authMoveFolderContents(const std::string& folder, const st
   });
 }
 
-/// Where a path goes in the Trash. A taken name gets the time once; the new name is not tested again.
+/// Where a path goes in the Trash. If its name is taken, the time is added once; the new name is not checked again.
 std::optional<std::string> QMAuthorization::trashDestination(const std::string& path) const {
   const std::string name = qm::foundation::lastPathComponent(path);
   auto destination = appendingPathComponent(QMLocalPaths::trashDirectory(), name);
@@ -266,7 +267,7 @@ bool QMAuthorization::deletesOnRootAccount(DeleteOnRootAccount flag) const {
 bool QMAuthorization::authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount) {
   if (isProtected(path, "Unable to trash path %@ because it is a system directory.")) return false;
   const auto destination = trashDestination(path);
-  // What is removed is the chosen name in the Trash; the path itself stays. Callers count on it.
+  // The chosen name in the Trash is removed; the path itself stays. Callers rely on that.
   if (deletesOnRootAccount(deleteOnRootAccount)) return destination && authRemoveFile(*destination);
   return authMoveFile(path, destination);
 }

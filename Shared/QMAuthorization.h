@@ -11,14 +11,14 @@
 #include "Platform/AuthorizationServices.h"
 #include "Shared/Singleton.h"
 
-/// The one object of the process that holds administrator rights, and the file commands that run
-/// with them: /bin/cp, /bin/mv, /bin/rm and /bin/mkdir.
+/// The one object of the process that holds administrator rights, and the file commands that run with them: /bin/cp,
+/// /bin/mv, /bin/rm and /bin/mkdir.
 ///
-/// Rights are requested when the first command needs them and are kept until `authEnd`. A process
-/// whose real user id is 0 needs none: the tools are started directly. Every command that moves or
-/// removes asks the guard first and refuses system folders as a whole. Commands only start their
-/// tool: true means that it was started (as root, that starting it was tried), not that it did its
-/// work, so callers that must know watch the disk. Refusals are printed to the system console.
+/// Rights are requested when the first command needs them and are kept until `authEnd`. A process whose real user id is
+/// 0 needs none: the tools are started directly. Every command that moves or removes checks the guard first and refuses
+/// system folders as a whole. Commands only start their tool: true means that it was started (as root, that starting it
+/// was tried), not that it succeeded, so callers that need the result watch the disk. Refusals are printed to the
+/// system console.
 ///
 /// Any thread. One thread at a time requests and uses the session: a thread that needs it while the password dialog is
 /// shown for another one waits.
@@ -30,7 +30,7 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   enum class WithGUI : bool { No, Yes };
   /// Whether a command returns when its tool was started, not when the tool has closed its output.
   enum class Async : bool { No, Yes };
-  /// Whether a controller that was made as root removes instead of trashing.
+  /// Whether a controller that was created as root removes instead of trashing.
   enum class DeleteOnRootAccount : bool { No, Yes };
 
   /// `sharedController`. The same as `sharedController:` with YES.
@@ -55,17 +55,16 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   /// `userDirectory`. The home folder of the user for whom the object was made; null as root.
   const std::optional<std::string>& userDirectory() const { return userDirectory_; }
 
-  /// `canAuthorize`. A dialog is allowed, or the process is root's.
+  /// `canAuthorize`. A dialog is allowed, or the process runs as root.
   bool canAuthorize() const;
   /// `isAuthorized`
   bool isAuthorized() const;
-  /// `authStart`. Authorizes with the system's dialog, unless that is done already. Blocks while it
-  /// is shown. False after a refusal; the session is then null.
+  /// `authStart`. Authorizes with the system's dialog, unless already authorized. Blocks while the dialog is shown.
+  /// False after a refusal; the session is then null.
   bool authStart();
-  /// `authStartWithUser:password:`. Authorizes without a dialog. An earlier session is overwritten, not
-  /// freed. False, and nothing else, for null arguments; for a session that cannot be made, with its
-  /// status on the console; for wrong ones, with "Authorization failed. Invalid username or password"
-  /// on console and in the log. As root always true.
+  /// `authStartWithUser:password:`. Authorizes without a dialog. An earlier session is overwritten, not freed. Returns
+  /// false without a message for null arguments. If no session can be made, it prints the status to the console; for
+  /// wrong credentials it prints and logs "Authorization failed. Invalid username or password". As root always true.
   bool authStartWithUser(const std::optional<std::string>& user, const std::optional<std::string>& password);
   /// `authEnd`. Ends the session; the next command asks again.
   void authEnd();
@@ -83,27 +82,25 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
 
   /// `authCreateDir:`. With the missing folders above it. Not guarded.
   bool authCreateDir(const std::string& path);
-  /// `authCopyFile:toPath:`. Replaces a file at the destination and copies into a folder there. Not
-  /// guarded.
+  /// `authCopyFile:toPath:`. Replaces a file at the destination; if that is a folder, copies into it. Not guarded.
   bool authCopyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
-  /// `authMoveFile:toPath:`. Replaces a file at the destination and moves into a folder there.
+  /// `authMoveFile:toPath:`. Replaces a file at the destination; if that is a folder, moves into it.
   bool authMoveFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
   /// `authMoveFolderContents:toPath:`. Every entry; true if none failed. A null destination is reported for each entry
   /// on the console.
   bool authMoveFolderContents(const std::string& folder, const std::optional<std::string>& destination);
-  /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash; on a clash its name
-  /// there gets the time ("notes_20240229230507.txt"; without an extension the name ends in a dot).
-  /// Made as root and with the flag set, the chosen name in the Trash is removed instead, and the path
-  /// itself stays.
+  /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash. If its name is taken there, the time
+  /// is added ("notes_20240229230507.txt"; without an extension the name ends in a dot). If the object was created as
+  /// root and the flag is set, the chosen name in the Trash is removed instead, and the path itself stays.
   bool authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount);
   /// `authTrashFile:`
   bool authTrashFile(const std::string& path);
-  /// `authTrashFolderContents:deleteOnRootAccount:`. Every entry; true if none failed. Made as root and
-  /// with the flag set, the entries are removed for good.
+  /// `authTrashFolderContents:deleteOnRootAccount:`. Every entry; true if none failed. If the object was created as
+  /// root and the flag is set, the entries are removed permanently.
   bool authTrashFolderContents(const std::string& folder, DeleteOnRootAccount deleteOnRootAccount);
   /// `authTrashFolderContents:`
   bool authTrashFolderContents(const std::string& folder);
-  /// `authRemoveFile:`. A file or a whole tree, for good.
+  /// `authRemoveFile:`. Removes a file or a whole tree permanently.
   bool authRemoveFile(const std::string& path);
 
  private:
@@ -125,8 +122,8 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   std::atomic<AuthorizationRef> authRef_{nullptr};
   std::atomic<bool> hasGUI_{false};
   std::optional<std::string> userDirectory_;
-  /// The output of every tool started: kept open, since a tool that outlives the call would be
-  /// ended by writing to a closed pipe.
+  /// The output of every tool started. It is kept open, since a tool that outlives the call would be ended by writing
+  /// to a closed pipe.
   std::vector<std::shared_ptr<qm::platform::CommunicationsPipe>> communicationsPipes_;
-  std::mutex sessionMutex_;  // of all calls of Authorization Services, and of communicationsPipes_
+  std::mutex sessionMutex_;  // guards all calls of Authorization Services, and communicationsPipes_
 };

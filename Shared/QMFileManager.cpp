@@ -39,10 +39,10 @@ using qm::platform::Status;
 
 namespace {
 
-/// How long a wait looks away: for one event of the interface, or off the main thread.
+/// Poll interval while waiting: one turn of the event loop on the main thread, a sleep elsewhere.
 constexpr std::chrono::milliseconds kEventLimit(10);
 constexpr std::chrono::milliseconds kPollPause(300);
-/// Lets a change of letter case settle.
+/// The wait after a change of letter case, instead of a check.
 constexpr std::chrono::microseconds kLetterCasePause(500);
 
 FileSystem& fileSystem() { return *platform().fileSystem; }
@@ -57,8 +57,8 @@ bool differOnlyInLetterCase(const std::string& a, const std::string& b) {
   return lowercaseString(a) == lowercaseString(b);
 }
 
-/// The common end of the mutating operations: the outcome of the plain attempt is the answer when it
-/// is a success; otherwise it is logged, and repeated with administrator rights if wanted.
+/// The common end of the mutating operations. If the attempt as the user succeeded, so did the operation; otherwise the
+/// failure is logged, and repeated with administrator rights if requested.
 template <class Privileged>
 bool orAuthorize(const Status& plain, std::string_view message, QMFileManager::ShouldAuth shouldAuth,
                  Privileged privileged) {
@@ -67,7 +67,7 @@ bool orAuthorize(const Status& plain, std::string_view message, QMFileManager::S
   return shouldAuth == QMFileManager::ShouldAuth::Yes && privileged(authorization());
 }
 
-/// The path with room for a number in its name: the end of the name goes, or of what stands before its extension.
+/// The path with room for a number in its name: the end of the name is cut, before the extension if there is one.
 std::string withRoomForANumber(const std::string& path) {
   constexpr std::size_t room = std::string_view(" 999").size();
   const std::string name = lastPathComponent(path);
@@ -81,8 +81,8 @@ std::string withRoomForANumber(const std::string& path) {
                                 std::string(stem.substr(0, end)).append(name, stem.size()));
 }
 
-/// Renames through a free name, since the destination is the source itself where letter case does
-/// not count. Where it counts and the destination is free, the first step is the whole move.
+/// Renames through a free name, because on a volume that ignores letter case the destination is the source itself. On
+/// other volumes, if the destination is free, the first step is the whole move.
 bool moveThroughFreeName(const std::string& source, const std::string& destination) {
   constexpr int tooLong = static_cast<int>(std::errc::filename_too_long);
   std::string between = QMFileManager::uniqueFilename(destination);
@@ -114,7 +114,7 @@ bool isAsWanted(const std::string& path, Wanted wanted) {
   return QMFileManager::fileExistsAtPath(path) == (wanted == Wanted::Present);
 }
 
-/// One pause of a wait. The main thread keeps answering the user: it handles one event.
+/// One pause of a wait. The main thread handles one event, so that the interface stays responsive.
 void lookAway() {
   auto& mainThread = *platform().mainThread;
   if (mainThread.isMainThread()) {
@@ -124,12 +124,12 @@ void lookAway() {
   }
 }
 
-/// The wait of all timed operations. The limit is looked at before each pause, so a wait may be
-/// longer by one pause, and a limit of 0 or less never pauses.
+/// The wait of all timed operations. The limit is checked before each pause, so a wait may be longer by one pause, and
+/// a limit of 0 or less never pauses.
 bool waitUntil(const std::string& path, Wanted wanted, std::chrono::seconds limit) {
   const auto& clock = *platform().clock;
   const auto start = clock.monotonicNow();
-  using Elapsed = std::chrono::duration<double>;  // any limit can be compared with it
+  using Elapsed = std::chrono::duration<double>;  // any limit can be compared with this type
   while (!isAsWanted(path, wanted) && Elapsed(clock.monotonicNow() - start) < limit) lookAway();
   return isAsWanted(path, wanted);
 }
@@ -138,7 +138,7 @@ bool isFolderOrLinkToOne(const DirectoryEntry& entry, const std::string& path) {
   return entry.type == FileType::Directory || (entry.type == FileType::SymbolicLink && fileSystem().isDirectory(path));
 }
 
-/// A folder's own folders are walked when it has been read to its end, so that only one is open at a time.
+/// Subfolders are walked after the folder has been read to its end, so that only one is open at a time.
 std::uint64_t sizeBelow(const std::string& folder) {
   std::uint64_t sum = 0;
   std::vector<std::string> folders;
@@ -160,8 +160,8 @@ const std::vector<std::string>& housekeepingNames() {
   return names;
 }
 
-/// What the privileged removal of a folder means for as long as this lives. Its tool would remove everything in it,
-/// also what only root can see.
+/// While this exists, the privileged removal of the folder means: only if it is empty. The tool itself would remove
+/// everything in it, even what only root can see.
 class HollowFolderMeant {
  public:
   explicit HollowFolderMeant(const std::string& folder) {
@@ -177,13 +177,13 @@ bool isHousekeeping(const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/// A link to a folder is such an item, too.
+/// A link to a folder is not a folder.
 bool isItemButNoFolder(const std::string& path) {
   const auto attributes = fileSystem().attributesOfItem(path);
   return attributes && attributes->type != FileType::Directory;
 }
 
-/// The two ways of removing for good, which differ in how each attempt is made.
+/// The two permanent removals, which differ in how each attempt is made.
 template <class Plain, class Privileged>
 bool removeThat(const std::string& path, QMFileManager::ShouldAuth shouldAuth, Plain plain, Privileged privileged) {
   QMFileManager::unlockFile(path);
@@ -191,7 +191,7 @@ bool removeThat(const std::string& path, QMFileManager::ShouldAuth shouldAuth, P
   return orAuthorize(plain(), "Error removing file: %@. Authorizing...", shouldAuth, privileged);
 }
 
-/// Trashes the files below a folder whose names are wanted. Folders are searched, never trashed.
+/// Trashes the files below a folder whose names match. Folders are searched, never trashed.
 template <class IsWanted>
 void trashFilesBelow(const std::string& folder, const IsWanted& isWanted, std::vector<std::string>& trashed) {
   for (const auto& name : entries(folder)) {
@@ -379,7 +379,7 @@ bool QMFileManager::isFolderEmpty(const std::string& folder) {
 bool QMFileManager::removeFolderIfEmpty(const std::string& folder) {
   if (!isFolderEmpty(folder)) return false;
   if (isItemButNoFolder(folder)) return removeFile(folder);
-  // What has come meanwhile stays, and nobody is asked for rights to remove it.
+  // What has appeared meanwhile stays, and no rights are requested to remove it.
   return removeThat(
       folder, ShouldAuth::Yes, [&] { return fileSystem().removeHollowFolder(folder, housekeepingNames()); },
       [&](QMAuthorization& rights) {

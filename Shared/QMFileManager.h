@@ -27,13 +27,13 @@ class FileOperation;
 /// password dialog is shown.
 class QMFileManager {
  public:
-  /// A reference to an item that outlives its renaming.
+  /// A reference to an item that survives renaming.
   using FSRef = qm::platform::FileReference;
   /// A status of the desktop: 0 is success.
   using OSStatus = std::int32_t;
-  /// Whether a plain attempt that failed is repeated with administrator rights.
+  /// Whether an attempt that failed with the user's rights is repeated with administrator rights.
   enum class ShouldAuth : bool { No, Yes };
-  /// Whether an archive holds a folder, or its contents alone.
+  /// Whether an archive holds a folder itself, or its contents alone.
   enum class IncludeParent : bool { No, Yes };
   /// Whether the creation date is set along with the others.
   enum class SetCreationDate : bool { No, Yes };
@@ -42,41 +42,39 @@ class QMFileManager {
   QMFileManager(const QMFileManager&) = delete;
   QMFileManager& operator=(const QMFileManager&) = delete;
 
-  /// `moveFile:toPath:shouldAuth:`. Never replaces in the plain attempt; the administrator's move
-  /// does. Clears the lock of the destination and of the files below destination/name-of-source
-  /// first. A change of letter case alone goes through a free name next to the destination.
+  /// `moveFile:toPath:shouldAuth:`. The attempt as the user never replaces; the administrator's move does. Clears the
+  /// lock of the destination and of the files below destination/name-of-source first. A change of letter case alone
+  /// goes through a free name next to the destination.
   static bool moveFile(const std::string& source, const std::string& destination, ShouldAuth shouldAuth);
   /// `moveFile:toPath:`
   static bool moveFile(const std::string& source, const std::string& destination);
-  /// `copyFile:toPath:shouldAuth:`. Links are copied as links. An existing destination fails the
-  /// plain attempt. Clears the lock of the destination's folder first. Null paths are refused with a
-  /// line in log and console.
+  /// `copyFile:toPath:shouldAuth:`. Links are copied as links. With an existing destination the attempt as the user
+  /// fails. Clears the lock of the destination's folder first. Null paths are refused with a line in log and console.
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
                        ShouldAuth shouldAuth);
   /// `copyFile:toPath:`
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination);
-  /// `createDirectory:shouldAuth:`. With the missing folders above it.
+  /// `createDirectory:shouldAuth:`. Creates a folder and the missing ones above it.
   static bool createDirectory(const std::string& path, ShouldAuth shouldAuth);
   /// `createDirectory:`
   static bool createDirectory(const std::string& path);
-  /// `removeFile:shouldAuth:`. A file or a whole tree, for good. True when nothing is there; a
-  /// dangling link reads as nothing and stays.
+  /// `removeFile:shouldAuth:`. Removes a file or a whole tree permanently. True when nothing is there; a dangling link
+  /// reads as nothing and stays.
   static bool removeFile(const std::string& path, ShouldAuth shouldAuth);
   /// `removeFile:`
   static bool removeFile(const std::string& path);
-  /// `trashFile:shouldAuth:`. Into the user's Trash. True when nothing is there; a dangling link reads
-  /// as nothing and stays. Clears the item's lock first.
+  /// `trashFile:shouldAuth:`. Moves an item to the user's Trash. True when nothing is there; a dangling link reads as
+  /// nothing and stays. Clears the item's lock first.
   static bool trashFile(const std::string& path, ShouldAuth shouldAuth);
   /// `trashFile:`
   static bool trashFile(const std::string& path);
-  /// `trashDirectoryContents:shouldAuth:`. Every entry; true if none failed. The folder stays.
+  /// `trashDirectoryContents:shouldAuth:`. Trashes every entry; true if none failed. The folder stays.
   static bool trashDirectoryContents(const std::string& folder, ShouldAuth shouldAuth);
   /// `trashDirectoryContents:`
   static bool trashDirectoryContents(const std::string& folder);
 
-  /// `createDirectoryStructure:destination:`. Makes the item's folder under another root ("/A/b/c.txt"
-  /// under "/R" gives "/R/A/b"; a folder that is no package gives itself) and returns it, whether or
-  /// not making it succeeded.
+  /// `createDirectoryStructure:destination:`. Creates the item's folder under another root ("/A/b/c.txt" under "/R"
+  /// gives "/R/A/b"; a folder that is not a package gives itself) and returns it, whether or not creating it succeeded.
   static std::string createDirectoryStructure(const std::string& item, const std::string& destination);
 
   /// `fileExistsAtPath:`. Links are followed: a link to a missing target reads as absent.
@@ -94,20 +92,19 @@ class QMFileManager {
   static void unlockFile(const std::string& path);
   /// `isFileLocked:`. False when nothing is there.
   static bool isFileLocked(const std::string& path);
-  /// `lockFolder:`. The files below a folder, at any depth and through links to folders; the folders
-  /// themselves stay as they are.
+  /// `lockFolder:`. Locks the files below a folder, at any depth and through links to folders; the folders themselves
+  /// stay as they are.
   static void lockFolder(const std::string& folder);
-  /// `unlockFolder:`. As `lockFolder:`.
+  /// `unlockFolder:`. Unlocks what `lockFolder:` locks.
   static void unlockFolder(const std::string& folder);
 
-  /// `uniqueFilename:`. The path when nothing exists there, else the first free "name 2.ext",
-  /// "name 3.ext" and so on.
+  /// `uniqueFilename:`. Returns the path if nothing exists there, else the first free "name 2.ext", "name 3.ext" and so
+  /// on.
   static std::string uniqueFilename(const std::string& path);
 
-  /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; returns whether
-  /// it is. All variants with a limit: false at once when the operation fails; otherwise the disk is
-  /// checked until the limit has passed, every 0.3 seconds, or on the main thread between single
-  /// events. With a limit of 0 or less it is checked once.
+  /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; returns whether it is. All variants
+  /// with a limit return false at once if the operation fails. Otherwise they check the disk until the limit has
+  /// passed, every 0.3 seconds, or on the main thread between single events. With a limit of 0 or less they check once.
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
                        std::chrono::seconds timeout);
   /// `createDirectory:timeout:`. Returns whether the folder is there.
@@ -119,41 +116,41 @@ class QMFileManager {
   static bool removeFile(const std::string& path, std::chrono::seconds timeout);
   /// `trashFile:timeout:`. Returns whether the path is gone.
   static bool trashFile(const std::string& path, std::chrono::seconds timeout);
-  /// `copyContentsOfDirectory:toPath:timeout:`. Every entry, each with the whole limit, up to the first
-  /// that fails. Logs "File: %@" for each. The destination must exist.
+  /// `copyContentsOfDirectory:toPath:timeout:`. Copies every entry, each with the whole limit, up to the first that
+  /// fails. Logs "File: %@" for each. The destination must exist.
   static bool copyContentsOfDirectory(const std::string& source, const std::string& destination,
                                       std::chrono::seconds timeout);
 
-  /// `fileSize:`. Bytes of a file or of all files below a folder; 0 for what is not there or cannot be
-  /// read. A link to a folder is walked, without a record of what was visited.
+  /// `fileSize:`. Bytes of a file or of all files below a folder; 0 for what is not there or cannot be read. Links to
+  /// folders are followed, without a record of what was visited.
   static std::uint64_t fileSize(const std::string& path);
-  /// `isFolderEmpty:`. Nothing below but folders, links to such folders, ".DS_Store" and "Icon\r"
-  /// (whatever these are). True for a plain file, a missing path and a folder that cannot be listed.
+  /// `isFolderEmpty:`. Whether there is nothing below but folders, links to such folders, ".DS_Store" and "Icon\r" (of
+  /// any type). True for a plain file, a missing path and a folder that cannot be listed.
   static bool isFolderEmpty(const std::string& folder);
-  /// `trashFilesNamed:inFolder:`. Trashes the files of exactly this name at any depth, packages
-  /// included, folders never. The paths, in the order visited, whether or not trashing succeeded.
+  /// `trashFilesNamed:inFolder:`. Trashes the files of exactly this name at any depth, also in packages, but never
+  /// folders. Returns the paths, in the order visited, whether or not trashing succeeded.
   static std::vector<std::string> trashFilesNamed(const std::string& name, const std::string& folder);
   /// `trashFilesOfType:inFolder:`. The same for an extension, in any letter case; "" means files
   /// without one.
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
-  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty; false when it does not, also when it no longer
-  /// does after the attempt as the user. That attempt removes folders that hold nothing, ".DS_Store" and "Icon\r"
-  /// only; for what it cannot see into, and for links, rights are requested.
+  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty. Returns false if it is not empty, also if it is
+  /// no longer empty after the attempt as the user. That attempt removes only folders that hold nothing, ".DS_Store"
+  /// and "Icon\r"; for folders that it cannot list, and for links, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
-  /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern names, in the order found: from
-  /// the base folder, from "/" when that is null; an absolute pattern under a base is read relative to
-  /// it. A component with "*" is matched against the entries of each folder reached so far (hidden
-  /// ones too, letter case counts, "?" is one character); every other component is taken as it
-  /// stands. Links are followed and dangling ones left out; what cannot be listed drops out silently.
-  /// A pattern without "*" gives its one path without a check of the disk. A slash at the end of
-  /// a pattern with "*" is a component "/" like the first one, and leads back to where the walk began.
+  /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern matches, in the order found. The search begins
+  /// in the base folder, or in "/" if that is null; an absolute pattern under a base is read relative to it. A
+  /// component with "*" is matched against the entries of each folder reached so far (hidden ones too, letter case
+  /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
+  /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
+  /// of the disk. A slash at the end of a pattern with "*" is a component "/" like the first one, and leads back to
+  /// where the search began.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
-  /// `filesMatchingWildcardPath:`. With no base.
+  /// `filesMatchingWildcardPath:`. Without a base.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern);
-  /// `decodeWildcardPath:fromBasePath:`. The first of these; when there is none, the base joined with
-  /// the pattern as it is written, null without a base.
+  /// `decodeWildcardPath:fromBasePath:`. The first match; if there is none, the base joined with the pattern verbatim,
+  /// or null without a base.
   static std::optional<std::string> decodeWildcardPath(const std::string& pattern,
                                                        const std::optional<std::string>& basePath);
 
@@ -164,13 +161,13 @@ class QMFileManager {
   /// flag above 1.
   static std::optional<qm::foundation::Color> finderColorForPath(const std::string& path);
   /// `setFinderColorIndex:forPath:`. Sets the label, in its place in the Finder flags (2, 4 .. 14; other bits are
-  /// left out), and keeps the other flags. Failures are ignored.
+  /// ignored), and keeps the other flags. Failures are ignored.
   static void setFinderColorIndex(unsigned index, const std::string& path);
 
-  /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch, never making one. True at
-  /// once for an item that the user may write, whatever came of it; for any other, also a missing one,
-  /// administrator rights are requested, and the result is whether the tool was started. Whether the
-  /// system lets the creation date be set does not count. False for null.
+  /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch; never creates the item. For an
+  /// item that the user may write, returns true at once, whatever the result. For any other, also a missing one,
+  /// administrator rights are requested, and the result is whether the tool was started. Whether the system allows the
+  /// creation date to be set has no influence. False for null.
   static bool touchFile(const std::optional<std::string>& path, SetCreationDate setCreationDate);
   /// `touchFile:`. Without the creation date.
   static bool touchFile(const std::optional<std::string>& path);
@@ -180,29 +177,29 @@ class QMFileManager {
   /// `stringWithFSRef:`. Where the item is now; null when it is gone, and for an unfilled reference or none.
   static std::optional<std::string> stringWithFSRef(const FSRef* reference);
 
-  /// `registerApplicationWithLaunchServices:`. Makes an application bundle known to the desktop, again when it
-  /// already is. False when the desktop refused it.
+  /// `registerApplicationWithLaunchServices:`. Registers an application bundle with the desktop, again if it already
+  /// is. False if the desktop refused it.
   static bool registerApplicationWithLaunchServices(const std::string& path);
   /// `notifyFileSystemChanged:`. Notifies the desktop that an item, usually a folder, has changed. Whether that
   /// succeeds is not checked.
   static void notifyFileSystemChanged(const std::string& path);
 
-  /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder by the system's zip
-  /// tool, and waits for it. Absolute paths, as in `decompressFile`. What is at the destination goes to the Trash
-  /// first; where that fails it stays, nothing else is tried, and the tool replaces it. Returns whether
-  /// something is there afterwards, an old archive that could not be moved included. Nothing is reported.
+  /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder with the system's zip
+  /// tool, and waits for it. Absolute paths, as in `decompressFile`. An item at the destination is moved to the Trash
+  /// first; if that fails it stays, nothing else is tried, and the tool replaces it. Returns whether anything exists at
+  /// the destination afterwards, including an old archive that could not be trashed. Errors are not reported.
   static bool compressFile(const std::string& item, const std::string& destinationFile, IncludeParent includeParent);
-  /// `compressFile:toDestinationFile:`. With the folder.
+  /// `compressFile:toDestinationFile:`. With the folder itself.
   static bool compressFile(const std::string& item, const std::string& destinationFile);
-  /// `decompressFile:toDestinationFolder:`. Unpacks a zip archive in the same way. What is at the destination goes to
-  /// the Trash even when there is no such archive.
+  /// `decompressFile:toDestinationFolder:`. Unpacks a zip archive in the same way. An item at the destination is moved
+  /// to the Trash even if there is no such archive.
   static bool decompressFile(const std::string& archive, const std::string& destinationFolder);
 
   /// `copyFileWithProgress:destination:delegate:object:object:`. Begins to copy a file or folder in the background, and
-  /// returns whether that was possible; the console says why not. The destination is the folder, made when it is
-  /// missing, plus the new name; what has that name already is not replaced. The delegate is notified of progress once
-  /// a second and then, once, of the end, whatever that was, on the main thread, whose event loop must run; delegate,
-  /// objects and paths come with every report. A copy that fails or is cancelled leaves nothing.
+  /// returns whether that was possible; the console says why not. The destination is the folder, created if it is
+  /// missing, plus the new name; an existing item of that name is not replaced. The delegate is notified of progress
+  /// once a second and then, once, of the end, whatever the result, on the main thread, whose event loop must run.
+  /// Delegate, objects and paths come with every report. A copy that fails or is cancelled leaves nothing.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
                                    const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object, const std::shared_ptr<void>& object2);
@@ -210,7 +207,7 @@ class QMFileManager {
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
                                    const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object);
-  /// `cancelFileOperation:`. Has a copy end soon; the delegate is still notified of the end. Takes the operation that
+  /// `cancelFileOperation:`. Makes a copy end soon; the delegate is still notified of the end. Takes the operation that
   /// the delegate was passed.
   static void cancelFileOperation(const std::shared_ptr<qm::platform::FileOperation>& fileOperation);
   /// `waitForFileWrites:`. Returns when the item was not modified for more than 4 seconds, or is gone; a link is not
@@ -220,11 +217,11 @@ class QMFileManager {
   /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
   /// of 1024 up to gigabytes.
   static std::string formatFileSize(double size);
-  /// `validateFilename:`. A proposed name without one leading dot, then without white space and line
-  /// ends at both ends, then without "/" and ":". May be "".
+  /// `validateFilename:`. A proposed name without one leading dot, then without white space and newlines at both ends,
+  /// then without "/" and ":". May be "".
   static std::string validateFilename(const std::string& name);
 };
 
-/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed: 0 when the notice was sent, else why the item
-/// could not be named or the notice not be sent. No reply is waited for.
+/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed. Returns 0 if the notice was sent, else why the
+/// item could not be named or the notice could not be sent. Does not wait for a reply.
 QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference);

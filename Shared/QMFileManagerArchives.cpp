@@ -16,8 +16,8 @@ using qm::platform::platform;
 
 namespace {
 
-/// Runs the zip tool on a place that was cleared for its output. What is there afterwards is the answer: neither
-/// clearing the place nor the tool tells how it went.
+/// Runs the zip tool on a destination that was cleared for its output. Returns whether something is there afterwards,
+/// because neither clearing the destination nor the tool reports its result.
 bool runZipTool(const std::vector<std::string>& arguments, const std::string& output) {
   if (QMFileManager::fileExistsAtPath(output)) {
     std::ignore = platform().trash->recycle(deletingLastPathComponent(output), QMLocalPaths::trashDirectory(),

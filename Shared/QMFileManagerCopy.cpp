@@ -29,7 +29,7 @@ namespace {
 
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::seconds kStatusInterval(1);
-/// A file that has not changed for so long is taken for finished.
+/// A file that has not changed for this long counts as finished.
 constexpr std::chrono::seconds kQuietPeriod(4);
 constexpr std::chrono::microseconds kWritingPoll(500);
 
@@ -53,14 +53,14 @@ Delegate delegateIn(const FileOperationDictionary& information) {
   return entry == information.end() ? nullptr : std::get<Delegate>(entry->second);
 }
 
-/// What is queued keeps the delegate, the report and the operation until it was delivered.
+/// The queued work keeps the delegate, the report and the operation alive until it was delivered.
 void performLater(const Delegate& delegate, const char* selector, FileOperationDictionary report,
                   const FileOperationRef& operation) {
   platform().mainThread->perform(
       [delegate, selector, report = std::move(report), operation] { delegate->perform(selector, report, operation); });
 }
 
-/// Calls the form with the operation when the delegate has it, else the one without, if any.
+/// Calls the form with the operation if the delegate has it, else the one without, if any.
 void notify(const Delegate& delegate, const char* withOperation, const char* alone, FileOperationDictionary report,
             const FileOperationRef& operation) {
   if (!delegate) return;
@@ -71,7 +71,7 @@ void notify(const Delegate& delegate, const char* withOperation, const char* alo
   }
 }
 
-/// The error is not looked at: a delegate learns of the end of a copy, not of its success.
+/// The error is ignored: a delegate is notified of the end of a copy, not of its success.
 void statusCallback(const FileOperationRef& operation, const FileOperationReport& report,
                     const FileOperationDictionary& information) {
   FileOperationDictionary dictionary{{"stage", static_cast<std::uint64_t>(report.stage)}};

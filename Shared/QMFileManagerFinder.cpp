@@ -20,7 +20,7 @@ namespace {
 /// The bits of the label in the Finder flags.
 constexpr unsigned kLabelMask = 0x000E;
 
-/// The lower bit of the flags does not count: each colour stands for two values.
+/// The lowest bit of the flags is ignored: each colour has two values.
 struct LabelColor {
   unsigned flags = 0;
   Color color;

@@ -18,7 +18,7 @@ std::string QMFileManager::formatFileSize(double size) {
   return formatted("%0.2f GB", size * kStep * kStep * kStep);
 }
 
-/// The leading dot is looked at before the blanks, so " .x" keeps its dot.
+/// The leading dot is removed before the white space, so " .x" keeps its dot.
 std::string QMFileManager::validateFilename(const std::string& name) {
   const bool isHidden = name.starts_with('.');
   std::string cleaned = qm::foundation::trimmingWhitespaceAndNewlines(isHidden ? name.substr(1) : name);

@@ -28,13 +28,13 @@ const FileSystem& files() { return *platform().fileSystem; }
 
 enum class Position : bool { OnTheWay, AtTheEnd };
 
-/// A link may lead to nothing, and on a folder somebody else's volume may be mounted, that nobody else reaches. On
-/// the way such a folder need not be told apart: nothing is found below it.
+/// A link may be dangling, and a folder may be a mount point of somebody else's volume that nobody else can enter. In
+/// the middle of a pattern such a folder needs no check: nothing is found below it.
 bool mayBeOutOfReach(const DirectoryEntry& entry, Position position) {
   return entry.type == FileType::SymbolicLink || (entry.type == FileType::Directory && position == Position::AtTheEnd);
 }
 
-/// The entries of a folder that are like a component, each as a path.
+/// The entries of a folder that match a component, each as a path.
 PathList entriesLike(const std::string& folder, std::string_view component, Position position) {
   PathList found;
   const bool wasListed = files().visitDirectory(folder, EntrySizes::No, [&](const DirectoryEntry& entry) {
@@ -45,8 +45,8 @@ PathList entriesLike(const std::string& folder, std::string_view component, Posi
   return wasListed ? found : PathList();
 }
 
-/// Goes from a folder through the components that are left, to the end of one branch before the next: nothing
-/// but the way to it is kept. As deep as a path can be long.
+/// Follows the remaining components from a folder, depth first, so that only the current branch is kept in memory. The
+/// depth is limited by the length of a path.
 void follow(const std::string& folder, Components components, PathList& found) {
   if (components.empty()) {
     found.push_back(folder);
@@ -62,7 +62,7 @@ void follow(const std::string& folder, Components components, PathList& found) {
   if (files().fileExists(path)) follow(path, rest, found);
 }
 
-/// A component "/" leads back to where the walk began, whatever was reached before.
+/// A component "/" leads back to where the search began, whatever was reached before.
 Components sinceLastSlash(const std::vector<std::string>& components) {
   const auto last = std::find(components.rbegin(), components.rend(), "/");
   return Components(components).subspan(static_cast<std::size_t>(components.rend() - last));

@@ -26,8 +26,8 @@ DomainMask domain(QMLocalPaths::UserDomain user) {
 
 bool isRoot() { return platform().users->realUserId() == kRootUser; }
 
-/// What is left of a folder of root's once root's home is cut off. The second prefix is cut one
-/// letter short, so its last "t" stays: callers have come to find folders there.
+/// The rest of a path in root's home. The second prefix is one letter short, so its last "t" stays: callers have come
+/// to find folders there.
 std::string relativeToRootHome(std::string path) {
   constexpr std::string_view home = "/var/root";
   constexpr std::string_view privateHome = "/private/var/root";
@@ -37,8 +37,8 @@ std::string relativeToRootHome(std::string path) {
   return path;
 }
 
-/// Cuts a trailing slash together with the UTF-16 unit before it. Of a character that has two units the
-/// other half stays, which is no character: the rest is then the name of no folder.
+/// Removes a trailing slash together with the UTF-16 unit before it. If that was half of a surrogate pair, the other
+/// half stays, which is not a character: the rest is then the name of no folder.
 std::string_view withoutTrailingSlash(std::string_view path) {
   if (!path.ends_with('/')) return path;
   path.remove_suffix(1);

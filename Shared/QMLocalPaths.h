@@ -5,12 +5,11 @@
 
 #include "Platform/StandardDirectories.h"
 
-/// Where the standard folders are, who the user is, and which folders are never touched as a whole.
+/// Where the standard folders are, who the user is, and which folders are never moved or removed as a whole.
 ///
-/// A process whose real user id is 0 works for the person at the console: user-domain folders, home
-/// and name are the console user's. Paths are absolute, without a trailing slash; a folder that the
-/// system does not have is null. No state, any thread, nothing logged; nothing is cached,
-/// since another person may log in between two calls.
+/// A process whose real user id is 0 works for the user at the console: user-domain folders, home and name are the
+/// console user's. Paths are absolute, without a trailing slash; a folder that the system does not have is null. No
+/// state, any thread, nothing logged. Nothing is cached, since another user may log in between two calls.
 class QMLocalPaths {
  public:
   /// The domain of a standard folder: the user's (below the home folder) or the local one (below "/").
@@ -60,20 +59,20 @@ class QMLocalPaths {
   static std::string tempDirectory();
   /// `uuid`. A string that no other call gives.
   static std::string uuid();
-  /// `tempFile`. A new name in `tempDirectory`; the file is not made.
+  /// `tempFile`. A new name in `tempDirectory`; the file is not created.
   static std::string tempFile();
 
-  /// `pathForDirectory:forUserDomain:`. The first folder of the search; null when there is none. As
-  /// root, and for exactly the user domain, it is moved into the console user's home: the prefix
-  /// "/var/root" is dropped whole, "/private/var/root" all but its last letter, which stays in the
-  /// result ("/private/var/root/Library" becomes "t/Library" in the home).
+  /// `pathForDirectory:forUserDomain:`. The first folder of the search; null if there is none. As root, and for exactly
+  /// the user domain, it is moved into the console user's home: the prefix "/var/root" is dropped whole,
+  /// "/private/var/root" except for its last letter, which stays in the result ("/private/var/root/Library" becomes
+  /// "t/Library" in the home).
   static std::optional<std::string> pathForDirectory(qm::platform::StandardDirectory directory,
                                                      qm::platform::DomainMask domainMask);
 
-  /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user
-  /// or the machine, compared letter by letter; in the loose mode also anything that begins with
-  /// /usr, /var, /private/var or /System. A trailing slash is cut together with the letter before
-  /// it, so "/Applications/" is not recognised. Null and paths under 3 characters are not protected.
+  /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user or the machine,
+  /// compared letter by letter; in the loose mode also anything that begins with /usr, /var, /private/var or /System. A
+  /// trailing slash is removed together with the letter before it, so "/Applications/" is not recognised. Null and
+  /// paths under 3 characters are not protected.
   static bool isPathSystemDirectory(const std::optional<std::string>& path, ExactMatch exactMatch);
   /// `isPathSystemDirectory:`. The loose mode.
   static bool isPathSystemDirectory(const std::optional<std::string>& path);

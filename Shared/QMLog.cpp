@@ -32,12 +32,12 @@ namespace {
 
 /// The size in bytes of message lines after which a new file is begun.
 constexpr std::size_t kTruncationThreshold = 499'999;
-/// Messages up to this many characters, behind a queue up to this long, are waited for.
+/// A message up to this length, behind a queue up to this length, is waited for.
 constexpr std::size_t kShortMessage = 99;
 constexpr int kOldestFile = 5;
 
-/// A lock of one call's own. No other call sees it, so it excludes nothing; what keeps writing and
-/// rotation apart is that the queue runs one operation at a time and is empty before a rotation.
+/// A lock local to one call. No other call sees it, so it excludes nothing. Writing and rotation are kept apart because
+/// the queue runs one operation at a time and is empty before a rotation.
 class CallLock {
  private:
   std::mutex mutex_;
@@ -56,7 +56,7 @@ std::optional<std::string> appendingText(const std::optional<std::string>& path,
   return path ? std::optional(*path + text) : std::nullopt;
 }
 
-/// Ends the writing of a message that a failed step makes impossible; the message stays counted.
+/// Ends the writing of a message after a failed step; the message stays counted.
 void require(const Status& step) {
   if (!step) throw std::runtime_error(step.localizedDescription());
 }
@@ -65,8 +65,7 @@ double gigabytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1024
 
 }  // namespace
 
-/// Where the log goes. For root the file that is written lies elsewhere than the folder that is
-/// tested, made and rotated.
+/// Where the log goes. As root the file that is written is not in the folder that is checked, created and rotated.
 struct QMLog::Files {
   std::optional<std::string> folder;
   std::optional<std::string> current;
@@ -112,7 +111,7 @@ void QMLog::createNewLog(const std::optional<std::string>& name) {
     log.setLoggingDisabled(true);
     return;
   }
-  // The executable's name comes first: a name given here counts only where there is none.
+  // The executable's name has priority: a name given here is used only if there is none.
   if (name && !log.appName()) log.setAppName(name);
   log.setBytesWritten(0);
 
@@ -159,8 +158,9 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   return files;
 }
 
-/// The current file gets its new name beside the old one, which the new file takes over. However the process ends, a
-/// file is there to go on with: where a log file is missing none is made. Where a file has one name only, it is moved.
+/// The current file gets its new name as a second one, and the new file then replaces the first. However the process
+/// ends, a log file exists, which matters because a missing one is not created. Where a file can have only one name, it
+/// is moved.
 QMLog::Rotation QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName,
                               const std::string& current) {
   auto& fileSystem = *platform().fileSystem;
@@ -199,7 +199,7 @@ bool QMLog::beginFile(const std::optional<std::string>& path) {
   }
   endsWithinALine_ = false;
   auto handle = openCurrent(path);
-  // Elsewhere than at the end it would write over lines.
+  // Anywhere but at the end, it would overwrite lines.
   if (handle && handle->seekToEndOfFile()) setFileHandle(std::move(handle));
   return true;
 }
@@ -250,7 +250,7 @@ void QMLog::appendLogOnThread(const std::string& message) {
   }
 }
 
-/// The date's text is made once a second, since making it takes about as long as the rest of a line.
+/// The date's text is made once a second, because making it takes about as long as the rest of a line.
 std::string QMLog::line(const std::string& message) {
   constexpr std::size_t usualDate = 40;
   const auto now = platform().clock->now();
@@ -281,7 +281,7 @@ void QMLog::write(const std::string& message) {
   lowerBytesInQueue(utf16Length(message));
 }
 
-/// A line that could be written in part only is taken back. Where that cannot be done, the next one goes below it.
+/// A line that could be written only in part is removed again. If that fails, the next line begins after it.
 void QMLog::append(FileHandle& handle, const std::string& text) {
   const Status written = handle.writeData(endsWithinALine_ ? "\n" + text : text);
   if (written) {
@@ -292,15 +292,15 @@ void QMLog::append(FileHandle& handle, const std::string& text) {
   require(written);
 }
 
-/// Read and written apart, so threads that do it at the same moment lose one another's step. Beside it the units are
-/// counted without a loss; they come first, so that they are complete when the message's turn comes.
+/// Read and written separately, so threads that do it at the same moment lose each other's step. An exact count is kept
+/// beside it. That is raised first, so that it is complete when the message's turn comes.
 void QMLog::raiseBytesInQueue(std::size_t units) {
   unitsWaiting_ += units;
   bytesInQueue_ = bytesInQueue_ + units;
 }
 
-/// What was lost so far is made good here. A thread that is just raising may undo that, but its own message is still to
-/// come: with the last message the count is right.
+/// Corrects the losses so far. A thread that is just raising may undo that, but its own message is still to come: after
+/// the last message the count is exact.
 void QMLog::lowerBytesInQueue(std::size_t units) {
   std::size_t waiting = unitsWaiting_;
   while (!unitsWaiting_.compare_exchange_weak(waiting, waiting - std::min(waiting, units))) {
@@ -312,7 +312,7 @@ std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {
   if (auto handle = fileHandle()) return handle;
   auto handle = openCurrent(files(appName()).current);
   if (handle) {
-    require(handle->seekToEndOfFile());  // else it is not kept: elsewhere it would write over lines
+    require(handle->seekToEndOfFile());  // otherwise not kept: it would overwrite lines
     setFileHandle(handle);
   } else if (!loggingDisabled()) {
     printToConsole("Unable to log the following information: %@", message);

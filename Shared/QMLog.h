@@ -13,13 +13,12 @@
 #include "Platform/foundation/Format.h"
 #include "Shared/Singleton.h"
 
-/// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, one dated
-/// line a message, up to five files, a new one after 500,000 bytes.
+/// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, one dated line for each
+/// message, up to five files, a new one after 500,000 bytes.
 ///
-/// Messages are formatted on the caller's thread and written in order by one worker thread. `appendLog`
-/// passes its formatted text on as a format string, so a "%" that is left after the first pass is read
-/// as a directive again. Failures never reach the caller; they
-/// are printed to the system console. Any thread.
+/// Messages are formatted on the caller's thread and written in order by one worker thread. `appendLog` passes its
+/// formatted text on as a format string, so a literal "%" in an argument is expanded a second time. Failures never
+/// reach the caller; they are printed to the system console. Any thread.
 class QMLog : public qm::Singleton<QMLog> {
  public:
   /// `sharedController`. The one log, made on first use.
@@ -27,11 +26,10 @@ class QMLog : public qm::Singleton<QMLog> {
 
   /// `createNewLog`. The same as `createNewLog:` with null.
   static void createNewLog();
-  /// `createNewLog:`. Waits for pending writes, moves APP.1.log to APP.4.log up by one (the fifth is
-  /// removed) and begins a new first file with its header. The name is used only when the
-  /// executable has none. When the user's preferences switch logging off, prints that to the console and does nothing
-  /// else. When a step fails, the console says which and no new file is begun. A process that ends meanwhile leaves the
-  /// old first file or the new one.
+  /// `createNewLog:`. Waits for pending writes, renames APP.1.log to APP.4.log up by one (the fifth is removed) and
+  /// begins a new first file with its header. The name is used only if the executable has none. If the user's
+  /// preferences switch logging off, prints that to the console and does nothing else. If a step fails, the console
+  /// says which and no new file is begun. A process that ends meanwhile leaves the old first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.
@@ -40,9 +38,8 @@ class QMLog : public qm::Singleton<QMLog> {
     if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
   }
 
-  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A message of 1 to 99
-  /// characters behind at most 99 waiting ones has been written when this returns. A null format
-  /// does nothing.
+  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A message of 1 to 99 characters with at most
+  /// 99 characters waiting before it has been written when this returns. A null format does nothing.
   template <class... Arguments>
   static void appendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
@@ -55,18 +52,17 @@ class QMLog : public qm::Singleton<QMLog> {
     if (format) appendAndPrintMessage(qm::foundation::formatted(trimmed(*format), arguments...));
   }
 
-  /// `appendLogOnThread:`. The queued operation: opens the file when needed (it never makes one),
-  /// writes the line, counts it and begins a new log after 500,000 bytes.
+  /// `appendLogOnThread:`. The queued operation: opens the file if needed (never creating it), writes the line, counts
+  /// it and begins a new log after 500,000 bytes.
   static void appendLogOnThread(const std::string& message);
 
-  /// `finishWriting`. Returns when every queued message has been written; at once from inside the
-  /// writing itself.
+  /// `finishWriting`. Returns when every queued message has been written; at once when called on the writing thread.
   static void finishWriting();
 
   /// `release`. Frees nothing, but waits as `finishWriting` does.
   void release();
-  /// `dealloc`. Waits for pending writes and gives up name, queue and file. Nothing in the system
-  /// calls it: the log lives as long as the process.
+  /// `dealloc`. Waits for pending writes and releases name, queue and file. Nothing in the system calls it: the log
+  /// lives as long as the process.
   void dealloc();
 
   /// `writeQueue`
@@ -77,7 +73,7 @@ class QMLog : public qm::Singleton<QMLog> {
   std::shared_ptr<qm::platform::FileHandle> fileHandle() const { return fileHandle_.get(); }
   /// `setFileHandle:`
   void setFileHandle(std::shared_ptr<qm::platform::FileHandle> handle) { fileHandle_.set(std::move(handle)); }
-  /// `appName`. The name set, else the executable's without extension, else null.
+  /// `appName`. The name that was set, else the executable's without extension, else null.
   std::optional<std::string> appName() const;
   /// `setAppName:`
   void setAppName(std::optional<std::string> name) { appName_.set(std::move(name)); }
@@ -85,8 +81,8 @@ class QMLog : public qm::Singleton<QMLog> {
   std::size_t bytesWritten() const { return bytesWritten_; }
   /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
-  /// `bytesInQueue`. UTF-16 code units of messages not yet written; approximate while several threads write messages,
-  /// since it is raised and lowered by separate reads and writes, and right again with every message written.
+  /// `bytesInQueue`. UTF-16 code units of messages not yet written. It is changed by separate reads and writes, so it
+  /// is approximate while several threads write messages, and exact again after every message written.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
   /// `setBytesInQueue:`
   void setBytesInQueue(std::size_t units) { unitsWaiting_ = bytesInQueue_ = units; }
@@ -133,8 +129,8 @@ class QMLog : public qm::Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
-  std::atomic<std::size_t> unitsWaiting_{0};  ///< what bytesInQueue_ is when nobody is about to change it
+  std::atomic<std::size_t> unitsWaiting_{0};  ///< the value of bytesInQueue_ while no thread is changing it
   std::atomic<bool> loggingDisabled_{false};
-  std::atomic<bool> endsWithinALine_{false};  ///< the file, with what a failed writing left
+  std::atomic<bool> endsWithinALine_{false};  ///< the file ends with a partial line of a failed write
   std::atomic<bool> initialised_{false};
 };

@@ -24,7 +24,7 @@ namespace {
 
 constexpr long kNoProcess = -1;
 
-/// Told of a task as soon as it is made, before it is launched.
+/// Receives a task as soon as it is made, before it is launched.
 using TaskReceiver = std::function<void(const std::shared_ptr<Task>&)>;
 
 TaskReceiver storingIn(std::shared_ptr<Task>* slot) {
@@ -67,7 +67,7 @@ bool runToExit(const std::string& path, const QMTask::Arguments& arguments, cons
   return true;
 }
 
-/// Standard output to its end, then standard error to its end; what was printed as an error wins.
+/// Reads standard output to its end, then standard error to its end; output on standard error takes precedence.
 std::string readBoth(OutputReader& output, OutputReader& error) {
   std::string outputData;
   std::string errorData;
@@ -102,7 +102,7 @@ std::optional<std::string> decoded(const QMTask::Data& data, StringEncoding enco
   return data ? qm::foundation::decode(*data, encoding) : std::string();
 }
 
-/// Cut toward zero; a limit that is no number is none, one beyond a century is that.
+/// Truncates toward zero. NaN counts as 0; a limit beyond a century is cut to that.
 std::chrono::seconds wholeSeconds(QMTask::TimeoutInterval timeout) {
   constexpr double longest = 100.0 * 366 * 24 * 3600;
   if (std::isnan(timeout.count())) return std::chrono::seconds(0);
@@ -179,8 +179,8 @@ void QMTask::runTask(const std::string& path, const Arguments& arguments, Timeou
 
 std::shared_ptr<QMTask> QMTask::make() { return std::shared_ptr<QMTask>(new QMTask); }
 
-/// Runs an operation with its task in the slot while a timer sleeps. The timer is not told that the
-/// operation has ended: it finds the slot empty.
+/// Runs an operation with its task in the slot while a timer sleeps. The timer is not notified when the operation has
+/// ended; it finds the slot empty.
 template <class Operation>
 auto QMTask::withTimeout(TimeoutInterval timeout, Operation operation) {
   const auto body = [self = shared_from_this(), limit = wholeSeconds(timeout)] { self->setupTimeout(limit); };

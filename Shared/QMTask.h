@@ -13,18 +13,16 @@
 #include "Platform/foundation/Strings.h"
 #include "Shared/AsyncTaskDelegate.h"
 
-/// Runs a command-line tool by its absolute path, without a shell, and waits for it; or, on an instance,
-/// runs it in the background and passes its output on as it comes.
+/// Runs a command-line tool by its absolute path, without a shell, and waits for it; or, on an instance, runs it in the
+/// background and passes its output on as it comes.
 ///
-/// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not
-/// executable" on the console and in the log. That, and a launch that the system itself refuses
-/// (about which nothing is logged), returns the value that means that no process was
-/// started: -1, null, false. A wait on the main thread keeps its event loop served. Arguments may
-/// be null (none).
+/// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not executable" on the
+/// console and in the log. In that case, and if the system itself refuses the launch (about which nothing is logged),
+/// the call returns the value that means that no process was started: -1, null, false. A wait on the main thread serves
+/// its event loop. Arguments may be null (none).
 ///
-/// The forms with a time limit ask the tool to end when the limit has passed; the call then returns
-/// in its normal way, with what the ended tool left. Their timer thread sleeps the limit out even
-/// when the tool is quicker.
+/// The forms with a time limit ask the tool to end when the limit has passed; the call then returns in its normal way,
+/// with what the tool left. Their timer thread always sleeps for the whole limit.
 class QMTask : public std::enable_shared_from_this<QMTask> {
  public:
   /// One run of a tool.
@@ -43,9 +41,9 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `terminationCodeFromTask:arguments:timeout:`
   static long terminationCodeFromTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
 
-  /// `dataFromTask:arguments:task:`. What the tool printed to standard error or, only when that is
-  /// empty, to standard output. Standard output is read to its end first, so a tool that fills the
-  /// error pipe meanwhile waits. Does not wait for the tool to exit.
+  /// `dataFromTask:arguments:task:`. What the tool printed to standard error or, only if that is empty, to standard
+  /// output. Standard output is read to its end first, so a tool that fills the error pipe meanwhile blocks. Does not
+  /// wait for the tool to exit.
   static Data dataFromTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
   /// `dataFromTask:arguments:timeout:`
   static Data dataFromTask(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
@@ -77,7 +75,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `runTaskAndReturn:arguments:`. Starts the tool and returns; it is reaped when it ends.
   static void runTaskAndReturn(const std::string& path, const Arguments& arguments);
 
-  // A literal 0 is refused: it would be taken for a null `task`, not for a limit.
+  // A literal 0 is rejected: overload resolution would read it as a null `task` pointer, not as a time limit.
   static long terminationCodeFromTask(const std::string&, const Arguments&, int) = delete;
   static Data dataFromTask(const std::string&, const Arguments&, int) = delete;
   static std::optional<std::string> stringFromTask(const std::string&, const Arguments&, int) = delete;
@@ -85,10 +83,10 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
                                                    int) = delete;
   static bool runTask(const std::string&, const Arguments&, int) = delete;
 
-  /// A runner of its own, as each call with a time limit makes one.
+  /// A runner of its own, such as each call with a time limit makes.
   static std::shared_ptr<QMTask> make();
 
-  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose slot holds the task meanwhile.
+  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose slot holds the task until the call returns.
   long terminationCodeOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
   /// `dataFromTask:arguments:timeout:` on an instance.
   Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
@@ -103,19 +101,19 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
 
   /// `setupTimeout:`. The timer thread: sleeps, then has the main thread perform `timeout`.
   void setupTimeout(std::chrono::seconds limit);
-  /// `timeout`. Main thread: ends the task in the slot if it still runs, and says so.
+  /// `timeout`. Main thread: ends the task in the slot if it is still running, and logs that.
   void timeout();
 
-  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and passes
-  /// each piece of its standard output to the delegate, at last an empty one; returns at once. Standard
-  /// error and the exit status are discarded; the tool shares the program's standard input. There is
-  /// no check and no limit: a tool that cannot be launched is reported by the reading thread as
-  /// "Unable to launch async task - %@" (the system's reason) in log and console, and nobody is called.
-  /// After the last piece the tool is asked to end, and everything that the run held is released.
+  /// `asyncDataFromTask:arguments:delegate:selector:object:`. Starts a thread that runs the tool and passes each piece
+  /// of its standard output to the delegate, and finally an empty one; returns at once. Standard error and the exit
+  /// status are discarded; the tool shares the program's standard input. There is no check of the path and no limit. If
+  /// the tool cannot be launched, the reading thread reports "Unable to launch async task - %@" (the system's reason)
+  /// in log and console, and the delegate is not called. After the last piece the tool is asked to end, and everything
+  /// that the run held is released.
   ///
-  /// One run at a time: a second call takes the first one's place. The first tool is not ended, but its
-  /// further output is read and dropped. A run whose task is taken out of the slot in another way ends at its next
-  /// piece. The instance lives until its reading threads have ended. Any thread.
+  /// One run at a time: a second call replaces the first. The first tool is not ended, but its further output is read
+  /// and dropped. A run whose task is removed from the slot in another way ends at its next piece. The instance lives
+  /// until its reading threads have ended. Any thread.
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
                          const std::shared_ptr<qm::AsyncTaskDelegate>& delegate, const qm::AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
@@ -123,18 +121,18 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
   /// output. Logs "Unable to launch async task - no task set" when there is none.
   void launchAsyncTask();
-  /// `asyncTaskReturnData:`. Passes one piece to the delegate if it has the operation, and ends the run
-  /// after the empty one either way.
+  /// `asyncTaskReturnData:`. Passes one piece to the delegate if that has the operation. After the empty piece it ends
+  /// the run in either case.
   void asyncTaskReturnData(const qm::AsyncTaskNotification& notification);
-  /// `terminateAsyncTask`. Ends the reading, releases delegate and context, asks the tool to end and empties the
-  /// slot, in this order; a read that is blocked ends at once. The delegate is not notified: nothing more reaches it
-  /// but a piece that was already on its way. Does nothing when nothing runs or the ending has begun. Any thread, the
-  /// delegate's own calls included; called while this runner releases a delegate or context, it ends the run that
-  /// these belong to and no other.
+  /// `terminateAsyncTask`. Ends the reading, releases delegate and context, asks the tool to end and empties the slot,
+  /// in this order; a blocked read ends at once. The delegate is not notified, but may still receive a piece that was
+  /// already on its way. Does nothing if nothing is running or the ending has begun. Any thread, including from the
+  /// delegate's own calls. Called while this runner releases a delegate or context, it ends the run that these belong
+  /// to and no other.
   void terminateAsyncTask();
 
  private:
-  /// Whom the output of a run's task goes to.
+  /// The receiver of the output of a run's task.
   struct AsyncReceiver {
     std::shared_ptr<Task> task;
     std::shared_ptr<qm::AsyncTaskDelegate> delegate;
@@ -167,7 +165,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;
 
   qm::platform::AtomicProperty<std::shared_ptr<Task>> theTask_;
-  mutable std::mutex asyncMutex_;  // of receiver_, and of its going together with theTask_
+  mutable std::mutex asyncMutex_;  // guards receiver_, and its removal together with theTask_
   AsyncReceiver receiver_;
   std::mutex launchMutex_;  // a launch and an ending exclude each other
 };

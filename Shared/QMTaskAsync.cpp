@@ -9,8 +9,8 @@ using qm::platform::platform;
 using qm::platform::Task;
 using qm::platform::TaskStream;
 
-/// That a thread lets go of what a run held. What ends by that and ends its runner's run means that very run: another
-/// may have taken its place while a delegate was kept by a call.
+/// Marks that a thread is releasing what a run held. If a destructor that runs meanwhile ends its runner's run, it
+/// means that very run, although another may have replaced it in the slot while a call still kept the delegate.
 class QMTask::LettingGo {
  public:
   LettingGo(const QMTask& runner, std::shared_ptr<Task> task)
@@ -19,7 +19,7 @@ class QMTask::LettingGo {
   LettingGo& operator=(const LettingGo&) = delete;
   ~LettingGo() { innermost() = outer_; }
 
-  /// The task whose run the calling thread lets go of; null when it does not.
+  /// The task whose run the calling thread is releasing; null if it is not.
   static const std::shared_ptr<Task>* of(const QMTask& runner) {
     for (const LettingGo* scope = innermost(); scope != nullptr; scope = scope->outer_) {
       if (&scope->runner_ == &runner) return &scope->task_;
@@ -69,8 +69,8 @@ void QMTask::asyncDataFromTask(const std::string& path, const Arguments& argumen
   endAsyncRun(task);
 }
 
-/// The delegate and the context of the run before go while that run is still the one in the slot: what they end
-/// as they go is theirs.
+/// The delegate and the context of the previous run are released while that run is still in the slot: what their
+/// destructors end is their own run.
 void QMTask::giveUpReceiver() {
   AsyncReceiver released;
   {
@@ -106,7 +106,7 @@ void QMTask::terminateAsyncTask() {
   completeEnding(std::move(released), task);
 }
 
-/// Ends the run of one task, and leaves another alone that has taken its place.
+/// Ends the run of one task. Does nothing to another run that has replaced it.
 void QMTask::endAsyncRun(const std::shared_ptr<Task>& task) {
   AsyncReceiver released;
   {
@@ -120,8 +120,8 @@ void QMTask::endAsyncRun(const std::shared_ptr<Task>& task) {
   completeEnding(std::move(released), task);
 }
 
-/// Nobody is called any more once the receiver is taken, so the rest needs no lock. It goes in an order that a delegate
-/// or a context can tell as it ends: the output is closed, the tool still in the slot and not yet asked to end.
+/// After the receiver is taken nobody is called any more, so the rest needs no lock. A delegate or context can observe
+/// the order in its destructor: the output is closed, the tool still in the slot and not yet asked to end.
 void QMTask::completeEnding(AsyncReceiver released, const std::shared_ptr<Task>& task) {
   const std::shared_ptr<Task> own = released.task == task ? nullptr : released.task;
   closeOutput(task);
@@ -138,8 +138,8 @@ void QMTask::closeOutput(const std::shared_ptr<Task>& task) {
   if (reader) reader->close();
 }
 
-/// A launch that has begun is waited for, since a tool can be ended only when it is there; one that has not will
-/// not begin.
+/// A launch in progress is waited for, since a tool can be ended only after it was started. A launch that has not begun
+/// will not begin.
 void QMTask::endTool(const std::shared_ptr<Task>& task) {
   if (!task) return;
   const std::scoped_lock lock(launchMutex_);
@@ -152,7 +152,7 @@ void QMTask::forget(const std::shared_ptr<Task>& task) {
   if (theTask() == task) setTheTask(nullptr);
 }
 
-/// Under the lock. The run stays, with nobody to call.
+/// Called under the lock. The run goes on, with nobody to call.
 QMTask::AsyncReceiver QMTask::takeReceiver() {
   AsyncReceiver taken;
   taken.task = receiver_.task;
@@ -162,7 +162,7 @@ QMTask::AsyncReceiver QMTask::takeReceiver() {
   return taken;
 }
 
-/// Never under a lock: who ends here may call back.
+/// Never called under a lock: a destructor may call back.
 void QMTask::letGo(AsyncReceiver receiver) {
   const LettingGo scope(*this, receiver.task);
   receiver.delegate.reset();
@@ -173,7 +173,7 @@ void QMTask::letGo(AsyncReceiver receiver) {
 
 void QMTask::launchAsyncTask() { readAsyncTask(theTask()); }
 
-/// A reading thread serves its own run only: when another one has taken its place, it leaves.
+/// A reading thread serves only its own run. If another one has replaced it, the thread ends.
 void QMTask::readAsyncTask(const std::shared_ptr<Task>& task) {
   if (!theTask()) {
     QMLog::appendLog("Unable to launch async task - no task set");
@@ -185,7 +185,7 @@ void QMTask::readAsyncTask(const std::shared_ptr<Task>& task) {
   finish(task);
 }
 
-/// A tool whose place another has taken runs on, and may print: a pipe that nobody reads would end it.
+/// A tool whose run was replaced goes on and may print; if nobody read its pipe, it would be ended.
 void QMTask::finish(const std::shared_ptr<Task>& task) {
   if (isInProgress(task)) {
     deliver(qm::AsyncTaskNotification::withData(std::string()), task);
@@ -230,20 +230,20 @@ void QMTask::asyncTaskReturnData(const qm::AsyncTaskNotification& notification) 
 void QMTask::deliver(const qm::AsyncTaskNotification& notification, const std::shared_ptr<Task>& task) {
   AsyncReceiver receiver = receiverOf(task);
   if (receiver.delegate && receiver.selector && receiver.delegate->respondsToSelector(*receiver.selector)) {
-    const std::string none;  // the end is told by a buffer of its own
+    const std::string none;  // a new buffer for the end
     const std::string& data = notification.data().empty() ? none : notification.data();
     receiver.delegate->perform(*receiver.selector, data, *this, receiver.object);
   }
   letGo(std::move(receiver));
 }
 
-/// The run of a task has neither ended nor begun to.
+/// The run of a task has neither ended nor begun to end.
 bool QMTask::isInProgress(const std::shared_ptr<Task>& task) const {
   const std::scoped_lock lock(asyncMutex_);
   return receiver_.task == task ? !receiver_.isEnding : theTask() == task;
 }
 
-/// Who receives a task's output; nobody once its run has ended or another has taken its place.
+/// The receiver of a task's output; none once its run has ended or was replaced.
 QMTask::AsyncReceiver QMTask::receiverOf(const std::shared_ptr<Task>& task) const {
   const std::scoped_lock lock(asyncMutex_);
   return receiver_.task == task ? receiver_ : AsyncReceiver();

@@ -7,13 +7,13 @@
 namespace qm {
 
 template <class Class>
-struct SingletonReset;  // tests start from a fresh object
+struct SingletonReset;  // lets tests start from a fresh object
 
-/// A process-wide object: made by the first allocation under the class's lock, never destroyed.
-/// Its reference count is a fiction, so callers may release the shared object freely.
+/// A process-wide object: created by the first allocation under the class's lock, never destroyed. Its reference count
+/// is a fiction, so callers may release the shared object freely.
 ///
-/// The class declares this a friend, has a default constructor, and overrides `release` where that
-/// does more than nothing.
+/// The class declares this template a friend, has a default constructor, and hides `release` if that has to do
+/// anything.
 template <class Class>
 class Singleton {
  public:
@@ -42,7 +42,7 @@ class Singleton {
  protected:
   Singleton() = default;
   ~Singleton() = default;
-  /// Recursive: making the shared object allocates it under the same lock.
+  /// Recursive, since creating the shared object allocates it under the same lock.
   static std::recursive_mutex& classLock() {
     static auto* lock = new std::recursive_mutex;  // outlives every thread
     return *lock;

@@ -6,9 +6,11 @@
 #include "Platform/Platform.h"
 #include "Platform/Threads.h"
 #include "Shared/QMTask.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalDetails.h"
 
 using qm::platform::platform;
+using qm::uninstaller::translated;
 
 void AppController::connect(const qm::uninstaller::Outlets& outlets) { outlets_ = outlets; }
 
@@ -18,7 +20,8 @@ void AppController::cancel(const qm::platform::ActionSender* /*sender*/) { platf
 
 void AppController::endProgress() {
   outlets_.windowProgress->orderOut();
-  platform().userInterface->runAlertPanel("Uninstall complete", "Items have been placed in your Trash.",
+  platform().userInterface->runAlertPanel(translated("Uninstall complete"),
+                                          translated("Items have been placed in your Trash."),
                                           removalDetails(stayedItems(report_)));
   platform().userInterface->terminate(this);
 }
@@ -35,7 +38,7 @@ void AppController::uninstall(const qm::platform::ActionSender* /*sender*/) {
   outlets_.progressBar->startAnimation();
   outlets_.windowProgress->makeKeyAndOrderFront();
   outlets_.windowMain->orderOut();
-  // Without a thread to spare the interface stands still, but the run is the same.
+  // If the system refuses a thread, the interface does not respond during the run, but the run is the same.
   if (!platform().threads->detachNewThread([this] { beginUninstall(); })) beginUninstall();
 }
 

@@ -6,34 +6,33 @@
 #include "Uninstaller/Interface.h"
 #include "Uninstaller/RemovalRun.h"
 
-/// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker
-/// thread removes the items one by one, an alert at the end. There is no way back from the progress
-/// window: whatever fails on the way, the run ends in the alert and the application quits.
+/// The uninstall of Tessaly: a main window with Uninstall and Cancel, a progress window while a worker thread removes
+/// the items one by one, an alert at the end. The progress window cannot be left: whatever fails, the run ends with the
+/// alert and the application quits.
 ///
-/// Made by the main interface file, which connects the outlets and sends the actions. Lives until the
-/// process ends, with the worker possibly inside its last call.
+/// Created by the main interface file, which connects the outlets and sends the actions. Lives until the process ends,
+/// with the worker possibly inside its last call.
 class AppController : public qm::uninstaller::InterfaceOwner {
  public:
   AppController() = default;
-  /// With a witness, results have reasons. It outlives the controller; its services are the installed ones.
+  /// With a witness, results have reasons. The witness outlives the controller; its services are the installed ones.
   explicit AppController(RemovalWitness& witness) : witness_(&witness) {}
 
   void connect(const qm::uninstaller::Outlets& outlets) override;
 
-  /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for
-  /// nil, for an item in a folder named "Release", below "/Structure/Applications/", already in the
-  /// Trash, or not there (a dangling link reads as not there).
+  /// `trashFile:` (worker). Moves one item to the Trash, waiting up to 10 seconds. Does nothing for null, for an item
+  /// in a folder named "Release", below "/Structure/Applications/", already in the Trash, or not there (a dangling link
+  /// reads as not there).
   void trashFile(const std::optional<std::string>& path);
 
   /// `cancel:` (main thread). Ends the application.
   void cancel(const qm::platform::ActionSender* sender) override;
-  /// `endProgress` (main thread). Closes the progress window, shows the alert, ends the application. Where an item
-  /// stayed, the alert's details say which and why.
+  /// `endProgress` (main thread). Closes the progress window, shows the alert, ends the application. If an item stayed,
+  /// the alert's details say which and why.
   void endProgress();
   /// `beginUninstall` (worker). The whole run.
   void beginUninstall();
-  /// `uninstall:` (main thread). Shows the progress window in place of the main one, starts the worker
-  /// and returns.
+  /// `uninstall:` (main thread). Replaces the main window by the progress window, starts the worker and returns.
   void uninstall(const qm::platform::ActionSender* sender) override;
   /// `awakeFromNib`. Does nothing.
   void awakeFromNib() override;

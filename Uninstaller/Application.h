@@ -7,24 +7,23 @@
 #include "Platform/ProductIdentity.h"
 #include "Uninstaller/Interface.h"
 
-/// What a front end gives to the program's main function.
+/// What a front end provides to the program's main function.
 namespace qm::uninstaller {
 
-/// Makes the object that the main interface file holds.
+/// Makes the object that the main interface file contains.
 using MakeInterfaceOwner = std::function<std::unique_ptr<InterfaceOwner>()>;
 
-/// This system's own services with the front end's, for the product. Made on the first call, which comes from the main
-/// thread before there is any other, and never destroyed.
+/// This system's own services and the front end's, for the product. The first call creates them; it comes from the main
+/// thread before there is any other. Never destroyed.
 const platform::Platform& systemPlatform(const platform::ProductIdentity& product);
 
-/// The front end's application main function. Loads the main interface file, which makes its owner with
-/// `makeOwner`, connects the owner's outlets and actions and sends it `awakeFromNib`; shows the main
-/// window; runs the event loop until the application is terminated. The arguments go to the toolkit
-/// unchanged. Called once, on the main thread. Returns the exit code of the process, or does not come back where the
-/// toolkit ends the process by itself.
+/// The front end's application main function. Loads the main interface file, which makes its owner with `makeOwner`,
+/// connects the owner's outlets and actions and sends it `awakeFromNib`. Shows the main window and runs the event loop
+/// until the application is terminated. The arguments are passed to the toolkit unchanged. Called once, on the main
+/// thread. Returns the exit code of the process, or does not return if the toolkit ends the process itself.
 ///
-/// The owner and everything that its outlets point at stay valid until the process is gone, since a
-/// worker of the owner may still be inside its last call then.
+/// The owner and everything that its outlets point to stay valid until the process is gone, since a worker of the owner
+/// may still be inside its last call then.
 int applicationMain(int argc, char** argv, const platform::ProductIdentity& product,
                     const MakeInterfaceOwner& makeOwner);
 

@@ -2,16 +2,16 @@
 
 #include "Platform/UserInterface.h"
 
-/// What the uninstaller's windows are to its controller. Each front end has them in its own toolkit.
+/// The uninstaller's windows as its controller sees them. Each front end implements them in its own toolkit.
 namespace qm::uninstaller {
 
 /// A window of the interface. Main thread only.
 class Window {
  public:
   virtual ~Window() = default;
-  /// Shows the window in front and gives it the keyboard.
+  /// Shows the window in front and gives it the keyboard focus.
   virtual void makeKeyAndOrderFront() = 0;
-  /// Takes the window off the screen. The application goes on without a visible window.
+  /// Hides the window. The application goes on without a visible window.
   virtual void orderOut() = 0;
 };
 
@@ -21,7 +21,7 @@ inline constexpr int kOnState = 1;
 
 class CheckBox : public platform::ActionSender {
  public:
-  /// `kOnState` or `kOffState`. Any thread: it is read by the worker while the main thread draws.
+  /// `kOnState` or `kOffState`. Any thread: the worker reads it while the main thread draws.
   virtual int state() const = 0;
 };
 
@@ -29,7 +29,7 @@ class CheckBox : public platform::ActionSender {
 class ProgressIndicator {
  public:
   virtual ~ProgressIndicator() = default;
-  /// Animation that goes on while the main thread does not draw, where the platform has it.
+  /// Animation that goes on while the main thread does not draw, if the platform supports that.
   virtual void setUsesThreadedAnimation(bool threaded) = 0;
   virtual void startAnimation() = 0;
 };

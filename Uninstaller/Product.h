@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Platform/ProductIdentity.h"
+#include "Uninstaller/InstalledFolders.h"
 
-/// What the uninstaller and its programs are called. The one place: the data of `packaging/` has the same names, which
-/// a test compares.
+/// The names of the uninstaller and its programs, in one place. A test compares them with the data in `packaging/`.
 inline constexpr qm::platform::ProductIdentity kProduct = {
     .program = "tessaly-uninstaller",
     .identifier = "com.quillmark.tessaly-uninstaller",
+    .programsFolder = kInstalledProgramsFolder,
+    .dataFolder = kInstalledDataFolder,
     .helper = "tessaly-uninstaller-admin-helper",
     .toolHelper = "quillmark-admin-helper",
     .credentialsAgent = "tessaly-uninstaller-credentials-agent",

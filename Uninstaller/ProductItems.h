@@ -2,17 +2,17 @@
 
 #include <string_view>
 
-/// What the product consists of. One table for the run and for the program with administrator rights: what is not in
-/// it, neither touches.
+/// The items of the product. The run and the program with administrator rights use the same table, and neither touches
+/// anything else.
 
-/// The standard folders that items are in.
+/// The standard folders that contain items.
 enum class ItemFolder { Applications, ApplicationSupport, Caches, Preferences, Library };
 /// Whether an item is the user's own or the computer's.
 enum class ItemOwner { User, Computer };
-/// When an item goes.
+/// When an item is removed.
 enum class ItemCondition { Always, RemoveConfig };
 
-/// One item: a standard folder, a name in it, and when it goes.
+/// One item: a standard folder, a name in it, and when it is removed.
 struct ProductItem {
   ItemFolder folder;
   ItemOwner owner;
@@ -20,8 +20,8 @@ struct ProductItem {
   ItemCondition condition;
 };
 
-/// In the order in which they go. The preferences' two names differ only in case: where case does not count, the second
-/// finds nothing.
+/// In the order in which they are removed. The preferences' two names differ only in case: on a volume that ignores
+/// case, the second finds nothing.
 inline constexpr ProductItem kProductItems[] = {
     {ItemFolder::Applications, ItemOwner::Computer, "Quillmark/Tessaly.app", ItemCondition::Always},
     {ItemFolder::Applications, ItemOwner::Computer, "Tessaly.app", ItemCondition::Always},
@@ -39,5 +39,5 @@ inline constexpr ProductItem kProductItems[] = {
      ItemCondition::Always},
 };
 
-/// The maker's folder in the computer's applications. It goes when nothing is left in it.
+/// The maker's folder in the computer's applications. It is removed when nothing is left in it.
 inline constexpr std::string_view kMakersFolder = "Quillmark";

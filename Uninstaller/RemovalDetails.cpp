@@ -3,6 +3,12 @@
 #include <system_error>
 
 #include "Platform/foundation/ControlCharacters.h"
+#include "Uninstaller/Language.h"
+#include "Uninstaller/Sentences.h"
+
+using qm::uninstaller::catalogued;
+using qm::uninstaller::inLanguage;
+using qm::uninstaller::language;
 
 namespace {
 
@@ -17,15 +23,15 @@ bool stayedForWantOfRights(const ItemResult& result) {
 
 std::string reasonToStay(const ItemResult& result) {
   if (stayedForWantOfRights(result))
-    return result.reason.empty() ? "Not authorized." : "Not authorized: " + result.reason;
-  return result.reason.empty() ? "The system gives no reason." : result.reason;
+    return result.reason.empty() ? catalogued("Not authorized.") : "Not authorized: " + result.reason;
+  return result.reason.empty() ? catalogued("The system gives no reason.") : result.reason;
 }
 
 std::string removalDetails(const std::vector<ItemResult>& stayed) {
   std::string details;
   for (const ItemResult& each : stayed) {
     if (!details.empty()) details += "\n";
-    details += line(each.planned.path.value_or("")) + line(reasonToStay(each));
+    details += line(each.planned.path.value_or("")) + line(inLanguage(language(), reasonToStay(each)));
   }
   return details;
 }

@@ -5,12 +5,12 @@
 
 #include "Uninstaller/RemovalRun.h"
 
-/// Whether administrator rights are what an item stayed for want of. Where the system wanted something else, it counts
-/// for nothing that they were refused.
+/// Whether an item stayed because administrator rights were missing. If the system had another reason, it does not
+/// matter that they were refused.
 bool stayedForWantOfRights(const ItemResult& result);
 
-/// Why an item stayed, in whole sentences; never "".
+/// Why an item stayed, in full sentences and in English; never "".
 std::string reasonToStay(const ItemResult& result);
 
-/// Each item that stayed, with the reason on a line of its own below it. "" where none did.
+/// Each item that stayed, followed by the reason on a line of its own, in the user's language. "" if none did.
 std::string removalDetails(const std::vector<ItemResult>& stayed);

@@ -54,8 +54,8 @@ ItemKind kindOf(FileType type) {
   return ItemKind::Other;
 }
 
-/// Links are not followed: what they lead to is not part of the item. A folder's own folders are walked when it has
-/// been read to its end, so that only one is open at a time.
+/// Links are not followed: their targets are not part of the item. Subfolders are walked after the folder has been read
+/// to its end, so that only one is open at a time.
 std::uint64_t bytesBelow(const std::string& folder) {
   std::uint64_t sum = 0;
   std::vector<std::string> folders;

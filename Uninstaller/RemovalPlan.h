@@ -9,48 +9,48 @@
 
 /// What a removal would do, item by item. Nothing here changes anything.
 
-/// Whether preference files go as well.
+/// Whether preference files are removed as well.
 enum class RemoveConfig : bool { No, Yes };
 
-/// Why an item is left alone. The guards are tested in this order.
+/// Why an item is left alone. The guards are applied in this order.
 enum class SkipReason {
-  None,               ///< it goes
-  PreferencesStay,    ///< a preference file, and those are to stay
+  None,               ///< it is removed
+  PreferencesStay,    ///< a preference file, which is to stay
   NoFolder,           ///< the system has no such standard folder
-  InReleaseFolder,    ///< it lies in a folder named "Release": a developer's build
-  InStructureFolder,  ///< it lies below "/Structure/Applications/"
-  InTrash,            ///< it is in the user's Trash already
+  InReleaseFolder,    ///< it is in a folder named "Release": a developer's build
+  InStructureFolder,  ///< it is below "/Structure/Applications/"
+  InTrash,            ///< it is already in the user's Trash
   NotThere,           ///< nothing is there; a dangling link reads as nothing
 };
 
-/// What an item is. A link is a link, wherever it leads.
+/// The type of an item. A link is a link, whatever its target.
 enum class ItemKind { File, Folder, Link, Other };
 
-/// One item of the product, and what would become of it.
+/// One item of the product, and what would happen to it.
 struct PlannedItem {
   const ProductItem* item = nullptr;
-  std::optional<std::string> path;  ///< null where there is no such folder
+  std::optional<std::string> path;  ///< null if there is no such folder
   SkipReason skip = SkipReason::None;
-  ItemKind kind = ItemKind::Other;  ///< of what is there
+  ItemKind kind = ItemKind::Other;  ///< of the existing item
   std::uint64_t bytes = 0;          ///< of a file, or of all files in a folder, links not followed; 0 when skipped
 };
 
-/// Whether a removal of this kind takes the item at all.
+/// Whether a removal of this kind includes the item at all.
 bool isWanted(const ProductItem& item, RemoveConfig removeConfig);
 
-/// Where an item is on this computer, for the user meant. Any thread.
+/// Where an item is on this computer, for the current user; as root, for the user at the console. Any thread.
 std::optional<std::string> itemPath(const ProductItem& item);
 /// Where the maker's folder is.
 std::optional<std::string> makersFolderPath();
 
-/// The guards of an item. Any thread; prints and logs nothing.
+/// Applies the guards to an item. Any thread; prints and logs nothing.
 SkipReason reasonToSkip(const std::optional<std::string>& path);
 
-/// One item and what would become of it, without its kind and size. Any thread.
+/// One item and what would happen to it, without its kind and size. Any thread.
 PlannedItem plannedItem(const ProductItem& item, RemoveConfig removeConfig);
 
-/// Finds out what an item that is there is, and its size. Takes as long as walking through it.
+/// Determines the kind and the size of an existing item. Takes as long as walking through it.
 void measure(PlannedItem& item);
 
-/// Every item in the order in which they go, with sizes. Any thread; takes as long as walking through all of them.
+/// Every item in the order of removal, with sizes. Any thread; takes as long as walking through all of them.
 std::vector<PlannedItem> removalPlan(RemoveConfig removeConfig);

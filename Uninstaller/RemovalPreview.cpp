@@ -7,9 +7,13 @@
 #include "Platform/Platform.h"
 #include "Platform/Threads.h"
 #include "Platform/foundation/ControlCharacters.h"
-#include "Shared/QMFileManager.h"
+#include "Uninstaller/Language.h"
 
 using qm::platform::platform;
+using qm::uninstaller::counted;
+using qm::uninstaller::language;
+using qm::uninstaller::sizeText;
+using qm::uninstaller::translated;
 
 struct RemovalPreview::Look {
   Look(Show toShow, Measure toMeasure) : show(std::move(toShow)), measure(std::move(toMeasure)) {}
@@ -21,16 +25,14 @@ struct RemovalPreview::Look {
 
 namespace {
 
-std::string sizeText(std::uint64_t bytes) { return QMFileManager::formatFileSize(static_cast<double>(bytes)); }
-
 bool hasSize(const PlannedItem& item) { return item.kind == ItemKind::File || item.kind == ItemKind::Folder; }
 
 PreviewRow rowOf(const PlannedItem& item, bool isMeasured) {
   return {.path = qm::foundation::replacingControlCharacters(item.path.value_or(""), '?'),
-          .size = isMeasured && hasSize(item) ? sizeText(item.bytes) : ""};
+          .size = isMeasured && hasSize(item) ? sizeText(language(), item.bytes) : ""};
 }
 
-/// The items that are there, the preferences among them.
+/// The existing items, including the preferences.
 Preview whatIsThere() {
   Preview preview;
   for (const ProductItem& item : kProductItems) {
@@ -59,9 +61,10 @@ std::string previewSummary(const Preview& preview, RemoveConfig removeConfig) {
     ++count;
     bytes += item.bytes;
   }
-  if (count == 0) return "Nothing of Tessaly is here.";
-  const std::string items = count == 1 ? "1 item" : std::to_string(count) + " items";
-  return preview.measured == preview.items.size() ? items + ", " + sizeText(bytes) : items;
+  if (count == 0) return translated("Nothing of Tessaly is here.");
+  if (preview.measured < preview.items.size()) return counted(language(), count, "{count} item", "{count} items");
+  return counted(language(), count, "{count} item, {size}", "{count} items, {size}",
+                 {{"size", sizeText(language(), bytes)}});
 }
 
 RemovalPreview::RemovalPreview(Show show, Measure measure) : show_(std::move(show)), measure_(std::move(measure)) {}

@@ -9,31 +9,31 @@
 
 #include "Uninstaller/RemovalPlan.h"
 
-/// What is there to be removed, the preferences among it.
+/// The existing items that can be removed, including the preferences.
 struct Preview {
-  std::vector<PlannedItem> items;  ///< those that would go, in the order in which they go
-  std::size_t measured = 0;        ///< so many of them, from the first on, have their kind and size
+  std::vector<PlannedItem> items;  ///< those that would be removed, in that order
+  std::size_t measured = 0;        ///< this many of them, from the first on, have their kind and size
 };
 
 /// One line of a preview, as a window shows it.
 struct PreviewRow {
   std::string path;
-  std::string size;  ///< "" while it is not known, and for what has none of its own, such as a link
+  std::string size;  ///< "" while it is unknown, and for items that have none of their own, such as links
 
   bool operator==(const PreviewRow&) const = default;
 };
 
 /// The lines for a removal of this kind.
 std::vector<PreviewRow> previewRows(const Preview& preview, RemoveConfig removeConfig);
-/// Their number and the size of all, in a few words; without the size until all are measured.
+/// Their number and the total size, in a few words of the user's language; without the size until all are measured.
 std::string previewSummary(const Preview& preview, RemoveConfig removeConfig);
 
-/// Finds out what is there to be removed, beside the main thread. Changes nothing on the disk.
+/// Determines in the background what can be removed. Changes nothing on the disk.
 class RemovalPreview {
  public:
-  /// Main thread: what has been found out so far.
+  /// Called on the main thread with what is known so far.
   using Show = std::function<void(const Preview&)>;
-  /// Gives an item its kind and size. Any thread.
+  /// Determines the kind and size of an item. Any thread.
   using Measure = std::function<void(PlannedItem&)>;
 
   explicit RemovalPreview(Show show, Measure measure = ::measure);
@@ -41,10 +41,10 @@ class RemovalPreview {
   RemovalPreview& operator=(const RemovalPreview&) = delete;
   ~RemovalPreview() { abandon(); }
 
-  /// Main thread. Looks anew, on a thread of its own: `show` gets the items, then each further size as it is known.
-  /// Where the system gives no thread, `show` gets the items without sizes.
+  /// Main thread. Starts again, on a thread of its own: `show` gets the items, then each further size as it becomes
+  /// known. If the system refuses a thread, `show` gets the items without sizes.
   void look();
-  /// Main thread. Nothing is shown from here on. The thread ends when it has measured the item that it is at.
+  /// Main thread. From here on `show` is not called. The thread ends when it has measured the current item.
   void abandon();
 
  private:

@@ -26,7 +26,7 @@ std::vector<ItemResult> stayedItems(const RemovalReport& report) {
   return stayed;
 }
 
-/// It is the newest of what came from there.
+/// It is the newest item with that origin.
 void findInTrash(ItemResult& result) {
   if (result.outcome != ItemOutcome::Trashed || !result.trashedTo.empty()) return;
   const auto found = platform().trash->itemsFrom(*result.planned.path, QMLocalPaths::trashDirectory());
@@ -47,7 +47,7 @@ ItemResult RemovalRun::trash(PlannedItem item) {
   return result;
 }
 
-/// The plain way comes first; where rights were granted, what went wrong with those is the reason that counts.
+/// The attempt as the user comes first. If rights were granted, their failure is the reason that counts.
 ItemResult RemovalRun::stayed(ItemResult result) const {
   result.outcome = ItemOutcome::Stayed;
   if (witness_ == nullptr) return result;
@@ -73,7 +73,7 @@ RemovalReport RemovalRun::removeProduct(RemoveConfig removeConfig) {
   }
   if (const auto folder = makersFolderPath()) report.makersFolderRemoved = QMFileManager::removeFolderIfEmpty(*folder);
   platform().trash->makeDurable();
-  // Whoever reports the end says that all is done: nothing works with administrator rights any more.
+  // Whoever reports the end says that everything is done, so nothing may hold administrator rights any more.
   platform().authorizationServices->releaseRights();
   return report;
 }

@@ -11,7 +11,7 @@
 
 using namespace qm::platform;  // the names of Authorization Services are long enough as they are
 
-/// Lines come from the thread that listens to the helper as well.
+/// The thread that reads the helper's messages prints lines as well.
 class RemovalWitness::Notes {
  public:
   template <class Change>

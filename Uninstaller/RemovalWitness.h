@@ -5,20 +5,20 @@
 
 #include "Platform/Platform.h"
 
-/// What the services said while one item was moved.
+/// What the services reported while one item was moved.
 struct Testimony {
-  std::string trashedTo;         ///< where the plain move has put it in the Trash; "" when it did not
-  std::string plainReason;       ///< why the plain move failed, the system's sentence; "" when it did not
-  int plainError = 0;            ///< the system's number of that reason, 0 where there is none
-  std::string privilegedReason;  ///< the last line that the console was given afterwards, "" without one
-  bool rightsRefused = false;    ///< administrator rights were asked for and not granted
+  std::string trashedTo;         ///< where the move as the user has put it in the Trash; "" if it failed
+  std::string plainReason;       ///< why the move as the user failed, the system's sentence; "" if it did not
+  int plainError = 0;            ///< the error number for that reason, 0 if there is none
+  std::string privilegedReason;  ///< the last line that was printed to the console after that, "" without one
+  bool rightsRefused = false;    ///< administrator rights were requested and not granted
 };
 
-/// Listens to the services through which items are moved, so that a run can say why an item stays.
+/// Observes the services through which items are moved, so that a run can say why an item stays.
 ///
-/// The maker's classes answer with a yes or no and write their reasons to log and console. The set of services made
-/// here behaves in every respect like the one it is made from, and keeps what those reasons are. It is installed by
-/// `main` in place of that one. Lives until the process ends.
+/// The maker's classes return true or false and write their reasons to log and console. The services made here forward
+/// every call unchanged to those they are made from, and record the reasons. `main` installs them instead. Lives until
+/// the process ends.
 class RemovalWitness {
  public:
   explicit RemovalWitness(const qm::platform::Platform& services);
@@ -29,9 +29,9 @@ class RemovalWitness {
   /// The services to install.
   const qm::platform::Platform& services() const { return services_; }
 
-  /// Forgets what was said. Any thread.
+  /// Discards what was recorded. Any thread.
   void begin();
-  /// What was said since. Any thread.
+  /// What was recorded since `begin`. Any thread.
   Testimony testimony() const;
 
  private:

@@ -1,11 +1,13 @@
 #include "Uninstaller/AppController.h"
 #include "Uninstaller/Application.h"
 #include "Uninstaller/Product.h"
+#include "Uninstaller/SystemLanguage.h"
 
 int main(int argc, char** argv) {
   // Never destroyed: a worker may be inside one of its services while the process ends.
   static auto& witness = *new RemovalWitness(qm::uninstaller::systemPlatform(kProduct));
   qm::platform::install(&witness.services());
+  qm::uninstaller::useLanguage(qm::uninstaller::systemLanguage());
   return qm::uninstaller::applicationMain(argc, argv, kProduct,
                                           [] { return std::make_unique<AppController>(witness); });
 }

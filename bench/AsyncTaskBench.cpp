@@ -28,7 +28,7 @@ std::vector<std::string> toolArguments(std::size_t blocks) {
   return {"if=/dev/zero", "bs=" + std::to_string(kBlock), "count=" + std::to_string(blocks), "status=none"};
 }
 
-// Counts what it is given, until the end.
+// Counts the received bytes, until the end.
 class CountingDelegate : public AsyncTaskDelegate {
  public:
   bool respondsToSelector(const std::string& /*selector*/) const override { return true; }
@@ -89,7 +89,7 @@ void readBare() {
   ::waitpid(child, nullptr, 0);
 }
 
-// The most memory that this process has taken since the mark was reset, in KiB.
+// The peak memory of this process since the mark was reset, in KiB.
 long peakMemory() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {

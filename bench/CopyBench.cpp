@@ -158,7 +158,7 @@ std::string makeTree(int files) {
   return tree;
 }
 
-/// What one round after the other copies, each to a name of its own.
+/// The item that each round copies, under a new name each time.
 struct Work {
   std::string source;
   bool keepsCopies;  ///< removing many files would slow down what comes next
@@ -184,14 +184,14 @@ void compareCopies(const std::string& name, Work& work, decltype(copyBareFile)* 
            .rounds = rounds});
 }
 
-/// The most memory, in KiB, that a process of its own has in use while it copies.
+/// The peak memory, in KiB, of a child process while it copies.
 long peakMemory(const std::string& source) {
   const std::string destination = freshFolder("copy") + "/copy";
   int ends[2];
   if (::pipe(ends) != 0) std::abort();
   const pid_t child = ::fork();
   if (child == 0) {
-    std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
+    std::ofstream("/proc/self/clear_refs") << "5";  // resets the peak
     copyOurs(source, destination);
     std::ifstream status("/proc/self/status");
     std::string line;

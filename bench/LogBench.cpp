@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kLines = 100'000;
 
-/// The least that a queue with one writing thread can be.
+/// The minimal queue with one writing thread.
 class BareQueue {
  public:
   explicit BareQueue(int descriptor) : descriptor_(descriptor), worker_([this] { work(); }) {}

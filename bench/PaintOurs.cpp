@@ -1,4 +1,4 @@
-// The application as it is, with a look at its first paint.
+// The application as it is, observed at its first paint.
 #include "Uninstaller/AppController.h"
 #include "Uninstaller/Application.h"
 #include "Uninstaller/Product.h"

@@ -1,4 +1,4 @@
-// What administrator rights cost: opening a session next to pkexec alone, and a launch next to posix_spawn.
+// What administrator rights cost: opening a session compared with pkexec alone, and a launch compared with posix_spawn.
 // Runs as root on a throw-away machine; see scripts/bench.
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@
 
 namespace {
 
-using namespace qm::testing;  // the machine is all that is here
+using namespace qm::testing;  // only the throw-away machine has these
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kOpenings = 31;
@@ -83,7 +83,7 @@ double launchOf(Application& application, const std::string& tool, const std::ve
   return time;
 }
 
-// One after the other in turn: what else the machine does then hits all alike.
+// Alternating, so that other load on the machine affects all of them alike.
 void measureOpening() {
   DesktopAgent agent({kAnna.password});
   std::vector<double> alone, dialog;

@@ -29,7 +29,7 @@ void compare(const Comparison& comparison) {
   std::vector<std::vector<double>> times(contenders.size());
   for (int round = 0; round <= comparison.rounds; ++round) {
     for (std::size_t i = 0; i < contenders.size(); ++i) {
-      // The order changes from round to round, since what comes second finds warmer caches.
+      // The order changes from round to round, because the second one finds warmer caches.
       const std::size_t turn = (i + static_cast<std::size_t>(round)) % contenders.size();
       const double time = measured(*contenders[turn]);
       if (round > 0) times[turn].push_back(time);  // the first round warms up

@@ -46,7 +46,7 @@ std::string makeFiles(int count) {
   return top;
 }
 
-/// Folders in folders, each with the file that is looked for.
+/// Nested folders, each with the file that is searched for.
 std::string makeGrid(int side) {
   const std::string top = freshFolder("grid");
   for (int i = 0; i < side; ++i) {
@@ -61,7 +61,7 @@ std::string makeGrid(int side) {
   return top;
 }
 
-/// A folder by the bare calls.
+/// A folder with the bare calls.
 struct RawFolder {
   RawFolder(int parent, const char* name) : descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     if (descriptor < 0) std::abort();
@@ -116,7 +116,7 @@ std::size_t bareMatches(const std::string& top) {
   return found.size();
 }
 
-/// The same without opening the folders that nothing is listed of.
+/// The same without opening the folders that are not listed.
 std::size_t barestMatches(const std::string& top) {
   std::vector<std::string> found;
   const RawFolder base(AT_FDCWD, top.c_str());
@@ -162,8 +162,8 @@ void expectCount(std::uint64_t found, std::uint64_t wanted) {
   }
 }
 
-/// How much more memory the process holds at most while `work` runs, in KiB. In a child, where nothing that was
-/// let go of before is at hand.
+/// How much the peak memory of the process grows while `work` is running, in KiB. In a child, where no freed memory can
+/// be reused.
 long memoryOf(const std::function<void()>& work) {
   int pipe[2];
   if (::pipe(pipe) != 0) std::abort();

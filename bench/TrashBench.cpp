@@ -17,7 +17,7 @@ namespace {
 
 std::string home() { return std::getenv("HOME"); }
 
-/// Sets the trash aside and makes a folder full of files.
+/// Sets the trash aside and creates a folder full of files.
 std::string fullFolder(int files) {
   static int number = 0;
   const std::string trash = home() + "/.local/share/Trash";

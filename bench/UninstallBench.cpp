@@ -28,7 +28,7 @@ class Ticked final : public uninstaller::CheckBox {
   int state() const override { return uninstaller::kOnState; }
 };
 
-/// The items of the sample installation and their names in the Trash, as the first run has left them.
+/// The items of the sample installation and their names in the Trash, as recorded after the first run.
 std::map<std::string, std::string>& items() {
   static auto* map = new std::map<std::string, std::string>;
   return *map;
@@ -111,7 +111,7 @@ void uninstallBare() {
 }  // namespace
 
 void uninstallSample() {
-  uninstallOurs();  // tells what there is
+  uninstallOurs();  // finds the items
   compare({.name = "Uninstall the sample installation",
            .bar = 1.5,
            .ours = {"beginUninstall to endProgress", restore, {}, uninstallOurs},

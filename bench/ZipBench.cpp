@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t kMebibyte = 1048576;
 
-/// Data that shrinks to about a half: each line is half chance, half not.
+/// Data that compresses to about a half: each line is half random, half not.
 std::string halfCompressible() {
   std::string block(kMebibyte, ' ');
   std::uint64_t state = 88172645463325252U;
@@ -44,8 +44,8 @@ void makeLargeFile(const std::string& path, std::size_t mebibytes) {
   ::close(file);
 }
 
-/// The largest part of a running program's memory that was in use so far, in KiB; 0 once it has ended. (What the
-/// system tells about ended children counts the memory of their parent too.)
+/// The peak resident memory of a running program so far, in KiB; 0 once it has ended. (The number for ended children
+/// includes the memory of their parent.)
 long peakMemory(pid_t process) {
   std::ifstream status("/proc/" + std::to_string(process) + "/status");
   for (std::string line; std::getline(status, line);) {
@@ -54,7 +54,7 @@ long peakMemory(pid_t process) {
   return 0;
 }
 
-/// Runs a program to its end; its memory as above.
+/// Runs a program to its end and returns its memory as above.
 long run(std::vector<std::string> command) {
   constexpr std::chrono::milliseconds pause(5);
   std::vector<char*> arguments;

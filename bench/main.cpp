@@ -1,5 +1,5 @@
-// Compares the project's work with the least that the system asks for it. Times drift from machine to
-// machine and hour to hour; the ratios of one run are what counts. Run it by scripts/bench.
+// Compares the project's operations with the minimum that the system needs for them. Times drift from machine to
+// machine and hour to hour; the ratios of one run are what counts. Run it with scripts/bench.
 #include <cstdio>
 #include <map>
 #include <string>

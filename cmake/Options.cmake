@@ -1,17 +1,21 @@
-# What every target of the project is compiled with.
+# The compiler and linker options of every target of the project.
 add_library(qm_options INTERFACE)
 target_compile_options(qm_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast> -Wcast-align
   -Woverloaded-virtual -Wnon-virtual-dtor -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
   $<$<BOOL:${QM_WERROR}>:-Werror>)
-target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR})
-# GCC 12 inlines the standard library's strings and streams in optimised builds and then warns of faults
-# that are not there; the same sources are compiled with these warnings in the other builds.
+target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
+# GCC 12 inlines the standard library's strings and streams in optimised builds and then gives false warnings. Other
+# builds compile the same sources with these warnings.
 target_compile_options(qm_options INTERFACE
-  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release>>:-Wno-null-dereference;-Wno-restrict;-Wno-stringop-overflow>)
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release,RelWithDebInfo>>:-Wno-null-dereference;-Wno-restrict;-Wno-stringop-overflow>)
 
-# Whoever finds a fault in a program that handles others' files, or runs as root, shall not get far with it. The
-# sanitizers watch the same places themselves, and see less where these do.
+# Clang takes the older standard library's own use of what that has deprecated, in std::stable_sort, for ours. GCC, which
+# knows better, still warns of ours.
+target_compile_options(qm_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
+
+# These options make a bug harder to exploit, in programs that handle other people's files or run as root. Sanitizer and
+# fuzzer builds do without them: the sanitizers check the same places, and detect less with these options.
 if(NOT QM_SANITIZE AND NOT QM_FUZZ AND NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
   include(CheckCXXCompilerFlag)
   include(CheckCXXSourceCompiles)
@@ -20,7 +24,8 @@ if(NOT QM_SANITIZE AND NOT QM_FUZZ AND NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
     check_cxx_compiler_flag(${flag} ${known})
     target_compile_options(qm_options INTERFACE $<$<BOOL:${${known}}>:${flag}>)
   endforeach()
-  # The C library's checks take an optimiser; the third level, a compiler that knows sizes while the program runs.
+  # The C library's checks need optimisation. Their third level needs a compiler that determines object sizes at run
+  # time.
   check_cxx_source_compiles("#if !__has_builtin(__builtin_dynamic_object_size)
     #error
     #endif
@@ -33,18 +38,19 @@ if(NOT QM_SANITIZE AND NOT QM_FUZZ AND NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
   target_compile_options(qm_options INTERFACE
     $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${fortify_level}>)
 endif()
-# The same objects serve the programs and the library for others. Nobody replaces a function of ours from outside, so that
-# they are no slower than those of programs alone.
+# The same objects are linked into the programs and the shared library. Nobody replaces a function of ours from outside;
+# without that possibility, position-independent code is as fast as in a program.
 target_compile_options(qm_options INTERFACE $<$<PLATFORM_ID:Darwin>:-fstack-protector-strong> -fPIC $<$<PLATFORM_ID:Linux>:-fno-semantic-interposition>)
-# A program carries what it calls, however its files were compiled.
-target_compile_options(qm_options INTERFACE -ffunction-sections -fdata-sections)
+# Compiles in a quarter less time with a tenth more memory: by default GCC starts to collect garbage at a few megabytes.
+target_compile_options(qm_options INTERFACE
+  $<$<CXX_COMPILER_ID:GNU>:SHELL:--param ggc-min-heapsize=1000000>)
 
 if(QM_SANITIZE)
-  # Everything, tests' libraries aside, is built with the sanitizers.
-  # The check of objects' types opens a pipe, and reports a fault in tests that have no descriptor left.
+  # Everything except the tests' libraries is built with the sanitizers. The vptr check opens a pipe, and reports
+  # errors in tests that have no descriptor left.
   add_compile_options(-fsanitize=${QM_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QM_SANITIZE})
-  # The sanitizers' instrumentation makes the compiler see null pointers that cannot be.
+  # The sanitizers' instrumentation makes the compiler warn about null pointers that cannot occur.
   target_compile_options(qm_options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
 endif()
 if(QM_COVERAGE)
@@ -52,8 +58,8 @@ if(QM_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# For programs that run threads of GLib's and none of their own: ThreadSanitizer, which does not see that library's
-# locks, would report its every step.
+# For programs that run GLib's threads and none of their own. ThreadSanitizer does not see that library's locks, and
+# would report almost every access.
 function(qm_without_thread_sanitizer)
   if(QM_SANITIZE MATCHES thread)
     foreach(target ${ARGN})
@@ -63,17 +69,27 @@ function(qm_without_thread_sanitizer)
   endif()
 endfunction()
 
+# With a section per function, a program contains only the functions that it calls. Tests call everything that they
+# link, and compile and link faster without.
+function(qm_separate_sections name)
+  if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/tests(/|$)")
+    target_compile_options(${name} PRIVATE -ffunction-sections -fdata-sections)
+  endif()
+endfunction()
+
 # The project's own targets: qm_library(name sources...), qm_executable(name sources...). The global property
-# QM_PROGRAMS names the programs that are neither tests nor benchmarks.
+# QM_PROGRAMS lists the programs that are neither tests nor benchmarks.
 function(qm_library name)
   add_library(${name} STATIC ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  qm_separate_sections(${name})
 endfunction()
 
 function(qm_executable name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE qm_options)
+  qm_separate_sections(${name})
   target_link_options(${name} PRIVATE
     $<$<PLATFORM_ID:Linux>:-pie;-Wl,-z,relro,-z,now,-z,noexecstack,--gc-sections>
     $<$<PLATFORM_ID:Darwin>:-Wl,-dead_strip>)

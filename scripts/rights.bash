@@ -1,10 +1,10 @@
-# What the scripts ask of whoever starts them. Sourced.
+# Asks for the rights that the scripts need. Sourced.
 
-# shellcheck disable=SC2034 # used there
+# shellcheck disable=SC2034 # used by the sourcing script
 machine=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/tests/support/throwaway-machine
 
-# Asks for the password that sudo wants, once, and keeps sudo from asking again for as long as this script runs. Does
-# nothing for root, where there is nobody to ask, or where there is no sudo.
+# Lets sudo ask for the password once, and keeps it from asking again while this script is running. Does nothing as root,
+# without a terminal to ask at, or without sudo.
 ask_for_sudo() {
   [ "$(id -u)" != 0 ] && command -v sudo >/dev/null || return 0
   sudo -n true 2>/dev/null || { [ -t 0 ] && [ -t 2 ] && sudo -v; } || return 0

@@ -5,7 +5,7 @@
 namespace qm::foundation {
 namespace {
 
-/// A byte outside UTF-8 is what it would be in an encoding of one byte for each character.
+/// A byte outside valid UTF-8 is treated as a character of a single-byte encoding.
 bool steersTerminals(const Character& character, char firstByte) {
   return isControlCharacter(character.isValid() ? character.codePoint : static_cast<unsigned char>(firstByte));
 }

@@ -11,11 +11,11 @@ constexpr bool isControlCharacter(std::int32_t codePoint) {
   return (codePoint >= 0 && codePoint < 0x20) || (codePoint >= 0x7F && codePoint < 0xA0);
 }
 
-/// A text for a line or a terminal, which obeys control characters: each one, and each byte 80 to 9F that is not part
-/// of valid UTF-8, is replaced. Those in `kept` (ASCII) stay, and so do all other bytes.
+/// A text for a line or a terminal, which would obey control characters: each one, and each byte 80 to 9F that is not
+/// part of valid UTF-8, is replaced. Those in `kept` (ASCII) stay, and so do all other bytes.
 std::string replacingControlCharacters(std::string_view text, char replacement, std::string_view kept = {});
 
-/// U+202A to U+202E and U+2066 to U+2069, which turn the direction of the characters after them, to the end of a line
+/// U+202A to U+202E and U+2066 to U+2069, which change the direction of the characters after them, to the end of a line
 /// and beyond.
 constexpr bool turnsDirection(std::int32_t codePoint) {
   return (codePoint >= 0x202A && codePoint <= 0x202E) || (codePoint >= 0x2066 && codePoint <= 0x2069);
@@ -24,7 +24,7 @@ constexpr bool turnsDirection(std::int32_t codePoint) {
 /// U+2028 and U+2029.
 constexpr bool breaksLine(std::int32_t codePoint) { return codePoint == 0x2028 || codePoint == 0x2029; }
 
-/// Whether people can be shown a text as it is: valid UTF-8, in one line, with nothing that steers or turns it.
+/// Whether a text can be shown as it is: valid UTF-8, in one line, without control or direction characters.
 bool isPlainText(std::string_view text);
 
 }  // namespace qm::foundation

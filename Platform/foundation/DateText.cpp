@@ -7,7 +7,7 @@
 namespace qm::foundation {
 namespace {
 
-/// Appends a number with leading zeros; a number with more digits has them all.
+/// Appends a number with leading zeros; a number with more digits is not cut.
 void appendPadded(std::string& text, int number, std::size_t digits) {
   if (number < 0) text += '-';
   const std::string plain = std::to_string(std::abs(number));
@@ -15,7 +15,7 @@ void appendPadded(std::string& text, int number, std::size_t digits) {
   text += plain;
 }
 
-/// The six fields with what stands between them: in the date, between date and time, in the time.
+/// The six fields with their separators: within the date, between date and time, within the time.
 std::string fields(const CivilTime& time, std::string_view inDate, std::string_view between, std::string_view inTime) {
   std::string text;
   text.reserve(32);

@@ -4,7 +4,7 @@
 
 namespace qm::foundation {
 
-/// A date as a calendar and a clock show it.
+/// A date in calendar fields and time of day.
 struct CivilTime {
   int year = 1970;
   int month = 1;  ///< 1 to 12

@@ -8,19 +8,19 @@
 
 namespace qm::foundation {
 
-/// What is thrown inside the system: a name that tells kinds apart and a reason for people, which may be
-/// null. Copies share their texts, so that copying one on its way up never fails.
+/// The exception type of the system: a name that distinguishes kinds and a reason for people, which may be null. Copies
+/// share their texts, so that copying one while it propagates never fails.
 class Exception : public std::exception {
  public:
   /// An exception of a kind, with its reason.
   explicit Exception(std::string name, std::optional<std::string> reason = std::nullopt)
       : texts_(std::make_shared<const Texts>(Texts{std::move(name), std::move(reason)})) {}
 
-  /// Tells kinds apart.
+  /// Distinguishes kinds.
   const std::string& name() const { return texts_->name; }
   /// For people; may be null.
   const std::optional<std::string>& reason() const { return texts_->reason; }
-  /// The reason; "(null)", as everywhere a null text is printed, when it is null.
+  /// The reason; "(null)" if it is null, as everywhere a null text is printed.
   const char* what() const noexcept override { return texts_->reason ? texts_->reason->c_str() : "(null)"; }
 
  private:

@@ -14,7 +14,7 @@ constexpr std::size_t greatestWidth = 4096;
 constexpr std::size_t greatestPrecision = 100;
 constexpr std::size_t defaultPrecision = 6;
 
-/// What stands between a "%" and the end of its directive.
+/// The text between a "%" and the end of its directive.
 struct Directive {
   bool left = false;
   bool zeros = false;
@@ -52,7 +52,7 @@ std::size_t readNumber(std::string_view text, std::size_t& at, std::size_t great
   return number;
 }
 
-/// The directive that `text` begins with; nil when it begins with none.
+/// The directive that `text` begins with; null if it begins with none.
 std::optional<Directive> readDirective(std::string_view text) {
   Directive directive;
   std::size_t at = 0;
@@ -68,7 +68,7 @@ std::optional<Directive> readDirective(std::string_view text) {
   return directive;
 }
 
-/// Appends a text that is `characters` wide, filled up with blanks.
+/// Appends a text that is `characters` wide, padded with blanks.
 void appendFilled(std::string& result, std::string_view text, std::size_t characters, const Directive& directive) {
   const std::size_t fill = directive.width > characters ? directive.width - characters : 0;
   if (!directive.left) result.append(fill, ' ');
@@ -85,8 +85,8 @@ void appendText(std::string& result, std::string_view text, const Directive& dir
   }
 }
 
-/// Appends a sign ("" for none) and the digits after it, filled up with zeros between the two where
-/// the directive wants it.
+/// Appends a sign ("" for none) and the digits after it, padded with zeros between the two if the directive asks for
+/// that.
 void appendNumber(std::string& result, std::string_view sign, std::string_view digits, const Directive& directive,
                   bool zerosAllowed = true) {
   const std::size_t length = sign.size() + digits.size();
@@ -140,7 +140,7 @@ void appendArgument(std::string& result, char character, const Directive& direct
   appendFilled(result, std::string_view(&character, 1), 1, directive);
 }
 
-/// %f has the digits asked for, any other directive the fewest that tell the number from its neighbours.
+/// %f has the requested digits, any other directive the fewest that distinguish the number from its neighbours.
 void appendArgument(std::string& result, double number, const Directive& directive) {
   const double magnitude = std::fabs(number);
   const std::string digits = directive.conversion == 'f'
@@ -150,7 +150,7 @@ void appendArgument(std::string& result, double number, const Directive& directi
                std::isfinite(number));
 }
 
-/// Hands the arguments out in order.
+/// Returns the arguments in order.
 class Arguments {
  public:
   explicit Arguments(std::span<const FormatArgument> list) : list_(list) {}

@@ -11,15 +11,15 @@
 
 namespace qm::foundation {
 
-/// One argument of a format string: text, null, a number or a character. Implicit, so that calls read
-/// like the platform's own; a null pointer is refused by the compiler. Text is referred to, not
-/// copied: an argument lives no longer than the call that it is made for.
+/// One argument of a format string: text, null, a number or a character. Implicit, so that calls read like the
+/// platform's own; the compiler rejects a null pointer. Text is referred to, not copied: an argument must not outlive
+/// the call that it is made for.
 class FormatArgument {
  public:
   /// What an argument can be.
   using Value = std::variant<std::monostate, std::string_view, std::int64_t, std::uint64_t, double, char>;
 
-  /// A null pointer is no argument.
+  /// A null pointer is rejected.
   FormatArgument(std::nullptr_t) = delete;
   /// Text that ends at its NUL.
   FormatArgument(const char* text) : value_(std::string_view(text)) {}
@@ -38,7 +38,7 @@ class FormatArgument {
   requires(std::is_arithmetic_v<Number> && !std::is_same_v<Number, char>) FormatArgument(Number number)
       : value_(widen(number)) {}
 
-  /// What it is.
+  /// The value.
   const Value& value() const { return value_; }
 
  private:
@@ -56,19 +56,18 @@ class FormatArgument {
   Value value_{};
 };
 
-/// What a directive prints when there is no argument left for it.
+/// Printed for a directive without an argument.
 inline constexpr std::string_view kMissingFormatArgument = "(missing)";
 
-/// Fills a format string. Directives: %@ %s (text; null prints "(null)"), %i %d %u %x %lu (integers;
-/// length modifiers h, l, ll, q, z, t and j are accepted and mean nothing), %f with a precision,
-/// %c, %%, each with flags "-", "0", "+", " " and a width. An argument of another kind than its
-/// directive prints in its own natural form. A directive without an argument prints
-/// `kMissingFormatArgument`. %n prints nothing, writes nothing and takes no argument. Anything else
-/// after a "%", and a "%" at the end, is printed as it stands. Widths over 4096 and precisions over
-/// 100 are cut to those. Never reads beyond `arguments`; any bytes are allowed.
+/// Fills a format string. Directives: %@ %s (text; null prints "(null)"), %i %d %u %x %lu (integers; length modifiers
+/// h, l, ll, q, z, t and j are accepted and have no effect), %f with a precision, %c, %%, each with flags "-", "0",
+/// "+", " " and a width. An argument of another kind than its directive prints in its natural form. A directive without
+/// an argument prints `kMissingFormatArgument`. %n prints nothing, writes nothing and takes no argument. Anything else
+/// after a "%", and a "%" at the end, is printed verbatim. Widths over 4096 and precisions over 100 are reduced to
+/// those. Never reads beyond `arguments`; any bytes are allowed.
 std::string format(std::string_view formatString, std::span<const FormatArgument> arguments);
 
-/// The same with the arguments in place.
+/// The same with the arguments given directly.
 template <class... Arguments>
 std::string formatted(std::string_view formatString, const Arguments&... arguments) {
   if constexpr (sizeof...(Arguments) == 0) {

@@ -11,7 +11,7 @@ constexpr auto nowhere = std::string_view::npos;
 
 std::string_view firstCharacter(std::string_view text) { return text.substr(0, characterAt(text, 0).length); }
 
-/// How many bytes of a pattern take up the one character given; 0 when it is another.
+/// How many bytes at the start of the pattern match the given character; 0 if none do.
 std::size_t matchedLength(std::string_view pattern, std::string_view character) {
   if (pattern.empty()) return 0;
   if (pattern.front() == '?') return 1;
@@ -20,8 +20,8 @@ std::size_t matchedLength(std::string_view pattern, std::string_view character) 
 
 }  // namespace
 
-/// Only the last "*" reached is ever widened: whatever an earlier one could take up besides, the later
-/// one can as well. That is why there is nothing to go back to beyond it.
+/// Only the last "*" reached is ever extended: whatever an earlier one could match in addition, the later one can as
+/// well. So there is no need to backtrack beyond it.
 bool isLike(std::string_view name, std::string_view pattern) {
   std::size_t at = 0;
   std::size_t inPattern = 0;

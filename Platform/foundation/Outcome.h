@@ -5,7 +5,7 @@
 
 namespace qm::foundation {
 
-/// A value, or the problem because of which there is none. Made from either.
+/// A value, or the problem that explains why there is none. Made from either.
 template <class Value, class Problem>
 class Outcome {
  public:

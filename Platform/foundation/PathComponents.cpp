@@ -7,7 +7,7 @@
 namespace qm::foundation {
 namespace {
 
-/// Without trailing slashes, but a path of slashes alone keeps one.
+/// Without trailing slashes, except that a path of slashes alone keeps one.
 std::string_view withoutTrailingSlashes(std::string_view path) {
   while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
   return path;
@@ -19,8 +19,8 @@ std::size_t startOfLastComponent(std::string_view path) {
   return slash == std::string_view::npos ? 0 : slash + 1;
 }
 
-/// The place of the dot that begins the extension; npos without one. A dot that begins the component
-/// hides the item and begins no extension.
+/// The position of the dot that begins the extension; npos without one. A dot at the start of the component hides the
+/// item and begins no extension.
 std::size_t startOfExtension(std::string_view path) {
   for (std::size_t at = path.size(); at-- > 1;) {
     if (path[at - 1] == '/') break;
@@ -31,7 +31,7 @@ std::size_t startOfExtension(std::string_view path) {
 
 std::string withSingleSlashes(std::string path) {
   const auto areSlashes = [](char a, char b) { return a == '/' && b == '/'; };
-  // Nearly every path is as it should be.
+  // Nearly every path is normalised already.
   if (path.find("//") != std::string::npos) path.erase(std::unique(path.begin(), path.end(), areSlashes), path.end());
   if (path.size() > 1 && path.back() == '/') path.pop_back();
   return path;

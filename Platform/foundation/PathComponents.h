@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-/// Path strings by the platform's own rules, which differ from std::filesystem's: repeated slashes
-/// count as one, a trailing slash does not make an empty component, and nothing is looked up on
-/// disk. All functions are pure and take any bytes.
+/// Path strings by the platform's own rules, which differ from std::filesystem's: repeated slashes count as one, a
+/// trailing slash does not make an empty component, and nothing is looked up on disk. All functions are pure and accept
+/// any bytes.
 namespace qm::foundation {
 
 /// "/a/b.c" gives "b.c", "/a/b//" gives "b", "/" gives "/", "" gives "".
@@ -26,8 +26,8 @@ std::string pathExtension(std::string_view path);
 /// gives "/d/a". Trailing slashes are dropped.
 std::string deletingPathExtension(std::string_view path);
 
-/// Joins with exactly one slash, folds repeated slashes and drops trailing ones. An empty component
-/// gives the path, an empty path the component.
+/// Joins with exactly one slash, merges repeated slashes and drops trailing ones. An empty component gives the path, an
+/// empty path the component.
 std::string appendingPathComponent(std::string_view path, std::string_view component);
 
 /// The same for a path that may be null, which gives null.
@@ -41,8 +41,8 @@ requires std::same_as<Path, std::optional<std::string>> Path appendingPathCompon
 /// "/a/b" gives "/", "a", "b"; a trailing slash gives a last component "/"; "" gives none.
 std::vector<std::string> pathComponents(std::string_view path);
 
-/// Whether a path is a folder's or begins with it, by whole components: "/a" and "/a/b" are, "/ab" is not at or below
-/// "/a". Both are taken as they are, without slashes at the end.
+/// Whether a path is the folder's or lies below it, by whole components: "/a" and "/a/b" are, "/ab" is not at or below
+/// "/a". Both are compared as given, without slashes at the end.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
 }  // namespace qm::foundation

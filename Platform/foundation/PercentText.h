@@ -5,11 +5,11 @@
 
 namespace qm::foundation {
 
-/// Any bytes as the text of a URL path: letters, digits, "-", "_", ".", "~" and "/" stand for
-/// themselves, everything else is written "%XX".
+/// Any bytes as the text of a URL path: letters, digits, "-", "_", ".", "~" and "/" are kept, everything else is
+/// written as "%XX".
 std::string percentEncoded(std::string_view bytes);
 
-/// The bytes that `percentEncoded` was given. What is no escape stands for itself.
+/// The inverse of `percentEncoded`. Whatever is not an escape is kept.
 std::string percentDecoded(std::string_view text);
 
 }  // namespace qm::foundation

@@ -12,8 +12,7 @@
 namespace qm::foundation {
 namespace {
 
-/// The upper half of NEXTSTEP, which the system's converters do not know. Its last two places are
-/// not assigned.
+/// The upper half of NEXTSTEP, which the system's converters do not support. Its last two positions are not assigned.
 constexpr std::array<std::uint16_t, 126> nextstepUpperHalf = {
     0x00A0, 0x00C0, 0x00C1, 0x00C2, 0x00C3, 0x00C4, 0x00C5, 0x00C7, 0x00C8, 0x00C9, 0x00CA, 0x00CB, 0x00CC, 0x00CD,
     0x00CE, 0x00CF, 0x00D0, 0x00D1, 0x00D2, 0x00D3, 0x00D4, 0x00D5, 0x00D6, 0x00D9, 0x00DA, 0x00DB, 0x00DC, 0x00DD,
@@ -25,8 +24,8 @@ constexpr std::array<std::uint16_t, 126> nextstepUpperHalf = {
     0x00ED, 0x00AA, 0x00EE, 0x00EF, 0x00F0, 0x00F1, 0x0141, 0x00D8, 0x0152, 0x00BA, 0x00F2, 0x00F3, 0x00F4, 0x00F5,
     0x00F6, 0x00E6, 0x00F9, 0x00FA, 0x00FB, 0x0131, 0x00FC, 0x00FD, 0x0142, 0x00F8, 0x0153, 0x00DF, 0x00FE, 0x00FF};
 
-/// The upper half of Mac OS Roman, in which the system's converter takes two characters for others: the increment and
-/// the maker's own sign.
+/// The upper half of Mac OS Roman. The system's converter maps two characters differently: the increment and the
+/// maker's own sign.
 constexpr std::array<std::uint16_t, 128> macRomanUpperHalf = {
     0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, 0x00E0, 0x00E2, 0x00E4, 0x00E3, 0x00E5,
     0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3, 0x00F2, 0x00F4,
@@ -93,7 +92,7 @@ std::optional<std::string> decodeUtf8(std::string_view bytes) {
   return std::string(bytes);
 }
 
-/// A code point of the basic plane over ASCII as UTF-8.
+/// A code point of the basic plane above ASCII as UTF-8.
 void appendBasic(std::string& text, std::uint16_t point) {
   const auto continuation = [point](int shift) { return static_cast<char>(0x80 | ((point >> shift) & 0x3F)); };
   if (point < 0x800) {
@@ -147,7 +146,7 @@ class Converter {
     return reinterpret_cast<iconv_t>(-1);  // NOLINT(performance-no-int-to-ptr): the system's own mark
   }
 
-  /// Converts until the input ends; without input, writes what the converter still holds back.
+  /// Converts until the input ends; without input, writes what the converter still buffers.
   bool run(char** in, std::size_t* inLeft, std::string& text) {
     std::array<char, 1024> buffer{};
     for (;;) {

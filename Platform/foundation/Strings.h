@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-/// Text helpers with the platform's own rules. Strings are UTF-8; bytes that are not are kept as
-/// they are and count as one character each.
+/// Text helpers with the platform's own rules. Strings are UTF-8; invalid bytes are kept as they are and count as one
+/// character each.
 namespace qm::foundation {
 
-/// Without the white space and line ends (Unicode's, tab, and the space of no width) at both ends.
+/// Without white space and newlines (Unicode's, tab, and the zero-width space) at both ends.
 std::string trimmingWhitespaceAndNewlines(std::string_view text);
 
 /// The whole string in lower case, by Unicode's rules, without regard to a locale.
@@ -42,8 +42,8 @@ enum class StringEncoding : unsigned long {
   UTF32LittleEndian = 0x9c000100,
 };
 
-/// Bytes in an encoding as UTF-8; null when they are not valid in it (a byte over 127 in ASCII, for
-/// example) or the encoding is not known. Empty bytes give "".
+/// Bytes in an encoding, converted to UTF-8; null if they are not valid in it (a byte over 127 in ASCII, for example)
+/// or the encoding is not known. Empty bytes give "".
 std::optional<std::string> decode(std::string_view bytes, StringEncoding encoding);
 
 }  // namespace qm::foundation

@@ -34,6 +34,16 @@ std::size_t characterCount(std::string_view text) {
   return count;
 }
 
+std::size_t columnCount(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character character = characterAt(text, at);
+    count += character.isValid() ? static_cast<std::size_t>(utf8proc_charwidth(character.codePoint)) : 1;
+    at += character.length;
+  }
+  return count;
+}
+
 std::string_view firstCharacters(std::string_view text, std::size_t count) {
   std::size_t end = 0;
   for (; end < text.size() && count > 0; --count) end += characterAt(text, end).length;

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <string_view>
 
-/// Walking UTF-8 text one character at a time.
+/// Walks UTF-8 text one character at a time.
 namespace qm::foundation {
 
-/// Bytes from here on are part of characters beyond ASCII, and so are code points.
+/// Bytes of this value or higher belong to characters beyond ASCII; code points of this value or higher are not ASCII.
 inline constexpr unsigned char kFirstNonAscii = 0x80;
 
 /// One character of a text: a code point, or a byte that begins none.
@@ -22,6 +22,9 @@ Character characterAt(std::string_view text, std::size_t position);
 
 /// The character that ends right before `end`, which must be over 0.
 Character characterBefore(std::string_view text, std::size_t end);
+
+/// How many columns of a terminal a text takes. Chinese, Japanese and Korean characters take two.
+std::size_t columnCount(std::string_view text);
 
 /// How many characters a text has, and its first `count` characters.
 std::size_t characterCount(std::string_view text);

@@ -4,12 +4,11 @@
 
 namespace qm::foundation {
 
-/// Overwrites all that a string's memory holds, also behind its end, and empties it. Done even where
-/// nobody looks at the string again.
+/// Overwrites all memory of a string, also beyond its end, and empties it. The compiler does not optimise this away.
 void wipe(std::string& text);
 
-/// Wipes something at the end of a scope; `Wiped` is a type that `wipe` takes. Made where the secret
-/// is, since a copy would have to be wiped as well.
+/// Wipes an object at the end of a scope; `Wiped` is a type that `wipe` accepts. Create it where the secret is, since a
+/// copy would have to be wiped as well.
 template <class Wiped>
 class WipeAtEnd {
  public:

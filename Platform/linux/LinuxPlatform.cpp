@@ -28,7 +28,7 @@ HelperScope scopeOf(const platform::ProductIdentity& product) {
   return product.helper.empty() && !product.toolHelper.empty() ? HelperScope::AnyTool : HelperScope::Product;
 }
 
-/// Each service once, in the order in which they need each other.
+/// Each service once, in the order of their dependencies.
 struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
       : executable(runningExecutable()),

@@ -9,22 +9,22 @@
 
 namespace qm::linux_ {
 
-/// What the front end brings along. All of it outlives every user.
+/// The services that the front end provides. All outlive every user.
 struct FrontEndServices {
   platform::MainThread& mainThread;
   posix::DescriptorWait& descriptorWait;
-  /// Null where there is no toolkit.
+  /// Null without a toolkit.
   platform::UserInterface* userInterface = nullptr;
-  /// Who is meant, where that is not for the system to say: a program of root's may work for one person after another.
+  /// The users to work for, if not the system's: a program run by root may work for one user after another.
   platform::Users* users = nullptr;
 };
 
-/// The services of a Linux machine for a product, together with those of the front end. Made by the first call, which
-/// comes before any other thread exists and also settles the state that the process was started in; later calls return
-/// the same set. Never destroyed: a worker may be inside one of the services while the process ends.
+/// The services of a Linux machine for a product, together with those of the front end. The first call creates them; it
+/// must come before any other thread exists, and also normalises the state that the process was started in. Later calls
+/// return the same set. Never destroyed: a worker may be inside one of the services while the process ends.
 ///
-/// There is no `desktopShell`, `fileOperations`, `fileReferences` or `finderInformation`: a removal uses none, and
-/// carries none of their code.
+/// There is no `desktopShell`, `fileOperations`, `fileReferences` or `finderInformation`: a removal uses none, so the
+/// program does not carry their code.
 const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
 
 /// The same with these four, for programs that use all of the maker's classes.

@@ -10,7 +10,7 @@
 namespace qm::linux_ {
 namespace {
 
-/// A set of services, and the four that it lacks.
+/// A set of services, completed with the four that it lacks.
 struct WholeSet {
   WholeSet(const platform::ProductIdentity& product, const platform::Platform& others)
       : fileOperations(*others.mainThread, *others.threads, *others.clock, posix::rightsForCopies(*others.users)),

@@ -21,7 +21,7 @@ namespace {
 constexpr mode_t kDefaultMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
-/// The file that is replaced; none when a link or nothing has the name.
+/// The file that is replaced; null if the name is free or belongs to a link.
 int lookAtOld(const Place& place, std::optional<struct stat>& old) {
   struct stat attributes {};
   if (::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -33,7 +33,7 @@ int lookAtOld(const Place& place, std::optional<struct stat>& old) {
 }
 
 int takeOver(int file, const struct stat& old) {
-  // Somebody else's file becomes one's own where its owner cannot be set.
+  // If the owner cannot be set, the new file belongs to this user.
   static_cast<void>(::fchown(file, old.st_uid, old.st_gid) == 0);
   return errorOf(::fchmod(file, old.st_mode & kPermissions));
 }
@@ -55,7 +55,7 @@ int writeAtomically(const std::string& path, std::string_view contents) {
   if (const int error = lookAtOld(place, old)) return error;
   const int folder = place.folder.get();
   const std::string name = temporaryName();
-  // Never open to more people than the old file was.
+  // The new file is never accessible to more users than the old one was.
   const mode_t mode = old ? old->st_mode & kDefaultMode : kDefaultMode;
   const UniqueFd file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
   if (!file) return errno;

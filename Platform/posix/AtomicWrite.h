@@ -5,9 +5,9 @@
 
 namespace qm::posix {
 
-/// Writes a new file beside `path` and, once it is safely on the disk, gives it that name. A file that is
-/// replaced hands on its permissions and, where allowed, its owner; a link is replaced itself. After a
-/// failure nothing is changed and nothing is left. Answers 0 or an error number.
+/// Writes a new file beside `path`, flushes it to the disk and renames it to `path`. It takes over the permissions and,
+/// where allowed, the owner of the file that it replaces. A link is replaced itself. A failure changes nothing and
+/// leaves nothing. Returns 0 or an error number.
 int writeAtomically(const std::string& path, std::string_view contents);
 
 }  // namespace qm::posix

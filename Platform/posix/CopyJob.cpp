@@ -24,7 +24,7 @@ bool isFolder(const std::string& path) {
   return ::lstat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
 }
 
-/// Bytes a second. A huge file that is one hole is copied in no time, faster than the number can tell.
+/// Bytes per second. A huge file that is one hole is copied instantly, at a rate that exceeds the number's range.
 std::uint64_t throughputOf(std::uint64_t bytes, double seconds) {
   constexpr double kBeyond = 18'446'744'073'709'551'616.0;
   if (seconds <= 0) return 0;
@@ -64,7 +64,8 @@ std::shared_ptr<void> CopyJob::takeRights() const {
   return rights_ ? rights_(source_, destination_) : std::make_shared<char>();
 }
 
-/// A tree is counted aside, so that it costs the copying no time; without a thread for that, beforehand.
+/// A tree is counted on another thread, so that counting does not delay the copy. If there is no thread, it is counted
+/// beforehand.
 void CopyJob::count(platform::Threads& threads) {
   const auto counting = [total = total_, source = source_, rights = rights_, to = destination_] {
     const std::shared_ptr<void> held = rights ? rights(source, to) : nullptr;
@@ -95,7 +96,7 @@ int CopyJob::goOn() {
   return 0;
 }
 
-/// The interval begins when a report has been handed over, however late that is.
+/// The interval starts when a report has been delivered, however late that is.
 bool CopyJob::lastIsHandedOver(Time now) {
   const bool waited = std::exchange(lastWaits_, operation_->hasWaitingReport(stage_));
   if (waited && !lastWaits_) lastReport_ = now;
@@ -111,7 +112,7 @@ void CopyJob::report(FileOperationStage stage, Time now) {
   lastWaits_ = true;
 }
 
-/// Of every success something of the running stage is told first, however short it was.
+/// Before a success at least one report of the running stage is sent, however short that stage was.
 void CopyJob::reportEnd(int error) {
   if (error == 0 && stage_ != FileOperationStage::Running) report(FileOperationStage::Running, clock_.monotonicNow());
   FileOperationReport end{FileOperationStage::Complete};
@@ -121,7 +122,7 @@ void CopyJob::reportEnd(int error) {
 }
 
 FileOperationStatusDictionary CopyJob::status(Time now) const {
-  // What was added to the source since it was counted is copied, too.
+  // Items added to the source after it was counted are copied, too.
   const std::uint64_t totalBytes = std::max(total_->bytes(), bytes_);
   const std::uint64_t totalObjects = std::max(total_->objects(), objects_);
   const double seconds = std::chrono::duration<double>(now - start_).count();
@@ -131,7 +132,7 @@ FileOperationStatusDictionary CopyJob::status(Time now) const {
           {platform::kFSOperationTotalObjectsKey, totalObjects},
           {platform::kFSOperationObjectsCompleteKey, objects_},
           {platform::kFSOperationObjectsRemainingKey, totalObjects - objects_},
-          // Desktops here show what a package holds, so that every object is one that people see.
+          // Desktops here show the contents of a package, so every object is visible to users.
           {platform::kFSOperationTotalUserVisibleObjectsKey, totalObjects},
           {platform::kFSOperationUserVisibleObjectsCompleteKey, objects_},
           {platform::kFSOperationUserVisibleObjectsRemainingKey, totalObjects - objects_},

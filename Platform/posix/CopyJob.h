@@ -16,14 +16,14 @@
 
 namespace qm::posix {
 
-/// The work of an asynchronous copy. What a tree holds is counted by another thread while the copying
-/// has already begun; until all is counted the stage is still the preflight.
+/// The work of an asynchronous copy. Another thread counts the items of a tree while they are already being copied. The
+/// stage is the preflight until everything is counted.
 class CopyJob final : public CopyObserver {
  public:
   CopyJob(std::shared_ptr<CopyOperation> operation, const platform::CopyObjectRequest& request,
           const platform::Clock& clock, CopyRights rights);
 
-  /// Copies, and makes all reports. `threads` may have none left.
+  /// Copies, and makes all reports. `threads` may be unable to start another thread.
   void run(platform::Threads& threads);
 
   int itemBegins(std::string_view folder, std::string_view name) override;
@@ -52,10 +52,10 @@ class CopyJob final : public CopyObserver {
   const std::shared_ptr<TreeCounter> total_;
   std::uint64_t objects_ = 0;
   std::uint64_t bytes_ = 0;
-  std::string current_;  ///< the item that is copied, from the source on
+  std::string current_;  ///< the item being copied, relative to the source
   platform::FileOperationStage stage_ = platform::FileOperationStage::Undefined;
   Time lastReport_;
-  bool lastWaits_ = false;  ///< to be handed over, as far as is known
+  bool lastWaits_ = false;  ///< not delivered yet, as far as is known
 };
 
 }  // namespace qm::posix

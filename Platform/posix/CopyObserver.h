@@ -5,18 +5,18 @@
 
 namespace qm::posix {
 
-/// Watches a copy while it is made and may end it. Called on the thread that copies. This one looks on
-/// and does nothing. Functions of type int answer 0 to go on or the error number that the copy ends with.
+/// Watches a copy in progress and may end it. Called on the thread that copies. The default implementation does
+/// nothing. Functions of type int return 0 to continue, or the error number that the copy ends with.
 class CopyObserver {
  public:
   virtual ~CopyObserver() = default;
 
-  /// The item `name` comes next. `folder` is the path of the one that it is in, from the item that was asked
-  /// for ("/a/b"); both are "" for that item itself.
+  /// The item `name` is copied next. `folder` is the path of its parent, relative to the item that the copy was
+  /// requested for ("/a/b"). Both are "" for that item itself.
   virtual int itemBegins(std::string_view folder, std::string_view name);
-  /// So many more bytes of the contents of a file are in the copy, holes included.
+  /// This many more bytes of a file's contents are in the copy, holes included.
   virtual int bytesCopied(std::uint64_t count);
-  /// An item is complete but for what a folder holds.
+  /// Called when an item has been copied; for a folder, before its contents.
   virtual void itemCopied();
 };
 

@@ -36,7 +36,7 @@ bool CopyOperation::hasWaitingReport(FileOperationStage stage) const {
   return waiting_.at(static_cast<std::size_t>(stage));
 }
 
-/// On the main thread. No lock is held while the callback runs: it may call back.
+/// Called on the main thread. Holds no lock while the callback runs, because it may call back.
 void CopyOperation::deliver(const FileOperationReport& report) {
   const bool last = report.stage == FileOperationStage::Complete;
   const bool wanted = mayReport(report.stage);

@@ -10,27 +10,27 @@
 
 namespace qm::posix {
 
-/// One asynchronous copy as its user holds it: where its reports go and whether it is to end. Any thread.
+/// The caller's handle of one asynchronous copy: receives its reports and can cancel it. Any thread.
 class CopyOperation final : public platform::FileOperation, public std::enable_shared_from_this<CopyOperation> {
  public:
   explicit CopyOperation(platform::MainThread& mainThread) : mainThread_(mainThread) {}
 
-  // Each returns whether it was possible.
+  // Each returns whether the state changed.
   bool schedule() { return setScheduled(true); }
   bool unschedule() { return setScheduled(false); }
-  /// Only once, and only when it is scheduled. From now on it has reports to make, up to the last.
+  /// Succeeds once, and only if scheduled. The callback is called until the last report.
   bool begin(const platform::FileOperationCallback& callback);
 
-  /// It could not be started: the callback is let go of.
+  /// The copy could not be started: the callback is released.
   void abandon() { takeCallback(); }
 
   void cancel() { cancelled_ = true; }
   bool isCancelled() const { return cancelled_; }
 
-  /// Has a report made on the main thread. One about progress is left out, and false answered, while
-  /// the one before it of the same stage waits there.
+  /// Queues a report for the main thread. A progress report is dropped, and false returned, while the previous one of
+  /// the same stage is still queued.
   bool report(platform::FileOperationReport report);
-  /// One about progress of this stage waits on the main thread.
+  /// Whether a progress report of this stage is queued for the main thread.
   bool hasWaitingReport(platform::FileOperationStage stage) const;
 
  private:
@@ -45,7 +45,7 @@ class CopyOperation final : public platform::FileOperation, public std::enable_s
   mutable std::mutex mutex_;
   bool scheduled_ = false;
   bool begun_ = false;
-  std::array<bool, 4> waiting_{};  ///< a report of the stage waits on the main thread
+  std::array<bool, 4> waiting_{};  ///< a report of the stage is queued for the main thread
   platform::FileOperationCallback callback_;
 };
 

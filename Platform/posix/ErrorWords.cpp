@@ -25,7 +25,7 @@ struct Words {
   std::string_view text;
 };
 
-/// Everything that people may be told about why.
+/// All reasons that may be shown to people.
 constexpr Words kWords[] = {
     {ENOENT, kItem | kTrashed, "it doesn’t exist"},
     {ENOENT, kDestination, "the folder doesn’t exist"},
@@ -61,12 +61,12 @@ constexpr Words kWords[] = {
     {ENOTDIR, kDestination, "a part of the path there isn’t a folder"},
     {ENOTDIR, kTrashedsFolder, "its folder is not a folder"},
     {ENOTDIR, kTrashFolder, "%@ is not a real folder"},
-    {ENOTDIR, kUnpacked, "Something that is no folder is in its way"},
+    {ENOTDIR, kUnpacked, "Something other than a folder is in the way"},
     {ELOOP, kTrashedsFolder, "the links to its folder lead in a circle"},
     {ELOOP, kTrashFolder, "%@ is not a real folder"},
     {ELOOP, kUnpacked, "It would be written through a link"},
     {EISDIR, kItem, "it is a folder"},
-    {EISDIR, kUnpacked, "A folder has its name"},
+    {EISDIR, kUnpacked, "A folder is in the way"},
     {ENOTEMPTY, kItem, "something was put into it meanwhile"},
     {EBUSY, kItem, "it is in use or holds another volume"},
     {EBUSY, kTrashed, "a volume is mounted there"},

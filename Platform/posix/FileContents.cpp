@@ -24,11 +24,11 @@ struct ContentsCopier::Range {
 namespace {
 
 constexpr std::size_t kBlock = 262'144;
-/// After so much a big file's observer is asked whether to go on.
+/// The observer of a big file is called after each block of this size.
 constexpr std::size_t kKernelBlock = 4'194'304;
-/// Below this a plain read and write are quicker than the kernel's own copying.
+/// Below this size, plain reads and writes are faster than the kernel's own copying.
 constexpr off_t kSmallFile = 65'536;
-/// Below this setting space aside takes longer than it saves.
+/// Below this size, reserving space takes longer than it saves.
 constexpr std::size_t kWorthReserving = 1'048'576;
 constexpr off_t kStatBlock = 512;
 
@@ -51,22 +51,23 @@ int writeAt(int file, const char* bytes, std::size_t count, off_t offset) {
   return 0;
 }
 
-/// Where the next data at or after `offset` begins and ends; both `size` when there is none before it.
+/// The begin and end of the next data at or after `offset`; both are `size` if there is none.
 std::pair<off_t, off_t> nextData(int file, off_t offset, off_t size) {
   const off_t begin = ::lseek(file, offset, SEEK_DATA);
-  // ENXIO: at most a hole is left. Anything else: the file system cannot tell, so all of it is data.
+  // ENXIO means that at most a hole remains. After any other error the file system cannot tell, so everything counts as
+  // data.
   if (begin < 0) return {errno == ENXIO ? size : offset, size};
   if (begin >= size) return {size, size};
   const off_t end = ::lseek(file, begin, SEEK_HOLE);
   return {begin, end < 0 ? size : std::min(end, size)};
 }
 
-/// No file of that volume can be shared with the copy, as opposed to this one.
+/// The error applies to all files of the volume, not only to this one.
 bool holdsForTheVolume(int error) {
   return error == ENOTSUP || error == ENOTTY || error == EXDEV || error == ENOSYS || error == EINVAL;
 }
 
-/// What a volume cannot do is not tried for its next file.
+/// A method that a volume does not support is not tried for its next file.
 bool succeeds(std::optional<dev_t>& unable, const struct stat& attributes, auto call) {
   if (attributes.st_size == 0 || unable == attributes.st_dev) return false;
   const int error = call();
@@ -116,7 +117,7 @@ int ContentsCopier::copyWithHoles(int from, int to, off_t size) {
   return 0;
 }
 
-/// No data is left: a hole, or the source has been cut off.
+/// No data remains: the rest is a hole, or the source was truncated.
 int ContentsCopier::endWithHole(int from, int to, Range hole) {
   struct stat now {};
   if (::fstat(from, &now) != 0) return errno;
@@ -134,13 +135,13 @@ int ContentsCopier::copyData(int from, int to, Range range) {
   return cutOff_ ? errorOf(::ftruncate(to, range.begin)) : error;
 }
 
-/// Copies as much as the kernel copies by itself and leaves the rest in `range`.
+/// Copies as much as the kernel can copy by itself and leaves the rest in `range`.
 int ContentsCopier::copyInKernel(int from, int to, Range& range) {
   while (!range.empty()) {
     const std::size_t wanted = std::min(kKernelBlock, range.size());
     if (reserves_ && wanted >= kWorthReserving) reserves_ = reserveSpace(to, range.begin, wanted) == 0;
     const ssize_t copied = retried([&] { return copyRange(from, to, range.begin, wanted); });
-    // The reason is found again, if it is one, by the plain copy that follows.
+    // If this was a real error, the plain copy that follows will fail with it, too.
     if (copied <= 0) return 0;
     range.begin += copied;
     if (const int error = observer_.bytesCopied(static_cast<std::uint64_t>(copied))) return error;
@@ -148,7 +149,7 @@ int ContentsCopier::copyInKernel(int from, int to, Range& range) {
   return 0;
 }
 
-/// Leaves in `range` what was cut off meanwhile.
+/// If the source was truncated meanwhile, the missing part remains in `range`.
 int ContentsCopier::copyByBlocks(int from, int to, Range& range) {
   if (!block_) block_ = std::make_unique_for_overwrite<char[]>(kBlock);
   while (!range.empty()) {

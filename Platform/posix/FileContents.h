@@ -12,24 +12,25 @@
 
 namespace qm::posix {
 
-/// Writes all bytes at the current position. Answers 0 or an error number.
+/// Writes all bytes at the current position. Returns 0 or an error number.
 int writeAll(int file, const char* bytes, std::size_t count);
 
-/// Copies the contents of files, one after the other. What worked for one is tried first for the next.
+/// Copies the contents of files, one after the other. A method that a volume does not support is not tried for its next
+/// file.
 class ContentsCopier {
  public:
   explicit ContentsCopier(CopyObserver& observer) : observer_(observer) {}
 
-  /// Copies the contents of a regular file into a new, empty one: shared where the file system can do
-  /// that, else by the kernel, else in blocks; holes stay holes. `attributes` are the source's: what is
-  /// added to it meanwhile is not copied, and when it is cut off meanwhile, so is the copy. Answers 0 or
-  /// an error number, the observer's when that ends it.
+  /// Copies the contents of a regular file into a new, empty one: shared if the file system supports that, else by the
+  /// kernel, else in blocks. Holes stay holes. `attributes` are the source's. Data appended to the source meanwhile is
+  /// not copied; if the source is truncated meanwhile, so is the copy. Returns 0 or an error number, which is the
+  /// observer's if the observer ends the copy.
   int copy(int from, int to, const struct stat& attributes);
 
-  /// Makes the new file and gives it all contents at once (see `makeClone` of the system's calls), where that can be
-  /// done. False when nothing was made. Nothing is told to the observer.
+  /// Creates the new file together with its contents (see `makeClone` in SystemFileCalls.h), if the system supports
+  /// that. Returns false if nothing was created. Does not notify the observer.
   bool makeClone(int from, ItemName to, const struct stat& attributes, UniqueFd& clone);
-  /// Tells the observer of a file that has its contents already. Answers the observer's error number.
+  /// Notifies the observer of a file that already has its contents. Returns the observer's error number.
   int tellShared(const struct stat& attributes);
 
  private:
@@ -45,10 +46,10 @@ class ContentsCopier {
 
   CopyObserver& observer_;
   std::unique_ptr<char[]> block_;
-  bool reserves_ = true;  ///< the copy's volume can set space aside
-  bool cutOff_ = false;   ///< the source ended before the data that was copied last
-  Volume unshareable_;    ///< whose files cannot be shared with the copy
-  Volume uncloneable_;    ///< whose files cannot be shared while the copy is made
+  bool reserves_ = true;  ///< the copy's volume can reserve space
+  bool cutOff_ = false;   ///< the source ended before the end of the range copied last
+  Volume unshareable_;    ///< its files cannot be shared with the copy
+  Volume uncloneable_;    ///< its files cannot be cloned
 };
 
 }  // namespace qm::posix

@@ -6,15 +6,15 @@
 
 namespace qm::posix {
 
-/// How a step on files ended: 0 or the system's error number, and the item that it happened at when
-/// that is another one than the caller named (an item deep in a tree).
+/// The result of a file operation: 0 or the system's error number, and the item that it concerns if that is not the one
+/// that the caller named (an item deep in a tree).
 struct FileError {
   enum class Side { Source, Destination, Itself, InTheWay };
 
   int code = 0;
   std::string item;  ///< "" for the one that the caller named
-  /// Which side the number speaks of: the item, the folder that it goes to, a folder that would go
-  /// into itself, or what `item` is to the folder that the caller named: in the way of its removal.
+  /// What the number refers to: the item, the folder that it goes to, or a folder that would be put into itself.
+  /// `InTheWay` means that `item` prevents the removal of the folder that the caller named.
   Side side = Side::Source;
 
   FileError() = default;
@@ -24,7 +24,7 @@ struct FileError {
   explicit operator bool() const { return code != 0; }
 };
 
-/// The error number of a call that answers -1 on failure, else 0.
+/// The error number of a call that returns -1 on failure, else 0.
 inline int errorOf(int answer) { return answer < 0 ? errno : 0; }
 
 }  // namespace qm::posix

@@ -7,11 +7,11 @@
 
 namespace qm::posix {
 
-/// What was asked for, for the sentences that people read.
+/// The requested operation, for the sentences shown to people.
 enum class FileOperation { Move, Link, Copy, CreateFolder, Remove, Write, Lock, Unlock, Date, Label };
 
-/// Success, or the failure with its sentence: `path` is the item that was named, `destination` where
-/// it was to go ("" when the operation has none).
+/// Success, or the failure with its sentence. `path` is the item that the caller named, `destination` its target ("" if
+/// the operation has none).
 platform::Status statusOf(FileOperation operation, const FileError& error, const std::string& path,
                           const std::string& destination = {});
 

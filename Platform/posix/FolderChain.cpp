@@ -42,7 +42,7 @@ int FolderChain::leave(UniqueFd& left) {
 }
 
 void FolderChain::closeFarLevel() {
-  // The first stays open: it may be one that can be searched but not read.
+  // The first stays open because it may be searchable but not readable, and so could not be opened again.
   if (depth() > kOpenLevels) levels_[depth() - kOpenLevels].folder.reset();
 }
 

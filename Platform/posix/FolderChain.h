@@ -8,20 +8,19 @@
 
 namespace qm::posix {
 
-/// The folders from a starting folder down to the one that a walk is in. Only the deepest few and the
-/// first are held open, so that a tree may be deeper than there are descriptors; the way back up goes
-/// through ".." and must lead to the folder that it came from. Links are never followed.
-/// Functions answer 0 or an error number.
+/// The folders from a starting folder down to the current one of a walk. Only the deepest few and the first are kept
+/// open, so that a tree may be deeper than the limit of descriptors. The way back up uses ".." and must lead to the
+/// folder that it came from. Links are never followed. Functions return 0 or an error number.
 class FolderChain {
  public:
   /// Begins at `folder`, which is duplicated.
   int start(int folder);
 
-  /// Goes down into `name`. ENOTDIR or ELOOP when that is no folder.
+  /// Enters `name`. ENOTDIR or ELOOP if that is not a folder.
   int enter(const char* name);
 
-  /// Goes up, to where the folder left is handed to `left` still open. ESTALE when the folder was
-  /// moved elsewhere meanwhile.
+  /// Goes up to the parent. `left` receives the folder that was left, still open. ESTALE if the folder was moved
+  /// elsewhere meanwhile.
   int leave(UniqueFd& left);
 
   int folder() const { return levels_.back().folder.get(); }

@@ -8,7 +8,7 @@
 
 namespace qm::posix {
 
-/// What the folder itself says about an entry. The item may have been replaced since.
+/// The type of an entry according to the folder itself. The item may have been replaced since.
 enum class EntryKind { Folder, RegularFile, Other, Unknown };
 
 struct FolderEntry {
@@ -16,11 +16,11 @@ struct FolderEntry {
   EntryKind kind = EntryKind::Unknown;
 };
 
-/// All entries but "." and "..", in the system's order. Answers 0 or an error number.
+/// All entries except "." and "..", in the system's order. Returns 0 or an error number.
 int listFolder(UniqueFd folder, std::vector<FolderEntry>& entries);
 int listFolder(UniqueFd folder, std::vector<std::string>& names);
 
-/// Hands each of them to `take` as it is read, with the folder's descriptor, which looks at an entry go through.
+/// Passes each entry to `take` as it is read, with the folder's descriptor, through which an entry can be examined.
 int forEachEntry(UniqueFd folder, const std::function<void(int folder, const char* name, EntryKind kind)>& take);
 
 }  // namespace qm::posix

@@ -19,7 +19,7 @@ using platform::DirectoryEntry;
 using platform::EntrySizes;
 using platform::FileType;
 
-/// Whether items can be reached through the folder. What it lists is not there for whoever may not search it.
+/// Checks that items can be reached through the folder. Without search permission the listed items cannot be reached.
 int searchError(int folder) {
   struct stat unused {};
   return errorOf(::fstatat(folder, ".", &unused, 0));

@@ -17,7 +17,7 @@ using IsExpendable = std::function<bool(const std::string& name)>;
 
 int goneIsFine(int error) { return error == ENOENT ? 0 : error; }
 
-/// The folders that were looked at.
+/// The folders that were checked.
 class KnownFolders {
  public:
   void add(const FolderIdentity& folder) { folders_.emplace(folder.device, folder.inode); }
@@ -27,7 +27,7 @@ class KnownFolders {
   std::set<std::pair<dev_t, ino_t>> folders_;
 };
 
-/// What looking and removing share: where they may go and what they may touch.
+/// Shared by check and removal: where they may go and what they may touch.
 class HollowVisitor : public TreeVisitor {
  public:
   HollowVisitor(const MountGuard& guard, const IsExpendable& isExpendable)
@@ -44,7 +44,7 @@ class HollowVisitor : public TreeVisitor {
 
   int cannotEnter(int, const std::string&, int error) override { return goneIsFine(error); }
 
-  /// The walk along which this was taken, with what its number speaks of.
+  /// Walks the folder with this visitor. The result also says what the error number refers to.
   FileError walk(int parent, const std::string& name) {
     FileError error = walkTree(parent, name, *this);
     if (isInTheWay_) error.side = FileError::Side::InTheWay;
@@ -109,7 +109,7 @@ class HollowRemoval : public HollowVisitor {
 }  // namespace
 
 FileError removeHollowFolder(int parent, const std::string& name, const IsExpendable& isExpendable) {
-  // One that holds nothing at all goes without being read.
+  // An empty folder can be removed without being read.
   const int error = errorOf(::unlinkat(parent, name.c_str(), AT_REMOVEDIR));
   if (error != ENOTEMPTY && error != EEXIST) return error;
   MountGuard guard;

@@ -7,16 +7,18 @@
 
 namespace qm::posix {
 
-/// Removes the folder `name` in `parent` when nothing is in it but folders and, in whichever of them, items that are
-/// no folders and whose names `isExpendable` answers true for. A folder is a folder whatever its name; a link is
-/// none, and what it leads to is not looked at.
+/// Removes the folder `name` in `parent` if it contains, at any depth, only folders and expendable items: items that
+/// are not folders and for whose names `isExpendable` returns true. A folder counts as a folder whatever its name. A
+/// link does not, and its target is not examined.
 ///
-/// Everything below is looked at before anything is removed. ENOTEMPTY names what is in the way (`Side::InTheWay`);
-/// a folder that cannot be read answers its error, EBUSY stands for another mount, EPERM for what is protected or
-/// somebody else's in a sticky folder. Then each item is judged once more where it is, folders that were not looked
-/// at are not entered, and no folder goes but by a call that refuses one with something in it. So what is put there
-/// meanwhile, by whomever, stays, and ends the removal: some of the expendable items and empty folders may then be
-/// gone. What has vanished meanwhile is no failure, save the folder itself.
+/// Everything below is checked before anything is removed. ENOTEMPTY names the item in the way (`Side::InTheWay`). A
+/// folder that cannot be read gives its error, another mount EBUSY. EPERM means a protected item, or somebody else's in
+/// a sticky folder.
+///
+/// During the removal each item is checked again where it is. A folder that the check did not see is not entered, and
+/// folders are removed only by a call that fails if they are not empty. So anything added meanwhile stays and ends the
+/// removal; some of the expendable items and empty folders may then be gone. An item that has vanished meanwhile is not
+/// a failure, except the folder itself.
 FileError removeHollowFolder(int parent, const std::string& name,
                              const std::function<bool(const std::string& name)>& isExpendable);
 

@@ -27,7 +27,7 @@ std::array<timespec, 2> timesOf(const struct stat& attributes) {
 OwnerKept copyOwner(int to, const struct stat& attributes, int& error) {
   if (::fchown(to, attributes.st_uid, attributes.st_gid) == 0) return OwnerKept::Yes;
   if (!cannotBeKept(errno)) error = errno;
-  // The group alone may be one of the user's.
+  // The owner cannot be set, but the user may be a member of the group.
   static_cast<void>(::fchown(to, static_cast<uid_t>(-1), attributes.st_gid) == 0);
   return OwnerKept::No;
 }
@@ -37,13 +37,13 @@ mode_t permittedMode(const struct stat& attributes, OwnerKept ownerKept) {
   return ownerKept == OwnerKept::Yes ? mode : mode & ~static_cast<mode_t>(S_ISUID | S_ISGID);
 }
 
-/// Inside a folder that is the owner's alone until the copy is complete, a file has its mode from the start.
+/// If only the owner can access the folder until the copy is complete, a file has its final permissions from the start.
 mode_t modeAtFirst(const struct stat& attributes, InheritedAccess inherited) {
   constexpr mode_t kPlainPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
   return inherited == InheritedAccess::None ? (attributes.st_mode & kPlainPermissions) | kOwnerOnly : kOwnerOnly;
 }
 
-/// An item that was just made, open as `openItself` does it.
+/// An item that was just created, opened by `openItself`.
 struct MadeItem {
   UniqueFd item;
   struct stat attributes {};
@@ -58,11 +58,11 @@ int readLink(ItemName link, std::string& target) {
   return 0;
 }
 
-/// What has the name of an item that was just made is that item, and nothing that somebody put in its place: a name
-/// that cannot be guessed can still be seen by everybody who may list the folder.
+/// Checks that the name of an item just created still refers to it, and not to something that somebody put there. An
+/// unpredictable name is no protection: everybody who may list the folder sees it.
 int checkMade(int folder, const struct stat& found, mode_t mode, InheritedAccess inherited) {
   if ((found.st_mode & S_IFMT) != (mode & S_IFMT)) return ESTALE;
-  if (inherited == InheritedAccess::None) return 0;  // in such a folder nobody else can rename
+  if (inherited == InheritedAccess::None) return 0;  // nobody else can rename in such a folder
   return found.st_nlink > 1 ? ESTALE : checkOwner(folder, found);
 }
 
@@ -77,7 +77,7 @@ int checkClone(int clone, int folder, InheritedAccess inherited) {
   return ::fstat(clone, &found) != 0 ? errno : checkMade(folder, found, S_IFREG, inherited);
 }
 
-/// Opens the new file once more, to tell it by later. A file that cannot be held is removed.
+/// Opens the new file once more, to identify it later. A file that cannot be held open is removed.
 int holdMade(ItemName file, int opened, UniqueFd& made) {
   made.reset(openItself(file.folder, file.name.c_str()));
   const int error = made ? 0 : errno;
@@ -89,7 +89,7 @@ int holdMade(ItemName file, int opened, UniqueFd& made) {
   return ESTALE;
 }
 
-/// `error` is how setting the other times has ended.
+/// `error` is the result of setting the other times.
 int copyTimes(int error, int to, const struct stat& attributes) {
   if (error == 0) error = copyCreationTime(to, attributes);
   return cannotBeKept(error) ? 0 : error;
@@ -121,7 +121,7 @@ ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attribute
   return finishMade(from, to, attributes, inherited);
 }
 
-/// A FIFO, a socket or a device: made anew, not opened.
+/// A FIFO, a socket or a device is created, not opened.
 ItemCopyResult copyNode(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   const mode_t kind = attributes.st_mode & S_IFMT;
   if (const int error = makeNode(to.folder, to.name.c_str(), kind | kOwnerOnly, attributes.st_rdev)) return {error};
@@ -162,7 +162,7 @@ ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, Inher
   int error = fill(source, file);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
   if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(copy.get(), source.attributes);
-  // Some file systems tell only here that they could not keep what was written.
+  // Some file systems report only here that they could not store what was written.
   if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
   return {error, false, std::move(made)};
 }
@@ -178,7 +178,7 @@ int copyAttributes(int from, int to, const struct stat& attributes) {
   if (::fstat(to, &made) != 0) return errno;
   const bool owned = made.st_uid == attributes.st_uid && made.st_gid == attributes.st_gid;
   int error = 0;
-  // The owner first: changing it takes rights away again that were set before.
+  // The owner comes first, because changing it removes set-id bits and capabilities again.
   const OwnerKept ownerKept = owned ? OwnerKept::Yes : copyOwner(to, attributes, error);
   if (error != 0) return error;
   if ((error = copyExtendedAttributes(from, to, ownerKept)) != 0) return error;

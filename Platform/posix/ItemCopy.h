@@ -9,17 +9,18 @@
 
 namespace qm::posix {
 
-/// How the copying of one item ended.
+/// The result of copying one item.
 struct ItemCopyResult {
   int error = 0;
-  bool vanished = false;  ///< the source was not there any more
-  /// What was made, complete or not, as `openItself` opens it; only where others may put something in its place
-  /// (`InheritedAccess::Possible`). None when nothing was made, or what has the name is not known to be the own.
+  bool vanished = false;  ///< the source no longer existed
+  /// The created item, complete or not, opened by `openItself`. Set only if others may replace it
+  /// (`InheritedAccess::Possible`). Empty if nothing was created, or if the item that has the name may not be this
+  /// process's own.
   UniqueFd made{};
 };
 
-/// Whether the folder of the copy may hand its own access lists on to what is made in it. One that does not was made
-/// by this process, for itself alone.
+/// Whether items created in the folder of the copy may inherit access lists from it. If not, this process created the
+/// folder, and nobody else has rights in it.
 enum class InheritedAccess : bool { None, Possible };
 
 /// A regular file to be copied, open for reading.
@@ -28,25 +29,25 @@ struct SourceFile {
   struct stat attributes {};
 };
 
-/// Opens a regular file without waiting for anything. Answers 0 or an error number, ESTALE for anything else.
+/// Opens a regular file without blocking. Returns 0 or an error number, ESTALE for anything else.
 int openSourceFile(ItemName from, SourceFile& source);
 
-/// Copies items that are no folders, with owner, mode, times, extended attributes and flags as far as they may be
-/// set. Where its folder is not this process's alone, an item gets another name in the end, and its flags after that,
-/// from the caller. Replaces nothing.
+/// Copies items other than folders, with owner, mode, times, extended attributes and flags as far as they may be set.
+/// If the folder is accessible to others, the caller renames the item in the end and sets its flags after that.
+/// Replaces nothing.
 class ItemCopier {
  public:
   explicit ItemCopier(CopyObserver& observer) : contents_(observer) {}
 
   ItemCopyResult copyFile(const SourceFile& source, ItemName to, InheritedAccess inherited);
-  /// A link as a link; a FIFO, a socket or a device is made anew, not opened. `attributes` are those of
-  /// the source. ESTALE when somebody put something else in its place before it was complete.
+  /// A link is copied as a link; a FIFO, a socket or a device is created, not opened. `attributes` are those of the
+  /// source. ESTALE if somebody replaced the copy before it was complete.
   static ItemCopyResult copyOther(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited);
 
  private:
   struct NewFile {
     UniqueFd file;
-    bool isComplete = false;  ///< it has its contents already
+    bool isComplete = false;  ///< it already has its contents
   };
 
   int makeFile(const SourceFile& source, ItemName to, InheritedAccess inherited, NewFile& copy);
@@ -55,15 +56,15 @@ class ItemCopier {
   ContentsCopier contents_;
 };
 
-/// The process may not set an attribute, or the file system (of a memory card, for example) has no such thing.
+/// The process may not set an attribute, or the file system (of a memory card, for example) does not support it.
 bool cannotBeKept(int error);
 
-/// Gives an open file or folder the owner, mode, times and extended attributes of another. The bits that
-/// lend the owner's rights are kept only with the owner. Its flags come later. Answers 0 or an error number.
+/// Gives an open file or folder the owner, mode, times and extended attributes of another. The set-id bits are kept
+/// only together with the owner. The caller sets the flags later. Returns 0 or an error number.
 int copyAttributes(int from, int to, const struct stat& attributes);
 
-/// Gives an item the flags of another, as far as they may be set. The last that is done to it. Answers 0 or an error
-/// number.
+/// Gives an item the flags of another, as far as they may be set. Call this last: the item may be unchangeable
+/// afterwards. Returns 0 or an error number.
 int copyFlags(int to, const struct stat& attributes);
 
 }  // namespace qm::posix

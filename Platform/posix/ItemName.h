@@ -4,7 +4,7 @@
 
 namespace qm::posix {
 
-/// An item by the folder that it is or will be in.
+/// An item's parent folder and its name; the item need not exist yet.
 struct ItemName {
   int folder;
   const std::string& name;

@@ -6,28 +6,27 @@
 
 namespace qm::posix {
 
-/// The error number of a path that can name nothing: EINVAL when it is empty, relative or holds a NUL
-/// byte, ENAMETOOLONG when it is longer than the system takes; 0 for any other.
+/// The error number of an invalid path: EINVAL if it is empty, relative or contains a NUL byte, ENAMETOOLONG if it is
+/// longer than the system accepts; 0 for any other.
 int pathError(const std::string& path);
 
-/// The last component, "/" for the root; trailing slashes do not count.
+/// The last component, "/" for the root; trailing slashes are ignored.
 std::string nameIn(const std::string& path);
 
-/// The path of the folder that the last component is in.
+/// The path of the parent folder.
 std::string folderOf(const std::string& path);
 
-/// The path without the slashes at its end, so that the item itself is meant and never the target of
-/// a link of that name.
+/// The path without trailing slashes, so that it names the item itself and never the target of a link of that name.
 std::string withoutTrailingSlashes(const std::string& path);
 
-/// An item by its folder, held open, and its name: what is done by it stays in that folder even when
-/// somebody renames or replaces a part of the path meanwhile.
+/// An item's parent folder, held open, and its name. Operations through it stay in that folder even if somebody renames
+/// or replaces a part of the path meanwhile.
 struct Place {
   UniqueFd folder;
   std::string name;
 };
 
-/// Answers 0 or an error number; EINVAL for the root and for a path that ends in "." or "..".
+/// Returns 0 or an error number; EINVAL for the root and for a path that ends in "." or "..".
 int openPlace(const std::string& path, Place& place);
 
 }  // namespace qm::posix

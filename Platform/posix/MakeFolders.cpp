@@ -10,7 +10,7 @@
 namespace qm::posix {
 namespace {
 
-constexpr mode_t kDefaultMode = S_IRWXU | S_IRWXG | S_IRWXO;  // less what the process masks
+constexpr mode_t kDefaultMode = S_IRWXU | S_IRWXG | S_IRWXO;  // minus the umask
 
 bool isFolder(const std::string& path) {
   struct stat attributes {};

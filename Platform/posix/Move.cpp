@@ -24,7 +24,7 @@ struct Places {
 
 FileError openPlaces(const std::string& source, const std::string& destination, Places& places) {
   if (const int error = openPlace(source, places.source)) return error;
-  // What is missing altogether is said before what is wrong with its destination.
+  // A missing source is reported before a problem with its destination.
   struct stat attributes {};
   if (::fstatat(places.source.folder.get(), places.source.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
     return errno;
@@ -32,13 +32,13 @@ FileError openPlaces(const std::string& source, const std::string& destination, 
   return {openPlace(destination, places.destination), {}, Side::Destination};
 }
 
-/// The volume that a copy is made on, opened before anything is: what it could not write is told from there on.
+/// The volume of a copy. It is opened before the copy begins, because flushing reports the write errors since then.
 class CopiedTo {
  public:
   explicit CopiedTo(const Place& place)
       : folder_(::openat(place.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
-  /// Of a folder that may not be read nothing is told; the disk is waited for all the same.
+  /// A folder that may not be read gives no error report, but the disk is waited for all the same.
   FileError flush() const {
     if (folder_) return {flushVolume(folder_.get()), {}, Side::Destination};
     ::sync();
@@ -49,7 +49,7 @@ class CopiedTo {
   UniqueFd folder_;
 };
 
-/// An item that goes from its place in one step, under a hidden name beside it, and comes back unless it is removed.
+/// Renames an item to a hidden name beside it, in one step, and back again unless it was removed.
 class SetAside {
  public:
   explicit SetAside(const Place& place) : place_(place), item_(openItself(place.folder.get(), place.name.c_str())) {}
@@ -59,7 +59,7 @@ class SetAside {
     if (isAside_) static_cast<void>(renameWithoutReplacing(hidden(), shown()));
   }
 
-  /// ESTALE when the item that was there at first is no longer the one that has its name.
+  /// ESTALE if the name no longer refers to the original item.
   int set() {
     if (!item_) return ESTALE;
     if (const int error = renameWithoutReplacing(shown(), hidden())) return error;
@@ -67,7 +67,7 @@ class SetAside {
     return isStill(item_.get(), place_.folder.get(), name_) ? 0 : ESTALE;
   }
 
-  /// When a part of it is gone the rest stays hidden.
+  /// If a part of it was removed, the rest stays hidden.
   FileError remove(bool& isBegun) {
     FileError error = removeTree(place_.folder.get(), name_, isBegun);
     isAside_ = error && !isBegun;
@@ -85,7 +85,7 @@ class SetAside {
   bool isAside_ = false;
 };
 
-/// Nothing of the source goes before the copy is on the disk, and whatever fails before takes the copy away again.
+/// Nothing of the source is removed before the copy is on the disk. Any failure before that removes the copy again.
 FileError moveAcrossVolumes(const Place& from, const Place& to) {
   SetAside source(from);
   if (FileError error = obstacleToRemoval(from.folder.get(), from.name)) return error;
@@ -103,7 +103,7 @@ FileError moveAcrossVolumes(const Place& from, const Place& to) {
   return error;
 }
 
-/// Which side the error number of a rename speaks of.
+/// Which side the error number of a rename refers to.
 Side sideOf(int error, const Place& source, const Place& destinationPlace) {
   if (error == EINVAL && isWithin(destinationPlace.folder.get(), source.folder.get(), source.name)) return Side::Itself;
   const bool destination = error == ENOSPC || error == EDQUOT || error == ENAMETOOLONG || error == EINVAL;

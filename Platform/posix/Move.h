@@ -8,17 +8,19 @@
 
 namespace qm::posix {
 
-/// Moves an item to a path where nothing is. Across volumes it is copied first, after a look whether it
-/// could be removed at its old place at all. When the copy is complete, in its place and on the disk, the item goes
-/// from its old place in one step, to a hidden name beside it, and is removed there. A failure before anything was
-/// removed leaves the item as it was and no copy. When the removal fails midway the copy stays, and the error names the
-/// hidden rest. A process that ends meanwhile leaves the item in both places, or a hidden rest of it at the old one.
+/// Moves an item to a path where nothing exists. To another volume it is copied, after a check whether the original
+/// could be removed at all. Once the copy is complete, in its location and on the disk, the original is renamed to a
+/// hidden name beside it, in one step, and removed there.
+///
+/// A failure before the removal leaves the item as it was and no copy. If the removal fails midway, the copy stays and
+/// the error names the hidden remainder. If the process ends during a move, the item exists in both locations, or a
+/// hidden remainder of it at the old one.
 FileError moveTree(const std::string& source, const std::string& destination);
 
-/// The same between two places.
+/// The same between two locations.
 FileError moveTree(const Place& source, const Place& destination);
 
-/// The same between two places, where a file or an empty folder at the destination is replaced.
+/// The same between two locations; a file or an empty folder at the destination is replaced.
 FileError moveTreeReplacing(const Place& source, const Place& destination);
 
 /// The same without removing the source: a copy.

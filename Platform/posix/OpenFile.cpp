@@ -41,7 +41,7 @@ class PosixFileHandle : public platform::FileHandle {
   Status removeIncompleteData() override { return answer(cutOff()); }
 
  private:
-  /// What the failed writing left can be told from other writers' bytes only while the file ends with it.
+  /// The bytes of a failed write can be distinguished from other writers' bytes only while the file ends with them.
   int cutOff() {
     struct stat attributes {};
     if (position_ == whole_) return 0;
@@ -58,7 +58,7 @@ class PosixFileHandle : public platform::FileHandle {
 
   const UniqueFd file_;
   off_t position_ = 0;
-  off_t whole_ = 0;  // the position without what the last writing left, if that failed
+  off_t whole_ = 0;  // the position before the last write, if that failed
   const std::string path_;
 };
 

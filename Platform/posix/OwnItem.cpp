@@ -13,7 +13,8 @@ namespace {
 
 constexpr mode_t kRightsOfOthers = S_IRWXG | S_IRWXO;
 
-/// Whom the volume gives what this process makes: a file is opened while it is made, so that it is surely the own.
+/// Determines which owner the volume gives to new files of this process. The test file is opened by its creation, so it
+/// is certainly this process's own.
 int ownerOfNewFile(int folder, uid_t& owner) {
   const std::string name = temporaryName();
   const UniqueFd file(
@@ -25,7 +26,8 @@ int ownerOfNewFile(int folder, uid_t& owner) {
   return 0;
 }
 
-/// Whether rights that a folder was not made with stay when they are taken away. Otherwise it has them as before.
+/// Whether rights of others that a folder was not created with persist after they are removed. If not, they are
+/// restored.
 bool keepsNoModes(int item, mode_t mode) {
   struct stat changed {};
   static_cast<void>(::fchmod(item, S_IRWXU));
@@ -48,7 +50,7 @@ bool isStill(int item, int folder, const std::string& name) {
          isSameItem(own, found);
 }
 
-/// Memory cards have one owner for everything, and servers take root for nobody.
+/// Memory cards have a single owner for everything, and servers map root to nobody.
 int checkOwner(int folder, const struct stat& found) {
   if (found.st_uid == ::geteuid()) return 0;
   uid_t owner = 0;

@@ -8,18 +8,18 @@ namespace qm::posix {
 
 bool isSameItem(const struct stat& one, const struct stat& other);
 
-/// What has the name now is the item that is open as `item`, however that was opened. As long as it is held open, the
-/// file system gives no other item its number.
+/// Whether the name still refers to the item that is open as `item`, however that was opened. While it is open, the
+/// file system gives its inode number to no other item.
 bool isStill(int item, int folder, const std::string& name);
 
-/// Whoever has rights in a folder can put something else in the place of an item that was just made there by its
-/// name. These tell afterwards whether what was opened under that name is the own item. They answer 0, ESTALE when
-/// it is another one, or another error number.
+/// Anybody with rights in a folder can replace an item that was just created there by name. These functions check
+/// afterwards whether the item opened under that name is this process's own. They return 0, ESTALE if it is another
+/// one, or another error number.
 
-/// `found` is what the item in `folder` is like.
+/// `found` is the stat result of the item in `folder`.
 int checkOwner(int folder, const struct stat& found);
 
-/// `item` is an open folder in `folder`, made so that nobody but its owner has rights in it.
+/// `item` is an open folder in `folder`, created without any rights for others.
 int checkOwnFolder(int folder, int item);
 
 }  // namespace qm::posix

@@ -46,7 +46,7 @@ FileOperationStatus PosixFileOperations::copyObject(const FileOperationRef& oper
                                                     const CopyObjectRequest& request) {
   const auto copy = ours(operation);
   if (!copy || !isUsable(request) || !copy->begin(request.callback)) return EINVAL;
-  // The callback stays with the operation, so that it is let go of on the main thread.
+  // The callback stays with the operation, so that it is released on the main thread.
   const auto job = std::make_shared<CopyJob>(copy, request, clock_, rights_);
   if (threads_.detachNewThread([job, &threads = threads_] { job->run(threads); })) return 0;
   copy->abandon();

@@ -10,16 +10,15 @@
 
 namespace qm::posix {
 
-/// Copies in the background on threads of its own, one for the copying and for a while one that counts.
-/// The services that it is made with outlive it and every copy; the process may end in the middle of one.
+/// Copies in the background on threads of its own: one copies, and a second one counts at first. The services passed to
+/// the constructor must outlive this object and every copy. The process may end during a copy.
 ///
-/// Numbers: EINVAL for an operation that is not this service's, is not scheduled, is so already or was used
-/// before, and for paths and names that can name nothing; EAGAIN when there is no thread. What the copy
-/// itself ends with is the number of the step that failed, ESTALE when the source was changed meanwhile, EPERM when
-/// there are no rights for it.
+/// Error numbers: EINVAL for an operation that is not this service's, is not scheduled, is already scheduled or was
+/// used before, and for invalid paths and names; EAGAIN if no thread can be started. A copy itself ends with the number
+/// of the step that failed, ESTALE if the source was changed meanwhile, or EPERM if there are no rights for it.
 class PosixFileOperations final : public platform::FileOperations {
  public:
-  /// Without `rights`, copies are made with those that the threads have.
+  /// Without `rights`, a copy has the rights of the threads.
   PosixFileOperations(platform::MainThread& mainThread, platform::Threads& threads, const platform::Clock& clock,
                       CopyRights rights = nullptr)
       : mainThread_(mainThread), threads_(threads), clock_(clock), rights_(std::move(rights)) {}

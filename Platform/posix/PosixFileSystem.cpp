@@ -28,14 +28,14 @@ namespace {
 using platform::ItemAttributes;
 using platform::Status;
 
-/// What the path leads to, links followed; 0 when that is nothing.
+/// The kind of the path's target, links followed; 0 if there is none.
 mode_t kindBehind(const std::string& path) {
   struct stat attributes {};
   if (pathError(path) != 0 || ::stat(path.c_str(), &attributes) != 0) return 0;
   return attributes.st_mode & S_IFMT;
 }
 
-/// The nearest that a clock here can tell: some file systems keep dates that are farther away.
+/// Clamps to the range of system_clock: some file systems keep dates beyond it.
 std::chrono::system_clock::time_point timePoint(const timespec& time) {
   using Date = std::chrono::system_clock::time_point;
   constexpr auto kFirst = std::chrono::duration_cast<std::chrono::seconds>(Date::min().time_since_epoch());
@@ -70,7 +70,7 @@ FileError linkAt(const std::string& source, const std::string& destination) {
 
 }  // namespace
 
-/// Asking less than what the item is like takes a sixth less time.
+/// faccessat takes a sixth less time than stat.
 bool PosixFileSystem::fileExists(const std::string& path) const {
   return pathError(path) == 0 && ::faccessat(AT_FDCWD, path.c_str(), F_OK, AT_EACCESS) == 0;
 }

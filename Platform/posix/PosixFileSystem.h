@@ -12,9 +12,8 @@
 
 namespace qm::posix {
 
-/// The plain file operations on a POSIX system. Paths that are empty, relative or hold a NUL byte name
-/// nothing and are refused where something would be changed. Slashes at the end of a path do not count
-/// where the item itself is meant.
+/// The plain file operations on a POSIX system. Paths that are empty, relative or contain a NUL byte name nothing, and
+/// operations that would change something reject them. Where the item itself is meant, trailing slashes are ignored.
 class PosixFileSystem : public platform::FileSystem {
  public:
   bool fileExists(const std::string& path) const override;

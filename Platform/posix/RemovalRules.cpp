@@ -11,8 +11,7 @@
 namespace qm::posix {
 namespace {
 
-/// In a sticky folder only the owner of the item or of the folder may remove. The superuser's right
-/// to do so all the same is taken for granted.
+/// In a sticky folder only the owner of the item or of the folder may remove it. Assumes that root may as well.
 bool stickyFolderForbids(const struct stat& folder, const struct stat& item) {
   const uid_t self = ::geteuid();
   return (folder.st_mode & S_ISVTX) != 0 && self != 0 && folder.st_uid != self && item.st_uid != self;

@@ -6,20 +6,20 @@
 
 namespace qm::posix {
 
-/// Keeps a walk on one mount. The folder that the tree is in says which. Functions answer 0 or an error number.
+/// Keeps a walk on one mount, that of the folder that contains the tree. Functions return 0 or an error number.
 class MountGuard {
  public:
   int begin(int parent) { return identify(parent, start_); }
 
-  /// EBUSY in a folder of another mount, and at the top when something is mounted anywhere below.
+  /// EBUSY in a folder of another mount, and at the top if something is mounted anywhere below.
   int check(const FolderChain& chain) const;
 
  private:
   FolderIdentity start_;
 };
 
-/// Why the entry could not be taken out of its folder, as far as that can be told beforehand: permissions, a sticky
-/// folder, protected items, access lists. What is below it does not count.
+/// Why the entry could not be removed from its folder, as far as that can be determined beforehand: permissions, a
+/// sticky folder, protected items, access lists. Its contents are not checked.
 int obstacleToRemovingEntry(int folder, const std::string& name);
 
 }  // namespace qm::posix

@@ -30,7 +30,7 @@ class Placeholder {
   }
   Placeholder(const Placeholder&) = delete;
   Placeholder& operator=(const Placeholder&) = delete;
-  /// Only what is still the placeholder itself goes away again.
+  /// Removed only if it is still the placeholder itself.
   ~Placeholder() {
     struct stat now {};
     if (!file_ || !isStill(file_.get(), place_.folder, place_.name) || ::fstat(file_.get(), &now) != 0) return;
@@ -54,7 +54,7 @@ int renameOverPlaceholder(ItemName from, ItemName to) {
   return error;
 }
 
-/// The second name is that of the item, and the first one no other item's.
+/// Removes the first name, if both names still refer to the same item.
 int removeFirstName(ItemName from, ItemName to) {
   struct stat first {};
   struct stat second {};
@@ -64,10 +64,10 @@ int removeFirstName(ItemName from, ItemName to) {
   return errorOf(::unlinkat(from.folder, from.name.c_str(), 0));
 }
 
-/// The file system has no second names, no more of them for this item, or this user may not give it one.
+/// The file system has no hard links, the item has the maximum of them, or this user may not create one for it.
 bool cannotBeLinked(int error) { return error == EPERM || error == ENOTSUP || error == ENOSYS || error == EMLINK; }
 
-/// A second name is given only where nothing is. Then the first one goes.
+/// A hard link is created only if the name is free. Then the first name is removed.
 int renameBySecondName(ItemName from, ItemName to, const struct stat& item) {
   const int linkError = errorOf(::linkat(from.folder, from.name.c_str(), to.folder, to.name.c_str(), 0));
   if (cannotBeLinked(linkError)) return renameOverPlaceholder(from, to);
@@ -79,8 +79,8 @@ int renameBySecondName(ItemName from, ItemName to, const struct stat& item) {
   return error;
 }
 
-/// A folder replaces nothing but an empty folder: whatever else gets the name after the look makes the call fail. The
-/// slash is for what takes the folder's own name meanwhile.
+/// A folder can only replace an empty folder: if anything else takes the name after the check, the call fails. The
+/// slash makes it fail, too, if something other than a folder takes the folder's own name.
 int renameFolder(ItemName from, ItemName to) {
   struct stat taken {};
   if (const int error = look(to, taken); error != ENOENT) return error == 0 ? EEXIST : error;

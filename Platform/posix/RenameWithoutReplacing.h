@@ -4,17 +4,16 @@
 
 namespace qm::posix {
 
-/// Renames, and fails with EEXIST when anything, a dangling link included, has the new name. A folder that would go
-/// into itself gives EINVAL. Answers 0 or an error number.
+/// Renames, and fails with EEXIST if anything, even a dangling link, has the new name. EINVAL for a folder that would
+/// be put into itself. Returns 0 or an error number.
 ///
-/// Where the file system has no such rename, there are steps, between which the process may end:
-/// - What is no folder gets the new name as a second one, then loses the first. In between it has both.
-/// - Where it cannot have two, the name is taken by an empty file first and the item renamed over that. What may be
-/// left
-///   is the empty file.
-/// - A folder is renamed after a look whether the name is free. Nothing is ever left; an empty folder that gets the
-/// name
-///   right after the look is replaced, and nothing else can be.
+/// A file system without such a rename needs several steps, between which the process may end:
+/// - An item that is not a folder gets the new name as a second hard link, and then loses the first name. In between it
+///   has both.
+/// - If it cannot have two names, an empty file reserves the new name, and the item is renamed over it. That empty file
+///   may be left over.
+/// - A folder is renamed after a check that the name is free. Nothing is ever left over. An empty folder that takes the
+///   name right after the check is replaced; nothing else can be.
 int renameWithoutReplacing(ItemName from, ItemName to);
 
 }  // namespace qm::posix

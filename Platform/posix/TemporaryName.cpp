@@ -13,7 +13,7 @@ namespace qm::posix {
 std::string temporaryName() {
   static std::atomic<std::uint64_t> made{0};
   std::uint64_t number = 0;
-  // Without random bytes the name is still one that no other call of this process uses.
+  // Without random bytes the name is still unique among the calls of this process.
   if (::getentropy(&number, sizeof number) != 0) number = (static_cast<std::uint64_t>(::getpid()) << 32) + ++made;
   std::array<char, 32> text{};
   static_cast<void>(

@@ -4,8 +4,8 @@
 
 namespace qm::posix {
 
-/// A hidden name that nothing has yet, of a length that every file system takes. It protects nothing: who may list
-/// the folder sees it.
+/// A new hidden name, short enough for every file system. It protects nothing: everybody who may list the folder sees
+/// it.
 std::string temporaryName();
 
 }  // namespace qm::posix

@@ -20,10 +20,10 @@
 namespace qm::posix {
 namespace {
 
-/// What goes wrong on the copy's side is never taken for an item that has vanished from the source.
+/// An error on the copy's side must never be mistaken for an item that has vanished from the source.
 int destinationError(int error) { return error == ENOENT ? ESTALE : error; }
 
-/// Where files with several names were copied to, so that the copy has one file with as many.
+/// Where files with several hard links were copied to, so that the copy has one file with as many links.
 class CopiedFiles {
  public:
   const std::string* find(const struct stat& file) const {
@@ -38,7 +38,7 @@ class CopiedFiles {
   std::map<std::pair<dev_t, ino_t>, std::string> paths_;
 };
 
-/// Builds the copy along a walk of the source.
+/// Builds the copy during a walk of the source.
 class CopyVisitor : public TreeVisitor {
  public:
   CopyVisitor(int toFolder, std::string name, CopyObserver& observer)
@@ -46,10 +46,10 @@ class CopyVisitor : public TreeVisitor {
 
   int begin() { return to_.start(start_); }
 
-  /// The copy's own folder, for what is to be done with it after the walk; none when it was not made.
+  /// The copy's top folder, for the steps after the walk; none if it was not created.
   UniqueFd takeMade() { return std::move(made_); }
 
-  /// The walk has come to the copy: by another mount, the destination is in the source.
+  /// The walk has reached the copy: through another mount, the destination is inside the source.
   bool intoItself() const { return intoItself_; }
 
   int entered(const FolderChain& chain, const std::string& name) override {
@@ -77,7 +77,7 @@ class CopyVisitor : public TreeVisitor {
   int regularFile(int folder, const std::string& name) override {
     if (const int error = observer_.itemBegins(relativePath(), name)) return error;
     SourceFile source;
-    // When there is none any more, what there is instead decides.
+    // If it is no longer a regular file, its present type decides.
     return openSourceFile({folder, name}, source) == 0 ? copyFile(source, name) : copyAnything({folder, name});
   }
 
@@ -88,7 +88,7 @@ class CopyVisitor : public TreeVisitor {
     folders_.pop_back();
     copyPath_.erase(folders_.empty() ? 0 : copyPath_.rfind('/'));
     int error = copyAttributes(folder, copy.get(), attributes);
-    // The topmost is still to get its name.
+    // The top folder still has to be renamed.
     if (error == 0 && !folders_.empty()) error = copyFlags(copy.get(), attributes);
     return destinationError(error);
   }
@@ -99,12 +99,12 @@ class CopyVisitor : public TreeVisitor {
   int makeFolder(const std::string& name) {
     if (::mkdirat(to_.folder(), name.c_str(), S_IRWXU) != 0) return errno;
     const int error = to_.enter(name.c_str());
-    // An empty folder is all that can go this way.
+    // This can only remove an empty folder.
     if (error != 0) ::unlinkat(to_.folder(), name.c_str(), AT_REMOVEDIR);
     return error;
   }
 
-  /// The folders below it are in one where nobody else has rights.
+  /// Needed only for the top: below it, others have no rights in the parent folder.
   int beginWithTop() {
     if (const int error = checkOwnFolder(start_, to_.folder())) return error;
     made_ = duplicate(to_.folder());
@@ -117,7 +117,7 @@ class CopyVisitor : public TreeVisitor {
   int copyAnything(ItemName from) {
     struct stat attributes {};
     int error = errorOf(::fstatat(from.folder, from.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW));
-    if (error == 0 && S_ISDIR(attributes.st_mode)) return ESTALE;  // it has just taken the place of something else
+    if (error == 0 && S_ISDIR(attributes.st_mode)) return ESTALE;  // it has just replaced something else
     if (error == 0 && !S_ISREG(attributes.st_mode))
       return ended(ItemCopier::copyOther(from, {to_.folder(), from.name}, attributes, InheritedAccess::None));
     SourceFile source;
@@ -143,12 +143,12 @@ class CopyVisitor : public TreeVisitor {
     return destinationError(result.error);
   }
 
-  /// From the item that was asked for to the folder that the walk is in.
+  /// The current folder, relative to the item that the copy was requested for.
   std::string_view relativePath() const {
     return std::string_view(copyPath_).substr(std::min(copyPath_.size(), topName_.size()));
   }
 
-  /// A file that cannot be linked, for whatever reason, is copied like any other.
+  /// If linking fails, for whatever reason, the file is copied like any other.
   bool linkToCopy(const struct stat& file, const std::string& name) const {
     const std::string* path = copied_.find(file);
     return path != nullptr && ::linkat(start_, path->c_str(), to_.folder(), name.c_str(), 0) == 0;
@@ -194,7 +194,7 @@ FileError copyLoneItem(const Place& source, const struct stat& attributes, ItemN
   return result.error;
 }
 
-/// Copies to a name of which nothing exists.
+/// Copies to a name that is free.
 FileError copyItem(const Place& source, const struct stat& attributes, ItemName to, CopyObserver& observer,
                    UniqueFd& made) {
   return S_ISDIR(attributes.st_mode) ? copyFolder(source, to.folder, to.name, observer, made)
@@ -206,7 +206,7 @@ bool isTaken(const Place& place) {
   return ::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-/// The folder above; false at the root and where it cannot be told.
+/// Goes up to the parent; false at the root and on an error.
 bool climb(UniqueFd& folder, FolderIdentity& identity) {
   UniqueFd above(::openat(folder.get(), "..", lookupFlag() | O_DIRECTORY | O_CLOEXEC));
   FolderIdentity found;
@@ -217,7 +217,7 @@ bool climb(UniqueFd& folder, FolderIdentity& identity) {
 }
 
 FileError tooLongName(const Place& destination) {
-  // The copy has another name at first: what is wrong with the final one shows only at the end.
+  // The copy has another name at first, so a problem with the final name would only show at the end.
   struct stat attributes {};
   const bool tooLong =
       ::fstatat(destination.folder.get(), destination.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0 &&
@@ -253,11 +253,11 @@ FileError NewCopy::make(const Place& source, CopyObserver& observer) {
   if (S_ISDIR(attributes.st_mode) && isWithin(folder, source.folder.get(), source.name)) {
     return {EINVAL, {}, FileError::Side::Itself};
   }
-  // What is made there could neither be renamed nor removed.
+  // Items created there could neither be renamed nor removed.
   if (isProtected(folder, ".")) return {EPERM, {}, FileError::Side::Destination};
   attributes_ = attributes;
   if (FileError error = copyItem(source, attributes, {folder, name_}, observer, made_)) return error;
-  return observer.bytesCopied(0);  // the last moment at which it can be given up
+  return observer.bytesCopied(0);  // the last opportunity to cancel
 }
 
 FileError NewCopy::publish() {

@@ -12,8 +12,9 @@
 
 namespace qm::posix {
 
-/// The copy of an item on its way to a place in a folder, which outlives it. It grows under a hidden name beside its
-/// place. Whichever name it has, it is removed at the end unless it is kept; never anything that took its name.
+/// A copy in progress towards a location in a folder, which outlives it. It is built under a hidden name beside that
+/// location. The destructor removes it, under whichever name it has, unless `keep` was called. It never removes an item
+/// that took its name.
 class NewCopy {
  public:
   explicit NewCopy(const Place& destination) : destination_(destination), name_(temporaryName()) {}
@@ -22,9 +23,9 @@ class NewCopy {
   ~NewCopy();
 
   FileError make(const Place& source, CopyObserver& observer);
-  /// Gives the complete copy its name, without replacing anything, and its flags.
+  /// Gives the complete copy its name, without replacing anything, and then its flags.
   FileError publish();
-  /// What has the copy's name is the copy.
+  /// Whether the copy's name still refers to the copy.
   bool isInPlace() const;
   void keep() { made_.reset(); }
 
@@ -35,14 +36,13 @@ class NewCopy {
   UniqueFd made_;
 };
 
-/// Copies an item, a tree with everything in it, to a place in a folder where it did not exist before.
-/// The copy grows under a hidden name beside its place and is then renamed without replacing anything,
-/// so that nobody ever sees a part of it under its name; after a failure, or when the observer has ended
-/// it, nothing of it is left. (Of a process that is killed meanwhile the hidden part stays.) What vanishes
-/// from a tree before its turn is not in the copy.
+/// Copies an item, a tree with all its contents, to a location in a folder where nothing exists. The copy is built
+/// under a hidden name beside that location and then renamed without replacing anything, so that nobody sees an
+/// incomplete copy under its final name. After a failure, or if the observer ends the copy, nothing of it is left. (If
+/// the process is killed, the hidden part stays.) Items that vanish from a tree before they are reached are not copied.
 FileError copyTree(const Place& source, const Place& destination, CopyObserver& observer);
 
-/// `folder` is the folder `name` in `parent` or is anywhere below it.
+/// Whether `folder` is the folder `name` in `parent`, or anywhere below it.
 bool isWithin(int folder, int parent, const std::string& name);
 
 }  // namespace qm::posix

@@ -19,12 +19,12 @@ class TreeCounter::Visitor : public TreeVisitor {
     return add(S_ISREG(attributes.st_mode) ? static_cast<std::uint64_t>(attributes.st_size) : 0);
   }
   int left(int, int, const std::string&) override { return 0; }
-  /// The lone item that is no folder comes here as well.
+  /// Called also for a single item that is not a folder.
   int cannotEnter(int parent, const std::string& name, int) override { return item(parent, name); }
 
  private:
   int add(std::uint64_t bytes) {
-    // One thread writes, so nothing is lost between reading and writing.
+    // Only one thread writes, so nothing is lost between reading and writing.
     counter_.objects_.store(counter_.objects_ + 1, std::memory_order_relaxed);
     counter_.bytes_.store(sumOrMost(counter_.bytes_, bytes), std::memory_order_relaxed);
     return counter_.stopped_ || isUnwanted_() ? ECANCELED : 0;

@@ -8,22 +8,22 @@
 
 namespace qm::posix {
 
-/// The sum, or the largest number where that is too small: holes make files of any size.
+/// The sum, or the largest number on overflow: holes make files of any size.
 inline std::uint64_t sumOrMost(std::uint64_t one, std::uint64_t other) {
   const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
   return one > most - other ? most : one + other;
 }
 
-/// Counts an item and all that is below it. One thread counts; others may read the numbers so far, ask
-/// whether they are final, and end the counting.
+/// Counts an item and everything below it. One thread counts. Others may read the current numbers, check whether they
+/// are final, and stop the counting.
 class TreeCounter {
  public:
-  /// Takes as long as reading all folders does; what cannot be read is left out. Called once. `isUnwanted` is
-  /// asked after each item and ends the counting, as `stop` does.
+  /// Takes as long as reading all folders; what cannot be read is left out. Called once. `isUnwanted` is called after
+  /// each item; true stops the counting, like `stop`.
   void count(
       const std::string& path, const std::function<bool()>& isUnwanted = [] { return false; });
 
-  /// Has `count` return soon.
+  /// Makes `count` return soon.
   void stop() { stopped_ = true; }
   bool isFinished() const { return finished_; }
   void waitUntilFinished() const { finished_.wait(false); }

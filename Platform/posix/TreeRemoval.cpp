@@ -34,7 +34,7 @@ class Removal : public TreeVisitor {
 
   int cannotEnter(int parent, const std::string& name, int error) override {
     if (error != EACCES) return goneIsFine(error);
-    // An empty folder goes without being read.
+    // An empty folder can be removed without being read.
     if (remove(parent, name, AT_REMOVEDIR) == 0) return 0;
     return isOwn() && openUp(parent, name) ? kTryAgain : error;
   }
@@ -42,7 +42,7 @@ class Removal : public TreeVisitor {
  private:
   bool isOwn() const { return own_ >= 0; }
 
-  /// Never what a link leads to.
+  /// Never affects the target of a link.
   static bool openUp(int parent, const std::string& name) {
     struct stat attributes {};
     const UniqueFd folder(openItself(parent, name.c_str()));
@@ -51,7 +51,7 @@ class Removal : public TreeVisitor {
     return setMode(folder.get(), S_IRWXU) == 0;
   }
 
-  /// An own item's, which may keep it where it is.
+  /// The flags of an item of this process's own, which may prevent its removal.
   static bool takeFlags(int folder, const std::string& name) {
     const UniqueFd item(openItself(folder, name.c_str()));
     return item && setFlags(item.get(), 0) == 0;

@@ -45,7 +45,7 @@ class Walk {
     if (!isFolder(entry)) return visitor_.item(chain_.folder(), entry.name);
     const std::size_t depth = chain_.depth();
     const int error = descend(entry.name);
-    // It was replaced since the listing; unless it was entered, and the number is the visitor's own.
+    // It was replaced after the listing. If it was entered, however, the number is the visitor's own.
     const bool noFolder = (error == ENOTDIR || error == ELOOP) && chain_.depth() == depth;
     return noFolder ? visitor_.item(chain_.folder(), entry.name) : error;
   }

@@ -7,30 +7,30 @@
 
 namespace qm::posix {
 
-/// What is done along a walk. Functions answer 0 to go on or the error number that ends it.
+/// The callbacks of a walk. Functions return 0 to continue, or the error number that ends it.
 class TreeVisitor {
  public:
-  /// Answered by `cannotEnter` to have the folder tried once more.
+  /// Returned by `cannotEnter` to try the folder once more.
   static constexpr int kTryAgain = -1;
 
   virtual ~TreeVisitor() = default;
 
-  /// The walk has come into the folder `name`, the last of `chain`; nothing in it was visited yet.
+  /// The walk has entered the folder `name`, the last of `chain`; nothing in it was visited yet.
   virtual int entered(const FolderChain& chain, const std::string& name) = 0;
-  /// Anything in `folder` that is no folder, as far as the listing tells.
+  /// An item in `folder` that is not a folder, according to the listing.
   virtual int item(int folder, const std::string& name) = 0;
-  /// The same for what the listing calls a regular file, for those to whom that saves a look.
+  /// The same for a regular file according to the listing, for visitors that then need no stat call.
   virtual int regularFile(int folder, const std::string& name) { return item(folder, name); }
   /// Everything in `folder` was visited; the walk is back in `parent`.
   virtual int left(int parent, int folder, const std::string& name) = 0;
-  /// The folder `name` cannot be opened: it has vanished, has become something else (ENOTDIR, ELOOP) or
-  /// may not be read. 0 means that it needs no visit.
+  /// The folder `name` cannot be opened: it has vanished, has become something else (ENOTDIR, ELOOP) or may not be
+  /// read. 0 means that it is skipped.
   virtual int cannotEnter(int parent, const std::string& name, int error) = 0;
 };
 
-/// Walks the folder `name` in `parent` and all that is below, by descriptor and without recursion,
-/// so that neither depth nor the length of paths is limited. Links are not followed. Every folder is
-/// listed once, before its items are visited; some of them may have vanished by then.
+/// Walks the folder `name` in `parent` and everything below it, by descriptor and without recursion, so that neither
+/// depth nor the length of paths is limited. Links are not followed. Every folder is listed once, before its items are
+/// visited; some of them may have vanished by then.
 FileError walkTree(int parent, const std::string& name, TreeVisitor& visitor);
 
 }  // namespace qm::posix

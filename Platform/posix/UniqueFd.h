@@ -8,7 +8,7 @@
 
 namespace qm::posix {
 
-/// Owns one file descriptor and closes it at the end. Move-only; -1 is "none".
+/// Owns one file descriptor and closes it in the destructor. Move-only; -1 means none.
 class UniqueFd {
  public:
   explicit UniqueFd(int fd = -1) noexcept : fd_(fd) {}
@@ -24,11 +24,11 @@ class UniqueFd {
   int get() const noexcept { return fd_; }
   explicit operator bool() const noexcept { return fd_ >= 0; }
 
-  /// Hands the descriptor over to the caller, who closes it.
+  /// Transfers the descriptor to the caller, who closes it.
   [[nodiscard]] int release() noexcept { return std::exchange(fd_, -1); }
 
-  /// Closes the descriptor, if there is one, and takes `fd` in its place. The error number of a call
-  /// that failed before stays as it is.
+  /// Closes the descriptor, if there is one, and takes `fd` instead. Preserves `errno`, so that a caller still sees why
+  /// its last call failed.
   void reset(int fd = -1) noexcept {
     const int old = std::exchange(fd_, fd);
     if (old < 0) return;

@@ -17,7 +17,7 @@ using qm::platform::StandardDirectory;
 
 namespace {
 
-/// One person, for whom the standard folders are looked up.
+/// One user, for whom the standard folders are determined.
 class OnePerson : public qm::platform::Users {
  public:
   explicit OnePerson(const UserRecord& person) : person_(person) {}

@@ -5,8 +5,8 @@
 
 #include "Platform/linux/privileges/helper/HelperPolicy.h"
 
-/// What the uninstaller's administrator rights are for: one of the product's items goes from where the table has it to
-/// the person's own Trash, or the maker's folder is removed if nothing is left in it. Nothing else.
+/// What the uninstaller's administrator rights allow: to move one of the product's items from its path in the table to
+/// the user's own Trash, or to remove the maker's folder if nothing is left in it. Nothing else.
 class RemovalPolicy : public qm::linux_::HelperPolicy {
  public:
   using HelperPolicy::HelperPolicy;
@@ -15,6 +15,6 @@ class RemovalPolicy : public qm::linux_::HelperPolicy {
                                    const qm::linux_::UserRecord& person) const override;
 };
 
-/// Where the product's items of a person are, and the maker's folder.
+/// The paths of a user's items, and of the maker's folder.
 std::vector<std::string> productItemPaths(const qm::linux_::UserRecord& person);
 std::string makersFolderPath(const qm::linux_::UserRecord& person);

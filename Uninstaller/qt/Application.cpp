@@ -1,15 +1,18 @@
 #include "Uninstaller/Application.h"
 
 #include <QApplication>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "Platform/linux/system/SingleInstance.h"
+#include "Uninstaller/qt/CatalogueTranslator.h"
 #include "Uninstaller/qt/FreshKeys.h"
 #include "Uninstaller/qt/FrontEnd.h"
 #include "Uninstaller/qt/FurtherStarts.h"
+#include "Uninstaller/qt/WindowIcon.h"
 #include "Uninstaller/qt/X11HeldKeys.h"
 
 namespace qm::qt {
@@ -29,12 +32,27 @@ void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const
   std::_Exit(EXIT_FAILURE);
 }
 
+/// What goes to log and console is English, whatever the toolkit sets for the whole process.
+void keepLogEnglish() {
+  for (const int part : {LC_MESSAGES, LC_NUMERIC, LC_TIME}) {
+    std::setlocale(part, "C");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
+  }
+}
+
+void useCatalogue(QApplication& application) {
+  auto* const translator = new CatalogueTranslator;
+  translator->setParent(&application);
+  QApplication::installTranslator(translator);
+}
+
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
   // There is nothing to type into: opening an input method would only keep the window waiting.
   qputenv("QT_IM_MODULE", "none");
   const auto previous = qInstallMessageHandler(reportStartFailure);
   auto application = std::make_unique<QApplication>(argc, argv);
   qInstallMessageHandler(previous);
+  keepLogEnglish();
+  useCatalogue(*application);
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string_view program = frontEnd().product.program;
   QApplication::setDesktopFileName(QString::fromUtf8(program.data(), static_cast<qsizetype>(program.size())));
@@ -56,6 +74,7 @@ int runFirst(FrontEnd& front, const linux_::SingleInstance& instance, QApplicati
   const FreshKeys freshKeys(application);
   const X11HeldKeys heldKeys(application);
   const FurtherStarts furtherStarts(instance);
+  const WindowIcon windowIcon(application);
   front.interface = std::make_unique<MainInterface>(makeOwner());
   const int code = runEventLoop(front);
   front.mainThread.end();

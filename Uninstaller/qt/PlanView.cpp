@@ -6,6 +6,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "Uninstaller/qt/CatalogueTranslator.h"
+
 namespace qm::qt {
 
 namespace {
@@ -15,8 +17,8 @@ constexpr int kListHeight = 190;
 QTreeWidget* makeList(QWidget& parent) {
   auto* const list = new QTreeWidget(&parent);
   list->setObjectName("planList");
-  list->setAccessibleName("What will be moved");
-  list->setHeaderLabels({"Item", "Size"});
+  list->setAccessibleName(translated("What will be moved"));
+  list->setHeaderLabels({translated("Item"), translated("Size")});
   list->setRootIsDecorated(false);
   list->setUniformRowHeights(true);
   list->setTextElideMode(Qt::ElideMiddle);

@@ -7,6 +7,7 @@
 #include <QPlainTextEdit>
 #include <QToolButton>
 
+#include "Uninstaller/qt/CatalogueTranslator.h"
 #include "Uninstaller/qt/Disclosure.h"
 
 namespace qm::qt {
@@ -27,7 +28,7 @@ void widen(QMessageBox& alert) {
 QPlainTextEdit* makeDetailsText(QWidget& alert, const std::string& details) {
   auto* const text = new QPlainTextEdit(QString::fromStdString(details).trimmed(), &alert);
   text->setObjectName("detailsText");
-  text->setAccessibleName("Details");
+  text->setAccessibleName(translated("Details"));
   text->setReadOnly(true);
   text->setTabChangesFocus(true);
   text->setMinimumWidth(kDetailsWidth);
@@ -39,9 +40,9 @@ QPlainTextEdit* makeDetailsText(QWidget& alert, const std::string& details) {
 QToolButton* makeDetailsButton(QWidget& alert, QPlainTextEdit& text) {
   auto* const button = new QToolButton(&alert);
   button->setObjectName("detailsButton");
-  button->setText("&Details");
-  button->setAccessibleName("Details");
-  button->setAccessibleDescription("Shows what stayed where it was, and why.");
+  button->setText(translated("&Details"));
+  button->setAccessibleName(translated("Details"));
+  button->setAccessibleDescription(translated("Shows what stayed where it was, and why."));
   makeDisclosure(*button, [&text](bool isOpen) { text.setVisible(isOpen); });
   QWidget::setTabOrder(button, &text);
   return button;

@@ -11,7 +11,7 @@ namespace {
 using linux_::JournalField;
 using Fields = std::vector<JournalField>;
 
-// Entries of these kinds are found by these numbers: journalctl MESSAGE_ID=...
+// The ids by which these entries are found: journalctl MESSAGE_ID=...
 constexpr const char* kItemMessage = "6a7e0d0c5f3b4f0d9c41b1d2a8e65f13";
 constexpr const char* kRunMessage = "c2b94e6fd07a4a51a6e3f8d917c05b28";
 constexpr const char* kInformation = "6";

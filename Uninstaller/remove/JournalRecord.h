@@ -7,12 +7,12 @@
 
 namespace qm::removal {
 
-/// The entry of an item in the system journal, with what became of it in fields of its own.
+/// The entry of an item in the system journal, with the result in separate fields.
 std::vector<linux_::JournalField> journalEntryOf(const ReportItem& item);
 /// The entry of the whole run.
 std::vector<linux_::JournalField> journalEntryOf(const Report& report);
 
-/// Writes a run into the system journal: an entry for each item that went or stayed, and one for the whole.
+/// Writes a run into the system journal: an entry for each item that was moved or stayed, and one for the whole run.
 void recordInJournal(const Report& report);
 
 }  // namespace qm::removal

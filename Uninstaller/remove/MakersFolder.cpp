@@ -29,7 +29,7 @@ int makeOwn(const RememberedFolder& folder) {
   return ::chmod(folder.path.c_str(), folder.mode & kPermissions) == 0 ? 0 : errno;
 }
 
-/// It grows where root alone can reach it.
+/// It is built where only root can reach it.
 int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
   if (::mkdirat(work, name.c_str(), S_IRWXU) != 0) return errno;
   const UniqueFd made = openFolder(work, name);
@@ -37,7 +37,7 @@ int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
   return ::fchmod(made.get(), folder.mode & kPermissions) == 0 ? 0 : errno;
 }
 
-/// What a process has left here that was ended while it made the folder. Only folders with nothing in them go.
+/// Left by an interrupted process that was creating the folder. Only empty folders are removed.
 void removeLeftovers(int above, const std::string& name) {
   for (const posix::WorkFolder& left : posix::WorkFolder::leftIn(above, kProduct.workFolderPrefix)) {
     ::unlinkat(left.descriptor(), name.c_str(), AT_REMOVEDIR);
@@ -81,7 +81,7 @@ int finish(const RememberedFolder& folder) {
   if (!found) return errno == ENOENT ? 0 : errno;
   struct stat status {};
   if (::fstat(found.get(), &status) != 0) return errno;
-  // Another one that has its place by now has its own time.
+  // Another folder that is in its place by now keeps its own time.
   const bool isLike = status.st_uid == folder.owner && (status.st_mode & kPermissions) == folder.mode;
   const timespec times[] = {{0, UTIME_OMIT}, folder.changed};
   return !isLike || ::futimens(found.get(), times) == 0 ? 0 : errno;

@@ -6,16 +6,16 @@
 
 namespace qm::removal {
 
-/// Looks at the folder at a path. Null where there is none; a link is none. Returns 0 or an error number.
+/// Examines the folder at a path. Null if there is none; a link does not count. Returns 0 or an error number.
 int lookAt(const std::string& path, std::optional<RememberedFolder>& folder);
 
-/// Makes the folder again where nothing has its name, and gives it owner and mode where the process may. Returns 0,
-/// EEXIST or another error number. For root nobody can put something else in its place meanwhile, and the way to it
-/// leads through nobody else's links.
+/// Creates the folder again if nothing has its name, and sets owner and mode as far as the process may. Returns 0,
+/// EEXIST or another error number. As root, nobody can put something else in its place meanwhile, and no link of
+/// another user on the path is followed.
 int makeAgain(const RememberedFolder& folder);
 
-/// When what was in the folder is there again: gives it the time of its last change, and takes away what a process has
-/// left beside it that was ended while it made it. Without a folder nothing happens. Returns 0 or an error number.
+/// Called when the contents of the folder are back: sets the time of its last change, and removes what an interrupted
+/// process that was creating it has left beside it. Does nothing without a folder. Returns 0 or an error number.
 int finish(const RememberedFolder& folder);
 
 }  // namespace qm::removal

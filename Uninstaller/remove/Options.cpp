@@ -6,13 +6,16 @@
 #include <optional>
 
 #include "Platform/foundation/ControlCharacters.h"
+#include "Uninstaller/Language.h"
 
 namespace qm::removal {
 namespace {
 
 constexpr int kLongestLimit = 86400;
 
-constexpr std::string_view kHelp = R"(Usage: tessaly-remove [OPTION...]
+using uninstaller::translated;
+
+constexpr std::string_view kHelp = uninstaller::catalogued(R"(Usage: tessaly-remove [OPTION...]
 
 Moves what Tessaly consists of to the Trash, and removes the maker's folder if
 nothing is left in it. Without --yes nothing is done: it shows what would go.
@@ -48,7 +51,7 @@ Exit status
    3  something is left for want of rights; root has them
   64  the command line is wrong
   75  Tessaly runs, or another run is under way: try again later
-)";
+)");
 
 struct Flag {
   std::string_view name;
@@ -66,11 +69,11 @@ constexpr Flag kFlags[] = {
     {"--restore", &Options::restore},
 };
 
-std::string quoted(std::string_view text) { return "\"" + foundation::replacingControlCharacters(text, '?') + "\""; }
+std::string shown(std::string_view text) { return foundation::replacingControlCharacters(text, '?'); }
 
-/// A setter returns what is wrong with the value; "" where nothing is.
+/// A setter returns what is wrong with the value; "" if nothing is.
 std::string addUser(Options& options, const std::string& value) {
-  if (value.empty()) return "--user needs the name of a person.";
+  if (value.empty()) return translated("--user needs the name of a person.");
   options.users.push_back(value);
   return {};
 }
@@ -84,13 +87,16 @@ std::string setIfRunning(Options& options, const std::string& value) {
   } else if (value == "end") {
     options.ifRunning = IfRunning::End;
   } else {
-    return R"(--if-running is "refuse", "ask-to-quit" or "end", not )" + quoted(value) + ".";
+    return translated("--if-running is \"refuse\", \"ask-to-quit\" or \"end\", not \"{value}\".",
+                      {{"value", shown(value)}});
   }
   return {};
 }
 
 std::string setReport(Options& options, const std::string& value) {
-  if (value != "table" && value != "json") return R"(--report is "table" or "json", not )" + quoted(value) + ".";
+  if (value != "table" && value != "json") {
+    return translated("--report is \"table\" or \"json\", not \"{value}\".", {{"value", shown(value)}});
+  }
   options.report = value == "json" ? ReportForm::Json : ReportForm::Table;
   return {};
 }
@@ -100,7 +106,8 @@ std::string setTimeLimit(Options& options, const std::string& value) {
   const char* end = value.data() + value.size();
   const auto [rest, error] = std::from_chars(value.data(), end, seconds);
   if (error != std::errc() || rest != end || seconds < 1 || seconds > kLongestLimit) {
-    return "--time-limit is a number of seconds from 1 to 86400, not " + quoted(value) + ".";
+    return translated("--time-limit is a number of seconds from 1 to 86400, not \"{value}\".",
+                      {{"value", shown(value)}});
   }
   options.timeLimit = std::chrono::seconds(seconds);
   return {};
@@ -136,35 +143,38 @@ class Parser {
 
  private:
   std::string take(const std::string& argument) {
-    if (!argument.starts_with("--")) return "What is " + quoted(argument) + "? There are options only.";
+    if (!argument.starts_with("--")) {
+      return translated("What is \"{argument}\"? There are options only.", {{"argument", shown(argument)}});
+    }
     const auto equals = argument.find('=');
     const std::string name = argument.substr(0, equals);
     const auto value = equals == std::string::npos ? std::nullopt : std::optional(argument.substr(equals + 1));
     if (const Flag* flag = named(kFlags, name)) return setFlag(*flag, value.has_value());
     if (const Setting* setting = named(kSettings, name)) return set(*setting, value);
-    return "There is no option " + quoted(name) + ".";
+    return translated("There is no option \"{option}\".", {{"option", shown(name)}});
   }
 
   std::string setFlag(const Flag& flag, bool hasValue) {
-    if (hasValue) return std::string(flag.name) + " takes no value.";
+    if (hasValue) return translated("{option} takes no value.", {{"option", std::string(flag.name)}});
     parsed_.options.*flag.member = true;
     return {};
   }
 
   std::string set(const Setting& setting, std::optional<std::string> value) {
     if (!value && next_ < arguments_.size()) value = arguments_[next_++];
-    if (!value) return std::string(setting.name) + " needs a value.";
+    if (!value) return translated("{option} needs a value.", {{"option", std::string(setting.name)}});
     return setting.set(parsed_.options, *value);
   }
 
   std::string contradiction() const {
     const Options& options = parsed_.options;
-    if (options.plan && options.yes) return "--plan and --yes exclude each other.";
+    if (options.plan && options.yes) return translated("--plan and --yes exclude each other.");
     const int choices = static_cast<int>(!options.users.empty()) + static_cast<int>(options.allUsers) +
                         static_cast<int>(options.systemOnly);
-    if (choices > 1) return "--user, --all-users and --system-only exclude each other.";
+    if (choices > 1) return translated("--user, --all-users and --system-only exclude each other.");
     const bool chooses = choices > 0 || options.preferences || options.saysIfRunning;
-    return options.restore && chooses ? "--restore puts back what the last run moved: it takes no choice of that." : "";
+    if (!options.restore || !chooses) return {};
+    return translated("--restore puts back what the last run moved: it takes no choice of that.");
   }
 
   const std::vector<std::string>& arguments_;
@@ -176,12 +186,12 @@ class Parser {
 
 ParsedOptions parseOptions(const std::vector<std::string>& arguments) { return Parser(arguments).parse(); }
 
-std::string_view helpText() { return kHelp; }
+std::string helpText() { return translated(kHelp); }
 
 std::string versionText() { return "tessaly-remove " QM_VERSION "\n"; }
 
 std::string usageText(const std::string& problem) {
-  return "tessaly-remove: " + problem + "\nTry \"tessaly-remove --help\".\n";
+  return "tessaly-remove: " + problem + "\n" + translated("Try \"tessaly-remove --help\".") + "\n";
 }
 
 }  // namespace qm::removal

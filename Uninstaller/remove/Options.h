@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace qm::removal {
@@ -14,7 +13,7 @@ inline constexpr int kRightsMissing = 3;
 inline constexpr int kUsage = 64;
 inline constexpr int kTryLater = 75;
 
-/// What to do where the product runs.
+/// What to do if the product is running.
 enum class IfRunning { Refuse, AskToQuit, End };
 enum class ReportForm { Table, Json };
 
@@ -34,20 +33,20 @@ struct Options {
   ReportForm report = ReportForm::Table;
   std::chrono::seconds timeLimit{600};
 
-  /// Without a yes, nothing is done.
+  /// Without --yes nothing is changed.
   bool isInEarnest() const { return yes && !plan; }
 };
 
 struct ParsedOptions {
   Options options;
-  std::string problem;  ///< what is wrong with the command line, one sentence; "" where nothing is
+  std::string problem;  ///< what is wrong with the command line, one sentence in the user's language; "" if not
 };
 
-/// Reads the arguments behind the program's name. The first that is wrong is the problem.
+/// Parses the arguments after the program's name. The first error is the problem.
 ParsedOptions parseOptions(const std::vector<std::string>& arguments);
 
-/// What --help and --version print, and what is printed where the command line is wrong.
-std::string_view helpText();
+/// The output of --help and --version, and the message for a wrong command line, in the user's language.
+std::string helpText();
 std::string versionText();
 std::string usageText(const std::string& problem);
 

@@ -8,8 +8,8 @@
 
 namespace qm::removal {
 
-/// Opens a folder to name items in it, in which nobody but the user can put or remove anything. None on failure, see
-/// `errno`: EPERM where others can.
+/// Opens a folder, with O_PATH, in which nobody but the user can create or remove anything. None on failure, see
+/// `errno`: EPERM if others can.
 posix::UniqueFd openOwnFolder(const std::string& path, uid_t user);
 
 }  // namespace qm::removal

@@ -6,12 +6,14 @@
 #include <utility>
 
 #include "Platform/foundation/ControlCharacters.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
 
 using posix::UserRecord;
+using uninstaller::translated;
 
 constexpr const char* kLoginScreen = "loginwindow";
 constexpr const char* kRoot = "root";
@@ -25,7 +27,7 @@ std::vector<UserRecord> ordinaryAccounts() {
 
 bool hasHome(const UserRecord& user) { return user.home.size() > 1 && user.home.starts_with('/'); }
 
-/// A home that two accounts share is looked through once, for the first of them.
+/// A home that two accounts share is examined once, for the first of them.
 void addPerson(std::vector<UserRecord>& persons, UserRecord person) {
   const bool isThere = std::ranges::any_of(
       persons, [&](const UserRecord& each) { return each.id == person.id || each.home == person.home; });
@@ -38,7 +40,7 @@ std::optional<std::string> personAtConsole(const Accounts& accounts) {
 
 Choice problem(int status, std::string text) { return {{}, status, std::move(text)}; }
 
-/// What belongs to the computer goes to root's own Trash, where nobody else can change it before it comes back.
+/// The computer's items go to root's own Trash, where nobody else can change them before they come back.
 Choice chosen(std::vector<UserRecord> persons) {
   Choice choice;
   choice.concerned.systemTrashOf = kRoot;
@@ -50,9 +52,9 @@ Choice personsNamed(const std::vector<std::string>& names, const Accounts& accou
   std::vector<UserRecord> persons;
   for (const std::string& name : names) {
     const auto person = accounts.named(name);
-    const std::string quoted = "\"" + foundation::replacingControlCharacters(name, '?') + "\"";
-    if (!person) return problem(kUsage, "There is no user " + quoted + " on this computer.");
-    if (!hasHome(*person)) return problem(kUsage, "The user " + quoted + " has no home folder.");
+    const uninstaller::Values shown = {{"user", foundation::replacingControlCharacters(name, '?')}};
+    if (!person) return problem(kUsage, translated("There is no user \"{user}\" on this computer.", shown));
+    if (!hasHome(*person)) return problem(kUsage, translated("The user \"{user}\" has no home folder.", shown));
     addPerson(persons, *person);
   }
   return chosen(std::move(persons));
@@ -74,7 +76,8 @@ std::string optionForRoot(const Options& options) {
 
 Choice forCaller(const Options& options, const Accounts& accounts) {
   const std::string option = optionForRoot(options);
-  if (!option.empty()) return problem(kRightsMissing, option + " takes the rights of root.");
+  if (!option.empty())
+    return problem(kRightsMissing, translated("{option} takes the rights of root.", {{"option", option}}));
   return {{{accounts.caller}, accounts.caller.name}, kNothingLeft, ""};
 }
 
@@ -96,7 +99,8 @@ Choice choosePersons(const Options& options, const Accounts& accounts) {
   if (!options.users.empty()) return personsNamed(options.users, accounts);
   const auto console = personAtConsole(accounts);
   if (console) return personsNamed({*console}, accounts);
-  return problem(kUsage, "Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only.");
+  return problem(
+      kUsage, translated("Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only."));
 }
 
 }  // namespace qm::removal

@@ -20,6 +20,7 @@
 #include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/MainLoop.h"
 #include "Shared/QMLog.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/Removal.h"
 #include "Uninstaller/remove/Restoring.h"
 #include "Uninstaller/remove/RunLock.h"
@@ -33,8 +34,9 @@ namespace qm::removal {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using uninstaller::catalogued;
 
-/// What has begun when the time is up is seen through, within this.
+/// Work in progress at the time limit gets this much longer.
 constexpr std::chrono::seconds kGrace{30};
 
 /// Everything that the program works with. Never destroyed: a worker may be inside one of the services while the
@@ -73,7 +75,7 @@ void writeAll(int stream, std::string_view text) {
   }
 }
 
-/// One line that is written over, for somebody who watches.
+/// One line that is overwritten, for a person at a terminal.
 class ProgressLine {
  public:
   ~ProgressLine() {
@@ -85,8 +87,10 @@ class ProgressLine {
     if (::isatty(STDERR_FILENO) == 0) return;
     isShown_ = true;
     const std::string shown = foundation::replacingControlCharacters(path, '?');
-    writeAll(STDERR_FILENO, "\r\x1b[K" + std::to_string(number) + " of " + std::to_string(count) + ": " +
-                                std::string(foundation::firstCharacters(shown, longest)));
+    const uninstaller::Values values = {{"number", std::to_string(number)},
+                                        {"count", std::to_string(count)},
+                                        {"path", std::string(foundation::firstCharacters(shown, longest))}};
+    writeAll(STDERR_FILENO, "\r\x1b[K" + uninstaller::translated("{number} of {count}: {path}", values));
   }
 
  private:
@@ -111,14 +115,14 @@ class Program {
     const int status = statusOf(report_);
     recordInSystemLog(report_);
     writeAll(STDOUT_FILENO, options_.report == ReportForm::Json ? reportJson(report_) : reportTable(report_));
-    // A worker that was given up goes on using all of this.
+    // A worker that was abandoned goes on using all of this.
     if (!inTime) std::_Exit(status);
     QMLog::finishWriting();
     return status;
   }
 
  private:
-  /// False where there is no lock and nothing is to be done.
+  /// False if there is no lock and nothing is to be done.
   bool isLocked() {
     if (!options_.isInEarnest()) return true;
     lock_ = RunLock::take(::getuid(), runtimeFolder(), all_.users.homeDirectory());
@@ -131,7 +135,7 @@ class Program {
     report_.ownStatus = kTryLater;
   }
 
-  /// False where the work had to be given up. It may then go on for as long as the process lives.
+  /// False if the work had to be abandoned. It may then go on for as long as the process lives.
   bool remove() {
     auto made = std::make_unique<Removal>(all_.users, all_.witness, concerned_,
                                           options_.preferences ? RemoveConfig::Yes : RemoveConfig::No);
@@ -154,7 +158,7 @@ class Program {
     }
     work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
     if (!look()) return false;
-    // Also where all is back already: a run that was ended may have left something to finish.
+    // Also if everything is back already: an interrupted run may have left something to finish.
     return options_.isInEarnest() ? carryOut() : done();
   }
 
@@ -162,7 +166,7 @@ class Program {
 
   bool look() {
     if (onWorker([this] { work_->look(); })) return true;
-    return giveUp("The time was up before everything had been looked at.");
+    return giveUp(catalogued("The time was up before everything had been looked at."));
   }
 
   bool carryOut() {
@@ -187,7 +191,7 @@ class Program {
     return false;
   }
 
-  /// What could not be put back later does not go.
+  /// Items that could not be put back later are not moved.
   bool isRemembered(Removal& removal) {
     const auto run = removal.toRemember();
     const int error = run ? memory_.begin(*run) : EIO;
@@ -203,11 +207,11 @@ class Program {
     const auto running = endProduct(numbers(), options_.ifRunning);
     if (running.empty()) return true;
     report_.running = shown(running);
-    refuse("Nothing has been done, because Tessaly runs.");
+    refuse(catalogued("Nothing has been done, because Tessaly runs."));
     return false;
   }
 
-  /// Gives the work up some time after the limit. False then.
+  /// Abandons the work some time after the limit, and returns false then.
   bool onWorker(const std::function<void()>& work) {
     return runUntil(end_ + kGrace, *platform::platform().mainThread, *platform::platform().threads, work);
   }
@@ -238,7 +242,7 @@ class Program {
   Report report_;
 };
 
-/// Nothing that is started waits for somebody to type.
+/// No child process may wait for input.
 void takeNoInput() {
   const posix::UniqueFd nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (nothing && nothing.get() != STDIN_FILENO) ::dup2(nothing.get(), STDIN_FILENO);
@@ -250,7 +254,7 @@ int runProgram(const Options& options) {
   takeNoInput();
   Composition& all = composition();
   const Choice choice = options.restore ? Choice() : choosePersons(options, systemAccounts(all.users));
-  // Whom the rights came from has been asked; what is started for others must not take it for whom it works for.
+  // The origin of the rights has been determined; children that work for other users must not take it for their user.
   ::unsetenv("PKEXEC_UID");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
   if (!choice.problem.empty()) {
     writeAll(STDERR_FILENO, "tessaly-remove: " + choice.problem + "\n");

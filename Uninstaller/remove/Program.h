@@ -4,8 +4,8 @@
 
 namespace qm::removal {
 
-/// The program behind its command line: looks, removes if that is wanted, reports. Returns the exit status. Called
-/// once, by the main thread, before any other thread exists.
+/// The program after its command line was parsed: examines, removes if requested, reports. Returns the exit status.
+/// Called once, by the main thread, before any other thread exists.
 int runProgram(const Options& options);
 
 }  // namespace qm::removal

@@ -13,7 +13,7 @@ using foundation::percentDecoded;
 using foundation::percentEncoded;
 using Words = std::vector<std::string_view>;
 
-// No encoded text has it.
+// No encoded text contains it.
 constexpr std::string_view kNothing = "=";
 
 std::string wordOf(const std::string& text) { return text.empty() ? std::string(kNothing) : percentEncoded(text); }

@@ -11,6 +11,7 @@
 #include "Platform/Trash.h"
 #include "Platform/foundation/DateText.h"
 #include "Shared/QMFileManager.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalDetails.h"
 #include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
@@ -21,24 +22,25 @@ namespace {
 
 using platform::platform;
 using posix::UserRecord;
+using uninstaller::catalogued;
 
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kDependsOnContents = "It goes if nothing else is in it.";
-constexpr const char* kHoldsOthers = "Something is in it.";
-constexpr const char* kNotRemoved = "It couldn’t be removed.";
+constexpr const char* kDependsOnContents = catalogued("It goes if nothing else is in it.");
+constexpr const char* kHoldsOthers = catalogued("Something is in it.");
+constexpr const char* kNotRemoved = catalogued("It couldn’t be removed.");
 
 std::string skipText(SkipReason reason) {
   switch (reason) {
     case SkipReason::PreferencesStay:
-      return "Preferences go with --preferences only.";
+      return catalogued("Preferences go with --preferences only.");
     case SkipReason::InReleaseFolder:
-      return "It is in a folder named \"Release\".";
+      return catalogued("It is in a folder named \"Release\".");
     case SkipReason::InStructureFolder:
-      return "It is below a folder \"Structure/Applications\".";
+      return catalogued("It is below a folder \"Structure/Applications\".");
     case SkipReason::InTrash:
-      return "It is in the Trash already.";
+      return catalogued("It is in the Trash already.");
     case SkipReason::None:
     case SkipReason::NoFolder:
     case SkipReason::NotThere:
@@ -73,7 +75,7 @@ std::string reasonOf(const ItemResult& result) {
   return result.outcome == ItemOutcome::Stayed ? reasonToStay(result) : "";
 }
 
-/// What is started with root's rights for the folder returns before it is gone.
+/// The program that root's rights are used through returns before the folder is gone.
 bool isGoneInTime(const std::string& folder) {
   const auto& clock = *platform().clock;
   const auto end = clock.monotonicNow() + kFolderLimit;
@@ -191,7 +193,7 @@ std::optional<RememberedRun> Removal::toRemember() {
     parts_[index].remembered = run.items.size();
     run.items.push_back(rememberedItem(parts_[index]));
   }
-  // Also where it stays, since its time changes with what leaves it.
+  // Recorded even if the folder stays, because its time changes with what is removed from it.
   const int error = makersFolder_ ? qm::removal::lookAt(*makersFolder_, run.folder) : 0;
   if (error != 0 && isToBeMoved(item(parts_.size()))) return std::nullopt;
   return run;
@@ -202,7 +204,7 @@ RememberedItem Removal::rememberedItem(const Part& part) const {
   if (part.person) item.user = part.person->name;
   item.path = part.planned.path.value_or("");
   item.trashOf = part.trashOf;
-  // What is the computer's goes to the caller's own Trash.
+  // The computer's items go to the caller's own Trash.
   item.trashOwner = part.person ? part.person->id : users_.realUserId();
   return item;
 }

@@ -13,28 +13,28 @@
 
 namespace qm::removal {
 
-/// The product's items of everybody concerned, and of the computer: what is there, and how it goes.
+/// The product's items of all selected users, and of the computer: which exist, and their removal.
 class Removal final : public Work {
  public:
   /// The installed services are the witness's, with these users among them. Both outlive this object.
   Removal(WorkingFor& users, RemovalWitness& witness, Concerned concerned, RemoveConfig removeConfig);
 
   void look() override;
-  /// Moves what is there, and then the maker's folder.
+  /// Moves the existing items, and then removes the maker's folder.
   void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
 
-  /// What `run` is going to do, for the way back. After `look`. Null where the maker's folder cannot be looked at.
+  /// The record of what `run` is going to do. Call it after `look`. Null if the maker's folder cannot be examined.
   std::optional<RememberedRun> toRemember();
-  /// What `run` does is noted there from now on. It outlives this object.
+  /// From now on `run` records there what it does. The memory outlives this object.
   void rememberIn(const RunMemory& memory) { memory_ = &memory; }
 
  private:
-  /// One item, with whom it is of and whose Trash it goes to.
+  /// One item, with its user and the user whose Trash it goes to.
   struct Part {
     PlannedItem planned;
     std::optional<posix::UserRecord> person;
     std::string trashOf;
-    std::optional<std::size_t> remembered;  ///< its number among what is remembered
+    std::optional<std::size_t> remembered;  ///< its number in the record
   };
 
   void lookAt(const ProductItem& item, const std::optional<posix::UserRecord>& person, const std::string& trashOf);

@@ -4,29 +4,70 @@
 
 #include "Platform/foundation/ControlCharacters.h"
 #include "Platform/foundation/Utf8.h"
-#include "Shared/QMFileManager.h"
+#include "Uninstaller/Sentences.h"
 #include "Uninstaller/remove/Options.h"
 
 namespace qm::removal {
 namespace {
 
+using uninstaller::catalogued;
+using uninstaller::counted;
+using uninstaller::filled;
+using uninstaller::Language;
+using uninstaller::translated;
+
 constexpr std::size_t kColumns = 5;
 using Row = std::vector<std::string>;
 
+constexpr std::string_view kSentences[] = {
+    catalogued("The lock against a second run cannot be had: {system}."),
+    catalogued("What the last run moved cannot be found out: {system}."),
+    catalogued("Nothing has been done, because it cannot be remembered for --restore: {system}."),
+    catalogued("It couldn’t be made again: {system}."),
+};
+
 std::string shown(const std::string& text) { return foundation::replacingControlCharacters(text, '?'); }
 
+std::string forPeople(const std::string& sentence, const Language& language) {
+  return uninstaller::inLanguage(language, sentence, kSentences);
+}
+
 std::string padded(std::string text, std::size_t width) {
-  const std::size_t length = foundation::characterCount(text);
+  const std::size_t length = foundation::columnCount(text);
   if (length < width) text.append(width - length, ' ');
   return text;
 }
 
 std::string sizeOf(const ReportItem& item) {
-  return item.kind ? QMFileManager::formatFileSize(static_cast<double>(item.bytes)) : "";
+  return item.kind ? uninstaller::sizeText(uninstaller::language(), item.bytes) : "";
+}
+
+std::string shownOutcome(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::Goes:
+      return translated("goes");
+    case Outcome::Trashed:
+      return translated("trashed");
+    case Outcome::Removed:
+      return translated("removed");
+    case Outcome::NotThere:
+      return translated("not_there");
+    case Outcome::Kept:
+      return translated("kept");
+    case Outcome::Stayed:
+      return translated("stayed");
+    case Outcome::ComesBack:
+      return translated("comes_back");
+    case Outcome::Restored:
+      return translated("restored");
+    case Outcome::Lost:
+      return translated("lost");
+  }
+  return "";
 }
 
 Row rowOf(const ReportItem& item) {
-  return {wordFor(item.outcome), sizeOf(item), shown(item.user.value_or("the computer")),
+  return {shownOutcome(item.outcome), sizeOf(item), item.user ? shown(*item.user) : translated("the computer"),
           shown(item.trashOf.value_or("")), shown(item.path.value_or(""))};
 }
 
@@ -34,7 +75,7 @@ std::vector<std::size_t> widthsOf(const std::vector<Row>& rows) {
   std::vector<std::size_t> widths(kColumns);
   for (const Row& row : rows) {
     for (std::size_t column = 0; column < kColumns; ++column) {
-      widths[column] = std::max(widths[column], foundation::characterCount(row[column]));
+      widths[column] = std::max(widths[column], foundation::columnCount(row[column]));
     }
   }
   return widths;
@@ -46,7 +87,7 @@ std::string lineOf(const Row& row, const std::vector<std::size_t>& widths) {
   return line + row.back() + "\n";
 }
 
-/// Under the path.
+/// On the line below the path.
 std::string furtherLine(const std::string& text, const std::vector<std::size_t>& widths) {
   if (text.empty()) return {};
   std::size_t indent = 0;
@@ -54,12 +95,15 @@ std::string furtherLine(const std::string& text, const std::vector<std::size_t>&
   return std::string(indent, ' ') + shown(text) + "\n";
 }
 
-std::string placeInTrash(const ReportItem& item) { return item.trashedTo ? "In the Trash: " + *item.trashedTo : ""; }
+std::string placeInTrash(const ReportItem& item) {
+  return item.trashedTo ? translated("In the Trash: {path}", {{"path", *item.trashedTo}}) : "";
+}
 
 bool isInTable(const ReportItem& item) { return item.outcome != Outcome::NotThere || !item.reason.empty(); }
 
 std::string itemLines(const std::vector<ReportItem>& items) {
-  std::vector<Row> rows = {{"OUTCOME", "SIZE", "WHOSE", "TRASH OF", "ITEM"}};
+  std::vector<Row> rows = {
+      {translated("OUTCOME"), translated("SIZE"), translated("WHOSE"), translated("TRASH OF"), translated("ITEM")}};
   for (const ReportItem& item : items) {
     if (isInTable(item)) rows.push_back(rowOf(item));
   }
@@ -67,8 +111,9 @@ std::string itemLines(const std::vector<ReportItem>& items) {
   const auto widths = widthsOf(rows);
   std::string lines = lineOf(rows.front(), widths);
   for (const ReportItem& item : items) {
-    if (isInTable(item))
-      lines += lineOf(rowOf(item), widths) + furtherLine(placeInTrash(item), widths) + furtherLine(item.reason, widths);
+    if (!isInTable(item)) continue;
+    lines += lineOf(rowOf(item), widths) + furtherLine(placeInTrash(item), widths) +
+             furtherLine(forPeople(item.reason, uninstaller::language()), widths);
   }
   return lines;
 }
@@ -76,7 +121,9 @@ std::string itemLines(const std::vector<ReportItem>& items) {
 std::string runningLines(const std::vector<RunningProcess>& running) {
   std::string lines;
   for (const RunningProcess& process : running) {
-    lines += "Tessaly runs for " + shown(process.user) + " (process " + std::to_string(process.id) + ").\n";
+    lines += translated("Tessaly runs for {user} (process {id}).",
+                        {{"user", shown(process.user)}, {"id", std::to_string(process.id)}}) +
+             "\n";
   }
   return lines;
 }
@@ -85,26 +132,50 @@ std::size_t countOf(const Report& report, Outcome outcome) {
   return static_cast<std::size_t>(std::ranges::count(report.items, outcome, &ReportItem::outcome));
 }
 
-std::string items(std::size_t count) { return count == 1 ? "1 item" : std::to_string(count) + " items"; }
-
-std::string nothingLeft(const Report& report) {
-  return report.isRestore ? "Nothing is left to put back." : "Nothing is left to remove.";
+/// Two sentences, of which either may be "".
+std::string both(const std::string& first, const std::string& second, const Language& language) {
+  if (first.empty() || second.empty()) return first + second;
+  return filled(language.translated("{sentence} {further}"), {{"sentence", first}, {"further", second}});
 }
 
-std::string staying(const Report& report) {
-  const std::size_t stayed = countOf(report, Outcome::Stayed);
-  const std::size_t lost = countOf(report, Outcome::Lost);
-  std::string what = stayed == 0 ? "" : items(stayed) + (report.isRestore ? " did not come back." : " stayed.");
-  if (lost > 0) what += (what.empty() ? "" : " ") + items(lost) + " cannot be found any more.";
-  return statusOf(report) == kRightsMissing ? what + " Rights are missing; root has them." : what;
+std::string nothingLeft(const Report& report, const Language& language) {
+  return language.translated(report.isRestore ? catalogued("Nothing is left to put back.")
+                                              : catalogued("Nothing is left to remove."));
 }
 
-std::string planSummary(const Report& report) {
-  const std::size_t going = countOf(report, Outcome::Goes) + countOf(report, Outcome::ComesBack);
-  if (going == 0) return report.isRestore && statusOf(report) != kNothingLeft ? staying(report) : nothingLeft(report);
-  const std::string what =
-      items(going) + (report.isRestore ? " would come back." : " would go.") + " Nothing has been changed.";
-  return report.wantsYes ? what + " With --yes it is done." : what;
+std::string stayed(const Report& report, const Language& language) {
+  const std::size_t count = countOf(report, Outcome::Stayed);
+  if (count == 0) return "";
+  return report.isRestore
+             ? counted(language, count, "{count} item did not come back.", "{count} items did not come back.")
+             : counted(language, count, "{count} item stayed.", "{count} items stayed.");
+}
+
+std::string lost(const Report& report, const Language& language) {
+  const std::size_t count = countOf(report, Outcome::Lost);
+  if (count == 0) return "";
+  return counted(language, count, "{count} item cannot be found any more.", "{count} items cannot be found any more.");
+}
+
+std::string staying(const Report& report, const Language& language) {
+  const std::string what = both(stayed(report, language), lost(report, language), language);
+  if (statusOf(report) != kRightsMissing) return what;
+  return both(what, language.translated("Rights are missing; root has them."), language);
+}
+
+std::string going(const Report& report, std::size_t count, const Language& language) {
+  return report.isRestore ? counted(language, count, "{count} item would come back. Nothing has been changed.",
+                                    "{count} items would come back. Nothing has been changed.")
+                          : counted(language, count, "{count} item would go. Nothing has been changed.",
+                                    "{count} items would go. Nothing has been changed.");
+}
+
+std::string planSummary(const Report& report, const Language& language) {
+  const std::size_t count = countOf(report, Outcome::Goes) + countOf(report, Outcome::ComesBack);
+  if (count == 0 && report.isRestore && statusOf(report) != kNothingLeft) return staying(report, language);
+  if (count == 0) return nothingLeft(report, language);
+  const std::string how = report.wantsYes ? language.translated("With --yes it is done.") : "";
+  return both(going(report, count, language), how, language);
 }
 
 }  // namespace
@@ -148,15 +219,15 @@ std::string wordFor(Outcome outcome) {
   return "";
 }
 
-std::string summaryOf(const Report& report) {
-  if (!report.problem.empty()) return report.problem;
-  if (report.isPlan) return planSummary(report);
+std::string summaryOf(const Report& report, const Language& language) {
+  if (!report.problem.empty()) return forPeople(report.problem, language);
+  if (report.isPlan) return planSummary(report, language);
   const bool isLeft = countOf(report, Outcome::Stayed) + countOf(report, Outcome::Lost) > 0;
-  return isLeft ? staying(report) : nothingLeft(report);
+  return isLeft ? staying(report, language) : nothingLeft(report, language);
 }
 
 std::string reportTable(const Report& report) {
-  return itemLines(report.items) + runningLines(report.running) + summaryOf(report) + "\n";
+  return itemLines(report.items) + runningLines(report.running) + summaryOf(report, uninstaller::language()) + "\n";
 }
 
 }  // namespace qm::removal

@@ -13,6 +13,7 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Shared/QMLocalPaths.h"
+#include "Uninstaller/Language.h"
 #include "Uninstaller/RemovalPlan.h"
 #include "Uninstaller/remove/MakersFolder.h"
 
@@ -21,17 +22,18 @@ namespace {
 
 using platform::platform;
 using platform::TrashedItem;
+using uninstaller::catalogued;
 
 constexpr const char* kRoot = "root";
-constexpr const char* kSomethingIsThere = "Something else is there now.";
-constexpr const char* kNotInTrash = "It is not in the Trash any more.";
-constexpr const char* kNoItem = "Tessaly has no item there.";
-constexpr const char* kClosedToPerson = "Its folder is closed to the person in whose Trash it was.";
-constexpr const char* kNoFolder = "The folder that it was in couldn’t be made again.";
-constexpr const char* kOtherAccount = "Its Trash was that of an account that is another one now.";
-constexpr const char* kOthersTrash = "It was in the Trash of a person, who can have changed it.";
+constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
+constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
+constexpr const char* kNoItem = catalogued("Tessaly has no item there.");
+constexpr const char* kClosedToPerson = catalogued("Its folder is closed to the person in whose Trash it was.");
+constexpr const char* kNoFolder = catalogued("The folder that it was in couldn’t be made again.");
+constexpr const char* kOtherAccount = catalogued("Its Trash was that of an account that is another one now.");
+constexpr const char* kOthersTrash = catalogued("It was in the Trash of a person, who can have changed it.");
 
-/// A link to nothing is something, too.
+/// Even a dangling link counts as something.
 bool isTaken(const std::string& path) { return platform().fileSystem->attributesOfItem(path).has_value(); }
 
 bool isForWantOfRights(int code) {
@@ -65,7 +67,7 @@ void Restoring::look() {
   for (std::size_t index = 0; index < run_.items.size(); ++index) lookAt(index, run_.items[index]);
 }
 
-/// A run that was ended right after its first move has not noted it.
+/// A run that was interrupted right after its first move has not recorded it.
 bool Restoring::isOfUse(const RememberedRun& run) {
   run_ = run;
   return run.hasChanged() || std::ranges::any_of(run.items, [this](const RememberedItem& item) {
@@ -74,7 +76,7 @@ bool Restoring::isOfUse(const RememberedRun& run) {
          });
 }
 
-/// The first of all: what was in it finds it as it was.
+/// First of all, so that the folder is as it was when its contents come back.
 void Restoring::lookAtFolder() {
   if (!run_.folder) return;
   hasFolder_ = true;
@@ -119,7 +121,7 @@ std::string Restoring::obstacle(const RememberedItem& item) const {
   return users_.realUserId() == 0 ? obstacleForRoot(item) : "";
 }
 
-/// In a folder that is closed to the person, a file of root's may be what keeps that person from something.
+/// If a folder is closed to the user, restoring a file there could undo a restriction that root has set for that user.
 std::string Restoring::obstacleForRoot(const RememberedItem& item) const {
   if (!item.user) return item.trashOf == kRoot ? "" : kOthersTrash;
   const auto owner = persons_.named(item.trashOf);
@@ -127,7 +129,7 @@ std::string Restoring::obstacleForRoot(const RememberedItem& item) const {
   return persons_.mayPutAt(*owner, item.path) ? "" : kClosedToPerson;
 }
 
-/// Whatever is remembered, nothing but the product's own items comes back, each to its place.
+/// Whatever the record says, only the product's own items are put back, each to its path.
 bool Restoring::isOfProduct(const RememberedItem& item) const {
   users_.workFor(item.trashOf);
   return std::ranges::any_of(kProductItems, [&](const ProductItem& each) {
@@ -200,12 +202,12 @@ void Restoring::putBack(std::size_t position) {
   set(position, shown);
 }
 
-/// In the maker's folder, which would otherwise be made by the way, as any folder.
+/// For items in the maker's folder, which would otherwise be created like any missing folder.
 bool Restoring::isInFolder(const ReportItem& item) const {
   return hasFolder_ && item.path && item.path->starts_with(run_.folder->path + "/");
 }
 
-/// A run that was ended before it came to this leaves it to the next one.
+/// If a run is interrupted before this, the next one does it.
 void Restoring::end() {
   const auto isLeft = [](const ReportItem& item) {
     return item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost;

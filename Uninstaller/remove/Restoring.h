@@ -13,17 +13,16 @@
 
 namespace qm::removal {
 
-/// What the last run that changed something has moved: what of it is in the Trash, and how it comes back.
+/// The last run that changed something: which of its items are in the Trash, and how they are put back.
 ///
-/// Each item goes with the rights of whoever's Trash it is in. What a person could have changed in the Trash goes
-/// nowhere but where that person may put things anyhow: an item of the computer's comes back for root from root's own
-/// Trash only.
+/// Each item is moved with the rights of the user whose Trash it is in. What a user could have changed in the Trash is
+/// put only where that user may put things anyway. For root, the computer's items come only from root's own Trash.
 class Restoring final : public Work {
  public:
-  /// What root has to know of persons.
+  /// What root has to know about users.
   struct Persons {
     std::function<std::optional<posix::UserRecord>(const std::string& name)> named;
-    /// The person may put something at the path, or into the last folder on the way to it that is there.
+    /// Whether the user may put something at the path, or into the last existing folder on the way to it.
     std::function<bool(const posix::UserRecord& person, const std::string& path)> mayPutAt;
   };
 
@@ -31,11 +30,11 @@ class Restoring final : public Work {
   Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons);
 
   void look() override;
-  /// Makes the maker's folder again, puts back what can be, and forgets the run when all of it has come back.
+  /// Creates the maker's folder again, puts back what it can, and deletes the record when everything is back.
   void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
 
  private:
-  /// One item of the run, with where it is in the Trash.
+  /// One item of the run, with its location in the Trash.
   struct Part {
     std::size_t index = 0;
     RememberedItem item;
@@ -65,7 +64,7 @@ class Restoring final : public Work {
   std::vector<Part> parts_;
 };
 
-/// The persons of this computer.
+/// The users of this computer.
 Restoring::Persons systemPersons();
 
 }  // namespace qm::removal

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Uninstaller/Language.h"
 #include "Uninstaller/remove/OwnFolder.h"
 #include "Uninstaller/remove/ThisSystem.h"
 
@@ -17,7 +18,7 @@ using posix::UniqueFd;
 
 constexpr const char* kName = "tessaly-remove.lock";
 
-/// In /tmp anybody could take the name first and so keep the user from every run.
+/// In /tmp anybody could create the file first and so prevent the user from ever running this.
 UniqueFd openPrivateFolder(uid_t user, const std::string& home) {
   std::string path = home;
   for (const char* name : {"/.cache", "/tessaly-remove"}) {
@@ -41,7 +42,7 @@ UniqueFd openLocked(int folder) {
 }
 
 std::string problemOf(int error) {
-  if (error == EWOULDBLOCK) return "Another run of tessaly-remove is under way.";
+  if (error == EWOULDBLOCK) return uninstaller::catalogued("Another run of tessaly-remove is under way.");
   return std::string("The lock against a second run cannot be had: ") + std::strerror(error) + ".";
 }
 

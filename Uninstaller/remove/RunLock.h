@@ -9,12 +9,13 @@
 
 namespace qm::removal {
 
-/// Keeps a user from a second run while one is under way. It ends with the object, and with the process however that
-/// ends. The lock's file stays: what removed it could take it from a run that is just beginning.
+/// Prevents a second run of the same user while one is in progress. The lock is released with the object, or when the
+/// process ends, however that happens. The lock's file stays, because removing it could take it from a run that is just
+/// beginning.
 class RunLock {
  public:
-  /// Takes the lock of a user, or finds out why not. It lies in /run for root; for others in `runtimeFolder` if only
-  /// they can write there, else in .cache of their home.
+  /// Takes the lock of a user, or finds out why it cannot. The file is in /run for root; for others in `runtimeFolder`
+  /// if only they can write there, else in .cache in their home.
   static RunLock take(uid_t user, const std::optional<std::string>& runtimeFolder, const std::string& home);
 
   bool isHeld() const { return static_cast<bool>(file_); }

@@ -23,7 +23,7 @@ constexpr const char* kFileName = "last-run";
 constexpr const char* kNewName = "last-run.new";
 constexpr const char* kFolder = "/tessaly-remove";
 constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
-// Runs that have changed nothing, as far as is known, behind the last one that has.
+// The most runs that are kept after the last one that is known to have changed something.
 constexpr std::size_t kMostWithoutChange = 8;
 
 /// A file that nobody but the user can have written.
@@ -38,7 +38,7 @@ UniqueFd openOwnFile(int folder, uid_t user, int flags) {
   return UniqueFd();
 }
 
-/// With those above it that are missing, each for its owner alone.
+/// Creates missing parent folders too, each for its owner alone.
 int makePrivateFolder(const std::string& path) {
   if (::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST) return 0;
   if (errno != ENOENT || path == "/") return errno;
@@ -59,7 +59,7 @@ int readAll(int file, std::string& text) {
   return length <= kLongest ? 0 : EFBIG;
 }
 
-/// In place of the one that is there, in one step. On the disk when it returns 0.
+/// Replaces the existing file in one step. On the disk when it returns 0.
 int writeOwnFile(int folder, const std::string& text) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
   const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));
@@ -105,7 +105,7 @@ int RunMemory::read(std::vector<RememberedRun>& runs) const {
   return error;
 }
 
-// What cannot be read counts for nothing any more: the new run takes its place.
+// An unreadable record is worthless: the new run replaces it.
 int RunMemory::begin(const RememberedRun& run) {
   if (const int error = makePrivateFolder(path_)) return error;
   std::vector<RememberedRun> runs;

@@ -12,31 +12,31 @@
 
 namespace qm::removal {
 
-/// What the caller's last run has moved, in a file that nobody but the caller can change. What it holds at any moment
-/// is what a process that is ended then has done, but for the item that was on its way. One run at a time.
+/// The record of the caller's last run, in a file that nobody but the caller can change. At every moment it contains
+/// what the process has done so far, except for the item being moved. One run at a time.
 class RunMemory {
  public:
-  /// In this folder, which is made when something is to be remembered. One that others can change is not believed, nor
-  /// is such a file in it.
+  /// The record in this folder, which is created when something is to be recorded. A folder that others can change is
+  /// not trusted, nor is such a file in it.
   RunMemory(uid_t user, std::string folder);
-  /// The folder of a caller: in /var/lib for root; for others in `stateHome` or, without one, in .local/state of their
+  /// The folder of a caller: in /var/lib for root; for others in `stateHome` or, without one, in .local/state in their
   /// home.
   static std::string folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home);
 
-  /// All that is remembered, oldest first. Returns 0 or an error number; EPERM where others could have changed it.
+  /// All recorded runs, oldest first. Returns 0 or an error number; EPERM if others could have changed the record.
   int read(std::vector<RememberedRun>& runs) const;
 
-  /// Remembers what a run is about to do. What the last run that changed something has done stays until this one has.
-  /// On the disk when it returns 0; else an error number.
+  /// Records what a run is about to do. The record of the last run that changed something stays until this one has. If
+  /// it returns 0 the record is on the disk; otherwise it returns an error number.
   int begin(const RememberedRun& run);
-  /// Opens it to note what comes back. Returns 0 or an error number.
+  /// Opens the record to add what is put back. Returns 0 or an error number.
   int resume();
 
-  /// Notes what is done. A failure has no bearing on the run: what is not noted is looked for in the Trash.
+  /// Records what was done. A failure does not affect the run: what is not recorded is looked up in the Trash.
   void add(const std::string& line) const;
-  /// What has been noted is on the disk afterwards.
+  /// Flushes what was recorded to the disk.
   void flush() const;
-  /// Nothing is remembered any more.
+  /// Deletes the record.
   void forget();
 
  private:

@@ -29,7 +29,7 @@ struct Held {
   ProductProcess process;
 };
 
-/// Waits until one of the processes has ended, or none of them runs.
+/// Waits until one of the processes has ended, or none of them is running.
 bool oneEnds(const std::vector<Held>& processes, std::chrono::milliseconds limit) {
   std::vector<pollfd> watched;
   watched.reserve(processes.size());
@@ -43,8 +43,8 @@ bool hasEnded(const ProcessHandle& handle) {
   return handle && ::poll(&watched, 1, 0) > 0;
 }
 
-/// What is read by number belongs to the process that is held if that has not ended afterwards. One that runs and
-/// cannot be held counts as well: it can be neither asked nor ended.
+/// What was read by process id belongs to the held process only if that is still running afterwards. A running process
+/// that cannot be held counts as well, although it can be neither asked nor killed.
 std::optional<Held> heldProduct(pid_t number, const std::set<uid_t>& users) {
   if (nameOfProcess(number) != kProductName) return std::nullopt;
   Held held{ProcessHandle::open(number), {number, 0}};
@@ -95,7 +95,7 @@ std::vector<ProductProcess> runningProduct(const std::set<uid_t>& users) {
   return running;
 }
 
-/// Another may have been started meanwhile, so what runs is looked for anew.
+/// Another process may have been started meanwhile, so the search is repeated.
 std::vector<ProductProcess> endProduct(const std::set<uid_t>& users, IfRunning how) {
   if (how != IfRunning::Refuse) end(heldProducts(users), how);
   return runningProduct(users);

@@ -9,17 +9,17 @@
 
 namespace qm::removal {
 
-/// A process of the product's.
+/// A process of the product.
 struct ProductProcess {
   pid_t id = 0;
   uid_t user = 0;
 };
 
-/// The processes named like the product that run for one of these users.
+/// The processes with the product's name that run for one of these users.
 std::vector<ProductProcess> runningProduct(const std::set<uid_t>& users);
 
-/// Ends them, or asks them to: those that run afterwards. With `IfRunning::Refuse` nothing is done to them. Asked, a
-/// process has ten seconds to quit; one that is ended has five before it is killed.
+/// Ends the processes, or asks them to end, and returns those still running. With `IfRunning::Refuse` it does nothing
+/// to them. A process that is asked to quit has ten seconds; one that is ended has five before it is killed.
 std::vector<ProductProcess> endProduct(const std::set<uid_t>& users, IfRunning how);
 
 }  // namespace qm::removal

@@ -12,7 +12,7 @@ bool runUntil(std::chrono::steady_clock::time_point last, platform::MainThread& 
     work();
     mainThread.perform([finished] { *finished = true; });
   };
-  // Without a thread to spare the main thread does it, and nothing watches the time.
+  // If the system refuses a thread, the main thread does the work, and the time limit is not enforced.
   if (!threads.detachNewThread(body)) {
     work();
     return true;

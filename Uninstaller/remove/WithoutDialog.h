@@ -4,11 +4,11 @@
 
 namespace qm::removal {
 
-/// Administrator rights that are never asked for and never granted: nobody may be there to answer a dialog. What root
-/// starts for itself stays as it is.
+/// Administrator rights that are never requested and never granted, because nobody may be there to answer a dialog.
+/// What root starts for itself is not affected.
 class WithoutDialog final : public platform::AuthorizationServices {
  public:
-  /// The system's own outlive this object.
+  /// The system's own services outlive this object.
   explicit WithoutDialog(platform::AuthorizationServices& system) : system_(system) {}
 
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,

@@ -3,15 +3,19 @@
 #include <algorithm>
 #include <utility>
 
+#include "Uninstaller/Language.h"
+
 namespace qm::removal {
 namespace {
 
-constexpr const char* kNotBegun = "The time was up before it began.";
-constexpr const char* kNotGone = "The time was up before it had gone.";
-constexpr const char* kNotBack = "The time was up before it had come back.";
+using uninstaller::catalogued;
+
+constexpr const char* kNotBegun = catalogued("The time was up before it began.");
+constexpr const char* kNotGone = catalogued("The time was up before it had gone.");
+constexpr const char* kNotBack = catalogued("The time was up before it had come back.");
 
 void stay(ReportItem& item, const std::string& reason) {
-  // What was to come back is where it was.
+  // An item that was to be put back is still in the Trash.
   if (item.outcome == Outcome::Goes) item.trashOf = std::nullopt;
   item.outcome = Outcome::Stayed;
   item.reason = reason;

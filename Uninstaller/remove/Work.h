@@ -9,11 +9,11 @@
 
 namespace qm::removal {
 
-/// What the command does with a list of items: it looks, and then it moves. `look` and `run` belong to one worker
-/// thread; the rest may be asked by any.
+/// What the command does with a list of items: it examines them, and then it moves them. `look` and `run` belong to one
+/// worker thread; the other functions may be called by any.
 class Work {
  public:
-  /// Told before an item is moved: its path, its place in the sequence from 1, and how many there are.
+  /// Called before an item is moved: its path, its number in the sequence from 1, and how many there are.
   using Progress = std::function<void(const std::string& path, std::size_t number, std::size_t count)>;
 
   Work() = default;
@@ -21,19 +21,19 @@ class Work {
   Work& operator=(const Work&) = delete;
   virtual ~Work() = default;
 
-  /// Finds out what is there. Changes nothing.
+  /// Determines which items exist. Changes nothing.
   virtual void look() = 0;
-  /// Moves what is there. Begins no further item once `timeIsUp`.
+  /// Moves the existing items. Begins no further item once `timeIsUp` returns true.
   virtual void run(const std::function<bool()>& timeIsUp, const Progress& progress) = 0;
 
   bool hasAnythingToDo() const;
-  /// Every item with what has become of it so far.
+  /// Every item with its result so far.
   std::vector<ReportItem> items() const;
-  /// The same for a run that is given up: what has not been moved has stayed, because the time was up.
+  /// The same for a run that is abandoned: items that were not moved have stayed, because the time was up.
   std::vector<ReportItem> itemsWhenGivenUp() const;
 
  protected:
-  /// The work on each item that is to be moved, in their sequence.
+  /// Calls `move` for each item that is to be moved, in their sequence.
   void runThrough(const std::function<bool()>& timeIsUp, const Progress& progress,
                   const std::function<void(std::size_t index)>& move);
   void add(ReportItem item);
@@ -41,7 +41,7 @@ class Work {
   ReportItem item(std::size_t index) const;
 
  private:
-  mutable std::mutex mutex_;  // guards what follows
+  mutable std::mutex mutex_;  // guards the following members
   std::vector<ReportItem> items_;
 };
 

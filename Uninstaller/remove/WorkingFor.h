@@ -10,17 +10,17 @@
 
 namespace qm::removal {
 
-/// The users of the system, with the person that a program of root's works for in the place of the one at the console.
-/// For everybody but root there is no such person, and nothing differs. Any thread.
+/// The system's users, with the user that a program run by root works for in place of the console user. For everybody
+/// but root there is no such user, and nothing differs. Any thread.
 class WorkingFor final : public platform::Users {
  public:
   /// The system's users outlive this object.
   explicit WorkingFor(const platform::Users& system) : system_(system) {}
 
-  /// From now on it is this person whose home and Trash are meant. No other thread may be at work for another.
+  /// From now on this user's home and Trash are meant. No other thread may be working for another user.
   void workFor(const std::string& person);
 
-  /// In a person's folders root sees no more than that person: what is looked into can be exchanged meanwhile.
+  /// In a user's folders root measures no more than that user can see, because the contents can be exchanged meanwhile.
   void measureWithRightsOf(const posix::UserRecord& person, PlannedItem& item) const;
 
   unsigned realUserId() const override { return system_.realUserId(); }

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Uninstaller/SystemLanguage.h"
 #include "Uninstaller/remove/Options.h"
 #include "Uninstaller/remove/Program.h"
 
@@ -17,6 +18,7 @@ int say(std::FILE* stream, std::string_view text, int status) {
 
 int main(int argc, char** argv) {
   using namespace qm::removal;
+  qm::uninstaller::useLanguage(qm::uninstaller::systemLanguage());
   const ParsedOptions parsed = parseOptions({argv + (argc > 0 ? 1 : 0), argv + argc});
   if (!parsed.problem.empty()) return say(stderr, usageText(parsed.problem), kUsage);
   if (parsed.options.help) return say(stdout, helpText(), kNothingLeft);

@@ -14,7 +14,7 @@
 namespace qm::testing {
 namespace {
 
-/// What becomes of a run in which one of the system's calls always fails.
+/// A run in which one system call always fails.
 class ArchiveFailure : public ArchiveTest {
  protected:
   ArchiveFailure() {
@@ -37,7 +37,7 @@ class ArchiveFailure : public ArchiveTest {
   }
 
  private:
-  /// Runs in a child, since a filter cannot be taken back; the reason comes in a file.
+  /// Runs in a child, because a filter cannot be removed; the reason is passed in a file.
   template <class Run>
   std::string problemOf(long call, int error, int onlyWithFlags, const Run& run) {
     const auto before = snapshot(path(""));
@@ -82,7 +82,7 @@ TEST_F(ArchiveFailure, OfReadingAFolderBelowTellsItsWholeName) {
     if (++asked == 4) failSystemCall(SYS_getdents64, EIO);
     return false;
   };
-  // Whichever of the two is the second.
+  // It does not matter which of the two is the second.
   const std::string problem = packing(SYS_fstatfs);
   EXPECT_TRUE(problem == "item/folder/a: " + kBroken || problem == "item/folder/b: " + kBroken) << problem;
 }
@@ -96,7 +96,7 @@ TEST_F(ArchiveFailure, OfUnpackingLeavesNothing) {
   EXPECT_EQ(unpacking(SYS_write, ENOSPC), "item/folder/file: No space left on device");
   EXPECT_NE(unpacking(SYS_pread64), "");
   EXPECT_EQ(unpacking(SYS_close), "item/folder/file: " + kBroken);
-  EXPECT_EQ(unpacking(SYS_fstatfs), "");  // the room is not known
+  EXPECT_EQ(unpacking(SYS_fstatfs), "");  // the free space is not known
 }
 
 TEST_F(ArchiveFailure, IsNoneWhereAVolumeKeepsNeitherPermissionsNorTimes) {
@@ -112,18 +112,18 @@ TEST_F(ArchiveFailure, IsNoneWhereAVolumeKeepsNeitherPermissionsNorTimes) {
   }
 }
 
-// Somebody else in the same folder.
+// Another process in the same folder.
 
 class ArchiveAmongOthers : public ArchiveFailure {
  protected:
-  /// What is unfinished in the scratch folder; "" when nothing is.
+  /// The unfinished item in the scratch folder; "" if there is none.
   std::string hidden() const {
     for (const auto& entry : std::filesystem::directory_iterator(path("")))
       if (entry.path().filename().string().starts_with(".incomplete-")) return entry.path();
     return {};
   }
 
-  /// Puts a folder of others in the place of the unfinished one.
+  /// Replaces the unfinished folder by another user's.
   void swap() {
     swapped_ = hidden();
     ASSERT_FALSE(swapped_.empty());

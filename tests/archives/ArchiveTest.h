@@ -15,17 +15,16 @@
 
 namespace qm::testing {
 
-/// How a program ended, and all that it printed.
+/// How a program ended, and everything that it printed.
 struct ProgramRun {
-  int status = -1;  ///< of the exit, or 128 and the signal
+  int status = -1;  ///< of the exit, or 128 plus the signal
   std::string output;
 };
 
-/// Runs a program, found on the search path, to its end.
+/// Runs a program, found in PATH, to its end.
 ProgramRun runProgram(const std::vector<std::string>& command);
 
-/// The same for one that is asked to end by a signal as soon as there is something unfinished of its making in
-/// `folder`.
+/// The same for a program that gets a signal as soon as it has created something unfinished in `folder`.
 ProgramRun runAndEnd(const std::vector<std::string>& command, const std::string& folder,
                      const std::string& signal = "TERM");
 
@@ -37,21 +36,21 @@ void writeFile(const std::string& path, const std::string& contents);
 std::string contentsOf(const std::string& path);
 struct stat attributesOf(const std::string& path);
 bool isThere(const std::string& path);
-/// Also what its owner may not look into.
+/// Includes what its owner may not read.
 std::error_code removeTree(const std::string& folder);
 void setModified(const std::string& path, time_t seconds);
 
-/// All below a folder: what each item is, its permissions, its contents or target, and the time of files.
+/// Everything below a folder: the type of each item, its permissions, its contents or target, and the time of files.
 std::map<std::string, std::string> snapshot(const std::string& folder);
 
-/// A test in a scratch folder of its own. "outside" is there to be left alone.
+/// A test in a scratch folder of its own. "outside" must stay unchanged.
 class ArchiveTest : public ::testing::Test {
  protected:
   ArchiveTest();
   ~ArchiveTest() override;
 
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
-  /// Makes the folders above as well. Answers the path.
+  /// Creates the parent folders as well. Returns the path.
   std::string makeFile(const std::string& name, const std::string& contents = "contents") const;
   std::string makeFolder(const std::string& name, mode_t mode = 0755) const;
   std::string makeLink(const std::string& name, const std::string& target) const;
@@ -61,7 +60,7 @@ class ArchiveTest : public ::testing::Test {
   platform::Status unpack(const std::string& archive, const std::string& folder);
 
   std::vector<std::string> leftOut;
-  /// Whether the run is stopped, asked each time.
+  /// Whether the run is cancelled; called each time the run asks.
   std::function<bool()> isStopped = [] { return false; };
 
  private:

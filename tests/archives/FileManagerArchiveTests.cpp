@@ -38,7 +38,7 @@ class FolderTrash : public platform::Trash {
   const std::string folder_;
 };
 
-/// Waits for the tool without serving anything meanwhile.
+/// Waits for the tool without serving an event loop.
 class PlainWait : public posix::DescriptorWait {
  public:
   void waitUntilReadable(int descriptor) override {

@@ -23,13 +23,13 @@ using Items = std::vector<ZipItem>;
 constexpr std::uint32_t kLink = 0120777;
 constexpr std::uint32_t kFolder = 040755;
 
-/// After each, only the folder that was unpacked into may differ.
+/// After each, only the destination folder may differ.
 class HostileArchive : public ArchiveTest {
  protected:
   HostileArchive() { makeFolder("place"); }
 
-  /// Unpacks into a new folder and into one that is there. Answers the reason of the first, and expects the same of
-  /// the second.
+  /// Unpacks into a new folder and into an existing one. Returns the reason of the first, and expects the same of the
+  /// second.
   std::string problemOf(const std::string& bytes) {
     std::filesystem::remove_all(path("place"));
     makeFolder("place/there");
@@ -44,7 +44,7 @@ class HostileArchive : public ArchiveTest {
   }
   std::string problemOf(const Items& items) { return problemOf(zipBytes(items)); }
 
-  /// All but what is in the place that archives are unpacked into.
+  /// Everything except what is in the destination folder.
   std::map<std::string, std::string> elsewhere() {
     auto all = snapshot(path(""));
     std::erase_if(all, [](const auto& item) { return item.first.starts_with("place/"); });
@@ -64,9 +64,9 @@ TEST_F(HostileArchive, CannotLeaveTheFolderByItsNames) {
     EXPECT_EQ(problemOf(Items{{name}}), name + leadsOut);
   }
   const std::string absolute = path("outside/file");
-  EXPECT_EQ(problemOf(Items{{absolute}}), absolute + ": Its name is an absolute one");
-  EXPECT_EQ(problemOf(Items{{"/"}}), "/: Its name is an absolute one");
-  EXPECT_EQ(problemOf(Items{{"//x"}}), "//x: Its name is an absolute one");
+  EXPECT_EQ(problemOf(Items{{absolute}}), absolute + ": Its name is an absolute path");
+  EXPECT_EQ(problemOf(Items{{"/"}}), "/: Its name is an absolute path");
+  EXPECT_EQ(problemOf(Items{{"//x"}}), "//x: Its name is an absolute path");
 }
 
 TEST_F(HostileArchive, CannotLeaveTheFolderByBackslashes) {
@@ -97,7 +97,7 @@ TEST_F(HostileArchive, CannotWriteThroughALinkThatItMade) {
 
 TEST_F(HostileArchive, CannotReplaceAFolderByALinkAndWriteThroughThat) {
   EXPECT_EQ(problemOf(Items{{"a/", "", kFolder}, {"a", path("outside"), kLink}, {"a/file"}}),
-            "a: A folder has its name");
+            "a: A folder is in the way");
 }
 
 TEST_F(HostileArchive, CannotWriteThroughTheLinkThatAFileReplaces) {
@@ -122,11 +122,12 @@ TEST_F(HostileArchive, MakesLinksThatLeadOutAsTheyAreWrittenAndTouchesNothingThe
 }
 
 TEST_F(HostileArchive, CannotHideANameBehindAZeroByte) {
-  EXPECT_EQ(problemOf(Items{{std::string("good\0/../../x", 13)}}), path("a.zip") + ": A name in it has a zero byte");
+  EXPECT_EQ(problemOf(Items{{std::string("good\0/../../x", 13)}}),
+            path("a.zip") + ": A name in it contains a NUL byte");
 }
 
 TEST_F(HostileArchive, CannotHideANameInTheDirectoryAlone) {
-  // The names of items and directory differ: whichever counts is held to the same rules.
+  // The names in the item and in the directory differ: whichever counts must obey the same rules.
   EXPECT_NE(problemOf(Items{{.name = "../outside/file", .centralName = "good"}}) +
                 problemOf(Items{{.name = "good", .centralName = "../outside/file"}}),
             "");
@@ -161,12 +162,12 @@ TEST_F(HostileArchive, CannotFillMemoryWithDeepPaths) {
 
 TEST_F(HostileArchive, CannotBringAnythingButFilesFoldersAndLinks) {
   for (const std::uint32_t mode : {0020666U, 0060666U, 0140777U}) {
-    EXPECT_EQ(problemOf(Items{{"x", "", mode}}), "x: It is neither a file nor a folder nor a link") << std::oct << mode;
+    EXPECT_EQ(problemOf(Items{{"x", "", mode}}), "x: It is not a file, a folder or a link") << std::oct << mode;
   }
   EXPECT_EQ(problemOf(Items{{"fifo", "text", 0010644}}), "");
-  EXPECT_EQ(contentsOf(path("place/new/fifo")), "text");  // it is none
-  EXPECT_EQ(problemOf(Items{{".", "target", kLink}}), ".: A folder has its name");
-  EXPECT_EQ(problemOf(Items{{"."}}), ".: A folder has its name");
+  EXPECT_EQ(contentsOf(path("place/new/fifo")), "text");  // it is not one
+  EXPECT_EQ(problemOf(Items{{".", "target", kLink}}), ".: A folder is in the way");
+  EXPECT_EQ(problemOf(Items{{"."}}), ".: A folder is in the way");
   EXPECT_EQ(problemOf(Items{{""}}), ": An item has no name");
 }
 
@@ -200,7 +201,7 @@ TEST_F(HostileArchive, CannotHaveMoreMemoryThanItNeeds) {
   EXPECT_EQ(problemOf(withMemory("\xff\xff\xff\xff")), tooMuch);
   EXPECT_EQ(problemOf(withMemory(std::string("\1\0\0\x10", 4))), tooMuch);
   EXPECT_THAT(problemOf(withMemory(std::string("\0\0\0\x10", 4))), HasSubstr("lzma"));
-  // The directory may tell of another kind than the item.
+  // The directory may claim another type than the item.
   std::string bytes = zipBytes(withMemory("\xff\xff\xff\xff"));
   bytes[bytes.rfind("PK\1\2") + 10] = 0;
   EXPECT_EQ(problemOf(bytes), tooMuch);
@@ -210,7 +211,7 @@ TEST_F(HostileArchive, CannotHaveMoreMemoryThanItNeeds) {
 
 TEST_F(HostileArchive, IsRefusedWhenItsEndTellsOfItemsThatAreNotThere) {
   const std::string missing = path("a.zip") + ": A part of it is missing";
-  const std::string broken = path("a.zip") + ": It is no zip archive, or a part of it is missing";
+  const std::string broken = path("a.zip") + ": It is not a zip archive, or a part of it is missing";
   std::string more = zipBytes({{"a"}, {"b"}});
   const std::size_t count = more.size() - 12;
   more[count] = more[count - 2] = 3;
@@ -271,7 +272,7 @@ TEST_F(HostileArchive, WritesNothingOutsideWhicheverByteIsWrong) {
 
 class Bomb : public HostileArchive {
  protected:
-  /// 256 MiB of nothing in less than 300 KiB, told as `told` bytes.
+  /// 256 MiB of zeros in less than 300 KiB, with a stated size of `told` bytes.
   std::string bomb() {
     makeFolder("item");
     const int file = ::open(path("item/zeros").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
@@ -288,8 +289,8 @@ class Bomb : public HostileArchive {
     return bytes;
   }
 
-  /// The reason why an archive cannot be unpacked on a volume of 16 MiB, on which nothing may be left. Answers how
-  /// often the run asked whether it is stopped.
+  /// The reason why an archive cannot be unpacked on a volume of 16 MiB, on which nothing may be left. Returns how
+  /// often the run asked whether it is cancelled.
   int expectProblem(const std::string& bytes, const std::vector<std::string>& problems) {
     makeFile("asked", "");
     runInPrivateMachine([&] {
@@ -309,7 +310,7 @@ class Bomb : public HostileArchive {
 };
 
 TEST_F(Bomb, IsNotBegunWhenItSaysThatItIsLargerThanTheVolume) {
-  // Before the item, and before no block of it.
+  // Before the item, and not before any block of it.
   EXPECT_EQ(expectProblem(bomb(), {"zeros: No space left on device"}), 1);
 }
 

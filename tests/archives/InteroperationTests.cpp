@@ -44,7 +44,7 @@ class OtherPrograms : public ArchiveTest {
     makeFolder("item/folder", 0750);
     makeFile("item/folder/below/file");
     makeLink("item/link", "program");
-    setModified(path("item/program"), 1'000'000'002);  // even, as the old formats have it
+    setModified(path("item/program"), 1'000'000'002);  // even, because the old formats store times that way
     return snapshot(path("item"));
   }
 

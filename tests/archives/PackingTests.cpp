@@ -189,8 +189,8 @@ TEST_F(MakeArchive, LeavesOutWhatHoldsNothingAndSaysSo) {
   ASSERT_TRUE(pack(path("item"), path("a.zip")));
   std::sort(leftOut.begin(), leftOut.end());
   EXPECT_EQ(leftOut,
-            (std::vector<std::string>{"item/fifo?: It is neither a file nor a folder nor a link, and is left out",
-                                      "item/socket: It is neither a file nor a folder nor a link, and is left out"}));
+            (std::vector<std::string>{"item/fifo?: It is not a file, a folder or a link, so it is left out",
+                                      "item/socket: It is not a file, a folder or a link, so it is left out"}));
   EXPECT_EQ(unpacked(path("a.zip")).size(), 2U);
   const ProgramRun run = runZipTool({"-ck", path("item"), path("b.zip")});
   EXPECT_EQ(run.status, 1);
@@ -226,7 +226,7 @@ TEST_F(MakeArchive, SaysThatTheVolumeIsFull) {
     mountTmpfs(volume, "size=1m");
     EXPECT_EQ(pack(path("item"), volume + "/a.zip").localizedDescription(), "item/noise: No space left on device");
     EXPECT_TRUE(snapshot(volume).empty());
-    // What is left fits one block, which is written at the end.
+    // The rest fits one block, which is written at the end.
     writeFile(volume + "/full", std::string(1 << 20, 'x'));
     EXPECT_EQ(pack(path("outside/file"), volume + "/a.zip").localizedDescription(),
               volume + "/a.zip: No space left on device");
@@ -329,7 +329,7 @@ TEST_F(MakeArchive, LeavesOutWhatVanishesMeanwhile) {
   makeFile("item/b");
   int asked = 0;
   isStopped = [&] {
-    // Asked for the folder first, and then for the first of the two: both are listed, none is read.
+    // The run asks for the folder first, and then for the first of the two: both are listed, none is read.
     if (++asked == 2) {
       EXPECT_EQ(::unlink(path("item/a").c_str()) + ::unlink(path("item/b").c_str()), 0);
     }
@@ -337,11 +337,11 @@ TEST_F(MakeArchive, LeavesOutWhatVanishesMeanwhile) {
   };
   ASSERT_TRUE(pack(path("item"), path("a.zip")));
   std::sort(leftOut.begin(), leftOut.end());
-  EXPECT_EQ(leftOut, (std::vector<std::string>{"item/a: It has vanished, and is left out",
-                                               "item/b: It has vanished, and is left out"}));
+  EXPECT_EQ(leftOut, (std::vector<std::string>{"item/a: It has vanished, so it is left out",
+                                               "item/b: It has vanished, so it is left out"}));
 }
 
-/// Gives two items each other's names, over and over.
+/// Exchanges the names of two items, continuously.
 class Exchange {
  public:
   Exchange(const std::string& first, const std::string& second)
@@ -364,7 +364,7 @@ TEST_F(MakeArchive, NeverFollowsALinkThatTakesAFilesPlace) {
   makeFile("item/a", "inside");
   makeLink("item/b", makeFile("secret", "outside"));
   const Exchange exchange(path("item/a"), path("item/b"));
-  int met = 0;  // how often the link came between the look at the file and its opening
+  int met = 0;  // how often the link appeared between checking the file and opening it
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (met < 3 && std::chrono::steady_clock::now() < end) {
     const auto status = pack(path("item"), path("a.zip"));
@@ -383,7 +383,7 @@ TEST_F(MakeArchive, EndsAtASignalAndLeavesNothing) {
   for (const std::string signal : {"TERM", "HUP", "INT"}) {
     const ProgramRun run = runAndEnd({zipTool(), "-ck", "--keepParent", path("item"), path("a.zip")}, path(""), signal);
     EXPECT_EQ(run.status, 1) << signal;
-    // The signal may be there before the file is.
+    // The signal may arrive before the file exists.
     EXPECT_THAT(run.output, AnyOf("tessaly-ditto: item/large: Interrupted system call\n",
                                   "tessaly-ditto: item: Interrupted system call\n"))
         << signal;

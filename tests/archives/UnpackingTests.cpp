@@ -19,7 +19,7 @@ class Unpack : public ArchiveTest {
  protected:
   std::string archiveOf(const std::vector<ZipItem>& items) { return makeFile("a.zip", zipBytes(items)); }
 
-  /// The reason why an archive of these items cannot be unpacked, "" when it can.
+  /// The reason why an archive of these items cannot be unpacked, "" if it can.
   std::string problemOf(const std::vector<ZipItem>& items) {
     return unpack(archiveOf(items), path("new")).localizedDescription();
   }
@@ -170,7 +170,8 @@ TEST_F(Unpack, SettlesTheOtherFoldersWhenOneWasSwappedForALink) {
     return false;
   };
   const Snapshot before = snapshot(path("outside"));
-  EXPECT_EQ(unpack(archive, path("there")).localizedDescription(), "top/b: Something that is no folder is in its way");
+  EXPECT_EQ(unpack(archive, path("there")).localizedDescription(),
+            "top/b: Something other than a folder is in the way");
   EXPECT_EQ(snapshot(path("outside")), before);
   EXPECT_EQ(attributesOf(path("there/top")).st_mode & 07777, 0755U);
   EXPECT_EQ(attributesOf(path("there/top/a")).st_mode & 07777, 0700U);
@@ -218,10 +219,10 @@ TEST_F(Unpack, ReplacesAFileByALinkAndALinkByAFile) {
 }
 
 TEST_F(Unpack, NeverReplacesAFolderBySomethingElseOrTheOtherWayRound) {
-  EXPECT_EQ(problemOf({{"a/", "", 040755}, {"a", "file"}}), "a: A folder has its name");
-  EXPECT_EQ(problemOf({{"a/", "", 040755}, {"a", "x", 0120777}}), "a: A folder has its name");
-  EXPECT_EQ(problemOf({{"a", "file"}, {"a/b", "file"}}), "a/b: Something that is no folder is in its way");
-  EXPECT_EQ(problemOf({{"a", "file"}, {"a/", "", 040755}}), "a/: Something that is no folder is in its way");
+  EXPECT_EQ(problemOf({{"a/", "", 040755}, {"a", "file"}}), "a: A folder is in the way");
+  EXPECT_EQ(problemOf({{"a/", "", 040755}, {"a", "x", 0120777}}), "a: A folder is in the way");
+  EXPECT_EQ(problemOf({{"a", "file"}, {"a/b", "file"}}), "a/b: Something other than a folder is in the way");
+  EXPECT_EQ(problemOf({{"a", "file"}, {"a/", "", 040755}}), "a/: Something other than a folder is in the way");
   EXPECT_FALSE(isThere(path("new")));
 }
 
@@ -256,7 +257,7 @@ TEST_F(Unpack, TakesAnArchiveWithAComment) {
 
 TEST_F(Unpack, RefusesWhatIsNoArchive) {
   ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0644), 0);
-  const std::string noArchive = ": It is no zip archive";
+  const std::string noArchive = ": It is not a zip archive";
   makeFile("text", "text");
   makeFile("empty", "");
   EXPECT_EQ(unpack(path("missing"), path("new")).localizedDescription(),

@@ -20,7 +20,7 @@ std::string number(std::uint64_t value, int bytes) {
   return text;
 }
 
-/// What an item's header and its line in the directory have in common, from the flags to the length of the name.
+/// The common part of an item's header and its line in the directory, from the flags to the length of the name.
 std::string common(const ZipItem& item, const std::string& name) {
   const std::uint64_t told = item.contents.size() + static_cast<std::uint64_t>(item.sizeError);
   return number(item.flags, 2) + number(item.method, 2) + number(0, 2) + number(0x2821, 2) +

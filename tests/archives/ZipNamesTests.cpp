@@ -23,8 +23,8 @@ class ZipNames : public ArchiveTest {
 
   static std::string zeros(std::size_t count) { return std::string(count, '\0'); }
 
-  /// An archive in the format for large ones: its directory is told by a record of its own, and where the one item is,
-  /// by a field of `extra` behind the name.
+  /// An archive in the format for large ones: a record of its own gives the position of the directory, and a field of
+  /// `extra` after the name gives that of the one item.
   static std::string large(const std::string& extra) {
     const std::string item = "PK\3\4" + zeros(2) + std::string("\0\x08", 2) + zeros(22) + "n";
     std::string directory = "PK\1\2" + zeros(4) + std::string("\0\x08", 2) + zeros(10) + std::string(8, '\xff') +
@@ -49,7 +49,7 @@ TEST_F(ZipNames, AreFoundBehindWhatStandsBeforeTheArchive) {
 }
 
 TEST_F(ZipNames, AreFoundInLargeArchives) {
-  // Two sizes stand before the place.
+  // Two sizes precede the position.
   const std::string place = std::string("\1\0\x18\0", 4) + zeros(24);
   EXPECT_EQ(read(large(place)).utf8Marks, (Marks{7, 31 + 9}));
   EXPECT_EQ(read(large("UT" + std::string("\1\0x", 3) + place)).utf8Marks, (Marks{7, 31 + 9}));

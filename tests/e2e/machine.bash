@@ -1,5 +1,5 @@
-# What scenarios are made of. Sourced on a throw-away machine, as root. Whatever goes wrong ends the
-# scenario through `fail`.
+# The building blocks of scenarios. Sourced on a throw-away machine, as root. Every failure ends the scenario through
+# `fail`.
 
 support=$(dirname "${BASH_SOURCE[0]}")/../support
 verify=$(dirname "${BASH_SOURCE[0]}")/verify.py
@@ -29,7 +29,7 @@ wait_until() {
   done
 }
 
-# holds_for MILLISECONDS COMMAND...: the command succeeds all the time.
+# holds_for MILLISECONDS COMMAND...: the command succeeds during all of the time.
 holds_for() {
   local end=$((${EPOCHREALTIME/./} + $1 * 1000))
   shift
@@ -41,7 +41,7 @@ holds_for() {
 
 # ---- the machine
 
-# install USER [OPTION...]: the user that everything is about, with a sample installation.
+# install USER [OPTION...]: creates the scenario's user, with a sample installation.
 install() {
   owner=$1
   home=/home/$owner
@@ -79,9 +79,9 @@ start_product() {
   wait_until 5 process_named Tessaly
 }
 
-# From here on the stopping of the product takes until `let_killall_go`.
+# From here on ending the product blocks until `let_killall_go`.
 hold_killall() {
-  # What is root's can be replaced by any root, but not always moved.
+  # Any root can replace root's files, but not always move them.
   cp /usr/bin/killall /usr/bin/real-killall
   rm /usr/bin/killall
   mkfifo -m 0666 /run/killall-may-go
@@ -103,7 +103,7 @@ start_display() {
 
 # ---- the program
 
-# become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. What it says is in the file `said`.
+# become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. Its output is in the file `said`.
 said=$work/program.log
 become_program() {
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
@@ -121,14 +121,14 @@ start_program() {
   begin_program "$@"
 }
 
-# The same without looking at the disk before.
+# The same without a snapshot of the disk before.
 begin_program() {
   become_program "$@" &
   program=$!
   wait_for_window 'Uninstall Tessaly'
 }
 
-# start_again STATUS [NAME=VALUE...]: starts it while it runs. That ends, with the status.
+# start_again STATUS [NAME=VALUE...]: starts it while it is running. The second start ends with the status.
 start_again() {
   local code=0 status=$1
   shift
@@ -147,7 +147,7 @@ stacked_windows() {
   done
 }
 is_in_front() { [ "$(stacked_windows | head -n 1)" = "$window" ] && has_keyboard; }
-# A window of another program's is in front of everything and has the keyboard.
+# A window of another program is in front of everything and has the keyboard focus.
 cover_windows() {
   local covered=$window
   xev -name Cover -geometry 900x700+50+50 >/dev/null 2>&1 &
@@ -158,7 +158,7 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
-# Afterwards `window` is the window with the title, and what is typed goes there.
+# Sets `window` to the window with the title, which then gets the keyboard input.
 wait_for_window() {
   wait_until 15 find_window "$1"
   wait_until 15 has_keyboard
@@ -174,11 +174,11 @@ wait_for_progress_window() {
   wait_until 15 has_keyboard
 }
 
-# What is clicked and typed waits from here on, until `let_program_go_on`.
+# Clicks and keys are queued from here on, until `let_program_go_on`.
 hold_program() { kill -STOP "$program"; }
 let_program_go_on() { kill -CONT "$program"; }
 
-# point RIGHT BOTTOM: at the place so far from the window's lower right corner.
+# point RIGHT BOTTOM: moves the pointer to this distance from the window's lower right corner.
 point() {
   local WIDTH HEIGHT X Y SCREEN WINDOW
   eval "$(xdotool getwindowgeometry --shell "$window")"
@@ -200,7 +200,7 @@ expect_end() {
   wait_until 5 no_zombie_of 1
 }
 
-# The alert comes, and OK ends the program.
+# The alert appears, and OK ends the program.
 finish_run() {
   wait_for_window 'Uninstall complete'
   no_zombie_of "$program" || fail 'the program left a zombie'
@@ -215,7 +215,7 @@ mapfile -t items < <(sed -n 's/^always //p' "$support/product-items")
 mapfile -t preferences < <(sed -n 's/^if-asked //p' "$support/product-items")
 volumes=()
 
-# expect_disk [--moved ITEM | --removed FOLDER]...: with that, and nothing else, done.
+# expect_disk [--moved ITEM | --removed FOLDER]...: the disk has these changes and no others.
 expect_disk() {
   forget_toolkit
   python3 "$support/snapshot.py" $work/after "${volumes[@]}"

@@ -16,7 +16,7 @@ import stat
 import sys
 import urllib.parse
 
-# What a toolkit may leave behind for itself.
+# Files that a toolkit may leave.
 TOOLKIT = re.compile(r"/(home/\w+|root)/\.cache(/fontconfig.*)?$|/tmp/runtime-\w+$")
 PRIVATE_DIRECTORY, PRIVATE_FILE, LINK = "0o40700", "0o100600", "0o120777"
 INFO = re.compile(r"\[Trash Info\]\nPath=([^\n]+)\nDeletionDate=(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d)\n\Z")
@@ -97,7 +97,7 @@ class Verifier:
             if shown is not None:
                 self.expect(shown["owner"] == shown["group"] == self.owner_of(trash), f"{folder} belongs to {shown['owner']}")
                 self.expect(shown["mode"] == PRIVATE_DIRECTORY, f"{folder} has the mode {shown['mode']}")
-        # Root's record of a move lies beside the two folders while that is under way.
+        # Root's record of a move is beside the two folders during the move.
         self.touched_folders |= {trash, trash + "/files", trash + "/info"}
         if self.owner_of(trash) == 0:
             self.expect_home_trash_of_root()

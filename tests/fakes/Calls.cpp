@@ -139,7 +139,7 @@ platform::Status Calls::failure() const {
   return platform::Status::failed(failureCode_, failureSentence_);
 }
 
-/// Counts the call in the plans that mean it, and removes and answers those whose turn it is.
+/// Counts the call in the plans that match it, and removes and returns those whose turn it is.
 std::vector<Calls::Plan> Calls::takeDue(std::vector<Plan>& plans, const Entry& entry) {
   std::vector<Plan> due;
   for (Plan& plan : plans) {

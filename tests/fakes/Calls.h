@@ -13,8 +13,8 @@
 
 namespace qm::testing {
 
-/// How an argument is written in a record: text as it stands, nil as "nil", flags as YES and NO, lists
-/// with ", " between their elements.
+/// How an argument is written in a record: text verbatim, null as "nil", flags as YES and NO, lists with ", " between
+/// their elements.
 std::string recorded(std::string_view text);
 std::string recorded(const std::string& text);
 std::string recorded(const char* text);
@@ -23,24 +23,21 @@ std::string recorded(long long number);
 std::string recorded(const std::optional<std::string>& text);
 std::string recorded(const std::vector<std::string>& list);
 
-/// Every call that the fake services receive: a record of them, and a plan of what happens to them.
-/// Any thread.
+/// Every call that the fake services receive: a record of them, and a plan of what happens to them. Any thread.
 ///
-/// A call is written as service.operation(arguments): "fileSystem.moveItem(/a, /b)". Wherever a `call`
-/// is asked for, "fileSystem.moveItem" means all calls of that operation and the whole text means
-/// only those with these arguments.
+/// A call is written as service.operation(arguments): "fileSystem.moveItem(/a, /b)". Wherever a `call` is expected,
+/// "fileSystem.moveItem" means all calls of that operation, and the whole text means only those with these arguments.
 ///
-/// A call that is told to fail gives its operation's negative answer and does nothing: a failed
-/// `Status`, nil, false, an empty list, a null pointer, a refusing status number; a call that answers
-/// nothing does nothing. Calls without a negative answer (the time, the thread, the user's number)
-/// never fail and are not counted.
+/// A call that is told to fail returns its operation's failure and has no effect: a failed `Status`, null, false, an
+/// empty list, a null pointer, an error status; a call without a result does nothing. Calls that cannot fail (the time,
+/// the thread, the user id) are not counted.
 class Calls {
  public:
   Calls() = default;
   Calls(const Calls&) = delete;
   Calls& operator=(const Calls&) = delete;
 
-  // What is to happen.
+  // The plan.
 
   /// The next such call fails.
   void failNext(const std::string& call) { failNth(call, 1); }
@@ -53,35 +50,35 @@ class Calls {
   void failCallNumber(std::size_t n);
   /// The number and the sentence of a failed `Status` from now on.
   void setFailure(int code, const std::string& sentence);
-  /// Such calls stop before they do anything, until `release`.
+  /// Such calls block before they do anything, until `release`.
   void hang(const std::string& call);
   void release(const std::string& call);
   void releaseAll();
-  /// Returns when a call hangs there; false if none does within 30 seconds.
+  /// Returns when a call is blocked there; false if none is within 30 seconds.
   bool waitUntilHanging(const std::string& call);
-  /// Runs `action` on the calling thread right before the n-th such call from now on does its work.
+  /// Runs `action` on the calling thread right before the n-th such call from now on has its effect.
   void before(const std::string& call, std::size_t n, std::function<void()> action);
 
-  // What has happened.
+  // The record.
 
   /// The calls that change something (files, tools, windows, console ...), in order.
   std::vector<std::string> log() const;
-  /// All calls, questions included, in order.
+  /// All calls, including queries, in order.
   std::vector<std::string> everything() const;
-  /// How many such calls there were, of `everything`.
+  /// How many such calls `everything` contains.
   std::size_t count(const std::string& call) const;
-  /// The place of the first such call in `everything`; nil when there was none.
+  /// The index of the first such call in `everything`; null if there was none.
   std::optional<std::size_t> indexOf(const std::string& call) const;
-  /// Each of these has been made, and the first of one before the first of the next.
+  /// Each of these was made, and the first of one before the first of the next.
   bool areInOrder(std::initializer_list<std::string> calls) const;
   /// How many calls there were that could have failed.
   std::size_t callCount() const;
   /// The calls that were made to fail, in order.
   std::vector<std::string> failed() const;
-  /// Forgets what has happened; plans stay.
+  /// Clears the record; plans stay.
   void clear();
 
-  // For the fakes. The first two answer whether the call is to fail.
+  // For the fakes. The first two return whether the call is to fail.
 
   template <class... Arguments>
   bool command(std::string_view name, const Arguments&... arguments) {

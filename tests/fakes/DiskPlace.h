@@ -8,11 +8,11 @@
 
 namespace qm::testing {
 
-/// Where a path leads.
+/// The result of resolving a path.
 struct FakeDisk::Place {
-  int error = 0;                     ///< ENOENT also when only the last component is missing
+  int error = 0;                     ///< ENOENT even if only the last component is missing
   std::shared_ptr<DiskNode> item;    ///< null when nothing is there
-  std::shared_ptr<DiskNode> folder;  ///< the one that holds the item or would hold it; null when there is none
+  std::shared_ptr<DiskNode> folder;  ///< the folder that contains or would contain the item; null if there is none
   std::string name;
 
   /// Only the last component is missing: an item can be put there.

@@ -11,7 +11,7 @@ using platform::AuthorizationRef;
 using platform::AuthorizationStatus;
 using platform::CommunicationsPipe;
 
-/// What all tools' outputs have in common.
+/// Shared by all tools' outputs.
 struct FakeAuthorizationServices::Outputs {
   std::mutex mutex;
   std::condition_variable changed;
@@ -137,7 +137,7 @@ AuthorizationStatus FakeAuthorizationServices::nextAnswer(const std::string& ope
 
 AuthorizationRef FakeAuthorizationServices::openSession() {
   handles_.push_back('\0');
-  auto* const session = reinterpret_cast<AuthorizationRef>(&handles_.back());  // opaque: nobody looks behind it
+  auto* const session = reinterpret_cast<AuthorizationRef>(&handles_.back());  // opaque: nobody looks inside
   open_.push_back(session);
   return session;
 }
@@ -221,7 +221,7 @@ AuthorizationStatus FakeAuthorizationServices::copyPrivilegedReference(Authoriza
   const bool fails = log_.command("authorization.copyPrivilegedReference");
   const std::scoped_lock lock(mutex_);
   const AuthorizationStatus status = nextAnswer("copyPrivilegedReference", fails);
-  *session = parentSession_;  // also with a refusal: the status alone decides
+  *session = parentSession_;  // also with a refusal: only the status decides
   return keep({"copyPrivilegedReference", parentSession_, {}, {}, flags, {}, {}, 0}, status);
 }
 

@@ -16,38 +16,38 @@
 
 namespace qm::testing {
 
-/// One call of the service, with all that it was given.
+/// One call of the service, with all its arguments.
 struct AuthorizationCall {
   std::string operation;  ///< "create", "copyRights", "free", "executeWithPrivileges", "copyPrivilegedReference"
-  platform::AuthorizationRef session = nullptr;  ///< given, or made by the call
+  platform::AuthorizationRef session = nullptr;  ///< passed in, or returned by the call
   platform::AuthorizationItems rights;
   platform::AuthorizationItems environment;
   platform::AuthorizationFlags flags = 0;
   std::string tool;
   std::vector<std::string> arguments;
-  platform::AuthorizationStatus status = 0;  ///< what it answered
+  platform::AuthorizationStatus status = 0;  ///< what it returned
 };
 
-/// Administrator rights without a system. Every call succeeds unless told otherwise; a session that is
-/// not open is refused with errAuthorizationInvalidRef. A tool does what `fileCommand` knows about it.
-/// Recorded as "authorization.create()", "authorization.copyRights(system.privilege.admin)",
+/// Administrator rights without a system. Every call succeeds unless told otherwise; a session that is not open is
+/// refused with errAuthorizationInvalidRef. A tool has the effect that `fileCommand` knows. Recorded as
+/// "authorization.create()", "authorization.copyRights(system.privilege.admin)",
 /// "authorization.executeWithPrivileges(/bin/mv, -f, /a, /b)", "authorization.free()",
-/// "authorization.copyPrivilegedReference()", "authorization.releaseRights()". An injected failure answers
+/// "authorization.copyPrivilegedReference()", "authorization.releaseRights()". An injected failure returns
 /// errAuthorizationDenied.
 class FakeAuthorizationServices : public platform::AuthorizationServices {
  public:
   FakeAuthorizationServices(Calls& calls, FakeDisk& disk);
   ~FakeAuthorizationServices() override;
 
-  /// The next call of an operation ("copyRights") answers this; several form a queue.
+  /// The next call of an operation ("copyRights") returns this; several form a queue.
   void answerNext(const std::string& operation, platform::AuthorizationStatus status);
-  /// Every call of it answers this from now on; 0 is success.
+  /// Every call of it returns this from now on; 0 is success.
   void answerAlways(const std::string& operation, platform::AuthorizationStatus status);
-  /// A parent with rights hands down a session, which is the answer.
+  /// A parent with rights hands down a session, which is returned.
   platform::AuthorizationRef offerParentSession();
-  /// What root starts in place of every tool from now on, with the tool itself as its first argument.
+  /// The program that root starts in place of every tool from now on, with the tool itself as its first argument.
   void setRootsTool(const std::string& tool);
-  /// What a tool does from now on, and what it prints.
+  /// The effect and the output of a tool from now on.
   void onExecute(const std::string& tool, ToolEffect effect);
   void setOutput(const std::string& tool, const std::string& output);
   /// Tools keep their output open from now on: reading to its end blocks until `closeOutputs`.
@@ -56,15 +56,15 @@ class FakeAuthorizationServices : public platform::AuthorizationServices {
 
   std::vector<AuthorizationCall> calls() const;
   std::vector<AuthorizationCall> calls(const std::string& operation) const;
-  /// The command lines started, path first.
+  /// The command lines that were started, path first.
   std::vector<std::vector<std::string>> executions() const;
   /// The command lines that rights were announced for, path first.
   std::vector<std::vector<std::string>> announcements() const;
-  /// The folders whose removal meant them only if nothing was in them, and "" where that was taken back.
+  /// The folders whose removal meant: only if it is empty, and "" when that was cancelled.
   std::vector<std::string> hollowFolders() const;
-  /// Sessions that were made or handed down and not freed.
+  /// Sessions that were created or handed down and not freed.
   std::size_t openSessions() const;
-  /// Pipes that were given out and that somebody still holds.
+  /// Pipes that were handed out and are still held.
   std::size_t openPipes() const;
   /// How many pipes were read to their end.
   std::size_t pipesReadToEnd() const;

@@ -104,7 +104,7 @@ void FakeClock::sleep(Span span) {
   --sleepers_;
 }
 
-/// Moves the clock to the earliest alarm up to a time and answers what it does; empty without one.
+/// Moves the clock to the earliest alarm up to a time and returns its action; empty without one.
 std::function<void()> FakeClock::nextAlarm(Span until) {
   const std::scoped_lock lock(mutex_);
   const auto earlier = [](const Alarm& one, const Alarm& other) { return one.time < other.time; };

@@ -14,9 +14,8 @@ namespace qm::testing {
 
 /// A clock that stands still until it is moved.
 ///
-/// In the automatic mode, which it begins in, a sleeper moves the clock by his span and goes on at once.
-/// In the manual mode he sleeps until someone else has moved it far enough. It begins at
-/// 2024-02-29 23:05:07 +0000.
+/// It begins in the automatic mode, in which a sleeper moves the clock by the span and goes on at once. In the manual
+/// mode a sleeper blocks until somebody else has moved it far enough. It begins at 2024-02-29 23:05:07 +0000.
 class FakeClock : public platform::Clock {
  public:
   using Span = std::chrono::microseconds;
@@ -29,16 +28,16 @@ class FakeClock : public platform::Clock {
 
   void setAutomatic() { setManual(false); }
   void setManual() { setManual(true); }
-  /// Moves both times forward. Alarms on the way ring on the calling thread.
+  /// Moves both times forward. Alarms that become due ring on the calling thread.
   void advance(Span span);
-  /// Returns when so many threads sleep (manual mode); false if they do not within 30 seconds.
+  /// Returns when this many threads sleep (manual mode); false if they do not within 30 seconds.
   bool waitForSleepers(std::size_t count);
-  /// Ends every sleep, those to come as well.
+  /// Ends every sleep, present and future.
   void wakeAll();
   /// Runs `action` when the clock is moved to `span` from now or beyond.
   void setAlarm(Span span, std::function<void()> action);
 
-  /// What the clock has moved by since it was made.
+  /// How far the clock has moved since it was created.
   Span elapsed() const;
   /// Every span slept, in the order of the calls.
   std::vector<Span> sleeps() const;

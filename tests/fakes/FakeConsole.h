@@ -10,7 +10,7 @@
 
 namespace qm::testing {
 
-/// A console that keeps what is printed.
+/// A console that records what is printed.
 class FakeConsole : public platform::Console {
  public:
   explicit FakeConsole(Calls& calls) : calls_(calls) {}

@@ -13,23 +13,23 @@
 
 namespace qm::testing {
 
-/// A desktop that keeps what it is told. Recorded as "desktopShell.newMinimalAlias(/d)",
-/// "desktopShell.sendUpdateEvent(/d)" and "desktopShell.registerApplication(/A.app)". It listens unless told
-/// otherwise, and takes every folder for an application. Injected failures answer fnfErr, procNotFound and
+/// A desktop that records what it receives. Recorded as "desktopShell.newMinimalAlias(/d)",
+/// "desktopShell.sendUpdateEvent(/d)" and "desktopShell.registerApplication(/A.app)". It is listening unless told
+/// otherwise, and accepts every folder as an application. Injected failures return fnfErr, procNotFound and
 /// kLSUnknownErr.
 class FakeDesktopShell : public platform::DesktopShell {
  public:
   FakeDesktopShell(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}
 
-  /// Paths of the notices that were received, and of the applications that are known.
+  /// Paths of the notices that were received, and of the applications that are registered.
   std::vector<std::string> notices() const { return copyOf(notices_); }
   std::vector<std::string> applications() const { return copyOf(applications_); }
-  /// Whether somebody listens from now on.
+  /// Whether somebody is listening from now on.
   void setListening(bool listening) {
     const std::scoped_lock lock(mutex_);
     listening_ = listening;
   }
-  /// Aliases that were made and not disposed of.
+  /// Aliases that were made and not released.
   long openAliases() const { return open_.use_count() - 1; }
 
   platform::OSStatus newMinimalAlias(const platform::FileReference& reference,

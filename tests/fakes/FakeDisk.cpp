@@ -17,7 +17,7 @@ constexpr std::size_t longestPath = 4095;
 constexpr std::size_t longestName = 255;
 constexpr int mostLinks = 40;
 
-/// The components of a path, the next one last, without slashes and ".".
+/// The components of a path in reverse order, without slashes and ".".
 std::vector<std::string> reversedComponents(const std::string& path) {
   std::vector<std::string> components = foundation::pathComponents(path);
   std::erase_if(components, [](const std::string& component) { return component == "/" || component == "."; });

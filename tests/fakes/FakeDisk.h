@@ -16,20 +16,20 @@
 
 namespace qm::testing {
 
-/// With whose rights something is done.
+/// Whose rights apply.
 enum class Access { User, Administrator };
 
-/// The answer for one of the system's error numbers; 0 is success.
+/// The result for one of the system's error numbers; 0 is success.
 platform::Status statusOf(int error);
 
-/// A disk in memory, on which all fake services work: files, folders, links, volumes. It begins with
-/// an empty root folder. Listings come in the order in which entries were made. Links are followed as
-/// POSIX does it, up to 40 of them; paths end at 4095 bytes, names at 255. Any thread.
+/// A disk in memory, on which all fake services work: files, folders, links, volumes. It begins with an empty root
+/// folder. Listings are in the order in which entries were created. Links are followed as in POSIX, up to 40 of them;
+/// paths end at 4095 bytes, names at 255. Any thread.
 class FakeDisk {
  public:
   explicit FakeDisk(FakeClock& clock);
 
-  // Arranging, by path, without regard to rights. The folders above are made; what is there is replaced.
+  // Arranging, by path, regardless of rights. Parent folders are created; existing items are replaced.
 
   void addFile(const std::string& path, const std::string& contents = "");
   void addExecutable(const std::string& path);
@@ -43,11 +43,11 @@ class FakeDisk {
 
   // The item itself; a link is not followed. The item must be there.
 
-  /// A file that may be read, a folder that may be listed; by the user.
+  /// Whether the user may read the file or list the folder.
   void setReadable(const std::string& path, bool readable) { node(path).readable = readable; }
-  /// A file that may be written, a folder whose entries may be changed; by the user.
+  /// Whether the user may write the file or change the folder's entries.
   void setWritable(const std::string& path, bool writable) { node(path).writable = writable; }
-  /// A folder through which paths may lead; for the user.
+  /// Whether the user may search the folder.
   void setSearchable(const std::string& path, bool searchable) { node(path).searchable = searchable; }
   void setExecutable(const std::string& path, bool executable) { node(path).executable = executable; }
   void setLocked(const std::string& path, bool immutable) { node(path).immutable = immutable; }
@@ -57,25 +57,25 @@ class FakeDisk {
   }
 
   void setFinderFlags(const std::string& path, std::uint16_t flags) { node(path).finderFlags = flags; }
-  /// The system lets creation dates be set, as the Mac does; at first it does not.
+  /// Whether creation dates can be set, as on the Mac; at first they cannot.
   void setKeepsCreationDates(bool keeps);
   std::optional<std::chrono::system_clock::time_point> creationDate(const std::string& path) {
     return node(path).creationDate;
   }
 
-  /// Makes the user one for whom rights do not count.
+  /// Makes the user a superuser, for whom rights are not checked.
   void setSuperuser(bool superuser);
-  /// The number that new items get as their owner.
+  /// The user id that new items get as their owner.
   void setUser(unsigned number);
 
-  /// The item is removed, or a file is made, when the fake clock has moved by so much from now.
+  /// The item is removed, or a file is created, when the fake clock has moved by this much from now.
   void disappearAfter(const std::string& path, FakeClock::Span span);
   void appearAfter(const std::string& path, FakeClock::Span span, const std::string& contents = "");
 
-  // Looking, without regard to rights. The item itself; a link is not followed.
+  // Examining, regardless of rights. The item itself; a link is not followed.
 
   bool has(const std::string& path);
-  /// The bytes of a file; nil when there is none.
+  /// The bytes of a file; null if there is none.
   std::optional<std::string> fileContents(const std::string& path);
   std::optional<std::string> linkTarget(const std::string& path);
   unsigned owner(const std::string& path) { return node(path).owner; }
@@ -83,8 +83,8 @@ class FakeDisk {
   /// Everything below a folder, sorted: "/a/file", "/a/folder/", "/a/link -> target".
   std::vector<std::string> tree(const std::string& path = "/");
 
-  // Operations with rights and the system's error numbers (0 is success), for the services and for the
-  // effects of tools.
+  // Operations with rights and the system's error numbers (0 is success), for the services and for the effects of
+  // tools.
 
   bool exists(const std::string& path, Access access = Access::User);
   bool isDirectory(const std::string& path, Access access = Access::User);
@@ -93,7 +93,7 @@ class FakeDisk {
   std::optional<std::vector<std::string>> list(const std::string& path, Access access = Access::User);
   std::optional<platform::ItemAttributes> attributes(const std::string& path);
   std::optional<std::string> target(const std::string& path);
-  /// The folder on which the volume of an item, or of the folder where it would be, is mounted.
+  /// The folder at which the volume of an item, or of the folder that would contain it, is mounted.
   std::string mountPointOf(const std::string& path);
 
   int move(const std::string& source, const std::string& destination, Access access = Access::User);
@@ -112,16 +112,16 @@ class FakeDisk {
   /// Sets the time of an item to now.
   int touch(const std::string& path);
 
-  /// An open file, which stays when its name goes.
+  /// An open file, which stays when its name is removed.
   std::shared_ptr<DiskNode> open(const std::string& path);
   std::size_t length(const DiskNode& file);
-  /// The item itself, a link not followed; null when nothing is there.
+  /// The item itself, a link not followed; null if nothing is there.
   std::shared_ptr<DiskNode> item(const std::string& path);
-  /// Where an item is now; nil when it was removed.
+  /// Where an item is now; null if it was removed.
   std::optional<std::string> pathOf(const DiskNode& item);
   std::optional<std::uint16_t> finderFlags(const DiskNode& item);
   int setFinderFlags(DiskNode& item, std::uint16_t flags);
-  /// Writes into an open file, as much as the volume holds, and moves the position by that.
+  /// Writes into an open file, as much as the volume holds, and advances the position.
   int write(DiskNode& file, std::size_t& position, std::string_view data);
   /// Shortens an open file.
   void cutOff(DiskNode& file, std::size_t length);
@@ -132,7 +132,7 @@ class FakeDisk {
   struct Planned {
     std::string path;
     FakeClock::Span time;
-    std::optional<std::string> contents;  // nil: it disappears
+    std::optional<std::string> contents;  // null: it disappears
   };
   using Lock = std::unique_lock<std::recursive_mutex>;
 

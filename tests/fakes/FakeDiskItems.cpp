@@ -2,7 +2,7 @@
 #include "tests/fakes/DiskPlace.h"
 #include "tests/fakes/FakeDisk.h"
 
-// Items that are held by themselves, wherever they are.
+// Items that are held directly, wherever they are.
 namespace qm::testing {
 
 std::shared_ptr<DiskNode> FakeDisk::item(const std::string& path) {

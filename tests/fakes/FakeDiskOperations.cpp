@@ -8,7 +8,7 @@ namespace qm::testing {
 
 using platform::FileType;
 
-// Questions.
+// Queries.
 
 bool FakeDisk::exists(const std::string& path, Access access) {
   const Lock lock = settled();
@@ -64,7 +64,7 @@ std::string FakeDisk::mountPointOf(const std::string& path) {
   return path == "/" || path.empty() ? "/" : mountPointOf(foundation::deletingLastPathComponent(path));
 }
 
-// What stands in the way of a change.
+// Obstacles to a change.
 
 /// Of the item itself, by the user.
 int FakeDisk::changeError(DiskNode& item) const { return folderError(item, Access::User); }
@@ -86,7 +86,7 @@ int FakeDisk::removalError(const DiskNode& item, Access access) const {
   return 0;
 }
 
-/// The first thing below a folder that is neither a folder nor expendable, or cannot be looked at.
+/// The first item below a folder that is neither a folder nor expendable, or cannot be examined.
 int FakeDisk::hollowError(const DiskNode& item, const std::vector<std::string>& expendable) const {
   if (!may(item.readable, Access::User)) return EACCES;
   for (const auto& [name, entry] : item.entries) {
@@ -114,7 +114,7 @@ int FakeDisk::spaceError(DiskNode& folder, std::uint64_t bytes) {
 
 // Changes.
 
-/// Puts a new item at a free place.
+/// Puts a new item at a free path.
 int FakeDisk::put(const Place& place, const std::shared_ptr<DiskNode>& item, Access access) {
   if (const int error = folderError(*place.folder, access); error != 0) return error;
   if (const int error = spaceError(*place.folder, item->size()); error != 0) return error;
@@ -197,7 +197,7 @@ int FakeDisk::makeLink(const std::string& path, const std::string& target, Acces
   return put(place, make(FileType::SymbolicLink, target), access);
 }
 
-/// Removes what is below first, and stops at the first error.
+/// Removes the contents first, and stops at the first error.
 int FakeDisk::removeItem(DiskNode& folder, const std::string& name, Access access) {
   const std::shared_ptr<DiskNode> item = folder.entry(name)->second;
   if (item->volume) return EBUSY;

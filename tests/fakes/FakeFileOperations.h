@@ -13,7 +13,7 @@
 
 namespace qm::testing {
 
-/// One operation: what was asked for, and reports as a test wants them.
+/// One operation: its request, and reports made by the test.
 class FakeFileOperation : public platform::FileOperation, public std::enable_shared_from_this<FakeFileOperation> {
  public:
   bool isScheduled() const { return read(scheduled_); }
@@ -23,7 +23,7 @@ class FakeFileOperation : public platform::FileOperation, public std::enable_sha
   std::string newName() const { return read(request_.newName); }
   std::chrono::milliseconds statusInterval() const { return read(request_.statusInterval); }
 
-  /// Main thread: makes a report of any kind, unless the operation is not scheduled. The last one lets go of the
+  /// Main thread: makes a report of any kind, unless the operation is not scheduled. The last one releases the
   /// callback.
   void report(const platform::FileOperationReport& report);
 
@@ -47,21 +47,20 @@ class FakeFileOperation : public platform::FileOperation, public std::enable_sha
   platform::CopyObjectRequest request_;
 };
 
-/// Copies on the fake disk in steps of the fake main thread: the preflight, progress with nothing copied yet, the
-/// copy with its end. Recorded as "fileOperations.copyObject(/source, /folder, name)" and
-/// "fileOperations.scheduleWithMainRunLoop()"; a call that is told to fail answers the number of
-/// `Calls::setFailure`.
+/// Copies on the fake disk in steps of the fake main thread: the preflight, progress with nothing copied yet, the copy
+/// with its end. Recorded as "fileOperations.copyObject(/source, /folder, name)" and
+/// "fileOperations.scheduleWithMainRunLoop()"; a call that is told to fail returns the number of `Calls::setFailure`.
 class FakeFileOperations : public platform::FileOperations {
  public:
   FakeFileOperations(Calls& calls, FakeDisk& disk, FakeMainThread& mainThread)
       : calls_(calls), disk_(disk), mainThread_(mainThread) {}
   ~FakeFileOperations() override { abandonAll(); }
 
-  /// From now on a copy that was started does and reports nothing by itself.
+  /// From now on a started copy does and reports nothing by itself.
   void keepCopies();
-  /// The operation made last, while there is one.
+  /// The operation made last, while it exists.
   std::shared_ptr<FakeFileOperation> last() const;
-  /// Lets go of every copy and its callback.
+  /// Releases every copy and its callback.
   void abandonAll();
 
   platform::FileOperationRef create() override;

@@ -10,7 +10,7 @@
 
 namespace qm::testing {
 
-/// References to the fake disk's items. A reference is to the item, wherever it is moved.
+/// References to the fake disk's items. A reference follows its item when that is moved.
 class FakeFileReferences : public platform::FileReferences {
  public:
   FakeFileReferences(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}

@@ -43,7 +43,7 @@ class FakeFileHandle : public platform::FileHandle {
   std::string path_;
   std::shared_ptr<DiskNode> file_;
   std::size_t position_ = 0;
-  std::size_t whole_ = 0;  // the position without what the last writing left, if that failed
+  std::size_t whole_ = 0;  // the position before the last write, if that failed
 };
 
 }  // namespace
@@ -69,7 +69,7 @@ std::optional<std::vector<std::string>> FakeFileSystem::contentsOfDirectory(cons
   return disk_.list(path);
 }
 
-/// One that is made to fail fails after its first entry.
+/// A visit that is told to fail fails after its first entry.
 bool FakeFileSystem::visitDirectory(const std::string& path, platform::EntrySizes sizes,
                                     const std::function<void(const platform::DirectoryEntry&)>& visit) const {
   const bool fails = calls_.question("fileSystem.visitDirectory", path);

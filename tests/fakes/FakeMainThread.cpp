@@ -10,7 +10,7 @@ namespace qm::testing {
 struct FakeMainThread::State {
   struct Work {
     std::function<void()> body;
-    std::shared_ptr<bool> done;  // null when nobody waits
+    std::shared_ptr<bool> done;  // null if nobody waits
   };
 
   mutable std::mutex mutex;
@@ -98,7 +98,7 @@ bool FakeMainThread::pumpUntil(const std::function<bool()>& condition) {
     pump();
     if (condition()) return true;
     if (std::chrono::steady_clock::now() > deadline) return false;
-    // A condition that changes without a poke is looked at now and then.
+    // A condition that changes without a poke is checked now and then.
     std::unique_lock lock(state_->mutex);
     const auto isNews = [&] { return state_->pokes != seen || state_->closed; };
     state_->changed.wait_for(lock, std::chrono::milliseconds(2), isNews);

@@ -14,9 +14,9 @@ namespace qm::testing {
 
 /// A main thread with a queue that is served on demand.
 ///
-/// The thread that makes this object is the main thread; `claim` makes the calling one so, `disown`
-/// leaves none (the test then plays the worker), and `serveOnOwnThread` starts a thread that is the
-/// main thread and serves the queue until the end.
+/// The thread that makes this object is the main thread. `claim` makes the calling thread the main thread, and `disown`
+/// leaves none (the test then plays the worker). `serveOnOwnThread` starts a thread that is the main thread and serves
+/// the queue until the end.
 class FakeMainThread : public platform::MainThread {
  public:
   FakeMainThread(Calls& calls, FakeClock& clock);
@@ -26,28 +26,28 @@ class FakeMainThread : public platform::MainThread {
   void disown();
   void serveOnOwnThread();
 
-  /// Main thread: runs everything that is queued, and answers how many pieces of work that were.
+  /// Main thread: runs everything that is queued, and returns how many pieces of work that were.
   std::size_t pump();
   /// Main thread: serves the queue until the condition holds; false if it does not within 30 seconds.
   bool pumpUntil(const std::function<bool()>& condition);
-  /// Makes a `pumpUntil` look at its condition again.
+  /// Makes a `pumpUntil` check its condition again.
   void poke();
   /// How much work is queued.
   std::size_t queued() const;
-  /// Nothing is queued, and nothing that was queued still runs.
+  /// Nothing is queued, and nothing that was queued is still running.
   bool isIdle() const;
 
-  /// From now on a caller of `performAndWait` whose work ends the application stays waiting, as
-  /// promised. He is let go by `letWaitersGo` and at the end.
+  /// From now on a caller of `performAndWait` whose work ends the application keeps waiting, as the contract says.
+  /// `letWaitersGo` and the destructor release it.
   void applicationEnded();
   void letWaitersGo();
-  /// Lets everybody go who waits here now or later, without running his work.
+  /// Releases everybody who waits here now or later, without running their work.
   void close();
 
   bool isMainThread() const override;
   void performAndWait(std::function<void()> work) override;
   void perform(std::function<void()> work) override;
-  /// Runs one queued piece of work; without one, moves the fake clock by the limit.
+  /// Runs one queued piece of work; if there is none, moves the fake clock by the limit.
   bool handleOneEvent(std::chrono::milliseconds limit) override;
 
  private:

@@ -15,13 +15,13 @@
 
 namespace qm::testing {
 
-/// Folders of the fake disk that end in .app, .bundle, .framework, .plugin, .kext or .pkg, or hold
+/// Folders of the fake disk that end in .app, .bundle, .framework, .plugin, .kext or .pkg, or contain
 /// Contents/Info.plist, and whatever the test declares to be one.
 class FakePackages : public platform::Packages {
  public:
   FakePackages(Calls& calls, FakeDisk& disk) : calls_(calls), disk_(disk) {}
 
-  /// What the answer for a path is from now on.
+  /// The result for a path from now on.
   void set(const std::string& path, bool isPackage) {
     const std::scoped_lock lock(mutex_);
     answers_[path] = isPackage;

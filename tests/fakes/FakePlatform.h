@@ -58,10 +58,10 @@ struct FakePlatform {
   FakePlatform& operator=(const FakePlatform&) = delete;
   ~FakePlatform();
 
-  /// Lets go whoever hangs, sleeps or waits in a fake, and waits for the threads that were detached.
+  /// Releases everybody who is blocked, sleeping or waiting in a fake, and waits for the threads that were detached.
   void end();
 
-  /// The process is root's, with `consoleUser` at the console; rights on the disk do not count.
+  /// The process runs as root, with `consoleUser` at the console; permissions on the disk are not checked.
   void actAsRoot(const std::optional<std::string>& consoleUser = "u");
 
   Calls calls;

@@ -6,7 +6,7 @@ namespace {
 using platform::DomainMask;
 using platform::StandardDirectory;
 
-/// The place below a domain's root; "" when the domain has no such folder.
+/// The path below a domain's root; "" if the domain has no such folder.
 std::string placeInDomain(StandardDirectory directory, DomainMask domain) {
   const bool isUser = domain == DomainMask::User;
   switch (directory) {

@@ -18,7 +18,7 @@ class FakeStandardDirectories : public platform::StandardDirectories {
  public:
   FakeStandardDirectories(Calls& calls, const FakeUsers& users) : calls_(calls), users_(users) {}
 
-  /// What a search for one folder in one domain gives from now on; an empty list for nothing.
+  /// The result of a search for one folder in one domain from now on; an empty list for none.
   void set(platform::StandardDirectory directory, platform::DomainMask domain, std::vector<std::string> paths);
   void setTemporaryDirectory(const std::string& path);
 

@@ -19,7 +19,7 @@ const char* nameOf(TaskStream stream) {
 }
 }  // namespace
 
-/// What a task, its readers and the alarm that ends it share.
+/// Shared by a task, its readers and the alarm that ends it.
 struct FakeTask::Run {
   struct Stream {
     TaskStream kind = TaskStream::Inherited;

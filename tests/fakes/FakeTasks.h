@@ -20,33 +20,33 @@
 
 namespace qm::testing {
 
-/// How one run of a tool goes, named member by member: {.exitStatus = 1, .standardOutput = {"text"}}. Without anything
-/// said it exits with 0 at once and prints nothing.
+/// The course of one run of a tool, named member by member: {.exitStatus = 1, .standardOutput = {"text"}}. By default
+/// it exits with 0 at once and prints nothing.
 struct TaskScript {
   int exitStatus = 0;
-  std::vector<std::string> standardOutput{};  ///< each piece is one answer of `availableData`
+  std::vector<std::string> standardOutput{};  ///< each piece is one result of `availableData`
   std::vector<std::string> standardError{};
-  bool closesOutputEarly = false;            ///< both streams end after the pieces, while the tool runs on
+  bool closesOutputEarly = false;            ///< both streams end after the pieces, while the tool goes on
   bool runsUntilEnded = false;               ///< until it is terminated or ended by the test
   std::optional<FakeClock::Span> runsFor{};  ///< on the fake clock
   bool ignoresTermination = false;
   std::optional<platform::Failure> launchFailure{};
-  /// What the tool does to the world when it exits by itself. Nil: what `fileCommand` knows about it.
+  /// The effect of the tool when it exits by itself. Null: what `fileCommand` knows about it.
   ToolEffect effect{};
 };
 
-/// One task: what the program asks of it, and what the test can look at or do to it.
+/// One task: what the program does with it, and what the test can check or change.
 class FakeTask : public platform::Task {
  public:
   struct Run;  // shared with the readers, so that they outlive the task
 
-  /// `scriptFor` is asked at the launch, with the launch path.
+  /// `scriptFor` is called at the launch, with the launch path.
   FakeTask(Calls& calls, FakeMainThread& mainThread, std::function<TaskScript(const std::string&)> scriptFor,
            FakeClock& clock);
 
   std::vector<std::string> arguments() const;
   bool wasLaunched() const;
-  /// `terminate` came while it ran.
+  /// `terminate` was called while it was running.
   bool wasTerminated() const;
   platform::TaskStream standardInput() const;
   platform::TaskStream standardOutput() const;
@@ -82,25 +82,25 @@ class FakeTask : public platform::Task {
   std::shared_ptr<Run> run_;
 };
 
-/// Tasks that run nothing. Recorded as "tasks.launch(/bin/mv, -f, /a, /b)", "tasks.terminate(/bin/mv)",
-/// and among everything "tasks.waitUntilExit(/bin/mv)", "tasks.availableData(/bin/mv, standard output)"
-/// and what a task is prepared with, as "tasks.setStandardError(null device)"; reading that fails answers "".
+/// Tasks that run nothing. Recorded as "tasks.launch(/bin/mv, -f, /a, /b)", "tasks.terminate(/bin/mv)", and in
+/// `everything` also "tasks.waitUntilExit(/bin/mv)", "tasks.availableData(/bin/mv, standard output)" and the
+/// preparation of a task, as "tasks.setStandardError(null device)"; a read that fails returns "".
 class FakeTasks : public platform::Tasks {
  public:
   FakeTasks(Calls& calls, FakeMainThread& mainThread, FakeClock& clock, FakeDisk& disk)
       : calls_(calls), mainThread_(mainThread), clock_(clock), disk_(disk) {}
 
-  /// How every run of a tool goes from now on.
+  /// The course of every run of a tool from now on.
   void script(const std::string& path, TaskScript script);
-  /// How the next run of a tool goes; several of these form a queue.
+  /// The course of the next run of a tool; several of these form a queue.
   void scriptOnce(const std::string& path, TaskScript script);
 
-  /// Every task made, in order, and the last one (null when there is none).
+  /// Every task made, in order, and the last one (null if there is none).
   std::vector<std::shared_ptr<FakeTask>> all() const;
   std::shared_ptr<FakeTask> last() const;
   /// The command lines launched, in order, path first: {"/bin/mv", "-f", "/a", "/b"}.
   std::vector<std::vector<std::string>> launches() const;
-  /// Ends every task that still runs, as if it exited with 0.
+  /// Ends every task that is still running, as if it exited with 0.
   void endAll();
 
   std::shared_ptr<platform::Task> makeTask() override;

@@ -42,7 +42,7 @@ bool FakeThreads::detachNewThread(std::function<void()> body) {
 void FakeThreads::start(std::function<void()> body) {
   std::thread([this, body = std::move(body)]() mutable {
     body();
-    body = nullptr;  // what it holds is let go of before the thread counts as ended
+    body = nullptr;  // what it holds is released before the thread counts as ended
     const std::scoped_lock lock(mutex_);
     --running_;
     ended_.notify_all();

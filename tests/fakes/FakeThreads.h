@@ -18,10 +18,9 @@ class FakeThreads : public platform::Threads {
 
   /// From now on bodies are kept instead of run.
   void keepBodies();
-  /// Runs the bodies kept so far on the calling thread, in order, and answers how many there were.
+  /// Runs the bodies kept so far on the calling thread, in order, and returns how many there were.
   std::size_t runKept();
-  /// Returns when no thread that was started here runs any more; false if one still does after 30
-  /// seconds.
+  /// Returns when no thread that was started here is running any more; false if one still is after 30 seconds.
   bool waitUntilAllEnded();
 
   bool detachNewThread(std::function<void()> body) override;

@@ -32,7 +32,7 @@ std::string percentEncoded(const std::string& path) {
   return encoded;
 }
 
-/// The n-th name to try, short enough for the information file beside it.
+/// The n-th name to try, short enough for its information file.
 std::string numbered(const std::string& name, int number) {
   if (number == 1 && name.size() + informationSuffix.size() <= longestName) return name;
   const std::string extension = foundation::pathExtension(name);
@@ -61,7 +61,7 @@ int hexDigit(char character) {
   return value == std::string_view::npos ? -1 : static_cast<int>(value);
 }
 
-/// What `percentEncoded` was given.
+/// The inverse of `percentEncoded`.
 std::string percentDecoded(std::string_view text) {
   std::string bytes;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -73,7 +73,7 @@ std::string percentDecoded(std::string_view text) {
   return bytes;
 }
 
-/// What an information file says behind a key; "" without it.
+/// The value of a key in an information file; "" without it.
 std::string valueOf(const std::string& key, const std::string& text) {
   const std::size_t at = text.find("\n" + key + "=");
   if (at == std::string::npos) return {};
@@ -107,7 +107,7 @@ platform::Recycled FakeTrash::recycleItems(const std::string& sourceFolder,
   return {Status::success(), paths};
 }
 
-/// The folder's own path, without the links that lead to it.
+/// The folder's own path, with links resolved.
 std::optional<std::string> FakeTrash::realFolder(const std::string& folder) {
   if (!folder.starts_with('/') || !disk_.isDirectory(folder, Access::Administrator)) return std::nullopt;
   std::string path = "/";
@@ -152,7 +152,7 @@ int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName
   return moved;
 }
 
-/// Makes the folders of a trash, and the name under which the desktop's users know theirs.
+/// Creates the folders of a trash, and the link by which the desktop's users know theirs.
 int FakeTrash::prepare(const std::string& trash, const std::string& home, const std::string& trashDirectory) {
   if (const int error = disk_.makeFolders(trash + "/files"); error != 0) return error;
   if (const int error = disk_.makeFolders(trash + "/info"); error != 0) return error;
@@ -211,7 +211,7 @@ int FakeTrash::returnItem(const platform::TrashedItem& item, const std::string& 
   return 0;
 }
 
-/// Without the links on the way, as far as the way is there.
+/// With the links on the way resolved, as far as the path exists.
 std::string FakeTrash::realPath(const std::string& path) {
   std::string rest = foundation::lastPathComponent(path);
   std::string folder = foundation::deletingLastPathComponent(path);

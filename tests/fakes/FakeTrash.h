@@ -12,12 +12,12 @@
 
 namespace qm::testing {
 
-/// A Trash on the fake disk, laid out as freedesktop.org has it: HOME/.local/share/Trash, where HOME
-/// holds the given `trashDirectory`, and .Trash-NUMBER at the top of other volumes, each with files/
-/// and info/. A name that is taken becomes "name 2.ext", "name 3.ext" and so on. ~/.Trash is made as a
-/// relative link to the home trash's files when nothing is there. Recorded as
-/// "trash.recycle(/folder, /home/u/.Trash, name)", "trash.itemsFrom(/folder/name, /home/u/.Trash)" and
-/// "trash.putBack(/home/u/.local/share/Trash/files/name, /home/u/.Trash, NO)", where YES makes missing folders.
+/// A Trash on the fake disk, with the layout of freedesktop.org: HOME/.local/share/Trash, where HOME contains the given
+/// `trashDirectory`, and .Trash-NUMBER at the top of other volumes, each with files/ and info/. A name that is taken
+/// becomes "name 2.ext", "name 3.ext" and so on. ~/.Trash is created as a relative link to the home trash's files if
+/// nothing is there. Recorded as "trash.recycle(/folder, /home/u/.Trash, name)", "trash.itemsFrom(/folder/name,
+/// /home/u/.Trash)" and "trash.putBack(/home/u/.local/share/Trash/files/name, /home/u/.Trash, NO)", where YES creates
+/// missing folders.
 class FakeTrash : public platform::Trash {
  public:
   FakeTrash(Calls& calls, FakeDisk& disk, const FakeClock& clock, const FakeUsers& users)

@@ -12,8 +12,8 @@
 
 namespace qm::testing {
 
-/// What the parts of the interface share: their record, and a list of the calls that were wrongly made
-/// off the main thread.
+/// Shared by the parts of the interface: their record, and a list of the calls that were wrongly made off the main
+/// thread.
 class InterfaceRecord {
  public:
   InterfaceRecord(Calls& calls, const FakeMainThread& mainThread) : calls_(calls), mainThread_(mainThread) {}
@@ -24,7 +24,7 @@ class InterfaceRecord {
     return offMainThread_;
   }
 
-  /// Answers whether the call is to fail.
+  /// Returns whether the call is to fail.
   template <class... Arguments>
   bool command(const std::string& name, const Arguments&... arguments) {
     if (!mainThread_.isMainThread()) {
@@ -102,8 +102,8 @@ class FakeProgressIndicator : public uninstaller::ProgressIndicator {
   std::atomic<bool> animated_{false};
 };
 
-/// The application object. An alert is dismissed at once (`Calls::hang` keeps it open). Ending the
-/// application keeps those waiting whose work did it, see `FakeMainThread::applicationEnded`.
+/// The application object. An alert is dismissed at once (`Calls::hang` keeps it open). When the application ends,
+/// those whose work did it keep waiting, see `FakeMainThread::applicationEnded`.
 class FakeUserInterface : public platform::UserInterface {
  public:
   FakeUserInterface(InterfaceRecord& record, FakeMainThread& mainThread) : record_(record), mainThread_(mainThread) {}
@@ -115,7 +115,7 @@ class FakeUserInterface : public platform::UserInterface {
   }
   bool isTerminated() const { return !terminateSenders().empty(); }
 
-  /// What the last alert had to say beside its texts.
+  /// The details of the last alert.
   std::string details() const {
     const std::scoped_lock lock(mutex_);
     return details_;

@@ -10,8 +10,8 @@
 
 namespace qm::testing {
 
-/// People. It begins as the ordinary user "u" with the number 501, at home in /home/u and at the
-/// console; "root" (/root) is known as well.
+/// Users. It begins as the ordinary user "u" with the id 501, with the home /home/u and at the console; "root" (/root)
+/// is known as well.
 class FakeUsers : public platform::Users {
  public:
   explicit FakeUsers(Calls& calls) : calls_(calls) {}
@@ -20,16 +20,16 @@ class FakeUsers : public platform::Users {
   void setRealUserId(unsigned number) { set(realUserId_, number); }
   void setUserName(const std::string& name) { set(userName_, name); }
   void setHomeDirectory(const std::string& path) { set(homeDirectory_, path); }
-  /// Who sits at the machine, and his number.
+  /// The user at the console, with an id.
   void setConsoleUser(const std::optional<std::string>& name, unsigned number = 501);
-  /// A name that the system knows.
+  /// Adds a name to the user database.
   void addUser(const std::string& name, const std::string& home);
-  /// Makes the process root's, with `name` at the console.
+  /// Makes the process run as root, with `name` at the console.
   void actAsRoot(const std::optional<std::string>& name);
 
-  /// The number of the user for whom things are done: the process's, as root the console's.
+  /// The id of the user for whom things are done: the process's, as root the console user's.
   unsigned meantUserId() const;
-  /// There is such a user: as root, somebody is at the console and past the login screen.
+  /// Whether there is such a user: as root, somebody is at the console and past the login screen.
   bool isAnybodyMeant() const;
   /// Where the user domain of the standard folders lies: the process's home, as root /var/root.
   std::string userDomainRoot() const;

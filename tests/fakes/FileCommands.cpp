@@ -17,7 +17,7 @@ Words operands(const Words& arguments) {
   return words;
 }
 
-/// Where an item lands, cleared of what would be replaced there.
+/// The final path of an item; what would be replaced there is removed.
 std::string clearedPlace(FakeDisk& disk, const std::string& source, const std::string& destination) {
   if (disk.isDirectory(destination, Access::Administrator)) {
     return foundation::appendingPathComponent(destination, foundation::lastPathComponent(source));

@@ -14,7 +14,7 @@
 namespace qm::testing {
 namespace {
 
-// They do not return, or not where they were made.
+// They do not return, or not where they were called.
 constexpr long kWithoutReturn[] = {SYS_exit, SYS_exit_group, SYS_rt_sigreturn, SYS_restart_syscall};
 
 constexpr long kNotOfFiles[] = {
@@ -107,7 +107,7 @@ constexpr Name kNames[] = {{SYS_openat, "openat"},
                            {SYS_landlock_add_rule, "landlock_add_rule"},
                            {SYS_landlock_restrict_self, "landlock_restrict_self"}};
 
-// Calls that younger processors do without: their numbers are those of the older ones.
+// Calls that newer processors do not have: their numbers are those of the older ones.
 constexpr bool kHasOldCalls = SYS_read == 0;
 constexpr Name kOldNames[] = {{2, "open"},      {4, "stat"},   {6, "lstat"},  {7, "poll"},    {21, "access"},
                               {22, "pipe"},     {33, "dup2"},  {57, "fork"},  {58, "vfork"},  {82, "rename"},

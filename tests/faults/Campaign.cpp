@@ -31,8 +31,8 @@ bool allOfThem() { return isAsked("all"); }
 
 constexpr std::size_t kSomeStep = 5;
 
-// What is tried at a call, in sequence over all calls, of which a sample takes every so many. The numbers have no
-// divisor in common with how many there are for a call: each step comes to another one.
+// The attempts at a call, in sequence over all calls, of which a sample takes every n-th. The step has no common
+// divisor with the number of attempts for a call, so that each step reaches another one.
 struct Plan {
   std::vector<Intervention> (*interventions)(const Call&);
   std::size_t step;
@@ -96,7 +96,7 @@ class Runs {
     return isAsked("some") ? kSomeStep : 1;
   }
 
-  // Undisturbed, the work is what the rules are about, and they hold.
+  // Undisturbed, the work fulfils its purpose and the rules hold.
   void observe(std::vector<Call>& calls) {
     scenario_.prepare();
     TracedRun run = runOnce({});
@@ -173,7 +173,7 @@ class Runs {
     }
   }
 
-  // The most frequent findings, each with the first place where.
+  // The most frequent findings, each with the first place.
   std::string examplesOf(const std::string& rule) const {
     std::vector<std::pair<std::string, Finding>> sorted(findings_.at(rule).begin(), findings_.at(rule).end());
     std::ranges::sort(sorted, std::greater(), [](const auto& finding) { return finding.second.times; });

@@ -37,7 +37,7 @@ std::vector<int> openDescriptors() {
   return open;
 }
 
-// The numbers stay in use, so that nothing of the body's own gets one that somebody still writes to.
+// The numbers stay in use, so that the body gets none to which somebody still writes.
 void leadNowhere() {
   const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
   for (const int fd : openDescriptors()) {

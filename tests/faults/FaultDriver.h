@@ -9,8 +9,8 @@
 
 namespace qm::testing {
 
-/// One system call of a body. The body's own process is "1", its second child (process or thread) "1.2". Calls
-/// are numbered among those of the same kind in their process: how often somebody polls meanwhile does not count.
+/// One system call of a body. The body's own process is "1", its second child (process or thread) "1.2". Calls are
+/// numbered among those of the same kind in their process, so that the number of polls in between does not matter.
 struct Call {
   std::string task;
   long number = 0;
@@ -22,12 +22,12 @@ struct Call {
 /// For messages.
 std::string describe(const Call& call);
 
-/// What is done at a call.
+/// The intervention at a call.
 enum class Deed {
   Nothing,
-  Fail,        ///< it is not made and returns an error; a descriptor is closed all the same, as the kernel does
-  KillBefore,  ///< the body and all its children are ended, and it is not made
-  KillAfter,   ///< they are ended when it has returned
+  Fail,        ///< it is skipped and returns an error; a descriptor is closed all the same, as the kernel does
+  KillBefore,  ///< the body and all its children are killed, and it is skipped
+  KillAfter,   ///< they are killed when it has returned
 };
 
 struct Intervention {
@@ -38,10 +38,10 @@ struct Intervention {
 
 enum class End {
   Returned,   ///< `status` is the body's own
-  Died,       ///< by a signal, or by leaving
+  Died,       ///< by a signal, or on its own
   Killed,     ///< by the intervention
-  OutOfTime,  ///< and ended for that
-  NotTraced,  ///< the machine does not allow it: `problem` says why. The body was not run.
+  OutOfTime,  ///< and killed for that
+  NotTraced,  ///< not permitted on this machine: `problem` says why. The body was not run.
 };
 
 struct TracedRun {
@@ -53,15 +53,15 @@ struct TracedRun {
   std::string problem;
 };
 
-/// Runs bodies in a child of their own, under the eyes of this process, which sees every system call of the child
-/// and of all that comes from it. While a body runs the calling process has no other children and one thread.
+/// Runs bodies in a child process and traces every system call of the child and its descendants. While a body is
+/// running the calling process has no other children and one thread.
 class FaultDriver {
  public:
   explicit FaultDriver(CallFilter filter = allCalls(), std::chrono::milliseconds limit = std::chrono::seconds(10))
       : filter_(std::move(filter)), limit_(limit) {}
 
-  /// The body returns 0 to 63. Its descriptors lead nowhere, so that what it says in a thousand runs disturbs
-  /// nobody; all it changes is the machine.
+  /// The body returns 0 to 63. Its output is discarded, so that a thousand runs disturb nobody; its only effects are on
+  /// the machine.
   TracedRun run(const std::function<int()>& body, const Intervention& intervention = {}) const;
 
  private:
@@ -69,10 +69,10 @@ class FaultDriver {
   std::chrono::milliseconds limit_;
 };
 
-/// Runs a body as the driver does, untraced; false when it did not return 0 within half a minute.
+/// Runs a body as the driver does, untraced; false if it did not return 0 within half a minute.
 bool runUndisturbed(const std::function<int()>& body);
 
-/// In a body: what counts lies between the beginning of this and its end.
+/// In a body: the calls between its constructor and its destructor are counted.
 class CountedCalls {
  public:
   CountedCalls();

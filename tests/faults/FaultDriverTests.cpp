@@ -38,7 +38,7 @@ void reset() {
 
 Call mkdirCall(int occurrence, const std::string& task = "1") { return {task, SYS_mkdirat, occurrence}; }
 
-// Makes three folders; the answer tells which could not be made.
+// Creates three folders; the result tells which could not be created.
 int makeThree() {
   const CountedCalls counted;
   return (make("one") ? 0 : 1) + (make("two") ? 0 : 2) + (make("three") ? 0 : 4);

@@ -21,7 +21,7 @@ bool isHousekeeping(const std::string& path, const TreeItem& item) {
   return item.kind == 'f' && (path.ends_with("/.DS_Store") || path.ends_with("/Icon\r"));
 }
 
-// Without what may go; without folders, too, where they may.
+// Without what may be removed; without folders, too, if those may.
 Tree lasting(const Tree& tree, bool withFolders) {
   Tree left;
   for (const auto& [path, item] : tree) {
@@ -30,7 +30,7 @@ Tree lasting(const Tree& tree, bool withFolders) {
   return left;
 }
 
-// Whatever is there has been there.
+// Everything that is there was there before.
 Tree among(const Tree& tree, const Tree& found) {
   Tree left;
   for (const auto& [path, item] : tree) {
@@ -88,7 +88,7 @@ std::string FolderOnTheMachine::brokenReport(Said said) const {
   const Tree found = treeAt(folder());
   if (said == Said::Success && !found.empty()) return "reported success, but it is still there";
   if (said != Said::Failure) return {};
-  // From the bottom up: folders in which nothing was left may be gone before one cannot be removed.
+  // Bottom up: folders in which nothing was left may be gone before one cannot be removed.
   if (holds_ == Holds::Housekeeping) return found.empty() ? "reported failure, but it is gone" : std::string();
   const std::string lost = difference(lasting(found, true), lasting(original_, true));
   return lost.empty() ? lost : "reported failure, but " + lost;

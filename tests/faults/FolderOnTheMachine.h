@@ -8,12 +8,12 @@
 
 namespace qm::testing {
 
-/// A folder of root's on a private machine that is to be removed, and the rules of that:
+/// A root-owned folder on a private machine that is to be removed, and the rules for that:
 ///
-/// I1  Nothing is gone or changed but folders and housekeeping files in it, and the folder itself.
-/// I2  Reported failure: every folder is what it was. Reported success: the folder is gone.
-/// I3  Besides there are but folders named ".tessaly-uninstaller-...", root's alone, beside it.
-/// I4  After the next run all is as after an undisturbed one.
+/// I1  Nothing is gone or changed except folders and housekeeping files in it, and the folder itself.
+/// I2  Reported failure: every folder is as it was. Reported success: the folder is gone.
+/// I3  Nothing else is left but folders named ".tessaly-uninstaller-...", accessible only to root, beside it.
+/// I4  After the next run everything is as after an undisturbed one.
 class FolderOnTheMachine {
  public:
   enum class Holds { Housekeeping, SomethingElse };

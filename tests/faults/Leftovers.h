@@ -5,13 +5,13 @@
 
 namespace qm::testing {
 
-/// A name that work in progress bears.
+/// A name of work in progress.
 bool isLeftoverName(const std::string& name);
 
-/// For messages: without the digits that make such a name the only one.
+/// For messages: without the digits that make such a name unique.
 std::string shownName(const std::string& name);
 
-/// The names in a folder but for `known`, sorted.
+/// The names in a folder except `known`, sorted.
 std::vector<std::string> othersIn(const std::string& folder, const std::vector<std::string>& known);
 
 /// What is in a folder besides `known` and folders of work in progress that are root's alone; empty for nothing.

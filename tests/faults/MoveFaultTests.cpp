@@ -1,4 +1,4 @@
-// The privileged move to a person's Trash, with a fault or an end at each of its system calls.
+// The privileged move to a user's Trash, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>
 

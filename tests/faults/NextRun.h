@@ -9,8 +9,8 @@
 
 namespace qm::testing {
 
-/// What happens at the beginning of a run, before its first work: what another that was ended has left in these
-/// folders, an item's and the Trash's, is put in order.
+/// What happens at the beginning of a run, before its first work: what an interrupted run has left in these folders, an
+/// item's and the Trash's, is mended.
 inline void nextRun(const std::vector<std::string>& /*folders*/) { linux_::mendTrashMoves(person(), kProduct); }
 
 }  // namespace qm::testing

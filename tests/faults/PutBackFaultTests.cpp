@@ -1,4 +1,4 @@
-// Root puts an item back from a person's Trash, with a fault or an end at each of its system calls.
+// Root puts an item back from a user's Trash, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>
 
@@ -26,14 +26,14 @@ std::string trash() { return home() + "/.local/share/Trash"; }
 std::string stored() { return trash() + "/files/" + kName; }
 std::string info() { return trash() + "/info/" + kName + ".trashinfo"; }
 
-/// An item of a person's Trash that is to go back to a folder of root's, and the rules of that:
+/// An item in a user's Trash that is to be put back into a root-owned folder, and the rules for that:
 ///
-/// I1  The item is whole at its place, or whole in the Trash with its description, or, after an end in the middle,
-///     whole in a folder of root's alone in the Trash. Nothing that is not whole bears its name.
-/// I2  Reported failure: the item is in the Trash alone. Reported success: it is at its place alone.
-/// I3  Besides there are but folders named ".tessaly-uninstaller-...", root's alone, in the Trash's folder and beside
-///     the item's place; and after an end in the middle its description.
-/// I4  After the next run the item is at its place and nothing is left, but one more complete copy in the Trash at
+/// I1  The item is whole at its place, or whole in the Trash with its description, or, after a kill, whole in a folder
+///     in the Trash that only root can access. Nothing that is incomplete has its name.
+/// I2  Reported failure: the item is only in the Trash. Reported success: it is only at its place.
+/// I3  Nothing else is left but folders named ".tessaly-uninstaller-...", accessible only to root, in the Trash's
+///     folder and beside the item's place, and after a kill its description.
+/// I4  After the next run the item is at its place and nothing is left, except one more complete copy in the Trash at
 ///     most.
 class ItemToPutBack {
  public:
@@ -111,7 +111,7 @@ class ItemToPutBack {
     return whole > 0 ? std::string() : "it is gone";
   }
 
-  // Where the item is while it changes places.
+  // Where the item is while it is being moved.
   static std::string taken() {
     for (const std::string& name : othersIn(trash(), {"files", "info"})) {
       if (exists(trash() + "/" + name + "/item")) return trash() + "/" + name + "/item";

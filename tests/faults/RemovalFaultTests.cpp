@@ -1,4 +1,4 @@
-// The privileged removal of a folder, with a fault or an end at each of its system calls.
+// The privileged removal of a folder, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>
 

@@ -18,7 +18,7 @@ constexpr unsigned long kOptions = PTRACE_O_EXITKILL | PTRACE_O_TRACESYSGOOD | P
 constexpr int kAllKinds = __WALL;
 constexpr int kAtReturn = SIGTRAP | 0x80;
 
-/// Wakes this process from waiting again and again: nothing that it waits for can keep it for ever.
+/// Interrupts this process's waits again and again, so that nothing can block it forever.
 class Ticks {
  public:
   Ticks() {
@@ -41,7 +41,7 @@ class Ticks {
   struct sigaction before_ {};
 };
 
-// A descriptor is closed whatever the kernel says.
+// A descriptor is closed whatever the kernel returns.
 bool isMadeAlthoughItFails(long number) { return number == SYS_close; }
 
 unsigned long eventMessage(pid_t id) {
@@ -73,7 +73,7 @@ TracedRun TracedTree::follow(std::chrono::milliseconds limit) {
 void TracedTree::take(pid_t id, int status) {
   if (!WIFSTOPPED(status)) return ended(id, status);
   if (ending_) {
-    ::kill(id, SIGKILL);  // born meanwhile, perhaps
+    ::kill(id, SIGKILL);  // created meanwhile, perhaps
     return;
   }
   const auto known = tasks_.find(id);
@@ -160,7 +160,7 @@ void TracedTree::returned(pid_t id, Task& task) {
   resume(id, task);
 }
 
-// All is ended where the kernel does not let it be.
+// Everything is killed if the kernel does not permit it.
 bool TracedTree::fail(pid_t id, bool unmade) {
   if ((!unmade || forgetCall(id, processor_)) && setError(id, processor_, intervention_.error)) return true;
   giveUp("the registers of this processor cannot be set");
@@ -177,7 +177,7 @@ void TracedTree::resume(pid_t id, const Task& task, int signal) const {
         reinterpret_cast<const void*>(static_cast<long>(signal)));
 }
 
-// The oldest first: nobody sees the end of a child and goes on.
+// The oldest first: nobody observes the end of a child and goes on.
 void TracedTree::endAll(End why) {
   ending_ = true;
   run_.end = why;

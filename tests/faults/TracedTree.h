@@ -11,16 +11,16 @@
 
 namespace qm::testing {
 
-/// A process that is traced from its beginning, and all that comes from it.
+/// A process that is traced from its beginning, and all its descendants.
 class TracedTree {
  public:
   TracedTree(pid_t root, const Intervention& intervention, bool ofThreads)
       : root_(root), intervention_(intervention), ofThreads_(ofThreads) {}
 
-  /// Takes hold of the root, which waits. 0, or the error number that keeps it from that.
+  /// Attaches to the root, which waits. Returns 0, or the error number that prevents it.
   int seize();
 
-  /// Follows all of them to their ends, or ends them when `limit` is over.
+  /// Follows all of them to their ends, or kills them when `limit` has passed.
   TracedRun follow(std::chrono::milliseconds limit);
 
  private:
@@ -28,7 +28,7 @@ class TracedTree {
     std::string name;
     int children = 0;
     bool isThread = false;
-    bool isReturning = false;  // from the call that is intervened after
+    bool isReturning = false;  // after the call with the intervention
     std::map<long, int> calls;
   };
 
@@ -49,7 +49,7 @@ class TracedTree {
   const Intervention& intervention_;
   const bool ofThreads_;
   std::map<pid_t, Task> tasks_;
-  std::set<pid_t> unknown_;  // seen before the event of their birth
+  std::set<pid_t> unknown_;  // seen before the event of their creation
   unsigned processor_ = 0;
   bool counting_ = false;
   bool ending_ = false;

@@ -13,7 +13,7 @@ namespace qm::testing {
 namespace {
 
 const std::string kName = "Tessaly.app";
-// Has been in the Trash, and beside the item, before.
+// Has existed in the Trash, and beside the item, before.
 const std::string kBystander = "Other.app";
 const std::string kSuffix = ".trashinfo";
 
@@ -41,7 +41,7 @@ void makeItem(const std::string& path) {
   makeLink(path + "/Contents/link", "/etc");
 }
 
-// The first one that tells of something.
+// The first one that reports something.
 std::string firstOf(const std::vector<std::string>& findings) {
   for (const std::string& finding : findings) {
     if (!finding.empty()) return finding;
@@ -124,7 +124,7 @@ std::string TrashOnTheMachine::brokenWhole() const {
     ++whole;
   }
   for (const std::string& name : copies()) {
-    if (isLeftoverName(name)) continue;  // the other rules tell of it
+    if (isLeftoverName(name)) continue;  // the other rules report it
     const std::string finding = firstOf({brokenCopy(name), brokenDescription(name)});
     if (!finding.empty()) return finding;
     ++whole;
@@ -166,7 +166,7 @@ std::string TrashOnTheMachine::brokenSurroundings(Said said) const {
                   strayIn(home(), {".Trash", ".local"}), strayDescription(said)});
 }
 
-// Two steps cannot be one: between them the description takes the name.
+// Two steps cannot be atomic: between them the description reserves the name.
 std::string TrashOnTheMachine::strayDescription(Said said) const {
   for (const std::string& name : othersIn(info(), {kBystander + kSuffix})) {
     const bool isDescription = name.ends_with(kSuffix);

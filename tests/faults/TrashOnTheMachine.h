@@ -8,23 +8,22 @@
 
 namespace qm::testing {
 
-/// A person's Trash on a private machine, an item of root's that is to go there, and the rules of that:
+/// A user's Trash on a private machine, a root-owned item that is to be moved there, and the rules for that:
 ///
-/// I1  The item is whole at its place or in the Trash, there with a description that names its place, and
-///     nothing that is not whole bears its name in either.
-/// I2  Reported failure: the item is exactly what it was, and the Trash too. Reported success: the item is in the
-///     Trash alone.
-/// I3  Besides there are but folders named ".tessaly-uninstaller-...", root's alone, in the Trash's folder and in
-///     the item's; and after an end in the middle the description of an item that is still at its place.
-/// I4  After the next run all is as after an undisturbed one, with one more complete copy at most.
+/// I1  The item is whole at its place, or whole in the Trash with a description that names its place. Nothing that is
+///     incomplete has its name in either location.
+/// I2  Reported failure: item and Trash are exactly as before. Reported success: the item is only in the Trash.
+/// I3  Nothing else is left but folders named ".tessaly-uninstaller-...", accessible only to root, in the Trash's
+///     folder and in the item's, and after a kill the description of an item that is still at its place.
+/// I4  After the next run everything is as after an undisturbed one, with one more complete copy at most.
 class TrashOnTheMachine {
  public:
   enum class Volumes { One, Two };
   explicit TrashOnTheMachine(Volumes volumes) : volumes_(volumes) {}
 
-  /// Once on a machine: the person's account and the volumes.
+  /// Once on a machine: the user's account and the volumes.
   void build() const;
-  /// Before each run: the person's home, the Trash and the item.
+  /// Before each run: the user's home, the Trash and the item.
   void prepare();
   /// After an undisturbed run: so it shall be.
   void remember();

@@ -1,4 +1,4 @@
-// The command moves what there is as root and puts it back, with a fault or an end at each of its system calls.
+// The command moves the items as root and puts them back, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -60,7 +60,8 @@ class Services {
     all_ = linux_::linuxPlatform(kProduct, {.mainThread = loop_, .descriptorWait = loop_, .users = &users});
     withoutDialog_ = std::make_unique<removal::WithoutDialog>(*all_.authorizationServices);
     all_.authorizationServices = withoutDialog_.get();
-    // Nobody waits for what does not come: the clock goes on by itself, for a thread that is not the main one.
+    // Nobody waits for an event that does not come: the clock advances by itself, for a thread that is not the main
+    // one.
     all_.clock = &clock_;
     mainThread_.disown();
     all_.mainThread = &mainThread_;
@@ -90,7 +91,7 @@ bool removeAll() {
   if (!run || all.memory.begin(*run) != 0) return false;
   removal.rememberIn(all.memory);
   removal.run(kInTime, kUnseen);
-  // Where an item cannot be looked at, nothing is said to be there.
+  // If an item cannot be examined, no claim is made that it exists.
   const auto items = removal.items();
   return std::ranges::count(items, removal::Outcome::Trashed, &removal::ReportItem::outcome) == 2;
 }
@@ -108,11 +109,11 @@ bool putAllBack() {
   });
 }
 
-/// What there is, and the rules of the way there and back:
+/// The installed items, and the rules for removing them and putting them back:
 ///
 /// I1  Each item is whole at its place or in a Trash, with a description there.
-/// I2  Reported success: the items are gone, or all is back.
-/// I4  After the next run, which puts back, all is as it was before.
+/// I2  Reported success: the items are gone, or everything is back.
+/// I4  After the next run, which puts everything back, all is as it was before.
 class WayOnTheMachine {
  public:
   void prepare() {
@@ -128,7 +129,7 @@ class WayOnTheMachine {
     makeFile(kApplication + "/secret", "secret", kOther, 0600);
     makePersonsFolders();
     makeFile(kCaches + "/data", "data", kPerson);
-    // Last, since what is made in it changes its time.
+    // Last, because creating items in it changes its time.
     ASSERT_EQ(::chown(kFolder.c_str(), 0, kOther), 0);
     ASSERT_EQ(::chmod(kFolder.c_str(), 02775), 0);
     const timespec times[] = {{1, 1}, {2, 2}};

@@ -28,7 +28,7 @@ void say(const char* line) { static_cast<void>(std::fprintf(stderr, "%s\n", line
 
 using Step = std::function<void(const uninstaller::Outlets&)>;
 
-/// Does what the case wants once the interface is loaded.
+/// Performs the case's action once the interface is loaded.
 class Owner : public uninstaller::InterfaceOwner {
  public:
   explicit Owner(Step step) : step_(std::move(step)) {}
@@ -43,7 +43,7 @@ class Owner : public uninstaller::InterfaceOwner {
   uninstaller::Outlets outlets_;
 };
 
-/// The product, and no other test is an instance of the same one.
+/// A product of this test's own, so that no other test is an instance of the same one.
 platform::ProductIdentity ownProduct() {
   static const std::string identifier = "test." + std::to_string(::getpid());
   platform::ProductIdentity product = kProduct;
@@ -67,7 +67,7 @@ class ApplicationMain : public ::testing::Test {
   ApplicationMain() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-/// What such a process says: neither the worker nor anything that it may touch moves after the end.
+/// The output of such a process: neither the worker nor anything that it may use runs after the end.
 auto endsOrderly() {
   return AllOf(HasSubstr("the event loop has ended\n"), Not(HasSubstr("the worker came back")),
                Not(HasSubstr("the owner is destroyed")));
@@ -119,7 +119,7 @@ TEST_F(ApplicationMain, GoesOnWithoutAVisibleWindow) {
   EXPECT_EXIT(runApplication(step), ::testing::ExitedWithCode(0), AllOf(HasSubstr("still there\n"), endsOrderly()));
 }
 
-/// Has another instance running, and starts the application.
+/// Starts the application while another instance is running.
 [[noreturn]] void startAgain(bool isAnswered) {
   linux_::SingleInstance other{std::string(ownProduct().identifier)};
   other.start({});

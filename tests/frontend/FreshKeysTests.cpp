@@ -23,7 +23,7 @@ class FreshKeys : public QtFixture {
     button_.setFocus();
   }
 
-  /// What a held key sends.
+  /// The events that a held key sends.
   static void repeat(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
     QTest::simulateEvent(&widget, true, key, modifiers, QString(), true);
   }

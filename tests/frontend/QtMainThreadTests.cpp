@@ -99,7 +99,7 @@ TEST_F(QtMainThread, TakesOneEventAndSaysSo) {
 }
 
 TEST_F(QtMainThread, WaitsForAnEventNoLongerThanTheLimit) {
-  while (mainThread->handleOneEvent(0ms)) {  // what the application's start has left
+  while (mainThread->handleOneEvent(0ms)) {  // left by the application's start
   }
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(mainThread->handleOneEvent(20ms));
@@ -180,7 +180,7 @@ TEST_F(QtDescriptorWait, SleepsInAnInnerWaitAfterTheOuterOneIsOver) {
   int wakings = 0;
   mainThread->perform([&] {
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, [&] { ++wakings; });
-    write();  // what the outer wait waits for
+    write();  // the condition of the outer wait
     QTimer::singleShot(200ms, [&] { EXPECT_EQ(::write(other[1], "y", 1), 1); });
     wait.waitUntilReadable(other[0]);
   });

@@ -19,7 +19,7 @@ namespace {
 
 class QtUserInterface : public QtFixture {
  protected:
-  /// Shows the alert, and calls `look` once it is there. `look` must dismiss it.
+  /// Shows the alert, and calls `look` once it is visible. `look` must dismiss it.
   void runAlert(const std::string& title, const std::string& message, const std::function<void(QMessageBox&)>& look,
                 const std::string& details = "") {
     mainThread->perform([&] {
@@ -169,7 +169,7 @@ TEST_F(QtUserInterface, ShowsAWindowInTheMiddleOfTheScreenAndHidesIt) {
   window.makeKeyAndOrderFront();
   EXPECT_TRUE(widget.isVisible());
   const auto offset = widget.geometry().center() - widget.screen()->availableGeometry().center();
-  EXPECT_LE(offset.manhattanLength(), 8);  // the frame aside
+  EXPECT_LE(offset.manhattanLength(), 8);  // without the frame
   window.orderOut();
   EXPECT_FALSE(widget.isVisible());
 }

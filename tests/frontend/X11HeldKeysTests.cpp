@@ -13,12 +13,12 @@ constexpr std::uint8_t kReturn = 36;
 constexpr std::uint8_t kEscape = 9;
 constexpr std::uint8_t kLast = 255;
 
-/// What an X server sends, handed over as Qt does.
+/// The events of an X server, passed on as Qt does.
 class X11HeldKeys : public QtFixture {
  protected:
   X11HeldKeys() : keys_(*qGuiApp) {}
 
-  /// The keyboard comes to a window while these keys are held.
+  /// A window gets the keyboard focus while these keys are held.
   void enter(std::initializer_list<std::uint8_t> held) {
     xcb_keymap_notify_event_t event{};
     event.response_type = XCB_KEYMAP_NOTIFY;
@@ -81,7 +81,7 @@ TEST_F(X11HeldKeys, AreToldAnewWheneverAWindowGetsTheKeyboard) {
   enter({kReturn});
   enter({});  // released in a window of another program's
   EXPECT_TRUE(passesPress(kReturn, 1));
-  enter({kReturn});  // goes on being held, over an alert
+  enter({kReturn});  // still held, over an alert
   EXPECT_FALSE(passesPress(kReturn, 2));
 }
 

@@ -1,6 +1,6 @@
-// Feeds the formatter with any format string and any arguments, each in memory of its own that ends where it ends.
-// What it prints for one number must be what the C library prints, and an argument must count for its own
-// directive and for nothing else.
+// Feeds the formatter with any format string and any arguments, each in memory of its own of exactly its size. What it
+// prints for one number must be what the C library prints, and an argument must count for its own directive and for
+// nothing else.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -29,7 +29,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-// Without these, a text can be no part of what stands in for a missing argument.
+// Without these characters, a text cannot be part of the replacement for a missing argument.
 char plain(char character) { return character == '(' || character == ')' ? '_' : character; }
 
 std::string plain(std::string text) {
@@ -37,7 +37,7 @@ std::string plain(std::string text) {
   return text;
 }
 
-// The arguments' texts, each in memory of exactly its size: whoever reads on is caught.
+// The arguments' texts, each in memory of exactly its size, so that reading beyond is detected.
 class Texts {
  public:
   std::string_view keep(const std::string& text) {
@@ -73,7 +73,7 @@ std::size_t missingIn(const std::string& text) {
   return count;
 }
 
-// With each argument more one stand-in less is printed; what is left over at the end changes nothing.
+// With each further argument one replacement less is printed; extra arguments at the end change nothing.
 void checkArguments(const std::string& formatString, const std::vector<FormatArgument>& all) {
   const std::size_t wanted = missingIn(format(formatString, {}));
   std::string complete;

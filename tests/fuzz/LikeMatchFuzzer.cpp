@@ -1,5 +1,5 @@
-// Matches names against patterns and compares with the plain way: a table of which beginnings of the one are like
-// which beginnings of the other. The first byte of an input is the pattern's length.
+// Matches names against patterns and compares with a simple reference: a table of which prefixes of the one match which
+// prefixes of the other. The first byte of an input is the pattern's length.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Takes paths apart and joins them again. The first byte of an input is the length of a first path, and the rest is
-// a second one.
+// Splits paths and joins them again. The first byte of an input is the length of a first path, and the rest is a second
+// one.
 
 #include <cstdint>
 #include <cstdlib>
@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace qm::foundation;  // these helpers are all that is here
+using namespace qm::foundation;  // only these helpers are used here
 
 void require(bool condition) {
   if (!condition) std::abort();
@@ -56,7 +56,7 @@ void checkLastComponent(std::string_view path) {
   require(appendingPathComponent(rest, lastPathComponent(path)) == folded(path));
 }
 
-// A dot counts behind the first character of the last name.
+// A dot counts after the first character of the last name.
 void checkExtension(std::string_view path) {
   const std::string name = lastPathComponent(path);
   const std::size_t dot = name.rfind('.');

@@ -1,5 +1,5 @@
-// Feeds the helper's message reader. The first byte of an input says how large the pieces are in which the rest
-// arrives. Whatever comes out must be the same in one piece, and must be read back when it is written again.
+// Feeds the helper's message reader. The first byte of an input is the size of the pieces in which the rest arrives.
+// The messages must be the same as when it arrives in one piece, and must survive encoding and decoding.
 
 #include <algorithm>
 #include <cstdint>

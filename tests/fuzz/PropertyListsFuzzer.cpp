@@ -1,5 +1,5 @@
-// Feeds the preferences that switch logging off: the bytes are the file, and the whole way to the log's decision is
-// the real one. A decision must stay the same when what was read is written anew, in both forms.
+// Feeds the preferences that switch logging off: the input is the file, and everything up to the log's decision is
+// real. The decision must stay the same when what was read is written again, in both formats.
 
 #include <plist/plist.h>
 #include <sys/mman.h>
@@ -29,7 +29,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-// A file without a place on a disk.
+// A file that is not on a disk.
 class MemoryFile {
  public:
   explicit MemoryFile(std::string_view bytes) : fd_(::memfd_create("preferences", MFD_CLOEXEC)) {
@@ -46,7 +46,7 @@ class MemoryFile {
   int fd_;
 };
 
-// Reads the one file, whatever it is asked for.
+// Reads the one file, whatever path is requested.
 class OneFile : public qm::platform::PropertyLists {
  public:
   explicit OneFile(std::string_view bytes) : file_(bytes) {}

@@ -1,5 +1,5 @@
-// Unpacks whatever bytes there are, into a new folder and into one that a link leads out of. Nothing but what is in
-// these folders may ever be made or changed, and the new one is there exactly when the run has succeeded.
+// Unpacks any bytes, into a new folder and into one that contains a link to the outside. Nothing may ever be created or
+// changed outside these folders, and the new one exists exactly if the run has succeeded.
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -27,7 +27,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-/// In memory, where there is a volume of that kind.
+/// In memory, if there is a volume of that kind.
 std::string makeScratch() {
   std::error_code error;
   const bool hasMemory = fs::is_directory("/dev/shm", error);
@@ -59,7 +59,7 @@ struct stat attributesOf(const std::string& path) {
   return attributes;
 }
 
-/// A folder for everything, with "outside", that is to stay as it is.
+/// A folder for everything, with "outside", which must stay unchanged.
 class Scratch {
  public:
   Scratch() {
@@ -99,7 +99,7 @@ class Scratch {
     require(before.st_ctim.tv_sec == after.st_ctim.tv_sec && before.st_ctim.tv_nsec == after.st_ctim.tv_nsec);
   }
 
-  /// Folders may shut their owner out.
+  /// Folders may deny their owner access.
   static void removePlace(const std::string& place) {
     std::error_code error;
     fs::remove_all(place, error);

@@ -1,4 +1,4 @@
-// Something comes into a folder while root removes it.
+// Something appears in a folder while root removes it.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -25,14 +25,14 @@ std::string kept() { return machineFolder() + "/kept"; }
 
 void makeFolderAnew() {
   for (const std::string& path : {folder(), folder() + "/deep", folder() + "/deep/place"}) {
-    ::mkdir(path.c_str(), 0755);  // in one step: a volume may be mounted there right after
+    ::mkdir(path.c_str(), 0755);  // in one step, because a volume may be mounted there right after
   }
   for (const char* name : {"/.DS_Store", "/Icon\r"}) {
     if (!exists(folder() + name)) makeFile(folder() + name, "housekeeping");
   }
 }
 
-// What is left goes out of the way, with all that has come into it.
+// The rest is moved out of the way, with everything that was added to it.
 void keep(int round) {
   std::error_code missing;
   std::filesystem::rename(folder(), kept() + "/" + std::to_string(round), missing);

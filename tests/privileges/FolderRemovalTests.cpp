@@ -1,4 +1,4 @@
-// The maker's folder, as root removes it: only what nobody misses is ever gone.
+// The maker's folder, removed by root: only what nobody misses is ever removed.
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// What a person can do with an item that root has moved to the Trash, and what not.
+// What a user can and cannot do with an item that root has moved to the Trash.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -203,7 +203,7 @@ TEST_F(ItemHandedOver, KeepsDevicesAsTheyAreOnItsOwnVolume) {
   });
 }
 
-// The person who brought it along made what it says is root's.
+// The user who plugged it in decided that it says "root".
 TEST_F(ItemHandedOver, IsNotCopiedFromAVolumeWhereRootsNameMeansNothing) {
   run([] {
     const std::string volume = machineFolder() + "/volume";

@@ -31,7 +31,7 @@ std::string readToEnd(int fd) {
   return all;
 }
 
-// The removal alone, whatever the folder's path is.
+// Only the removal, whatever the folder's path is.
 class FolderRemovalAlone : public linux_::HelperPolicy {
  public:
   using HelperPolicy::HelperPolicy;
@@ -71,7 +71,7 @@ Outcome launch(const std::string& tool, const std::vector<std::string>& argument
   return launch(linux_::AnyToolPolicy(kProduct), tool, arguments);
 }
 
-// In a process of its own, as the helper does it: what it confines itself to holds for good.
+// In a process of its own, like the helper's launches: a confinement is permanent.
 Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments) {
   Pipe output;
   Pipe messages;

@@ -9,11 +9,11 @@
 
 namespace qm::testing {
 
-/// An ordinary person of the machine, and another.
+/// An ordinary user of the machine, and another.
 inline constexpr uid_t kPerson = 1001;
 inline constexpr uid_t kOther = 1002;
 
-/// What became of a launch.
+/// The result of a launch.
 struct Outcome {
   int error = -1;
   std::string reason;
@@ -28,10 +28,10 @@ struct Outcome {
 /// `kPerson`, whose home is the folder "home" of the machine.
 linux_::UserRecord person();
 
-/// Runs a tool as the helper for any tool does for `kPerson`, to its end. Trusts the system's files, so they
-/// must be root's own.
+/// Runs a tool like the helper for any tool does for `kPerson`, to its end. It trusts the system's files, so they must
+/// be root's own.
 Outcome launch(const std::string& tool, const std::vector<std::string>& arguments);
-/// The same as a helper with another policy does.
+/// The same like a helper with another policy does.
 Outcome launch(const linux_::HelperPolicy& policy, const std::string& tool, const std::vector<std::string>& arguments);
 
 /// The same in this process, which is then confined to the folders concerned.
@@ -40,10 +40,10 @@ Outcome launchHere(const linux_::HelperPolicy& policy, const std::string& tool,
                    const std::vector<std::string>& arguments);
 Outcome removeIfHollowHere(const std::string& folder);
 
-/// Removes a folder as the uninstaller's helper does with the maker's.
+/// Removes a folder like the uninstaller's helper does with the maker's.
 Outcome removeIfHollow(const std::string& folder);
 
-/// Folders and files of root's, or of somebody's. Folders on the way must exist.
+/// Root-owned folders and files, or of another user's. Parent folders must exist.
 void makeFolder(const std::string& path, uid_t owner = 0, mode_t mode = 0755);
 void makeFile(const std::string& path, const std::string& contents, uid_t owner = 0, mode_t mode = 0644);
 void makeLink(const std::string& path, const std::string& target, uid_t owner = 0);

@@ -1,4 +1,4 @@
-// Links, "..", mount points and other ways to lead root astray.
+// Links, "..", mount points and other ways to mislead root.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 namespace qm::testing {
 namespace {
 
-// A folder "system" of root's, "home" of the person's and "others" of another person's.
+// A folder "system" of root's, "home" of the user's and "others" of another user's.
 class PathsForRoot : public ::testing::Test {
  protected:
   void run(const std::function<void()>& body) {
@@ -37,7 +37,7 @@ class PathsForRoot : public ::testing::Test {
   static std::string others() { return machineFolder() + "/others"; }
 };
 
-/// A file system in user space of the person's, whose program answers nothing. Its end is the test's.
+/// A file system in user space of the user's, whose program answers nothing. It ends with the test.
 posix::UniqueFd mountOfThePersons(const std::string& path) {
   makeFolder(path, kPerson);
   posix::UniqueFd program(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
@@ -49,7 +49,7 @@ posix::UniqueFd mountOfThePersons(const std::string& path) {
   return program;
 }
 
-/// Who may change an entry of root's in a folder that is root's alone by what it says of itself.
+/// The writers of a root-owned entry in a folder that claims to be root's alone.
 linux_::Writers writersIn(const posix::UniqueFd& folder) {
   struct stat roots {};
   roots.st_mode = S_IFDIR | 0755;
@@ -58,7 +58,7 @@ linux_::Writers writersIn(const posix::UniqueFd& folder) {
 
 TEST_F(PathsForRoot, AreNobodysWordInAFileSystemOfUserSpace) {
   run([] {
-    needRootsOwnSystem();  // its /dev/fuse is root's alone
+    needRootsOwnSystem();  // only root may open its /dev/fuse
     const posix::UniqueFd program = mountOfThePersons(home() + "/mounted");
     const posix::UniqueFd mounted(::open((home() + "/mounted").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const posix::UniqueFd plain(::open(system().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
@@ -161,7 +161,7 @@ TEST_F(PathsForRoot, RefuseALinkWhereAnAccessListLetsThePersonWrite) {
   });
 }
 
-// Who has a group as the primary one does not show in the list of its members.
+// A user with the group as the primary one does not appear in the list of its members.
 TEST_F(PathsForRoot, RefuseALinkWhereAGroupMayWrite) {
   run([] {
     makeFolder(machineFolder() + "/shared", 0, 0775);

@@ -1,4 +1,4 @@
-// Root rotates the logs of the person at the console, who swaps the folders on the way for links meanwhile.
+// Root rotates the logs of the user at the console, who meanwhile swaps the folders on the way for links.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ using race::precious;
 
 class LogRotation : public WorkForSomebody {
  protected:
-  // Root's own file is there, so that the person's are rotated.
+  // Root's own file exists, so that the user's are rotated.
   static void run(const std::string& part, const std::string& likeness) {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {

@@ -1,4 +1,4 @@
-// What moves leave that were ended in the middle, and what becomes of it.
+// What interrupted moves leave, and how it is mended.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -135,7 +135,7 @@ TEST_F(EndedMove, IsMendedByItsOwnProductOnly) {
   });
 }
 
-// A folder of root's that the person has given such a name.
+// A root-owned folder that the user has given such a name.
 TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
   run([] {
     const std::string folder = trash() + "/.tessaly-uninstaller-1";
@@ -146,7 +146,7 @@ TEST_F(EndedMove, TakesNothingFromAFolderWithoutARecord) {
   });
 }
 
-// Owners on a volume that somebody brought along are what its maker likes: no record there leads root anywhere.
+// A plugged-in volume may claim any owners: no record there misleads root.
 TEST_F(EndedMove, IsNotBelievedOnAnotherVolume) {
   run([] {
     makeBundle(applications() + "/Tessaly.app");
@@ -183,7 +183,7 @@ TEST_F(EndedMove, FollowsNoRecordOutOfTheTrash) {
   });
 }
 
-// Only root can have made what is believed.
+// What is trusted can have been created only by root.
 TEST_F(EndedMove, IsNotBelievedFromAPersonsFolder) {
   run([] {
     makeBundle(applications() + "/Tessaly.app");

@@ -1,4 +1,4 @@
-// The helper's end of the connection: who is heard and who is not.
+// The helper's end of the connection: whose messages are accepted and whose are not.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ namespace {
 using linux_::PeerSocket;
 using posix::UniqueFd;
 
-// Both ends of a connection that somebody has made.
+// Both ends of a connection that somebody has created.
 struct Ends {
   UniqueFd application;
   UniqueFd helper;
@@ -36,13 +36,13 @@ Ends connect(uid_t maker, int type = SOCK_STREAM) {
   EXPECT_EQ(::seteuid(maker), 0);
   EXPECT_EQ(::socketpair(AF_UNIX, type, 0, ends), 0);
   EXPECT_EQ(::seteuid(0), 0);
-  // As the helper does, before anybody may speak.
+  // Like the helper, before anybody may send.
   const int on = 1;
   EXPECT_EQ(::setsockopt(ends[1], SOL_SOCKET, SO_PASSCRED, &on, sizeof on), 0);
   return {UniqueFd(ends[0]), UniqueFd(ends[1])};
 }
 
-// What a process says, as the person of this number.
+// The bytes of a process, as the user with this id.
 void say(const UniqueFd& socket, const std::string& text, uid_t speaker) {
   EXPECT_EQ(::setresuid(speaker, speaker, 0), 0);
   EXPECT_EQ(::send(socket.get(), text.data(), text.size(), MSG_NOSIGNAL), static_cast<ssize_t>(text.size()));
@@ -55,7 +55,7 @@ std::string received(const UniqueFd& socket) {
   return got > 0 ? std::string(text, static_cast<std::size_t>(got)) : std::string();
 }
 
-// Runs `body` in a child of this process, as the helper is one of the application.
+// Runs `body` in a child of this process, as the helper is a child of the application.
 bool asHelper(const std::function<void()>& body) { return inChild(body); }
 
 TEST(PeerSocket, HearsItsParent) {
@@ -105,9 +105,9 @@ TEST(PeerSocket, HearsNoOtherProcessOfThePerson) {
   });
 }
 
-// An application whose helper has more to say than the connection holds, while a third process holds the application's
-// end and reads nothing. None outlives the test by much. `said` gets the third's number once there is something to
-// read, and a word when the helper has said all that it will.
+// An application whose helper has more to send than the connection holds, while a third process holds the application's
+// end and reads nothing. None outlives the test by much. `said` gets the third's id once there is something to read,
+// and a word when the helper has sent everything that it will.
 pid_t applicationWithATalkativeHelper(UniqueFd& said) {
   int pipe[2] = {-1, -1};
   EXPECT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
@@ -151,7 +151,7 @@ TEST(PeerSocket, StopsTalkingWhenItsParentEndsEvenIfSomebodyElseHoldsTheOtherEnd
   });
 }
 
-// Both in one reading: what the one who may speak has said is not mixed with what follows.
+// Both in one read: bytes of the permitted sender are not mixed with what follows.
 TEST(PeerSocket, HearsWhatItsParentSaidBeforeAnotherSpeaks) {
   runInPrivateMachine([] {
     Ends ends = connect(kPerson);
@@ -207,7 +207,7 @@ TEST(HelperSession, DoesNothingForAWrongPeer) {
         const linux_::AnyToolPolicy policy(kProduct);
         const linux_::UserRecord sam = person();
         linux_::HelperSession session(peer, policy, sam);
-        ::shutdown(ends.application.get(), SHUT_WR);  // nothing more is said
+        ::shutdown(ends.application.get(), SHUT_WR);  // nothing more is sent
         session.run();
       });
       const std::string hello = *linux_::encoded(linux_::Hello{});

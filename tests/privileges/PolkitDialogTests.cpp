@@ -1,4 +1,4 @@
-// Asking for administrator rights, in a dialog, at a terminal and with credentials.
+// Requesting administrator rights: in a dialog, at a terminal and with credentials.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -140,7 +140,7 @@ TEST_P(AdministratorRights, CannotBeAskedForWithoutAnAgent) {
   asAccount(GetParam(), [] {
     Application application;
     EXPECT_EQ(application.open(), errAuthorizationInteractionNotAllowed);
-    EXPECT_THAT(application.console.text(), HasSubstr("there is nothing here that could ask for a password"));
+    EXPECT_THAT(application.console.text(), HasSubstr("no program here can ask for a password"));
     application.end();
   });
 }
@@ -187,7 +187,7 @@ TEST_P(AdministratorRights, AreAskedForAtTheTerminalWhereThereIsNoDesktop) {
       const std::string choice = place == std::string::npos ? "1\n" : shown.substr(place - 2, 1) + "\n";
       static_cast<void>(!::write(terminal, choice.data(), choice.size()));
       waitFor("Password:");
-      // What is typed before the terminal stops echoing is thrown away.
+      // Input typed before the terminal stops echoing is discarded.
       if (!waitUntil([&] { return !echoes(terminal); })) ::_exit(1);
       const std::string password = std::string(kAnna.password) + "\n";
       static_cast<void>(!::write(terminal, password.data(), password.size()));

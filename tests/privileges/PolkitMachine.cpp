@@ -50,9 +50,9 @@ bool isThrowawayMachine() {
          std::filesystem::exists("/run/machine/changes");
 }
 
-// Says its address when it takes connections.
+// Prints its address when it accepts connections.
 void startMessageBus() {
-  // Never destroyed: each case runs in a copy of this process, which has no say over the bus.
+  // Never destroyed: each case runs in a copy of this process, which must not end the bus.
   static auto& bus = *new ChildProgram;
   ASSERT_EQ(::mkdir("/run/dbus", 0755), 0);
   posix::Pipe pipe = posix::makePipe();
@@ -164,7 +164,7 @@ std::vector<pid_t> processesNamed(const std::string& name) {
     std::ifstream file(entry.path() / "comm");
     std::string found;
     std::getline(file, found);
-    std::error_code error;  // what has ended and waits to be reaped runs no program
+    std::error_code error;  // a zombie runs no program
     const bool runs = !std::filesystem::read_symlink(entry.path() / "exe", error).empty();
     if (runs && found == name.substr(0, 15)) processes.push_back(static_cast<pid_t>(std::stol(number)));
   }
@@ -173,7 +173,7 @@ std::vector<pid_t> processesNamed(const std::string& name) {
 
 namespace {
 
-// This program is the first process of the machine: who has lost his parent is its child.
+// This program is the first process of the machine: orphans become its children.
 void reapAdopted() {
   while (::waitpid(-1, nullptr, WNOHANG) > 0) {
   }
@@ -181,7 +181,7 @@ void reapAdopted() {
 
 }  // namespace
 
-// The kernel keeps fifteen letters of a name: helper and agent share them.
+// The kernel keeps fifteen characters of a name: helper and agent share them.
 bool nobodyIsLeft() {
   return waitUntil([] {
     reapAdopted();

@@ -18,8 +18,7 @@
 
 namespace qm::testing {
 
-/// The people of the throw-away machine: an ordinary one, two administrators and one whose account has
-/// expired.
+/// The users of the throw-away machine: an ordinary one, two administrators and one whose account has expired.
 struct Account {
   const char* name;
   uid_t uid;
@@ -32,12 +31,12 @@ inline constexpr Account kAnna{"anna", 1002, "anna's secret"};
 inline constexpr Account kBea{"bea", 1003, "bea's secret"};
 inline constexpr Account kEve{"eve", 1004, "eve's secret"};
 
-/// Keeps what is printed. Any thread.
+/// Records what is printed. Any thread.
 class KeptConsole : public platform::Console {
  public:
   void print(std::string_view text) override;
   std::string text() const;
-  /// Waits until something with `part` in it has been printed.
+  /// Waits until something that contains `part` has been printed.
   bool waitFor(const std::string& part) const;
 
  private:
@@ -63,7 +62,7 @@ class DesktopAgent {
   linux_::ChildProgram child_;
 };
 
-/// An application of one person: the service with a console, and one session.
+/// An application of one user: the service with a console, and one session.
 class Application {
  public:
   /// One of the maker's others, or the uninstaller.
@@ -78,7 +77,7 @@ class Application {
   platform::AuthorizationStatus end() { return service.free(session, 0); }
 
   linux_::PrivilegePrograms programs;
-  /// Outlives the application, since a tool may be told about later.
+  /// Outlives the application, since a tool's failure may be printed later.
   KeptConsole& console;
   linux_::SystemUsers users;
   linux_::PolkitAuthorization service;
@@ -86,20 +85,20 @@ class Application {
   std::shared_ptr<platform::CommunicationsPipe> pipe;
 };
 
-/// Runs `body` in a process of the person's, in a session of its own without a terminal.
+/// Runs `body` in a process of the user's, in a session of its own without a terminal.
 bool asAccount(const Account& account, const std::function<void()>& body);
 
-/// The numbers of the processes whose program has this name.
+/// The ids of the processes whose program has this name.
 std::vector<pid_t> processesNamed(const std::string& name);
 
-/// No helper and no agent is left. Waits for it.
+/// No helper and no agent is left. Waits for that.
 bool nobodyIsLeft();
 
-/// Where this program and the others were built.
+/// The build folder of this program and the others.
 const std::string& programFolder();
 
-/// What a main function does here: takes the machine into use (people, the message bus, the actions in the
-/// folder of packaging that its only argument names) and runs all tests. They fail where this is no throw-away machine.
+/// The main function: prepares the machine (users, the message bus, the actions in the folder of packaging that is its
+/// only argument) and runs all tests. They fail if this is not a throw-away machine.
 int runInThrowAwayMachine(int count, char** arguments);
 
 }  // namespace qm::testing

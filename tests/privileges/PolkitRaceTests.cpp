@@ -1,4 +1,4 @@
-// Somebody swaps a folder for a link while administrator rights work in it, the whole way through.
+// Somebody swaps a folder for a link while administrator rights work in it, end to end.
 
 #include <gtest/gtest.h>
 #include <stdio.h>
@@ -18,12 +18,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kSwaps = 1000;
-// Of the tools, most find the link and are refused: so many must have come to work.
+// Most of the tools find the link and are refused: this many must have reached the work.
 constexpr int kStarted = 50;
 
 const std::string kPrecious = "/Applications/precious";
 
-// Everything of it that a tool could have changed.
+// Everything in it that a tool could have changed.
 std::string listing(const std::string& folder) {
   const std::string command = "find " + folder + " -printf '%p %y %U %m %T@ %C@ %s\n'";
   const std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(command.c_str(), "r"), ::pclose);
@@ -37,7 +37,7 @@ void makePrecious() {
   for (const std::string file : {"/file", "/sub/file", "/item/file"}) std::ofstream(kPrecious + file) << "precious";
 }
 
-// Counts what was started, whatever became of it.
+// Counts what was started, whatever the result.
 class Worker {
  public:
   explicit Worker(Application& application) : application_(application) {}

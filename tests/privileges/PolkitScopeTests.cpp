@@ -1,4 +1,4 @@
-// What rights reach: as far as the dialog said, and as long as they are needed.
+// The extent of the rights: as far as the dialog said, and as long as they are needed.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ TEST_P(AdministratorRights, OfTheUninstallerMoveAndRemoveNothingOfOthers) {
   fs::remove_all("/Applications/Other.app");
 }
 
-// Another product's licence, which the person cannot see, is no reason to call the folder empty.
+// Another product's licence, which the user cannot see, must not count as an empty folder.
 TEST_P(AdministratorRights, OfTheUninstallerLeaveWhatThePersonCannotList) {
   fs::create_directories("/Applications/Quillmark/licences");
   std::ofstream("/Applications/Quillmark/licences/key") << "licence";
@@ -99,7 +99,7 @@ TEST_P(AdministratorRights, AreNotAskedForWhereTheTrashCannotBeUsed) {
     EXPECT_EQ(application.open(), errAuthorizationToolEnvironmentError);
     EXPECT_THAT(agent.dialogs(), SizeIs(0));
     EXPECT_EQ(application.console.text(),
-              "Administrator rights were not granted: they would be of no use, because “" + home +
+              "Administrator rights were not granted: they would not help, because “" + home +
                   "/.local/share/Trash” is not a real folder; left as it was: /Applications/Tessaly.app\n");
     application.end();
   });
@@ -237,7 +237,7 @@ class RootForSomebody : public AdministratorRights {
  protected:
   static std::string home() { return std::string("/home/") + GetParam().name; }
 
-  /// The helper as a process of root's starts it, for the person.
+  /// The helper as started by a root process for the user.
   static int helperFor(const std::vector<std::string>& command) {
     std::vector<std::string> arguments = {"--for", std::to_string(GetParam().uid)};
     arguments.insert(arguments.end(), command.begin(), command.end());
@@ -261,7 +261,7 @@ TEST_P(RootForSomebody, HandsOverWhatComesIntoTheTrash) {
   fs::remove_all(home() + "/.local");
 }
 
-/// A process of root's that works for one person, whoever came through pkexec to it.
+/// A root process that works for one user, whoever came to it through pkexec.
 class RootsUsers : public platform::Users {
  public:
   explicit RootsUsers(const Account& person) : person_(person) {}

@@ -1,4 +1,4 @@
-// Sessions with administrator rights: what becomes of them when something around them ends, and who may speak.
+// Sessions with administrator rights: what happens to them when something around them ends, and who may use them.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -96,8 +96,8 @@ TEST_P(AdministratorRights, ServeTwoHundredLaunches) {
   });
 }
 
-// Waits until somebody writes a process number into a pipe of this name, then does its work as root in a process of
-// its own.
+// Waits until somebody writes a process id into a pipe of this name, then does its work as root in a process of its
+// own.
 class Bystander {
  public:
   Bystander(std::string pipe, const std::function<void(pid_t)>& work) : pipe_(std::move(pipe)) {

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What runs, but for polkit, which the message bus starts when it is needed.
+// The running processes, except polkit, which the message bus starts when it is needed.
 std::string runningPrograms() {
   std::vector<std::string> names;
   std::error_code error;  // what has ended meanwhile
@@ -33,13 +33,13 @@ std::string runningPrograms() {
   return all;
 }
 
-// All that was changed on the machine, and what is on its volumes in memory.
+// Everything that was changed on the machine, and the contents of its volumes in memory.
 dev_t volumeOf(const std::string& path) {
   struct stat status {};
   return ::lstat(path.c_str(), &status) == 0 ? status.st_dev : 0;
 }
 
-/// What is on the machine's own volumes. What it is shown of the real one may change meanwhile.
+/// The contents of the machine's own volumes. The visible parts of the real one may change meanwhile.
 std::string files() {
   std::string all;
   for (const char* folder : {"/run/machine/changes", "/run", "/tmp", "/var/tmp", "/dev/shm", "/root"}) {
@@ -56,7 +56,7 @@ std::string files() {
 std::string traces() {
   std::string all = files();
   for (const char* file : {"/etc/passwd", "/etc/group", "/proc/self/mounts"}) all += fileText(file);
-  // What passwords were made into is not for anybody's eyes.
+  // Password hashes must not be shown to anybody.
   return all + std::to_string(std::hash<std::string>()(fileText("/etc/shadow")));
 }
 

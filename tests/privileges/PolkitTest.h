@@ -10,8 +10,8 @@ namespace qm::testing {
 
 std::string fileText(const std::string& path);
 
-/// Administrator rights the whole way: the real message bus, polkit, pkexec, helper and agents, for an ordinary
-/// person and for an administrator. Nothing is left of any case: no process, no file, no account, no mount.
+/// Administrator rights end to end: the real message bus, polkit, pkexec, helper and agents, for an ordinary user and
+/// for an administrator. Nothing is left of any case: no process, no file, no account, no mount.
 class AdministratorRights : public ::testing::TestWithParam<Account> {
  protected:
   void SetUp() override;

@@ -1,4 +1,4 @@
-// Root puts items back from the Trash of the person at the console, who swaps things for links meanwhile.
+// Root puts items back from the Trash of the user at the console, who meanwhile swaps things for links.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -25,8 +25,8 @@ using race::trash;
 
 constexpr int kMountRounds = 300;
 
-/// The item "item", a folder with the file "sub/file", is in the Trash again before each attempt, by descriptors that
-/// no swap leads elsewhere.
+/// The item "item", a folder with the file "sub/file", is put into the Trash again before each attempt, by descriptors
+/// that no swap redirects.
 class PuttingBack : public WorkForSomebody {
  protected:
   /// `part` of the home is swapped for a link to `likeness`, which is root's; the item goes back to `place`, on this
@@ -50,7 +50,7 @@ class PuttingBack : public WorkForSomebody {
     });
   }
 
-  /// The folder "sub" of the item is covered by a volume with a file of root's, and not, all the time.
+  /// A volume with a root-owned file is continuously mounted over the folder "sub" of the item and unmounted again.
   static void runAgainstMounts() {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {
@@ -77,7 +77,7 @@ class PuttingBack : public WorkForSomebody {
   static std::string onVolume() { return race::source() + "/item"; }
 
  private:
-  // What of root's looks like the parts that are swapped. Its bits show whether anybody dropped them.
+  // Root-owned items that resemble the swapped parts. Their mode bits show whether anybody dropped them.
   static void build() {
     makeFolder(machineFolder() + "/applications");
     for (const char* folder : {"/Trash", "/Trash/files", "/Trash/info", "/Trash/files/item"}) {

@@ -12,7 +12,7 @@
 namespace qm::testing {
 namespace {
 
-// Fewer would not have come between anything.
+// With fewer the opponent would not have got in between.
 constexpr int kFewestMoves = 1000;
 
 int roundsWanted(int usual) {

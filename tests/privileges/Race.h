@@ -10,20 +10,20 @@ namespace qm::testing {
 /// The name of the running test.
 std::string testName();
 
-/// Work that somebody runs against, over and over again: counts how often he came between, and says so at its end.
-/// QM_RACE_ROUNDS is the number of rounds, for those who want to know more than that a race is held at all.
+/// Work against an opponent, repeated many times. Counts how often the opponent got in between, and prints that at the
+/// end. QM_RACE_ROUNDS is the number of rounds, for more than a regression test.
 class Race {
  public:
-  /// `moves` tells how often the opponent has done something.
+  /// `moves` returns how often the opponent has done something.
   Race(std::string name, int usualRounds, std::function<int()> moves);
   Race(const Race&) = delete;
   Race& operator=(const Race&) = delete;
   ~Race();
 
-  /// Rounds until there were enough, and enough moves of the opponent's.
+  /// Runs rounds until there were enough, and enough moves of the opponent's.
   void run(const std::function<void()>& round);
 
-  /// One attempt of the work's.
+  /// One attempt of the work.
   Outcome attempt(const std::string& tool, const std::vector<std::string>& arguments);
   /// The same for work of this process: whether it succeeded.
   bool attempt(const std::function<bool()>& work);
@@ -45,7 +45,7 @@ class Race {
   int succeeded_ = 0;
 };
 
-/// The machine of the races: "home" is a person's, who has an account, "precious" is root's and stays what it is.
+/// The machine of the races: "home" belongs to a user with an account; "precious" is root's and must stay unchanged.
 namespace race {
 
 std::string home();
@@ -53,11 +53,11 @@ std::string trash();
 std::string precious();
 std::string source();
 
-/// The folders, and another volume at "volume", where `source` is.
+/// The folders, and another volume at "volume", which contains `source`.
 void build();
-/// The person's Trash, empty, with ~/.Trash leading to it.
+/// The user's Trash, empty, with ~/.Trash leading to it.
 void buildTrash();
-/// All of a folder that somebody could have changed.
+/// Everything in a folder that somebody could have changed.
 std::string listing(const std::string& folder);
 
 }  // namespace race

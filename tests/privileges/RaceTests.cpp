@@ -22,8 +22,8 @@ constexpr int kToolRounds = 400;
 
 class SwappedFolder : public ::testing::Test {
  protected:
-  // "precious" is root's: a folder "sub" with a file "item" in it, and a folder of each name that is worked
-  // on. "home/folder" and "home/link" change places all the time.
+  // "precious" is root's: a folder "sub" with a file "item" in it, and a folder of each name that is worked on.
+  // "home/folder" and "home/link" are exchanged continuously.
   static void run(const std::function<void(Race&)>& work) {
     runInPrivateMachine([&] {
       build();
@@ -31,7 +31,7 @@ class SwappedFolder : public ::testing::Test {
     });
   }
 
-  // The same on a kernel that confines nobody.
+  // The same on a kernel without Landlock.
   static void runUnconfined(const std::function<void(Race&)>& work) {
     runInPrivateMachine([&] {
       build();
@@ -116,7 +116,7 @@ TEST_F(SwappedFolder, LeadsNoNewFolderElsewhere) {
   run([](Race& race) { race.attempt("/bin/mkdir", {"-p", home() + "/folder/new/newer"}); });
 }
 
-// The folder is inside what is moved, copied and removed: the tool itself meets it.
+// The folder is inside what is moved, copied and removed: the tool itself encounters it.
 TEST_F(SwappedFolder, InsideATreeLeadsNoToolElsewhere) { run(copyATreeWithIt); }
 
 TEST_F(SwappedFolder, InsideATreeLeadsNoToolElsewhereUnconfined) { runUnconfined(copyATreeWithIt); }

@@ -1,4 +1,4 @@
-// Root moves items to the Trash of the person at the console, who swaps folders for links meanwhile.
+// Root moves items to the Trash of the user at the console, who meanwhile swaps folders for links.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ using race::precious;
 
 class Recycling : public WorkForSomebody {
  protected:
-  // An item of root's goes to the Trash, a part of which is swapped.
+  // A root-owned item is moved to the Trash, a part of which is swapped.
   static void run(const std::string& part, const std::string& likeness) {
     const std::string name = testName();
     WorkForSomebody::run([&](FakePlatform& fakes) {
@@ -40,7 +40,7 @@ class Recycling : public WorkForSomebody {
   }
 
  private:
-  // It is in the one place or in the other.
+  // It is in one of the two locations.
   static void recycleOne(Race& race, FakePlatform& fakes, int files, const std::string& name) {
     const std::string folder = machineFolder() + "/applications";
     makeFile(folder + "/" + name, name);
@@ -56,7 +56,7 @@ TEST_F(Recycling, IsLedNowhereElseByTheTrash) { run("/.local/share/Trash", "/Tra
 
 TEST_F(Recycling, IsLedNowhereElseByTheFilesOfTheTrash) { run("/.local/share/Trash/files", "/Trash/files"); }
 
-// The person's own file and root's have the same name.
+// The user's own file and root's have the same name.
 TEST_F(Recycling, TakesNothingOfRootsFromASwappedFolder) {
   const std::string name = testName();
   WorkForSomebody::run([&](FakePlatform& fakes) {

@@ -1,4 +1,4 @@
-// What the uninstaller's administrator rights are for, and what they are refused for.
+// What the uninstaller's administrator rights allow, and what they refuse.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -14,7 +14,7 @@
 
 namespace qm::testing {
 
-/// Counted by the one who moves, read by the one who works.
+/// Counted by the process that moves, read by the one that works.
 struct Opponent::Count {
   std::atomic<int> moves{0};
 };
@@ -40,11 +40,11 @@ bool showAndHide(const std::string& folder, const std::string& place) {
   return true;
 }
 
-// Becomes the person for good and moves until it is ended.
+// Becomes the user permanently and moves until it is ended.
 [[noreturn]] void moveForEver(std::atomic<int>& moves, uid_t person, const std::function<bool()>& move) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::setresgid(person, person, person) != 0 || ::setresuid(person, person, person) != 0) ::_exit(1);
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // forgotten with the rights
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // reset when the rights change
   for (;;) {
     if (move()) ++moves;
   }

@@ -7,16 +7,16 @@
 
 namespace qm::testing {
 
-/// Somebody who changes the disk all the time, in a process of his own, until the end of the scope.
+/// Changes the disk continuously, in a process of its own, until the end of the scope.
 class Opponent {
  public:
-  /// `move` is made over and over again with the rights of `person`; it returns whether it came to something.
+  /// `move` is called over and over again with the rights of `person`; it returns whether it had an effect.
   Opponent(uid_t person, const std::function<bool()>& move);
   Opponent(const Opponent&) = delete;
   Opponent& operator=(const Opponent&) = delete;
   ~Opponent();
 
-  /// The moves that came to something.
+  /// The moves that had an effect.
   int moves() const;
 
  private:
@@ -26,7 +26,7 @@ class Opponent {
   pid_t process_ = -1;
 };
 
-/// A person who lets two items, a folder and a link perhaps, change places all the time.
+/// A user who continuously exchanges two items, for example a folder and a link.
 class Swapper {
  public:
   Swapper(uid_t person, const std::string& folder, const std::string& link);
@@ -37,7 +37,7 @@ class Swapper {
   Opponent opponent_;
 };
 
-/// A volume that comes and goes: `folder` is shown at `place`, and not, all the time.
+/// A volume that comes and goes: `folder` is mounted at `place` and unmounted again, continuously.
 class Mounter {
  public:
   Mounter(const std::string& folder, const std::string& place);

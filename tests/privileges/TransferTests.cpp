@@ -1,4 +1,4 @@
-// mv, cp and mkdir for root: where things end up, and that nobody can lead them elsewhere.
+// mv, cp and mkdir for root: where items end up, and that nobody can redirect them.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -27,7 +27,7 @@ class FileToolOfRoots : public ::testing::Test {
     });
   }
 
-  /// A folder of root's with a file and a folder.
+  /// A root-owned folder with a file and a folder.
   static void makeTree(const std::string& path) {
     makeFolder(path);
     makeFile(path + "/file", "contents", 0, 0640);

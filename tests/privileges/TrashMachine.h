@@ -15,7 +15,7 @@ class TrashMachine : public ::testing::Test {
  protected:
   static void run(const std::function<void()>& body);
 
-  /// A bundle of root's with a closed file, a setuid tool and a link.
+  /// A root-owned bundle with a closed file, a setuid tool and a link.
   static void makeBundle(const std::string& path);
   /// Moves an application to the Trash.
   static Outcome trashItem(const std::string& name);
@@ -28,9 +28,9 @@ class TrashMachine : public ::testing::Test {
   static std::string infoOf(const std::string& name) { return contentsOf(trash() + "/info/" + name + ".trashinfo"); }
   static std::string originIn(const std::string& info) { return info.substr(0, info.find("\nDeletionDate=20")); }
 
-  /// Nothing has come into the Trash, and nothing hidden is left.
+  /// Nothing was added to the Trash, and nothing hidden is left.
   static void expectEmptyTrash();
-  /// In the Trash there are only its two folders.
+  /// The Trash contains only its two folders.
   static void expectNoLeftovers();
 };
 

@@ -1,4 +1,4 @@
-// Items that come into a person's Trash by root's hand: where they are then, and what happens when it cannot be done.
+// Items that root moves to a user's Trash: their state there, and what happens when the move is not possible.
 
 #include <gtest/gtest.h>
 #include <sys/syscall.h>

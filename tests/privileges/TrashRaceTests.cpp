@@ -1,4 +1,4 @@
-// A person swaps the parts of the own Trash for links while root moves items there.
+// A user swaps the parts of their own Trash for links while root moves items there.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using race::precious;
 
 constexpr int kTrashRounds = 300;
 
-// "link" leads to what of root's looks the same as the part that it changes places with.
+// "link" leads to a root-owned item that looks the same as the part it is exchanged with.
 class SwappedPartOfTheTrash : public ::testing::Test {
  protected:
   static void run(const std::string& part, const std::string& likeness) {
@@ -50,7 +50,7 @@ class SwappedPartOfTheTrash : public ::testing::Test {
     EXPECT_EQ(race::listing(precious()), before) << "after " << race.numbers();
   }
 
-  // It is in the one place or in the other, whether they are on one volume or not.
+  // It is in one of the two locations, whether they are on one volume or not.
   static void moveOne(Race& race, int files, const std::string& folder, const std::string& name) {
     const std::string item = folder + "/" + name;
     makeFolder(item);

@@ -1,4 +1,4 @@
-// Names and passwords leave nothing behind in the memory that held them.
+// Names and passwords leave nothing in the memory that contained them.
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -21,7 +21,7 @@ namespace {
 
 using namespace platform;  // the names of Authorization Services are long enough as they are
 
-// One that a string keeps in itself, and one that takes memory of its own.
+// One short enough for the string's own buffer, and one that is allocated.
 constexpr std::string_view kShort = "abc123secret";
 constexpr std::string_view kLong = "a password of more letters than a string has room for in itself";
 constexpr std::string_view kUser = "a name of more letters than a string has room for in itself too";
@@ -53,12 +53,12 @@ TEST(FreedMemory, IsSeenToHoldWhatWasNotWiped) {
   EXPECT_EQ(FreedMemory::blocksWithText(), 1U);
 }
 
-// Keeps nothing of the credentials but how long the passwords were.
+// Keeps nothing of the credentials but the length of the passwords.
 class Looker : public AuthorizationServices {
  public:
   AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags /*flags*/,
                              AuthorizationRef* session) override {
-    *session = reinterpret_cast<AuthorizationRef>(this);  // opaque: nobody looks behind it
+    *session = reinterpret_cast<AuthorizationRef>(this);  // opaque: nobody looks inside
     seen_.push_back(environment.at(1).value.size());
     return createAnswer;
   }
@@ -91,7 +91,7 @@ class WipedCredentials : public PlatformTest {
  protected:
   WipedCredentials() { fakes.platform.authorizationServices = &looker; }
 
-  // Asks with a secret, and says how much of it was given back to the system as it was.
+  // Makes a request with a secret, and returns how many blocks that still contained it were freed.
   std::size_t leftBy(std::string_view secret, bool expected) {
     std::optional<std::string> user(kUser);
     std::optional<std::string> password(secret);

@@ -10,13 +10,13 @@
 
 namespace qm::testing {
 
-/// A process of root's with the person "sam" at the console, whose home and Trash are those of the races.
+/// A root process with the user "sam" at the console, whose home and Trash are those of the races.
 class WorkForSomebody : public ::testing::Test {
  protected:
   static void run(const std::function<void(FakePlatform&)>& body);
 
-  /// "home/link", which leads to `likeness`, and `part` of the home change places all the time while `work` is done;
-  /// what is precious stays what it is.
+  /// "home/link", which leads to `likeness`, and `part` of the home are exchanged continuously while `work` is running;
+  /// "precious" stays unchanged.
   static void raceAgainstSwaps(const std::string& name, const std::string& part, const std::string& likeness,
                                const std::function<void(Race&)>& work);
 };

@@ -1,14 +1,14 @@
 # The scenarios of the way back. Sourced by `scenario`, whose words they are made of.
 # shellcheck shell=bash disable=SC2154 # the machine's variables
 
-# came_back: what was there at `look $work/before` is there again, as it was.
+# came_back: everything is as it was at `look $work/before`.
 came_back() {
   look $work/after
   python3 -B "$here/came_back.py" $work/before $work/after "${items[@]/#@//home/*}" "${preferences[@]/#@//home/*}" ||
     fail 'the disk is not as before'
 }
 
-# Sam and anna, and a system with all that the way back has to keep.
+# Sam and anna, and a system with everything that a restore has to keep.
 install_for_two() {
   without_other_people
   install sam && add_person anna 1002
@@ -105,20 +105,20 @@ what_is_not_in_the_trash_any_more_is_told() {
   [ ! -e "$home/.local/state/tessaly-remove" ] || fail 'it is remembered for nothing'
 }
 
-# A person decides what is in the person's Trash, and nothing else.
+# A user controls what is in the user's own Trash, and nothing else.
 a_person_gives_root_nothing_to_put_into_the_system() {
   install_for_two
   look $work/before
   remove_for_two
   local trash=$home/.local/share/Trash
-  # What root would take for an item of the system's, in the person's own Trash and memory.
+  # Items that root could mistake for the system's, in the user's own Trash and record.
   mkdir -p "$trash/files/Tessaly.app/Contents" "$home/.local/state/tessaly-remove"
   echo evil >"$trash/files/Tessaly.app/Contents/evil"
   printf '[Trash Info]\nPath=/Applications/Tessaly.app\nDeletionDate=2037-01-01T00:00:00\n' >"$trash/info/Tessaly.app.trashinfo"
   cp $by_root/last-run "$home/.local/state/tessaly-remove"
-  # A folder in the home has been closed to the person since.
+  # A folder in the home has been closed to the user since.
   mkdir -p "$home/Library/Preferences" && chown root:root "$home/Library/Preferences"
-  # One of the person's own items leads into the system; another one's place does.
+  # One of the user's own items leads into the system; another one's destination does.
   rm -r "$trash/files/com.quillmark.tessaly"
   ln -s /etc "$trash/files/com.quillmark.tessaly"
   rm -r "$home/Library/LaunchAgents"
@@ -155,7 +155,7 @@ what_others_could_have_written_is_not_believed() {
   untouched expect 75 root_removes --restore --yes --report=json
   reported 'report["status"] == 75' 'report["items"] == []'
   chmod 0700 $by_root
-  # Not even root is made to put back what is none of the product's, or of another account.
+  # Not even root can be made to put back an item that is not the product's, or is of another account.
   sed -i 's|/Applications/Tessaly.app|/Applications/Other.app|; s|^item sam sam 1001 |item sam sam 1009 |' $by_root/last-run
   sed -i 's|^Path=.*|Path=Applications/Other.app|' '/.Trash-0/info/Tessaly 2.app.trashinfo'
   expect 2 root_removes --restore --yes --report=json
@@ -188,14 +188,14 @@ what_cannot_be_remembered_does_not_go() {
   printed 'Nothing has been done, because it cannot be remembered for --restore: No space left on device.'
   rm $by_root/full
   remove_for_two
-  # What has come back is not noted on the full disk either, and is found where it is.
+  # What has come back cannot be recorded on the full disk, and is found at its place.
   head -c 4096 /dev/zero >$by_root/full || :
   expect 0 root_removes --restore --yes
   umount $by_root && rmdir $by_root
   came_back
 }
 
-# The notes of what went are lost, as in a power cut; the list of what was to go is not.
+# The records of moved items are lost, as in a power cut; the list of items to be moved is not.
 what_was_not_noted_is_looked_for_in_the_trash() {
   install_for_two
   look $work/before

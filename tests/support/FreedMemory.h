@@ -5,17 +5,17 @@
 
 namespace qm::testing {
 
-/// Looks at all memory that this process gives back while it lives, for a text that should have been wiped by then.
-/// Its program's allocation is replaced: link FreedMemory.cpp. One at a time.
+/// Searches all memory that this process frees while this object lives for a text that should have been wiped by then.
+/// It replaces the program's allocation: link FreedMemory.cpp. One at a time.
 class FreedMemory {
  public:
-  /// The text is referred to, and stands in memory that is not given back.
+  /// The text is referred to, and must be in memory that is not freed.
   explicit FreedMemory(std::string_view text);
   ~FreedMemory();
   FreedMemory(const FreedMemory&) = delete;
   FreedMemory& operator=(const FreedMemory&) = delete;
 
-  /// How many blocks with the text in them were given back so far.
+  /// How many blocks that contained the text were freed so far.
   static std::size_t blocksWithText();
 };
 

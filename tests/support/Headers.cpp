@@ -1,1 +1,1 @@
-// Nothing: the headers that the tests share are compiled with it.
+// Empty: the headers that the tests share are precompiled with it.

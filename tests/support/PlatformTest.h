@@ -13,7 +13,7 @@ namespace qm::testing {
 /// been used yet. Its program links `fakes`.
 class PlatformTest : public ::testing::Test {
  protected:
-  /// Threads that were left waiting end while the services are still there.
+  /// Threads that were left waiting end while the services still exist.
   void TearDown() override { fakes.end(); }
 
   FakePlatform fakes;

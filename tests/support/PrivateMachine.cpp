@@ -33,10 +33,10 @@ using posix::UniqueFd;
 
 std::string systemText(const std::string& what) { return what + ": " + std::strerror(errno); }
 
-/// How a child ends whose test cannot be tried here. Why has been told already.
+/// The exit status of a child whose test cannot be run here. The reason has been reported already.
 constexpr int kSkipped = 77;
 
-/// Ends the running test, or the part of it that a child runs, as one that cannot be tried here.
+/// Ends the running test, or the part of it that a child runs, as one that cannot be run here.
 [[noreturn]] void leaveSkippedTest() {
   throw ::testing::AssertionException({::testing::TestPartResult::kSkip, __FILE__, __LINE__, ""});
 }
@@ -50,7 +50,7 @@ constexpr int kSkipped = 77;
   skipTest(__FILE__, __LINE__, "No private machine can be made here: " + why);
 }
 
-/// Sends what fails in a child, and why it is skipped, to the process that runs the test: the kind, file, line and
+/// Sends the failures of a child, and why it is skipped, to the process that runs the test: the type, file, line and
 /// message, each ended by a NUL byte.
 class FailureSender : public ::testing::EmptyTestEventListener {
  public:
@@ -66,7 +66,7 @@ class FailureSender : public ::testing::EmptyTestEventListener {
     send(record);
   }
 
-  /// How this process ends.
+  /// The exit status of this process.
   int status() const { return status_; }
 
  private:
@@ -96,7 +96,7 @@ void becomeSender(UniqueFd pipe) {
 void runBody(const std::function<void()>& body) {
   try {
     body();
-  } catch (const ::testing::AssertionException&) {  // told already
+  } catch (const ::testing::AssertionException&) {  // reported already
   } catch (const std::exception& exception) {
     ADD_FAILURE() << "the child's body threw: " << exception.what();
   }
@@ -108,7 +108,7 @@ std::string readLink(const char* path) {
   return {target, static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
-/// A check for leaks looks at this process from a child of its own, which must see it.
+/// A leak check examines this process from a child of its own, which must be able to see it.
 bool isSeenByItsChildren() {
   return readLink("/proc/self") == std::to_string(::getpid()) &&
          readLink("/proc/self/ns/pid") == readLink("/proc/self/ns/pid_for_children");
@@ -159,7 +159,7 @@ int waitFor(pid_t child) {
   return status;
 }
 
-/// An end that the child's own failures do not explain is a failure as well.
+/// An exit status that the child's own failures do not explain is a failure as well.
 bool judge(int status, bool reported) {
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return !reported;
   if (sender != nullptr && WIFEXITED(status) && WEXITSTATUS(status) == kSkipped) leaveSkippedTest();
@@ -180,7 +180,7 @@ bool makePipe(UniqueFd& reading, UniqueFd& writing) {
   return true;
 }
 
-/// `beforeWaiting` runs in the parent while the child lives.
+/// `beforeWaiting` runs in the parent while the child is running.
 bool runChild(const std::function<void()>& body, const std::function<void(pid_t)>& beforeWaiting) {
   UniqueFd reading;
   UniqueFd writing;
@@ -241,8 +241,8 @@ void enterMachine(const std::string& folder) {
   ASSERT_EQ(::chdir("/"), 0);
 }
 
-/// The child's side of a machine for somebody who may not mount: its ids are mapped by its parent,
-/// which may use the helpers for that, as soon as the namespace is there.
+/// The child's side of a machine for a user who may not mount: its parent maps its ids, with the setuid programs for
+/// that, as soon as the namespace exists.
 class NamespaceForUser {
  public:
   NamespaceForUser() : usable_(makePipe(madeReading_, madeWriting_) && makePipe(mappedReading_, mappedWriting_)) {}
@@ -309,7 +309,7 @@ void dropRights(uid_t user, gid_t group) {
   ASSERT_EQ(::setgroups(0, nullptr), 0) << systemText("setgroups");
   ASSERT_EQ(::setresgid(group, group, group), 0) << systemText("setresgid");
   ASSERT_EQ(::setresuid(user, user, user), 0) << systemText("setresuid");
-  // As in a program that this user started: its own entries in /proc are readable to it.
+  // As in a program that this user started: it can read its own entries in /proc.
   ::prctl(PR_SET_DUMPABLE, 1);
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }

@@ -7,8 +7,8 @@
 
 namespace qm {
 
-/// Gives a test a process without the shared object of a class, and takes the one away that the test
-/// leaves behind. No other thread may use the class meanwhile.
+/// Gives a test a process without the shared object of a class, and removes the one that the test leaves behind. No
+/// other thread may use the class meanwhile.
 template <class Class>
 struct SingletonReset {
   SingletonReset() { reset(); }

@@ -67,7 +67,7 @@ bool writeFile(const std::string& path, const std::string& text) {
   return file && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
 }
 
-/// Everybody whom this process knows keeps his number.
+/// Every id that this process knows keeps its value.
 std::string ownIds(const char* file) {
   std::string lines;
   std::ifstream map(file);

@@ -4,9 +4,9 @@
 
 namespace qm::testing {
 
-/// Maps ids into the user namespace of `child`. For root everybody keeps his own; for others the namespace's root is
-/// the caller, and the ids from 1 on are the ones that the system lends to the caller (/etc/subuid and newuidmap).
-/// Returns whether that is all done.
+/// Maps ids into the user namespace of `child`. For root all ids keep their values; for others the namespace's root is
+/// the caller, and the ids from 1 on are the caller's subordinate ids (/etc/subuid and newuidmap). Returns whether all
+/// of that succeeded.
 bool mapIds(pid_t child);
 
 }  // namespace qm::testing

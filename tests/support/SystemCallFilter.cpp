@@ -23,7 +23,7 @@ namespace {
 
 sock_filter load(std::size_t offset) { return BPF_STMT(BPF_LD | BPF_W | BPF_ABS, static_cast<std::uint32_t>(offset)); }
 sock_filter answer(std::uint32_t what) { return BPF_STMT(BPF_RET | BPF_K, what); }
-/// Goes on with the next instruction when the loaded word is `value`, else skips `otherwise` ones.
+/// Goes on with the next instruction if the loaded word is `value`, else skips `otherwise` ones.
 sock_filter continueIf(std::uint32_t value, std::uint8_t otherwise) {
   return BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, 0, otherwise);
 }
@@ -35,7 +35,7 @@ std::size_t argument(int index) {
   return offsetof(seccomp_data, args) + sizeof(std::uint64_t) * static_cast<std::size_t>(index);
 }
 
-/// The descriptor that the filter's notices are read from when it is asked for by `flags`, else 0.
+/// The descriptor for the filter's notifications if `flags` request it, else 0.
 int install(std::vector<sock_filter> program, unsigned flags = 0) {
   sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
   EXPECT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0) << std::strerror(errno);
@@ -44,7 +44,7 @@ int install(std::vector<sock_filter> program, unsigned flags = 0) {
   return static_cast<int>(installed);
 }
 
-/// Makes the calls of another thread of this process in its stead.
+/// Makes the calls on behalf of another thread of this process.
 void serve(int listener, std::function<void()> action) {
   seccomp_notif request{};
   while (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &request) == 0) {

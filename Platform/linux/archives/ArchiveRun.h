@@ -5,11 +5,11 @@
 
 namespace qm::linux_ {
 
-/// What a run of the zip tool tells and asks its surroundings.
+/// The callbacks of a run of the zip tool.
 struct ArchiveRun {
-  /// Something was left out, though the run goes on.
+  /// Reports that something was left out; the run goes on.
   std::function<void(const std::string& line)> leaveOut;
-  /// Whether the run is to end before its time. Asked between blocks and items.
+  /// Whether the run is to be cancelled. Called between blocks and items.
   std::function<bool()> isStopped;
 };
 

@@ -7,7 +7,7 @@
 namespace qm::linux_ {
 namespace {
 
-// Always there on Linux; without it names are written as bytes.
+// Always available on Linux; without it names are written as bytes.
 constexpr const char* kUtf8Locale = "C.UTF-8";
 
 }  // namespace

@@ -5,8 +5,8 @@
 
 namespace qm::linux_ {
 
-/// Has the calling thread read and write names in UTF-8, or as bytes without a meaning, whatever the user's
-/// environment says, to the end of the scope.
+/// Makes the calling thread read and write names as UTF-8, or as plain bytes, whatever the user's environment says,
+/// until the end of the scope.
 class CharacterSet {
  public:
   enum class Kind { Utf8, Bytes };
@@ -21,7 +21,7 @@ class CharacterSet {
   locale_t before_;
 };
 
-/// The set that a name can be written in: UTF-8 when it is valid in that.
+/// The set in which a name can be written: UTF-8 if it is valid UTF-8.
 CharacterSet::Kind characterSetOf(std::string_view name);
 
 }  // namespace qm::linux_

@@ -10,7 +10,7 @@ namespace qm::linux_ {
 platform::Status takeApart(const std::string& name, std::vector<std::string>& components) {
   components.clear();
   if (name.empty()) return problemWith(name, "An item has no name");
-  if (name.front() == '/') return problemWith(name, "Its name is an absolute one");
+  if (name.front() == '/') return problemWith(name, "Its name is an absolute path");
   if (name.size() > kLongestArchiveName) return problemWith(name, ENAMETOOLONG);
   for (std::size_t start = 0; start < name.size();) {
     const std::size_t end = std::min(name.find('/', start), name.size());

@@ -24,7 +24,7 @@ using posix::errorOf;
 
 constexpr int kStepFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-/// Makes a link, in place of a link or file that has the name.
+/// Creates a link, replacing a link or file of that name.
 int makeLink(const std::string& target, int folder, const std::string& name) {
   if (::symlinkat(target.c_str(), folder, name.c_str()) == 0) return 0;
   if (errno != EEXIST) return errno;
@@ -36,15 +36,15 @@ int makeLink(const std::string& target, int folder, const std::string& name) {
   return error;
 }
 
-/// A file that says it is larger than all that is free is not begun: it would fill the volume first.
+/// A file whose stated size exceeds the free space is not begun: it would fill the volume first.
 int obstacleToSize(int file, const std::optional<std::uint64_t>& size) {
   struct statvfs volume {};
   if (!size || ::fstatvfs(file, &volume) != 0) return 0;
-  if (volume.f_blocks == 0 || volume.f_frsize == 0) return 0;  // it tells no size
+  if (volume.f_blocks == 0 || volume.f_frsize == 0) return 0;  // it reports no size
   return *size / volume.f_frsize > volume.f_bfree ? ENOSPC : 0;
 }
 
-/// A link to a folder cannot be opened as one; for what it is, it has an error of its own.
+/// Opening a link as a folder fails with the error for "not a folder"; report the one for a link instead.
 int obstacleOnTheWay(int folder, const std::string& name, int error) {
   struct stat attributes {};
   const bool isLink =
@@ -67,8 +67,7 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
   std::vector<std::string> path;
   if (Status status = takeApart(entry.name, path); !status) return status;
   if (entry.isEncrypted) return problemWith(entry.name, "It is encrypted");
-  if (entry.kind == ZipEntry::Kind::Other)
-    return problemWith(entry.name, "It is neither a file nor a folder nor a link");
+  if (entry.kind == ZipEntry::Kind::Other) return problemWith(entry.name, "It is not a file, a folder or a link");
   if (entry.kind == ZipEntry::Kind::Folder) return problemInPlace(entry.name, addFolder(path, entry));
   if (path.empty()) return problemInPlace(entry.name, EISDIR);
   const std::string name = std::move(path.back());
@@ -80,7 +79,7 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
 
 Status ExtractionFolder::finish() { return folders_.settle(root_.get()); }
 
-/// Goes to a folder. The way begins at the folder of the last item where that is on it.
+/// Goes to a folder. Starts from the folder of the last item if that is on the way.
 int ExtractionFolder::goTo(Path path) {
   std::size_t known = path_.size();
   if (known > path.size() || !std::equal(path_.begin(), path_.end(), path.begin())) known = goToTop();

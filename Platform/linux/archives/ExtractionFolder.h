@@ -12,21 +12,21 @@
 
 namespace qm::linux_ {
 
-/// The folder that an archive is unpacked into. Every item is reached from it a name at a time and by descriptor, and
-/// no link is ever followed on the way, whether the archive made it, it was there before, or somebody plants it
-/// meanwhile: nothing outside is made, changed or replaced.
+/// The folder that an archive is unpacked into. Every item is reached from it one component at a time and by
+/// descriptor. No link on the way is ever followed, whether the archive created it, it was there before, or somebody
+/// plants it meanwhile. So nothing outside is created, changed or replaced.
 ///
-/// What is there already is kept where the archive has nothing of the name; folders are merged, and a file or link is
-/// replaced by a file or link. A folder and something that is none never replace each other.
+/// Existing items stay if the archive has nothing of that name; folders are merged, and a file or link is replaced by a
+/// file or link. A folder never replaces anything else, nor the reverse.
 class ExtractionFolder {
  public:
   explicit ExtractionFolder(posix::UniqueFd root) : root_(std::move(root)) {}
 
-  /// Makes one item, and the folders on the way to it. `reader` gives the contents of a file.
+  /// Creates one item, and the folders on the way to it. `reader` supplies the contents of a file.
   platform::Status add(const ZipEntry& entry, ZipReader& reader, const std::function<bool()>& isStopped);
-  /// Gives the folders their permissions and times, which could have kept items out or been changed by them; until
-  /// then those that are made are their owner's alone. After a failure to add an item, too. Folders that were there
-  /// and are somebody else's stay as they are. Where one cannot be had, the others are; returns the first failure.
+  /// Sets permissions and times of the folders, which could have kept items out or been changed by them; until then new
+  /// folders are accessible to their owner alone. Call it even after a failure to add an item. Existing folders of
+  /// other users are not changed. Continues past failures and returns the first.
   platform::Status finish();
 
   int descriptor() const { return root_.get(); }

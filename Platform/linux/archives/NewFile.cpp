@@ -50,7 +50,7 @@ int NewFile::finish(mode_t permissions, const std::optional<timespec>& modified)
     const timespec times[] = {*modified, *modified};
     if (::futimens(file_.get(), times) != 0 && !posix::cannotBeKept(errno)) return errno;
   }
-  // Some file systems tell only here that they could not keep what was written.
+  // Some file systems report only here that they could not store what was written.
   if (::close(file_.release()) != 0 && errno != EINTR) return errno;
   if (currentName_ != name_) {
     if (::renameat(folder_, currentName_.c_str(), folder_, name_.c_str()) != 0) return errno;

@@ -12,9 +12,9 @@
 
 namespace qm::linux_ {
 
-/// A file that is being made in a folder, which must stay open. Nobody else can open it before it is finished, and
-/// where it replaces something, that stays until then. What is not finished is removed; never what took its name.
-/// Functions answer 0 or an error number.
+/// A file that is being created in a folder, which must stay open. Nobody else can open it before it is finished; if it
+/// replaces an item, that stays until then. An unfinished file is removed, but never an item that took its name.
+/// Functions return 0 or an error number.
 class NewFile {
  public:
   NewFile() = default;
@@ -22,7 +22,7 @@ class NewFile {
   NewFile& operator=(const NewFile&) = delete;
   ~NewFile();
 
-  /// A link of that name is replaced itself. EISDIR when a folder has the name.
+  /// An existing link of that name is itself replaced. EISDIR if a folder has the name.
   int begin(int folder, const std::string& name);
   int write(std::string_view bytes);
   int finish(mode_t permissions, const std::optional<timespec>& modified);
@@ -36,10 +36,10 @@ class NewFile {
   std::string name_;
   std::string currentName_;  // "" when nothing is to be removed
   posix::UniqueFd file_;
-  struct stat made_ {};  // what the file is told by
+  struct stat made_ {};  // identifies the file
 };
 
-/// Whether something that is no folder can be replaced under this name: 0, EISDIR, or why that cannot be told.
+/// Whether an item that is not a folder can be replaced under this name: 0, EISDIR, or why that cannot be determined.
 int obstacleToReplacing(int folder, const std::string& name);
 
 }  // namespace qm::linux_

@@ -18,10 +18,10 @@ namespace {
 
 using platform::Status;
 
-constexpr const char* kVanished = "It has vanished, and is left out";
-constexpr const char* kNothingToKeep = "It is neither a file nor a folder nor a link, and is left out";
+constexpr const char* kVanished = "It has vanished, so it is left out";
+constexpr const char* kNothingToKeep = "It is not a file, a folder or a link, so it is left out";
 
-/// The walk ends with this number; what it means is in a status.
+/// Ends the walk; the status has the reason.
 constexpr int kEnded = ECANCELED;
 
 }  // namespace
@@ -45,7 +45,7 @@ Status PackedTree::addFolder(int folder, const std::string& name) {
   const posix::FileError error = posix::walkTree(folder, ".", *this);
   if (!problem_) return problem_;
   if (!error) return Status::success();
-  // Only folders that the walk is in already fail without having been told of.
+  // A failure without a recorded problem can only concern the folder the walk is in.
   if (!prefix_.empty()) return problemWith(prefix_.substr(0, prefix_.size() - 1), error.code);
   return problemWith(name.empty() ? "." : name, error.code);
 }
@@ -68,7 +68,7 @@ int PackedTree::left(int /*parent*/, int /*folder*/, const std::string& /*name*/
 }
 
 int PackedTree::cannotEnter(int /*parent*/, const std::string& name, int error) {
-  if (error == ENOTDIR || error == ELOOP) return error;  // the walk takes it for an item
+  if (error == ENOTDIR || error == ELOOP) return error;  // the walk treats it as an item
   return error == ENOENT ? leaveOut(name, kVanished) : failed(name, error);
 }
 

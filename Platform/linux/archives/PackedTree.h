@@ -13,7 +13,7 @@
 
 namespace qm::linux_ {
 
-/// The folder and the names in it that stay out of an archive: its own.
+/// The archive's own names in its folder, which must not be packed.
 struct OwnNames {
   posix::FolderIdentity folder;
   std::vector<std::string> names;

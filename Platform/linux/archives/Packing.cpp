@@ -25,7 +25,7 @@ using posix::UniqueFd;
 constexpr mode_t kNewFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
-/// An archive beside its place, removed unless it takes it.
+/// An archive that grows beside its destination. It is removed unless it is published.
 class NewArchive {
  public:
   NewArchive() = default;
@@ -47,7 +47,7 @@ class NewArchive {
 
   int publish() {
     if (isOldFile_ && ::fchmod(file_.get(), old_.st_mode & kPermissions) != 0) return errno;
-    // Some file systems tell only here that they could not keep what was written.
+    // Some file systems report only here that they could not store what was written.
     if (::close(file_.release()) != 0 && errno != EINTR) return errno;
     const int folder = place_.folder.get();
     const int error = posix::errorOf(::renameat(folder, name_.c_str(), folder, place_.name.c_str()));
@@ -57,7 +57,7 @@ class NewArchive {
 
   int descriptor() const { return file_.get(); }
 
-  /// Whether it would take the place of this file.
+  /// Whether it would replace this file.
   bool replaces(const struct stat& file) const {
     return isOldFile_ && old_.st_dev == file.st_dev && old_.st_ino == file.st_ino;
   }
@@ -84,7 +84,7 @@ class NewArchive {
   bool isMade_ = false;
 };
 
-/// The item's own name, also where the path ends in "." or "..". "" for the root.
+/// The item's own name, even if the path ends in "." or "..". "" for the root directory.
 std::string nameOf(const std::string& item) {
   std::string name = posix::nameIn(item);
   if (name == "." || name == "..") {
@@ -94,7 +94,7 @@ std::string nameOf(const std::string& item) {
   return name == "/" ? std::string() : name;
 }
 
-/// Without waiting, in case it is a FIFO.
+/// Without blocking, in case it is a FIFO.
 int openItem(const std::string& path, UniqueFd& item, struct stat& attributes) {
   if (const int error = posix::pathError(path)) return error;
   item.reset(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));

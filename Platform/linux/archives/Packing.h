@@ -8,15 +8,14 @@
 
 namespace qm::linux_ {
 
-/// Makes a zip archive of an item; both paths are absolute, and a link that `item` itself is, is followed. A file is
-/// put into it by its name; a folder with `keepParent` as the folder, otherwise its contents alone. Links below are
-/// kept as links. The archive is written beside its place under a name of its own and takes the place when it is
-/// complete, that of an older archive too, whose permissions it gets; after a failure everything is as before. An
-/// archive that lies in the folder is not put into itself, and one that would take the place of the file that goes into
-/// it is a failure.
+/// Makes a zip archive of an item. Both paths are absolute; if `item` itself is a link, it is followed. A file is
+/// stored under its name. A folder is stored as a folder if `keepParent` is set, otherwise only its contents. Links
+/// below are kept as links. The archive is written beside its destination under a temporary name and renamed when it is
+/// complete. It may replace an older archive, whose permissions it gets. After a failure everything is as before. An
+/// archive inside the folder does not contain itself; an archive that would replace the packed file is a failure.
 ///
-/// Anything that cannot be read is a failure. What holds nothing that could be kept (a FIFO, a socket, a device) or has
-/// vanished meanwhile is left out and told to `run`.
+/// If anything cannot be read, the run fails. Items without contents that could be kept (a FIFO, a socket, a device)
+/// and items that have disappeared meanwhile are left out and reported to `run`.
 platform::Status packItem(const std::string& item, const std::string& archive, KeepParent keepParent,
                           const ArchiveRun& run);
 

@@ -8,7 +8,7 @@ namespace qm::linux_ {
 
 enum class KeepParent : bool { No, Yes };
 
-/// What the zip tool is asked for.
+/// The request to the zip tool.
 struct ToolArguments {
   enum class Command { Compress, Extract };
 
@@ -18,8 +18,8 @@ struct ToolArguments {
   std::string destination;
 };
 
-/// Reads "-ck [--keepParent] ITEM ARCHIVE" and "-xk ARCHIVE FOLDER". The letters may stand apart ("-c -k"), options
-/// come before the paths, and "--" ends them. Nil for anything else.
+/// Parses "-ck [--keepParent] ITEM ARCHIVE" and "-xk ARCHIVE FOLDER". The letters may be separate ("-c -k"), options
+/// come before the paths, and "--" ends them. Null for anything else.
 std::optional<ToolArguments> parsedArguments(const std::vector<std::string>& arguments);
 
 }  // namespace qm::linux_

@@ -57,7 +57,7 @@ void UnpackedFolders::markWay(std::size_t folder) {
   for (; !folders_[folder].isOnTheWay; folder = folders_[folder].above) folders_[folder].isOnTheWay = true;
 }
 
-/// Down into each folder and up again, with one descriptor open: it must come up where it went down.
+/// Walks down into each folder and up again, with one descriptor open. It must come up in the folder it left.
 class UnpackedFolders::Walk {
  public:
   Walk(const std::vector<Folder>& folders, int top) : folders_(folders), top_(top) {}
@@ -89,14 +89,15 @@ class UnpackedFolders::Walk {
     if (error != 0) return note(folder, error);
     const Folder& known = folders_[folder];
     if (known.isMade && !known.identity.sameFolder(identity)) {
-      // A volume without permissions may also number its folders anew; then there is nothing to settle.
+      // On a volume without permissions, which may also renumber its folders, there is nothing to apply.
       return known.keepsPermissions ? note(folder, ESTALE) : void();
     }
     here_ = std::move(opened);
     way_.push_back({folder, identity, folders_[folder].below.begin()});
   }
 
-  // The folder is settled when the one above is open again: it may shut its owner out from then on.
+  // A folder's permissions are applied when its parent is open again, because the owner may have no access from then
+  // on.
   void ascend() {
     const std::size_t folder = way_.back().folder;
     const UniqueFd left = std::move(here_);
@@ -109,7 +110,7 @@ class UnpackedFolders::Walk {
     if (const int error = settled(left.get(), folders_[folder])) note(folder, error);
   }
 
-  // What was moved elsewhere meanwhile is left alone.
+  // A folder that was moved elsewhere meanwhile is left alone.
   void goDownAnew() {
     while (!reopen() && way_.size() > 1) {
       note(way_.back().folder, ESTALE);
@@ -157,7 +158,7 @@ class UnpackedFolders::Walk {
 Status UnpackedFolders::settle(int top) const { return Walk(folders_, top).run(); }
 
 mode_t permissionsOfNewFolder(const struct stat& attributes) {
-  // It can only be read by setting it; there is no other thread to see that.
+  // The umask can be read only by setting it; no other thread is running that could see that.
   const mode_t mask = ::umask(0);
   ::umask(mask);
   return ((S_IRWXU | S_IRWXG | S_IRWXO) & ~mask) | (attributes.st_mode & S_ISGID);

@@ -15,24 +15,24 @@
 
 namespace qm::linux_ {
 
-/// The folders that items were unpacked into, each known by its name in the one above: a path of thousands of names
-/// takes no more than these.
+/// The folders that items were unpacked into, each stored by its name in its parent. A path of thousands of names
+/// therefore takes no more memory than these.
 class UnpackedFolders {
  public:
   static constexpr std::size_t kTop = 0;
 
-  /// The folder of a name in a folder, known from now on.
+  /// The record of a folder by name and parent, created if there is none yet.
   std::size_t below(std::size_t folder, const std::string& name);
-  /// The folder was made here, and is its owner's alone until it is settled. `made` is what it is told by then.
-  /// ESTALE when it is another one that took its place. Answers 0 or an error number.
+  /// Records that the folder was created here; it is accessible to its owner alone until `settle`. `made` identifies it
+  /// then. ESTALE if another one took its place. Returns 0 or an error number.
   int setMade(std::size_t folder, int above, int made);
-  /// What the archive says of it.
+  /// Records what the archive says about it.
   void setAttributes(std::size_t folder, mode_t permissions, const std::optional<timespec>& modified);
 
-  /// Gives permissions and times to the folders that were made or told of, below the one that is open as `top`; the
-  /// deepest first, since a folder may shut its owner out. No link is followed. Those that were there before and are
-  /// somebody else's stay as they are, and so does what took the place of one that was made. Where one cannot be had
-  /// the others are; returns the first failure.
+  /// Sets permissions and times of the folders that were created or described, below the one that is open as `top`. The
+  /// deepest come first, since a folder may deny its owner access. No link is followed. Existing folders of other users
+  /// are not changed, nor is an item that took the place of a created folder. Continues past failures and returns the
+  /// first.
   platform::Status settle(int top) const;
 
  private:
@@ -41,10 +41,10 @@ class UnpackedFolders {
     std::size_t above = kTop;
     std::map<std::string, std::size_t> below;
     bool isMade = false;
-    posix::FolderIdentity identity;     // of one that was made
+    posix::FolderIdentity identity;     // of a folder that was created
     bool keepsPermissions = false;      // and whether its volume does
-    bool isOnTheWay = false;            // to one that is to be settled, or one itself
-    std::optional<mode_t> permissions;  // none are those of any new folder
+    bool isOnTheWay = false;            // this folder or one below is to be settled
+    std::optional<mode_t> permissions;  // without them, those of any new folder
     std::optional<timespec> modified;
   };
   class Walk;
@@ -54,7 +54,7 @@ class UnpackedFolders {
   std::vector<Folder> folders_ = std::vector<Folder>(1);
 };
 
-/// The permissions that the umask leaves to a new folder, and the mark for its group that it has from the one above.
+/// The permissions that the umask leaves to a new folder, with the set-group-id bit that it inherits from its parent.
 /// `attributes` are the folder's.
 mode_t permissionsOfNewFolder(const struct stat& attributes);
 

@@ -37,7 +37,7 @@ Status fill(ExtractionFolder& folder, ZipReader& reader, const ArchiveRun& run) 
   }
 }
 
-/// A folder under a name of its own and its owner's alone, which is removed with all that is in it unless it gets its
+/// A folder with a temporary name, accessible to its owner alone. It is removed with its contents unless it gets its
 /// final name.
 class NewFolder {
  public:
@@ -83,7 +83,7 @@ Status fillNewFolder(const std::string& path, ZipReader& reader, const ArchiveRu
   posix::Place place;
   if (const int error = posix::makeFolders(posix::folderOf(path))) return problemWith(path, error);
   if (const int error = posix::openPlace(path, place)) return problemWith(path, error);
-  // A link that leads nowhere.
+  // A dangling link.
   if (isTaken(place)) return problemWith(path, EEXIST);
   NewFolder made(place);
   UniqueFd folder;

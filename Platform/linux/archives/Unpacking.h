@@ -7,10 +7,10 @@
 
 namespace qm::linux_ {
 
-/// Unpacks a zip archive into a folder; both paths are absolute, and links to both are followed. A folder that is not
-/// there is made, with those above it, and has its name only when everything is in it: after a failure nothing is
-/// there. One that is there is merged with the archive, and what was unpacked before a failure stays. The first item
-/// that cannot be unpacked, or would go elsewhere (ExtractionFolder.h), ends the run.
+/// Unpacks a zip archive into a folder. Both paths are absolute, and links to both are followed. A missing folder is
+/// created, with its parents, and gets its name only when everything is in it: after a failure nothing is there. An
+/// existing folder is merged with the archive, and what was unpacked before a failure stays. The first item that cannot
+/// be unpacked, or would leave the folder (ExtractionFolder.h), ends the run.
 platform::Status unpackArchive(const std::string& archive, const std::string& folder, const ArchiveRun& run);
 
 }  // namespace qm::linux_

@@ -24,7 +24,7 @@ constexpr std::uint64_t kLocalFlags = 6;  // of the item itself
 constexpr std::uint64_t kUtf8Flag = 0x800;
 constexpr std::uint64_t kExtra64 = 1;
 
-/// A number of `count` bytes, the lowest first.
+/// A little-endian number of `count` bytes.
 std::uint64_t numberAt(std::string_view bytes, std::size_t offset, std::size_t count) {
   std::uint64_t number = 0;
   for (std::size_t i = count; i-- > 0;) number = number << 8U | static_cast<unsigned char>(bytes[offset + i]);
@@ -36,14 +36,14 @@ std::uint64_t sizeOf(int file) {
   return ::fstat(file, &attributes) == 0 ? static_cast<std::uint64_t>(attributes.st_size) : 0;
 }
 
-/// Shows pieces of a file, read in large strides.
+/// Returns pieces of a file, which is read in large blocks.
 class FileWindow {
  public:
   explicit FileWindow(int file) : file_(file), size_(sizeOf(file)) {}
 
   std::uint64_t size() const { return size_; }
 
-  /// `count` bytes, at most a window's, until the next call; nil beyond the end of the file.
+  /// `count` bytes, at most a window's, valid until the next call; null beyond the end of the file.
   std::optional<std::string_view> at(std::uint64_t offset, std::size_t count) {
     if (offset > size_ || count > size_ - offset) return std::nullopt;
     const bool isInside =
@@ -67,13 +67,12 @@ class FileWindow {
   std::string bytes_;
 };
 
-/// Where the directory is, and how far the offsets in it are from the file's own when something stands before the
-/// archive.
+/// The position of the directory, and how far its offsets differ from the file's own if something precedes the archive.
 struct Directory {
   std::uint64_t offset = 0;
   std::uint64_t shift = 0;
-  std::uint64_t items = 0;  // as its end tells
-  std::uint64_t mask = 0;   // of the bits that are told
+  std::uint64_t items = 0;  // according to the end record
+  std::uint64_t mask = 0;   // of the recorded bits
 };
 
 std::optional<std::uint64_t> endRecordOf(FileWindow& file) {
@@ -102,7 +101,8 @@ std::optional<Directory> directoryBefore(FileWindow& file, std::uint64_t endReco
   return Directory{endRecord - size, endRecord - size - offset, numberAt(record, 10, 2), 0xFFFF};
 }
 
-/// Where an item is by its large-file field, which holds only those of the four numbers that are too large.
+/// The position of an item according to its large-file field, which holds only those of the four numbers that are too
+/// large.
 std::optional<std::uint64_t> offset64(std::string_view header, std::string_view extra) {
   while (extra.size() >= 4) {
     const std::size_t length = std::min<std::size_t>(numberAt(extra, 2, 2), extra.size() - 4);
@@ -121,7 +121,7 @@ std::optional<std::uint64_t> itemOffset(std::string_view header, std::string_vie
   return offset == kIn64 ? offset64(header, extra) : offset;
 }
 
-/// Takes in one item of the directory. Answers how long it is, 0 when there is none.
+/// Reads one item of the directory. Returns its length, 0 if there is none.
 std::uint64_t takeItem(FileWindow& file, std::uint64_t position, std::uint64_t shift, ZipNames& names) {
   const auto seen = file.at(position, kDirectoryHeader);
   if (!seen || !seen->starts_with("PK\1\2")) return 0;
@@ -140,7 +140,7 @@ std::uint64_t takeItem(FileWindow& file, std::uint64_t position, std::uint64_t s
   return kDirectoryHeader + nameLength + extraLength + numberAt(header, 32, 2);
 }
 
-/// Whether the record tells of no item, on this disk or any, and of no directory.
+/// Whether the end record has no items, on this disk or any, and no directory.
 bool isOfNothing(std::string_view endRecord) {
   return numberAt(endRecord, 8, 2) == 0 && numberAt(endRecord, 10, 2) == 0 && numberAt(endRecord, 12, 4) == 0;
 }

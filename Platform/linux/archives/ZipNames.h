@@ -7,13 +7,13 @@ namespace qm::linux_ {
 
 /// What the directory at the end of a zip archive says about the names in it.
 struct ZipNames {
-  /// Where the bytes are that hold the mark "this name is UTF-8", in ascending order.
+  /// The positions of the bytes that contain the flag "this name is UTF-8", in ascending order.
   std::vector<std::uint64_t> utf8Marks;
-  /// A name in the directory has a NUL byte, so that whoever reads it up to there takes it for another one.
+  /// Whether a name in the directory has a NUL byte: a reader that stops there would take it for another name.
   bool holdNul = false;
-  /// There is the end of an archive that tells of nothing before it, and nothing is.
+  /// True for a valid empty archive: an end-of-central-directory record with zero entries and no data before it.
   bool areNone = false;
-  /// How many items the directory has, and whether its end tells of as many.
+  /// The number of items in the directory, and whether the end record states the same.
   std::uint64_t items = 0;
   bool areAll = false;
 };
@@ -21,8 +21,8 @@ struct ZipNames {
 /// The bit in such a byte.
 inline constexpr unsigned char kUtf8Mark = 0x08;
 
-/// Reads the directory of an archive that is open for reading. Answers what was found up to where it is no directory,
-/// which is for the reader of the archive to tell.
+/// Reads the directory of an archive that is open for reading. Returns what was found before the first error, which the
+/// reader of the archive will report.
 ZipNames readZipNames(int archive);
 
 }  // namespace qm::linux_

@@ -57,8 +57,8 @@ ZipEntry described(archive_entry* entry) {
 
 }  // namespace
 
-/// The file's bytes without the marks that names are UTF-8: the library would bring marked names into one
-/// composition of letters, and two names that differ in that alone would become one.
+/// The file's bytes with the UTF-8 flags cleared. libarchive normalises flagged names to NFC, and two names that differ
+/// only in that would become one.
 struct ZipReader::Source {
   posix::UniqueFd file;
   ZipNames names;
@@ -98,7 +98,7 @@ struct ZipReader::Source {
     return self.position = target;
   }
 
-  /// What the file holds at an offset, as far as it goes.
+  /// The file's contents at an offset, up to its end.
   std::string at(std::int64_t offset, std::size_t count) const {
     std::string bytes(count, '\0');
     const ssize_t got = ::pread(file.get(), bytes.data(), count, offset);
@@ -118,31 +118,31 @@ ZipReader::~ZipReader() = default;
 
 Status ZipReader::open(const std::string& path) {
   path_ = path;
-  // Without waiting, in case it is a FIFO.
+  // Without blocking, in case it is a FIFO.
   source_->file.reset(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat attributes {};
   if (!source_->file || ::fstat(source_->file.get(), &attributes) != 0) return problemWith(path, errno);
-  if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is no zip archive");
+  if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is not a zip archive");
   source_->names = readZipNames(source_->file.get());
   if (source_->names.areNone) return Status::success();
-  if (source_->names.holdNul) return problemWith(path, "A name in it has a zero byte");
+  if (source_->names.holdNul) return problemWith(path, "A name in it contains a NUL byte");
   archive* const reader = archive_.get();
   if (reader == nullptr) return problemWith(path, ENOMEM);
   ::archive_read_support_format_zip_seekable(reader);
   ::archive_read_set_seek_callback(reader, &Source::seek);
   const int opened = ::archive_read_open2(reader, source_.get(), nullptr, &Source::read, &Source::skip, nullptr);
-  if (opened != ARCHIVE_OK) return problemWith(path, "It is no zip archive, or a part of it is missing");
+  if (opened != ARCHIVE_OK) return problemWith(path, "It is not a zip archive, or a part of it is missing");
   return source_->names.areAll ? Status::success() : problemWith(path, kPartMissing);
 }
 
 Status ZipReader::next(std::optional<ZipEntry>& entry) {
   entry.reset();
   read_ = 0;
-  if (source_->names.areNone) return Status::success();  // the library takes that for no archive
+  if (source_->names.areNone) return Status::success();  // libarchive takes an empty archive for no archive
   archive_entry* found = nullptr;
   const int result = ::archive_read_next_header(archive_.get(), &found);
   if (result == ARCHIVE_EOF) {
-    // The library ends at what it takes for no item, and has one of two that lie in the same place.
+    // libarchive stops silently at a malformed entry and merges two entries at one offset, so compare the count.
     return itemsRead_ == source_->names.items ? Status::success() : problemWith(path_, kPartMissing);
   }
   if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return failure(path_);
@@ -153,9 +153,9 @@ Status ZipReader::next(std::optional<ZipEntry>& entry) {
   return Status::success();
 }
 
-// These two kinds of compression let an archive say how much memory its reader takes, up to 4 GiB. The format's
-// name has that of the item's compression in it, and the contents follow in the file. What a link leads to is read
-// already, and is too short to fill any memory.
+// With these two kinds of compression an archive dictates how much memory its reader allocates, up to 4 GiB. The
+// format's name includes the compression of the item, and the contents follow in the file. The target of a link has
+// been read already and is too short to fill any memory.
 Status ZipReader::memoryAllowed() const {
   if (current_.kind == ZipEntry::Kind::Link) return Status::success();
   const std::string format = textOf(::archive_format_name(archive_.get()));

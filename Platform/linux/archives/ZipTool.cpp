@@ -23,12 +23,12 @@ volatile std::sig_atomic_t stopped = 0;
 
 void stop(int /*signal*/) { stopped = 1; }
 
-// The run ends at the next block, and takes what it has made with it.
+// The run ends at the next block, and removes what it has created.
 void stopWhenAsked() {
   struct sigaction action {};
   action.sa_handler = stop;
   for (const int signal : {SIGHUP, SIGINT, SIGTERM}) ::sigaction(signal, &action, nullptr);
-  // Whoever read the messages may be gone, and a limit on the size of files is a failure like others.
+  // The reader of the messages may have ended, and exceeding a limit of file sizes is a failure like others.
   for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(::signal(signal, SIG_IGN));
 }
 

@@ -4,8 +4,8 @@
 
 namespace qm::linux_ {
 
-/// The zip tool from its start to its status: makes and unpacks zip archives, taking the arguments of the Mac's ditto
-/// for that. `name` is what it is called in its messages.
+/// The main function of the zip tool: makes and unpacks zip archives, with the arguments of the Mac's ditto. `name` is
+/// its name in messages.
 int runZipTool(const std::string& name, int count, char** given);
 
 }  // namespace qm::linux_

@@ -25,7 +25,7 @@ std::int64_t storableTime(std::int64_t seconds) {
   return std::clamp<std::int64_t>(seconds, 0, std::numeric_limits<std::uint32_t>::max());
 }
 
-/// Readers take a backslash for a slash where a name has no slash.
+/// Readers treat a backslash as a slash if a name has no slash.
 std::string storableName(const std::string& name) {
   const bool isAmbiguous = name.find('\\') != std::string::npos && name.find('/') == std::string::npos;
   return isAmbiguous ? "./" + name : name;

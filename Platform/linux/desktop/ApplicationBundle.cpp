@@ -15,7 +15,7 @@
 namespace qm::linux_ {
 namespace {
 
-/// The node when it is of a type, else null.
+/// The node if it is of the given type, else null.
 plist_t ofType(plist_t node, plist_type type) {
   return node != nullptr && ::plist_get_node_type(node) == type ? node : nullptr;
 }
@@ -56,7 +56,7 @@ bool isFileName(const std::string& name) {
          name.find('\0') == std::string::npos;
 }
 
-// Whoever shows a menu opens the icons in it, and would wait for ever at a pipe.
+// A desktop that shows the menu opens the icons in it, and would block on a pipe.
 bool isRegularFile(const std::string& path) {
   struct stat found {};
   return ::stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode);

@@ -8,14 +8,14 @@
 namespace qm::linux_ {
 
 struct ApplicationBundle {
-  std::string identifier;  ///< "" when it has none
+  std::string identifier;  ///< "" if it has none
   DesktopEntry entry;
 };
 
-/// What Contents/Info.plist says of an application bundle: CFBundleDisplayName, else CFBundleName, else the
-/// folder's name; CFBundleExecutable, an executable file in Contents/MacOS; CFBundleIconFile in Contents/Resources,
-/// as a picture that desktops show if there is one of that name beside it; CFBundleTypeMIMETypes of every
-/// document type. Texts that are no names of files lead nowhere. `path` is absolute.
+/// The description of an application bundle in Contents/Info.plist: CFBundleDisplayName, else CFBundleName, else the
+/// folder's name; CFBundleExecutable, an executable file in Contents/MacOS; CFBundleIconFile in Contents/Resources, or
+/// an image of the same name beside it in a format that desktops show; CFBundleTypeMIMETypes of every document type.
+/// Texts that are not valid file names are ignored. `path` is absolute.
 platform::OSStatus readApplicationBundle(const std::string& path, ApplicationBundle& bundle);
 
 }  // namespace qm::linux_

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 200;
 
-/// The text with each character replaced by what `replacement` makes of it.
+/// The text with each character replaced by the result of `replacement`.
 template <class Replacement>
 std::string eachCharacter(std::string_view text, Replacement replacement) {
   std::string result;
@@ -52,7 +52,7 @@ bool isExpressible(std::string_view path) {
   return true;
 }
 
-/// The escapes that hold for every value of an entry.
+/// The escapes that apply to every value of an entry.
 std::string value(std::string_view text) {
   return eachCharacter(text, [](const Character&, std::string_view bytes) -> std::string {
     switch (bytes.front()) {
@@ -70,7 +70,7 @@ std::string value(std::string_view text) {
   });
 }
 
-/// A word of a command line: between quotation marks, with what has a meaning there taken by the letter.
+/// Quotes one Exec argument and escapes the reserved characters (Desktop Entry Specification, "The Exec key").
 std::string quotedWord(std::string_view word) {
   const std::string inside = eachCharacter(word, [](const Character&, std::string_view bytes) {
     const char c = bytes.front();
@@ -80,8 +80,8 @@ std::string quotedWord(std::string_view word) {
   return "\"" + inside + "\"";
 }
 
-/// The command that starts a program. Some desktops look for a program of the name as it is written, a doubled
-/// "%" included, and do not show what they then do not find; arguments they read by the rules.
+/// The command that starts a program. Some desktops look for a program with the name exactly as written, including a
+/// doubled "%", and hide the entry if they do not find it; arguments are read according to the specification.
 std::string command(const std::string& program) {
   const bool isMisread = program.find('%') != std::string::npos;
   return (isMisread ? "/usr/bin/env " : "") + quotedWord(program);
@@ -104,7 +104,7 @@ bool isMediaType(std::string_view type) {
          std::all_of(rest.begin(), rest.end(), isTypeCharacter);
 }
 
-/// Each followed by a semicolon, none twice.
+/// Each followed by a semicolon, without duplicates.
 std::string mediaTypeList(const std::vector<std::string>& types) {
   std::set<std::string> known;
   std::string list;
@@ -115,7 +115,7 @@ std::string mediaTypeList(const std::vector<std::string>& types) {
   return list;
 }
 
-/// The first of what the application, its folder and its program are called that shows anything.
+/// The first visible name of the application, its folder and its program.
 std::string shownName(const DesktopEntry& entry) {
   for (const std::string& name :
        {entry.name, foundation::lastPathComponent(entry.bundle), foundation::lastPathComponent(entry.executable)}) {
@@ -152,7 +152,7 @@ std::optional<std::string> desktopEntryText(const DesktopEntry& entry, const Ent
   std::string text = "[Desktop Entry]\nType=Application\nVersion=1.0\n";
   text += line("Name", value(name));
   text += line("Exec", value(command(entry.executable)) + (types.empty() ? "" : " %F"));
-  // Without its executable an application is not shown any more.
+  // Without its executable the application is no longer shown.
   text += line("TryExec", value(entry.executable));
   if (hasIcon) text += line("Icon", value(*entry.icon));
   if (!types.empty()) text += line("MimeType", types);
@@ -168,7 +168,7 @@ std::string desktopEntryName(const std::string& identifier, const std::string& b
   std::string name = meant.substr(0, kLongestName);
   std::replace_if(
       name.begin(), name.end(), [](char c) { return !isPlain(c); }, '-');
-  // What was lost must not make two bundles one.
+  // Characters that were dropped must not make two bundles have the same name.
   if (identifier.empty() || name != identifier) name += "-" + hexDigest(identifier.empty() ? bundle : identifier);
   return std::string(mark.filePrefix) + name + ".desktop";
 }

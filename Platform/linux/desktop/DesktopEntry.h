@@ -7,7 +7,7 @@
 
 namespace qm::linux_ {
 
-/// An application as the desktop's menu shows it. Texts may hold anything; paths are absolute.
+/// An application as the desktop's menu shows it. Texts may contain anything; paths are absolute.
 struct DesktopEntry {
   std::string name;
   std::string executable;
@@ -16,23 +16,22 @@ struct DesktopEntry {
   std::string bundle;
 };
 
-/// How an entry of the product's making is told from others: by a key in it. Its file's name begins with `filePrefix`.
-/// The texts outlive every user.
+/// How an entry created for the product is recognised: by a key in it. Its file's name begins with `filePrefix`. The
+/// texts outlive every user.
 struct EntryMark {
   std::string_view key;
   std::string_view filePrefix;
 };
 
-/// The file, by the freedesktop.org rules: the name without control characters, those of direction too, and on
-/// one line; types that are none left out. Nil when a path cannot be written by these rules: it is not UTF-8, holds a
-/// control character other than tab and line ends, or leads to an executable with "=" in its path.
+/// The file's contents according to the Desktop Entry Specification. The name is on one line, without control and
+/// direction characters; invalid types are left out. Null if a path cannot be written in this format: it is not UTF-8,
+/// contains a control character other than tab and newline, or leads to an executable with "=" in its path.
 std::optional<std::string> desktopEntryText(const DesktopEntry& entry, const EntryMark& mark);
 
-/// The text was made by `desktopEntryText` with this mark.
+/// Whether the text was created by `desktopEntryText` with this mark.
 bool isOwnDesktopEntry(std::string_view text, const EntryMark& mark);
 
-/// The file's name for a bundle. Names of the system's own applications never come out: an entry of such a name
-/// would hide theirs.
+/// The file's name for a bundle. It is never the name of one of the system's own entries, which it would hide.
 std::string desktopEntryName(const std::string& identifier, const std::string& bundle, const EntryMark& mark);
 
 }  // namespace qm::linux_

@@ -18,7 +18,7 @@ using std::chrono::steady_clock;
 constexpr const char* kObject = "/";
 constexpr const char* kInterface = "org.kde.KDirNotify";
 
-// What is still to be written is dropped with the connection, instead of waited for.
+// Data still to be written is dropped with the connection, without waiting.
 struct CloseBus {
   void operator()(sd_bus* bus) const { ::sd_bus_close_unref(bus); }
 };
@@ -29,8 +29,8 @@ std::uint64_t microsecondsUntil(steady_clock::time_point end) {
   return static_cast<std::uint64_t>(std::max<microseconds::rep>(left, 0));
 }
 
-// The library's own waits last longer than anybody would like to wait, and keep all that a bus sends meanwhile.
-// Here each message is dropped as it comes, and the end holds however many there are.
+// The library's own waits take too long, and keep all messages that a bus sends meanwhile. Here each message is dropped
+// when it arrives, and the time limit holds however many there are.
 template <class Condition>
 bool processUntil(sd_bus* bus, steady_clock::time_point end, Condition holds) {
   for (;;) {
@@ -45,7 +45,7 @@ bool processUntil(sd_bus* bus, steady_clock::time_point end, Condition holds) {
   }
 }
 
-// The library would answer what a bus asks, and keep answers that the bus does not take.
+// The library would answer requests of the bus, and buffer answers that the bus does not accept.
 int ignoreCalls(sd_bus_message* message, void* /*data*/, sd_bus_error* /*error*/) {
   return ::sd_bus_message_is_method_call(message, nullptr, nullptr) > 0 ? 1 : 0;
 }
@@ -67,7 +67,7 @@ int takeAnswer(sd_bus_message* message, void* answer, sd_bus_error* /*error*/) {
   return 0;
 }
 
-// The bus handles what a connection sends in order: its answer to this comes after the notices have gone out.
+// The bus handles a connection's messages in order, so its answer to this one comes after the notices were sent on.
 bool waitUntilTaken(sd_bus* bus, steady_clock::time_point end) {
   constexpr const char* kBus = "org.freedesktop.DBus";
   Answer answer = Answer::None;

@@ -5,18 +5,18 @@
 
 namespace qm::linux_ {
 
-/// An item that has changed, for whom it is shown to.
+/// A changed item, as it is shown to the desktop.
 struct ChangedItem {
   std::string path;
   bool isFolder = false;
 };
 
-/// Tells whoever listens on a session's message bus, as "org.kde.KDirNotify" from the object "/": FilesChanged with
-/// the item, and for a folder also FilesAdded, at which it is read again. Items are "file" addresses. Answers
-/// whether the bus has taken the notice, within `limit`.
+/// Notifies the listeners on a session's message bus, as "org.kde.KDirNotify" from the object "/": FilesChanged with
+/// the item, and for a folder also FilesAdded, upon which it is read again. Items are "file" URLs. Returns whether the
+/// bus has accepted the notice within `limit`.
 bool sendNotice(const std::string& busAddress, const ChangedItem& item, std::chrono::milliseconds limit);
 
-/// The bus in a runtime folder, in the form of an address.
+/// The address of the bus in a runtime folder.
 std::string busIn(const std::string& runtimeFolder);
 
 }  // namespace qm::linux_

@@ -3,8 +3,8 @@
 namespace qm::linux_ {
 namespace {
 
-/// A removed item keeps its last name, with a mark that could just as well be part of a name; and another
-/// item may have the name by now. Only what is found there tells.
+/// A removed item keeps its last name, with a suffix that could just as well be part of a name, and another item may
+/// have that name by now. Only a comparison with what is at the path decides.
 bool leadsTo(const std::string& path, const struct stat& item) {
   struct stat found {};
   return ::lstat(path.c_str(), &found) == 0 && found.st_dev == item.st_dev && found.st_ino == item.st_ino;

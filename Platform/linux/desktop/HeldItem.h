@@ -12,15 +12,15 @@
 
 namespace qm::linux_ {
 
-/// An item held by a descriptor that gives no access to it: one for each reference and its copies. While it is
-/// held its volume cannot be unmounted.
+/// An item held by a descriptor that gives no access to it; a reference and its copies share it. While it is held its
+/// volume cannot be unmounted.
 class HeldItem : public platform::ReferencedItem {
  public:
   explicit HeldItem(posix::UniqueFd item) : item_(std::move(item)) {}
 
-  /// A path that leads to the item itself, wherever it is and whatever it is called.
+  /// A path that leads to the item itself, whatever its location and name.
   std::string handle() const { return posix::pathOfDescriptor(item_.get()); }
-  /// Where the item is now; nil when it has no name any more, or none that this process can reach.
+  /// Where the item is now; null if it no longer has a name, or none that this process can reach.
   std::optional<std::string> path() const;
   bool isFolder() const;
 

@@ -110,13 +110,13 @@ std::string LinuxDesktopShell::busAddressOf(const TrashUser& person) const {
   return busAddress_ ? *busAddress_ : busIn(runtimeFolder_.value_or(usual));
 }
 
-/// Which application opens what is kept apart from the entries. Without the tool, or when it fails, the menu
-/// shows the application all the same. The tool opens whatever is named like an entry and would wait for ever at a
-/// pipe that nobody writes to.
+/// The default applications for document types are kept apart from the entries. Without the tool, or if it fails, the
+/// menu still shows the application. The tool opens every file with an entry's name and would block on a pipe that
+/// nobody writes to.
 void LinuxDesktopShell::updateDatabase(const std::string& folder, const TrashUser& person) {
   std::vector<std::string> command = {kLimitTool, "--signal=KILL", kUpdateSeconds, kUpdateTool, "-q", folder};
   if (person.forAnother) {
-    // The tool writes where that person may have planted anything.
+    // The tool writes to a folder in which that user may have planted anything.
     const FileSystemIdentity& user = person.identity;
     command.insert(command.begin(), {kAsUserTool, "--reuid", std::to_string(user.uid), "--regid",
                                      std::to_string(user.gid), "--clear-groups", "--reset-env"});

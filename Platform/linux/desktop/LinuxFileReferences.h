@@ -7,8 +7,8 @@
 
 namespace qm::linux_ {
 
-/// References by an open descriptor, which takes no right to the item itself but one to search the folders
-/// on its way.
+/// References by an open descriptor. Opening it takes no permission on the item itself, only search permission for the
+/// folders on its way.
 class LinuxFileReferences : public platform::FileReferences {
  public:
   platform::FileReference make(const std::string& path) const override;

@@ -25,7 +25,7 @@ const char* attributeAt(const std::string& item) {
   return finderAttributeOn(known ? static_cast<unsigned long>(volume.f_type) : 0);
 }
 
-/// All zeros when the item has none. Answers 0 or an error number.
+/// All zeros if the item has none. Returns 0 or an error number.
 int read(const std::string& item, Information& information) {
   information.fill(0);
   const ssize_t size = ::getxattr(item.c_str(), attributeAt(item), information.data(), information.size());

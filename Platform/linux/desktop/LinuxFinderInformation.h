@@ -7,16 +7,16 @@
 
 namespace qm::linux_ {
 
-/// The extended attribute that holds the Finder information on a volume of a type, as statfs tells it.
+/// The extended attribute that holds the Finder information on a volume with this type, as statfs returns it.
 const char* finderAttributeOn(unsigned long volumeType);
 
-/// The Finder information is 32 bytes in an extended attribute: on the Mac's own volumes the one by which the
-/// kernel gives what the catalog holds, elsewhere "user.com.apple.FinderInfo", the name under which Mac files
-/// that are copied to other systems keep it. The flags are the big-endian word at byte 8, in a file's
-/// information and in a folder's.
+/// The Finder information is 32 bytes in an extended attribute. On the Mac's own volumes it is the one by which the
+/// kernel exposes the catalog; elsewhere it is "user.com.apple.FinderInfo", the name under which Mac files that are
+/// copied to other systems keep it. The flags are the big-endian word at byte 8, both in a file's information and in a
+/// folder's.
 ///
-/// An attribute of another size is none of ours: it is neither read nor written over. Links and devices have no
-/// such attribute, but on the Mac's volumes.
+/// An attribute of another size is not ours: it is neither read nor overwritten. Links and devices have such an
+/// attribute only on the Mac's volumes.
 class LinuxFinderInformation : public platform::FinderInformation {
  public:
   std::optional<std::uint16_t> finderFlags(const platform::FileReference& reference) const override;

@@ -8,8 +8,8 @@ namespace {
 
 constexpr uid_t kUnchanged = ~uid_t{0};
 
-// The library's call changes every thread of the process; the system call changes this one. The real and the
-// saved id stay root's: the way back, and what keeps the other's processes from sending it signals.
+// The C library's call changes every thread of the process; the system call changes only this one. The real and the
+// saved id stay root's, which allows the way back and prevents the other user's processes from sending signals.
 bool setThreadUser(uid_t user) { return ::syscall(SYS_setresuid, kUnchanged, user, kUnchanged) == 0; }
 
 }  // namespace

@@ -4,17 +4,17 @@
 
 namespace qm::linux_ {
 
-/// Lets the calling thread, and no other, be somebody else to whoever it connects to, and in the file system.
+/// Makes the calling thread, and no other, act as somebody else towards peers it connects to, and in the file system.
 /// Only for a process that runs as root.
 class ThreadUser {
  public:
-  /// Becomes `identity`; none (null) leaves everything as it is.
+  /// Becomes `identity`; with null it changes nothing.
   explicit ThreadUser(const FileSystemIdentity* identity);
   ThreadUser(const ThreadUser&) = delete;
   ThreadUser& operator=(const ThreadUser&) = delete;
   ~ThreadUser();
 
-  /// The thread is who was wanted.
+  /// Whether the thread has the requested identity.
   bool ok() const { return ok_; }
 
  private:

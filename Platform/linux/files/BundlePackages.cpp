@@ -59,7 +59,7 @@ std::string lowercaseAscii(std::string text) {
   return text;
 }
 
-/// A name that begins with its only dot has no extension.
+/// If the only dot is at the start of a name, it begins no extension.
 bool hasBundleExtension(const std::string& name) {
   const auto dot = name.rfind('.');
   if (dot == std::string::npos || dot == 0) return false;

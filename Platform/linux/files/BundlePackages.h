@@ -6,8 +6,8 @@
 
 namespace qm::linux_ {
 
-/// A package is a folder with an extension that bundles have (in any letter case), or one that holds
-/// the file Contents/Info.plist. Links are followed, as in `FileSystem::isDirectory`.
+/// A package is a folder with a bundle's extension (in any letter case), or one that contains the file
+/// Contents/Info.plist. Links are followed, as in `FileSystem::isDirectory`.
 class BundlePackages : public platform::Packages {
  public:
   bool isFilePackage(const std::string& path) const override;

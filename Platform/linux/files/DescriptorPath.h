@@ -6,7 +6,7 @@
 
 namespace qm::posix {
 
-/// A path that leads to the very item of an open descriptor.
+/// A path that always leads to the item of an open descriptor.
 inline std::string pathOfDescriptor(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
 }  // namespace qm::posix

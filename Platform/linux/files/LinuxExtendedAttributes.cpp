@@ -16,14 +16,14 @@ namespace {
 constexpr const char* kAccessLists[] = {"system.posix_acl_access", "system.posix_acl_default"};
 constexpr std::string_view kCapabilities = "security.capability";
 
-/// The attribute calls of one item, which come by descriptor or by path.
+/// The extended-attribute calls of one item, by descriptor or by path.
 struct Attributes {
   std::function<ssize_t(char*, std::size_t)> list;
   std::function<ssize_t(const char*, char*, std::size_t)> get;
 };
 using Set = std::function<int(const char*, const std::string&)>;
 
-/// Calls `read` with a growing block until the answer fits. Answers 0 or an error number.
+/// Calls `read` with a growing block until the result fits. Returns 0 or an error number.
 int readAll(const std::function<ssize_t(char*, std::size_t)>& read, std::string& value) {
   value.resize(256);
   for (;;) {
@@ -39,13 +39,13 @@ int readAll(const std::function<ssize_t(char*, std::size_t)>& read, std::string&
 
 bool isUnsupported(int error) { return error == ENOTSUP || error == ENOSYS; }
 
-/// What the system keeps from this process, or the other file system does not know, stays behind.
+/// Attributes that this process may not read, or that the other file system does not support, are not copied.
 bool maySkipAfter(int error) {
   return isUnsupported(error) || error == EPERM || error == EACCES || error == EINVAL || error == ENODATA;
 }
 
-/// The other file system has no room for it. The contents are written by then; a disk that is full shows at the
-/// next item.
+/// The other file system has no room for the attribute. The contents are already written; if the disk is full, the next
+/// item will show that.
 bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG || error == ERANGE; }
 
 int copyOne(const Attributes& from, const Set& set, const char* name) {

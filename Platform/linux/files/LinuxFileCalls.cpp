@@ -27,7 +27,7 @@ int identify(int folder, FolderIdentity& identity) {
   if (::statx(folder, "", flags, STATX_INO | STATX_MNT_ID, &found) != 0) return errno;
   identity.device = makedev(found.stx_dev_major, found.stx_dev_minor);
   identity.inode = found.stx_ino;
-  // A kernel without mount numbers leaves mounts to be told apart by their devices.
+  // On a kernel without mount ids, mounts are distinguished by their devices only.
   identity.mount = (found.stx_mask & STATX_MNT_ID) != 0 ? found.stx_mnt_id : 0;
   return 0;
 }
@@ -51,7 +51,7 @@ int reserveSpace(int file, off_t offset, std::size_t count) {
   return errorOf(::fallocate(file, FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(count)));
 }
 
-/// A thousand small files take eight times as long when each is waited for.
+/// A thousand small files take eight times as long if each is waited for.
 int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
 
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
@@ -64,7 +64,7 @@ int openItself(int folder, const char* name) { return ::openat(folder, name, O_P
 
 int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchownat(item, "", user, group, AT_EMPTY_PATH)); }
 
-/// The entry of the descriptor leads to the item itself, even to a link.
+/// This path leads to the item itself, even if that is a link.
 int setMode(int item, mode_t mode) { return errorOf(::chmod(pathOfDescriptor(item).c_str(), mode)); }
 
 int setTimes(int item, const std::array<timespec, 2>& times) {
@@ -81,7 +81,7 @@ int copyCreationTime(int /*item*/, const struct stat& /*attributes*/) { return E
 ItemFlags flagsForCopy(const struct stat& /*attributes*/) { return 0; }
 int setFlags(int /*item*/, ItemFlags /*flags*/) { return ENOTSUP; }
 
-/// The kernel has no call that sets a birth time, on whatever file system.
+/// The kernel has no call that sets a birth time on any file system.
 int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {
   struct stat attributes {};
   return ::lstat(path.c_str(), &attributes) != 0 ? errno : ENOTSUP;

@@ -19,7 +19,7 @@ namespace {
 
 using posix::UniqueFd;
 
-/// What an item is and whether it is locked, as far as a look at it tells.
+/// The type of an item and whether it is locked, as far as its status shows that.
 struct Look {
   bool lockable = false;  ///< a file or a folder
   std::optional<bool> immutable;
@@ -55,8 +55,8 @@ int lookAt(const NamedItem& item, Look& look) {
   return 0;
 }
 
-/// Opens a file or a folder, and nothing else even when the item is replaced meanwhile: a device or a
-/// FIFO must not be waited for.
+/// Opens a file or a folder, and nothing else even if the item is replaced meanwhile, because opening a device or a
+/// FIFO may block.
 int openItem(const NamedItem& named, UniqueFd& item) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   item.reset(::openat(named.at(), named.name.c_str(), kFlags));
@@ -68,7 +68,7 @@ int openItem(const NamedItem& named, UniqueFd& item) {
 
 bool isUnsupported(int error) { return error == ENOTTY || error == EOPNOTSUPP || error == ENOSYS; }
 
-/// The flags of an open item. Where the file system has none, none is set.
+/// The flags of an open item. On a file system without flags, none is set.
 int readFlags(int item, unsigned& flags) {
   flags = 0;
   const int error = ::ioctl(item, FS_IOC_GETFLAGS, &flags) == 0 ? 0 : errno;

@@ -7,9 +7,9 @@
 
 namespace qm::linux_ {
 
-/// The lock is the inode's immutable attribute, which only an administrator may change. A file system
-/// without that attribute holds nothing locked. Only files and folders can be locked. Root follows no link to an item
-/// that could have been planted by somebody with fewer rights.
+/// The lock is the inode's immutable attribute, which only an administrator may change. On a file system without that
+/// attribute nothing is locked. Only files and folders can be locked. Root follows no link that a non-root user could
+/// have planted.
 class LinuxItemLocks : public platform::ItemLocks {
  public:
   platform::Status setImmutable(const std::string& path, bool immutable) override;

@@ -45,7 +45,7 @@ bool startsEscape(std::string_view text) {
   return text.size() >= 4 && text[0] == '\\' && isOctal(text[1]) && isOctal(text[2]) && isOctal(text[3]);
 }
 
-// The table writes white space and backslashes as three octal digits.
+// In the table, white space and backslashes are written as three octal digits.
 std::string unescaped(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -127,7 +127,7 @@ std::shared_ptr<const MountTable> MountedVolumes::now() {
   return table_;
 }
 
-// The system tells each open file once of every change since its last answer.
+// The kernel reports each change since the last poll once to each open file.
 bool MountedVolumes::haveChanged() const {
   pollfd table{file_.get(), POLLPRI, 0};
   return ::poll(&table, 1, 0) != 0;

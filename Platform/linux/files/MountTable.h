@@ -12,8 +12,8 @@
 
 namespace qm::linux_ {
 
-/// What a name leads to, told apart from everything else in the system. The mount counts as well as the
-/// device: nothing can be renamed from one mount of a device to another.
+/// Identifies an item in the whole system. The mount counts as well as the device, because nothing can be renamed from
+/// one mount of a device to another.
 struct ItemIdentity {
   std::uint64_t mount = 0;
   std::uint64_t device = 0;
@@ -25,24 +25,24 @@ struct ItemIdentity {
   bool sameItem(const ItemIdentity& other) const { return sameVolume(other) && inode == other.inode; }
 };
 
-/// The item behind a descriptor, or a name in the folder of a descriptor; a link is not followed. Nil,
-/// with the error number set, when there is none.
+/// The item of a descriptor, or of a name in the folder of a descriptor; a link is not followed. Null, with `errno`
+/// set, if there is none.
 std::optional<ItemIdentity> itemIdentity(int folder, const char* name = "");
 
 /// The mounted volumes as the process saw them at one moment.
 class MountTable {
  public:
-  /// Reads them now.
+  /// Reads the table now.
   MountTable();
-  /// Reads them from a descriptor of the system's table.
+  /// Reads the table from a descriptor.
   explicit MountTable(int table);
-  /// Whether the system shows the table at all; nothing is known of mounts otherwise.
+  /// Whether the system shows the table at all; otherwise nothing is known of mounts.
   explicit operator bool() const { return !text_.empty(); }
-  /// Where a mount is attached; nil when it is not in the process's view.
+  /// The path of a mount; null if it is not visible to the process.
   std::optional<std::string> mountPoint(std::uint64_t mount) const;
-  /// Something is mounted at or below a path.
+  /// Whether anything is mounted at or below a path.
   bool hasMountBelow(const std::string& path) const;
-  /// Something is mounted below a path; what is mounted at the path itself does not count.
+  /// Whether anything is mounted below a path; a mount at the path itself does not count.
   bool hasMountInside(const std::string& path) const;
 
  private:
@@ -52,8 +52,8 @@ class MountTable {
   std::string text_;
 };
 
-/// The mounted volumes, read again only after the system has told of a change: it takes longer to list
-/// them than to move an item. Any thread.
+/// The mounted volumes, read again only after the kernel has reported a change, because listing them takes longer than
+/// moving an item. Any thread.
 class MountedVolumes {
  public:
   std::shared_ptr<const MountTable> now();
@@ -62,7 +62,7 @@ class MountedVolumes {
   bool haveChanged() const;
 
   std::mutex mutex_;
-  posix::UniqueFd file_;  // open from the first look on; it holds no volume
+  posix::UniqueFd file_;  // open from the first call on; it keeps no volume busy
   std::shared_ptr<const MountTable> table_;
 };
 

@@ -14,10 +14,10 @@
 namespace qm::linux_ {
 namespace {
 
-// A pipe takes this much at once: writing never waits for the reader.
+// A pipe accepts this much at once, so writing never waits for the reader.
 constexpr std::size_t kLongest = 4096;
 
-// Bytes that are gone when nobody needs them any more. Sized beforehand: what grows leaves copies behind.
+// Bytes that are wiped at the end. Reserved in advance, because growing would leave copies behind.
 class WipedBytes {
  public:
   explicit WipedBytes(std::size_t size) { bytes_.reserve(size); }

@@ -7,11 +7,11 @@
 
 namespace qm::linux_ {
 
-/// Has this process's next question for a password answered with credentials, by a program of its own. They
-/// reach it through a pipe and are wiped here as soon as they are sent. Ends with its scope.
+/// Registers an agent program that answers this process's next password dialog with credentials. They reach it through
+/// a pipe and are wiped here as soon as they are sent. Ends with its scope.
 class CredentialsAgent {
  public:
-  /// True once questions of this process go to it.
+  /// Returns true once dialogs of this process go to the agent.
   bool start(const std::string& program, const std::string& user, const std::string& password);
 
  private:
@@ -19,10 +19,10 @@ class CredentialsAgent {
   posix::UniqueFd input_;
 };
 
-/// Has this process's questions for a password asked at its terminal. Ends with its scope.
+/// Asks this process's password questions at its terminal. Ends with its scope.
 class TerminalAgent {
  public:
-  /// True once questions of this process go to it.
+  /// Returns true once questions of this process go to the agent.
   bool start(const std::string& program);
 
  private:

@@ -18,7 +18,7 @@ namespace {
 constexpr int kPatienceMilliseconds = 3000;
 constexpr int kStartTimeField = 22;
 
-// pkexec refuses to run where a variable looks odd, and speaks the language that it is told to.
+// pkexec refuses to run if a variable looks suspicious, and its language depends on one.
 char pathVariable[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
 char languageVariable[] = "LANG=C";
 char shellVariable[] = "SHELL=/bin/sh";
@@ -51,7 +51,7 @@ int ChildProgram::wait() {
   return status.value_or(-1);
 }
 
-// One that runs with other rights cannot be ended; it ends by itself when its connection does.
+// A child that runs with other rights cannot be signalled; it ends by itself when its connection ends.
 void ChildProgram::end() {
   if (!handle_) return;
   handle_.signal(SIGTERM);
@@ -60,7 +60,7 @@ void ChildProgram::end() {
   wait();
 }
 
-// The program's name stands in brackets and may hold anything; the numbers follow.
+// The program's name is in parentheses and may contain anything; the numbers follow.
 std::string ownStartTime() {
   std::ifstream file("/proc/self/stat");
   const std::string text{std::istreambuf_iterator<char>(file), {}};

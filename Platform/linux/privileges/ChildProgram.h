@@ -7,8 +7,8 @@
 
 namespace qm::linux_ {
 
-/// A child that does not inherit this process's environment, and of its descriptors only the three given.
-/// One that is let go of is ended and waited for.
+/// A child process that inherits nothing of this process's environment, and only the three given descriptors. The
+/// destructor ends it and waits for it.
 class ChildProgram {
  public:
   /// No child.
@@ -26,20 +26,20 @@ class ChildProgram {
     int errors = -1;
   };
 
-  /// Starts a program. Answers 0 or an error number.
+  /// Starts a program. Returns 0 or an error number.
   int start(const std::string& path, const std::vector<std::string>& arguments, const Streams& streams);
 
-  /// Blocks until the child has exited. Its exit status; -1 when there is no child, or a signal ended it.
+  /// Blocks until the child has exited. Returns its exit status; -1 if there is no child, or a signal ended it.
   int wait();
-  /// Ends the child, at first by asking.
+  /// Ends the child, first with SIGTERM.
   void end();
 
  private:
   posix::ProcessHandle handle_;
 };
 
-/// When this process was started, in the kernel's unit: with its number it names it for good. Empty when
-/// that cannot be told.
+/// When this process was started, in the kernel's unit. Together with the process id it identifies the process
+/// permanently. Empty if that cannot be determined.
 std::string ownStartTime();
 
 }  // namespace qm::linux_

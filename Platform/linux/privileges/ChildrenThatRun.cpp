@@ -29,7 +29,7 @@ bool runs(pid_t process, const std::string& program) {
   return isFile(running, program) || isFile(running, "/usr/bin/env");
 }
 
-/// A child belongs to the thread that started it, or to another one once that has ended.
+/// The kernel lists a child under the thread that started it, or under another one once that has ended.
 std::optional<pid_t> childThatRuns(const std::string& program) {
   std::error_code error;
   for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", error)) {
@@ -41,7 +41,7 @@ std::optional<pid_t> childThatRuns(const std::string& program) {
   return std::nullopt;
 }
 
-/// Whoever reaps it does so when it has ended: until then the number is its own.
+/// A child is reaped only after it has ended; until then the process id is its own.
 void waitForEnd(pid_t process) {
   const posix::UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
   pollfd watched{handle.get(), POLLIN, 0};

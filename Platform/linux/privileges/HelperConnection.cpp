@@ -18,7 +18,7 @@ using posix::UniqueFd;
 
 namespace {
 
-/// Blocks for the next bytes, and a descriptor if one comes along. False at the end.
+/// Blocks for the next bytes, and a descriptor if one comes with them. False at the end.
 bool receive(int socket, std::string& bytes, UniqueFd& descriptor) {
   std::array<char, 4096> block{};
   posix::SocketMessage<int> message(block.data(), block.size());
@@ -67,7 +67,7 @@ struct HelperConnection::State {
   ChildProgram helper;
   platform::Console& console;
 
-  std::mutex mutex;  // guards what follows
+  std::mutex mutex;  // guards the following members
   std::condition_variable changed;
   bool open = true;
   bool ended = false;

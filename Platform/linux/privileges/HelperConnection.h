@@ -17,23 +17,22 @@
 
 namespace qm::linux_ {
 
-/// The application's end of the connection to a helper that has said hello. A thread reads what the helper
-/// says, tells the console about tools that failed, and reaps the helper at its end. Any thread.
+/// The application's end of the connection to a helper that has sent its hello. A thread reads the helper's messages,
+/// prints failures of tools to the console, and reaps the helper at its end. Any thread.
 class HelperConnection {
  public:
-  /// The console outlives the connection and the thread.
+  /// The console must outlive the connection and the thread.
   HelperConnection(posix::UniqueFd socket, ChildProgram helper, platform::Console& console);
   HelperConnection(const HelperConnection&) = delete;
   HelperConnection& operator=(const HelperConnection&) = delete;
-  /// Ends the connection; tools run on to their end and are still told about.
+  /// Ends the connection. Running tools go on to their end and their failures are still printed.
   ~HelperConnection();
 
   bool isOpen() const;
-  /// Ends the connection, and waits until the helper has seen its tools through and has ended; not longer than half a
-  /// minute.
+  /// Ends the connection, and waits until the helper has finished its tools and has ended; at most half a minute.
   void end();
 
-  /// Starts a tool; blocks until it runs. `output` receives the reading end of what it writes.
+  /// Starts a tool; blocks until it is running. `output` receives the reading end of its output.
   platform::AuthorizationStatus launch(const std::string& tool, const std::vector<std::string>& arguments,
                                        posix::UniqueFd* output);
 

@@ -31,7 +31,7 @@ bool makeSocketPair(UniqueFd& own, UniqueFd& helpers) {
   return own && helpers;
 }
 
-// What came. Empty at the end.
+// The bytes that came; empty at the end.
 std::string readSome(int fd) {
   std::array<char, 1024> block{};
   ssize_t got = 0;
@@ -41,7 +41,7 @@ std::string readSome(int fd) {
   return got > 0 ? std::string(block.data(), static_cast<std::size_t>(got)) : std::string();
 }
 
-// The line of pkexec's that says why; the rest is for people at a terminal.
+// The line of pkexec's output that gives the reason; the rest is for people at a terminal.
 std::string firstLine(const std::string& errors) { return errors.substr(0, errors.find('\n')); }
 
 bool contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
@@ -54,8 +54,7 @@ HelperOpening explain(int exitStatus, const std::string& errors) {
     return failed(platform::errAuthorizationDenied, "the request was not authorized");
   }
   if (exitStatus == kNotAuthorized && contains(errors, "authentication agent")) {
-    return failed(platform::errAuthorizationInteractionNotAllowed,
-                  "there is nothing here that could ask for a password");
+    return failed(platform::errAuthorizationInteractionNotAllowed, "no program here can ask for a password");
   }
   const std::string line = firstLine(errors);
   return failed(platform::errAuthorizationToolEnvironmentError,
@@ -79,7 +78,8 @@ class PkexecRun {
     return failed(platform::errAuthorizationToolEnvironmentError, posix::withSystemWords(program, error));
   }
 
-  // The helper's end is its standard input: pkexec closes everything but the standard streams.
+  // The helper's end of the connection is its standard input, because pkexec closes everything but the standard
+  // streams.
   int start(const PrivilegePrograms& programs, const OnlyCommand& only) {
     UniqueFd helpers;
     if (!makeSocketPair(socket_, helpers)) return errno;

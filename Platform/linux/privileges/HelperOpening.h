@@ -18,17 +18,17 @@ struct HelperOpening {
   std::unique_ptr<HelperConnection> connection;
 };
 
-/// A command line, the tool first, that rights are asked for and restricted to; empty where the helper's own policy is
-/// all that restricts them.
+/// The command line, the tool first, that rights are requested for and restricted to; empty if only the helper's policy
+/// restricts them.
 using OnlyCommand = std::vector<std::string>;
 
-/// Has polkit ask for administrator rights in the user's dialog, and starts the helper with them. Without a
-/// desktop that shows dialogs the question goes to the terminal, if there is one. Blocks until it is
-/// answered; the calling thread lives until then.
+/// Requests administrator rights in the user's polkit dialog, and starts the helper with them. Without a desktop that
+/// shows dialogs the question goes to the terminal, if there is one. Blocks until it is answered. The calling thread
+/// must live until then.
 HelperOpening openHelperWithDialog(const PrivilegePrograms& programs, const OnlyCommand& only,
                                    platform::Console& console);
 
-/// The same without a question: the credentials answer it.
+/// The same without a dialog: the credentials answer the question.
 HelperOpening openHelperWithCredentials(const PrivilegePrograms& programs, platform::Console& console,
                                         const std::string& user, const std::string& password);
 

@@ -59,7 +59,7 @@ const std::string* valueOf(const AuthorizationItems& items, const char* name) {
 
 bool has(AuthorizationFlags flags, AuthorizationFlags wanted) { return (flags & wanted) != 0; }
 
-// Whoever reads the memory of this process, or takes its descriptors, has the session's rights.
+// Whoever can read the memory of this process, or take its descriptors, has the session's rights.
 void keepMemoryToOurselves(bool wanted) { ::prctl(PR_SET_DUMPABLE, wanted ? 0 : 1); }
 
 OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -68,15 +68,15 @@ OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>&
   return command;
 }
 
-/// Why the Trash that a command moves an item to cannot be used; "" when it can, and for every other command. Rights
-/// would not change that: it is the user's own.
+/// Why the Trash that a command moves an item to cannot be used; "" if it can, and for every other command. Rights
+/// would not change that, because the Trash is the user's own.
 std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
   const std::string folder = users.homeDirectory() + "/.Trash/";
   if (command.size() != 4 || command.front() != "/bin/mv" || !command.back().starts_with(folder)) return {};
   const TrashUser self{{::getuid(), ::getgid(), {}}, users.homeDirectory(), std::nullopt, false, {}};
   if (openLinkedTrash(self)) return {};
   const auto trash = TrashFinder().homeTrash(self);
-  return trash ? std::string() : "they would be of no use, because " + trash.problem().because;
+  return trash ? std::string() : "they would not help, because " + trash.problem().because;
 }
 
 bool isFileTool(const std::string& tool) {
@@ -94,7 +94,7 @@ PolkitAuthorization::~PolkitAuthorization() = default;
 AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*environment*/, AuthorizationFlags /*flags*/,
                                                 AuthorizationRef* session) {
   const std::scoped_lock lock(mutex_);
-  // Never the same twice: what was freed stays unknown.
+  // Handles are never reused, so that a freed one stays unknown.
   *session = reinterpret_cast<AuthorizationRef>(++lastSession_);  // NOLINT(performance-no-int-to-ptr)
   sessions_[*session] = {};
   return errAuthorizationSuccess;
@@ -111,7 +111,7 @@ void PolkitAuthorization::expectHollowFolder(const std::string& folder) {
   hollowFolder_ = folder;
 }
 
-/// The tool has no option that says it.
+/// The real tool has no option for that.
 std::vector<std::string> PolkitAuthorization::asMeant(const std::string& tool,
                                                       const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);
@@ -184,7 +184,7 @@ AuthorizationStatus PolkitAuthorization::free(AuthorizationRef session, Authoriz
   return errAuthorizationSuccess;
 }
 
-// Rights for one command are used up by it, and are none for another.
+// Rights for one command are used up by it, and do not hold for another.
 AuthorizationStatus PolkitAuthorization::connectionFor(AuthorizationRef session, const OnlyCommand& command,
                                                        SharedConnection* connection) {
   {
@@ -236,7 +236,7 @@ void PolkitAuthorization::releaseRights() {
 ToolCommand PolkitAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   if (!isFileTool(tool)) return {tool, arguments};
   const auto person = userWithName(users_.consoleUser().value_or(std::string()));
-  // Whoever came through pkexec to this program is not whom the helper works for.
+  // The helper does not work for somebody who came to this program through pkexec.
   std::vector<std::string> all = {
       "-u", "PKEXEC_UID", programs_.helper, "--for", std::to_string(person ? person->id : 0), tool};
   const std::vector<std::string> meant = asMeant(tool, arguments);

@@ -16,10 +16,9 @@
 
 namespace qm::linux_ {
 
-/// Administrator rights through polkit: a session with rights is a helper that pkexec started, and lives as
-/// long as the session. Credentials are the environment's items "username" and "password". The console is
-/// told why rights were not granted, why a tool was not started, in both cases what is left as it was, and that a
-/// tool failed.
+/// Administrator rights through polkit. A session with rights is a helper that pkexec started, and lives as long as the
+/// session. Credentials are the environment's items "username" and "password". The console shows why rights were not
+/// granted, why a tool was not started, in both cases which item is left as it was, and that a tool failed.
 ///
 ///   granted                                      0
 ///   the dialog was dismissed                     errAuthorizationCanceled
@@ -29,13 +28,12 @@ namespace qm::linux_ {
 ///   a tool that cannot be started, or is refused errAuthorizationToolExecuteFailure
 ///   no such session, or its helper has ended     errAuthorizationInvalidRef
 ///
-/// What a helper does is restricted to its scope. Where that is any tool, the rights that a dialog gives are for the
-/// one command that it shows, and the next command asks again; credentials, and rights that were asked for without a
-/// command, hold for all. A tool that it starts runs as root and needs no session: none is ever handed down. Any
-/// thread.
+/// A helper does only what its scope allows. If that is any tool, a dialog grants rights for the one command that it
+/// shows, and the next command asks again. Credentials, and rights that were requested without a command, hold for all
+/// commands. A tool that the helper starts runs as root and needs no session, so none is ever handed down. Any thread.
 class PolkitAuthorization : public platform::AuthorizationServices {
  public:
-  /// The console outlives this object and every tool that it starts, the users this object.
+  /// The console must outlive this object and every tool that it starts, the users this object.
   PolkitAuthorization(platform::Console& console, const platform::Users& users, PrivilegePrograms programs);
   ~PolkitAuthorization() override;
   PolkitAuthorization(const PolkitAuthorization&) = delete;
@@ -55,9 +53,9 @@ class PolkitAuthorization : public platform::AuthorizationServices {
                                                       platform::AuthorizationFlags flags,
                                                       const std::vector<std::string>& asked,
                                                       std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
-  /// As root, returns when the helpers that were started in place of tools have ended, too.
+  /// As root, also waits for the helpers that were started in place of tools.
   void releaseRights() override;
-  /// The helper itself, which works on items and not on names, for the person at the console.
+  /// The helper itself, which works by descriptor instead of by name, for the user at the console.
   platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyPrivilegedReference(platform::AuthorizationRef* session,
                                                         platform::AuthorizationFlags flags) override;
@@ -68,7 +66,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   /// A session without rights has no connection.
   struct Session {
     SharedConnection connection;
-    /// The one command that the rights are for.
+    /// The one command that the rights allow.
     OnlyCommand only;
   };
 
@@ -87,11 +85,11 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   const platform::Users& users_;
   const PrivilegePrograms programs_;
 
-  std::mutex mutex_;  // guards what follows
+  std::mutex mutex_;  // guards the following members
   std::uintptr_t lastSession_ = 0;
-  /// What the next rights are wanted for.
+  /// The command that the next rights are requested for.
   OnlyCommand announced_;
-  /// The folder whose removal means it only if nothing is in it.
+  /// The folder whose removal means: only if it is empty.
   std::string hollowFolder_;
   std::map<platform::AuthorizationRef, Session> sessions_;
 };

@@ -8,8 +8,9 @@ PrivilegePrograms privilegePrograms(const platform::ProductIdentity& product,
                                     const std::optional<std::string>& executable, HelperScope scope) {
   PrivilegePrograms programs;
   programs.scope = scope;
-  programs.helper = ownProgram(executable, scope == HelperScope::Product ? product.helper : product.toolHelper);
-  programs.credentialsAgent = ownProgram(executable, product.credentialsAgent);
+  programs.helper =
+      ownProgram(product, executable, scope == HelperScope::Product ? product.helper : product.toolHelper);
+  programs.credentialsAgent = ownProgram(product, executable, product.credentialsAgent);
   return programs;
 }
 

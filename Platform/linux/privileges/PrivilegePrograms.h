@@ -7,13 +7,13 @@
 
 namespace qm::linux_ {
 
-/// What a helper's rights are for, which its dialog says.
+/// What a helper's rights allow, which its dialog says.
 enum class HelperScope {
-  Product,  ///< for the product's own items: what is one, its helper knows
+  Product,  ///< the product's own items, which its helper knows
   AnyTool,  ///< any program; the dialog shows which
 };
 
-/// The programs that administrator rights are got with.
+/// The programs through which administrator rights are obtained.
 struct PrivilegePrograms {
   std::string helper;
   HelperScope scope = HelperScope::Product;
@@ -22,7 +22,7 @@ struct PrivilegePrograms {
   std::string terminalAgent = "/usr/bin/pkttyagent";
 };
 
-/// The product's are looked for from where the running program is (OwnPrograms.h).
+/// The product's programs are looked for relative to the running program (OwnPrograms.h).
 PrivilegePrograms privilegePrograms(const platform::ProductIdentity& product,
                                     const std::optional<std::string>& executable,
                                     HelperScope scope = HelperScope::Product);

@@ -20,7 +20,7 @@ int readLargestCapacity() {
   return capacity >= kDefaultCapacity && capacity <= (1L << 30) ? static_cast<int>(capacity) : kUsualLargestCapacity;
 }
 
-// A user whose pipes hold a lot already is refused the largest size, and later every larger one.
+// A user whose pipes already hold a lot is refused the largest size, and later every larger one.
 void growPipe(int descriptor) {
   static const int largest = readLargestCapacity();
   for (int capacity = largest; capacity > kDefaultCapacity; capacity /= 2) {

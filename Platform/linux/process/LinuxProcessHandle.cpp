@@ -31,7 +31,7 @@ ProcessHandle ProcessHandle::open(pid_t process) {
 
 void ProcessHandle::waitForExit() const {
   siginfo_t exit{};
-  // A failure means that the child is reaped already.
+  // A failure means that the child has already been reaped.
   waitFor(descriptor(), &exit, WEXITED | WNOWAIT);
 }
 

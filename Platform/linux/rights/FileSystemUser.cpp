@@ -9,10 +9,10 @@
 namespace qm::posix {
 namespace {
 
-// An id that names nobody: asking for it changes nothing and answers the one in force.
+// An invalid id: passing it changes nothing and returns the current one.
 constexpr unsigned kNobody = ~0U;
 
-// The library's setgroups changes every thread of the process; the system call changes this one.
+// The C library's setgroups changes every thread of the process; the system call changes only this one.
 bool setThreadGroups(const std::vector<gid_t>& groups) {
   return ::syscall(SYS_setgroups, groups.size(), groups.data()) == 0;
 }
@@ -24,8 +24,8 @@ std::vector<gid_t> threadGroups() {
   return groups;
 }
 
-// The user id comes last: leaving root's takes away the right to change the groups' file rights, and
-// returning to it gives that right back.
+// The user id is changed last: leaving root's removes the right to change the groups, and returning to it restores that
+// right.
 bool become(const FileSystemIdentity& identity) {
   const bool groups = setThreadGroups(identity.groups);
   ::setfsgid(identity.gid);
@@ -48,7 +48,7 @@ void FileSystemUser::enter() {
   ok_ = become(*identity_);
 }
 
-// A thread that stayed somebody else could neither finish nor undo what it has begun: it is tried more than once.
+// A thread that stayed another user could neither finish nor undo what it has begun, so this is tried more than once.
 void FileSystemUser::leave() {
   constexpr int kTries = 3;
   if (!entered_) return;

@@ -5,14 +5,14 @@
 
 namespace qm::linux_ {
 
-/// A login manager keeps track of seats and sessions on this machine.
+/// Whether a login manager keeps track of seats and sessions on this machine.
 bool loginManagerRuns();
 
-/// The login name behind the active session of seat0, "loginwindow" for a login screen; nil when no session is active.
+/// The login name of the active session of seat0, "loginwindow" for a login screen; null if no session is active.
 std::optional<std::string> userOfActiveSession();
 
-/// The login name of the person who started this program with root's rights through pkexec or sudo, as these leave it
-/// in the environment; nil for root itself and for a user that the system does not know.
+/// The login name of the user who started this program with root's rights through pkexec or sudo, according to the
+/// environment; null for root itself and for an unknown user.
 std::optional<std::string> userBehindRootTool();
 
 }  // namespace qm::linux_

@@ -5,7 +5,7 @@
 namespace qm::linux_ {
 
 std::optional<std::string> environmentValue(const char* name) {
-  // Nothing here changes the environment while threads run.
+  // Nothing here changes the environment while threads are running.
   const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
   return value == nullptr ? std::nullopt : std::optional<std::string>(value);
 }

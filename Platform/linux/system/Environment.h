@@ -5,10 +5,10 @@
 
 namespace qm::linux_ {
 
-/// The value of an environment variable; nil when it is not set.
+/// The value of an environment variable; null if it is not set.
 std::optional<std::string> environmentValue(const char* name);
 
-/// `path` without its trailing slashes when it is absolute ("/" stays), nil otherwise.
+/// `path` without its trailing slashes if it is absolute ("/" stays), null otherwise.
 std::optional<std::string> absoluteFolder(std::optional<std::string> path);
 
 }  // namespace qm::linux_

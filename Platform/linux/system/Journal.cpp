@@ -3,7 +3,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-#define SD_JOURNAL_SUPPRESS_LOCATION  // callers are not in this file
+#define SD_JOURNAL_SUPPRESS_LOCATION  // the caller's file and line are not this file's
 #include <systemd/sd-journal.h>
 
 namespace qm::linux_ {

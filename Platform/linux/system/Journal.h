@@ -5,16 +5,16 @@
 
 namespace qm::linux_ {
 
-/// A field of an entry in the system journal. Names are upper case letters, digits and underscores.
+/// A field of an entry in the system journal. Names consist of upper case letters, digits and underscores.
 struct JournalField {
   std::string name;
   std::string value;
 };
 
-/// The machine has a system journal.
+/// Whether the machine has a system journal.
 bool journalIsThere();
 
-/// Adds an entry to the system journal. Nothing happens where there is none. Any thread.
+/// Adds an entry to the system journal. Does nothing if there is none. Any thread.
 void sendToJournal(const std::vector<JournalField>& fields);
 
 }  // namespace qm::linux_

@@ -6,7 +6,7 @@
 namespace qm::linux_ {
 
 /// The folders of the Mac's layout: ~/Applications, /Library, /System/Library and so on. The temporary folder is
-/// $TMPDIR when that is absolute, else /tmp.
+/// $TMPDIR if that is absolute, else /tmp.
 class MacLayoutDirectories : public platform::StandardDirectories {
  public:
   explicit MacLayoutDirectories(const platform::Users& users) : users_(users) {}

@@ -4,11 +4,19 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/ProductIdentity.h"
+
 namespace qm::linux_ {
 
-/// Where a program of the product's is, seen from the running one: in ../libexec where it is installed, else beside it,
-/// as in a build folder; an absolute path is itself. A running one that the system does not tell of counts as installed
-/// in /usr. For a program without a name, a path where there never is one, for messages.
-std::string ownProgram(const std::optional<std::string>& executable, std::string_view name);
+/// A folder of the product's installation, by its path relative to the running program's folder. Leading ".." of the path
+/// are resolved by name; an absolute path is returned as it is. If the system does not give the running program's path,
+/// it counts as one in /usr/bin.
+std::string installedFolder(const std::optional<std::string>& executable, std::string_view way);
+
+/// The path of a program of the product's, relative to the running one: in the product's `programsFolder` if that is where
+/// it is installed, else beside it, as in a build folder. An absolute path is returned as it is. For a program without a
+/// name, returns a path where nothing ever exists, for messages.
+std::string ownProgram(const platform::ProductIdentity& product, const std::optional<std::string>& executable,
+                       std::string_view name);
 
 }  // namespace qm::linux_

@@ -30,7 +30,7 @@ PropertyListValue booleanValue(plist_t node) {
 }
 
 PropertyListValue integerValue(plist_t node) {
-  // The library keeps negative numbers as their two's complement.
+  // libplist stores negative numbers in two's complement.
   std::uint64_t value = 0;
   ::plist_get_uint_val(node, &value);
   return static_cast<std::int64_t>(value);

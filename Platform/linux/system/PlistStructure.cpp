@@ -10,15 +10,15 @@ namespace {
 
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
-constexpr std::size_t kMostObjects = 20000;                            // unfolded, of a binary list
+constexpr std::size_t kMostObjects = 20000;                            // expanded, of a binary list
 constexpr std::size_t kMostContainers = 10000;                         // of a text
 constexpr std::size_t kDeepest = 256;                                  // of a binary list
 constexpr std::uint64_t kMostUnfoldedBytes = std::uint64_t{4} << 20U;  // of data and text, of a binary list
 
 using Offset = std::uint64_t;
 
-// The structure of a binary property list: a header, objects, a table of their offsets, and a trailer that says where
-// the table is. Every read stays inside the bytes.
+// The structure of a binary property list: a header, objects, a table of their offsets, and a trailer with the position
+// of the table. Every read stays inside the bytes.
 class BinaryWalker {
  public:
   explicit BinaryWalker(std::string_view bytes) : bytes_(bytes) {}
@@ -44,7 +44,7 @@ class BinaryWalker {
     return extent.begin <= end_ && extent.count <= (end_ - extent.begin) / size;
   }
   bool visit(std::uint64_t object, std::size_t depth);
-  // The library copies data and text for every reference to them.
+  // libplist copies data and text for every reference to them.
   bool unfold(const Extent& extent, std::uint64_t size) {
     return fits(extent, size) && (unfoldedBytes_ += extent.count * size) <= kMostUnfoldedBytes;
   }
@@ -80,8 +80,8 @@ bool BinaryWalker::readTrailer() {
   return true;
 }
 
-// Where an object's contents begin and how many units it says to have: in the marker's low half or, when that is full,
-// in an integer object that follows.
+// Where an object's contents begin and how many units it claims to have: the number is in the marker's low half or, if
+// that is 15, in an integer object that follows.
 std::optional<BinaryWalker::Extent> BinaryWalker::extentOf(Offset offset) const {
   const unsigned low = static_cast<unsigned char>(bytes_[offset]) & 0x0fU;
   if (low != 0x0fU) return Extent{offset + 1, low};
@@ -98,7 +98,7 @@ std::optional<Offset> BinaryWalker::offsetOf(std::uint64_t object) const {
   return offset && *offset >= kMagic.size() && *offset < table_ ? offset : std::nullopt;
 }
 
-// A text that has been visited, without a NUL character: the library ends the process over one.
+// A text that has been visited and contains no NUL character; libplist aborts the process on one.
 bool BinaryWalker::isKey(std::uint64_t object) const {
   const auto offset = offsetOf(object);
   const auto extent = offset ? extentOf(*offset) : std::nullopt;

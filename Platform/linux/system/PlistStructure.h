@@ -4,14 +4,14 @@
 
 namespace qm::linux_ {
 
-/// The bytes are a binary property list by their first ones.
+/// Whether the first bytes are those of a binary property list.
 bool isBinaryPropertyList(std::string_view bytes);
 
-/// A binary property list whose tables and objects lie inside it, whose containers do not contain themselves, whose
-/// keys are texts without a NUL character, and which unfolds to a bounded number of objects.
+/// Whether the tables and objects of a binary property list lie inside it, its containers do not contain themselves,
+/// its keys are texts without a NUL character, and it expands to a bounded number of objects.
 bool hasSoundBinaryStructure(std::string_view bytes);
 
-/// A text without a NUL byte that opens a bounded number of containers. Says nothing about being well-formed.
+/// Whether a text has no NUL byte and opens a bounded number of containers. It may still be malformed.
 bool hasModestTextStructure(std::string_view text);
 
 }  // namespace qm::linux_

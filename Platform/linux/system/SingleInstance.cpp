@@ -27,7 +27,7 @@ struct Address {
   const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&place); }
 };
 
-/// A name that begins with a zero is the kernel's and no file's.
+/// A name that begins with a zero byte is in the kernel's abstract namespace, not in the file system.
 Address addressOf(const std::string& name) {
   Address address;
   address.place.sun_family = AF_UNIX;
@@ -37,7 +37,7 @@ Address addressOf(const std::string& name) {
   return address;
 }
 
-/// A process of another machine inside or around this one, as containers are, has no number here.
+/// A process in another container has no id here.
 bool isOwn(int connection) {
   ucred peer{};
   socklen_t size = sizeof peer;
@@ -62,7 +62,8 @@ SingleInstance::SingleInstance(const std::string& name) : name_(name + '.' + std
 SingleInstance::Start SingleInstance::start(milliseconds patience) {
   const auto deadline = steady_clock::now() + patience;
   while (claimOrAsk(deadline) == Attempt::TryAgain) {
-    // Whoever has the name is beginning or ending. One that does neither cannot be known, and must not be in the way.
+    // Whoever has the name is starting or ending. If it does neither, it cannot be identified, and must not block this
+    // start.
     if (steady_clock::now() >= deadline) break;
     ::poll(nullptr, 0, kBetweenAttempts.count());
   }
@@ -97,7 +98,7 @@ bool SingleInstance::serve(const std::function<void()>& show) const {
   if (!connection) return errno == EAGAIN || errno == ECONNABORTED || errno == EINTR;
   if (!isOwn(connection.get())) return true;
   show();
-  // Whoever has given up waiting misses nothing.
+  // A process that has given up waiting misses nothing.
   static_cast<void>(::send(connection.get(), &kAnswer, 1, MSG_NOSIGNAL));
   return true;
 }

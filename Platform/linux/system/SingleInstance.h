@@ -8,30 +8,31 @@
 
 namespace qm::linux_ {
 
-/// Sees to it that a user has one instance of a program on a machine. A later start asks the first one to show itself,
-/// and gets an answer when that is done.
+/// Ensures that a user has one instance of a program on a machine. A later start asks the first one to show itself, and
+/// gets an answer when that is done.
 ///
-/// The first instance listens at a name of the kernel's, which goes with the process however that ends. Anybody may
-/// take such a name or ask at it: both sides look whom they have before them. Somebody else who holds the name has the
-/// program start as if there were no other, and somebody else who asks gets no answer.
+/// The first instance listens at an abstract socket name, which disappears with the process however that ends. Anybody
+/// may take such a name or connect to it, so both sides check the peer's user. If somebody else holds the name, the
+/// program starts as if there were no other; a request from somebody else gets no answer.
 class SingleInstance {
  public:
   enum class Start : unsigned char {
     First,     ///< the program is to run
-    Answered,  ///< another instance runs, and has shown itself
-    NoAnswer,  ///< another instance runs, and did nothing in time
+    Answered,  ///< another instance is running, and has shown itself
+    NoAnswer,  ///< another instance is running, and did not respond in time
   };
 
   /// `name` is the program's, the same for every user.
   explicit SingleInstance(const std::string& name);
 
-  /// Called once. Takes no longer than `patience`. Where the system gives no socket, the start is the first.
+  /// Call it once. Takes no longer than `patience`. If the system provides no socket, this instance counts as the
+  /// first.
   Start start(std::chrono::milliseconds patience);
 
-  /// Readable when another start asks. None where this one is not listening.
+  /// Readable when another start makes a request. None if this instance is not listening.
   const posix::UniqueFd& requests() const { return listening_; }
-  /// Takes one request, calls `show` if it is the same user's, and answers it. Returns whether the system gave the
-  /// means: otherwise the request goes on waiting.
+  /// Accepts one request, calls `show` if it is from the same user, and answers it. Returns false if the system lacked
+  /// the resources; the request then keeps waiting.
   bool serve(const std::function<void()>& show) const;
 
  private:

@@ -21,8 +21,8 @@ struct OpenFile {
 };
 
 OpenFile openSmallRegularFile(const std::string& path, std::size_t limit) {
-  // Opening a device may do something, so what is there is looked at first; a look after the opening sees that nothing
-  // was put in its place meanwhile.
+  // Opening a device may have an effect, so the item's type is checked first. A check after opening it ensures that
+  // nothing was put in its place meanwhile.
   OpenFile opened{posix::UniqueFd()};
   struct stat file {};
   if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &file) < 0) return opened;
@@ -37,7 +37,7 @@ OpenFile openSmallRegularFile(const std::string& path, std::size_t limit) {
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit) {
   const OpenFile file = openSmallRegularFile(path, limit);
   if (!file.descriptor) return std::nullopt;
-  // Room for one byte more shows a file that grew meanwhile.
+  // One byte more than the expected size, to notice a file that has grown meanwhile.
   std::string bytes(file.size + 1, '\0');
   std::size_t length = 0;
   while (length < bytes.size()) {

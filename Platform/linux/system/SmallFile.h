@@ -6,9 +6,8 @@
 
 namespace qm::linux_ {
 
-/// The bytes of a regular file of at most `limit` bytes; nil for anything else that the path may lead to,
-/// and for a file that grows while it is read. Links are
-/// followed. Never waits for a FIFO's writer and never opens a device.
+/// The bytes of a regular file of at most `limit` bytes; null for anything else that the path may lead to, and for a
+/// file that grows while it is read. Links are followed. Never waits for a FIFO's writer and never opens a device.
 std::optional<std::string> readSmallFile(const std::string& path, std::size_t limit);
 
 }  // namespace qm::linux_

@@ -28,7 +28,7 @@ std::chrono::system_clock::time_point SystemClock::now() const { return std::chr
 std::chrono::steady_clock::time_point SystemClock::monotonicNow() const { return std::chrono::steady_clock::now(); }
 
 foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_point date) const {
-  // Rounded down, also before 1970.
+  // Rounded down, even before 1970.
   const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch().count();
   std::tm local{};
   ::localtime_r(&seconds, &local);
@@ -43,7 +43,7 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
 
 void SystemClock::sleep(std::chrono::microseconds span) {
   if (span <= std::chrono::microseconds::zero()) return;
-  // Until a fixed moment: restarting with what is left would add up a little at every signal.
+  // Sleeps until a fixed moment: restarting with the remaining time would accumulate a little delay at every signal.
   const std::timespec end = momentAfter(span);
   while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
   }

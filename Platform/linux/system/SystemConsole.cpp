@@ -26,7 +26,7 @@ bool standardErrorIsTheJournal() {
 
 bool journalTakesMessages() { return journalIsThere() && !standardErrorIsTheJournal(); }
 
-// A console in non-blocking mode that is full gets a moment to drain.
+// Gives a full console in non-blocking mode a moment to drain.
 bool mayTryAgain() {
   if (errno == EINTR) return true;
   pollfd console{STDERR_FILENO, POLLOUT, 0};

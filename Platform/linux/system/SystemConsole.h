@@ -7,16 +7,15 @@
 
 namespace qm::linux_ {
 
-/// Standard error and, where the machine has one, the system journal.
+/// Standard error and, if the machine has one, the system journal.
 ///
-/// On standard error a message is one write of "DATE NAME[PID]: MESSAGE\n", so that the messages of several threads
-/// stand one after the other; line ends inside it stay, and other control characters, which a terminal would obey,
-/// become blanks. The journal gets the message alone, as it stands. When standard error is the journal already, the
-/// message goes there once. A console that takes nothing is passed over. A broken pipe counts as such only while
-/// SIGPIPE is ignored, which is up to the program.
+/// On standard error a message is one write of "DATE NAME[PID]: MESSAGE\n", so that messages of several threads do not
+/// mix. Newlines inside it stay, and other control characters, which a terminal would obey, become blanks. The journal
+/// gets the message alone, verbatim. If standard error is the journal already, the message is written there once. A
+/// console that accepts nothing is skipped. A broken pipe is ignored only if the program ignores SIGPIPE.
 class SystemConsole : public platform::Console {
  public:
-  /// `name` stands for the program, on both.
+  /// `name` stands for the program, in both.
   SystemConsole(const platform::Clock& clock, std::string name);
 
   void print(std::string_view text) override;

@@ -46,8 +46,8 @@ std::string kernel() {
   return ::uname(&name) == 0 ? std::string(name.sysname) + " " + name.release : "Linux";
 }
 
-// Random bytes; what the kernel does not give before its generator is ready stays zero, and the process id, the time
-// and the count beside them tell the strings apart.
+// Random bytes. Those that the kernel does not provide before its generator is ready stay zero; process id, time and
+// count still make the strings unique.
 std::array<std::uint32_t, 4> randomWords() {
   std::array<std::uint32_t, 4> words{};
   if (::getrandom(words.data(), sizeof(words), GRND_NONBLOCK) < 0) return {};
@@ -110,10 +110,10 @@ std::optional<std::string> SystemFacts::executablePath() const { return executab
 
 std::optional<std::string> SystemFacts::bundleVersion() const {
   if (!executable_) return std::nullopt;
-  const std::string above = foundation::deletingLastPathComponent(foundation::deletingLastPathComponent(*executable_));
-  for (const std::string& place :
-       {std::string("Info.plist"), "share/" + std::string(product_.program) + "/Info.plist"}) {
-    const auto dictionary = propertyLists_.read(foundation::appendingPathComponent(above, place));
+  const std::string data = installedFolder(executable_, product_.dataFolder);
+  for (const std::string& folder :
+       {installedFolder(executable_, ".."), foundation::appendingPathComponent(data, product_.program)}) {
+    const auto dictionary = propertyLists_.read(foundation::appendingPathComponent(folder, "Info.plist"));
     if (!dictionary) continue;
     const auto version = dictionary->find("CFBundleVersion");
     if (version != dictionary->end()) return textOf(version->second);
@@ -121,6 +121,6 @@ std::optional<std::string> SystemFacts::bundleVersion() const {
   return std::nullopt;
 }
 
-std::string SystemFacts::zipToolPath() const { return ownProgram(executable_, product_.zipTool); }
+std::string SystemFacts::zipToolPath() const { return ownProgram(product_, executable_, product_.zipTool); }
 
 }  // namespace qm::linux_

@@ -11,14 +11,15 @@
 
 namespace qm::linux_ {
 
-/// The value of PRETTY_NAME in the text of an os-release file; nil without one.
+/// The value of PRETTY_NAME in the text of an os-release file; null without one.
 std::optional<std::string> prettyName(std::string_view osRelease);
 
-/// The path that the running program was started from; nil when the system does not tell.
+/// The path that the running program was started from; null if the system does not tell it.
 std::optional<std::string> runningExecutable();
 
 /// Facts from the kernel and the distribution. The program's information dictionary is an Info.plist beside the folder
-/// of the executable (Contents/MacOS/program has Contents/Info.plist, bin/program has share/PRODUCT/Info.plist).
+/// of the executable (Contents/MacOS/program has Contents/Info.plist), or that of its name in the product's
+/// `dataFolder`.
 class SystemFacts : public platform::SystemInformation {
  public:
   SystemFacts(const platform::PropertyLists& propertyLists, const platform::ProductIdentity& product,
@@ -31,7 +32,7 @@ class SystemFacts : public platform::SystemInformation {
   std::string globallyUniqueString() const override;
   std::optional<std::string> executablePath() const override;
   std::optional<std::string> bundleVersion() const override;
-  /// The product's, made of Platform/linux/archives.
+  /// The product's zip tool, built from Platform/linux/archives.
   std::string zipToolPath() const override;
 
  private:

@@ -6,10 +6,10 @@ namespace qm::linux_ {
 
 /// Users by the system's user database and the login manager.
 ///
-/// Root's home is the one of the common folder layout, /var/root; root asked for by name lives where the user database
-/// says. The person at the console is the one whose session is active on seat0; the login screen's own session reads
-/// as "loginwindow". Where no login manager runs it is the person who started the program through pkexec or sudo, root
-/// aside.
+/// Root's own home is the one of the Mac's layout, /var/root; the home of the user named "root" is the one in the user
+/// database. The user at the console is the one whose session is active on seat0; the login screen's own session reads
+/// as "loginwindow". If no login manager is running, it is the user who started the program through pkexec or sudo,
+/// unless that is root.
 class SystemUsers : public platform::Users {
  public:
   unsigned realUserId() const override;

@@ -20,7 +20,7 @@ namespace {
 
 using platform::Status;
 
-// Asking who the user is takes longer than moving a file; within this time an answer stands.
+// Finding the user takes longer than moving a file, so the result is reused for this long.
 constexpr std::chrono::seconds kAnswersStand{1};
 
 std::optional<std::string> environmentDataHome() {
@@ -31,13 +31,13 @@ std::optional<std::string> environmentDataHome() {
 
 bool isAbsolutePath(const std::string& path) { return path.starts_with('/') && path.find('\0') == std::string::npos; }
 
-// Within the home the link is relative, so that it holds when the home is moved.
+// Within the home the link is relative, so that it stays valid if the home is moved.
 std::string linkTarget(const std::string& trashDirectory, const TrashUser& user, const TrashDirectory& home) {
   const bool beside = !user.dataHome && foundation::deletingLastPathComponent(trashDirectory) == user.home;
   return beside ? ".local/share/Trash/files" : home.path + "/files";
 }
 
-// A courtesy: whether it succeeds has no bearing on the item.
+// A convenience: its failure does not affect the item.
 void makeLink(const std::string& trashDirectory, const std::string& target) {
   struct stat found {};
   if (::lstat(trashDirectory.c_str(), &found) == 0 || errno != ENOENT) return;
@@ -55,13 +55,13 @@ void add(std::vector<platform::TrashedItem>& items, const TrashDirectory& trash,
   for (const StoredItem& item : found) items.push_back({pathOf(trash, item), item.origin, item.deletionDate});
 }
 
-// Those of one Trash are in order.
+// The items of one Trash are already sorted.
 void sortNewestFirst(std::vector<platform::TrashedItem>& items) {
   const auto isNewer = [](const auto& one, const auto& other) { return one.deletionDate > other.deletionDate; };
   std::stable_sort(items.begin(), items.end(), isNewer);
 }
 
-// The Trash that an item is in, among those where it can be.
+// The Trash that contains an item, among the candidates.
 SharedTrashDirectory trashOf(const platform::TrashedItem& item, const std::vector<SharedTrashDirectory>& trashes) {
   const std::string folder = foundation::deletingLastPathComponent(item.path);
   const auto holds = [&](const SharedTrashDirectory& trash) { return trash->path + "/files" == folder; };
@@ -167,7 +167,7 @@ Status FreedesktopTrash::putBack(const platform::TrashedItem& item, const std::o
   return Status::success();
 }
 
-// As root what was ended in the middle is mended first, so that nothing is missing in the Trash.
+// As root, interrupted moves are mended first, so that no item is missing in the Trash.
 TrashAnswer<TrashesOfPath> FreedesktopTrash::trashesFor(const std::string& origin, const TrashUser& user) {
   const std::string name = foundation::lastPathComponent(origin);
   if (!isAbsolutePath(origin) || name == "/" || name == "." || name == "..") {

@@ -18,16 +18,16 @@
 
 namespace qm::linux_ {
 
-/// The Trash by the rules of freedesktop.org, version 1.0: the user's home trash for what lies on its
-/// volume, and a folder at the top of every other volume. The services outlive it.
+/// The Trash by the freedesktop.org specification, version 1.0: the user's home trash for what lies on its volume, and
+/// a folder at the top of every other volume. The services outlive it.
 class FreedesktopTrash final : public platform::Trash {
  public:
-  /// Reads XDG_DATA_HOME once, here. `workFolderPrefix` is what the names of root's work folders begin with.
+  /// Reads XDG_DATA_HOME once, here. `workFolderPrefix` is the prefix of the names of root's work folders.
   FreedesktopTrash(const platform::Users& users, const platform::Clock& clock, std::string_view workFolderPrefix);
 
-  /// As root the work is done with the console user's rights and belongs to him; root's own rights are
-  /// used where his do not suffice to take the item from its folder, and the item is then handed over to him. ~/.Trash
-  /// is made as a link to the home trash when nothing is there.
+  /// As root this works with the console user's rights, and what it creates belongs to that user. Root's own rights are
+  /// used only if the user's do not suffice to take the item from its folder; the item is then handed over. If nothing
+  /// is at ~/.Trash, a link to the home trash is created there.
   platform::Recycled recycleItems(const std::string& sourceFolder, const std::optional<std::string>& trashDirectory,
                                   const std::vector<std::string>& names) override;
   platform::TrashedItems itemsFrom(const std::string& origin,
@@ -72,7 +72,7 @@ class FreedesktopTrash final : public platform::Trash {
   MountedVolumes volumes_;
   UnflushedTrashes unflushed_;
 
-  std::mutex mutex_;  // guards what follows
+  std::mutex mutex_;  // guards the following members
   KnownUser knownUser_;
   KnownLink knownLink_;
   KnownDate knownDate_;

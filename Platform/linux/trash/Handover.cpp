@@ -22,7 +22,7 @@ using posix::FileError;
 
 constexpr mode_t kForOthers = S_IRWXG | S_IRWXO;
 
-// The mode that a file may keep.
+// The mode without the bits that a file may not keep.
 mode_t keptMode(const struct stat& file, Reached reached) {
   const mode_t mode = file.st_mode & kPermissions & ~kLendingBits;
   return reached == Reached::Yes ? mode : mode & ~kForOthers;
@@ -30,7 +30,7 @@ mode_t keptMode(const struct stat& file, Reached reached) {
 
 bool isDevice(const struct stat& file) { return S_ISCHR(file.st_mode) || S_ISBLK(file.st_mode); }
 
-// Anything but a folder; a link has no rights of its own.
+// Anything but a folder. A link has no permissions of its own.
 int settleFile(int item, const struct stat& file, Reached reached) {
   if (S_ISLNK(file.st_mode)) return 0;
   if (const int error = S_ISREG(file.st_mode) ? dropCapabilities(item) : 0) return error;
@@ -38,7 +38,7 @@ int settleFile(int item, const struct stat& file, Reached reached) {
   return mode == (file.st_mode & kPermissions) ? 0 : posix::setMode(item, mode);
 }
 
-// 0 and `changes`, or an error number.
+// Returns 0 and sets `changes`, or returns an error number.
 int lookForChanges(int item, const struct stat& file, Reached reached, bool& changes) {
   if (S_ISLNK(file.st_mode)) return 0;
   if (const int error = S_ISREG(file.st_mode) ? lookForCapabilities(item, changes) : 0) return error;
@@ -54,7 +54,7 @@ int giveFolder(int folder, const FileSystemIdentity& person) {
   return mode == (found.st_mode & kPermissions) ? 0 : posix::errorOf(::fchmod(folder, mode));
 }
 
-/// What both walks have in common: what the person can reach.
+/// What both walks share: what the user can reach.
 class ReachVisitor : public ItemsVisitor {
  public:
   ReachVisitor(const FileSystemIdentity& person, Reached reached) : identity_(person), reached_{reached} {}
@@ -85,7 +85,7 @@ class ReachVisitor : public ItemsVisitor {
   }
 
   const FileSystemIdentity& identity_;
-  std::vector<Reached> reached_;  ///< of the item, and of every folder down to the one that the walk is in
+  std::vector<Reached> reached_;  ///< of the item, and of every folder down to the current one
 };
 
 class Giving : public ReachVisitor {

@@ -23,7 +23,7 @@ int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
   if (written < 0) return errno;
   if (static_cast<std::size_t>(written) < text.size()) return ENOSPC;
   if (writtenThrough == WrittenThrough::Yes && ::fsync(file.get()) != 0) return errno;
-  // Some file systems tell only now that there was no room.
+  // Some file systems report a lack of space only now.
   return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
 }
 

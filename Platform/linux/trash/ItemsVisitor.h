@@ -8,8 +8,8 @@
 
 namespace qm::linux_ {
 
-/// Looks at everything in an item, by its descriptor, and stays on one mount. Functions return 0 to go on or the error
-/// number that ends it. What vanishes meanwhile is passed over.
+/// Visits everything in an item, by descriptor, within one mount. Functions return 0 to go on or the error number that
+/// ends the walk. Items that disappear meanwhile are skipped.
 class ItemsVisitor : public posix::TreeVisitor {
  public:
   int entered(const posix::FolderChain& chain, const std::string& name) override;
@@ -17,11 +17,11 @@ class ItemsVisitor : public posix::TreeVisitor {
   int left(int parent, int folder, const std::string& name) override;
   int cannotEnter(int parent, const std::string& name, int error) override;
 
-  /// Anything but a folder, by a descriptor that only names it.
+  /// Anything but a folder, by an O_PATH descriptor.
   virtual int file(int item, const struct stat& status) = 0;
-  /// A folder, before what is in it.
+  /// A folder, before its contents.
   virtual int folderEntered(int folder);
-  /// The same folder, after what is in it.
+  /// The same folder, after its contents.
   virtual int folderLeft(int folder);
 
  private:

@@ -22,13 +22,13 @@ constexpr const char* kCapabilities = "security.capability";
 
 bool isDevice(mode_t mode) { return S_ISBLK(mode) || S_ISCHR(mode); }
 
-// 0 and `lends`, or an error number. A link has no rights of its own.
+// Returns 0 and sets `lends`, or returns an error number. A link has no permissions of its own.
 int lookForLentRights(int item, const struct stat& status, bool& lends) {
   lends = !S_ISLNK(status.st_mode) && (status.st_mode & kLendingBits) != 0;
   return lends || !S_ISREG(status.st_mode) ? 0 : lookForCapabilities(item, lends);
 }
 
-// The item itself, whatever it is, and all that is in it.
+// The item itself, of any type, and everything in it.
 FileError visit(int item, ItemsVisitor& visitor) {
   const auto status = statusOf(item);
   if (!status) return errno;

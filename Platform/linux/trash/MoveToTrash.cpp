@@ -20,7 +20,7 @@
 namespace qm::linux_ {
 namespace {
 
-// How often another program may snatch the name that was just found free.
+// How often another program may take a name that was just found free.
 constexpr int kMostRounds = 64;
 
 bool exists(int folder, const std::string& name) {
@@ -35,7 +35,7 @@ bool isValidName(const std::string& name) {
 
 bool isFolder(const ItemIdentity& item) { return S_ISDIR(item.mode); }
 
-// One item on its way.
+// One item on its way to the Trash.
 class Move {
  public:
   Move(const SourceFolder& source, const std::string& name, const SharedTrashDirectory& trash, FileSystemUser& acting,
@@ -70,7 +70,7 @@ class Move {
     return error != 0 ? std::optional(itemProblem(error)) : mountedVolume();
   }
 
-  // The contents of a volume are not the item's own, and the system would let them go along.
+  // The contents of a mounted volume do not belong to the item, but the system would move them with it.
   std::optional<TrashProblem> mountedVolume() const {
     if (item_.mount != source_.identity.mount) return itemProblem(EBUSY);
     if (!isFolder(item_)) return std::nullopt;
@@ -96,7 +96,7 @@ class Move {
     return EEXIST;
   }
 
-  // What lost its other half counts as well: neither is overwritten.
+  // An orphaned item or .trashinfo also makes the name taken; neither is overwritten.
   bool isTaken(const std::string& stored) const {
     return exists(trash_.info.get(), stored + std::string(kTrashInfoSuffix)) || exists(trash_.files.get(), stored);
   }
@@ -144,7 +144,7 @@ class Move {
     return error ? std::optional(itemProblem(error.code)) : std::nullopt;
   }
 
-  // With the user's rights, and where they do not suffice with root's, if those may be used here.
+  // First with the user's rights; if those do not suffice, with root's, if those may be used here.
   int withRights(const std::function<int()>& call) {
     const int error = call();
     if (!isRefused(error) || !source_.withRootRights) return error;

@@ -10,10 +10,10 @@
 
 namespace qm::linux_ {
 
-/// Moves one item of a folder into a Trash, or says why it stays. The ".trashinfo" file is written first
-/// and reserves the name, `*stored`; it is gone again when the item cannot follow. The calling thread works with
-/// the user's rights. Where those do not suffice and the folder allows it, a process of root's moves the item with its
-/// own and hands it over (see `RootMove`).
+/// Moves one item of a folder into a Trash, or returns why it stays. The ".trashinfo" file is written first and
+/// reserves the name, `*stored`; it is removed again if the item cannot follow. The calling thread works with the
+/// user's rights. If those do not suffice and the folder allows it, a root process moves the item with its own and
+/// hands it over (see `RootMove`).
 std::optional<TrashProblem> moveToTrash(const SourceFolder& source, const std::string& name,
                                         const SharedTrashDirectory& trash, const std::string& deletionDate,
                                         FileSystemUser& acting, MountedVolumes& volumes, std::string* stored);

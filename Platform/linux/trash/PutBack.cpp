@@ -16,7 +16,7 @@ namespace {
 
 bool isRefused(int error) { return error == EACCES || error == EPERM; }
 
-/// One item on its way.
+/// One item on its way back.
 class PuttingBack {
  public:
   PuttingBack(const TrashDirectory& trash, const StoredItem& item, const PutBackPlace& place, const TrashUser& user,
@@ -36,7 +36,7 @@ class PuttingBack {
   }
 
  private:
-  // What can be said before anything is done.
+  // The problems that can be found before anything is changed.
   std::optional<TrashProblem> look() {
     const std::optional<ItemIdentity> found = itemIdentity(trash_.files.get(), item_.name.c_str());
     if (!found) return itemProblem(errno);

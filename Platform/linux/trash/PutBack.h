@@ -11,8 +11,8 @@
 
 namespace qm::linux_ {
 
-/// Moves an item from a Trash back to its place, and its description goes, or says why it stays. The calling thread
-/// works with the user's rights. Where those do not suffice and the place allows it, root's are used (see
+/// Moves an item from a Trash back to its origin and removes its description, or returns why it stays. The calling
+/// thread works with the user's rights. If those do not suffice and the destination allows it, root's are used (see
 /// `RootPutBack`).
 std::optional<TrashProblem> putBack(const TrashDirectory& trash, const StoredItem& item, const PutBackPlace& place,
                                     const TrashUser& user, FileSystemUser& acting, MountedVolumes& volumes);

@@ -24,7 +24,7 @@ PlaceOutcome openWithPersonsRights(const std::string& path, const TrashUser& use
   return PutBackPlace{std::move(folder->fd), foundation::lastPathComponent(path), false};
 }
 
-// Root's own items, too, go nowhere that somebody else could lead them.
+// Even for its own items, root follows no path that somebody else could redirect.
 PlaceOutcome openAsRoot(const std::string& path) {
   Answer<PinnedPlace> pinned = pinPath(path, LastLink::Stays);
   if (pinned) return PutBackPlace{std::move(pinned->folder), std::move(pinned->name), false};
@@ -62,7 +62,7 @@ PlaceOutcome openPutBackPlace(const std::string& path, const TrashUser& user, Mi
   if (place || place.problem().code != ENOENT || !isMade) return place;
   PlaceOutcome above = openPutBackPlace(folder, user, missing);
   if (!above) return above;
-  // Another program may make it at the same moment.
+  // Another program may create it at the same moment.
   const int error = makeFolder(*above, user);
   return error == 0 || error == EEXIST ? open(path, user) : folderProblem(error);
 }

@@ -46,7 +46,7 @@ class RootMove::Steps {
     record_.reached = reached.value_or(Reached::No);
   }
 
-  /// Why it would fail; 0 when nothing is in the way.
+  /// Why it would fail; 0 if nothing prevents it.
   FileError obstacle() const {
     const std::optional<ItemIdentity> item = itemIdentity(source_.item.get());
     const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
@@ -71,7 +71,7 @@ class RootMove::Steps {
     const Answer<WorkFolder> work = WorkFolder::make(trash_->folder.get(), newWorkName());
     if (!work) return work.problem().error;
     FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
-    // What is not finished is found by its record.
+    // An unfinished move is found by its record.
     if (unfinished_ == 0) static_cast<void>(work->remove());
     *note = unfinished_ == 0 ? note_ : posix::withSystemWords("not completely handed over", unfinished_);
     return error;
@@ -80,15 +80,15 @@ class RootMove::Steps {
  private:
   std::string newWorkName() const { return WorkFolder::newName(trash_->workFolderPrefix); }
 
-  // In a volume's own Trash a path begins at the volume's top.
+  // In a volume's own Trash a path is relative to the volume's top.
   std::string recordedPath() const {
     const std::string& top = trash_->topFolder;
     if (top.empty()) return record_.origin;
     return record_.origin.substr(top == "/" ? 1 : top.size() + 1);
   }
 
-  // Of a volume that somebody brought along, and of folders on it, root's name says nothing: a copy would make root's
-  // what that person made.
+  // On a volume that somebody plugged in, and in folders on it, the owner "root" means nothing: a copy would make that
+  // user's files root's.
   bool isOnTrustedVolume() const {
     struct statvfs volume {};
     return ::fstatvfs(source_.folder.get(), &volume) == 0 && (volume.f_flag & (ST_NODEV | ST_NOSUID)) == 0;
@@ -100,7 +100,7 @@ class RootMove::Steps {
       return posix::renameWithoutReplacing({source_.folder.get(), source_.name}, {trash_->files.get(), stored});
     };
     if (const int error = publish(work, rename)) return error;
-    // Its name in the Trash is the person's to change; another item that came in its place is not handed over.
+    // The user may change its name in the Trash; if another item has taken its place, that is not handed over.
     if (!isInTrash()) return ESTALE;
     unfinished_ = handOver(source_.item.get(), person_, record_.reached).code;
     flush(trash_->files.get());
@@ -121,8 +121,8 @@ class RootMove::Steps {
     const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
     if (!aside) return aside.problem().error;
     FileError error = exchange(work, *aside);
-    // What was taken by mistake and could not be given back stays in it.
-    // One that the record does not tell of yet stays there, too: the copy may be gone before this is mended.
+    // An item that was taken by mistake and could not be returned stays in it. So does one that the record does not
+    // contain yet, because the copy may be gone before this is mended.
     if (!error && unfinished_ != 0) return {};
     const int removal = error ? aside->removeEmpty() : aside->remove();
     if (removal != 0 && unfinished_ == 0) unfinished_ = removal;
@@ -132,7 +132,7 @@ class RootMove::Steps {
   // The copy that goes to the Trash, complete and on the disk before anything else is done.
   FileError makeCopy(const WorkFolder& work) {
     posix::CopyObserver nobody;
-    // A folder is copied by its descriptor; a file is looked at before and after.
+    // A folder is copied by its descriptor; a file is checked before and after.
     const bool isFolder = source_.isFolder();
     const posix::Place from{duplicate(isFolder ? source_.item : source_.folder), isFolder ? "." : source_.name};
     const posix::Place to{posix::duplicate(work.descriptor()), kCopyName};
@@ -150,7 +150,7 @@ class RootMove::Steps {
 
   bool isStillThere() const { return itemNumber(source_.folder.get(), source_.name) == record_.item; }
 
-  // Something else may have had its name while it was copied.
+  // Something else may have had its name during the copy.
   bool isLikeItem(const WorkFolder& work) const {
     const auto copy = statusIn(work.descriptor(), kCopyName);
     const auto item = statusOf(source_.item.get());
@@ -159,7 +159,7 @@ class RootMove::Steps {
     return copy->st_size == item->st_size && copy->st_mtim.tv_sec == item->st_mtim.tv_sec;
   }
 
-  // The copy comes into the Trash, and the item leaves its place for a folder of root's alone.
+  // The copy is published in the Trash, and the item is moved from its place into a folder that only root can access.
   FileError exchange(const WorkFolder& work, const WorkFolder& aside) {
     const auto rename = [&](const std::string& stored) {
       return posix::renameWithoutReplacing({work.descriptor(), kCopyName}, {trash_->files.get(), stored});
@@ -187,7 +187,7 @@ class RootMove::Steps {
     return ESTALE;
   }
 
-  // Under the first name that is free in the Trash.
+  // Under the first free name in the Trash.
   int publish(const WorkFolder& work, const std::function<int(const std::string&)>& rename) {
     const TrashName names(wanted_, trash_->nameLimit);
     for (unsigned number = 1; number <= kMostNames; ++number) {
@@ -231,7 +231,7 @@ class RootMove::Steps {
   const FileSystemIdentity person_;
   const std::string wanted_;
   TrashRecord record_;
-  /// Where the item comes from, and whether the person reaches it there.
+  /// Where the item comes from, and whether the user can reach it there.
   bool isKnown_ = false;
   std::string note_;
   int unfinished_ = 0;
@@ -267,7 +267,7 @@ bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person) {
   return home && trash.topFolder.empty() && trash.folderIdentity.device == home->device;
 }
 
-// A volume that somebody brought along says of owners what its maker likes: records count at home only.
+// Whoever made a plugged-in volume decides what it says about owners, so records count only at home.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person) {
   if (isTrashOfHome(trash, person)) mendTrashMoves(trash, person.identity);
 }

@@ -10,16 +10,16 @@
 
 namespace qm::linux_ {
 
-/// Moves an item to a person's Trash with root's rights and hands it over.
+/// Moves an item to a user's Trash with root's rights and hands it over.
 ///
-/// At any moment the item is whole at its place or whole in the Trash with its ".trashinfo". On one volume it is
-/// renamed in one step. Across volumes a copy is made where nobody sees it, flushed to the disk and handed over, put
-/// into the Trash, and only then the item is taken from its place, in one step. Whatever fails before leaves the item
-/// as it was and nothing in the Trash. What the move has done is on the disk when it has ended. Nothing in the Trash is
-/// replaced: a taken name gets a number.
+/// At every moment the item is whole at its place or whole in the Trash with its ".trashinfo". On one volume it is
+/// renamed in one step. Across volumes a copy is made where nobody sees it, flushed to the disk, handed over and put
+/// into the Trash; only then the item is taken from its place, in one step. A failure before that leaves the item as it
+/// was and nothing in the Trash. When the move has returned, its changes are on the disk. Nothing in the Trash is
+/// replaced: if the name is taken, a number is added.
 class RootMove {
  public:
-  /// `path` leads to the item of `source`, whose folder and item are held. The Trash is the person's. The item is to
+  /// `path` leads to the item of `source`, whose folder and item are held open. The Trash is the user's. The item is to
   /// have the name `storedName` there.
   RootMove(const std::string& path, PinnedPlace source, SharedTrashDirectory trash, const FileSystemIdentity& person,
            const std::string& storedName, const std::string& deletionDate);
@@ -29,18 +29,18 @@ class RootMove {
   RootMove& operator=(const RootMove&) = delete;
   ~RootMove();
 
-  /// Why it would fail, or change what is not part of the item: a volume mounted in it, a locked item, files with other
-  /// names that would have to be changed. Changes nothing.
+  /// Why it would fail, or change what is not part of the item: a volume mounted in it, a locked item, or files with
+  /// other names that would have to be changed. Changes nothing.
   posix::FileError obstacle() const;
-  /// Item and Trash lie on the same volume.
+  /// Whether item and Trash are on the same volume.
   bool isOnTrashVolume() const;
   int sourceFolder() const;
   int trashFolder() const;
 
-  /// The name that it has in the Trash when it has been moved.
+  /// The name that it has in the Trash after the move.
   const std::string& storedName() const;
 
-  /// Moves it. `note` says what is worth knowing of a success.
+  /// Moves it. After a success, `note` may contain a remark.
   posix::FileError run(std::string* note);
 
  private:
@@ -48,15 +48,15 @@ class RootMove {
   std::unique_ptr<Steps> steps_;
 };
 
-/// What people are told about an obstacle.
+/// The words for people about an obstacle.
 std::string obstacleWords(int error);
 
-/// Whether a Trash is a home trash on the volume of its person's home.
+/// Whether a Trash is a home trash on the volume of its user's home.
 bool isTrashOfHome(const TrashDirectory& trash, const TrashUser& person);
 
-/// Finishes or undoes what moves to this person's Trash left that were ended in the middle.
+/// Finishes or undoes interrupted moves to this user's Trash.
 void mendRootMoves(const TrashUser& person);
-/// The same in a Trash that is open already. One that is not on the volume of the person's home is left alone.
+/// The same in a Trash that is already open. A Trash that is not on the volume of the user's home is left alone.
 void mendRootMoves(const TrashDirectory& trash, const TrashUser& person);
 
 }  // namespace qm::linux_

@@ -51,12 +51,12 @@ std::optional<TrashProblem> RootPutBack::run() {
   if (!work) return itemProblem(work.problem().error);
   error = isOnVolumeOfPlace() ? moveItself(*work) : moveCopy(*work);
   if (!error) forget(*work);
-  // What is not finished is found by its record.
+  // An unfinished move is found by its record.
   if (!isUnfinished_) static_cast<void>(work->remove());
   return error ? std::optional(problem(error.code)) : std::nullopt;
 }
 
-// As long as the item may come into the Trash again, it is described there.
+// As long as the item may return to the Trash, its description stays there.
 void RootPutBack::forget(const WorkFolder& work) {
   if (itemNumber(work.descriptor(), kAside)) return;
   forgetDescription(trash_, user_.identity, record_);
@@ -77,12 +77,12 @@ FileError RootPutBack::moveItself(const WorkFolder& work) {
     static_cast<void>(giveBack(work));
     return error;
   }
-  // Somebody may have had a part of it open. What he has put there since is his own.
+  // Somebody may have had a part of it open. What was added through that since then belongs to that user.
   static_cast<void>(dropLentRights(item_.get(), user_.identity.uid));
   return {};
 }
 
-// From here on nobody but root reaches it by its name.
+// From here on nobody but root can reach it by its name.
 int RootPutBack::take(const WorkFolder& work) {
   if (const int error = record_.writeTo(work.descriptor())) return error;
   const int error = posix::renameWithoutReplacing({trash_.files.get(), stored_.name}, {work.descriptor(), kAside});
@@ -110,7 +110,7 @@ FileError RootPutBack::moveCopy(const WorkFolder& work) {
   return error;
 }
 
-// What is mounted in the item meanwhile would say of owners what its maker likes.
+// A volume that is mounted in the item meanwhile could claim any owners.
 FileError RootPutBack::copyTo(int folder) const {
   const auto mounts = volumes_.now();
   if (!*mounts) return ENOTSUP;
@@ -127,7 +127,7 @@ FileError RootPutBack::copyTo(int folder) const {
   return posix::flushVolume(folder);
 }
 
-// It is root's alone: what it is found to be, it stays.
+// The copy is root's alone, so what is checked cannot change.
 FileError RootPutBack::checkCopy(int folder, ItemNumber& number) const {
   const UniqueFd copy = openItem(folder, kCopy);
   const auto found = copy ? itemNumber(copy.get()) : std::nullopt;
@@ -137,7 +137,7 @@ FileError RootPutBack::checkCopy(int folder, ItemNumber& number) const {
   return error ? error : dropLentRights(copy.get(), user_.identity.uid);
 }
 
-// The copy comes to its place, and then the item leaves the Trash.
+// The copy is published at the destination, and then the item is removed from the Trash.
 FileError RootPutBack::exchange(const WorkFolder& work, int folder) {
   ItemNumber copy;
   if (FileError error = checkCopy(folder, copy)) return error;
@@ -155,7 +155,8 @@ FileError RootPutBack::exchange(const WorkFolder& work, int folder) {
   return error;
 }
 
-// Under its new name it is one too many, and what is left of it is not put into the Trash again.
+// Its copy is at the destination, so it is superfluous under the new name, and what is left of it is not returned to
+// the Trash.
 FileError RootPutBack::removeTaken(const WorkFolder& work) {
   const posix::ItemName taken{work.descriptor(), kAside};
   const posix::ItemName expendable{work.descriptor(), kExpendable};

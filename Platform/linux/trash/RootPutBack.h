@@ -12,22 +12,22 @@
 
 namespace qm::linux_ {
 
-/// Moves an item from a person's Trash to a place that root alone may change, with root's rights.
+/// Moves an item from a user's Trash to a folder that only root may change, with root's rights.
 ///
-/// Only files and folders go back this way: a link of the person's in a folder of root's would be taken for root's. The
-/// person can put something else in the item's place at every moment, so it is first taken into a folder of root's
-/// alone in the Trash, looked at there, and then renamed to its place without replacing anything. Owners stay; what
-/// lends rights is dropped. Across volumes a copy is made where nobody reaches it, looked at, flushed to the disk and
-/// put in its place before the item goes. A process that ends in the middle leaves the item whole: at its place, in the
-/// Trash, or in that folder of the Trash with a record, from where it is put into the Trash again (see
-/// `TrashMending.h`).
+/// Only files and folders are put back this way: a link of the user's in a root-owned folder would be trusted as
+/// root's. The user can replace the item at every moment. So it is first moved into a folder that only root can access
+/// in the Trash, checked there, and then renamed to its destination without replacing anything. Owners stay; bits and
+/// capabilities that lend rights are dropped. Across volumes a copy is made where nobody else can reach it, checked,
+/// flushed to the disk and published before the item is removed. A process that ends in the middle leaves the item
+/// whole: at its destination, in the Trash, or in that folder of the Trash with a record, from which it is put into the
+/// Trash again (see `TrashMending.h`).
 class RootPutBack {
  public:
-  /// Everything outlives it.
+  /// All arguments must outlive it.
   RootPutBack(const TrashDirectory& trash, const StoredItem& stored, const PutBackPlace& place, const TrashUser& user,
               MountedVolumes& volumes);
 
-  /// The calling thread has root's rights. The description goes with the item.
+  /// The calling thread has root's rights. The description is removed with the item.
   std::optional<TrashProblem> run();
 
  private:

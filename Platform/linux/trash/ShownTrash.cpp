@@ -20,7 +20,7 @@ using posix::UniqueFd;
 
 constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
-// Links are followed, but none of those that lead into another process.
+// Links are followed, except those that lead into another process (magic links).
 UniqueFd openLinked(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_MAGICLINKS); }
 
 bool isOwnFolder(int folder, const char* name, uid_t owner) {
@@ -28,13 +28,13 @@ bool isOwnFolder(int folder, const char* name, uid_t owner) {
   return identity && S_ISDIR(identity->mode) && identity->owner == owner;
 }
 
-// A volume that the person brought along says of owners what the person likes.
+// A volume that the user plugged in may claim any owners.
 bool isOnVolumeOfHome(const ItemIdentity& files, const TrashUser& person) {
   const std::optional<ItemIdentity> home = itemIdentity(AT_FDCWD, (person.home + "/.").c_str());
   return home && home->device == files.device;
 }
 
-// `files` is the folder of that name of a whole Trash of the person's own.
+// Whether `files` is the folder of that name in a whole Trash of the user's own.
 bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
   const uid_t owner = person.identity.uid;
   const std::optional<ItemIdentity> own = itemIdentity(trash, "files");
@@ -44,7 +44,7 @@ bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
 
 }  // namespace
 
-// ~/.Trash stands for the folder "files" of a Trash, which is whole: nothing is made.
+// ~/.Trash stands for the folder "files" of a Trash. That Trash must be complete: nothing is created.
 OpenedTrash openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);

@@ -5,13 +5,12 @@
 
 namespace qm::linux_ {
 
-/// The Trash in a person's home that the desktop shows: the one that ~/.Trash leads to, if that is a whole Trash of the
-/// person's own, else the home trash of the freedesktop.org rules, which may be missing. Everything is done
-/// with the person's rights, also by a process of root's.
+/// The Trash in a user's home that the desktop shows: the one that ~/.Trash leads to, if that is a whole Trash of the
+/// user's own, else the home trash of the freedesktop.org specification, which may be missing. Everything is done with
+/// the user's rights, even by a root process.
 OpenedTrash openShownTrash(const TrashUser& person, MissingTrash missing);
 
-/// The Trash that ~/.Trash leads to, if that is a whole Trash of the person's own. With the rights of the calling
-/// thread.
+/// The Trash that ~/.Trash leads to, if that is a whole Trash of the user's own. With the rights of the calling thread.
 OpenedTrash openLinkedTrash(const TrashUser& person);
 
 }  // namespace qm::linux_

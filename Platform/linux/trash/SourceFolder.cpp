@@ -19,21 +19,21 @@ using posix::UniqueFd;
 
 UniqueFd openWithoutLinks(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_SYMLINKS); }
 
-// Looking for links failed on a link, or cannot be done on this system.
+// Opening without links failed because of a link, or is not supported by this system.
 bool mayLeadThroughLinks(int error) { return error == ELOOP || error == ENOSYS || error == EPERM; }
 
 UniqueFd openPlainly(const std::string& folder) {
   return UniqueFd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-// A path of plain components, one slash before each: without links on its way it is the folder's own.
+// A path of plain components with single slashes: if no link is on its way, it is the folder's own path.
 bool isTidy(const std::string& path) {
   return path.find("//") == std::string::npos && path.find("/./") == std::string::npos &&
          path.find("/../") == std::string::npos && !path.ends_with('/') && !path.ends_with("/.") &&
          !path.ends_with("/..");
 }
 
-// `path` is "" where it has to be asked for, which takes longer than all the rest.
+// `path` is "" if the system has to be asked for it, which takes longer than all the rest.
 TrashAnswer<SourceFolder> describe(UniqueFd fd, bool withRootRights, std::string path = "") {
   if (!fd) return folderProblem(errno);
   const std::optional<ItemIdentity> identity = itemIdentity(fd.get());

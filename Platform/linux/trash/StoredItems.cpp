@@ -19,7 +19,7 @@ namespace {
 
 using posix::UniqueFd;
 
-// A path of 4095 bytes takes three times as many.
+// A path of 4095 bytes takes three times as many when it is encoded.
 constexpr std::size_t kLongestDescription = std::size_t{32} * 1024;
 
 std::string infoName(const std::string& stored) { return stored + std::string(kTrashInfoSuffix); }
@@ -29,7 +29,7 @@ bool isRegular(int file) {
   return ::fstat(file, &found) == 0 && S_ISREG(found.st_mode);
 }
 
-// Anybody may have put anything there: a pipe, a link, a file without an end.
+// Anybody may have put anything there: a pipe, a link, an endless file.
 std::optional<std::string> readDescription(const TrashDirectory& trash, const std::string& stored) {
   constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const UniqueFd file(::openat(trash.info.get(), infoName(stored).c_str(), kFlags));
@@ -46,8 +46,8 @@ std::optional<std::string> readDescription(const TrashDirectory& trash, const st
   return length <= kLongestDescription ? std::optional(std::move(text)) : std::nullopt;
 }
 
-// In the home trash a path may be relative to the folder that the Trash is in; in a volume's own it is one below the
-// volume's top.
+// In the home trash a path may be relative to the folder that contains the Trash; in a volume's own it is relative to
+// the volume's top.
 std::optional<std::string> originOf(const TrashDirectory& trash, const std::string& path) {
   const bool isAbsolute = path.starts_with('/');
   if (!trash.topFolder.empty() && isAbsolute) return std::nullopt;
@@ -60,7 +60,7 @@ bool isName(const std::string& name) {
   return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-// Of two in the same second the one with the higher number came later.
+// Of two items from the same second the one with the higher number came later.
 bool isNewer(const StoredItem& one, const StoredItem& other) {
   const auto rank = [](const StoredItem& item) { return std::tuple(item.deletionDate, item.name.size(), item.name); };
   return rank(one) > rank(other);

@@ -9,23 +9,23 @@
 
 namespace qm::linux_ {
 
-/// An item in a Trash, with the description that it came with.
+/// An item in a Trash, with its description.
 struct StoredItem {
-  std::string name;          ///< in "files"
-  std::string origin;        ///< where it came from: absolute
-  std::string deletionDate;  ///< "" where the description says none
-  std::string info;          ///< all that the description says
+  std::string name;          ///< its name in "files"
+  std::string origin;        ///< its origin: absolute
+  std::string deletionDate;  ///< "" if the description has none
+  std::string info;          ///< the whole text of the description
 };
 
-/// What the description of the item `name` says. Null when there is no such item, or no description that keeps the
-/// rules. Whoever may write in the Trash decides what it says: the origin is where the item wants to go, no more.
-/// The calling thread works with the rights of the Trash's owner.
+/// The description of the item `name`. Null if there is no such item, or no valid description. Whoever may write in the
+/// Trash decides what it says, so the origin is only a wish. The calling thread works with the rights of the Trash's
+/// owner.
 std::optional<StoredItem> storedItem(const TrashDirectory& trash, const std::string& name);
 
 /// The items that came from a path, newest first.
 TrashAnswer<std::vector<StoredItem>> storedItemsFrom(const TrashDirectory& trash, const std::string& origin);
 
-/// Removes the description of an item that is not in the Trash any more, if it is still the same.
+/// Removes the description of an item that is no longer in the Trash, if it is unchanged.
 void forget(const TrashDirectory& trash, const StoredItem& item);
 
 /// The path of an item of a Trash.

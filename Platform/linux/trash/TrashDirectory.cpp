@@ -28,7 +28,7 @@ std::string shownIn(int parent, const std::string& name) {
   return (path == "/" ? "" : path) + "/" + name;
 }
 
-// A link, or a folder of somebody else, is refused. `shown` names it in the problem.
+// A link, or a folder of another user, is refused. `shown` is its name in the problem.
 TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown,
                                     MissingTrash missing) {
   UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW, missing);
@@ -45,7 +45,7 @@ UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, Missin
   const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
   UniqueFd fd = open();
   if (fd || errno != ENOENT || missing == MissingTrash::StaysMissing) return fd;
-  // Somebody else may make it at the same moment; the second look decides.
+  // Somebody else may create it at the same moment; the second check decides.
   if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
   return open();
 }

@@ -18,14 +18,14 @@ constexpr const char* kDataFolder = "/.local/share";
 
 std::string dataFolder(const TrashUser& user) { return user.dataHome.value_or(user.home + kDataFolder); }
 
-// Where the folders that may have to be made begin: an existing home, or the root when the data folder
-// is the environment's choice.
+// The starting point below which missing folders may be created: an existing home, or the root directory if the
+// environment sets the data folder.
 UniqueFd openAnchor(const TrashUser& user) {
   const std::string anchor = user.dataHome ? "/" : user.home;
   return UniqueFd(::open(anchor.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-// For another person the way below his home must be without links: root follows none that he planted.
+// For another user the path below the home must contain no links: root follows none that the user planted.
 TrashAnswer<UniqueFd> openDataFolder(const TrashUser& user, MissingTrash missing) {
   UniqueFd at = openAnchor(user);
   std::string shown = user.dataHome ? "" : user.home;
@@ -57,7 +57,7 @@ bool isForHome(const SourceFolder& source, const TrashUser& user, OpenedTrash& h
   return !identity || identity->sameVolume(source.identity);
 }
 
-// A volume's Trash, either the one that its administrator set up for everybody or the user's own.
+// A volume's Trash, either the shared one that its administrator set up or the user's own.
 class VolumeTrash {
  public:
   VolumeTrash(UniqueFd top, std::string path, const TrashUser& user, FileSystemUser& acting)
@@ -68,7 +68,7 @@ class VolumeTrash {
     return shared ? shared : openOwn();
   }
 
-  /// Both of them, as far as they are there.
+  /// Both of them, as far as they exist.
   std::vector<OpenedTrash> openWhatIsThere() {
     std::vector<OpenedTrash> trashes;
     trashes.push_back(openShared(MissingTrash::StaysMissing));
@@ -94,7 +94,7 @@ class VolumeTrash {
     return openTrashDirectory(top_.get(), ownName(), user_, path_);
   }
 
-  // A top folder that root alone can write to: nobody can step in between making and giving away.
+  // In a top folder that only root can write to, nobody can interfere between creating the folder and giving it away.
   bool makeAsRoot() {
     const std::optional<ItemIdentity> top = itemIdentity(top_.get());
     if (!top || top->owner != 0 || (top->mode & (S_IWGRP | S_IWOTH)) != 0) return false;
@@ -123,7 +123,7 @@ TrashAnswer<VolumeTrash> volumeTrash(const SourceFolder& source, const TrashUser
   UniqueFd top(::open(path->c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   if (!top) return trashFolderProblem(errno, *path);
   const std::optional<ItemIdentity> identity = itemIdentity(top.get());
-  // Another volume may be attached on top of this one, which cannot be reached then.
+  // Another volume may be mounted on top of this one, which then cannot be reached.
   if (!identity || identity->mount != source.identity.mount) return itemProblem(EXDEV);
   return VolumeTrash(std::move(top), *path, user, acting);
 }
@@ -151,7 +151,7 @@ OpenedTrash TrashFinder::trashFor(const SourceFolder& source, const TrashUser& u
 std::vector<OpenedTrash> TrashFinder::volumeTrashes(const SourceFolder& source, const TrashUser& user,
                                                     FileSystemUser& acting) {
   TrashAnswer<VolumeTrash> trash = volumeTrash(source, user, acting);
-  // A volume without a Trash has nothing in it.
+  // A volume without a Trash contains no trashed items.
   return trash ? trash->openWhatIsThere() : std::vector<OpenedTrash>();
 }
 

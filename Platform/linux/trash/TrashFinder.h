@@ -11,21 +11,21 @@
 
 namespace qm::linux_ {
 
-/// Which Trash an item goes to. The calling thread works with the user's rights. Any thread.
+/// Finds the Trash that an item goes to. The calling thread works with the user's rights. Any thread.
 ///
-/// The home trash stays open between two calls and is looked at again in each: where its path no longer
-/// leads to the same folders, it is opened, or made, anew. The Trash of another volume is opened each
-/// time, since an open folder would keep the volume from being ejected.
+/// The home trash stays open between calls and is checked in each: if its path no longer leads to the same folders, it
+/// is opened, or created, again. The Trash of another volume is opened each time, since an open folder would prevent
+/// the volume from being ejected.
 class TrashFinder {
  public:
   OpenedTrash homeTrash(const TrashUser& user, MissingTrash missing = MissingTrash::IsMade);
 
-  /// The Trash on the volume of a folder: the home trash where that lies on it, else the volume's own.
-  /// `home` is the answer of `homeTrash`.
+  /// The Trash on the volume of a folder: the home trash if that is on it, else the volume's own. `home` is the result
+  /// of `homeTrash`.
   static OpenedTrash trashFor(const SourceFolder& source, const TrashUser& user, OpenedTrash& home,
                               FileSystemUser& acting);
 
-  /// The Trashes of the user's that are on the volume of a folder, but for the home trash. Makes nothing.
+  /// The user's Trashes on the volume of a folder, without the home trash. Creates nothing.
   static std::vector<OpenedTrash> volumeTrashes(const SourceFolder& source, const TrashUser& user,
                                                 FileSystemUser& acting);
 

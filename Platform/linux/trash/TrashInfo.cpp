@@ -15,7 +15,7 @@ std::string_view nextLine(std::string_view& text) {
   return line;
 }
 
-// What stands behind "key =", if that is how the line begins.
+// The text after "key =", if the line begins with that.
 std::optional<std::string_view> valueOf(std::string_view key, std::string_view line) {
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) return std::nullopt;

@@ -8,7 +8,7 @@
 
 namespace qm::linux_ {
 
-/// The ending of the file that describes an item in the Trash.
+/// The suffix of the file that describes an item in the Trash.
 inline constexpr std::string_view kTrashInfoSuffix = ".trashinfo";
 
 using foundation::percentDecoded;
@@ -18,13 +18,13 @@ using foundation::percentEncoded;
 /// volume's top folder in a volume's trash.
 std::string trashInfoText(std::string_view path, const std::string& deletionDate);
 
-/// What such a file says.
+/// The contents of such a file.
 struct TrashDescription {
-  std::string path;          ///< not empty, without ".." and NUL bytes; absolute or not
-  std::string deletionDate;  ///< as `trashInfoText` writes it; "" where it is no such date
+  std::string path;          ///< not empty, without ".." and NUL bytes; absolute or relative
+  std::string deletionDate;  ///< as `trashInfoText` writes it; "" if it is not a valid date
 };
 
-/// Reads what any program has written, or anybody. Null when it breaks the rules.
+/// Parses a file that any program, or anybody, may have written. Null if it breaks the rules.
 std::optional<TrashDescription> parsedTrashInfo(std::string_view text);
 
 }  // namespace qm::linux_

@@ -22,7 +22,7 @@ using posix::UniqueFd;
 
 constexpr unsigned kMostNames = 64;
 
-// Somebody may have made one of the same name with other words. A process that was ended may have written only the
+// Somebody may have created one of the same name with other contents. An interrupted process may have written only the
 // beginning of its own.
 bool holdsBeginningOf(const std::string& text, int folder, const std::string& name) {
   const UniqueFd file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
@@ -50,7 +50,7 @@ class Mending {
     return true;
   }
 
-  // Its place, if it has reached it, is not looked at: its copy is there before it is expendable.
+  // The destination is not checked: the copy is there before the item becomes expendable.
   bool mendLeaving() const {
     if (!removeGrowing()) return false;
     if (itemNumber(work_.descriptor(), kAsideName)) {
@@ -60,7 +60,7 @@ class Mending {
     return removeExpendable(work_.descriptor()) == 0;
   }
 
-  // What is in it is a copy of what is in the Trash, or at its place.
+  // It contains a copy of what is in the Trash, or at the destination.
   bool removeGrowing() const {
     if (record_.aside.empty() || mended_ == Mended::PutBacks) return true;
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
@@ -69,7 +69,7 @@ class Mending {
     return beside ? beside->remove() == 0 : beside.problem().error == ENOENT;
   }
 
-  // As long as the item is at its place, the copy is one too many.
+  // As long as the item is at its place, the copy is superfluous.
   bool mendCopy() {
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
     if (!origin) return record_.isTaken && (origin.problem().error == ENOENT || origin.problem().error == ENOTDIR);
@@ -80,7 +80,7 @@ class Mending {
     return settleAside(*origin, isPublished && !isThere) && (isThere || isPublished || record_.isTaken);
   }
 
-  // An item that was taken away goes for good when its copy came into the Trash, and back to its place otherwise.
+  // An item that was taken away is removed if its copy is in the Trash, and returns to its place otherwise.
   bool settleAside(const PinnedPlace& origin, bool isPublished) const {
     const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside, trash_.workFolderPrefix);
     if (!aside) return aside.problem().error == ENOENT;
@@ -101,7 +101,7 @@ class Mending {
   const Mended mended_;
 };
 
-// The description comes first, and goes again where the item cannot follow.
+// The description is created first, and removed again if the item cannot follow.
 int returnAs(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record,
              const posix::ItemName& item, const std::string& stored) {
   InfoFile info(trash.info.get(), stored);
@@ -115,7 +115,7 @@ int returnAs(const TrashDirectory& trash, const FileSystemIdentity& person, cons
   return error;
 }
 
-// What has no record is no work of ours, or none that had begun: it goes only if it is empty.
+// A folder without a record is not one of ours, or its move had not begun: it is removed only if it is empty.
 void mend(const TrashDirectory& trash, const FileSystemIdentity& person, Mended mended) {
   for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get(), trash.workFolderPrefix)) {
     const bool hasRecord = TrashRecord::isIn(work.descriptor());

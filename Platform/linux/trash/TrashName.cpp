@@ -7,8 +7,8 @@
 namespace qm::linux_ {
 namespace {
 
-// What follows the last dot is part of the name's body when it is this long: it says nothing then
-// about what kind of file it is.
+// If the text after the last dot is this long, it counts as part of the name: it says nothing then about the file's
+// type.
 constexpr std::size_t kLongestExtension = 64;
 
 std::size_t extensionStart(std::string_view name) {

@@ -7,12 +7,11 @@
 
 namespace qm::linux_ {
 
-/// The names that an item may get in the Trash: its own first, then "name 2.ext", "name 3.ext" …
-/// A name that is too long for its ".trashinfo" file is shortened before its extension, between two
-/// characters where it is UTF-8.
+/// The names that an item may get in the Trash: its own first, then "name 2.ext", "name 3.ext" … A name that is too
+/// long for its ".trashinfo" file is shortened before its extension, between two characters if it is UTF-8.
 class TrashName {
  public:
-  /// `limit` is the longest file name of the volume, in bytes.
+  /// `limit` is the length of the longest file name on the volume, in bytes.
   TrashName(std::string_view name, std::size_t limit);
 
   /// Number 1 is the name without a number.
@@ -24,8 +23,8 @@ class TrashName {
   std::size_t longest_;
 };
 
-/// A number from `first` on that is not taken, found with few questions: about twice the logarithm of
-/// how many are taken in a row. It is the smallest one when the taken numbers have no gaps.
+/// A number from `first` on that is not taken. The number of calls is about twice the logarithm of how many are taken
+/// in a row. It is the smallest such number if the taken ones have no gaps.
 unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken);
 
 }  // namespace qm::linux_

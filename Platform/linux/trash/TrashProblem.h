@@ -8,29 +8,29 @@
 
 namespace qm::linux_ {
 
-/// Why an item stays where it is: the system's error number, and the words that follow "because".
+/// Why an item stays: the system's error number, and the words that follow "because".
 struct TrashProblem {
   int code = 0;
   std::string because;
 };
 
-/// The problem behind an error number of a call that had to do with `subject`; what is not said of that alone is said
-/// of the item. `folder` is the Trash folder that the words may name.
+/// The problem for an error number of a call that concerned `subject`; if there are no words for that subject, those
+/// for the item are used. `folder` is the Trash folder that the words may name.
 TrashProblem problemOf(int code, posix::Subject subject, const std::string& folder = {});
 
 /// The same for the item itself.
 TrashProblem itemProblem(int code);
 
-/// The problem of a Trash folder that cannot be made, opened or written to.
+/// The problem of a Trash folder that cannot be created, opened or written to.
 TrashProblem trashFolderProblem(int code, const std::string& folder);
 
-/// The sentences for people about an item that cannot be moved to the Trash, be looked for there, or be put back.
+/// The sentences for people about an item that cannot be moved to the Trash, be looked up there, or be put back.
 /// Control characters of the name are shown as "?".
 platform::Status trashFailure(const std::string& name, const TrashProblem& problem);
 platform::Status lookFailure(const std::string& name, const TrashProblem& problem);
 platform::Status putBackFailure(const std::string& name, const TrashProblem& problem);
 
-/// A value, or why an item stays where it is.
+/// A value, or why an item stays.
 template <class Value>
 using TrashAnswer = foundation::Outcome<Value, TrashProblem>;
 

@@ -34,7 +34,7 @@ std::uint64_t number(const std::string& text) {
   return value;
 }
 
-// One field a line, so that no value can pass for two.
+// One field per line, so that no value can pass for two.
 std::string textOf(const TrashRecord& record) {
   const std::array<std::string, kFields> fields = {record.origin,
                                                    numbered(record.item.device),
@@ -60,7 +60,7 @@ std::vector<std::string> linesOf(std::string_view text) {
   return lines;
 }
 
-// What would lead out of the folder that it is looked for in is none of ours.
+// A name that would lead out of the folder is not one of ours.
 bool isNameOrNothing(const std::string& text) {
   return text != "." && text != ".." && text.find('/') == std::string::npos;
 }

@@ -10,38 +10,39 @@
 
 namespace qm::linux_ {
 
-/// Which item of a volume is meant.
+/// Identifies an item on a volume.
 struct ItemNumber {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
   bool operator==(const ItemNumber&) const = default;
 };
 
-/// The item of a descriptor, or of a name in a folder. Null when there is none.
+/// The item of a descriptor, or of a name in a folder. Null if there is none.
 std::optional<ItemNumber> itemNumber(int folder, const std::string& name = "");
 
-/// What a move to the Trash is about to do, written before it is done, so that a later run can tell what a process
-/// that was ended has left, and finish or undo it.
+/// What a move to the Trash is about to do. It is written before the move begins, so that a later run can recognise
+/// what an interrupted process has left, and finish or undo it.
 struct TrashRecord {
   std::string origin;  ///< the item's path
   ItemNumber item;
-  ItemNumber copy;     ///< of the item, on the Trash's volume; zeros when the item itself is moved
+  ItemNumber copy;     ///< of the item, on the Trash's volume; zeros if the item itself is moved
   std::string stored;  ///< its name in the Trash
-  std::string info;    ///< the text that describes it there
-  std::string aside;   ///< the work folder beside the origin that the item goes to once its copy is in the Trash
+  std::string info;    ///< the text of its description
+  std::string aside;   ///< the work folder beside the origin, for the item once its copy is in the Trash
   Reached reached = Reached::No;
-  bool isTaken = false;  ///< its copy is in the Trash for good, and the item has left its place
+  bool isTaken = false;  ///< its copy is in the Trash permanently, and the item has left its place
 
   bool isCopy() const { return copy.inode != 0; }
-  /// The item is on its way out of the Trash.
+  /// Whether the item is on its way out of the Trash.
   bool isLeaving() const { return isTaken && !isCopy(); }
 
-  /// Writes it into a work folder, in place of an earlier one. On the disk when it returns 0; else an error number.
+  /// Writes it into a work folder, replacing an earlier one. If it returns 0 the record is on the disk; otherwise it
+  /// returns an error number.
   int writeTo(int folder) const;
   static bool isIn(int folder);
-  /// Removes what a process that was ended had written of one.
+  /// Removes a partially written record of an interrupted process.
   static void removePartIn(int folder);
-  /// The record in a work folder; null when there is none, or only a part of one.
+  /// The record in a work folder; null if there is none, or only a part of one.
   static std::optional<TrashRecord> readFrom(int folder);
 };
 

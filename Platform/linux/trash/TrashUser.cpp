@@ -7,7 +7,7 @@
 namespace qm::linux_ {
 namespace {
 
-// What the platform calls the person at the login screen.
+// The platform's name for the user at the login screen.
 constexpr const char* kLoginScreen = "loginwindow";
 
 TrashProblem nobody() { return {ENOENT, "nobody is logged in"}; }

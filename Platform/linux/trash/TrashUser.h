@@ -11,23 +11,23 @@
 
 namespace qm::linux_ {
 
-/// The person whose Trash is meant.
+/// The user whose Trash is meant.
 struct TrashUser {
   FileSystemIdentity identity;
   std::string home;
-  /// Where the home trash lies, when the environment says so; else it is below `home`.
+  /// The data folder that contains the home trash, if the environment sets it; else that is below `home`.
   std::optional<std::string> dataHome;
-  /// The process runs as root and works for somebody else.
+  /// Whether the process runs as root and works for somebody else.
   bool forAnother = false;
-  /// What the names of root's work folders in this person's Trash begin with; without it none is made or touched.
+  /// The prefix of the names of root's work folders in this user's Trash; without it none is created or touched.
   std::string workFolderPrefix;
 };
 
-/// A user whom a process of root's works for.
+/// A user for whom a root process works.
 TrashUser trashUserFor(const UserRecord& user, std::string_view workFolderPrefix);
 
-/// The process's own user; as root, the person at the console. `dataHome` is the environment's wish and
-/// counts only where the environment is that person's own.
+/// The process's own user; as root, the user at the console. `dataHome` comes from the environment and counts only if
+/// the environment is that user's own.
 TrashAnswer<TrashUser> findTrashUser(const platform::Users& users, const std::optional<std::string>& dataHome,
                                      std::string_view workFolderPrefix = {});
 

@@ -13,13 +13,13 @@ using foundation::appendingPathComponent;
 using foundation::deletingLastPathComponent;
 using foundation::lastPathComponent;
 
-/// A folder on the way to an item, and how the way goes on from there.
+/// A folder on the way to an item, and the rest of the path from there.
 struct Way {
   TrashAnswer<SourceFolder> folder;
   std::string rest;
 };
 
-// The last folder that is there still.
+// The last folder that still exists.
 Way wayTo(const std::string& path, const TrashUser& user) {
   std::string rest = lastPathComponent(path);
   std::string folder = deletingLastPathComponent(path);
@@ -48,7 +48,7 @@ TrashesOfPath trashesOfPath(const std::string& path, const TrashUser& user, Tras
   Way way = wayTo(path, user);
   if (!way.folder) return {path, {}, way.folder.problem()};
   TrashesOfPath found{appendingPathComponent(way.folder->path, way.rest), {}, std::nullopt};
-  // A link that leads to no Trash counts as none.
+  // A link that leads to no Trash is ignored.
   if (OpenedTrash shown = openShownTrash(user, MissingTrash::StaysMissing)) add(found, *shown);
   FileSystemUser acting(user.forAnother ? &user.identity : nullptr);
   if (!acting.ok()) return {found.path, {}, itemProblem(EPERM)};

@@ -8,15 +8,15 @@
 
 namespace qm::linux_ {
 
-/// Where what came from a path may be.
+/// The Trashes that may contain items from a path.
 struct TrashesOfPath {
-  std::string path;  ///< without links on the way, as descriptions have it
+  std::string path;  ///< without links on the way, as in descriptions
   std::vector<SharedTrashDirectory> trashes;
-  std::optional<TrashProblem> problem;  ///< of a Trash that is there and cannot be used
+  std::optional<TrashProblem> problem;  ///< of an existing Trash that cannot be used
 };
 
-/// The home trash, the one that ~/.Trash leads to, and those on the volume of the folder where the item was, or of what
-/// is left of the way to it. Makes nothing. The calling thread has the process's own rights.
+/// The home trash, the one that ~/.Trash leads to, and those on the volume of the folder that contained the item, or of
+/// its nearest existing parent. Creates nothing. The calling thread has the process's own rights.
 TrashesOfPath trashesOfPath(const std::string& path, const TrashUser& user, TrashFinder& finder);
 
 }  // namespace qm::linux_

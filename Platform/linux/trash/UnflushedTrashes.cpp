@@ -26,7 +26,7 @@ void UnflushedTrashes::flush() {
   for (const auto& [device, folder] : folders) {
     const posix::UniqueFd opened(
         ::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    // One that may not be read cannot be named to the system; all that there is can.
+    // A folder that may not be read cannot be passed to syncfs; sync flushes everything.
     if (!opened && errno == EACCES) ::sync();
     const std::optional<ItemIdentity> identity = opened ? itemIdentity(opened.get()) : std::nullopt;
     if (identity && identity->sameItem(folder.identity)) static_cast<void>(posix::flushVolume(opened.get()));

@@ -9,14 +9,13 @@
 
 namespace qm::linux_ {
 
-/// Which Trashes have something in them that may not be on the disk yet, one of each volume. None is held open: its
-/// volume can be ejected, which writes everything anyhow. Any thread.
+/// The Trashes with changes that may not be on the disk yet, one for each volume. None is held open, so that volumes
+/// can be ejected, which flushes everything anyway. Any thread.
 class UnflushedTrashes {
  public:
   void add(const TrashDirectory& trash);
 
-  /// Writes to the disk what was put there before, and waits for it. A Trash that is not at its place any more is left
-  /// out.
+  /// Flushes the earlier changes to the disk and waits for it. A Trash that is no longer at its path is skipped.
   void flush();
 
  private:
@@ -26,7 +25,7 @@ class UnflushedTrashes {
   };
 
   std::mutex mutex_;
-  std::map<std::uint64_t, Folder> folders_;  // by their device
+  std::map<std::uint64_t, Folder> folders_;  // keyed by device
 };
 
 }  // namespace qm::linux_

@@ -5,8 +5,8 @@
 
 namespace qm::posix {
 
-/// A program's arguments as exec(2) takes them, the path first and a null pointer last. The texts stay the caller's
-/// and outlive it.
+/// A program's arguments as exec(2) expects them, the path first and a null pointer last. They point into the caller's
+/// strings, which must outlive the result.
 inline std::vector<char*> argumentVector(const std::string& path, const std::vector<std::string>& arguments) {
   std::vector<char*> vector;
   vector.reserve(arguments.size() + 2);

@@ -16,7 +16,7 @@ constexpr int kNoTimeLimit = -1;
 
 enum class Ready { Nothing, Work, Descriptor };
 
-/// What can be read first. The descriptor counts more than work: whoever waits for it is to go on.
+/// What is ready. The descriptor has priority over work, so that its waiter continues.
 Ready waitFor(int queued, int descriptor, int milliseconds) {
   std::array<pollfd, 2> watched = {{{queued, POLLIN, 0}, {descriptor, POLLIN, 0}}};
   int ready = 0;
@@ -60,7 +60,7 @@ void MainLoop::waitUntilReadable(int descriptor) {
   while (waitFor(queued_.descriptor(), descriptor, kNoTimeLimit) == Ready::Work) runNext();
 }
 
-/// Empty when there is none.
+/// Empty if there is none.
 std::function<void()> MainLoop::takeNext() {
   const std::scoped_lock lock(mutex_);
   if (queue_.empty()) return {};

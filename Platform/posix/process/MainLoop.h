@@ -11,9 +11,9 @@
 
 namespace qm::posix {
 
-/// The main thread of a program without a toolkit. Work that other threads hand over is run whenever the main thread
-/// waits: for a tool or for an event. A program whose main thread never waits serves nobody. Where the system does not
-/// give the means to be woken, work is run by `handleOneEvent` alone.
+/// The main thread of a program without a toolkit. Work queued by other threads is run whenever the main thread waits
+/// for a tool or for an event, and never if it does not wait. If the system provides no wake-up descriptor, only
+/// `handleOneEvent` runs work.
 class MainLoop final : public platform::MainThread, public DescriptorWait {
  public:
   /// The calling thread becomes the main thread.
@@ -32,7 +32,7 @@ class MainLoop final : public platform::MainThread, public DescriptorWait {
   bool runNext();
 
   const std::thread::id mainThread_;
-  const Wakeup queued_;  // raised while there is something in the queue
+  const Wakeup queued_;  // raised while the queue is not empty
 
   std::mutex mutex_;
   std::deque<std::function<void()>> queue_;

@@ -39,7 +39,7 @@ void PipeReader::leave() {
   if (closed_) pipe_.reset();
 }
 
-// True when a read will not block; false after `close`.
+// True if a read will not block; false after `close`.
 bool PipeReader::waitForData() const {
   pollfd watched[] = {{pipe_.get(), POLLIN, 0}, {wakeup_.descriptor(), POLLIN, 0}};
   while (::poll(watched, 2, -1) < 0) {

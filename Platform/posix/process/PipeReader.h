@@ -9,13 +9,13 @@
 
 namespace qm::posix {
 
-/// The reading end of a pipe. `close` wakes a read that is blocked; the descriptor itself is closed when the reading
-/// thread is out, so that its number cannot come to mean another file under the reader.
+/// The reading end of a pipe. `close` wakes a blocked read. The descriptor itself is closed only after the reading
+/// thread has returned, so that its number cannot come to refer to another file during the read.
 class PipeReader : public platform::OutputReader {
  public:
   explicit PipeReader(UniqueFd pipe) : pipe_(std::move(pipe)) {}
 
-  /// The system had what it takes to end a read that is blocked.
+  /// The wake-up descriptor could be created, so `close` can interrupt a blocked read.
   bool canBeWoken() const { return wakeup_.descriptor() >= 0; }
 
   std::string availableData() override;

@@ -79,8 +79,7 @@ Status PosixTask::launch() {
 
 int PosixTask::start() {
   int error = streamError();
-  // The child is told from others by a descriptor. Whether there is one to be had is seen before the tool does
-  // anything.
+  // The child is identified by a descriptor. Reserving one checks that it is available before the tool has any effect.
   ProcessHandle reserved = ProcessHandle::open(::getpid());
   if (error == 0 && !reserved) error = errno;
   if (error == 0) {
@@ -98,7 +97,7 @@ int PosixTask::start() {
 int PosixTask::adopt(pid_t child) {
   process_ = ProcessHandle::open(child);
   if (process_) return 0;
-  // Another thread took the descriptor that was kept free. The child is not reaped yet, so its id is still its own.
+  // Another thread took the reserved descriptor. The child is not reaped yet, so its id cannot have been reused.
   const int error = errno;
   ::kill(child, SIGKILL);
   waitForChild(child);
@@ -129,7 +128,8 @@ int PosixTask::streamError() const {
   return 0;
 }
 
-// With the child's ends gone, its exit is the end of its output. After a failed launch the input's other end goes too.
+// Once the child's ends are closed here, the child's exit ends its output. After a failed launch the other end of the
+// input is closed, too.
 void PosixTask::forgetPipes(bool launched) {
   for (Stream& stream : streams_) {
     stream.childEnd.reset();
@@ -166,7 +166,7 @@ void PosixTask::terminate() {
   if (process_ && !status_) process_.signal(SIGTERM);
 }
 
-// Reaps the child when it has exited. With the lock held.
+// Reaps the child if it has exited. The lock must be held.
 bool PosixTask::hasExited() const {
   if (!status_) status_ = process_.reap();
   return status_.has_value();

@@ -18,15 +18,15 @@
 
 namespace qm::posix {
 
-/// What every task needs of the process around it.
+/// What every task uses of the process that runs it.
 struct TaskSurroundings {
   platform::MainThread& mainThread;
   DescriptorWait& descriptorWait;
   Reaper reaper;
 };
 
-/// A run of a tool through posix_spawn(3). The child is reaped by whoever first asks about it after its exit, or by
-/// the reaper when the task was let go of before.
+/// A run of a tool through posix_spawn(3). The child is reaped by the first call that checks it after its exit, or by
+/// the reaper if the task was released before.
 class PosixTask : public platform::Task {
  public:
   explicit PosixTask(std::shared_ptr<TaskSurroundings> surroundings) : surroundings_(std::move(surroundings)) {}

@@ -18,7 +18,7 @@ class PosixTasks : public platform::Tasks {
   std::shared_ptr<platform::Task> makeTask() override;
 
  private:
-  std::shared_ptr<TaskSurroundings> surroundings_;  // shared with the tasks that outlive this
+  std::shared_ptr<TaskSurroundings> surroundings_;  // shared with tasks, which may outlive this
 };
 
 }  // namespace qm::posix

@@ -7,7 +7,7 @@
 
 namespace qm::posix {
 namespace {
-// Without a wakeup the thread looks for itself now and then.
+// Without a wake-up descriptor the thread polls.
 constexpr int kLookAgainMilliseconds = 1000;
 constexpr int kNoLimit = -1;
 }  // namespace
@@ -32,7 +32,7 @@ void Reaper::startThread() {
   try {
     thread_ = std::thread(&Reaper::run, this);
   } catch (const std::system_error&) {
-    // No thread is to be had now; the next child that is let go of tries again.
+    // No thread can be started now; the next released child tries again.
   }
 }
 
@@ -51,7 +51,7 @@ bool Reaper::takeAdopted() {
   return !ending_;
 }
 
-// Returns when a child has exited or another thread has something to say.
+// Returns when a child has exited or another thread has raised the wakeup.
 void Reaper::waitForChange() const {
   std::vector<pollfd> watched{{wakeup_.descriptor(), POLLIN, 0}};
   for (const ProcessHandle& child : children_) watched.push_back({child.descriptor(), POLLIN, 0});

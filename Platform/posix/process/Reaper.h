@@ -9,14 +9,14 @@
 
 namespace qm::posix {
 
-/// Reaps children that nobody waits for any more, on one thread that starts with the first of them. No signal handler
-/// is involved: those belong to the whole process, and to its libraries.
+/// Reaps children that nobody waits for any more, on one thread that starts with the first of them. It uses no signal
+/// handler: those are shared by the whole process, including its libraries.
 class Reaper {
  public:
   Reaper() = default;
   Reaper(const Reaper&) = delete;
   Reaper& operator=(const Reaper&) = delete;
-  /// Children that still run are left to the process's end.
+  /// Children that are still running are not waited for.
   ~Reaper();
 
   /// Takes over a child. Any thread.
@@ -30,9 +30,9 @@ class Reaper {
 
   const Wakeup wakeup_;
   std::mutex mutex_;
-  bool ending_ = false;                  // guarded
-  std::vector<ProcessHandle> adopted_;   // guarded
-  std::vector<ProcessHandle> children_;  // the thread's own
+  bool ending_ = false;                  // guarded by mutex_
+  std::vector<ProcessHandle> adopted_;   // guarded by mutex_
+  std::vector<ProcessHandle> children_;  // used by the thread only
   std::thread thread_;
 };
 

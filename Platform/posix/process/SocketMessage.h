@@ -8,8 +8,8 @@
 
 namespace qm::posix {
 
-/// A message of one block of bytes, with room for one thing that goes along with them: a descriptor (an int) or whoever
-/// sent it (a ucred). The bytes are the caller's.
+/// A message of one block of bytes, with room for one ancillary item: a descriptor (an int) or the sender's credentials
+/// (a ucred). The bytes belong to the caller.
 template <class Attached>
 class SocketMessage {
  public:
@@ -20,16 +20,16 @@ class SocketMessage {
   SocketMessage(const SocketMessage&) = delete;
   SocketMessage& operator=(const SocketMessage&) = delete;
 
-  /// For the system's calls.
+  /// For sendmsg(2) and recvmsg(2).
   msghdr* get() { return &message_; }
 
-  /// Takes what comes along with the bytes; without this the system drops it.
+  /// Makes room to receive an ancillary item; without it the system drops the item.
   void makeRoom() {
     message_.msg_control = space_.data();
     message_.msg_controllen = space_.size();
   }
 
-  /// Has something go along with the bytes.
+  /// Attaches an item to the bytes.
   void attach(int type, const Attached& attached) {
     makeRoom();
     cmsghdr* header = CMSG_FIRSTHDR(&message_);
@@ -39,7 +39,7 @@ class SocketMessage {
     std::memcpy(CMSG_DATA(header), &attached, sizeof attached);
   }
 
-  /// What has come along; null unless it is one thing of that type.
+  /// The received item; null unless it is exactly one of that type.
   std::optional<Attached> attached(int type) {
     const cmsghdr* header = CMSG_FIRSTHDR(&message_);
     if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != type ||
@@ -51,7 +51,7 @@ class SocketMessage {
     return attached;
   }
 
-  /// Something was cut off, of the bytes or of what came along.
+  /// The bytes or the ancillary data were truncated.
   bool isCut() const { return (message_.msg_flags & (MSG_CTRUNC | MSG_TRUNC)) != 0; }
 
  private:

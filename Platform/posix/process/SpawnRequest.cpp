@@ -17,7 +17,7 @@ bool parentCanGive(int stream) {
   return flags >= 0 && (flags & FD_CLOEXEC) == 0;
 }
 
-// A NUL byte would cut the text short on its way to the child.
+// A NUL byte would truncate the text for the child.
 bool holdsNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
 }  // namespace
@@ -63,7 +63,7 @@ int SpawnRequest::spawn(const std::string& path, const std::vector<std::string>&
   return ::posix_spawn(child, path.c_str(), &actions_, &attributes_, vector.data(), environment);
 }
 
-// The first error is the one to tell.
+// The first error is returned.
 void SpawnRequest::note(int error) {
   if (error_ == 0) error_ = error;
 }

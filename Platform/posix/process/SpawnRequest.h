@@ -8,20 +8,21 @@
 
 namespace qm::posix {
 
-// The calls that each system has in its own form; their bodies are in the system's own folder.
+// The calls that differ between systems; each system's own folder implements them.
 
-/// Has the child get no descriptor over 2, by an action after all others or by an attribute. Where it is an attribute,
-/// a standard stream that no action connects is closed as well, unless it is kept. Returns 0 or an error number.
+/// Makes the child inherit no descriptor above 2, through an action after all others or through an attribute. An
+/// attribute also closes a standard stream that no action connects, unless `keepStream` was called for it. Returns 0 or
+/// an error number.
 int closeAllButStandardStreams(posix_spawn_file_actions_t* actions, posix_spawnattr_t* attributes);
 
-/// Has the child keep its parent's `stream` (0 to 2), whatever else is closed. Returns 0 or an error number.
+/// Lets the child keep its parent's `stream` (0 to 2), whatever else is closed. Returns 0 or an error number.
 int keepStream(posix_spawn_file_actions_t* actions, int stream);
 
-/// This process's environment as it is now, ended by a null pointer. Any change of it may move it.
+/// This process's environment as it is now, terminated by a null pointer. Any change of the environment may move it.
 char** ownEnvironment();
 
-/// What a child is started with: its standard streams, and nothing else of its parent's. Default signals, no signal
-/// blocked, the parent's working folder.
+/// Everything that a child inherits: its standard streams, and nothing else of its parent's. It starts with default
+/// signals, none of them blocked, in the parent's working folder.
 class SpawnRequest {
  public:
   SpawnRequest();
@@ -31,13 +32,13 @@ class SpawnRequest {
 
   /// Connects the child's `stream` (0 to 2) to the null device.
   void connectToNullDevice(int stream);
-  /// Connects the child's `stream` to the parent's `descriptor`, which is over 2; to the null device for -1.
+  /// Connects the child's `stream` to the parent's `descriptor`, which is above 2; for -1 to the null device.
   void connect(int stream, int descriptor);
-  /// Leaves the child its parent's `stream`; the null device where the parent has none to give.
+  /// Lets the child inherit its parent's `stream`; connects it to the null device if the parent has none.
   void inherit(int stream);
 
-  /// Starts the program at `path`, with the parent's environment if no other is given, and returns 0 or an error
-  /// number. No shell, no search. Once per request.
+  /// Starts the program at `path`, by default with the parent's environment, and returns 0 or an error number. Uses no
+  /// shell and does not search PATH. Once per request.
   int spawn(const std::string& path, const std::vector<std::string>& arguments, pid_t* child,
             char* const* environment = ownEnvironment());
 

@@ -4,19 +4,19 @@
 
 namespace qm::posix {
 
-/// A flag that a thread blocked in poll(2) sees: `descriptor` can be read from `raise` on, until `lower`.
+/// A flag that wakes a thread blocked in poll(2): `descriptor` is readable from `raise` until `lower`.
 class Wakeup {
  public:
   Wakeup();
 
-  /// -1 when the system had none to give; poll(2) passes over it.
+  /// -1 if the system provided none; poll(2) ignores it.
   int descriptor() const { return descriptor_.get(); }
   void raise() const;
   void lower() const;
 
  private:
   UniqueFd descriptor_;
-  UniqueFd raising_;  // what is written to, on systems where that is another one
+  UniqueFd raising_;  // the writing end, on systems where it differs
 };
 
 }  // namespace qm::posix

@@ -6,31 +6,30 @@
 
 namespace qm::posix {
 
-/// Whose rights count in the file system.
+/// A user's identity for permission checks in the file system.
 struct FileSystemIdentity {
   uid_t uid = 0;
   gid_t gid = 0;
   std::vector<gid_t> groups;
 };
 
-/// Lets the calling thread, and no other, work in the file system with somebody else's rights: what it
-/// makes belongs to him, and his links lead it nowhere that he could not go himself. Only for a process
-/// that runs as root.
+/// Gives the calling thread, and no other, somebody else's rights in the file system. What it creates belongs to that
+/// user, and that user's links lead it nowhere that the user could not go. Only for a process that runs as root.
 class FileSystemUser {
  public:
-  /// Takes the rights of `identity`; none to take (null) leaves everything as it is.
+  /// Takes the rights of `identity`; with null it changes nothing.
   explicit FileSystemUser(const FileSystemIdentity* identity);
   FileSystemUser(const FileSystemUser&) = delete;
   FileSystemUser& operator=(const FileSystemUser&) = delete;
   ~FileSystemUser() { leave(); }
 
-  /// The thread has the wanted rights and no others.
+  /// Whether the thread has the requested rights and no others.
   bool ok() const { return ok_; }
 
-  /// Whose rights it takes; null where it takes none.
+  /// The identity whose rights it takes; null if it takes none.
   const FileSystemIdentity* identity() const { return identity_; }
 
-  /// Goes back to the process's own rights, and takes the other's again.
+  /// Returns to the process's own rights, and takes the other's again.
   void leave();
   void enter();
 

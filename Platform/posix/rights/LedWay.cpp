@@ -14,7 +14,7 @@ Writers anybody() {
   return writers;
 }
 
-// Those who can put something where nothing is: as with a link of root's, whoever may write in the folder.
+// Those who can put something where nothing is: everybody who may write to the folder, as for a root-owned link.
 Writers writersOfNewEntry(int folder) {
   const auto status = statusOf(folder);
   if (!status) return anybody();
@@ -25,7 +25,7 @@ Writers writersOfNewEntry(int folder) {
 
 }  // namespace
 
-// Below a folder that is missing there is nobody to lead astray: the folders that are there decide.
+// In a missing folder nobody can redirect anything, so only the existing folders count.
 Writers writersOnTheWayTo(const std::string& path) {
   if (pathError(path) != 0) return anybody();
   if (withoutTrailingSlashes(path) == "/") return {};

@@ -6,8 +6,8 @@
 
 namespace qm::posix {
 
-/// Everybody but root who can lead the way to the item of a path, or to where it would be made, elsewhere. Anybody,
-/// where that cannot be found out.
+/// Everybody but root who can redirect a path, or the path to where an item would be created. Anybody, if that cannot
+/// be determined.
 Writers writersOnTheWayTo(const std::string& path);
 
 }  // namespace qm::posix

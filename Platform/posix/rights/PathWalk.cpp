@@ -20,7 +20,7 @@ constexpr int kMostLinks = 40;  // the system's own limit
 
 UniqueFd openRoot() { return UniqueFd(::open("/", lookupFlag() | O_DIRECTORY | O_CLOEXEC)); }
 
-// The names of a path, the first one last.
+// The components of a path in reverse order.
 std::vector<std::string> namesBackwards(const std::string& path) {
   std::vector<std::string> names;
   for (std::size_t end = path.size(); end > 0;) {
@@ -68,7 +68,7 @@ class Walk {
     return std::nullopt;
   }
 
-  // An item that is missing is no failure yet.
+  // A missing item is not a failure yet.
   Result look() {
     place_.item.reset(openItself(place_.folder.get(), place_.name.c_str()));
     if (!place_.item && errno == ENOENT && makesFolders_ && !pending_.empty()) return makeFolder();
@@ -95,9 +95,9 @@ class Walk {
     return std::nullopt;
   }
 
-  // Who can move a folder away decides what lies above it.
+  // Whoever can move a folder decides what its parent is.
   Result goUp() {
-    if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that others than root can move");
+    if (!place_.writers.none()) return refused(EPERM, "it goes up from a folder that users other than root can move");
     if (pending_.empty()) return refused(EINVAL, "it names no item");
     UniqueFd above(::openat(place_.folder.get(), "..", lookupFlag() | O_DIRECTORY | O_CLOEXEC));
     if (!above) return failure(errno);
@@ -122,8 +122,9 @@ class Walk {
     return pending_.empty() ? refused(EINVAL, "its link names no item") : Result();
   }
 
-  // Whoever could have planted the link must own what it leads to: the item where the last link leads
-  // to it or things may be put into it, else the folder that holds it.
+  // A link that a non-root user could have planted is acceptable only if its target belongs to that same user. The
+  // target is the item itself if the final component was a link or is a folder that may be written into; otherwise it
+  // is the parent folder.
   Result judge() {
     if (!place_.throughDoubtfulLink) return std::nullopt;
     const bool mayBePutInto = lastLink_ == LastLink::IsFollowed && place_.isFolder();
@@ -131,7 +132,7 @@ class Walk {
     const auto target = countsItself ? std::optional(place_.itemStatus) : statusOf(place_.folder.get());
     if (!target) return failure(errno);
     if (place_.writers.only(target->st_uid)) return std::nullopt;
-    return refused(ELOOP, "a link on its way could have been planted by somebody with fewer rights");
+    return refused(ELOOP, "a link in the path could have been planted by a user with fewer rights");
   }
 
   Result failure(int error) const { return refusalFor(error, path_); }

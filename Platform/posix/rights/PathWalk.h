@@ -11,42 +11,43 @@
 
 namespace qm::posix {
 
-/// Where a path leads: a folder held by descriptor and a name in it.
+/// The result of walking a path: a folder held by descriptor and a name in it.
 struct PinnedPlace {
   UniqueFd folder;
   std::string name;
-  /// The item, opened to name it only; none where nothing is there.
+  /// The item, opened for naming only (`lookupFlag`); none if nothing is there.
   UniqueFd item;
   struct stat itemStatus {};
-  /// Everybody but root who could have led the way elsewhere.
+  /// Everybody but root who could have redirected the path.
   Writers writers;
-  /// A link was followed that somebody else than root could have planted.
+  /// Whether a link was followed that somebody else than root could have planted.
   bool throughDoubtfulLink = false;
-  /// The path says that it means a folder.
+  /// Whether the path ends with a slash, so that it must be a folder.
   bool withTrailingSlash = false;
 
   bool isFolder() const { return item && S_ISDIR(itemStatus.st_mode); }
   bool isLink() const { return item && S_ISLNK(itemStatus.st_mode); }
-  /// The path at which the system shows the place now; "" where it cannot be found out.
+  /// The path at which the system shows the location now; "" if it cannot be determined.
   std::string shown() const;
 };
 
 enum class LastLink : bool { Stays, IsFollowed };
 
-/// Walks an absolute path for root, a component at a time, each from the descriptor of the one before. Every path
+/// Walks an absolute path for root, one component at a time, each from the descriptor of the one before. Every path
 /// that root follows for somebody else is walked here.
 ///
-/// A link is followed only if it cannot serve to reach what is somebody else's: when nobody but root could have led
-/// the way to it, or when one person could and what the path leads to is that person's own. ".." is followed only
-/// where nobody but root can move the folders on the way. What is refused is refused with ELOOP or EPERM; everything
-/// else fails as it would for any program.
+/// A link is followed only if it cannot serve to reach somebody else's items: if nobody but root could have planted it,
+/// or if its target belongs to the one user who could have. ".." is followed only if nobody but root can move the
+/// folders on the way. A path that breaks these rules is refused with ELOOP or EPERM; other errors are those that any
+/// program would get.
 Answer<PinnedPlace> pinPath(const std::string& path, LastLink lastLink);
 
-/// The same for a path whose folders are made, for root, where they are missing.
+/// The same for a path whose missing folders are created, as root.
 Answer<PinnedPlace> pinPathMakingFolders(const std::string& path);
 
-/// Opens a folder to name items in it, by the same walk but for one rule: only links that nobody but root could have
-/// planted are followed. None, with ELOOP, where another link is on the way; none, with another `errno`, on failure.
+/// Opens a folder for naming items in it, by the same walk but with a stricter rule: only links that nobody but root
+/// could have planted are followed. Returns none, with ELOOP, if another link is on the way; none, with another `errno`,
+/// on failure.
 UniqueFd openFolderThroughRootsLinks(const std::string& path);
 
 }  // namespace qm::posix

@@ -5,8 +5,7 @@
 
 namespace qm::posix {
 
-/// The rights of copies in the background: those that `RightfulFileSystem` makes its changes with. The users outlive
-/// every copy.
+/// The rights of copies in the background, the same as those of `RightfulFileSystem`. The users outlive every copy.
 CopyRights rightsForCopies(const platform::Users& users);
 
 }  // namespace qm::posix

@@ -13,9 +13,9 @@
 
 namespace qm::posix {
 
-/// The plain file operations. A process of root's changes things with the rights of whoever could lead it astray (see
-/// `RightsForPaths`), so that what it makes in a person's folders is that person's, and no link there leads it farther
-/// than the person could go. The users outlive it.
+/// The plain file operations. A root process makes changes with the rights of whoever could redirect the path (see
+/// `RightsForPaths`). So what it creates in a user's folders belongs to that user, and a link there leads it nowhere
+/// that the user could not go. The users outlive it.
 class RightfulFileSystem final : public PosixFileSystem {
  public:
   explicit RightfulFileSystem(const platform::Users& users) : users_(users) {}
@@ -31,7 +31,7 @@ class RightfulFileSystem final : public PosixFileSystem {
   std::shared_ptr<platform::FileHandle> openForWriting(const std::string& path) override;
 
  private:
-  /// `change`, with the rights for its paths; the second is a destination.
+  /// Makes `change` with the rights for its paths; the second path is a destination, or "".
   platform::Status withRights(FileOperation operation, const std::string& path, const std::string& destination,
                               const std::function<platform::Status()>& change) const;
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr gid_t kNoGroup = 65534;
 
-// An account that is gone still owns folders.
+// A deleted account may still own folders.
 FileSystemIdentity identityOf(uid_t number) {
   const std::optional<UserRecord> user = userWithId(number);
   return user ? identityOf(*user) : FileSystemIdentity{number, kNoGroup, {}};

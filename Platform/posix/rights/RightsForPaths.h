@@ -8,15 +8,16 @@
 
 namespace qm::posix {
 
-/// The rights with which a process of root's changes something at some paths, for as long as this lives and for the
-/// calling thread: root's own where nobody else can lead the way elsewhere, else those of the one person who can, else
-/// those of the person at the console. Whoever bends a path gets no farther than he could by himself. Changes nothing
-/// in any other process.
+/// The rights with which a root process makes changes at some paths, for the lifetime of this object and for the
+/// calling thread. These are root's own if nobody else can redirect the paths, else those of the one user who can, else
+/// those of the user at the console. So whoever redirects a path gains nothing. Has no effect in any process that is
+/// not root's.
 class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);
 
-  /// The thread has these rights. Otherwise nothing may be changed: several could lead the way, and nobody is there.
+  /// Whether the thread has these rights. If not, nothing may be changed: several users could redirect the paths, and
+  /// nobody is at the console.
   bool ok() const { return known_ && acting_.ok(); }
 
  private:

@@ -20,7 +20,7 @@ UserRecord recordOf(const passwd& found) {
   return {found.pw_uid, found.pw_gid, textOrEmpty(found.pw_name), textOrEmpty(found.pw_dir)};
 }
 
-// `find` is getpwuid_r or getpwnam_r with its key in place. The buffer grows until the record fits.
+// `find` is getpwuid_r or getpwnam_r with its key bound. The buffer grows until the record fits.
 template <class Find>
 std::optional<UserRecord> lookUp(Find find) {
   for (std::size_t size = kFirstBuffer; size <= kLargestBuffer; size *= 4) {

@@ -17,7 +17,7 @@ struct UserRecord {
   std::string home;
 };
 
-/// The system's user database, whatever it is made of. Null for a user that it does not know. Any thread.
+/// The system's user database, whatever its source. Null for an unknown user. Any thread.
 std::optional<UserRecord> userWithId(uid_t id);
 std::optional<UserRecord> userWithName(const std::string& name);
 
@@ -25,7 +25,7 @@ std::optional<UserRecord> userWithName(const std::string& name);
 /// time.
 std::vector<UserRecord> listedUsers();
 
-/// The rights of a user in the file system, with all groups that the database puts the user in.
+/// The rights of a user in the file system, with all groups that the database assigns to the user.
 FileSystemIdentity identityOf(const UserRecord& user);
 
 }  // namespace qm::posix

@@ -23,8 +23,8 @@ namespace {
 
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
-// Somebody may have put another folder in its place; one that only root could have made so is root's work. A folder
-// keeps its own folder above unless its owner moves it, so nobody brings one of root's here from elsewhere.
+// Somebody may have put another folder in its place. One that only root could have created like this is trusted. A
+// folder stays in its parent unless its owner moves it, so nobody can bring one of root's here from elsewhere.
 int openOwn(int folder, const std::string& name, UniqueFd& own) {
   own.reset(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   const auto status = own ? statusOf(own.get()) : std::nullopt;
@@ -34,7 +34,7 @@ int openOwn(int folder, const std::string& name, UniqueFd& own) {
 
 bool hasPrefix(const std::string& name, std::string_view prefix) { return !prefix.empty() && name.starts_with(prefix); }
 
-// Locks are the open folder's: they end with the last process that has it.
+// Locks belong to the open folder: they end with the last process that has it open.
 int lock(int own) { return ::flock(own, LOCK_EX | LOCK_NB) == 0 ? 0 : errno; }
 
 }  // namespace
@@ -71,13 +71,13 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   if (name.empty()) return refused(EIO);
   if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
   Answer<WorkFolder> made = openLocked(folder, name);
-  // Until it is locked it looks left behind to another process that mends.
+  // Until it is locked, another process that mends could mistake it for one left behind.
   if (made && made->hasItsName()) return made;
   if (made) {
     static_cast<void>(made->removeEmpty());
     return refused(EAGAIN);
   }
-  // One that cannot be opened cannot be told from what somebody puts in its place: of that only an empty folder goes.
+  // One that cannot be opened cannot be distinguished from a replacement, so only an empty folder is removed.
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
   return refused(made.problem().error);
 }
@@ -93,8 +93,8 @@ std::vector<WorkFolder> WorkFolder::leftIn(int folder, std::string_view prefix) 
   return left;
 }
 
-// Its contents go by its descriptor, and its name only as long as that is its own: who may change the folder above
-// can put something else there.
+// Its contents are removed by its descriptor. Its name is removed only while it is still its own, because others may
+// change the parent folder.
 int WorkFolder::remove() const {
   std::vector<std::string> names;
   UniqueFd listed(::openat(own_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -9,18 +9,18 @@
 
 namespace qm::posix {
 
-/// A hidden folder of root's alone inside a folder that others may change. What is in it nobody else reaches. It is
-/// locked as long as its maker lives, so that one that was left behind by a process that was ended can be told.
+/// A hidden folder that only root can access inside a folder that others may change. Nobody else can reach its
+/// contents. It is locked while its creator lives, so that one left behind by an interrupted process can be recognised.
 class WorkFolder {
  public:
-  /// A name that nobody can guess, with the product's prefix; "" without one, or where the system gives no random
+  /// A name that nobody can guess, with the product's prefix; "" without a prefix, or if the system provides no random
   /// bytes.
   static std::string newName(std::string_view prefix);
-  /// Makes one with such a name in `folder`, which outlives it.
+  /// Creates one with such a name in `folder`, which must outlive it.
   static Answer<WorkFolder> make(int folder, const std::string& name);
-  /// Those of the prefix in `folder` that nobody works with any more; they are locked from here on.
+  /// Those with the prefix in `folder` that no process is using; they are locked from here on.
   static std::vector<WorkFolder> leftIn(int folder, std::string_view prefix);
-  /// Opens one by its name, if that has the prefix and nobody works with it.
+  /// Opens one by its name, if that has the prefix and no process is using it.
   static Answer<WorkFolder> open(int folder, const std::string& name, std::string_view prefix);
 
   WorkFolder(WorkFolder&&) = default;
@@ -33,9 +33,9 @@ class WorkFolder {
   int above() const { return above_; }
   const std::string& name() const { return name_; }
 
-  /// Removes it with all that is in it. Returns 0 or an error number.
+  /// Removes it with its contents. Returns 0 or an error number.
   int remove() const;
-  /// Removes it if nothing is in it.
+  /// Removes it if it is empty.
   int removeEmpty() const;
 
  private:

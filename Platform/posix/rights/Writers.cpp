@@ -12,11 +12,12 @@ namespace {
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
+// On Linux the permissions of an access list show in the mode, because its mask replaces the group's bits.
 bool othersMayWrite(int folder, const struct stat& status) {
   return (status.st_mode & kWritableByOthers) != 0 || hasListThatGrantsWriting(folder);
 }
 
-// Ends a walk at the first folder that others may write in.
+// Ends a walk at the first folder that others may write to.
 class RootsAlone : public TreeVisitor {
  public:
   int entered(const FolderChain& chain, const std::string&) override {

@@ -7,33 +7,33 @@
 
 namespace qm::posix {
 
-/// The status of what a descriptor stands for. Null on failure, see `errno`.
+/// The status of a descriptor's item. Null on failure, see `errno`.
 std::optional<struct stat> statusOf(int fd);
-/// The status of what a name in a folder stands for; a link is not followed. Null on failure, see `errno`.
+/// The status of a name in a folder; a link is not followed. Null on failure, see `errno`.
 std::optional<struct stat> statusIn(int folder, const char* name);
 
-/// Who besides root decides what a name in a folder stands for.
+/// The users besides root who can change what a name in a folder refers to.
 struct Writers {
   std::set<uid_t> persons;
-  /// More than can be told: a folder that a group, an access list or everybody may write in, or a file system
-  /// that is a program of somebody's.
+  /// Others who cannot be listed: a group, an access list or everybody may write to a folder, or a file system is a
+  /// user's program.
   bool anybody = false;
 
   bool none() const { return persons.empty() && !anybody; }
-  /// This one person and nobody else.
+  /// This one user and nobody else.
   bool only(uid_t person) const { return !anybody && persons.size() == 1 && persons.contains(person); }
   void add(const Writers& others);
 };
 
-/// Who can replace the item `entry` of `folder` by another one. A group counts as anybody: who is in it by its
-/// primary group, a directory service knows at best. In a sticky folder an item is its owner's to replace; an item
-/// of root's there could have been moved in by anybody.
+/// Who can replace the item `entry` of `folder` by another one. A group counts as anybody, because at best a directory
+/// service knows who has it as the primary group. In a sticky folder an item can be replaced by its owner; a root-owned
+/// item there could have been moved in by anybody.
 Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry);
 
-/// Nobody but root can make, rename or remove anything in the folder.
+/// Whether nobody but root can create, rename or remove anything in the folder.
 bool onlyRootWrites(int folder);
 
-/// The same for a folder and all that are below it. Also false when that cannot be found out.
+/// The same for a folder and all below it. Also false if that cannot be determined.
 bool onlyRootWritesTree(int folder);
 
 }  // namespace qm::posix

@@ -24,7 +24,7 @@ void BusStandIn::serve(int listener) {
   ASSERT_GE(::sd_bus_set_server(bus, 1, {}), 0);
   ASSERT_GE(::sd_bus_add_filter(bus, nullptr, answer, this), 0);
   ASSERT_GE(::sd_bus_start(bus), 0);
-  constexpr std::uint64_t kLook = 20'000;  // microseconds between two looks whether the scope has ended
+  constexpr std::uint64_t kLook = 20'000;  // microseconds between two checks whether the scope has ended
   for (int worked = 0; worked >= 0 && !ended_;) {
     worked = ::sd_bus_process(bus, nullptr);
     if (worked == 0) ::sd_bus_wait(bus, kLook);
@@ -54,7 +54,7 @@ void BusStandIn::floodUntilGone() {
   }
 }
 
-/// One that wants an answer, which nobody reads.
+/// A message that requires an answer, which nobody reads.
 int BusStandIn::sendCall(const std::string& path) {
   sd_bus_message* call = nullptr;
   std::uint64_t cookie = 0;

@@ -9,18 +9,18 @@
 
 namespace qm::testing {
 
-/// A message bus that lets one connection in, answers its "Hello", and then misbehaves; until the connection or
-/// the scope ends.
+/// A message bus that accepts one connection, answers its "Hello", and then misbehaves until the connection or the
+/// scope ends.
 class BusStandIn {
  public:
   enum class Manner { FallsSilent, FloodsWithSignals, FloodsWithCalls, Refuses };
-  /// Takes the connection from a listening socket.
+  /// Accepts the connection of a listening socket.
   BusStandIn(int listener, Manner manner);
   BusStandIn(const BusStandIn&) = delete;
   BusStandIn& operator=(const BusStandIn&) = delete;
   ~BusStandIn();
 
-  /// The connection has asked for more than "Hello".
+  /// Whether the connection has sent more than "Hello".
   bool wasAsked() const { return asked_; }
 
  private:

@@ -15,7 +15,7 @@ using platform::FileReference;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// Cases that hold on the real desktop and on the fakes alike.
+/// Cases that hold on the real desktop and on the fakes.
 class DesktopContract : public ::testing::TestWithParam<DesktopWorldKind> {
  protected:
   static void inWorld(const DesktopCase& body) { GetParam().run(body); }

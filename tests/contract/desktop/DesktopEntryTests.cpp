@@ -1,4 +1,4 @@
-// The text of a menu entry, by its rules and by the tool that checks them.
+// The text of a menu entry, checked by the specification and by the tool for it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -27,7 +27,7 @@ constexpr linux_::EntryMark kMark{kProduct.bundleEntryKey, kProduct.bundleEntryP
 
 std::string textOf(const DesktopEntry& entry) { return desktopEntryText(entry, kMark).value_or("(none)"); }
 
-/// The checker has nothing to say about the text.
+/// The tool finds nothing wrong with the text.
 void expectValid(const DesktopEntry& entry) {
   asPerson([&](const std::string& home) {
     const std::string file = home + "/entry.desktop";

@@ -24,7 +24,7 @@ bool keepsAttributes(const std::string& folder) {
   return ::setxattr(folder.c_str(), "user.test", "x", 1, 0) == 0 && ::removexattr(folder.c_str(), "user.test") == 0;
 }
 
-/// A folder that is gone at the end of its scope.
+/// A folder that is removed at the end of its scope.
 struct PassingFolder {
   std::string path;
   ~PassingFolder() {
@@ -32,7 +32,7 @@ struct PassingFolder {
   }
 };
 
-/// The machine's own volume keeps extended attributes since Linux 6.6 only; the system's does.
+/// The machine's own volume supports extended attributes only since Linux 6.6; the system's does.
 std::string makeHome(PassingFolder& passing) {
   std::string home = machineFolder() + "/home";
   fs::create_directory(home);
@@ -99,7 +99,7 @@ std::vector<std::string> namesIn(const std::string& folder) {
 Ran run(const std::vector<std::string>& command) {
   RealTasks real;
   const auto task = real.tasks.makeTask();
-  // One stream for both, so that none waits for the other.
+  // One stream for both, so that neither blocks the other.
   std::vector<std::string> arguments = {"-c", "exec \"$@\" 2>&1", "sh"};
   arguments.insert(arguments.end(), command.begin(), command.end());
   task->setLaunchPath("/bin/sh");

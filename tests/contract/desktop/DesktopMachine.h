@@ -7,10 +7,10 @@
 
 #include "Platform/Users.h"
 
-/// Arranging and looking for tests of the real desktop services, inside a private machine.
+/// Arranging and checking for tests of the real desktop services, inside a private machine.
 namespace qm::testing {
 
-/// The person that the cases are about.
+/// The user that the cases are about.
 inline constexpr unsigned kPerson = 1000;
 
 class DesktopUsers : public platform::Users {
@@ -26,14 +26,14 @@ class DesktopUsers : public platform::Users {
   std::optional<std::string> console = "u";
 };
 
-/// Runs `body` as an ordinary user of a private machine, with that user's empty home, where extended attributes
-/// can be set. The environment says nothing of a desktop.
+/// Runs `body` as an ordinary user of a private machine, with that user's empty home, where extended attributes can be
+/// set. The environment has no variables of a desktop.
 void asPerson(const std::function<void(const std::string& home)>& body);
 /// The same as root, in a machine where "u" is such a user and has that home.
 void asRootForPerson(const std::function<void(const std::string& home)>& body);
 
 void writeText(const std::string& path, const std::string& text, unsigned mode = 0644);
-/// The contents of a file; "" when there is none.
+/// The contents of a file; "" if there is none.
 std::string textAt(const std::string& path);
 std::vector<std::string> namesIn(const std::string& folder);
 

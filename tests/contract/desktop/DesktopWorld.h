@@ -11,8 +11,8 @@
 
 namespace qm::testing {
 
-/// A disk and a desktop of an ordinary user, real or fake. `home` is the user's folder, empty at first; it keeps
-/// Finder information. Arranging is done past the services.
+/// A disk and a desktop of an ordinary user, real or fake. `home` is the user's folder, empty at first; it can store
+/// Finder information. Arranging is done without the services.
 class DesktopWorld {
  public:
   virtual ~DesktopWorld() = default;
@@ -31,7 +31,7 @@ class DesktopWorld {
   virtual void remove(const std::string& path) = 0;
   virtual void setReadable(const std::string& path, bool readable) = 0;
   virtual void setWritable(const std::string& path, bool writable) = 0;
-  /// Whether somebody listens on the desktop from now on; nobody does at first.
+  /// Whether somebody is listening on the desktop from now on; nobody is at first.
   virtual void setListening(bool listening) = 0;
   /// The paths of the notices that the desktop has received so far.
   virtual std::vector<std::string> notices() = 0;

@@ -1,4 +1,4 @@
-// The bytes behind a label, which a Mac must find as it left them.
+// The bytes after a label, which a Mac must find unchanged.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>

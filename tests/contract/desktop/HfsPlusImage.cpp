@@ -41,7 +41,7 @@ class Bytes {
   std::string text_;
 };
 
-/// A run of blocks that is one of the volume's own files.
+/// A run of blocks that belongs to one of the volume's own files.
 struct Fork {
   std::uint32_t start;
   std::uint32_t count;
@@ -82,7 +82,7 @@ std::string headerNode(const Tree& tree) {
   header.u16(tree.leaf == 0 ? 0 : 1).u32s({tree.leaf, tree.records, tree.leaf, tree.leaf});
   header.u16(kBlock).u16(tree.longestKey).u32s({tree.fork.count, tree.fork.count - used}).u16(0).u32(kBlock);
   header.u8(0).u8(tree.comparison).u32(tree.attributes).zeros(64);
-  // Nodes in use are the first bits of the map, which takes the rest of the block but for four offsets.
+  // Nodes in use are the first bits of the map, which takes the rest of the block except for four offsets.
   const std::string map = Bytes().u8(used == 1 ? 0x80 : 0xC0).zeros(kBlock - 14 - 106 - 128 - 8 - 1).text();
   return node(1, 0, {header.text(), std::string(128, '\0'), map});
 }

@@ -1,4 +1,4 @@
-// Labels on a Mac's own volume, where the kernel can read one. Also a program of its own for that.
+// Labels on a Mac's own volume, if the kernel can read one. Also a program of its own for that.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/loop.h>
@@ -25,13 +25,13 @@ namespace {
 
 constexpr const char* kMacAttribute = "osx.com.apple.FinderInfo";
 
-/// A device that shows a file, for as long as it is open or mounted.
+/// A loop device for a file, while it is open or mounted.
 struct LoopDevice {
   posix::UniqueFd open;
   std::string path;
 };
 
-/// Answers 0 or an error number.
+/// Returns 0 or an error number.
 int showAsDevice(const std::string& image, LoopDevice& device) {
   const posix::UniqueFd control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
   const posix::UniqueFd file(::open(image.c_str(), O_RDWR | O_CLOEXEC));
@@ -47,7 +47,7 @@ int showAsDevice(const std::string& image, LoopDevice& device) {
 
 bool kernelHasDriver() { return textAt("/proc/filesystems").find("\thfsplus\n") != std::string::npos; }
 
-/// Mounts an HFS+ volume. Answers 0 or an error number.
+/// Mounts an HFS+ volume. Returns 0 or an error number.
 int mountMacVolume(const std::string& folder) {
   const std::string image = machineFolder() + "/image";
   writeText(image, emptyHfsPlusVolume());

@@ -31,7 +31,7 @@ const std::string kDocuments =
     "<string>none</string><dict/>"
     "<dict><key>CFBundleTypeMIMETypes</key><array><string>text/x-tessaly</string></array></dict></array>";
 
-/// A person's desktop, and one bundle on it.
+/// A user's desktop, and one bundle on it.
 struct Menu {
   explicit Menu(std::string homeFolder, unsigned user = kPerson) : home(std::move(homeFolder)) {
     users.home = home;

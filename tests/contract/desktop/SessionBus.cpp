@@ -41,7 +41,7 @@ FileManagerStandIn::FileManagerStandIn(const std::string& address) {
   EXPECT_GE(::sd_bus_set_address(bus, address.c_str()), 0);
   EXPECT_GE(::sd_bus_set_bus_client(bus, 1), 0);
   EXPECT_GE(::sd_bus_start(bus), 0);
-  // Comes back when the bus knows of the wish.
+  // Returns when the bus has processed the request.
   EXPECT_GE(::sd_bus_match_signal(bus, nullptr, nullptr, nullptr, "org.kde.KDirNotify", nullptr, take, this), 0);
 }
 
@@ -68,7 +68,7 @@ std::vector<Notice> FileManagerStandIn::waitFor(std::size_t count) {
 }
 
 std::vector<Notice> FileManagerStandIn::received() {
-  // The bus answers after it has handed out all that came before.
+  // The bus answers after it has delivered everything that came before.
   constexpr const char* kBus = "org.freedesktop.DBus";
   EXPECT_GE(::sd_bus_call_method(bus_.get(), kBus, "/org/freedesktop/DBus", kBus, "GetId", nullptr, nullptr, nullptr),
             0);

@@ -11,11 +11,11 @@
 
 namespace qm::testing {
 
-/// A message bus of one's own, as a session has it, until the end of its scope.
+/// A message bus of its own, like a session's, until the end of its scope.
 class SessionBus {
  public:
   enum class Owner { Process, Person };
-  /// At a new socket; the process's own, or, from root, that of `kPerson`.
+  /// At a new socket; the process's own or, as root, that of `kPerson`.
   explicit SessionBus(const std::string& socket, Owner owner = Owner::Process);
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
@@ -31,21 +31,21 @@ class SessionBus {
 
 /// One signal of "org.kde.KDirNotify".
 struct Notice {
-  std::string signal;  ///< as in "FilesAdded(s) of /": a file manager takes no other form
+  std::string signal;  ///< as in "FilesAdded(s) of /": a file manager accepts no other form
   std::vector<std::string> urls;
 
   bool operator==(const Notice&) const = default;
 };
 void PrintTo(const Notice& notice, std::ostream* stream);
 
-/// Listens on a bus as the file managers do that listen: to these signals of any program and any object.
+/// Listens on a bus like a file manager: to these signals of any program and any object.
 class FileManagerStandIn {
  public:
   explicit FileManagerStandIn(const std::string& address);
 
-  /// What has come so far, once there is so much of it; or what there is after half a minute.
+  /// What has come so far, as soon as there is this much of it; or what there is after half a minute.
   std::vector<Notice> waitFor(std::size_t count);
-  /// What has come until now: everything that the bus had taken before this call.
+  /// What has come until now: everything that the bus had accepted before this call.
   std::vector<Notice> received();
 
  private:

@@ -1,4 +1,4 @@
-// The notice as it comes in on a session's message bus.
+// The notice as it arrives on a session's message bus.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 
-/// The service as a person's program makes it.
+/// The service as a user's program makes it.
 struct Desktop {
   explicit Desktop(const std::string& home, unsigned user = kPerson, milliseconds limit = milliseconds(3000)) {
     users.home = home;
@@ -135,7 +135,7 @@ TEST(UpdateNotice, IsNotSentWithoutABus) {
   });
 }
 
-/// How long it takes the service, which waits at most as long as `limit`, to give up.
+/// How long it takes until the service, which waits at most for `limit`, gives up.
 constexpr milliseconds kShort(200);
 milliseconds timeToGiveUp(const std::string& home, milliseconds limit = kShort) {
   const auto start = std::chrono::steady_clock::now();
@@ -167,10 +167,10 @@ TEST(UpdateNotice, WaitsOnWhenASignalComes) {
   });
 }
 
-/// Long enough for the handshake on a slow machine, and for hundreds of megabytes.
+/// Enough for the handshake on a slow machine, and for hundreds of megabytes.
 constexpr milliseconds kLong(2000);
 
-/// What the process has held at most after a bus has misbehaved until it was given up.
+/// The peak memory of the process after a bus has misbehaved until the service gave up.
 long kilobytesAfter(const std::string& home, BusStandIn::Manner manner) {
   const posix::UniqueFd listener = listenOn(home + "/bus");
   useBus("unix:path=" + home + "/bus");
@@ -210,7 +210,7 @@ TEST(UpdateNotice, IsNotTakenByABusThatRefusesToAnswer) {
   });
 }
 
-/// Takes one connection, says `words` and closes it.
+/// Accepts one connection, sends `words` and closes it.
 void answerOnce(int listener, const std::string& words) {
   const posix::UniqueFd connection(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
   static_cast<void>(::write(connection.get(), words.data(), words.size()));
@@ -239,7 +239,7 @@ TEST(UpdateNotice, IsRefusedForAnAliasOfSomebodyElses) {
 TEST(UpdateNoticeAsRoot, GoesToThePersonAtTheConsole) {
   asRootForPerson([](const std::string& home) {
     const SessionBus bus("/run/user/1000/bus", SessionBus::Owner::Person);
-    // The bus takes nobody but its owner.
+    // The bus accepts nobody but its owner.
     ASSERT_EQ(::seteuid(kPerson), 0);
     FileManagerStandIn fileManager(bus.address());
     ASSERT_EQ(::seteuid(0), 0);

@@ -28,7 +28,7 @@ class BackgroundCopy {
   }
 
   const platform::FileOperationRef& operation() const { return operation_; }
-  /// What is done on the main thread at each report, once it is kept.
+  /// Called on the main thread for each report, after it was recorded.
   void react(Reaction reaction) { reaction_ = std::move(reaction); }
 
   platform::FileOperationStatus start(const std::string& source, const std::string& folder, const std::string& name,
@@ -42,7 +42,7 @@ class BackgroundCopy {
                        if (reaction_) reaction_(report);
                      }});
   }
-  /// Serves the main thread until the end was reported, and answers what that was.
+  /// Serves the main thread until the end was reported, and returns its status.
   platform::FileOperationStatus end() {
     EXPECT_TRUE(mainThread_.pumpUntil([this] { return hasEnded(); }));
     mainThread_.pump();

@@ -1,4 +1,4 @@
-// What a process of root's changes at paths that somebody else can lead elsewhere.
+// Changes by a root process at paths that somebody else can redirect.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -19,7 +19,7 @@
 namespace qm::testing {
 namespace {
 
-// "system" is root's, "home" the person's, with a link "way" to "system".
+// "system" is root's, "home" the user's, with a link "way" to "system".
 class ChangesByRoot : public ::testing::Test {
  protected:
   using Files = posix::RightfulFileSystem;
@@ -117,7 +117,7 @@ TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
   });
 }
 
-/// A copy in the background by a process of root's.
+/// A copy in the background by a root process.
 int copyInBackground(const platform::Users& users, const std::string& source, const std::string& folder) {
   RealCopies machine;
   posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, posix::rightsForCopies(users)};

@@ -10,7 +10,7 @@
 
 namespace qm::testing {
 
-/// Cases that hold on the real file system and on the fake alike.
+/// Cases that hold on the real file system and on the fake.
 class FileContract : public ::testing::TestWithParam<FileWorldKind> {
  protected:
   static void inWorld(const FileCase& body) { GetParam().run(body); }
@@ -26,7 +26,7 @@ inline void PrintTo(const FileWorldKind& kind, std::ostream* stream) { *stream <
 
 using Lines = std::vector<std::string>;
 
-/// The operation failed with this number and says why in one line.
+/// The operation failed with this number and gives the reason in one line.
 inline void expectFailure(const platform::Status& status, int code) {
   EXPECT_EQ(status.code(), code) << status.localizedDescription();
   EXPECT_FALSE(status.ok());
@@ -45,7 +45,7 @@ inline std::string tooLongPath(const std::string& folder) {
   return path;
 }
 
-/// Bytes that names may hold although people rarely use them.
+/// Bytes that are allowed in names although people rarely use them.
 inline std::vector<std::string> oddNames() {
   return {"two\nlines", "\xff\xfe", "“quoted” 'name'", "-rf", " ", "*", "a\\b", "…", ".hidden"};
 }

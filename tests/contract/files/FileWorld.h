@@ -23,7 +23,7 @@ class FileWorld {
 
   virtual platform::FileSystem& files() = 0;
   virtual platform::FileOperations& operations() = 0;
-  /// Of the copying service: the calling thread is it.
+  /// The calling thread becomes the main thread of the copying service.
   virtual FakeMainThread& mainThread() = 0;
   virtual std::string root() const = 0;
   std::string home(const std::string& name = "") const { return at("home", name); }
@@ -41,7 +41,7 @@ class FileWorld {
   /// Seconds since 1970.
   virtual void setModificationDate(const std::string& path, long seconds) = 0;
 
-  /// The item itself is there; a link is not followed.
+  /// Whether the item itself is there; a link is not followed.
   virtual bool has(const std::string& path) = 0;
   virtual std::optional<std::string> contents(const std::string& path) = 0;
   /// Everything below a folder, sorted, relative to it: "file", "folder/", "link -> target".

@@ -13,7 +13,7 @@ namespace {
 
 linux_::LinuxItemLocks locks;
 
-/// Sets the attribute past the service.
+/// Sets the attribute without the service.
 void setFlag(const std::string& path, bool immutable) {
   const int item = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   unsigned flags = 0;
@@ -23,18 +23,18 @@ void setFlag(const std::string& path, bool immutable) {
   ::close(item);
 }
 
-/// For files of the system that have no size.
+/// For files of the system that report no size.
 std::string textOfStream(const char* path) {
   std::ostringstream text;
   text << std::ifstream(path).rdbuf();
   return text.str();
 }
 
-/// An ordinary developer's private machine has a root who is none outside.
+/// In an ordinary developer's private machine, root has no rights outside.
 bool isRealAdministrator() { return textOfStream("/proc/self/uid_map").find("4294967295") != std::string::npos; }
 
-/// Runs `body` with a folder where locks can be set. Only a real administrator can do that: anybody else
-/// must be told so, and nothing may be locked.
+/// Runs `body` with a folder where locks can be set. Only a real administrator can set them: for anybody else it must
+/// fail with a reason, and nothing may be locked.
 void whereLocksCanBeSet(const std::function<void(const std::string&)>& body) {
   runInPrivateMachine([&] {
     const std::string home = openFolder("home");
@@ -109,7 +109,7 @@ TEST(ItemLocksOnDisk, AreChangedOnlyByAnAdministratorAndReadByAnybody) {
                   "“own” couldn’t be locked because you don’t have permission.");
       EXPECT_EQ(locks.setImmutable(home + "/locked", false).code(), EPERM);
       EXPECT_EQ(locks.isImmutable(home + "/locked"), true);
-      // Nothing needs to be changed, so nothing needs to be permitted.
+      // Nothing has to be changed, so no permission is needed.
       expectDone(locks.setImmutable(home + "/own", false));
       expectDone(locks.setImmutable(home + "/locked", true));
     });

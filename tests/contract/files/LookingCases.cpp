@@ -152,7 +152,7 @@ TEST_P(LookingAtItems, ListsAnyBytesInNames) {
   });
 }
 
-/// What a visit hands out, as "name type size".
+/// The entries of a visit, as "name type size".
 Lines visited(FileWorld& world, const std::string& folder, platform::EntrySizes sizes) {
   Lines lines;
   world.files().visitDirectory(folder, sizes, [&](const platform::DirectoryEntry& entry) {

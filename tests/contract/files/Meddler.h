@@ -8,10 +8,10 @@
 
 #include "Platform/posix/CopyObserver.h"
 
-/// Who changes things while they are copied, at a moment that can be chosen.
+/// Changes things while they are copied, at a chosen moment.
 namespace qm::testing {
 
-/// Does something when an item's turn comes, or after a block.
+/// Acts when an item's turn comes, or after a block.
 class Meddler : public posix::CopyObserver {
  public:
   using OnItem = std::function<int(const std::string& path)>;

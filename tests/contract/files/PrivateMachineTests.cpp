@@ -39,8 +39,7 @@ TEST(PrivateMachine, GivesRootAFolderThatNobodyOutsideSees) {
   EXPECT_FALSE(exists(leftBehind));
 }
 
-/// What a test prints that does `run`, and whether it fails: tried in a child, so that this test stays
-/// whole.
+/// What a test with `run` prints, and whether it fails: tried in a child, so that this test is not affected.
 struct Outcome {
   std::string printed;
   bool failed = false;
@@ -50,7 +49,7 @@ struct Outcome {
   ::dup2(output, STDOUT_FILENO);
   try {
     run();
-  } catch (const ::testing::AssertionException&) {  // a skipped test ends so
+  } catch (const ::testing::AssertionException&) {  // the exit status of a skipped test
   }
   static_cast<void>(std::fflush(stdout));
   ::_exit(::testing::Test::HasFailure() ? 1 : 0);

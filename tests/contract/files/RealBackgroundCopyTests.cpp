@@ -214,14 +214,14 @@ TEST(CopyingInTheBackgroundOnDisk, IsCancelledFromTheMainThreadWhileItRuns) {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
     makeMixedTree(from + "/tree");
-    // A lone file is counted from the start, a tree may still be.
+    // A single file is counted at the start; a tree may still be being counted.
     for (const auto& [source, stage] : {std::pair("/tree", FileOperationStage::Preflighting),
                                         std::pair("/tree/bigger", FileOperationStage::Running)}) {
       for (int round = 0; round < 10; ++round) {
         RealCopies machine;
         BackgroundCopy copy(machine.service, machine.mainThread);
         std::atomic<bool> cancelled{false};
-        // The start of the clock and the first item, then in the midst of it.
+        // The start of the clock and the first item, then in the middle of it.
         machine.clock.onQuestion([&](int number) {
           if (number == 3) cancelled.wait(false);
         });
@@ -248,7 +248,7 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
     RealCopies machine;
     machine.calls.failNth("threads.detachNewThread", 2);  // so that all is counted from the start
     machine.clock.goBySteps(milliseconds(100));
-    // Whoever copies is not faster than the reports are delivered.
+    // The copy does not overtake the delivery of the reports.
     machine.clock.onQuestion([&](int) {
       while (!machine.mainThread.isIdle()) std::this_thread::yield();
     });
@@ -266,7 +266,7 @@ TEST(CopyingInTheBackgroundOnDisk, ReportsProgressAtMostOncePerInterval) {
     for (std::size_t i = 1; i < moments.size(); ++i) {
       const std::string item = report(i).currentItem.value();
       EXPECT_TRUE(item.starts_with(from + "/tree/") && fs::is_regular_file(item)) << item;
-      // The folder is an object, too; of the file that is copied the bytes may be there already.
+      // The folder is an object, too; the bytes of the file being copied may already be there.
       const std::uint64_t objects = status(i).at(platform::kFSOperationObjectsCompleteKey);
       const std::uint64_t bytes = status(i).at(platform::kFSOperationBytesCompleteKey);
       EXPECT_TRUE(bytes == 8 * objects || bytes + 8 == 8 * objects) << bytes << " of " << objects;
@@ -290,8 +290,8 @@ TEST(CopyingInTheBackgroundOnDisk, KeepsTheIntervalBehindAReportThatIsHandedOver
     RealCopies machine;
     machine.calls.failNth("threads.detachNewThread", 2);  // so that all is counted from the start
     machine.clock.goBySteps(milliseconds(100));
-    std::atomic<int> busyUntil{0};  // question of the copy to the clock
-    // But for that time, whoever copies is not faster than the reports are delivered.
+    std::atomic<int> busyUntil{0};  // number of the copy's call to the clock
+    // Except for that time, the copy does not overtake the delivery of the reports.
     machine.clock.onQuestion([&](int number) {
       while (number >= busyUntil && !machine.mainThread.isIdle()) std::this_thread::yield();
     });
@@ -318,7 +318,7 @@ TEST(CopyingInTheBackgroundOnDisk, TellsTheGreatestNumberOfAThroughputBeyondIt) 
     RealCopies machine;
     machine.clock.goBySteps(milliseconds(1));
     BackgroundCopy copy(machine.service, machine.mainThread);
-    // Once the bytes are there the report before them has been delivered.
+    // When the bytes are there, the report before them has been delivered.
     std::atomic<bool> delivered{false};
     machine.clock.onQuestion([&](int number) {
       if (number == 3) delivered.wait(false);
@@ -372,7 +372,7 @@ TEST(CopyingInTheBackgroundOnDisk, SaysSoWhenThereIsNoThread) {
   });
 }
 
-/// A folder that is listed has a new access time afterwards.
+/// A folder that was listed has a new access time afterwards.
 TEST(CopyingInTheBackgroundOnDisk, CountsNoFurtherOnceItIsCancelledWithoutASecondThread) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -406,7 +406,7 @@ TEST(CopyingInTheBackgroundOnDisk, LetsTheProcessEndInItsMiddle) {
       EXPECT_TRUE(inChild([&] {
         static auto* machine = new RealCopies;  // never destroyed, like the services of the program
         static auto* copy = new BackgroundCopy(machine->service, machine->mainThread);
-        // In every other round it surely comes no further.
+        // In every other round it cannot get any further.
         machine->clock.onQuestion([round](int number) {
           if (round % 2 == 0 && number > round + 2) std::promise<void>().get_future().wait();
         });

@@ -14,13 +14,13 @@
 
 namespace qm::testing {
 
-/// The real time. A copy asks for it before each item and after each block of a big file: there a test can step in.
+/// The real time. A copy reads it before each item and after each block of a big file, and a test can act there.
 class CopyClock final : public platform::Clock {
  public:
-  /// Set before the copy begins; called on the copying thread with the number of the question, from 1 on.
+  /// Set before the copy begins; called on the copying thread with the number of the call, from 1 on.
   void onQuestion(std::function<void(int number)> action) { action_ = std::move(action); }
   int questions() const { return questions_; }
-  /// Makes the time of the copy go on by itself, by so much a question.
+  /// Makes the time of the copy advance by itself, by this much per call.
   void goBySteps(std::chrono::milliseconds step) { step_ = step; }
 
   std::chrono::system_clock::time_point now() const override { return std::chrono::system_clock::now(); }

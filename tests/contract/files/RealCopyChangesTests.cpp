@@ -9,7 +9,7 @@
 #include "tests/contract/files/Meddler.h"
 #include "tests/contract/files/RealFiles.h"
 
-/// What is changed while it is copied, at the very moment that hurts most.
+/// Changes to an item while it is copied, at the worst moment.
 namespace qm::testing {
 namespace {
 
@@ -94,7 +94,7 @@ TEST(CopyingWhatChanges, LeavesOutWhatHasVanishedFromATree) {
     }
     makeFile(from + "/tree/file", "text");
     std::string kept;
-    // When the first entry has its turn, all the others go.
+    // At the turn of the first entry, all the others are removed.
     Meddler meddler([&](const std::string& path) {
       if (path == "/" || !kept.empty()) return 0;
       kept = path.substr(1);
@@ -157,7 +157,7 @@ TEST(CopyingWhatChanges, CanBeGivenUpAfterItsLastByte) {
   });
 }
 
-/// A number that an earlier call has left says nothing of a call that went well.
+/// An errno that an earlier call has left does not matter to a call that succeeded.
 TEST(CopyingWhatChanges, EndsWhereAFileWasCutOffAlsoAfterAnInterruption) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -224,7 +224,7 @@ TEST(CopyingWhatChanges, FailsWhenTheFolderOfTheCopyIsRemoved) {
   });
 }
 
-/// Whatever others may do with it in the end: nobody but its owner gets at a part of it.
+/// Whatever others may do with it in the end, nobody but its owner can access a part of it.
 TEST(CopyingWhatChanges, HasNoRightsForOthersWhileItGrows) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -420,7 +420,7 @@ TEST(CopyingFilesOfATree, KeepsAttributesOfFilesThatTheirOwnerMayNotWrite) {
   });
 }
 
-/// The system call filter answers with success, but shares nothing: what is empty then was not copied besides.
+/// The system call filter returns success without sharing anything: a file that is empty then was not copied as well.
 TEST(CopyingFilesOfATree, CopiesNothingThatTheFileSystemShares) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");

@@ -15,13 +15,13 @@
 #include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/RealFiles.h"
 
-/// What goes wrong late, or only on some volumes, while something is copied.
+/// Failures that occur late, or only on some volumes, while something is copied.
 namespace qm::testing {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// Does something once the first bytes of a file are in the copy.
+/// Acts as soon as the first bytes of a file are in the copy.
 class OnFirstBytes : public posix::CopyObserver {
  public:
   explicit OnFirstBytes(std::function<void()> action) : action_(std::move(action)) {}
@@ -34,7 +34,7 @@ class OnFirstBytes : public posix::CopyObserver {
   std::function<void()> action_;
 };
 
-/// The open descriptor of the file that is hidden in a folder for now; -1 when there is none.
+/// The open descriptor of the file that is hidden in a folder at present; -1 if there is none.
 int descriptorOfHiddenFile(const std::string& folder) {
   for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
     std::error_code error;
@@ -45,7 +45,7 @@ int descriptorOfHiddenFile(const std::string& folder) {
   return -1;
 }
 
-/// File systems on a network tell only then that they could not keep what was written.
+/// Network file systems report only then that they could not store what was written.
 TEST(CopyingWithFaults, FailsWithTheErrorThatOnlyTheClosingTells) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -154,7 +154,7 @@ TEST(CopyingWithFaults, EndsWhereAFileWasCutOffBeyondTheDataItHasLeft) {
 
 // MARK: - Somebody else with rights in the folder of the copy
 
-/// Puts an item of the folder in the place of the one that is hidden there for now.
+/// Replaces the item that is hidden in the folder at present by another one of the folder.
 void putInPlaceOfHidden(const std::string& folder, const std::string& name) {
   for (const auto& entry : fs::directory_iterator(folder)) {
     if (!entry.path().filename().string().starts_with(".incomplete-")) continue;
@@ -283,7 +283,7 @@ void copyAllKinds(const std::string& from, const std::string& to) {
   }
 }
 
-/// Of a memory card, for example, or of a server that takes root for nobody.
+/// For example a memory card, or a server that gives root no rights.
 TEST(CopyingAmongOthers, CopiesToAVolumeThatGivesEverythingToOneOwner) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -296,7 +296,7 @@ TEST(CopyingAmongOthers, CopiesToAVolumeThatGivesEverythingToOneOwner) {
   });
 }
 
-/// It gives the folder rights that nobody asked for, and takes a change of them without making it.
+/// It gives the folder rights that were not requested, and accepts a change of them without making it.
 TEST(CopyingAmongOthers, CopiesToAVolumeThatKeepsNoModes) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -340,7 +340,7 @@ TEST(CopyingAmongOthers, KeepsEverythingOfALoneFifoAndOfALoneLink) {
 
 // MARK: - Volumes and sources with ways of their own
 
-/// Whether the system let it: only a real administrator may.
+/// Returns whether the system allowed it: only a real administrator may.
 bool makeAppendOnly(const std::string& folder, bool appendOnly) {
   const posix::UniqueFd item(::open(folder.c_str(), O_RDONLY | O_CLOEXEC));
   const unsigned flags = appendOnly ? FS_APPEND_FL : 0;
@@ -386,7 +386,7 @@ TEST(CopyingWithFaults, LeavesTimesBehindThatTheVolumeDoesNotTake) {
   });
 }
 
-/// Does something when an item's turn comes.
+/// Acts when an item's turn comes.
 class AtItem : public posix::CopyObserver {
  public:
   AtItem(std::string item, std::function<void()> action) : item_(std::move(item)), action_(std::move(action)) {}

@@ -4,7 +4,7 @@
 #include "tests/contract/files/Meddler.h"
 #include "tests/contract/files/RealFiles.h"
 
-/// What takes the place of an item while that is copied, or the place of its unfinished copy.
+/// Replacements of an item while it is copied, or of its unfinished copy.
 namespace qm::testing {
 namespace {
 
@@ -27,7 +27,7 @@ TEST(CopyingWhatIsSwapped, CopiesNothingThatALinkInThePlaceOfAFileLeadsTo) {
   });
 }
 
-/// Takes what is hidden in a folder away and puts the item "theirs" of the folder in its place. Answers its path.
+/// Removes the hidden item of a folder and puts the folder's item "theirs" in its place. Returns its path.
 std::string swapHidden(const std::string& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) {
     const std::string hidden = entry.path();

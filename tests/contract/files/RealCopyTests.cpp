@@ -38,7 +38,7 @@ std::string attribute(const std::string& path, const char* name) {
   return size < 0 ? "none" : std::string(value, static_cast<std::size_t>(size));
 }
 
-/// An access list that lets `kOther` read, as the system stores it.
+/// An access list that lets `kOther` read, in the system's format.
 std::string accessList() {
   struct Entry {
     std::uint16_t tag, rights;
@@ -149,7 +149,7 @@ TEST(CopyingOnDisk, DropsSetUserBitsWithTheOwner) {
   });
 }
 
-/// The name of an attribute that the volume keeps: that of a user where it can, else one of root.
+/// The name of an attribute that the volume supports: a user's if possible, else one of root's.
 const char* keptAttribute(const std::string& path) {
   const bool keepsUsers = ::setxattr(path.c_str(), "user.probe", "x", 1, 0) == 0;
   return keepsUsers ? "user.note" : "trusted.note";

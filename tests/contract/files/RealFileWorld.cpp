@@ -27,7 +27,7 @@ class RealFileWorld : public FileWorld {
   FakeMainThread& mainThread() override { return copies_.mainThread; }
   std::string root() const override { return machineFolder() + "/disk"; }
 
-  /// As root, before the user comes.
+  /// As root, before the rights are dropped.
   void prepare() {
     fs::create_directories(home());
     ASSERT_EQ(::chown(home().c_str(), kUser, kUser), 0);

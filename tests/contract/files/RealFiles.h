@@ -17,13 +17,13 @@
 #include "Platform/posix/PosixFileSystem.h"
 #include "tests/support/PrivateMachine.h"
 
-/// Arranging and looking at a real disk, for what only a real one has.
+/// Arranging and checking on a real disk, for what only a real one has.
 namespace qm::testing {
 
 /// An ordinary user.
 inline constexpr uid_t kUser = 1000;
 
-/// What the disk is worked on with.
+/// The services that work on the disk.
 inline posix::PosixFileSystem files;
 
 inline void makeFile(const std::string& path, const std::string& contents = "") {
@@ -44,7 +44,7 @@ inline void makeFolders(const std::string& path, mode_t mode = 0755) {
   ASSERT_EQ(::chmod(path.c_str(), mode), 0) << path;
 }
 
-/// Inside a private machine: a folder where anybody may work.
+/// Inside a private machine: a folder that anybody may write to.
 inline std::string openFolder(const std::string& name) {
   const std::string path = machineFolder() + "/" + name;
   makeFolders(path, 0777);

@@ -93,8 +93,8 @@ TEST(RemovingAHollowFolderOnDisk, RemovesNothingWithSomebodyElsesItemInAStickyFo
   });
 }
 
-/// Whoever works in the tree while it is removed: `act` at the n-th look at an item that is no folder. Each is looked
-/// at once before anything is removed, and once more then.
+/// Somebody who works in the tree while it is removed: `act` at the n-th look at an item that is not a folder. Each is
+/// examined once before anything is removed, and once more then.
 class Neighbour {
  public:
   Neighbour(int look, std::function<void()> act) : look_(look), act_(std::move(act)) {}
@@ -227,7 +227,7 @@ TEST(RemovingAHollowFolderOnDisk, RemovesNothingButHollowFoldersWhileTheyAreSwap
     for (int round = 0; round < 400; ++round) {
       std::error_code ignored;
       std::filesystem::create_directories(home + "/tree/sub", ignored);
-      // Whatever it answers while it is disturbed.
+      // The result does not matter while it is disturbed.
       static_cast<void>(removeHollow(home + "/tree"));
     }
     ended = true;

@@ -15,7 +15,7 @@ namespace {
 constexpr int kFlagsOfRename = 4;
 constexpr int kFlagsOfUnlink = 2;
 
-/// As on a file system that has no exclusive rename.
+/// As on a file system without an exclusive rename.
 void withoutExclusiveRename() { failSystemCall(SYS_renameat2, EINVAL, kFlagsOfRename); }
 
 TEST(MovingOnDisk, DoesNotTakeASecondNameOfAFileForAFreePlace) {
@@ -192,8 +192,8 @@ TEST(MovingOnDisk, CopiesNothingOfATreeInWhichAVolumeIsMounted) {
   });
 }
 
-/// Moves "tree" with a file in it to another volume, where something fails: the source is as it was, and where that
-/// can be removed there is no copy.
+/// Moves "tree" with a file in it to another volume, where something fails: the source is unchanged, and if that can be
+/// removed there is no copy.
 void expectTreeKept(const std::function<void()>& fail, int code, const std::string& sentence) {
   const std::string from = openFolder("from");
   const std::string volume = machineFolder() + "/volume";
@@ -231,7 +231,7 @@ TEST(MovingOnDisk, PutsTheSourceBackWhenNothingOfItCanBeRemovedAfterAll) {
   });
 }
 
-/// The volume is flushed right after the copy got its name, and before the source goes.
+/// The volume is flushed right after the copy got its name, and before the source is removed.
 TEST(MovingOnDisk, LeavesTheSourceAndNoCopyWhenTheSourceCannotBeSetAside) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -309,7 +309,7 @@ TEST(MovingOnDisk, KeepsTheCompleteCopyAndNamesTheRestWhenTheRemovalFailsMidway)
   });
 }
 
-/// A copy to a folder in which one may make things but not look.
+/// A copy to a folder in which one may create items but which one may not list.
 TEST(MovingOnDisk, WaitsForTheDiskAlsoWhereTheNewFolderMayNotBeRead) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");

@@ -14,7 +14,7 @@
 namespace qm::testing {
 namespace {
 
-/// Makes `levels` folders of one name below each other and answers the deepest.
+/// Creates `levels` nested folders of the same name and returns the deepest.
 int descendByMaking(const std::string& top, const std::string& name, int levels) {
   int folder = ::open(top.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   for (int level = 0; level < levels; ++level) {
@@ -142,7 +142,7 @@ TEST(RemovingOnDisk, NeverLeavesTheTreeWhileFoldersAreSwappedForLinks) {
       }
     });
     for (int round = 0; round < 400; ++round) {
-      // Whatever it answers while it is disturbed, nothing outside is touched.
+      // The result does not matter while it is disturbed; nothing outside is touched.
       static_cast<void>(files.removeItem(home + "/tree"));
       std::error_code ignored;
       std::filesystem::create_directories(home + "/tree/victim", ignored);
@@ -164,7 +164,7 @@ TEST(RemovingOnDisk, StopsWhenAFolderWasCarriedAwayFromUnderIt) {
     const int deepest = descendByMaking(home, "d", 200);
     ::close(deepest);
     std::atomic<bool> ended{false};
-    // The middle of the tree goes elsewhere and back: on the way up, ".." must not be trusted.
+    // The middle of the tree is moved elsewhere and back: on the way up, ".." must not be trusted.
     std::string middle = home;
     for (int level = 0; level < 100; ++level) middle += "/d";
     std::thread mover([&] {

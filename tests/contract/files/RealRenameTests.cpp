@@ -9,8 +9,8 @@
 #include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/RealFiles.h"
 
-/// Renaming on a file system that cannot promise to replace nothing: what others do in between, and what is left of a
-/// process that ends in between.
+/// Renaming on a file system that cannot promise to replace nothing: interference of others in between, and what a
+/// process leaves that ends in between.
 namespace qm::testing {
 namespace {
 
@@ -176,11 +176,11 @@ TEST(RenamingInSteps, KeepsWhatTookTheSecondName) {
   });
 }
 
-/// Whatever gets the name after the look.
+/// Anything that gets the name after the check.
 TEST(RenamingInSteps, LetsAFolderReplaceNeitherAFileNorAFolderWithSomethingInIt) {
   for (const bool withFolder : {false, true}) {
     inSteps([withFolder](const Steps& steps) {
-      // The look at the new name is before, the rename after.
+      // The check of the new name is before, the rename after.
       afterSystemCall(SYS_openat, [withFolder] {
         const std::string file = Steps::path(withFolder ? "new/file" : "new");
         if (withFolder) makeFolders(Steps::path("new"));

@@ -1,4 +1,4 @@
-// Sizes and path patterns on a real disk, compared with the plain way: one path after the other.
+// Sizes and path patterns on a real disk, compared with a simple implementation: one path after the other.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -54,7 +54,7 @@ std::vector<std::string> twoLevelsByPaths(const std::string& base) {
   return reached;
 }
 
-/// Folders and files below `folder`, an open one, until paths are longer than the system takes.
+/// Folders and files below `folder`, an open one, until paths are longer than the system accepts.
 void makeTooDeep(int folder) {
   const std::string name(200, 'd');
   int current = ::dup(folder);
@@ -109,8 +109,9 @@ void inTree(const std::function<void(const std::string&)>& body) {
 
 TEST(SizesOnDisk, AreThoseOfTheWalkByPaths) {
   inTree([](const std::string& home) {
-    // The kernel ends a path at its fortieth link. When it has to begin a path anew it goes on counting, so that rounds
-    // of the link back are missing now and then: the greatest of a few sizes is the whole one, but for the last round.
+    // The kernel ends a path at its fortieth link. When it restarts a path it continues counting, so that rounds of the
+    // link back are missing now and then. The greatest of a few sizes is therefore the complete one, except for the
+    // last round.
     std::uint64_t size = 0;
     std::uint64_t byPaths = 0;
     const auto differ = [&] { return size > byPaths ? size - byPaths : byPaths - size; };

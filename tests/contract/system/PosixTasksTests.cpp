@@ -69,7 +69,7 @@ class PosixTasks : public ::testing::Test {
     folder_ = ::mkdtemp(pattern);
   }
   ~PosixTasks() override { std::filesystem::remove_all(folder_); }
-  /// Whatever a test let go of is gone before the next one begins.
+  /// Everything that a test released is gone before the next one begins.
   void TearDown() override {
     EXPECT_TRUE(waitUntil([] { return !hasChildren(); }));
   }
@@ -320,7 +320,7 @@ TEST_F(PosixTasks, ReapsManyToolsThatWereLetGoOf) {
   EXPECT_TRUE(waitUntil([] { return !hasChildren(); }));
 }
 
-/// The first keeps the thread waiting that the second is handed to.
+/// The first blocks the thread that the second is passed to.
 TEST_F(PosixTasks, ReapsToolsWhereTheThreadThatDoesSoCannotBeWoken) {
   inChild([this] {
     failSystemCall(SYS_eventfd2, EMFILE);
@@ -425,7 +425,7 @@ TEST_F(PosixTasks, FailsWithTheReasonWhenTheSystemHasNoProcessDescriptors) {
   });
 }
 
-/// In a machine with process numbers of its own the tool's is known before: 2 or one of the next.
+/// In a machine with a process namespace of its own the tool's id is predictable: 2 or one of the next.
 TEST_F(PosixTasks, EndsAToolThatItCouldNotTellFromOthers) {
   runInPrivateMachine([this] {
     ASSERT_EQ(::unshare(CLONE_NEWPID), 0);
@@ -433,7 +433,7 @@ TEST_F(PosixTasks, EndsAToolThatItCouldNotTellFromOthers) {
       for (int number = 2; number < 10; ++number) failSystemCallOn(number, SYS_pidfd_open, EMFILE);
       const std::string fifo = folder_ + "/fifo";
       ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-      // By itself it would wait for ever.
+      // By itself it would wait forever.
       EXPECT_EQ(prepareShell("read line < " + fifo)->launch().code(), EMFILE);
       EXPECT_FALSE(hasChildren());
     });

@@ -9,7 +9,7 @@
 
 namespace qm::testing {
 
-/// Says of every thread that it is the main thread, or of none.
+/// Reports every thread as the main thread, or none.
 class FixedMainThread : public platform::MainThread {
  public:
   bool isMainThread() const override { return isMain; }

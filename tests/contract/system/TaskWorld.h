@@ -14,7 +14,7 @@ struct Tool {
   std::vector<std::string> arguments;
 };
 
-/// Tasks together with tools that behave in a known way, the fakes' or real ones.
+/// Tasks together with tools of known behaviour, either the fakes' or real ones.
 class TaskWorld {
  public:
   virtual ~TaskWorld() = default;

@@ -5,7 +5,7 @@
 
 namespace qm::testing {
 
-/// Looks again and again until `condition` holds; false when it still does not after half a minute.
+/// Polls until `condition` holds; false if it still does not after half a minute.
 template <class Condition>
 bool waitUntil(Condition condition) {
   const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);

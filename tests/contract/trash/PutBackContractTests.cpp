@@ -1,4 +1,4 @@
-// The way back from the Trash: the same cases on each of them.
+// Putting items back from the Trash: the same cases on each of them.
 
 #include <gtest/gtest.h>
 
@@ -131,7 +131,7 @@ TYPED_TEST(PutBackContract, WhatNamesNoItemIsNotLookedFor) {
   });
 }
 
-// The way back.
+// Putting back.
 
 TYPED_TEST(PutBackContract, ItemComesBackWithAllThatIsInItAndLeavesNoDescription) {
   TypeParam::play([](TrashWorld& world) {

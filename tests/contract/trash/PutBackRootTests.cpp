@@ -1,4 +1,4 @@
-// As root for the person at the console: what root puts back with its own rights, and what it refuses.
+// As root for the user at the console: what root puts back with its own rights, and what it refuses.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ void makeRootsFile(World& world, const std::string& path, const std::string& con
   world.setMode(path, mode);
 }
 
-// A product of root's in a folder of root's, in the Trash of the person at the console.
+// A root-owned product in a root-owned folder, now in the Trash of the user at the console.
 void playWithProduct(const std::function<void(World&)>& body) {
   World::play([&](World& world) {
     world.actAsRoot("u");
@@ -52,7 +52,7 @@ void playWithProduct(const std::function<void(World&)>& body) {
   });
 }
 
-// The same from a volume of root's, which the Trash is not on: as a move with administrator rights leaves it.
+// The same from a root-owned volume without that Trash, as after a move with administrator rights.
 void playWithProductOfVolume(const std::function<void(World&)>& body) {
   playWithProduct([&](World& world) {
     ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
@@ -87,7 +87,7 @@ void expectStays(World& world, int code, const std::string& because) {
   EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
 }
 
-// What the person can do in the own Trash.
+// What the user can do in their own Trash.
 void changeProduct(const std::function<void(const std::string& product)>& change) { change(kFiles + "Tessaly.app"); }
 
 TEST(PutBackByRoot, ReturnsToAFolderOfRoots) { playWithProduct(expectIsBack); }
@@ -155,7 +155,7 @@ TEST(PutBackByRoot, MakesMissingFoldersOfThePersonWhereThePersonMay) {
   });
 }
 
-// Whoever could lead root elsewhere gets no farther than by himself.
+// Redirecting root gains a user nothing.
 TEST(PutBackByRoot, GoesWithThePersonsRightsWhereThePersonCouldLeadTheWay) {
   World::play([](World& world) {
     world.actAsRoot("u");
@@ -260,14 +260,14 @@ TEST(PutBackByRoot, ReturnsFilesWithSeveralNamesThatAreAllInTheItem) {
 TEST(PutBackByRoot, RefusesADevice) {
   playWithProduct([](World& world) {
     changeProduct([](const std::string& product) {
-      // The one device that may be made anywhere.
+      // The one device that may be created anywhere.
       ASSERT_EQ(::mknod((product + "/device").c_str(), S_IFCHR | 0666, makedev(0, 0)), 0);
     });
     expectStays(world, ENODEV, "a device is in it");
   });
 }
 
-// In a folder of root's, a link would be taken for root's own.
+// In a root-owned folder, a link would be trusted as root's own.
 TEST(PutBackByRoot, RefusesWhatIsNoFileAndNoFolder) {
   playWithProduct([](World& world) {
     world.removeTree(kFiles + "Tessaly.app");
@@ -286,7 +286,7 @@ TEST(PutBackByRoot, RefusesAnItemWithAVolumeMountedInIt) {
   });
 }
 
-// Owners on a volume that somebody brought along are what its maker likes: no copy of them becomes root's.
+// A plugged-in volume may claim any owners: no copy of its items becomes root's.
 TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
   playWithProductOfVolume([](World& world) {
     world.makeVolume("/home/u/stick");
@@ -367,7 +367,7 @@ void putBackUntil(World& world, long call) {
   ASSERT_TRUE(WIFSIGNALED(status)) << "it was not ended in the middle";
 }
 
-// On one volume the first is refused to the person, so every step comes after it.
+// On one volume the first is refused to the user, so every step comes after it.
 TEST(EndedPutBack, IsUndoneByTheNextLook) {
   for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
     for (const long call : {SYS_mkdirat, SYS_fsync, SYS_renameat, SYS_flock}) {
@@ -381,7 +381,7 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
   }
 }
 
-// The record and the item as a process leaves them that was ended right after it took the item.
+// The record and the item as left by a process that was interrupted right after it took the item.
 void leaveTaken(World& world, const std::string& work) {
   struct stat item {};
   ASSERT_EQ(::lstat((kFiles + "Tessaly.app").c_str(), &item), 0);

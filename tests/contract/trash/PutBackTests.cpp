@@ -1,4 +1,4 @@
-// The way back on a real system: other volumes, other Trashes, and what can be in the way.
+// Putting back on a real system: other volumes, other Trashes, and what can be in the way.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -44,7 +44,7 @@ void writeText(const std::string& path, const std::string& text) {
   ASSERT_TRUE(file.flush()) << reason(path);
 }
 
-// The private machine's own folder becomes "/": its accounts are the case's, and nothing else is there.
+// The private machine's own folder becomes "/": it contains only the case's accounts.
 void buildRoot(const std::string& root) {
   for (const char* folder : {"/etc", "/home", "/proc", "/root", "/volumes"}) makeRootFolder(root + folder, 0755);
   makeRootFolder(root + "/tmp", 01777);

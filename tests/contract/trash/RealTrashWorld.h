@@ -15,11 +15,11 @@
 
 namespace qm::testing {
 
-/// The kernel's own files under a root folder of the case's own, in a private machine. The Trash works
-/// with the rights of an ordinary user until the case asks for root. Things are arranged as root.
+/// The kernel's own files under a root folder of the case's own, in a private machine. The Trash works with the rights
+/// of an ordinary user until the case asks for root. Arranging is done as root.
 class RealTrashWorld : public TrashWorld {
  public:
-  /// Plays a case in a process of its own; what fails in it fails the test.
+  /// Runs a case in a process of its own; a failure in it fails the test.
   static void play(const std::function<void(RealTrashWorld&)>& body);
 
   void makeFolder(const std::string& path) override;
@@ -53,9 +53,9 @@ class RealTrashWorld : public TrashWorld {
   ino_t inodeOf(const std::string& path);
   void rename(const std::string& from, const std::string& to);
   void removeTree(const std::string& path);
-  /// Writes a file as whoever the thread is.
+  /// Writes a file with the thread's present rights.
   static void makePlainFile(const std::string& path, const std::string& contents);
-  /// A new Trash with this XDG_DATA_HOME; the one before is gone.
+  /// A new Trash with this XDG_DATA_HOME; it replaces the previous one.
   void useDataHome(const std::string& path);
   /// Runs `work` with the rights that the Trash has in this world.
   void withUsersRights(const std::function<void()>& work);

@@ -1,4 +1,4 @@
-// What every Trash does: the same cases on each of them.
+// The behaviour of every Trash: the same cases on each of them.
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ void makeHomeTrash(TrashWorld& world) {
   }
 }
 
-/// Trashes a file of this name in the home and answers what it is called in the Trash.
+/// Trashes a file of this name in the home and returns its name in the Trash.
 std::string storedNameOf(TrashWorld& world, const std::string& name) {
   world.makeFile("/home/u/" + name, "of " + name);
   const platform::Status status = world.recycle("/home/u", name);
@@ -132,7 +132,7 @@ TYPED_TEST(TrashContract, MovesAnItemFromOutsideTheHomeOnTheSameVolume) {
   });
 }
 
-// The description says where it was.
+// The description has its origin.
 
 TYPED_TEST(TrashContract, RecordsThePathAndTheLocalDate) {
   TypeParam::play([](TrashWorld& world) {
@@ -333,7 +333,7 @@ TYPED_TEST(TrashContract, HasNothingToDoWithoutNames) {
   TypeParam::play([](TrashWorld& world) { EXPECT_TRUE(world.recycle("/home/u", TrashWorld::kTrashLink, {})); });
 }
 
-// What is refused stays where it was.
+// An item that is refused stays where it was.
 
 TYPED_TEST(TrashContract, MovesNothingWithoutATrashFolderToSpeakOf) {
   TypeParam::play([](TrashWorld& world) {

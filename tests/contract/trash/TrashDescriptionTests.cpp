@@ -1,4 +1,4 @@
-// What descriptions in the Trash say, whoever wrote them.
+// Descriptions in the Trash, whoever has written them.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -166,7 +166,7 @@ TEST(DescribedItems, HaveNamesThatAreNoText) {
   });
 }
 
-// Nothing of it keeps anybody waiting, is read through, or hides the others.
+// None of it blocks, is read without an end, or hides the others.
 TEST(DescribedItems, ArePassedOverWhereTheDescriptionIsNoSmallFile) {
   World::play([](World& world) {
     makeTrashWithItem(world);
@@ -213,8 +213,8 @@ TEST(DescribedItems, ThatChangedSinceTheyWereFoundStay) {
   });
 }
 
-// Whoever may write in a person's Trash says what he likes of where an item wants to go; root looks for items of its
-// own list, and puts none of them elsewhere.
+// Whoever may write in a user's Trash can claim any origin; root looks for items of its own list, and puts none of them
+// elsewhere.
 TEST(DescribedItems, AreFoundByTheirWholePathOnly) {
   World::play([](World& world) {
     makeTrashWithItem(world);

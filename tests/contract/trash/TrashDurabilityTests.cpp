@@ -1,4 +1,4 @@
-// What is written to the disk at the end of a run, and what is not waited for before.
+// What is flushed to the disk at the end of a run, and what is not waited for before.
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
@@ -16,7 +16,7 @@ namespace {
 
 const std::string kVolume = "/volumes/stick";
 
-/// Whether a file system has been flushed since this was made.
+/// Whether a file system has been flushed since this was created.
 class Flush {
  public:
   explicit Flush(long call = SYS_syncfs) {

@@ -8,20 +8,20 @@
 
 namespace qm::testing {
 
-/// What one ".trashinfo" file says, read as a program that restores would.
+/// The contents of one ".trashinfo" file, read like a program that restores would.
 struct TrashEntry {
   std::string stored;  ///< the name in files/
   std::string path;    ///< where the item was, absolute
   std::string date;
 };
 
-/// Reads one ".trashinfo" text; nil when it breaks the rules. A relative path is one below `topFolder`.
+/// Parses one ".trashinfo" text; null if it breaks the rules. A relative path is relative to `topFolder`.
 std::optional<TrashEntry> parseTrashInfo(const std::string& text, const std::string& topFolder);
 
 /// All entries of a Trash, which must be well formed.
 std::vector<TrashEntry> entriesIn(TrashWorld& world, const std::string& trash, const std::string& topFolder = "");
 
-/// Expects that exactly one item of a Trash came from `path`, and answers its name in files/.
+/// Expects that exactly one item of a Trash came from `path`, and returns its name in files/.
 std::string expectRestorable(TrashWorld& world, const std::string& path, const std::string& trash,
                              const std::string& topFolder = "");
 /// The same in the home trash.

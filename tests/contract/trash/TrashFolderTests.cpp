@@ -1,4 +1,4 @@
-// The home trash's own folders: how they are made, whose they must be, and what happens when they change.
+// The home trash's own folders: how they are created, who must own them, and what happens when they change.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -259,7 +259,7 @@ TEST(TrashFolders, GetTheirLinkInTheHomeBackWhenItWasRemoved) {
   });
 }
 
-// Room, descriptors and threads.
+// Space, descriptors and threads.
 
 TEST(TrashFolders, KeepNoHalfEntryOnAFullVolume) {
   World::play([](World& world) {

@@ -176,8 +176,8 @@ TEST(TrashItems, AreRefusedInWordsThatSayWhy) {
   });
 }
 
-/// Where the attribute may not be set (without the machine's real root) the refusal of a locked item is
-/// brought about for every rename.
+/// If the attribute may not be set (without the machine's real root), every rename is made to fail like that of a
+/// locked item.
 void lock(const std::string& path) {
   const posix::UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   int flags = FS_IMMUTABLE_FL;
@@ -249,7 +249,7 @@ class TrashOnOldFileSystems : public ::testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(Answers, TrashOnOldFileSystems, ::testing::Values(EINVAL, ENOSYS, EOPNOTSUPP));
 
-constexpr int kRenameFlags = 4;  // the place of renameat2's flags among its arguments
+constexpr int kRenameFlags = 4;  // the index of renameat2's flags among its arguments
 
 TEST_P(TrashOnOldFileSystems, MovesEveryKindOfItem) {
   World::play([](World& world) {

@@ -1,4 +1,4 @@
-// What an item is called in the Trash, and how its old path is written down.
+// The name of an item in the Trash, and the form of its recorded path.
 
 #include <gtest/gtest.h>
 

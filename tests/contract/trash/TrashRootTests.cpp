@@ -1,4 +1,4 @@
-// As root for the person at the console: what root may do for him, and what his links may not make it do.
+// As root for the user at the console: what root may do for that user, and what the user's links may not make it do.
 
 #include <gtest/gtest.h>
 #include <sys/fsuid.h>

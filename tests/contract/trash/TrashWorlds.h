@@ -10,7 +10,7 @@
 
 namespace qm::testing {
 
-/// Each of them plays the same cases.
+/// Each of them runs the same cases.
 using TrashWorlds = ::testing::Types<FakeTrashWorld, RealTrashWorld>;
 
 struct TrashWorldNames {

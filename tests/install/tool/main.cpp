@@ -1,4 +1,4 @@
-// Keeps a copy of a file, has a tool look at it, and moves the file itself to the Trash.
+// Keeps a copy of a file, runs a tool on it, and moves the file itself to the Trash.
 
 #include <Platform/SetUp.h>
 #include <Shared/QMFileManager.h>

@@ -1,4 +1,4 @@
-// Packs what it is given into an archive, or says why not.
+// Packs its argument into an archive, or says why it cannot.
 
 #include <Platform/SetUp.h>
 #include <Shared/QMFileManager.h>

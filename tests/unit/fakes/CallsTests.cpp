@@ -112,7 +112,7 @@ TEST(Calls, ForgetWhatHasHappened) {
   EXPECT_EQ(calls.callCount(), 0U);
 }
 
-/// An injected failure gives each operation's negative answer and changes nothing.
+/// An injected failure makes each operation return its failure and changes nothing.
 class InjectedFailure : public ::testing::Test {
  protected:
   InjectedFailure() { fakes.disk.addFile("/tmp/file", "text"); }

@@ -104,7 +104,7 @@ TEST(LikeMatch, TakesANulByteAsACharacter) {
   expectUnlike("a\0*"sv, {"a"sv, "ab"sv});
 }
 
-/// Every text of up to five letters against every pattern of up to five signs.
+/// Every text of up to five letters against every pattern of up to five characters.
 TEST(LikeMatch, AgreesWithTryingEverything) {
   const auto texts = [](std::string_view letters, std::size_t longest) {
     std::vector<std::string> all{""};

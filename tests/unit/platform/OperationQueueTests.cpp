@@ -100,7 +100,7 @@ TEST(OperationQueue, WaitsForOperationsAddedMeanwhile) {
   EXPECT_EQ(depth, 100);
 }
 
-// They wait for what they have added, so that there is such a moment again and again, and somebody adds at once.
+// They wait for what they have added, so that the queue is empty again and again, and somebody adds at once.
 TEST(OperationQueue, KeepsNobodyWaitingThroughWhatOthersAddAfterwards) {
   OperationQueue queue;
   std::atomic<bool> stops{false};
@@ -205,9 +205,9 @@ TEST(OperationQueue, LetsManyThreadsWait) {
   }
 }
 
-/// In a process of its own, since it takes that process's right to threads.
+/// In a process of its own, because it removes that process's right to threads.
 int runWithoutThreads() {
-  if (::geteuid() == 0 && ::setresuid(65534, 65534, 65534) != 0) return 1;  // no limit binds root
+  if (::geteuid() == 0 && ::setresuid(65534, 65534, 65534) != 0) return 1;  // no limit applies to root
   rlimit limit{};
   if (::getrlimit(RLIMIT_NPROC, &limit) != 0) return 2;
   const rlimit none{0, limit.rlim_max};

@@ -14,7 +14,7 @@ namespace qm::testing {
 
 inline const posix::UserRecord kCaller{501, 501, "u", "/home/u"};
 
-/// A machine on which the command works for whoever it is told.
+/// A machine on which the command works for the users it is told.
 class Command : public PlatformTest {
  protected:
   Command() {
@@ -23,7 +23,7 @@ class Command : public PlatformTest {
     fakes.users.addUser("v", "/home/v");
   }
 
-  /// The program is root's. The Trash wants somebody at the console, which is never whom this is for.
+  /// The program runs as root. The Trash needs a console user, which is never the user it works for.
   void actAsRoot() {
     fakes.users.addUser("w", "/home/w");
     fakes.actAsRoot("w");

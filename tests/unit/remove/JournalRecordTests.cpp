@@ -8,7 +8,7 @@ namespace {
 
 using linux_::JournalField;
 
-/// The value of a field; "-" where the entry has no such field.
+/// The value of a field; "-" if the entry has no such field.
 std::string valueOf(const std::vector<JournalField>& entry, const std::string& name) {
   for (const JournalField& field : entry) {
     if (field.name == name) return field.value;

@@ -25,7 +25,7 @@ using ::testing::SizeIs;
 const UserRecord kOther{502, 502, "v", "/home/v"};
 const std::string kInTrash = kTrashFiles + "/Tessaly.app";
 
-/// The command with a memory on the real disk; all else is fake.
+/// The command with a record on the real disk; everything else is fake.
 class WayBack : public Command {
  protected:
   WayBack() {

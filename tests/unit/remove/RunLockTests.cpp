@@ -10,10 +10,10 @@
 namespace qm::removal {
 namespace {
 
-// Never a user of the system: root's lock lies in /run.
+// Never a user of the system: root's lock is in /run.
 constexpr uid_t kSomebody = 4242;
 
-/// A folder for the lock. Where the test may not give it to somebody, that is whoever runs the test.
+/// A folder for the lock. If the test may not change its owner, the user is the one who runs the test.
 class Lock : public ::testing::Test {
  protected:
   void SetUp() override {

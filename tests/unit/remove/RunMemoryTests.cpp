@@ -23,7 +23,7 @@ RememberedRun runOf(const std::string& began) {
   return run;
 }
 
-/// The memory of whoever runs the test.
+/// The record of the user who runs the test.
 class Memory : public ::testing::Test {
  protected:
   void SetUp() override {

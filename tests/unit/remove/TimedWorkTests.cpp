@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// A system that has no thread to spare.
+/// A system that refuses threads.
 class NoThreads final : public platform::Threads {
  public:
   bool detachNewThread(std::function<void()> /*body*/) override { return false; }
@@ -38,7 +38,7 @@ TEST(TimedWork, RunsOnAThreadThatTheMainOneServes) {
 }
 
 TEST(TimedWork, IsGivenUpWhenItTakesTooLong) {
-  // The worker that is given up goes on until the end of the test.
+  // The abandoned worker goes on until the end of the test.
   static auto* const wait = new Wait;
   const auto mayEnd = std::make_shared<std::promise<void>>();
   const auto ended = std::make_shared<std::promise<void>>();

@@ -16,7 +16,7 @@ namespace qm::testing {
 
 inline const std::string kSelector = "taskPrinted:task:object:";
 
-/// A delegate that answers one operation and keeps what it is called with.
+/// A delegate that has one operation and records its calls.
 class AsyncDelegate : public AsyncTaskDelegate {
  public:
   struct Call {
@@ -29,7 +29,7 @@ class AsyncDelegate : public AsyncTaskDelegate {
   using Action = std::function<void(const std::string& data, QMTask& task)>;
 
   AsyncDelegate() = default;
-  /// Does something at each call, once it is kept.
+  /// Called at each call, after it was recorded.
   explicit AsyncDelegate(Action action) : action_(std::move(action)) {}
 
   std::vector<Call> calls() const {
@@ -41,7 +41,7 @@ class AsyncDelegate : public AsyncTaskDelegate {
     for (const Call& call : calls()) all.push_back(call.data);
     return all;
   }
-  /// Returns when there were so many calls; false if there are not within 30 seconds.
+  /// Returns when there were this many calls; false if there are not within 30 seconds.
   bool waitForCalls(std::size_t count) {
     std::unique_lock lock(mutex_);
     return called_.wait_for(lock, std::chrono::seconds(30), [&] { return calls_.size() >= count; });

@@ -9,7 +9,7 @@
 
 namespace qm::testing {
 
-/// A runner, a delegate and a context, and a tool that prints what it is told to.
+/// A runner, a delegate and a context, and a tool with given output.
 class AsyncTaskTest : public TaskTest {
  protected:
   void start(const std::shared_ptr<AsyncTaskDelegate>& receiver, const AsyncTaskSelector& selector = kSelector,

@@ -12,7 +12,7 @@
 
 namespace qm::testing {
 
-/// A delegate that answers some operations and keeps what it is called with.
+/// A delegate that has some operations and records its calls.
 class CopyDelegate : public FileOperationDelegate {
  public:
   struct Call {
@@ -36,7 +36,7 @@ class CopyDelegate : public FileOperationDelegate {
     return all;
   }
   void setAnswered(std::set<std::string> answered) { answered_ = std::move(answered); }
-  /// Lets go of everything it was called with.
+  /// Releases everything it was called with.
   void forget() {
     const std::scoped_lock lock(mutex_);
     calls_.clear();

@@ -34,7 +34,7 @@ inline const std::string kHeader =
     "Running in " +
     std::string(sizeof(void*) == 8 ? "64" : "32") + "-bit mode\n";
 
-/// What the fake clock's date puts before a message.
+/// The text that the fake clock's date puts before a message.
 inline const std::string kDated = "2024-02-29 23:05:07 +0000 - ";
 
 /// The line of a message.
@@ -57,13 +57,13 @@ class LogTest : public PlatformTest {
   static QMLog& log() { return *QMLog::sharedController(); }
 };
 
-/// The same with a hand on the writing thread.
+/// The same with control over the writing thread.
 class LogQueue : public LogTest {
  protected:
-  /// The lines behind what was in the file at first.
+  /// The lines after what was in the file at first.
   std::string written() { return contents(1).value_or("old line\nno file").substr(std::string("old line\n").size()); }
 
-  /// What `action` makes of a file, once all is written.
+  /// What `action` makes of a file, once everything is written.
   std::string writtenBy(const std::function<void()>& action) {
     addLogFile();
     log().setFileHandle(nullptr);
@@ -72,7 +72,7 @@ class LogQueue : public LogTest {
     return written();
   }
 
-  /// Holds the writing thread at the next line, until `release`.
+  /// Stops the writing thread at the next line, until `release`.
   void hold() {
     fakes.calls.hang("fileHandle.writeData");
     QMLog::fastAppendLog("held");
@@ -97,7 +97,7 @@ class LogQueue : public LogTest {
     finish(call);
   }
 
-  /// A file, and a volume that takes so many bytes more.
+  /// A file, on a volume with room for this many more bytes.
   void fillTheVolumeBehind(std::uint64_t bytes) {
     addLogFile();
     std::uint64_t used = 0;

@@ -8,7 +8,7 @@
 
 namespace qm::testing {
 
-/// A test on a machine whose log file is there, so that messages reach it.
+/// A test on a machine with a log file, so that messages reach it.
 class LoggedTest : public PlatformTest {
  protected:
   LoggedTest() { fakes.disk.addFile(kLog); }

@@ -1,6 +1,5 @@
-// Everything that has threads at once, on the real services: eight threads log, four tools print in the background,
-// two copies run, and an owner ends tools under way. For QM_MIXED_THREADS_SECONDS, or for a moment; meant for
-// ThreadSanitizer.
+// Everything that has threads at once, on the real services: eight threads log, four tools print in the background, two
+// copies run, and an owner ends running tools. For QM_MIXED_THREADS_SECONDS, or briefly; meant for ThreadSanitizer.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,7 +48,7 @@ std::chrono::milliseconds duration() {
   return seconds == nullptr ? 300ms : std::chrono::seconds(std::strtol(seconds, nullptr, 10));
 }
 
-// The main thread's work, done by whoever calls `serve`.
+// The main thread's work, run by whoever calls `serve`.
 class ServedMainThread : public platform::MainThread {
  public:
   bool isMainThread() const override { return std::this_thread::get_id() == thread_; }
@@ -67,7 +66,7 @@ class ServedMainThread : public platform::MainThread {
     changed_.notify_all();
   }
 
-  // Until `done`, which is asked after each piece of work and each `wakeUp`, or at the limit.
+  // Until `done`, which is checked after each piece of work and each `wakeUp`, or until the limit.
   bool serve(const std::function<bool()>& done, std::chrono::steady_clock::time_point limit) {
     std::unique_lock lock(mutex_);
     while (!done()) {
@@ -127,8 +126,8 @@ class Receiver : public AsyncTaskDelegate {
   bool ended_ = false;
 };
 
-// Copies one folder again and again, from one report to the next, on the main thread. Each third copy is
-// cancelled as soon as it is under way.
+// Copies one folder again and again, from one report to the next, on the main thread. Each third copy is cancelled as
+// soon as it has begun.
 class Copying : public FileOperationDelegate, public std::enable_shared_from_this<Copying> {
  public:
   Copying(std::string source, std::string destination)
@@ -152,7 +151,7 @@ class Copying : public FileOperationDelegate, public std::enable_shared_from_thi
   }
 
  private:
-  // A copy that was cancelled in its last moment may be there: whole.
+  // A copy that was cancelled at its last moment may be there, but then it is whole.
   void finish() {
     const bool isThere = fs::exists(destination_);
     EXPECT_TRUE(isThere || started_ % 3 == 2);
@@ -172,7 +171,7 @@ class Copying : public FileOperationDelegate, public std::enable_shared_from_thi
   int finished_ = 0;
 };
 
-// A process of an ordinary person with a home folder, and its threads.
+// A process of an ordinary user with a home folder, and its threads.
 class Mixture {
  public:
   explicit Mixture(std::string home) : folder_(std::move(home)) {
@@ -186,8 +185,8 @@ class Mixture {
   void run();
 
  private:
-  // Runs `work` on a thread of its own, again and again until the end, with a little rest after each time: what is
-  // tested is the interplay, and not how busy a machine can get.
+  // Runs `work` on a thread of its own, again and again until the end, with a short pause each time: the interplay is
+  // tested, not how busy a machine can get.
   void again(const std::function<void(int)>& work) {
     threads_.emplace_back([this, work] {
       for (int round = 0; !stopsAfter(1ms); ++round) work(round);
@@ -242,7 +241,7 @@ void runTool() {
   EXPECT_EQ(receiver->waitForEnd(), kPrinted);
 }
 
-// Ends one run under way, replaces another one, and lets go of a third.
+// Ends one run, replaces another one, and releases a third.
 void endTools() {
   const auto receiver = std::make_shared<Receiver>();
   const auto runner = QMTask::make();
@@ -255,7 +254,7 @@ void endTools() {
   runner->terminateAsyncTask();
 }
 
-// The lines of each thread are whole, in the order in which they were logged, and none comes twice.
+// The lines of each thread are whole, in the order in which they were logged, and none is duplicated.
 void expectOrder(const std::vector<std::string>& lines) {
   std::map<int, int> last;
   for (const std::string& line : lines) {

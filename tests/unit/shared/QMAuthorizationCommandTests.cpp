@@ -87,7 +87,7 @@ TEST_F(AsRoot, StartsToolsDirectlyAndWaitsOnlyWhenAsked) {
   EXPECT_EQ(fakes.calls.count("authorization.executeWithPrivileges"), 0U);
 }
 
-// Where names could be changed by others, a tool that goes by names is none for root.
+// Where others can change names, root must not use a tool that works by name.
 TEST_F(AsRoot, StartsWhatTheSystemHasForRootInPlaceOfATool) {
   services().setRootsTool("/usr/bin/pinned");
   fakes.disk.addExecutable("/usr/bin/pinned");
@@ -497,7 +497,7 @@ TEST_F(AsRoot, DeletesUnderTheNewNameWhereTheNameIsTaken) {
   EXPECT_EQ(fakes.disk.fileContents("/home/u/.local/share/Trash/files/a.b"), "stays too");
 }
 
-// Everything that can fail does.
+// Everything that can fail does fail.
 
 /// Runs an operation once for each service call that it makes, with that call failing.
 template <class Operation>

@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-/// Several threads that ask for rights at the same moment.
+/// Several threads that request rights at the same moment.
 class QMAuthorizationThreads : public QMAuthorizationTest {
  protected:
   QMAuthorizationThreads() { rights(); }
@@ -31,7 +31,7 @@ class QMAuthorizationThreads : public QMAuthorizationTest {
     return first;
   }
   void answerTheDialog() { fakes.calls.release("authorization.copyRights"); }
-  /// The other command has looked for its tool, which is the last thing before it asks for rights.
+  /// The other command has looked for its tool, which is the last step before it requests rights.
   void waitForTheToolToBeLookedFor(std::size_t times) {
     while (fakes.calls.count("fileSystem.fileExists(/bin/mkdir)") < times) std::this_thread::yield();
   }

@@ -15,7 +15,7 @@ const std::string kArchive = "/tmp/Demo.zip";
 const std::string kFolder = "/tmp/Unpacked";
 const std::string kTrash = "/home/u/.Trash";
 
-/// A machine with an item and a zip tool that makes its output when it has succeeded.
+/// A machine with an item and a zip tool that creates its output if it succeeds.
 class Archives : public PlatformTest {
  protected:
   Archives() {
@@ -177,7 +177,7 @@ TEST_F(DecompressFile, AnswersByWhatItSeesWhicheverCallFails) {
     const bool answer = QMFileManager::decompressFile(kArchive, kFolder);
     ASSERT_EQ(machine.calls.failed().size(), 1U) << k;
     count = machine.calls.callCount();
-    // The last call looks at what is there.
+    // The last call checks what is there.
     EXPECT_EQ(answer, k < count && machine.disk.has(kFolder)) << machine.calls.failed().front();
   }
   EXPECT_GE(count, 4U);

@@ -34,7 +34,7 @@ static_assert(CopiesWithProgress<const char*, std::string>);
 static_assert(!CopiesWithProgress<std::nullptr_t, std::string>, "a null pointer is no path");
 static_assert(!CopiesWithProgress<std::string, std::nullptr_t>, "a null pointer is no path");
 
-/// One copy of /from/a to /to/b, of which the test makes the reports.
+/// One copy of /from/a to /to/b; the test makes its reports.
 class CopyWithProgress : public LoggedTest {
  protected:
   CopyWithProgress() {
@@ -43,7 +43,7 @@ class CopyWithProgress : public LoggedTest {
     fakes.fileOperations.keepCopies();
   }
 
-  /// What a delegate keeps of its reports holds the delegate itself.
+  /// The reports that a delegate keeps hold the delegate itself.
   void TearDown() override {
     for (const auto& delegate : delegates) {
       if (const auto left = delegate.lock()) left->forget();
@@ -364,7 +364,7 @@ TEST_F(CopyWithProgress, KeepsDelegateAndObjectsUntilTheEndWasReported) {
   weakDelegate.lock()->setAnswered({});
   fakes.mainThread.pump();
   ASSERT_EQ(weakDelegate.lock()->calls().size(), 1U);
-  weakDelegate.lock()->forget();  // it holds itself by its report
+  weakDelegate.lock()->forget();  // it holds itself through its report
   EXPECT_TRUE(weakDelegate.expired());
   EXPECT_TRUE(weakObject.expired());
 }

@@ -20,7 +20,7 @@ struct Operation {
   std::function<void()> run;
 };
 
-/// Every operation that changes something, on files whose contents tell them apart.
+/// Every operation that changes something, on files with distinguishable contents.
 std::vector<Operation> operations() {
   return {
       {"move", [] { QMFileManager::moveFile("/d/one", "/d/moved"); }},
@@ -63,7 +63,7 @@ std::string allContents(FakePlatform& fakes) {
   return contents;
 }
 
-/// Answers how many calls there were that could fail.
+/// Returns how many calls there were that could fail.
 std::size_t runWithFailingCall(const Operation& operation, std::size_t failing, bool asRoot) {
   FakePlatform fakes;
   const ScopedPlatform installed(fakes.platform);
@@ -116,7 +116,7 @@ TEST(QMFileManagerFailures, LoseNoFileWhenRightsAreRefusedToo) {
   }
 }
 
-// Answers.
+// Results.
 
 struct Answered {
   std::string name;
@@ -138,8 +138,8 @@ const std::vector<Answered>& answered() {
   return list;
 }
 
-/// The answer is what the disk shows, but where the failing call was the look at the item itself: then
-/// there seems to be nothing to do.
+/// The result is what the disk shows, unless the failing call was the check of the item itself: then there seems to be
+/// nothing to do.
 std::size_t answerWithFailingCall(const Answered& operation, std::size_t failing, bool plainFails) {
   FakePlatform fakes;
   const ScopedPlatform installed(fakes.platform);

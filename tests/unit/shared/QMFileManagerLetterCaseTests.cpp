@@ -30,7 +30,7 @@ class LetterCase : public LoggedTest {
 };
 
 TEST_F(LetterCase, GoesThroughAFreeNameWhereTheDestinationIsTheSource) {
-  // The disk counts letter case; where it does not, the other name leads to the same item.
+  // The disk distinguishes letter case; if it does not, the other name leads to the same item.
   fakes.calls.before("fileSystem.fileExists(/x/Report)", 1, [this] { fakes.disk.addFile("/x/Report"); });
   fakes.calls.before("fileSystem.moveItem(/x/report, /x/Report 2)", 1, [this] { fakes.disk.remove("/x/Report"); });
   EXPECT_TRUE(QMFileManager::moveFile("/x/report", "/x/Report"));
@@ -74,7 +74,7 @@ TEST_F(LetterCase, CountsLettersBeyondASCII) {
   EXPECT_TRUE(fakes.disk.has("/x/übung"));
 }
 
-/// Names that are too long for a number behind them, where letter case does not count.
+/// Names that are too long for a number at the end, on a disk that ignores letter case.
 class LongLetterCase : public LetterCase {
  protected:
   LongLetterCase() { fakes.disk.setVolumeKind("/", {.caseInsensitive = true}); }

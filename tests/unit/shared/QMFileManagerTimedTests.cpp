@@ -18,7 +18,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-/// Rights that seem to be given, with tools that only start: what they leave on the disk is the test's.
+/// Rights that are always granted, with tools that only start: the test decides what they leave on the disk.
 class TimedTest : public LoggedTest {
  protected:
   TimedTest() {

@@ -21,7 +21,7 @@ using ::testing::ValuesIn;
 
 using Text = std::optional<std::string>;
 
-// A null pointer is no path, and there are no objects of the class.
+// A null pointer is not a path, and there are no objects of the class.
 
 template <class Path>
 concept IsAPathForTheGuard = requires(Path path) {
@@ -45,7 +45,7 @@ static_assert(!std::is_default_constructible_v<QMLocalPaths>);
 
 // MARK: - The guard
 
-/// A protected folder, with where the fixture puts it for the user "u" and for root with anna.
+/// A protected folder, with its location in the fixture for the user "u" and for root with anna.
 struct ProtectedFolder {
   std::string name;
   std::string ofUser;
@@ -54,7 +54,7 @@ struct ProtectedFolder {
 
 void PrintTo(const ProtectedFolder& folder, std::ostream* stream) { *stream << folder.name; }
 
-/// Every standard folder has a place of its own here, so that only its own row can protect it.
+/// Every standard folder has a location of its own here, so that only its own row can protect it.
 class Guard : public PlatformTest {
  protected:
   Guard() {
@@ -132,7 +132,7 @@ TEST_P(ProtectedRow, IsComparedLetterByLetter) {
   EXPECT_EQ(exact(other), other == GetParam().ofUser);
 }
 
-/// Two slashes at the end are what the cut takes away.
+/// The cut removes two slashes at the end.
 TEST_P(ProtectedRow, IsProtectedWithTwoSlashes) { EXPECT_TRUE(exact(GetParam().ofUser + "//")); }
 
 TEST_P(ProtectedRow, MatchesNothingWhenItsOwnLookupFailsAndStandsWhenAnyOtherDoes) {
@@ -210,7 +210,7 @@ TEST_F(Guard, CutsTheUnitBeforeATrailingSlashAsWell) {
   EXPECT_FALSE(exact("/L1xyz/"));
   // Half of a character outside the basic plane stays.
   EXPECT_FALSE(exact("/L1x\U0001F600/"));
-  // A byte that is no UTF-8 is one character.
+  // A byte outside valid UTF-8 is one character.
   EXPECT_TRUE(exact("/L1x\x80/"));
   EXPECT_FALSE(exact("/L1x\x80\x80/"));
 }

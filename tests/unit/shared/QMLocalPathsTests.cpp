@@ -25,12 +25,12 @@ using Text = std::optional<std::string>;
 
 // MARK: - The table of folders
 
-/// A way to ask for a folder, and where it is for the person whose home is at "~".
+/// A way to request a folder, and its location for the user whose home is at "~".
 struct Location {
   std::string name;
   std::function<Text()> ask;
   std::string place;  ///< below the home folder with "~"
-  Text search;        ///< of which folder in which domain; nil when nothing is searched
+  Text search;        ///< of which folder in which domain; null if nothing is searched
 };
 
 void PrintTo(const Location& location, std::ostream* stream) { *stream << location.name; }

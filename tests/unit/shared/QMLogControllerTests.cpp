@@ -22,7 +22,7 @@ using ::testing::ElementsAre;
 using ::testing::Not;
 using ::testing::Values;
 
-// A null pointer is no name.
+// A null pointer is not a name.
 
 template <class Name>
 concept IsANameForANewLog = requires(Name name) {

@@ -11,14 +11,14 @@ namespace {
 
 using ::testing::ValuesIn;
 
-/// A machine with a log of its own, as one run after the other needs it.
+/// A machine with a log of its own, for one run after the other.
 struct LogMachine {
   FakePlatform fakes;
   ScopedPlatform installed{fakes.platform};
   SingletonReset<QMLog> log;
 };
 
-/// Something that is done with the log while one call of a service after the other fails.
+/// An operation on the log while one call of a service after the other fails.
 struct Operation {
   std::string name;
   std::function<void(FakePlatform&)> arrange;
@@ -89,7 +89,7 @@ class LogWithFailures : public ::testing::TestWithParam<Operation> {
     return std::find(list.begin(), list.end(), one) != list.end();
   }
 
-  /// A file that is said not to be there is taken at the word and begun anew.
+  /// A file that is reported missing is treated as missing and a new one is begun.
   static bool wasDenied(const LogMachine& machine, const std::string& file) {
     const std::string question = "fileSystem.fileExists(" + file + ")";
     return contains(machine.fakes.calls.failed(), question);
@@ -142,7 +142,7 @@ TEST_P(LogWithFailures, LosesNoLineAndMakesNothingElsewhereWhicheverCallFails) {
   }
 }
 
-/// One failure passes: the log is as usable afterwards as ever.
+/// One failure passes: afterwards the log is as usable as before.
 TEST_P(LogWithFailures, WritesTheNextMessagesWhicheverCallFailed) {
   const std::size_t calls = runWithFailure(0)->fakes.calls.callCount();
   for (std::size_t number = 1; number <= calls; ++number) {

@@ -105,7 +105,7 @@ TEST_F(LogFiles, MoveUpByOneAndLoseTheFifth) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-/// Some volumes keep one name for a file only.
+/// Some volumes allow only one name for a file.
 TEST_F(LogFiles, MoveUpByOneWithoutASecondNameToo) {
   addFiles({1, 2});
   fakes.calls.failNext("fileSystem.linkItem");

@@ -19,7 +19,7 @@ using ::testing::IsEmpty;
 using ::testing::StartsWith;
 using ::testing::Values;
 
-// A null pointer is no text, whatever follows it.
+// A null pointer is not a text, whatever follows it.
 
 template <class Text>
 concept IsAFastFormat = requires(Text text) {
@@ -102,7 +102,7 @@ TEST_F(LogQueue, WritesUtf8AndBytesThatAreNotAsTheyAre) {
 
 // MARK: - Formatting and trimming
 
-/// What becomes of one format, given without arguments, in each operation.
+/// The result of one format, given without arguments, in each operation.
 struct FormatCase {
   std::string format;
   std::string fast;

@@ -89,7 +89,7 @@ TEST_F(LogOnDisk, IsBegunAnewAfterFiveHundredThousandBytesWithNoLineLost) {
   EXPECT_EQ(fs::file_size(file(2)), kHeader.size() + 500 * lineLength);
   const std::string rest = read(file(1));
   EXPECT_THAT(rest, StartsWith(kHeader));
-  // The notice stands behind what was waiting, which at the least is nothing.
+  // The notice follows what was waiting, which is at least nothing.
   const std::string last = lineOf(message);
   const std::string notice = lineOf("Log truncated at 500KB");
   EXPECT_TRUE(rest == kHeader + last + notice || rest == kHeader + notice + last);
@@ -141,7 +141,7 @@ class LastChange : public posix::PosixFileSystem {
   int moment_;
 };
 
-/// Begins a new log in a process that ends at a moment; returns whether it got to the end before.
+/// Begins a new log in a process that ends at a given moment; returns whether it reached the end before.
 bool newLogUpTo(int moment, platform::Platform& services) {
   const pid_t process = ::fork();
   if (process == 0) {

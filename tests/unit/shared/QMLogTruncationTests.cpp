@@ -19,7 +19,7 @@ using ::testing::StartsWith;
 
 class Truncation : public LogQueue {
  protected:
-  /// How many bytes before `message` are one too few for a new file.
+  /// The number of bytes before `message` that is one too few for a new file.
   static std::size_t justBefore(const std::string& message) { return 499'999 - lineOf(message).size(); }
 };
 

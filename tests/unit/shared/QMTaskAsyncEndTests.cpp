@@ -22,13 +22,13 @@ using ::testing::IsEmpty;
 
 const std::string kDate = "2024-02-29 23:05:07 +0000 - ";
 
-/// A context that does something as it ends.
+/// A context whose destructor does something.
 std::shared_ptr<void> endingWith(std::function<void()> action) {
   static int contents = 0;
   return {&contents, [action = std::move(action)](void*) { action(); }};
 }
 
-/// A delegate that holds such a context, and so does it as it ends.
+/// A delegate that holds such a context, and so does it in its destructor.
 std::shared_ptr<AsyncDelegate> delegateEndingWith(std::function<void()> action) {
   return std::make_shared<AsyncDelegate>([held = endingWith(std::move(action))](const std::string&, QMTask&) {});
 }
@@ -37,14 +37,14 @@ std::shared_ptr<AsyncDelegate> delegateEndingWith(std::function<void()> action) 
 
 class AsyncTaskEnd : public AsyncTaskTest {
  protected:
-  /// Keeps what the world looks like at a moment of the ending.
+  /// Records the state at a moment of the ending.
   void look(const std::string& moment) {
     const auto done = [&](const char* call) { return fakes.calls.count(call) > 0; };
     seen.push_back(moment + (done("tasks.closeReader") ? ", closed" : ", open") +
                    (done("tasks.terminate") ? ", asked to end" : "") +
                    (runner->theTask() ? ", in the slot" : ", out of the slot"));
   }
-  /// Starts a run that keeps how it ends, and gives it the only references to its delegate and its context.
+  /// Starts a run that records how it ends, and gives it the only references to its delegate and its context.
   void startObserved() {
     fakes.calls.before("tasks.terminate", 1, [this] { look("tool"); });
     start(delegateEndingWith([this] { look("delegate"); }), "nobody:", endingWith([this] { look("context"); }));
@@ -191,7 +191,7 @@ TEST_F(AsyncTaskEnd, ComesAtTheNextPieceWhenTheSlotIsEmptied) {
 }
 
 TEST_F(AsyncTaskEnd, LetsGoOfTheContextWhicheverWayItComes) {
-  // The delegate keeps the context of each call; this one answers none.
+  // The delegate keeps the context of each call; this one has no operation.
   const auto silent = std::make_shared<AsyncDelegate>();
   const auto isHeld = [](const std::shared_ptr<int>& context) { return context.use_count() > 1; };
   const AsyncTaskSelector unanswered = "nobody:";
@@ -306,7 +306,7 @@ TEST_F(AsyncTaskEndedEarly, EndsABlockedReadAndCallsNobodyMore) {
   EXPECT_THAT(console(), IsEmpty());
 }
 
-/// A tool that ignores the request keeps its pipe open; the read ends all the same.
+/// A tool that ignores the request keeps its pipe open; the read ends nevertheless.
 TEST_F(AsyncTaskEndedEarly, EndsABlockedReadOfAToolThatGoesOn) {
   TaskScript script;
   script.standardOutput = {"one"};
@@ -488,7 +488,7 @@ TEST_F(AsyncTaskEndedEarly, StaysWholeWhenManyThreadsBeginAndEndRuns) {
   }
   for (std::thread& owner : owners) owner.join();
   runner->terminateAsyncTask();
-  fakes.tasks.endAll();  // those whose place was taken by another owner's
+  fakes.tasks.endAll();  // those that another owner's run replaced
   ASSERT_TRUE(fakes.threads.waitUntilAllEnded());
   expectReleased();
   EXPECT_EQ(fakes.tasks.all().size(), 100U);

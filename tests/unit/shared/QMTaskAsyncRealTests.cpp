@@ -24,7 +24,7 @@ class RealAsyncTask : public RealTask {
  protected:
   void start(const std::string& text) { runner->asyncDataFromTask(kShell, script(text), delegate, kSelector, nullptr); }
   bool waitUntilEnded() { return fakes.threads.waitUntilAllEnded(); }
-  /// A pipe with a name at which a tool waits for a line.
+  /// A named pipe on which a tool waits for a line.
   std::string gate(const std::string& name) {
     std::string path = folder() + "/" + name;
     EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);

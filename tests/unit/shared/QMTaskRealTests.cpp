@@ -106,7 +106,7 @@ TEST_F(RealTask, IsNilForOutputThatIsNotValidInTheEncoding) {
 TEST_F(RealTask, ReturnsAtTheEndOfTheOutputWhileTheToolRunsOn) {
   std::shared_ptr<QMTask::Task> task;
   EXPECT_EQ(QMTask::dataFromTask(kShell, script("echo done; exec >&- 2>&-; read line"), &task), "done\n");
-  EXPECT_TRUE(task->isRunning());  // it reads an input that nobody ever writes to or ends
+  EXPECT_TRUE(task->isRunning());  // it reads an input that nobody ever writes to or closes
   task->terminate();
   task->waitUntilExit();
 }
@@ -143,7 +143,7 @@ TEST_F(RealTask, ReadsToTheEndOnTheMainThreadBeforeItsLimitTakesEffect) {
   const std::string gate = folder() + "/gate";
   ASSERT_EQ(::mkfifo(gate.c_str(), 0600), 0);
   std::thread opener([&] {
-    while (fakes.mainThread.queued() == 0) std::this_thread::yield();  // the timer has asked
+    while (fakes.mainThread.queued() == 0) std::this_thread::yield();  // the timer has requested the end
     std::ofstream(gate) << "go\n";
   });
   EXPECT_EQ(

@@ -79,7 +79,7 @@ static_assert(!std::is_copy_constructible_v<QMTask> && !std::is_copy_assignable_
 
 // MARK: - What is refused
 
-/// One operation: runs it on a path and answers whether the result says that no process was started.
+/// One operation: runs it on a path and returns whether the result says that no process was started.
 struct Operation {
   const char* name;
   std::function<bool(const std::string& path, const Arguments& arguments)> refuses;
@@ -469,7 +469,7 @@ TEST_F(DataFromTask, HandsOutTheTaskBeforeItsLaunchPathIsSet) {
 
 TEST_F(DataFromTask, EndsWithWhatItHasWhenReadingFails) {
   scriptOutput({"one", "two"}, {"error"});
-  fakes.calls.failNth("tasks.availableData", 2);  // taken for the end of the output, and read again after the error
+  fakes.calls.failNth("tasks.availableData", 2);  // taken for the end; read again after standard error
   EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, nullptr), "error");
   fakes.calls.failAlways("tasks.availableData");
   EXPECT_EQ(QMTask::dataFromTask(kTool, kNone, nullptr), "");

@@ -20,8 +20,8 @@ using ::testing::UnorderedElementsAre;
 
 constexpr int kTerminated = 15;
 
-/// A tool that runs on, a clock moved by hand, a main thread that is served by a thread of its own. The test plays a
-/// worker.
+/// A tool that does not end by itself, a clock moved by hand, a main thread served by a thread of its own. The test
+/// plays a worker.
 class TaskTimeout : public TaskTest {
  protected:
   TaskTimeout() {
@@ -157,7 +157,7 @@ TEST_F(TaskTimeout, LetsAQuickToolReturnAtOnceWhileTheTimerSleepsOn) {
   EXPECT_EQ(fakes.calls.count("mainThread.performAndWait"), 0U);
   fakes.clock.advance(microseconds(1));
   EXPECT_TRUE(fakes.threads.waitUntilAllEnded());
-  EXPECT_EQ(fakes.calls.count("mainThread.performAndWait"), 1U);  // asked all the same
+  EXPECT_EQ(fakes.calls.count("mainThread.performAndWait"), 1U);  // requested all the same
   expectNothingSaid();
 }
 
@@ -320,7 +320,7 @@ TEST_F(TaskTimeout, EndsOnlyTheToolWhoseLimitHasPassed) {
   EXPECT_THAT(fakes.clock.sleeps(), UnorderedElementsAre(seconds(2), seconds(5)));
 }
 
-/// The tool ends, the caller empties the slot and the main thread looks into it, all at the same time.
+/// The tool ends, the caller empties the slot and the main thread reads it, all at the same time.
 TEST_F(TaskTimeout, IsSafeWhenTheToolEndsAtItsLimit) {
   constexpr int kRounds = 200;
   fakes.clock.setAutomatic();
@@ -335,7 +335,7 @@ TEST_F(TaskTimeout, IsSafeWhenTheToolEndsAtItsLimit) {
     std::thread caller([&] {
       const long code = QMTask::terminationCodeFromTask(kTool, kNone, QMTask::TimeoutInterval(0));
       EXPECT_TRUE(code == 1 || code == kTerminated) << code;
-      isLaunched = true;  // also when it was over before anybody waited
+      isLaunched = true;  // also if it was over before anybody waited
     });
     caller.join();
     ender.join();
@@ -446,7 +446,7 @@ class TimeoutUnderFailure : public ::testing::TestWithParam<bool> {
     SingletonReset<QMLog> log;
   };
 
-  /// The limit passes, the main thread has its say, then the tool ends by itself.
+  /// The limit passes, the main thread performs the request, then the tool ends by itself.
   static void letTimePass(FakePlatform& fakes) {
     const auto lines = fakes.console.lines();
     const bool hasTimer = std::find(lines.begin(), lines.end(), "Unable to start a timer thread") == lines.end();
@@ -477,7 +477,7 @@ TEST_P(TimeoutUnderFailure, ReturnsWhenTheToolHasEndedWhateverCallFails) {
     count = machine.fakes.calls.callCount();
     EXPECT_TRUE(machine.fakes.tasks.last()->wasTerminated());
   }
-  ASSERT_GE(count, 7U);  // a thread, two questions, a launch, console, log and the request
+  ASSERT_GE(count, 7U);  // a thread, two queries, a launch, console, log and the request
   for (std::size_t number = 1; number <= count; ++number) {
     SCOPED_TRACE("call " + std::to_string(number));
     Machine machine;

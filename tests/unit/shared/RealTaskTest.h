@@ -30,8 +30,7 @@ inline constexpr std::size_t kMebibyte = 1048576;
 
 inline QMTask::Arguments script(const std::string& text) { return std::vector<std::string>{"-c", text}; }
 
-/// This process's children by the system's own account: their numbers and states, 'Z' for one that has ended and is
-/// not reaped.
+/// This process's children according to the system: their ids and states, 'Z' for one that has ended and is not reaped.
 inline std::map<pid_t, char> children() {
   std::map<pid_t, char> found;
   for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
@@ -56,13 +55,13 @@ inline std::string statesOfChildren() {
   return states;
 }
 
-/// The one child there is; 0 if there is another number of them.
+/// The only child; 0 if there is not exactly one.
 inline pid_t onlyChild() {
   const auto all = children();
   return all.size() == 1 ? all.begin()->first : 0;
 }
 
-/// Waits until something has come about; false when it has not after 30 seconds.
+/// Waits until a condition holds; false if it does not after 30 seconds.
 template <class Condition>
 bool eventually(const Condition& condition) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -114,8 +113,8 @@ class Pumping : public posix::DescriptorWait {
   FakeMainThread& mainThread_;
 };
 
-/// Real child processes and real time; everything else is fake. The tools are real at their paths, and the fake disk
-/// says that they can be run.
+/// Real child processes and real time; everything else is fake. The tools really exist at their paths, and on the fake
+/// disk they are executable.
 class RealTask : public PlatformTest {
  protected:
   RealTask() : pumping_(fakes.mainThread), tasks_(fakes.mainThread, pumping_) {

@@ -16,7 +16,7 @@ inline const Arguments kNone;
 inline const std::string kTool = "/usr/bin/tool";
 inline const std::string kLogFile = "/home/u/Library/Logs/Quillmark/Demo.1.log";
 
-/// The calls whose names begin so, in order.
+/// The calls whose names begin with this, in order.
 inline std::vector<std::string> callsOf(const FakePlatform& fakes, const std::string& service) {
   std::vector<std::string> calls = fakes.calls.everything();
   std::erase_if(calls, [&](const std::string& call) { return !call.starts_with(service); });
@@ -33,7 +33,7 @@ class TaskTest : public PlatformTest {
 
   std::vector<std::string> console() const { return fakes.console.lines(); }
 
-  /// What the log holds after everything queued for it.
+  /// The log's contents after everything queued for it.
   std::string log() {
     QMLog::finishWriting();
     return fakes.disk.fileContents(kLogFile).value_or("no log");
@@ -44,7 +44,7 @@ class TaskTest : public PlatformTest {
 
   FakeTask& task() const { return *fakes.tasks.last(); }
 
-  /// A tool that runs until it is ended, and is ended when somebody begins to wait for it.
+  /// A tool that runs until it is ended, which happens when somebody begins to wait for it.
   void scriptAToolThatEndsWhenWaitedFor(int status) {
     TaskScript script;
     script.runsUntilEnded = true;

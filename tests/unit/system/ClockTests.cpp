@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using foundation::CivilTime;
 using std::chrono::system_clock;
 
-/// The machine's time zone for the length of a test.
+/// The machine's time zone for the duration of a test.
 class TimeZone {
  public:
   explicit TimeZone(const char* zone) {

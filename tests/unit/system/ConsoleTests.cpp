@@ -24,7 +24,7 @@ namespace {
 using posix::UniqueFd;
 using ::testing::HasSubstr;
 
-/// Standard error for the length of a scope.
+/// Standard error for the duration of a scope.
 class StandardErrorIs {
  public:
   explicit StandardErrorIs(int descriptor) : saved_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {
@@ -211,7 +211,7 @@ TEST_F(SystemJournal, GetsTheMessageUnderTheProgramsName) {
 TEST_F(SystemJournal, GetsAllLinesOfAMessage) {
   inMachine([this] {
     captured([](auto& console) { console.print("one\ntwo"); });
-    // A value with line ends goes with its length in front, eight bytes, the lowest first.
+    // A value with newlines is sent with its length in front, eight bytes, little-endian.
     EXPECT_THAT(readPiece(journal_.get()), HasSubstr(std::string("MESSAGE\n\7\0\0\0\0\0\0\0one\ntwo\n", 24)));
   });
 }

@@ -9,6 +9,7 @@
 #include <set>
 #include <thread>
 
+#include "Platform/linux/system/OwnPrograms.h"
 #include "Platform/linux/system/SystemFacts.h"
 #include "Uninstaller/Product.h"
 #include "tests/support/PrivateMachine.h"
@@ -122,6 +123,21 @@ TEST_F(SystemFacts, FindsTheZipToolWhereItIsInstalledAndElseBesideTheProgram) {
     std::filesystem::permissions(root / "libexec/tessaly-ditto", std::filesystem::perms(0755));
     EXPECT_EQ(installed.zipToolPath(), root / "libexec/tessaly-ditto");
   });
+}
+
+TEST_F(SystemFacts, FindsWhatIsInstalledWhereTheProductSays) {
+  platform::ProductIdentity product = kProduct;
+  const auto folders = [](const char* way) {
+    return std::vector{linux_::installedFolder("/opt/t/bin/program", way), linux_::installedFolder(std::nullopt, way)};
+  };
+  EXPECT_THAT(folders("../lib/t"), ::testing::ElementsAre("/opt/t/lib/t", "/usr/lib/t"));
+  EXPECT_THAT(folders("../../.."), ::testing::ElementsAre("/", "/"));
+  EXPECT_THAT(folders("parts"), ::testing::ElementsAre("/opt/t/bin/parts", "/usr/bin/parts"));
+  EXPECT_THAT(folders(""), ::testing::ElementsAre("/opt/t/bin", "/usr/bin"));
+  EXPECT_THAT(folders("/srv/libexec"), ::testing::ElementsAre("/srv/libexec", "/srv/libexec"));
+  product.programsFolder = "/usr/bin";
+  product.zipTool = "env";
+  EXPECT_EQ(linux_::SystemFacts(lists, product, "/opt/t/bin/program").zipToolPath(), "/usr/bin/env");
 }
 
 TEST_F(SystemFacts, FindsTheVersionBesideTheExecutablesFolder) {

@@ -31,7 +31,7 @@ class SingleInstanceTest : public ::testing::Test {
   SingleInstanceTest()
       : program("test." + std::to_string(::getpid())), first(std::make_unique<SingleInstance>(program)) {}
 
-  /// A start of its own on another thread.
+  /// A separate start, on another thread.
   std::future<Start> startAgain() const {
     return std::async(std::launch::async, [name = program] { return SingleInstance(name).start(10s); });
   }
@@ -39,7 +39,7 @@ class SingleInstanceTest : public ::testing::Test {
     pollfd request{.fd = first->requests().get(), .events = POLLIN, .revents = 0};
     ASSERT_EQ(::poll(&request, 1, 10'000), 1);
   }
-  /// A socket at the name that the program has for `user`, or one that asks there.
+  /// A socket at the name that the program has for `user`, or one that connects to it.
   posix::UniqueFd socketAt(uid_t user, int (*use)(int, const sockaddr*, socklen_t)) const {
     const std::string name = program + '.' + std::to_string(user);
     sockaddr_un place{};
@@ -50,7 +50,7 @@ class SingleInstanceTest : public ::testing::Test {
     EXPECT_EQ(use(made.get(), reinterpret_cast<const sockaddr*>(&place), size), 0);
     return made;
   }
-  /// The start goes on as if there were no other, and listens to nobody.
+  /// The start goes on as if there were no other, and does not listen.
   void expectToStartAlone(std::chrono::milliseconds patience = 10s) const {
     SingleInstance instance(program);
     EXPECT_EQ(instance.start(patience), Start::First);

@@ -9,7 +9,7 @@
 #include "Platform/PropertyLists.h"
 #include "Platform/Users.h"
 
-/// The few services that these classes stand on, as plain values.
+/// The few services that these classes need, as plain values.
 namespace qm::testing {
 
 class StubUsers : public platform::Users {

@@ -153,7 +153,7 @@ struct Machine {
     EXPECT_TRUE(fakes.mainThread.pumpUntil(isOver));
   }
 
-  /// Every file is what and where it was, or whole in the Trash: once, and nothing else.
+  /// Every file is unchanged at its path, or whole in the Trash: once, and nothing else.
   void expectKept(const std::string& file, const std::string& name) {
     Strings places;
     for (const std::string& path : fakes.disk.tree()) {
@@ -179,7 +179,7 @@ struct Machine {
   SingletonReset<QMLog> log;
 };
 
-/// Runs a prepared uninstall once as it is and then once for each of its calls, which fails.
+/// Runs a prepared uninstall once as it is and then once for each of its calls, which is made to fail.
 template <class Prepare, class Check>
 void failEveryCallInTurn(std::size_t atLeast, const Prepare& prepare, const Check& check) {
   std::size_t count = 0;
@@ -212,7 +212,7 @@ TEST(UninstallUnderFailure, EndsInTheAlertAndLosesNothing) {
   const std::vector<std::size_t> all = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
   const auto prepare = [](Machine& machine) {
     installProduct(machine.fakes.disk);
-    // All but the one in the maker's folder.
+    // All except the one in the maker's folder.
     for (std::size_t index = 1; index < kNeighbours.size(); ++index) {
       machine.fakes.disk.addFile(kNeighbours[index], kNeighbours[index]);
     }
@@ -225,7 +225,8 @@ TEST(UninstallUnderFailure, EndsInTheAlertAndLosesNothing) {
   });
 }
 
-/// A folder that cannot be listed counts as empty, so that such a call lets the removal begin: it looks for itself.
+/// A folder that cannot be listed counts as empty, so such a call lets the removal begin; the removal checks for
+/// itself.
 TEST(UninstallUnderFailure, SparesAnotherProductWhicheverCallFails) {
   const std::string& other = kNeighbours[0];
   const auto prepare = [&](Machine& machine) {

@@ -17,7 +17,7 @@ using Strings = std::vector<std::string>;
 inline const std::string kFolder = "/Applications/Quillmark";
 inline const std::string kTrashFiles = "/home/u/.local/share/Trash/files";
 
-/// The items in the order in which they go.
+/// The items in the order in which they are removed.
 inline const std::array<std::string, 12> kItems = {
     "/Applications/Quillmark/Tessaly.app",
     "/Applications/Tessaly.app",
@@ -35,7 +35,7 @@ inline const std::array<std::string, 12> kItems = {
 
 inline bool isPreference(std::size_t index) { return index >= 4 && index < 8; }
 
-/// What looks like the product and is not.
+/// Items that resemble the product's and do not belong to it.
 inline const std::array<std::string, 5> kNeighbours = {
     "/Applications/Quillmark/Orvendel.app/Contents/Info.plist", "/Applications/Tessaly.app.old/data",
     "/home/u/Library/Preferences/com.quillmark.Orvendel.plist", "/home/u/Library/Caches/com.quillmark.orvendel/data",
@@ -43,7 +43,7 @@ inline const std::array<std::string, 5> kNeighbours = {
 
 inline bool isFolderItem(std::size_t index) { return index < 4; }
 
-/// The file that tells an item from others: its path is its contents.
+/// The file that identifies an item: its contents are its path.
 inline std::string witness(std::size_t index) {
   return isFolderItem(index) ? kItems[index] + "/Contents/data" : kItems[index];
 }
@@ -82,7 +82,7 @@ class AppControllerTest : public PlatformTest {
     return calls;
   }
 
-  /// The paths that were handed to the Trash, in order.
+  /// The paths that were passed to the Trash, in order.
   Strings recycled() const {
     Strings paths;
     for (std::string call : callsOf("trash.recycle")) {
@@ -93,7 +93,7 @@ class AppControllerTest : public PlatformTest {
     return paths;
   }
 
-  /// Neither a change nor a word: nothing that the file manager does.
+  /// No change and no message: nothing that the file manager does.
   void expectUntouched() const {
     EXPECT_THAT(fakes.calls.log(), ::testing::IsEmpty());
     EXPECT_THAT(fakes.console.lines(), ::testing::IsEmpty());

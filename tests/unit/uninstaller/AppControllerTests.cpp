@@ -117,7 +117,7 @@ TEST_F(AppControllerTest, DoesNothingWhenTheInterfaceIsLoaded) {
 
 class UninstallThreads : public AppControllerTest {
  protected:
-  /// Notes, for each of these calls that comes, whether it was made on the main thread.
+  /// Records, for each of these calls, whether it was made on the main thread.
   void watch(const std::string& call) {
     fakes.calls.before(call, 1, [this, call] {
       const std::scoped_lock lock(mutex_);
@@ -315,9 +315,9 @@ TEST_F(UninstallRun, GoesOnAfterAnItemThatCannotBeTrashed) {
 TEST_F(UninstallRun, WaitsTenSecondsForAnItemThatStays) {
   installItem(fakes.disk, 1);
   fakes.calls.failAlways("trash.recycle");
-  fakes.authorizationServices.onExecute("/bin/mv", [](const Strings&) {});  // started, and never done
+  fakes.authorizationServices.onExecute("/bin/mv", [](const Strings&) {});  // started, and never carried out
   run();
-  // The limit is looked at before each pause of 0.3 seconds.
+  // The limit is checked before each pause of 0.3 seconds.
   EXPECT_THAT(fakes.clock.sleeps(), AllOf(SizeIs(34), Each(milliseconds(300))));
   EXPECT_EQ(fakes.calls.count("userInterface.runAlertPanel"), 1U);
 }

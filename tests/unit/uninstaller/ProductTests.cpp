@@ -39,7 +39,7 @@ linux_::UserRecord personAt(const std::string& home) { return {.id = 1000, .grou
 /// A condition in words, and a path.
 using Item = std::pair<std::string, std::string>;
 
-/// The program's table for a person, with these words for its conditions.
+/// The program's table for a user, with these words for its conditions.
 std::vector<Item> productItems(const std::string& home, const std::string& always, const std::string& ifAsked) {
   std::vector<Item> items;
   const std::vector<std::string> paths = productItemPaths(personAt(home));
@@ -59,7 +59,7 @@ TEST(TheProductsItems, AreThoseOfTheScenarios) {
   EXPECT_THAT(listed, ElementsAreArray(productItems("@", "always", "if-asked")));
 }
 
-/// The rows of the table below a heading: what the second column says of each path in the first.
+/// The rows of the table below a heading: the second column for each path in the first.
 std::vector<Item> tableBelow(const std::string& heading, const std::string& text) {
   std::vector<Item> rows;
   const std::size_t start = text.find("\n" + heading + "\n");

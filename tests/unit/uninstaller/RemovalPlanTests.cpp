@@ -13,7 +13,7 @@ using ::testing::SizeIs;
 
 class Plan : public PlatformTest {
  protected:
-  /// The paths that are to go.
+  /// The paths that are to be removed.
   static Strings wanted(const std::vector<PlannedItem>& plan) {
     Strings paths;
     for (const PlannedItem& each : plan) {

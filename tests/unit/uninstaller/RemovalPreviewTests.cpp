@@ -9,7 +9,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-/// A machine on which bodies of threads run when the test says so, and a preview that keeps what it is shown.
+/// A machine on which thread bodies run when the test says so, and a preview that records what it is shown.
 class APreview : public PlatformTest {
  protected:
   APreview() { fakes.threads.keepBodies(); }

@@ -187,7 +187,7 @@ TEST_F(Run, HoldsNoRightsAndOwesTheDiskNothingAtItsEnd) {
   EXPECT_EQ(calls.back(), "authorization.releaseRights()");
 }
 
-/// The calls of a run on a new machine, where the first item needs rights, heard or not.
+/// The calls of a run on a new machine, where the first item needs rights, with or without a witness.
 Strings callsOfARun(bool isHeard) {
   FakePlatform fakes;
   fakes.mainThread.disown();

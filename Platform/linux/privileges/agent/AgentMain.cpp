@@ -17,7 +17,7 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kMisused = 2;
 
-// Nobody but root reads this process's memory, and nothing of it is written to a disk.
+// Nobody but root can read this process's memory, and nothing of it is written to a disk.
 bool protectMemory() {
   const rlimit none{0, 0};
   return ::prctl(PR_SET_DUMPABLE, 0) == 0 && ::setrlimit(RLIMIT_CORE, &none) == 0;

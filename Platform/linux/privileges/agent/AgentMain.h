@@ -4,10 +4,10 @@
 
 namespace qm::linux_ {
 
-/// The agent for credentials, from its start to its status: "PROGRAM PROCESS START-TIME". It answers one password
-/// dialog for the application that started it: registers for that process, reads name and password from standard input,
-/// writes "ready" to standard output and ends after the dialog or when standard input is closed. Only dialogs of the
-/// product's actions, and of polkit's own for programs without one, are answered.
+/// The main function of the credentials agent: "PROGRAM PROCESS START-TIME". It answers one password dialog for the
+/// application that started it. It registers for that process, reads name and password from standard input, writes
+/// "ready" to standard output and ends after the dialog or when standard input is closed. It answers only dialogs of
+/// the product's actions, and polkit's own for programs without one.
 int runCredentialsAgent(const platform::ProductIdentity& product, int count, char** arguments);
 
 }  // namespace qm::linux_

@@ -4,7 +4,7 @@
 
 namespace qm::linux_ {
 
-/// A name and a password in memory that is not swapped out and is wiped at the end.
+/// A name and a password in memory that is not swapped out and is wiped by the destructor.
 class Credentials {
  public:
   Credentials();
@@ -12,8 +12,8 @@ class Credentials {
   Credentials& operator=(const Credentials&) = delete;
   ~Credentials();
 
-  /// Reads both from a descriptor: each is preceded by its length in four bytes. False when they do not
-  /// arrive whole.
+  /// Reads both from a descriptor, each preceded by its length in four bytes. Returns false if they do not arrive
+  /// completely.
   bool read(int fd);
 
   const char* user() const { return user_; }

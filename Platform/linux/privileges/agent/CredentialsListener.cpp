@@ -8,7 +8,7 @@ namespace {
 using qm::linux_::AnsweredActions;
 using qm::linux_::Credentials;
 
-// What the toolkit's object of this class holds. The toolkit makes it, zeroed, and frees it.
+// The members of the GObject class. GObject allocates them, zeroed, and frees them.
 struct Listener {
   PolkitAgentListener parent;
   Credentials* credentials;
@@ -43,7 +43,7 @@ PolkitIdentity* findIdentity(GList* identities, const char* user) {
   return nullptr;
 }
 
-// A password is asked for once; whoever asks again did not accept it.
+// The password is sent once; a second request means that it was not accepted.
 void onRequest(PolkitAgentSession* session, gchar* /*text*/, gboolean /*echo*/, gpointer data) {
   auto* dialog = static_cast<Dialog*>(data);
   if (dialog->answered) return polkit_agent_session_cancel(session);

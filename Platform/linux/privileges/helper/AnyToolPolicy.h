@@ -7,10 +7,11 @@
 
 namespace qm::linux_ {
 
-/// Any program. The five for files are done by the helper itself, and a move to the person's Trash hands the item over.
+/// Allows any program. The helper itself does the work of the five file tools, and hands over an item that is moved to
+/// the user's Trash.
 class AnyToolPolicy : public HelperPolicy {
  public:
-  /// Without a command line any may be launched; with one, only this one.
+  /// Without a command line any launch is allowed; with one, only this one.
   explicit AnyToolPolicy(const platform::ProductIdentity& product, std::optional<Launch> only = std::nullopt)
       : HelperPolicy(product), only_(std::move(only)) {}
 

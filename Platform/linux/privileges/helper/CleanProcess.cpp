@@ -21,13 +21,13 @@ constexpr rlim_t kStack = 8U << 20U;
 
 bool closeInherited() { return ::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0U) == 0; }
 
-// A timer outlives the change of program, and its signal would end this one.
+// A timer survives exec, and its signal would end this program.
 void stopTimers() {
   const itimerval none{};
   for (const auto timer : {ITIMER_REAL, ITIMER_VIRTUAL, ITIMER_PROF}) ::setitimer(timer, &none, nullptr);
 }
 
-// The library keeps two signals for itself and would leave those as they are: the kernel is asked.
+// The C library reserves two signals and would leave those as they are, so the kernel is called directly.
 bool resetSignals() {
   constexpr std::array<unsigned long, 4> standard{};  // handler, flags, restorer, mask
   for (int number = 1; number < NSIG; ++number) {
@@ -43,7 +43,7 @@ bool setLimit(__rlimit_resource resource, rlim_t value) {
   return ::setrlimit(resource, &limit) == 0;
 }
 
-// The number of processes does not limit root.
+// The limit of processes does not apply to root.
 bool resetLimits() {
   bool done = true;
   for (const auto resource : {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS, RLIMIT_RSS}) {
@@ -63,7 +63,7 @@ bool becomeCleanProcess() {
   ::prctl(PR_SET_PDEATHSIG, 0);
   ::umask(022);
   ::setpriority(PRIO_PROCESS, 0, 0);
-  const bool own = ::setsid() >= 0 || errno == EPERM;  // already the first of its session
+  const bool own = ::setsid() >= 0 || errno == EPERM;  // already the leader of its session
   return resetSignals() && closeInherited() && resetLimits() && clearEnvironment() && own && ::chdir("/") == 0 &&
          ::prctl(PR_SET_DUMPABLE, 0) == 0;
 }

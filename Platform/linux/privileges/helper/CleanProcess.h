@@ -2,9 +2,9 @@
 
 namespace qm::linux_ {
 
-/// Leaves nothing of what a person set for this process before it got its rights: descriptors over the
-/// standard streams, environment, working folder, mask, session, signals, timers, priority and limits.
-/// False when something of that cannot be had.
+/// Resets everything that the user may have set for this process before it got its rights: descriptors above the
+/// standard streams, environment, working folder, umask, session, signals, timers, priority and limits. Returns false
+/// if something cannot be reset.
 bool becomeCleanProcess();
 
 }  // namespace qm::linux_

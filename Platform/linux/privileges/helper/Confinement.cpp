@@ -17,7 +17,7 @@ using Rights = unsigned long long;
 
 constexpr int kVersionWithMoves = 2;
 constexpr int kVersionWithTruncation = 3;
-constexpr Rights kTruncate = 1ULL << 14U;  // younger than the headers of older systems
+constexpr Rights kTruncate = 1ULL << 14U;  // newer than the headers of older systems
 
 constexpr Rights kRead = LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR;
 constexpr Rights kEverything =
@@ -25,7 +25,7 @@ constexpr Rights kEverything =
     LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_CHAR | LANDLOCK_ACCESS_FS_MAKE_DIR |
     LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO |
     LANDLOCK_ACCESS_FS_MAKE_BLOCK | LANDLOCK_ACCESS_FS_MAKE_SYM | LANDLOCK_ACCESS_FS_REFER;
-// Those that a rule for a single file may give.
+// The rights that a rule for a single file may contain.
 constexpr Rights kOfFiles =
     LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_WRITE_FILE | kTruncate;
 

@@ -4,22 +4,22 @@
 
 namespace qm::linux_ {
 
-/// Keeps a process within folders, by the kernel's Landlock: whatever a tree is turned into meanwhile, the process
-/// reads, makes and removes nothing anywhere else. Changing modes, owners and times is not covered.
+/// Confines a process to folders with the kernel's Landlock. However others change a tree meanwhile, the process reads,
+/// creates and removes nothing anywhere else. Changing modes, owners and times is not covered.
 class Confinement {
  public:
-  /// The kernel has it and can let items move between folders (since 5.19).
+  /// Whether the kernel supports it and allows moves between folders (since 5.19).
   static bool isAvailable();
 
-  /// Confines to nothing yet; without effect where Landlock is missing.
+  /// Allows nothing yet. Without effect if Landlock is missing.
   Confinement();
 
-  /// Everything is allowed in the folder and below.
+  /// Allows everything in the folder and below.
   void allowAll(int folder);
-  /// Reading is allowed in the item and below.
+  /// Allows reading the item and everything below.
   void allowReading(int item);
 
-  /// Confines this thread for good. Returns 0 or an error number; 0 also where Landlock is missing.
+  /// Confines this thread permanently. Returns 0 or an error number; also 0 if Landlock is missing.
   int enforce() const;
 
  private:

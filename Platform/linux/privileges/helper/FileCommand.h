@@ -8,22 +8,21 @@
 
 namespace qm::linux_ {
 
-/// What a tool whose operands are pinned does with them.
+/// What a tool does with its operands, which are pinned.
 enum class FileCommandKind { Move, Copy, Remove, MakeFolders, Touch };
 
-/// A command line of one of the five tools for files.
+/// A command line of one of the five file tools.
 struct FileCommand {
   FileCommandKind kind = FileCommandKind::Remove;
   std::vector<std::string> options;
   std::vector<std::string> operands;
 
-  /// A removal that is meant only if nothing is in the folder.
+  /// A removal that is meant only if the folder is empty.
   bool meansHollowFolder() const;
 };
 
-/// The command line of `program` ("mv"), or a refusal where it holds an option other than the known ones, an
-/// operand that is not an absolute path or the wrong number of them: what is not understood is not pinned.
-/// Nil for every other program.
+/// Parses the command line of `program` ("mv"). Refuses unknown options, operands that are not absolute paths and a
+/// wrong number of operands: what is not understood is not carried out. Null for every other program.
 std::optional<Answer<FileCommand>> parseFileCommand(const std::string& program,
                                                     const std::vector<std::string>& arguments);
 

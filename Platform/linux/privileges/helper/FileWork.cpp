@@ -27,10 +27,10 @@ using Problem = std::optional<Refusal>;
 
 bool isMissing(const Refusal& refusal) { return refusal.error == ENOENT || refusal.error == ENOTDIR; }
 
-// A link with a slash behind it means the folder that it leads to, which nothing here works on.
+// A link followed by a slash means the folder that it leads to, which no command here works on.
 bool isLinkToFolder(const PinnedPlace& place) { return place.withTrailingSlash && place.item && !place.isFolder(); }
 
-// What is done with an operand.
+// The operation on an operand.
 using Change = FileError (*)(const PinnedPlace& place);
 
 FileError removeIt(const PinnedPlace& place) {
@@ -39,7 +39,7 @@ FileError removeIt(const PinnedPlace& place) {
 }
 
 FileError makeFolder(const PinnedPlace& place) {
-  constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // less what the process masks
+  constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // without the bits of the process's umask
   if (place.isFolder()) return {};
   return posix::errorOf(::mkdirat(place.folder.get(), place.name.c_str(), kMode));
 }
@@ -50,7 +50,7 @@ FileError touchIt(const PinnedPlace& place) {
   return posix::errorOf(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0));
 }
 
-// Work on one operand. One whose folders are missing has none.
+// Work on one operand. If its parent folders are missing, it has none.
 class OperandWork {
  public:
   OperandWork(std::string path, std::optional<PinnedPlace> place, Change change)
@@ -68,7 +68,7 @@ class OperandWork {
 };
 using PreparedOperand = Answer<OperandWork>;
 
-// All operands, one after the other, also after a failure.
+// Works on all operands, one after the other, also after a failure.
 class AllOperands : public PrivilegedWork {
  public:
   explicit AllOperands(std::vector<OperandWork> parts) : parts_(std::move(parts)) {}
@@ -97,17 +97,17 @@ PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place, Chang
   return OperandWork(path, std::move(found), change);
 }
 
-// One that has other names too may be somebody else's.
+// A file with other names may be somebody else's as well.
 PreparedOperand touchingOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
   const bool hasOtherNames = place && place->item && !place->isFolder() && place->itemStatus.st_nlink > 1;
   if (hasOtherNames && !place->writers.none()) {
-    return Refusal{EPERM, path + ": it has other names, and its folder can be changed by others than root"};
+    return Refusal{EPERM, path + ": it has other names, and users other than root can change its folder"};
   }
   return workOn(path, std::move(place), touchIt);
 }
 
-// The mounted volumes are not to be seen any more by a process that is confined.
+// Checked now, because a confined process cannot read the table of mounted volumes.
 PreparedOperand removalOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
   if (place && place->isFolder() && posix::holdsMountPoint(place->item.get())) return refusalFor(EBUSY, path);
@@ -181,7 +181,7 @@ class Transfer : public PrivilegedWork {
   const FileCommandKind kind_;
 };
 
-// Checks a destination and turns it into the place that the item will have.
+// Checks a destination and resolves it to the location that the item will have.
 class TargetChoice {
  public:
   TargetChoice(FileCommandKind kind, const std::string& path, const PinnedPlace& source)
@@ -199,7 +199,7 @@ class TargetChoice {
   }
 
  private:
-  // A copy is never written to what a link leads to; a move replaces the link, unless it leads to a folder.
+  // A copy never writes through a link; a move replaces the link, unless it leads to a folder.
   Answer<PinnedPlace> throughLink(PinnedPlace link) const {
     Answer<PinnedPlace> followed = pinPath(path_, LastLink::IsFollowed);
     if (!followed || followed->isFolder()) return followed;
@@ -228,7 +228,7 @@ class TargetChoice {
     if (!target.isFolder()) return std::nullopt;
     if (!copies_) return mustBeEmpty(target);
     if (onlyRootWrites(target.folder.get()) && onlyRootWritesTree(target.item.get())) return std::nullopt;
-    return Refusal{EPERM, path_ + ": a folder that others than root can change is not copied into"};
+    return Refusal{EPERM, path_ + ": nothing is copied into a folder that users other than root can change"};
   }
 
   Problem mustBeEmpty(const PinnedPlace& target) const {
@@ -259,7 +259,8 @@ Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const P
   }
   const bool isRoots = !source.isFolder() || onlyRootWritesTree(source.item.get());
   if (isRoots && onlyRootWrites(source.folder.get())) return std::nullopt;
-  return Refusal{ENOTSUP, command.operands[0] + ": others than root can change it, and this kernel has no Landlock"};
+  return Refusal{ENOTSUP,
+                 command.operands[0] + ": users other than root can change it, and this kernel has no Landlock"};
 }
 
 PreparedWork transfer(const FileCommand& command) {

@@ -19,7 +19,7 @@ class FolderRemoval : public PrivilegedWork {
 
   WorkResult finish() override {
     if (!place_.item) return {};
-    // The mounted volumes are not to be seen any more by a process that is confined.
+    // Checked now, because a confined process cannot read the table of mounted volumes.
     if (posix::holdsMountPoint(place_.item.get())) return resultOf(EBUSY, path_);
     Confinement confinement;
     confinement.allowAll(place_.folder.get());

@@ -6,8 +6,8 @@
 
 namespace qm::linux_ {
 
-/// Removes a folder with root's rights if nothing is in it but folders and the desktop's housekeeping files, as root
-/// sees it: what the person may not list is looked at, too. Anything else stays, and the folder with it.
+/// Removes a folder with root's rights if it contains only folders and the desktop's housekeeping files, as root sees
+/// it: what the user may not list is checked as well. Anything else stays, and the folder with it.
 PreparedWork prepareFolderRemoval(const std::string& path);
 
 }  // namespace qm::linux_

@@ -26,7 +26,7 @@ using posix::UniqueFd;
 constexpr int kMisused = 2;
 constexpr const char* kForUser = "--for";
 
-// A number of a user, and nothing else.
+// Accepts a user id and nothing else.
 std::optional<uid_t> userNumber(const char* text) {
   if (text == nullptr || *text < '0' || *text > '9') return std::nullopt;
   char* end = nullptr;
@@ -41,7 +41,7 @@ std::optional<UserRecord> personWithNumber(const char* text) {
   return number ? userWithId(*number) : std::nullopt;
 }
 
-// All standard streams lead nowhere: no program can mistake something else for one.
+// All standard streams are connected to the null device, so that no program can mistake another descriptor for one.
 bool closeStandardStreams() {
   const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -63,12 +63,12 @@ int serve(const HelperPolicy& policy, const UserRecord& person) {
   return 0;
 }
 
-// A control character in a name must neither begin a line of its own in the log nor steer who reads it.
+// A control character in a name must neither begin a line of its own in the log nor control the reader's terminal.
 void writeToSystemLog(const std::string& text) {
   ::syslog(LOG_USER | LOG_WARNING, "%s", foundation::replacingControlCharacters(text, ' ').c_str());
 }
 
-// Whoever starts the program without a connection learns nothing else.
+// A caller without a connection learns nothing else.
 int refuse(const std::string& why) {
   writeToSystemLog(why);
   return kMisused;
@@ -76,7 +76,7 @@ int refuse(const std::string& why) {
 
 [[noreturn]] void seeThrough(const HelperPolicy& policy, const UserRecord& person, const Launch& launch) {
   if (!closeStandardStreams()) std::_Exit(kMisused);
-  static_cast<void>(std::signal(SIGTERM, SIG_IGN));  // what has begun is seen through
+  static_cast<void>(std::signal(SIGTERM, SIG_IGN));  // launches that have begun are finished
   int status = EXIT_FAILURE;
   runLaunch(policy, launch, person, UniqueFd(::open("/dev/null", O_WRONLY | O_CLOEXEC)), [&](const Message& message) {
     const auto* started = std::get_if<Started>(&message);
@@ -87,7 +87,7 @@ int refuse(const std::string& why) {
     if (exited != nullptr && exited->waitStatus == 0) status = EXIT_SUCCESS;
   });
   mendTrashMoves(person, policy.product());
-  // A process that nobody may look into cannot be checked for leaks at its end either.
+  // A process that nobody may inspect cannot be checked for leaks at its end either.
   std::_Exit(status);
 }
 
@@ -98,15 +98,15 @@ int runHelper(const HelperPolicy& policy, int count, char** arguments) {
   const bool once = count > 3 && std::string(arguments[1]) == kForUser;
   const std::optional<UserRecord> person = personWithNumber(once ? arguments[2] : caller);
   if (::getuid() != 0 || ::geteuid() != 0) return kMisused;
-  if (!person) return refuse("administrator rights are for nobody: the user is not known");
-  // Whoever came through pkexec chose the arguments, and was given rights for nobody else.
+  if (!person) return refuse("the user who needs administrator rights is not known");
+  // A caller through pkexec chose the arguments, and was given rights for nobody else.
   if (caller != nullptr && userNumber(caller) != person->id) {
-    return refuse("administrator rights that another user asked for do not serve " + person->name);
+    return refuse("administrator rights granted to another user do not apply to " + person->name);
   }
-  // A dialog would have shown them as something else.
+  // A dialog would have shown them differently.
   const auto isShown = [](const char* argument) { return foundation::isPlainText(argument); };
   if (caller != nullptr && !std::all_of(arguments + 1, arguments + count, isShown)) {
-    return refuse("no dialog can show what administrator rights are asked for");
+    return refuse("no dialog can show the command to authorize");
   }
   if (!becomeCleanProcess()) return kMisused;
   if (!once) return serve(policy, *person);

@@ -4,15 +4,14 @@
 
 namespace qm::linux_ {
 
-/// A helper program from its start to its status. It runs in one of two ways:
+/// The main function of a helper. It runs in one of two ways:
 ///
 ///   by pkexec     It serves the process that called pkexec over its standard input, until that ends the connection or
-///                 itself, or this program is asked to end (SIGTERM); launches that have begun are seen through.
-///   "--for UID TOOL ARGUMENT..."  By root itself: one launch for that user. What goes wrong is written to the system
-///                 log. The status is 0 when the launch succeeded. Through pkexec it is refused for anybody but who
-///                 called that.
+///                 itself, or this program is asked to end (SIGTERM). Launches that have begun are finished.
+///   "--for UID TOOL ARGUMENT..."  By root itself: one launch for that user. Problems are written to the system log.
+///                 The status is 0 if the launch succeeded. Through pkexec it is refused for anybody but the caller.
 ///
-/// At the start of a move and at the program's end, what earlier moves to the person's Trash left is finished or
+/// At the start of a move and at the program's end, interrupted earlier moves to the user's Trash are finished or
 /// undone.
 int runHelper(const HelperPolicy& policy, int count, char** arguments);
 

@@ -7,19 +7,20 @@
 
 namespace qm::linux_ {
 
-/// What the rights of a helper are for. Each program that gets rights has one; what it does not name is refused.
+/// What the rights of a helper allow. Each program that gets rights has one; everything that it does not allow is
+/// refused.
 class HelperPolicy {
  public:
-  /// `product` is whose helper it is, as its program has it compiled in.
+  /// `product` is the product of the helper, compiled into its program.
   explicit HelperPolicy(const platform::ProductIdentity& product) : product_(product) {}
   HelperPolicy(const HelperPolicy&) = delete;
   HelperPolicy& operator=(const HelperPolicy&) = delete;
   virtual ~HelperPolicy() = default;
 
   const platform::ProductIdentity& product() const { return product_; }
-  /// Checks a launch for `person` and makes it ready, or refuses it.
+  /// Checks a launch for `person` and prepares it, or refuses it.
   virtual PreparedWork prepare(const Launch& launch, const UserRecord& person) const = 0;
-  /// The rights end with the first launch.
+  /// Whether the rights end with the first launch.
   virtual bool servesOnce() const { return false; }
 
  private:

@@ -20,14 +20,14 @@ namespace {
 
 using posix::UniqueFd;
 
-// Each takes a few descriptors.
+// Each launch takes a few descriptors.
 constexpr std::size_t kMostRuns = 512;
 
 volatile std::sig_atomic_t askedToEnd = 0;
 
 extern "C" void noteEnd(int /*signal*/) { askedToEnd = 1; }
 
-// SIGTERM is delivered only where the session waits: between a look at the flag and the wait it would be missed.
+// SIGTERM is delivered only while the session waits: between checking the flag and waiting it would be missed.
 void deliverEndWhileWaiting() {
   sigset_t end;
   sigemptyset(&end);
@@ -50,10 +50,10 @@ void writeAll(int fd, std::string_view bytes) {
   }
 }
 
-// The process of one launch. It tells the helper what the helper passes on.
+// The process of one launch. It sends messages to the helper, which forwards them.
 [[noreturn]] void runMain(const HelperPolicy& policy, const Launch& launch, const UserRecord& person, UniqueFd output,
                           const UniqueFd& messages) {
-  // A helper that was ended reads no messages; its tools are still seen through.
+  // After SIGTERM the helper reads no more messages, but still finishes its launches.
   for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_IGN));
   runLaunch(policy, launch, person, std::move(output), [&](const Message& message) {
     if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
@@ -108,7 +108,7 @@ void HelperSession::start(const Launch& launch) {
   runs_.push_back(std::move(*run));
 }
 
-// The child closes its copy of the connection with everything else that is not its own.
+// The child closes its copy of the connection together with everything else that is not its own.
 std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
   Run run;
   run.number = launch.number;
@@ -147,14 +147,14 @@ void HelperSession::forwardMessage(Run& run, const Message& message) {
   if (runs) run.output.reset();
 }
 
-// A process that ended without a word is reported as well.
+// A process that ended without a message is reported as well.
 void HelperSession::finish(Run& run) {
   run.messages.reset();
   const int status = posix::waitForChild(run.process);
   if (!run.started) {
-    send(Started{run.number, EIO, 0, "the launch broke off"});
+    send(Started{run.number, EIO, 0, "the launch was interrupted"});
   } else if (!run.exited) {
-    send(Exited{run.number, status, "the launch broke off"});
+    send(Exited{run.number, status, "the launch was interrupted"});
   }
 }
 

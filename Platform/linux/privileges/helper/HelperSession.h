@@ -12,19 +12,19 @@
 
 namespace qm::linux_ {
 
-/// Serves launches until the application ends the connection, ends itself or breaks a rule, or this process is asked to
-/// end (SIGTERM). Each launch is a process of its own, so that none can hold up or harm another; those that run are
-/// seen through at the end.
+/// Serves launches until the application ends the connection, ends itself or breaks the protocol, or this process is
+/// asked to end (SIGTERM). Each launch is a process of its own, so that none can delay or harm another. Running
+/// launches are finished at the end.
 class HelperSession {
  public:
   HelperSession(PeerSocket& peer, const HelperPolicy& policy, const UserRecord& person)
       : peer_(peer), policy_(policy), person_(person) {}
 
-  /// Says hello and serves. Returns when nothing runs any more.
+  /// Sends the hello and serves. Returns when no launch is running any more.
   void run();
 
  private:
-  /// A launch under way, its messages and the reading end of its tool's output.
+  /// A launch in progress, its messages and the reading end of its tool's output.
   struct Run {
     pid_t process = -1;
     std::uint64_t number = 0;

@@ -9,8 +9,9 @@
 
 namespace qm::linux_ {
 
-/// One launch from the first check to the last step, for `person`. Blocks until then; reports a `Started` and, if that
-/// told of no error, an `Exited`. `output` is closed after the last step, so that its end means that all is done.
+/// One launch from the first check to the last step, for `person`. Blocks until then. Reports a `Started` and, if that
+/// contains no error, an `Exited`. `output` is closed after the last step, so that its end means that everything is
+/// done.
 void runLaunch(const HelperPolicy& policy, const Launch& launch, const UserRecord& person, posix::UniqueFd output,
                const std::function<void(const Message&)>& report);
 

@@ -37,7 +37,7 @@ ucred peerOf(int fd) {
   return peer;
 }
 
-// There is room for the sender and nothing else: descriptors that come along are dropped by the kernel, which says so.
+// There is room for the sender's credentials only: the kernel drops descriptors that come along, and reports that.
 using ReceivedMessage = posix::SocketMessage<ucred>;
 
 bool isFrom(ReceivedMessage& message, pid_t process, uid_t person) {
@@ -47,8 +47,7 @@ bool isFrom(ReceivedMessage& message, pid_t process, uid_t person) {
 
 }  // namespace
 
-// The parent is looked at once more when its end can be seen: until then its number could have gone to
-// another process.
+// The parent is checked again once its end can be observed: until then its process id could have been reused.
 PeerSocket::PeerSocket(UniqueFd socket, uid_t person) : socket_(std::move(socket)), person_(person) {
   if (!isStreamSocket(socket_.get()) || !tellsSenders(socket_.get())) return;
   const ucred peer = peerOf(socket_.get());

@@ -8,14 +8,13 @@
 
 namespace qm::linux_ {
 
-/// The helper's end of its connection. Everything that is read came from one process of one person; a byte
-/// from anybody else, or a descriptor, ends the connection.
+/// The helper's end of its connection. Everything that is read came from one process of one user; a byte from anybody
+/// else, or a descriptor, ends the connection.
 class PeerSocket {
  public:
   enum class Received { Bytes, Nothing, End };
 
-  /// Takes `socket` when it connects this process to its own parent and that parent is `person`'s; see
-  /// `isOpen`.
+  /// Takes `socket` if it connects this process to its own parent and the parent is `person`'s; see `isOpen`.
   PeerSocket(posix::UniqueFd socket, uid_t person);
 
   bool isOpen() const { return open_; }
@@ -25,12 +24,12 @@ class PeerSocket {
 
   /// Appends what has arrived to `bytes`. Never blocks.
   Received receive(std::string& bytes);
-  /// Receives nothing from here on.
+  /// Stops receiving.
   void close() { open_ = false; }
-  /// Lets go of the connection, without ending it, in a process that has nothing to do with it.
+  /// Closes this process's copy of the connection without ending it, in a process that does not use it.
   void leave();
-  /// Sends all, with a descriptor if there is one. A peer that is gone is no failure, also where somebody else still
-  /// has its end of the connection and reads nothing.
+  /// Sends everything, with a descriptor if there is one. It is not a failure if the peer has ended, even if somebody
+  /// else still holds its end of the connection and reads nothing.
   void send(const std::string& bytes, int descriptor = -1) const;
 
  private:

@@ -9,7 +9,7 @@
 
 namespace qm::linux_ {
 
-/// How a piece of work ended: a wait status, and what went wrong in a sentence.
+/// The result of a piece of work: a wait status, and a sentence about what failed.
 struct WorkResult {
   int waitStatus = 0;
   std::string note;
@@ -26,15 +26,15 @@ class PrivilegedWork {
   PrivilegedWork& operator=(const PrivilegedWork&) = delete;
   virtual ~PrivilegedWork() = default;
 
-  /// Begins, and returns 0 or the error number that prevents it. `output` is where a program writes.
+  /// Begins, and returns 0 or the error number that prevents it. `output` receives a program's output.
   virtual int begin(const posix::UniqueFd& /*output*/) { return 0; }
-  /// Blocks until all is done.
+  /// Blocks until everything is done.
   virtual WorkResult finish() = 0;
 };
 
 using PreparedWork = Answer<std::unique_ptr<PrivilegedWork>>;
 
-/// The end of a file operation on `path`; what is wrong with an item below it names that.
+/// The result of a file operation on `path`; if it failed at an item below, the note names that item.
 WorkResult resultOf(const posix::FileError& error, const std::string& path);
 
 }  // namespace qm::linux_

@@ -4,8 +4,9 @@
 
 namespace qm::linux_ {
 
-/// The helper that runs any program with administrator rights. Its dialog shows its command line: the program and its
-/// arguments, to which its rights are then restricted, or none, which stands for all that the application launches.
+/// The main function of the helper that runs any program with administrator rights. Its dialog shows its command line:
+/// a program with arguments, to which the rights are then restricted, or nothing, which stands for everything that the
+/// application launches.
 int runToolHelper(const platform::ProductIdentity& product, int count, char** arguments);
 
 }  // namespace qm::linux_

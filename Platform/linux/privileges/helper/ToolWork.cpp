@@ -26,12 +26,12 @@ using posix::UniqueFd;
 constexpr std::size_t kLongestErrors = 700;
 constexpr unsigned kCloseOnExec = 4;  // CLOSE_RANGE_CLOEXEC
 
-// A descriptor that is where it should be keeps its close-on-exec mark when it is duplicated onto itself.
+// dup2 of a descriptor onto itself keeps its close-on-exec flag.
 bool connect(int stream, int descriptor) {
   return stream == descriptor ? ::fcntl(descriptor, F_SETFD, 0) == 0 : ::dup2(descriptor, stream) == stream;
 }
 
-// In the child, before the tool: returns the error number that keeps it from starting.
+// Runs in the child, before exec: returns the error number that prevents the tool from starting.
 int becomeTool(const Launch& launch, int output, int errors) {
   const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
   if (!nothing || !connect(STDIN_FILENO, nothing.get()) || !connect(STDOUT_FILENO, output) ||
@@ -56,7 +56,7 @@ int becomeTool(const Launch& launch, int output, int errors) {
   ::_exit(127);
 }
 
-// 0 when the pipe was closed by the program's taking over.
+// Returns 0 if exec closed the pipe.
 int readReport(const UniqueFd& report) {
   int error = 0;
   ssize_t got = 0;
@@ -66,7 +66,7 @@ int readReport(const UniqueFd& report) {
   return got == static_cast<ssize_t>(sizeof error) ? error : 0;
 }
 
-// Takes what is there now; false at the end.
+// Reads what is available; false at the end.
 bool drain(const UniqueFd& pipe, std::string& text) {
   std::array<char, 4096> block{};
   for (;;) {
@@ -98,7 +98,7 @@ class ToolWork : public PrivilegedWork {
     return 0;
   }
 
-  // Ends with the tool, not with the last holder of its error stream: it may have left somebody behind.
+  // Ends when the tool ends, not when the last holder of its error stream does: the tool may have left a child behind.
   WorkResult finish() override {
     WorkResult result;
     const UniqueFd ended(static_cast<int>(::syscall(SYS_pidfd_open, process_, 0U)));
@@ -133,7 +133,7 @@ Answer<std::string> checkedProgram(const std::string& path) {
   if (!S_ISREG(place->itemStatus.st_mode)) return refusalFor(EACCES, path);
   const bool safe =
       place->writers.none() && place->itemStatus.st_uid == 0 && (place->itemStatus.st_mode & writableByOthers) == 0;
-  if (!safe) return Refusal{EPERM, path + ": others than root can change this program"};
+  if (!safe) return Refusal{EPERM, path + ": users other than root can change this program"};
   const Answer<PinnedPlace> plain = pinPath(path, LastLink::Stays);
   return plain ? Answer<std::string>(plain->shown()) : plain.problem();
 }

@@ -5,13 +5,13 @@
 
 namespace qm::linux_ {
 
-/// A program that is started as root with the arguments of a launch, a clean environment, nothing as standard input and
-/// no descriptor but its standard streams. One that others than root can change is refused. The beginning of its error
-/// messages, in one line, is what is said of its end.
+/// A program that is started as root with the arguments of a launch, a clean environment, no standard input and no
+/// descriptor but its standard streams. One that others than root can change is refused. If it fails, the note is the
+/// beginning of its error output, in one line.
 PreparedWork prepareToolWork(const Launch& launch);
 
-/// A program by its path without the links of its folders: /bin is /usr/bin on many systems. Refused where it is
-/// missing, no file or not root's alone.
+/// The path of a program with the links of its folders resolved: /bin is /usr/bin on many systems. Refused if it is
+/// missing, not a file, or can be changed by others than root.
 Answer<std::string> checkedProgram(const std::string& path);
 
 }  // namespace qm::linux_

@@ -5,8 +5,8 @@
 namespace qm::linux_ {
 namespace {
 
-// A message is the length of its body (four bytes), its kind (one) and the body. Numbers are written
-// with the least significant byte first, texts as their length (four bytes) and their bytes.
+// A message is the length of its body (four bytes), its kind (one) and the body. Numbers are little-endian. A text is
+// its length (four bytes) and its bytes.
 constexpr std::size_t kHeaderSize = 5;
 
 enum class Kind : unsigned char { Hello = 1, Launch = 2, Started = 3, Exited = 4 };
@@ -79,7 +79,7 @@ class Parser {
 
 std::string_view cut(const std::string& text) { return std::string_view(text).substr(0, kLongestText); }
 
-// Reasons and notes are made of paths, and may hold anything but a NUL byte.
+// Reasons and notes contain paths, and may contain any byte but NUL.
 bool isText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
 bool mayBeSent(const Hello& /*hello*/) { return true; }

@@ -10,15 +10,16 @@
 
 namespace qm::linux_ {
 
-/// The version that both sides of the connection must have.
+/// The protocol version; both sides of the connection must have the same.
 inline constexpr std::uint32_t kProtocolVersion = 1;
-/// The largest body of a message, in bytes: what a tool's arguments may take together.
+/// The largest body of a message, in bytes: the limit for all arguments of a tool together.
 inline constexpr std::size_t kLargestBody = std::size_t{1} << 20U;
 inline constexpr std::size_t kMostArguments = 4096;
-/// The longest reason or note; longer ones are cut.
+/// The longest reason or note, in bytes; longer ones are cut.
 inline constexpr std::size_t kLongestText = 1024;
 
-/// The only option of a removal that means the folder behind it, and that only if nothing is in it. No tool has it.
+/// The option of a removal that means: the folder after it, and only if it is empty. It must be the only one. No real
+/// tool has it.
 inline constexpr std::string_view kIfHollow = "--if-hollow";
 
 /// The helper's first message: rights are granted.
@@ -27,7 +28,7 @@ struct Hello {
   bool operator==(const Hello&) const = default;
 };
 
-/// The application's only message: start a tool.
+/// The application's only message: start this tool.
 struct Launch {
   std::uint64_t number = 0;
   std::string tool;
@@ -35,7 +36,7 @@ struct Launch {
   bool operator==(const Launch&) const = default;
 };
 
-/// The tool runs, or why it does not: `error` is an error number and `reason` a sentence.
+/// The tool is running, or why it is not: `error` is an error number and `reason` a sentence.
 struct Started {
   std::uint64_t number = 0;
   std::int32_t error = 0;
@@ -44,7 +45,7 @@ struct Started {
   bool operator==(const Started&) const = default;
 };
 
-/// The tool has ended and everything that follows it is done. `note` says what went wrong.
+/// The tool has ended and everything that follows it is done. `note` describes a failure.
 struct Exited {
   std::uint64_t number = 0;
   std::int32_t waitStatus = 0;
@@ -54,17 +55,16 @@ struct Exited {
 
 using Message = std::variant<Hello, Launch, Started, Exited>;
 
-/// The bytes of a message. Nil when a limit is exceeded or an argument holds a NUL byte, which would cut
-/// it short on its way to the tool.
+/// The bytes of a message. Null if a limit is exceeded or an argument contains a NUL byte, which would truncate it on
+/// its way to the tool.
 std::optional<std::string> encoded(const Message& message);
 
-/// Takes bytes as they arrive, in pieces of any size, and gives out the messages in them. Trusts nothing:
-/// the first byte that breaks a rule ends the stream for good, and no more than one message and one piece
-/// is ever kept.
+/// Accepts bytes as they arrive, in pieces of any size, and returns the messages in them. Trusts nothing: the first
+/// byte that breaks a rule ends the stream permanently. It never keeps more than one message and one piece.
 class MessageReader {
  public:
   void append(std::string_view bytes);
-  /// The next complete message. Nil when there is none yet, or the stream is broken.
+  /// The next complete message. Null if there is none yet, or the stream is broken.
   std::optional<Message> next();
   bool isBroken() const { return broken_; }
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Uninstaller/Language.h"
+
+namespace qm::uninstaller {
+
+/// Whole English sentences with placeholders, which are keys of the catalogue. A "{why}" is a clause that is itself one
+/// of them, or the system's words; a "{reason}" is any sentence; a "{system}" is the system's words.
+using Sentences = std::span<const std::string_view>;
+
+/// An English sentence that a service, a program with administrator rights or this program has made, in the language.
+/// Such a sentence goes to log and journal as it is, and may come from another process; so its translation is found by
+/// the sentence that it was made from. `further` are sentences of the caller's own. A sentence that is not known stays
+/// English.
+std::string inLanguage(const Language& language, std::string_view sentence, Sentences further = {});
+
+/// The same; null if the sentence is not one of those with placeholders.
+std::optional<std::string> knownInLanguage(const Language& language, std::string_view sentence, Sentences further = {});
+
+}  // namespace qm::uninstaller

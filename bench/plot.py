@@ -1,0 +1,118 @@
+#!/usr/bin/env python3
+"""Draws what scripts/bench printed as one SVG, and writes the page that shows it.
+
+    bench/plot.py MEASURED SVG PAGE
+
+Each case has a row of bars: ours, the limit and the peers, as multiples of the limit, which is 1 in every row. A line
+marks the most that ours may take. Cases that are measured in milliseconds over something else come as a table only.
+"""
+import html
+import os
+import platform
+import re
+import sys
+import time
+
+WIDTH, LABEL, BAR, GAP, SCALE = 900, 330, 15, 18, 230
+OURS, LIMIT, PEER, MARK = "#1f6feb", "#8b949e", "#d0a215", "#cf222e"
+
+
+class Case:
+    def __init__(self, name):
+        self.name, self.most, self.times = name, None, []
+
+
+def number(text):
+    return float(text.replace(",", ""))
+
+
+def parse(lines):
+    """The cases, and the lines that compare no two ways of doing something."""
+    cases, others, title = [], [], None
+    for line in lines:
+        if found := re.match(r"  ours +([\d.]+) ms$", line):
+            cases.append(Case(title))
+            cases[-1].times.append(("this project", number(found[1]), OURS))
+        elif found := re.match(r"  limit +([\d.]+) ms .*at most ([\d.]+):", line):
+            cases[-1].most = number(found[2])
+            cases[-1].times.append(("the least that the system needs", number(found[1]), LIMIT))
+        elif found := re.match(r"  (\S.*?) +([\d.]+) ms +ours / it", line):
+            cases[-1].times.append((found[1], number(found[2]), PEER))
+        elif re.match(r"[^\s\[].* ms", line):
+            others.append(line)
+        elif line and not line.startswith(" "):
+            title = line
+    return [case for case in cases if case.most], others
+
+
+def text(x, y, words, anchor="start", weight="normal"):
+    return (f'<text x="{x}" y="{y}" text-anchor="{anchor}" font-weight="{weight}" fill="currentColor">'
+            f"{html.escape(words)}</text>")
+
+
+def rows(case, y):
+    limit = case.times[1][1]
+    yield text(10, y + 12, f"{case.name}", weight="bold")
+    y += BAR + 6
+    top = y
+    for name, milliseconds, colour in case.times:
+        ratio = milliseconds / limit
+        width = min(ratio, 2.1) * SCALE
+        yield text(LABEL - 8, y + 12, name, anchor="end")
+        yield f'<rect x="{LABEL}" y="{y}" width="{width:.1f}" height="{BAR}" fill="{colour}"/>'
+        yield text(LABEL + width + 6, y + 12, f"{ratio:.2f} times ({milliseconds:,.1f} ms)")
+        y += BAR + 3
+    mark = LABEL + case.most * SCALE
+    yield f'<line x1="{mark:.1f}" y1="{top - 3}" x2="{mark:.1f}" y2="{top + BAR + 3}" stroke="{MARK}" stroke-width="2"/>'
+
+
+def drawing(cases):
+    parts, y = [], 10
+    for case in cases:
+        parts.extend(rows(case, y))
+        y += (BAR + 3) * len(case.times) + BAR + 6 + GAP
+    return "\n".join([
+        f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {WIDTH} {y}" width="{WIDTH}" height="{y}" '
+        f'font-family="sans-serif" font-size="12" color="#24292f">',
+        f'<rect width="{WIDTH}" height="{y}" fill="white"/>', *parts, "</svg>", ""])
+
+
+def processor():
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        found = re.search(r"model name\s*: (.*)", file.read())
+    return found[1] if found else platform.machine()
+
+
+def page(svg, cases, others):
+    memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
+    lines = [
+        "# Performance", "",
+        "Each case compares this project with the least that the system needs for the same work (the bare system calls, made",
+        "by a small program) and with other programs. The limit is 1 in every row. The red line marks the most that this",
+        "project may take; `scripts/bench` says OVER where it takes more.", "",
+        f"![Running times as multiples of the limit]({svg})", "",
+        f"Measured on {time.strftime('%-d %B %Y')} with {os.cpu_count()} processors ({processor()}), {memory:.0f} GiB, "
+        f"Linux {platform.release().split('-')[0]}.",
+        "Times drift from machine to machine and from hour to hour; the ratios of one run are what counts. Draw your own with",
+        "`scripts/bench --plot`.", "",
+        "| Case | Ours | Limit | Ours / limit | At most |", "|---|---|---|---|---|"]
+    for case in cases:
+        ours, limit = case.times[0][1], case.times[1][1]
+        lines.append(f"| {case.name} | {ours:,.1f} ms | {limit:,.1f} ms | {ours / limit:.2f} | {case.most:.2f} |")
+    if others:
+        lines += ["", "Administrator rights, in milliseconds over the bare call:", "", "```", *others, "```"]
+    return "\n".join([*lines, ""])
+
+
+def main(measured, svg, target):
+    with open(measured, encoding="utf-8") as file:
+        cases, others = parse(file.read().splitlines())
+    if not cases:
+        sys.exit(f"{measured} has no measured case")
+    with open(svg, "w", encoding="utf-8") as file:
+        file.write(drawing(cases))
+    with open(target, "w", encoding="utf-8") as file:
+        file.write(page(os.path.relpath(svg, os.path.dirname(target)), cases, others))
+
+
+main(*sys.argv[1:])
