@@ -25,6 +25,11 @@ text() {
 # letter ENGLISH: the key with which Alt chooses the control.
 letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
 
+# Nothing is tried without the program of that name, and the answer says so.
+need() {
+  command -v "$1" >/dev/null || { echo "$1 is not installed, so this is not tried: scripts/setup all installs it" && exit 77; }
+}
+
 # ---- waiting for what must come
 
 pause() { read -rt 0.01 <$work/never || :; }
@@ -102,8 +107,9 @@ let_killall_go() { echo go >/run/killall-may-go; }
 
 window_manager_runs() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
 
+# start_display [SIZE]
 start_display() {
-  Xvfb -displayfd 3 -screen 0 1280x800x24 -noreset -nolisten tcp -ac 3>$work/display 2>$work/display.log &
+  Xvfb -displayfd 3 -screen 0 "${1-1280x800}x24" -noreset -nolisten tcp -ac 3>$work/display 2>$work/display.log &
   wait_until 10 test -s $work/display
   DISPLAY=:$(cat $work/display)
   export DISPLAY
@@ -115,13 +121,14 @@ start_display() {
 
 # become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. Its output is in the file `said`.
 said=$work/program.log
+toolkit_options=()
 become_program() {
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
     "TSAN_OPTIONS=exitcode=66:suppressions=$support/tsan.supp" "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
   if [ -n "${as_root-}" ]; then
-    exec env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
+    exec env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller "${toolkit_options[@]}" >"$said" 2>&1
   else
-    become_owner "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
+    become_owner "${sanitizers[@]}" "$@" $uninstaller "${toolkit_options[@]}" >"$said" 2>&1
   fi
 }
 
@@ -168,6 +175,8 @@ cover_windows() {
   window=$covered
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
+
+has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
 
 # Sets `window` to the window with the title, which then gets the keyboard input.
 wait_for_window() {

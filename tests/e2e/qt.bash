@@ -10,6 +10,9 @@ install_program() {
 press() { xdotool key "$@"; }
 # The button that has the focus is pressed by this.
 press_key=Return
+# The order of Tab is that of the screen. The box that stays ticked is in it.
+from_box_to_cancel=(Tab Tab Tab)
+back_to_plan=(shift+Tab shift+Tab)
 # Each control has a letter.
 tick_preferences() { press "alt+$(letter 'Also move my Tessaly &preferences to the Trash')"; }
 press_uninstall() { press "alt+$(letter '&Uninstall')"; }
@@ -18,6 +21,14 @@ toggle_details() { press "alt+$(letter '&Details')"; }
 
 # As the window manager does when somebody wants it.
 ask_to_close() { press alt+F4; }
+
+# What the window manager is told: a set of functions (the first bit), with closing among them.
+can_be_closed() {
+  local flags functions
+  IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
+  [ $((flags & 1)) = 0 ] || [ $((functions & 33)) != 0 ]
+}
+expect_no_close_button() { ! can_be_closed || fail 'the window manager is told that the window can be closed'; }
 
 click() {
   point "$@"

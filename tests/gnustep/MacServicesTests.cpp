@@ -1,0 +1,206 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <thread>
+
+#include "Platform/macos/system/MacClock.h"
+#include "Platform/macos/system/MacDirectories.h"
+#include "Platform/macos/system/MacFacts.h"
+#include "Platform/macos/system/MacPropertyLists.h"
+#include "Platform/macos/system/MacThreads.h"
+#include "Platform/macos/system/MacUsers.h"
+#include "tests/gnustep/ConsoleUserStandIn.h"
+
+namespace qm::testing {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::DomainMask;
+using platform::StandardDirectory;
+using ::testing::Each;
+
+MATCHER(IsAbsoluteWithoutTrailingSlash, "") { return arg.starts_with('/') && arg.size() > 1 && !arg.ends_with('/'); }
+
+// ---- folders
+
+TEST(MacDirectories, AreAbsoluteAndComplete) {
+  const macos::MacDirectories directories;
+  for (const auto directory :
+       {StandardDirectory::Library, StandardDirectory::Application, StandardDirectory::Documentation}) {
+    const auto found = directories.search(directory, DomainMask::Local);
+    EXPECT_FALSE(found.empty());
+    EXPECT_THAT(found, Each(IsAbsoluteWithoutTrailingSlash()));
+  }
+}
+
+TEST(MacDirectories, OfAUserAreInTheHome) {
+  const auto found = macos::MacDirectories().search(StandardDirectory::Library, DomainMask::User);
+  ASSERT_FALSE(found.empty());
+  EXPECT_EQ(found.front().rfind(macos::MacUsers().homeDirectory(), 0), 0U) << found.front();
+}
+
+TEST(MacDirectories, KnowTheTemporaryFolder) {
+  const std::string folder = macos::MacDirectories().temporaryDirectory();
+  EXPECT_THAT(folder, IsAbsoluteWithoutTrailingSlash());
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
+}
+
+// ---- users
+
+class MacUsers : public ::testing::Test {
+ public:
+  ~MacUsers() override { setConsoleUser(std::nullopt); }
+
+ protected:
+  const macos::MacUsers users{};
+  const passwd* const own = ::getpwuid(::getuid());
+};
+
+TEST_F(MacUsers, KnowTheirOwn) {
+  EXPECT_EQ(users.realUserId(), ::getuid());
+  EXPECT_EQ(users.userName(), own->pw_name);
+  EXPECT_EQ(users.homeDirectory(), own->pw_dir);
+}
+
+TEST_F(MacUsers, HaveAHomeWhereTheyAreKnown) {
+  EXPECT_EQ(users.homeDirectoryForUser("root"), ::getpwnam("root")->pw_dir);
+  EXPECT_EQ(users.homeDirectoryForUser("nobody-of-this-name"), std::nullopt);
+  EXPECT_EQ(users.homeDirectoryForUser(std::nullopt), std::nullopt);
+}
+
+TEST_F(MacUsers, MayBeAtTheConsole) {
+  EXPECT_EQ(users.consoleUser(), std::nullopt);
+  setConsoleUser("anna");
+  EXPECT_EQ(users.consoleUser(), "anna");
+}
+
+TEST_F(MacUsers, AreKnownToAThreadOfTheLanguages) {
+  std::string name;
+  std::thread([&] { name = users.userName(); }).join();
+  EXPECT_EQ(name, own->pw_name);
+}
+
+// ---- facts
+
+TEST(MacFacts, AreTheSystems) {
+  const macos::MacFacts facts;
+  EXPECT_EQ(facts.processorCount(), ::sysconf(_SC_NPROCESSORS_ONLN));
+  const auto pages = static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES));
+  EXPECT_EQ(facts.physicalMemory(), pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)));
+  EXPECT_EQ(facts.executablePath(), std::filesystem::read_symlink("/proc/self/exe").string());
+  EXPECT_NE(facts.operatingSystemVersion(), "");
+}
+
+TEST(MacFacts, HaveStringsThatAreNeverTheSame) {
+  const macos::MacFacts facts;
+  std::set<std::string> strings;
+  for (int i = 0; i < 100; ++i) strings.insert(facts.globallyUniqueString());
+  EXPECT_EQ(strings.size(), 100U);
+}
+
+// ---- property lists
+
+class MacPropertyLists : public ::testing::Test {
+ public:
+  ~MacPropertyLists() override { std::filesystem::remove_all(folder_); }
+
+ protected:
+  std::optional<platform::PropertyList> read(const std::string& contents) const {
+    std::ofstream(path()) << contents;
+    return lists.read(path());
+  }
+  std::optional<platform::PropertyList> readXml(const std::string& body) const {
+    return read("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>\n");
+  }
+  std::string path() const { return folder_ + "/a.plist"; }
+
+  const macos::MacPropertyLists lists{};
+
+ private:
+  char pattern_[22] = "/tmp/mac-lists-XXXXXX";
+  const std::string folder_ = ::mkdtemp(pattern_);
+};
+
+TEST_F(MacPropertyLists, HaveEveryKindOfValue) {
+  const auto list = readXml(
+      "<dict><key>on</key><true/><key>off</key><false/><key>number</key><integer>-7</integer><key>real</key><real>1.5</"
+      "real>"
+      "<key>text</key><string>ä</string><key>list</key><array/></dict>");
+  ASSERT_TRUE(list);
+  const platform::PropertyList expected{{"on", true},  {"off", false}, {"number", std::int64_t{-7}},
+                                        {"real", 1.5}, {"text", "ä"},  {"list", std::monostate()}};
+  EXPECT_EQ(*list, expected);
+}
+
+TEST_F(MacPropertyLists, MayBeEmpty) { EXPECT_EQ(readXml("<dict/>"), platform::PropertyList()); }
+
+TEST_F(MacPropertyLists, AreNoneWithoutADictionary) {
+  EXPECT_EQ(readXml("<array><true/></array>"), std::nullopt);
+  EXPECT_EQ(readXml("<string>x</string>"), std::nullopt);
+}
+
+TEST_F(MacPropertyLists, AreNoneWhereThereIsNoFileToRead) {
+  EXPECT_EQ(lists.read(path()), std::nullopt);
+  EXPECT_EQ(lists.read("/tmp"), std::nullopt);
+  ASSERT_EQ(::mkfifo(path().c_str(), 0600), 0);
+  EXPECT_EQ(lists.read(path()), std::nullopt);
+}
+
+TEST_F(MacPropertyLists, AreNoneWhereTheBytesAreBroken) {
+  EXPECT_EQ(read(""), std::nullopt);
+  EXPECT_EQ(read(std::string("bplist00\0\0\0", 11)), std::nullopt);
+  EXPECT_EQ(readXml("<dict><key>a</key>"), std::nullopt);
+  EXPECT_EQ(read(std::string(4096, '\xff')), std::nullopt);
+}
+
+// ---- threads and time
+
+TEST(MacThreads, RunBesideTheirMaker) {
+  macos::MacThreads threads;
+  std::atomic<bool> ended = false;
+  std::thread::id other;
+  ASSERT_TRUE(threads.detachNewThread([&] {
+    other = std::this_thread::get_id();
+    ended = true;
+    ended.notify_one();
+  }));
+  ended.wait(false);
+  EXPECT_NE(other, std::this_thread::get_id());
+}
+
+TEST(MacThreads, MayUseEveryService) {
+  macos::MacThreads threads;
+  std::atomic<int> ended = 0;
+  std::set<std::string> strings[8];
+  for (auto& mine : strings) {
+    ASSERT_TRUE(threads.detachNewThread([&] {
+      for (int i = 0; i < 50; ++i) mine.insert(macos::MacFacts().globallyUniqueString() + macos::MacUsers().userName());
+      ++ended;
+      ended.notify_one();
+    }));
+  }
+  for (int now = ended; now < 8; now = ended) ended.wait(now);
+  for (const auto& each : strings) EXPECT_EQ(each.size(), 50U);
+}
+
+TEST(MacClock, SleepsAsLongAsItIsTold) {
+  macos::MacClock clock;
+  const auto begin = clock.monotonicNow();
+  clock.sleep(20ms);
+  EXPECT_GE(clock.monotonicNow() - begin, 20ms);
+}
+
+TEST(MacClock, RoundsDownBefore1970) {
+  const auto date = macos::MacClock().localTime(std::chrono::system_clock::time_point(-1ms));
+  EXPECT_EQ(date.second, 59);
+}
+
+}  // namespace
+}  // namespace qm::testing

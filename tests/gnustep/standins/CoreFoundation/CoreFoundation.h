@@ -1,0 +1,20 @@
+#pragma once
+
+// What the Mac's services ask of CoreFoundation, which GNUstep has not, answered by the same objects of Foundation's.
+#import <Foundation/Foundation.h>
+
+#include <cstring>
+
+using CFTypeRef = const void*;
+using CFNumberRef = const void*;
+using CFTypeID = unsigned long;
+
+inline constexpr CFTypeID kBooleanForTests = 1;
+
+inline bool hasType(CFTypeRef number, const char* codes) {
+  return std::strchr(codes, *[static_cast<NSNumber*>(const_cast<void*>(number)) objCType]) != nullptr;
+}
+
+inline CFTypeID CFBooleanGetTypeID() { return kBooleanForTests; }
+inline CFTypeID CFGetTypeID(CFTypeRef number) { return hasType(number, "cCB") ? kBooleanForTests : 0; }
+inline bool CFNumberIsFloatType(CFNumberRef number) { return hasType(number, "fd"); }
