@@ -25,7 +25,7 @@ struct TrashedItems {
 };
 
 /// What happens if folders are missing on the way to an item's origin.
-enum class MissingFolders : bool { AreAReason, AreMade };
+enum class MissingFolders : bool { Fail, AreMade };
 
 /// The result of moving items to the Trash.
 struct Recycled {

@@ -115,7 +115,7 @@ bool isAsWanted(const std::string& path, Wanted wanted) {
 }
 
 /// One pause of a wait. The main thread handles one event, so that the interface stays responsive.
-void lookAway() {
+void pauseBetweenPolls() {
   auto& mainThread = *platform().mainThread;
   if (mainThread.isMainThread()) {
     mainThread.handleOneEvent(kEventLimit);
@@ -130,7 +130,7 @@ bool waitUntil(const std::string& path, Wanted wanted, std::chrono::seconds limi
   const auto& clock = *platform().clock;
   const auto start = clock.monotonicNow();
   using Elapsed = std::chrono::duration<double>;  // any limit can be compared with this type
-  while (!isAsWanted(path, wanted) && Elapsed(clock.monotonicNow() - start) < limit) lookAway();
+  while (!isAsWanted(path, wanted) && Elapsed(clock.monotonicNow() - start) < limit) pauseBetweenPolls();
   return isAsWanted(path, wanted);
 }
 

@@ -38,7 +38,7 @@ constexpr int kOldestFile = 5;
 
 /// A lock local to one call. No other call sees it, so it excludes nothing. Writing and rotation are kept apart because
 /// the queue runs one operation at a time and is empty before a rotation.
-class CallLock {
+class LocalLock {
  private:
   std::mutex mutex_;
   std::scoped_lock<std::mutex> held_{mutex_};
@@ -102,7 +102,7 @@ std::optional<std::string> QMLog::appName() const {
 void QMLog::createNewLog() { createNewLog(std::nullopt); }
 
 void QMLog::createNewLog(const std::optional<std::string>& name) {
-  const CallLock lock;
+  const LocalLock lock;
   QMLog& log = *sharedController();
   finishWriting();
   log.setFileHandle(nullptr);
@@ -233,14 +233,14 @@ void QMLog::appendAndPrintMessage(const std::string& text) {
 }
 
 void QMLog::finishWriting() {
-  const CallLock lock;
+  const LocalLock lock;
   if (const auto queue = sharedController()->writeQueue()) queue->waitUntilAllOperationsAreFinished();
 }
 
 // MARK: - The writing thread
 
 void QMLog::appendLogOnThread(const std::string& message) {
-  const CallLock lock;
+  const LocalLock lock;
   QMLog& log = *sharedController();
   if (log.loggingDisabled()) return;
   try {

@@ -140,7 +140,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
     std::shared_ptr<void> object;
     bool isEnding = false;
   };
-  class LettingGo;
+  class Releasing;
 
   QMTask() = default;
 

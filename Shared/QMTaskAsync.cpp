@@ -11,31 +11,31 @@ using qm::platform::TaskStream;
 
 /// Marks that a thread is releasing what a run held. If a destructor that runs meanwhile ends its runner's run, it
 /// means that very run, although another may have replaced it in the slot while a call still kept the delegate.
-class QMTask::LettingGo {
+class QMTask::Releasing {
  public:
-  LettingGo(const QMTask& runner, std::shared_ptr<Task> task)
+  Releasing(const QMTask& runner, std::shared_ptr<Task> task)
       : runner_(runner), task_(std::move(task)), outer_(std::exchange(innermost(), this)) {}
-  LettingGo(const LettingGo&) = delete;
-  LettingGo& operator=(const LettingGo&) = delete;
-  ~LettingGo() { innermost() = outer_; }
+  Releasing(const Releasing&) = delete;
+  Releasing& operator=(const Releasing&) = delete;
+  ~Releasing() { innermost() = outer_; }
 
   /// The task whose run the calling thread is releasing; null if it is not.
   static const std::shared_ptr<Task>* of(const QMTask& runner) {
-    for (const LettingGo* scope = innermost(); scope != nullptr; scope = scope->outer_) {
+    for (const Releasing* scope = innermost(); scope != nullptr; scope = scope->outer_) {
       if (&scope->runner_ == &runner) return &scope->task_;
     }
     return nullptr;
   }
 
  private:
-  static const LettingGo*& innermost() {
-    static thread_local const LettingGo* scope = nullptr;
+  static const Releasing*& innermost() {
+    static thread_local const Releasing* scope = nullptr;
     return scope;
   }
 
   const QMTask& runner_;
   const std::shared_ptr<Task> task_;
-  const LettingGo* const outer_;
+  const Releasing* const outer_;
 };
 
 // MARK: - Pieces
@@ -90,7 +90,7 @@ void QMTask::beginAsyncRun(AsyncReceiver receiver) {
 }
 
 void QMTask::terminateAsyncTask() {
-  if (const auto* own = LettingGo::of(*this)) {
+  if (const auto* own = Releasing::of(*this)) {
     if (isInProgress(*own)) endAsyncRun(*own);
     return;
   }
@@ -164,7 +164,7 @@ QMTask::AsyncReceiver QMTask::takeReceiver() {
 
 /// Never called under a lock: a destructor may call back.
 void QMTask::letGo(AsyncReceiver receiver) {
-  const LettingGo scope(*this, receiver.task);
+  const Releasing scope(*this, receiver.task);
   receiver.delegate.reset();
   receiver.object.reset();
 }

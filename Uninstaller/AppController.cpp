@@ -14,7 +14,7 @@ using qm::uninstaller::translated;
 
 void AppController::connect(const qm::uninstaller::Outlets& outlets) { outlets_ = outlets; }
 
-void AppController::trashFile(const std::optional<std::string>& path) { RemovalRun(witness_).trash({.path = path}); }
+void AppController::trashFile(const std::optional<std::string>& path) { RemovalRun(observer_).trash({.path = path}); }
 
 void AppController::cancel(const qm::platform::ActionSender* /*sender*/) { platform().userInterface->terminate(this); }
 
@@ -29,7 +29,7 @@ void AppController::endProgress() {
 void AppController::beginUninstall() {
   const bool removesConfig = outlets_.removeConfigCheck->state() == qm::uninstaller::kOnState;
   QMTask::runTask("/usr/bin/killall", std::vector<std::string>{"Tessaly"});
-  report_ = RemovalRun(witness_).removeProduct(removesConfig ? RemoveConfig::Yes : RemoveConfig::No);
+  report_ = RemovalRun(observer_).removeProduct(removesConfig ? RemoveConfig::Yes : RemoveConfig::No);
   platform().mainThread->performAndWait([this] { endProgress(); });
 }
 

@@ -16,7 +16,7 @@ class AppController : public qm::uninstaller::InterfaceOwner {
  public:
   AppController() = default;
   /// With a witness, results have reasons. The witness outlives the controller; its services are the installed ones.
-  explicit AppController(RemovalWitness& witness) : witness_(&witness) {}
+  explicit AppController(RemovalObserver& witness) : observer_(&witness) {}
 
   void connect(const qm::uninstaller::Outlets& outlets) override;
 
@@ -39,6 +39,6 @@ class AppController : public qm::uninstaller::InterfaceOwner {
 
  private:
   qm::uninstaller::Outlets outlets_;
-  RemovalWitness* witness_ = nullptr;
+  RemovalObserver* observer_ = nullptr;
   RemovalReport report_;  // written by the worker, which then waits for the main thread to read it
 };

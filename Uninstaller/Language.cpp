@@ -14,7 +14,7 @@ class English final : public Language {
   std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
     return std::string(count == 1 ? one : many);
   }
-  std::string systemWords(std::string_view english) const override { return std::string(english); }
+  std::string systemMessage(std::string_view english) const override { return std::string(english); }
   std::string decimalPoint() const override { return "."; }
 };
 

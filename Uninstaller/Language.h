@@ -20,7 +20,7 @@ class Language {
   /// The form of the text that goes with the number.
   virtual std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const = 0;
   /// The system's own words for an error, which are given in English.
-  virtual std::string systemWords(std::string_view english) const = 0;
+  virtual std::string systemMessage(std::string_view english) const = 0;
   /// What separates the decimals of a number.
   virtual std::string decimalPoint() const = 0;
 };

@@ -16,13 +16,13 @@ std::string line(const std::string& text) { return qm::foundation::replacingCont
 
 }  // namespace
 
-bool stayedForWantOfRights(const ItemResult& result) {
+bool stayedWithoutRights(const ItemResult& result) {
   const auto error = static_cast<std::errc>(result.error);
   return result.notAuthorized && (error == std::errc::permission_denied || error == std::errc::operation_not_permitted);
 }
 
 std::string reasonToStay(const ItemResult& result) {
-  if (stayedForWantOfRights(result))
+  if (stayedWithoutRights(result))
     return result.reason.empty() ? catalogued("Not authorized.") : "Not authorized: " + result.reason;
   return result.reason.empty() ? catalogued("The system gives no reason.") : result.reason;
 }

@@ -7,7 +7,7 @@
 
 /// Whether an item stayed because administrator rights were missing. If the system had another reason, it does not
 /// matter that they were refused.
-bool stayedForWantOfRights(const ItemResult& result);
+bool stayedWithoutRights(const ItemResult& result);
 
 /// Why an item stayed, in full sentences and in English; never "".
 std::string reasonToStay(const ItemResult& result);

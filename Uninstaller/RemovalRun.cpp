@@ -40,18 +40,18 @@ ItemResult RemovalRun::trash(PlannedItem item) {
   if (result.planned.skip == SkipReason::NotThere) result.outcome = ItemOutcome::Gone;
   if (result.planned.skip != SkipReason::None) return result;
   if (measured_ == Measured::Yes) measure(result.planned);
-  if (witness_ != nullptr) witness_->begin();
+  if (observer_ != nullptr) observer_->begin();
   if (!QMFileManager::trashFile(*result.planned.path, kTrashLimit)) return stayed(std::move(result));
   result.outcome = ItemOutcome::Trashed;
-  if (witness_ != nullptr) result.trashedTo = witness_->testimony().trashedTo;
+  if (observer_ != nullptr) result.trashedTo = observer_->observations().trashedTo;
   return result;
 }
 
 /// The attempt as the user comes first. If rights were granted, their failure is the reason that counts.
 ItemResult RemovalRun::stayed(ItemResult result) const {
   result.outcome = ItemOutcome::Stayed;
-  if (witness_ == nullptr) return result;
-  const Testimony said = witness_->testimony();
+  if (observer_ == nullptr) return result;
+  const Observations said = observer_->observations();
   result.notAuthorized = said.rightsRefused;
   result.error = said.plainError;
   const bool isPlain = said.privilegedReason.empty() || said.rightsRefused;

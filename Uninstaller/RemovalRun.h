@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "Uninstaller/RemovalObserver.h"
 #include "Uninstaller/RemovalPlan.h"
-#include "Uninstaller/RemovalWitness.h"
 
 /// The result for an item.
 enum class ItemOutcome {
@@ -44,8 +44,8 @@ class RemovalRun {
  public:
   /// Without a witness, results lack reasons and places in the Trash. The witness outlives the run; its services are
   /// the installed ones.
-  explicit RemovalRun(RemovalWitness* witness = nullptr, Measured measured = Measured::No)
-      : witness_(witness), measured_(measured) {}
+  explicit RemovalRun(RemovalObserver* witness = nullptr, Measured measured = Measured::No)
+      : observer_(witness), measured_(measured) {}
 
   /// Moves one item to the Trash unless a guard excludes it, and waits up to 10 seconds until it is gone from its path.
   ItemResult trash(PlannedItem item);
@@ -56,6 +56,6 @@ class RemovalRun {
  private:
   ItemResult stayed(ItemResult result) const;
 
-  RemovalWitness* witness_;
+  RemovalObserver* observer_;
   Measured measured_;
 };

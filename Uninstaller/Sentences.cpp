@@ -32,11 +32,11 @@ constexpr std::string_view kClauses[] = {
     catalogued("it is locked or belongs to somebody else"),
     catalogued("the Trash folder “{folder}” belongs to somebody else"),
     catalogued("something in it is locked"),
-    catalogued("a device is in it, of which no copy is made"),
+    catalogued("it contains a device, which cannot be copied"),
     catalogued("a device is in it"),
-    catalogued("its volume, which is not the Trash's, is one where root's files and devices do not count as root's"),
+    catalogued("its volume is not the Trash's, and is mounted nosuid or nodev"),
     catalogued("its volume can’t be changed"),
-    catalogued("it is on another volume, whose owners are not to be relied on"),
+    catalogued("it is on another volume, whose file owners cannot be trusted"),
     catalogued("its volume has no Trash that it can be moved to"),
     catalogued("there is no space left on its volume"),
     catalogued("its folder is not a folder"),
@@ -56,7 +56,7 @@ constexpr std::string_view kClauses[] = {
     catalogued("it is already in the Trash"),
     catalogued("the Trash itself is in it"),
     catalogued("it is not known whether a volume is mounted in it"),
-    catalogued("somebody else could lead the way to its folder elsewhere"),
+    catalogued("somebody else could redirect the path to its folder"),
     catalogued("root puts back files and folders only"),
     catalogued("a link that is not root’s leads to its folder"),
     catalogued("it lies on another volume than the Trash, and this kernel has no Landlock"),
@@ -94,7 +94,7 @@ std::optional<std::string> clause(const Language& language, std::string_view eng
 std::optional<std::string> valueIn(const Language& language, const std::string& name, const std::string& english) {
   if (name == "why") return clause(language, english);
   if (name == "reason") return inLanguage(language, english);
-  return name == "system" ? language.systemWords(english) : english;
+  return name == "system" ? language.systemMessage(english) : english;
 }
 
 std::optional<std::string> oneOf(Sentences patterns, const Language& language, std::string_view english) {
@@ -113,7 +113,7 @@ std::optional<std::string> oneOf(Sentences patterns, const Language& language, s
 
 std::optional<std::string> clause(const Language& language, std::string_view english) {
   if (auto known = oneOf(kClauses, language, english)) return known;
-  const std::string words = language.systemWords(english);
+  const std::string words = language.systemMessage(english);
   if (words == english) return std::nullopt;
   return filled(language.translated(kSystemError), {{"system", words}});
 }

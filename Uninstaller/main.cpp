@@ -5,7 +5,7 @@
 
 int main(int argc, char** argv) {
   // Never destroyed: a worker may be inside one of its services while the process ends.
-  static auto& witness = *new RemovalWitness(qm::uninstaller::systemPlatform(kProduct));
+  static auto& witness = *new RemovalObserver(qm::uninstaller::systemPlatform(kProduct));
   qm::platform::install(&witness.services());
   qm::uninstaller::useLanguage(qm::uninstaller::systemLanguage());
   return qm::uninstaller::applicationMain(argc, argv, kProduct,

@@ -82,7 +82,7 @@ int CopyJob::itemBegins(std::string_view folder, std::string_view name) {
 }
 
 int CopyJob::bytesCopied(std::uint64_t count) {
-  bytes_ = sumOrMost(bytes_, count);
+  bytes_ = saturatingSum(bytes_, count);
   return goOn();
 }
 

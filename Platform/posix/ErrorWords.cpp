@@ -40,13 +40,12 @@ constexpr Words kWords[] = {
     {EPERM, kTrashed, "it is locked or belongs to somebody else"},
     {EPERM, kTrashFolder, "the Trash folder %@ belongs to somebody else"},
     {EPERM, kForRoot, "something in it is locked"},
-    {ENODEV, kForRoot, "a device is in it, of which no copy is made"},
+    {ENODEV, kForRoot, "it contains a device, which cannot be copied"},
     {ENODEV, kPutBack, "a device is in it"},
-    {ENOTSUP, kForRoot,
-     "its volume, which is not the Trash's, is one where root's files and devices do not count as root's"},
+    {ENOTSUP, kForRoot, "its volume is not the Trash's, and is mounted nosuid or nodev"},
     {EROFS, kItem | kDestination, "the volume is read-only"},
     {EROFS, kTrashed, "its volume can’t be changed"},
-    {EXDEV, kPutBack, "it is on another volume, whose owners are not to be relied on"},
+    {EXDEV, kPutBack, "it is on another volume, whose file owners cannot be trusted"},
     {EXDEV, kTrashed, "its volume has no Trash that it can be moved to"},
     {ENOSPC, kItem | kDestination, "there isn’t enough space"},
     {EDQUOT, kItem | kDestination, "there isn’t enough space"},
@@ -79,17 +78,17 @@ constexpr Words kWords[] = {
 
 }  // namespace
 
-std::string_view wordsFor(int error, Subject subject) {
+std::string_view messageFor(int error, Subject subject) {
   const auto* words = std::ranges::find_if(kWords, [&](const Words& candidate) {
     return candidate.code == error && (candidate.subjects & static_cast<unsigned>(subject)) != 0;
   });
   return words != std::end(kWords) ? words->text : std::string_view();
 }
 
-std::string systemWords(int error) { return std::generic_category().message(error); }
+std::string systemMessage(int error) { return std::generic_category().message(error); }
 
-std::string withSystemWords(std::string_view subject, int error) {
-  return std::string(subject) + ": " + systemWords(error);
+std::string withSystemMessage(std::string_view subject, int error) {
+  return std::string(subject) + ": " + systemMessage(error);
 }
 
 std::string onOneLine(std::string_view name) { return foundation::replacingControlCharacters(name, '?'); }

@@ -19,13 +19,13 @@ enum class Subject : unsigned {
 };
 
 /// The reason for a failure, as the end of a sentence without its full stop. "" if there is only the system's own text.
-std::string_view wordsFor(int error, Subject subject);
+std::string_view messageFor(int error, Subject subject);
 
 /// The system's text for an error number.
-std::string systemWords(int error);
+std::string systemMessage(int error);
 
 /// "subject: the system's text".
-std::string withSystemWords(std::string_view subject, int error);
+std::string withSystemMessage(std::string_view subject, int error);
 
 /// A name or path on a single line: control characters are shown as "?".
 std::string onOneLine(std::string_view name);

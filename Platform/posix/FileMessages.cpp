@@ -41,9 +41,9 @@ Subject subjectOf(FileError::Side side) {
 
 std::string reasonText(const FileError& error) {
   if (error.side == FileError::Side::InTheWay) return " because " + quoted(error.item) + " is in it.";
-  const std::string_view words = wordsFor(error.code, subjectOf(error.side));
+  const std::string_view words = messageFor(error.code, subjectOf(error.side));
   if (!words.empty()) return " because " + std::string(words) + ".";
-  return " (" + systemWords(error.code) + ").";
+  return " (" + systemMessage(error.code) + ").";
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ class TreeCounter::Visitor : public TreeVisitor {
   int add(std::uint64_t bytes) {
     // Only one thread writes, so nothing is lost between reading and writing.
     counter_.objects_.store(counter_.objects_ + 1, std::memory_order_relaxed);
-    counter_.bytes_.store(sumOrMost(counter_.bytes_, bytes), std::memory_order_relaxed);
+    counter_.bytes_.store(saturatingSum(counter_.bytes_, bytes), std::memory_order_relaxed);
     return counter_.stopped_ || isUnwanted_() ? ECANCELED : 0;
   }
 

@@ -1,6 +1,7 @@
 #import <AppKit/AppKit.h>
 
 #include "Uninstaller/appkit/FrontEnd.h"
+#include "Uninstaller/appkit/Localize.h"
 #include "Uninstaller/appkit/MainInterface.h"
 
 using qm::appkit::Controls;
@@ -42,6 +43,9 @@ using qm::uninstaller::InterfaceOwner;
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
+  qm::appkit::localize([NSApp mainMenu]);
+  qm::appkit::localize(windowMain);
+  qm::appkit::localize(windowProgress);
   frontEnd().interface->showMainWindow();
 }
 

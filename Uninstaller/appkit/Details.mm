@@ -1,8 +1,13 @@
 #include "Uninstaller/appkit/Details.h"
 
+#include "Uninstaller/Language.h"
 #include "Uninstaller/appkit/SystemCalls.h"
+#include "Uninstaller/appkit/Text.h"
 
 namespace {
+
+using qm::appkit::textOf;
+using qm::uninstaller::translated;
 
 constexpr CGFloat kWidth = 420;
 constexpr CGFloat kButtonHeight = 20;
@@ -23,7 +28,7 @@ NSButton* makeTriangle() {
   [button setBezelStyle:NSBezelStyleDisclosure];
   [button setButtonType:NSButtonTypePushOnPushOff];
   [button setTitle:@""];
-  qm::appkit::describe(button, @"Details", @"Shows what stayed where it was, and why.");
+  qm::appkit::describe(button, textOf(translated("Details")), textOf(translated("Shows what stayed where it was, and why.")));
   return button;
 }
 
@@ -31,7 +36,7 @@ NSButton* makeTriangle() {
 NSButton* makeTitle(NSButton* triangle) {
   NSButton* const button = makeButton(NSMakeRect(kTriangleWidth, 0, kTitleWidth, kButtonHeight));
   [button setBordered:NO];
-  [button setTitle:@"Details"];
+  [button setTitle:textOf(translated("Details"))];
   [button setAlignment:NSTextAlignmentLeft];
   [button setRefusesFirstResponder:YES];
   [button setTarget:triangle];
@@ -46,7 +51,7 @@ NSTextView* makeText(NSString* details, NSSize size) {
   [text setString:[details stringByTrimmingCharactersInSet:[NSCharacterSet newlineCharacterSet]]];
   [text setVerticallyResizable:YES];
   [text setAutoresizingMask:NSViewWidthSizable];
-  qm::appkit::describe(text, @"Details", nil);
+  qm::appkit::describe(text, textOf(translated("Details")), nil);
   return text;
 }
 

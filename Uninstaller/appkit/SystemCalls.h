@@ -27,6 +27,12 @@ void fitAlert(NSView* accessory);
 
 /// What people hear who do not see the control. Interface files say it of their own.
 void describe(NSView* control, NSString* label, NSString* help);
+/// The same as it is described now; null where nothing is said.
+struct Description {
+  NSString* label;
+  NSString* help;
+};
+Description descriptionOf(NSView* control);
 
 /// Measures an item with no more rights than the person has whose folder it is in. Any thread.
 void measureAsAllowed(PlannedItem& item);

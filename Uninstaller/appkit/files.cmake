@@ -7,6 +7,7 @@ set(QM_APPKIT_FILES
   Details.mm
   FreshKeys.cpp
   FrontEnd.mm
+  Localize.mm
   MainInterface.mm
   MainThread.mm
   PlanController.mm

@@ -53,7 +53,7 @@ std::string GettextLanguage::translatedFor(std::size_t count, std::string_view o
   return ::dngettext(kCatalogue, std::string(one).c_str(), std::string(many).c_str(), count);
 }
 
-std::string GettextLanguage::systemWords(std::string_view english) const {
+std::string GettextLanguage::systemMessage(std::string_view english) const {
   if (english.empty() || !locale_) return std::string(english);
   const InLocale locale(locale_.get());
   return ::dgettext(kSystem, std::string(english).c_str());

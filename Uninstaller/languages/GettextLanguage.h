@@ -18,7 +18,7 @@ class GettextLanguage final : public Language {
 
   std::string translated(std::string_view english) const override;
   std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override;
-  std::string systemWords(std::string_view english) const override;
+  std::string systemMessage(std::string_view english) const override;
   std::string decimalPoint() const override;
 
  private:

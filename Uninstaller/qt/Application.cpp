@@ -12,6 +12,7 @@
 #include "Uninstaller/qt/FreshKeys.h"
 #include "Uninstaller/qt/FrontEnd.h"
 #include "Uninstaller/qt/FurtherStarts.h"
+#include "Uninstaller/qt/ReadableStyle.h"
 #include "Uninstaller/qt/WindowIcon.h"
 #include "Uninstaller/qt/X11HeldKeys.h"
 
@@ -53,6 +54,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
   qInstallMessageHandler(previous);
   keepLogEnglish();
   useCatalogue(*application);
+  QApplication::setStyle(new ReadableStyle);
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string_view program = frontEnd().product.program;
   QApplication::setDesktopFileName(QString::fromUtf8(program.data(), static_cast<qsizetype>(program.size())));

@@ -3,12 +3,14 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPushButton>
 #include <utility>
 
 #include "Platform/Platform.h"
 #include "Platform/linux/rights/RightsForPaths.h"
 #include "Uninstaller/qt/Disclosure.h"
+#include "Uninstaller/qt/FittingArea.h"
 #include "Uninstaller/qt/PlanView.h"
 #include "ui_MainInterface.h"
 
@@ -21,7 +23,18 @@ constexpr Qt::WindowFlags kMainWindow = Qt::Window | Qt::CustomizeWindowHint | Q
                                         Qt::WindowCloseButtonHint;
 constexpr Qt::WindowFlags kProgressWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
 
-/// Windows never close by themselves: the request is dropped, or passed to a button.
+/// So wide that the explanation is two lines of a length that reads well.
+constexpr int kMainWidth = 588;
+constexpr int kProgressWidth = 408;
+
+/// Texts begin where the controls do, also in another script than theirs.
+void alignTexts(const QWidget& window) {
+  const Qt::Alignment begin = window.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
+  for (auto* const label : window.findChildren<QLabel*>())
+    label->setAlignment(begin | Qt::AlignAbsolute | Qt::AlignVCenter);
+}
+
+/// Windows never close by themselves: the request, or Escape, is dropped or passed to a button.
 class CloseRequests final : public QObject {
  public:
   CloseRequests(QWidget& window, QAbstractButton* button) : QObject(&window), button_(button) {
@@ -29,46 +42,37 @@ class CloseRequests final : public QObject {
   }
 
   bool eventFilter(QObject* /*window*/, QEvent* event) override {
-    if (event->type() != QEvent::Close) return false;
+    if (event->type() != QEvent::Close && !isEscape(*event)) return false;
     event->ignore();
     if (button_ != nullptr) button_->click();
     return true;
   }
 
  private:
+  static bool isEscape(const QEvent& event) {
+    return event.type() == QEvent::KeyPress && static_cast<const QKeyEvent&>(event).key() == Qt::Key_Escape;
+  }
+
   QAbstractButton* button_;
 };
 
-/// Return presses the default button and Escape the cancel button, as in a dialog. A focused button
-/// takes Return itself.
-class DialogKeys final : public QObject {
+/// Return presses the default button from everywhere in the window. A focused button takes Return itself.
+class ReturnKey final : public QObject {
  public:
-  DialogKeys(QWidget& window, QPushButton& defaultButton, QPushButton& cancelButton)
+  ReturnKey(QWidget& window, QPushButton& defaultButton, QPushButton& cancelButton)
       : QObject(&window), defaultButton_(defaultButton), cancelButton_(cancelButton) {
     window.installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { markReturnButton(now); });
   }
 
   bool eventFilter(QObject* /*window*/, QEvent* event) override {
-    if (event->type() != QEvent::KeyPress) return false;
-    QAbstractButton* const button = buttonFor(static_cast<QKeyEvent*>(event)->key());
-    if (button == nullptr) return false;
-    button->click();
+    if (event->type() != QEvent::KeyPress || !isReturn(*static_cast<QKeyEvent*>(event))) return false;
+    defaultButton_.click();
     return true;
   }
 
  private:
-  QAbstractButton* buttonFor(int key) const {
-    switch (key) {
-      case Qt::Key_Return:
-      case Qt::Key_Enter:
-        return &defaultButton_;
-      case Qt::Key_Escape:
-        return &cancelButton_;
-      default:
-        return nullptr;
-    }
-  }
+  static bool isReturn(const QKeyEvent& press) { return press.key() == Qt::Key_Return || press.key() == Qt::Key_Enter; }
 
   /// Shows which button Return presses.
   void markReturnButton(const QWidget* focused) {
@@ -118,6 +122,10 @@ MainInterface::MainInterface(std::unique_ptr<uninstaller::InterfaceOwner> owner)
   file_->setupUi(canvas_.get());
   mainWidget_ = liftOut(file_->windowMain, kMainWindow);
   progressWidget_ = liftOut(file_->windowProgress, kProgressWindow);
+  new FittingArea(*mainWidget_, kMainWidth);
+  new FittingArea(*progressWidget_, kProgressWidth);
+  alignTexts(*mainWidget_);
+  alignTexts(*progressWidget_);
   makeOutlets();
   connectActions();
   file_->uninstallButton->setFocus();
@@ -144,7 +152,7 @@ void MainInterface::connectActions() {
   sendOnClick(*file_->cancelButton, &uninstaller::InterfaceOwner::cancel);
   makeDisclosure(*file_->planButton, [this](bool isOpen) { showPlan(isOpen); });
   new PromptLetters(*mainWidget_);
-  new DialogKeys(*mainWidget_, *file_->uninstallButton, *file_->cancelButton);
+  new ReturnKey(*mainWidget_, *file_->uninstallButton, *file_->cancelButton);
   new CloseRequests(*mainWidget_, file_->cancelButton);
   new CloseRequests(*progressWidget_, nullptr);
 }
@@ -164,6 +172,8 @@ void MainInterface::sendOnClick(const QAbstractButton& button, Action action) {
 void MainInterface::makePlanView() {
   planView_ = new PlanView(mainWidget_.get());
   file_->mainLayout->insertWidget(file_->mainLayout->indexOf(file_->buttonsLayout), planView_);
+  planView_->comeAfter(*file_->planButton);
+  alignTexts(*planView_);
   const auto follow = [this](bool isChecked) {
     planView_->setRemoveConfig(isChecked ? RemoveConfig::Yes : RemoveConfig::No);
   };

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <utility>
@@ -14,11 +15,29 @@ namespace {
 
 constexpr int kListHeight = 190;
 
+/// Paths read from the left, also between texts that do not. A size reads as its unit does.
+class TextsOfTheirOwn final : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    constexpr QChar kLeftToRight(0x2066);
+    constexpr QChar kAsItsFirstLetter(0x2068);
+    constexpr QChar kEnd(0x2069);
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (option->direction == Qt::LeftToRight) return;
+    option->text = (index.column() == 0 ? kLeftToRight : kAsItsFirstLetter) + option->text + kEnd;
+  }
+};
+
 QTreeWidget* makeList(QWidget& parent) {
   auto* const list = new QTreeWidget(&parent);
   list->setObjectName("planList");
   list->setAccessibleName(translated("What will be moved"));
+  list->setAccessibleDescription(translated("The items that are on this computer, with their sizes."));
   list->setHeaderLabels({translated("Item"), translated("Size")});
+  list->setItemDelegate(new TextsOfTheirOwn(list));
   list->setRootIsDecorated(false);
   list->setUniformRowHeights(true);
   list->setTextElideMode(Qt::ElideMiddle);
@@ -48,6 +67,8 @@ PlanView::PlanView(QWidget* parent) : QWidget(parent), list_(makeList(*this)), s
   layout->addWidget(list_);
   layout->addWidget(summary_);
 }
+
+void PlanView::comeAfter(QWidget& control) { setTabOrder(&control, list_); }
 
 void PlanView::setPreview(Preview preview) {
   preview_ = std::move(preview);

@@ -14,6 +14,8 @@ class PlanView final : public QWidget {
  public:
   explicit PlanView(QWidget* parent);
 
+  /// Tab goes from the control to the list.
+  void comeAfter(QWidget& control);
   /// Shows another preview.
   void setPreview(Preview preview);
   /// Shows the items for a removal of this kind.

@@ -4,6 +4,9 @@
 #include <QProgressBar>
 #include <QScreen>
 #include <QWidget>
+#include <algorithm>
+
+#include "Uninstaller/qt/FittingArea.h"
 
 namespace qm::qt {
 
@@ -11,12 +14,14 @@ namespace {
 
 int stateNumber(bool checked) { return checked ? uninstaller::kOnState : uninstaller::kOffState; }
 
-/// In the middle of the screen, where alerts appear too. Where only the desktop places windows, as on
-/// Wayland, this changes nothing.
+/// In the middle of the screen, where alerts appear too, or as far up as the title bar takes. Where only the desktop
+/// places windows, as on Wayland, this changes nothing.
 void centre(QWidget& window) {
   window.adjustSize();
   const QRect screen = window.screen()->availableGeometry();
-  window.move(screen.center() - window.rect().center());
+  const QPoint middle = screen.center() - window.rect().center();
+  const int lowest = screen.top() + roomFor(window).height() - window.height();
+  window.move(middle.x(), std::min(middle.y(), lowest));
 }
 
 }  // namespace

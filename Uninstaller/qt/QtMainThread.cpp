@@ -16,7 +16,7 @@ namespace {
 
 /// Work that its caller waits for. Shared by the two threads, because either may be the last to
 /// look at it.
-struct Errand {
+struct WorkItem {
   std::function<void()> work;
   std::mutex mutex;
   std::condition_variable finished;
@@ -48,7 +48,7 @@ void QtMainThread::performAndWait(std::function<void()> work) {
     work();
     return;
   }
-  auto errand = std::make_shared<Errand>();
+  auto errand = std::make_shared<WorkItem>();
   errand->work = std::move(work);
   perform([this, errand] {
     errand->work();

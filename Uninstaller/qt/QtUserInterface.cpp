@@ -3,12 +3,16 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QToolButton>
+#include <algorithm>
 
 #include "Uninstaller/qt/CatalogueTranslator.h"
 #include "Uninstaller/qt/Disclosure.h"
+#include "Uninstaller/qt/FittingArea.h"
 
 namespace qm::qt {
 
@@ -17,22 +21,32 @@ namespace {
 constexpr int kAlertWidth = 360;
 constexpr int kDetailsWidth = 480;
 constexpr int kDetailsHeight = 150;
+// What else an alert with details takes of the screen.
+constexpr int kBesideDetails = 30;
+constexpr int kAboveAndBelowDetails = 130;
+constexpr int kLeastDetailsHeight = 40;
 
-/// Short texts would make an alert that is too narrow for its own title.
-void widen(QMessageBox& alert) {
+int widthOnScreen(const QWidget& alert, int wanted) {
+  return std::min(wanted, roomFor(alert).width() - kBesideDetails);
+}
+
+/// Short texts would make an alert that is too narrow for its own title. With details it is so wide from the start that
+/// it grows downwards only.
+void widen(QMessageBox& alert, int wanted) {
   auto* const grid = qobject_cast<QGridLayout*>(alert.layout());
   if (grid == nullptr) return;
-  grid->addItem(new QSpacerItem(kAlertWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  grid->addItem(new QSpacerItem(widthOnScreen(alert, wanted), 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
 QPlainTextEdit* makeDetailsText(QWidget& alert, const std::string& details) {
   auto* const text = new QPlainTextEdit(QString::fromStdString(details).trimmed(), &alert);
   text->setObjectName("detailsText");
   text->setAccessibleName(translated("Details"));
+  text->setAccessibleDescription(translated("What stayed where it was, and why."));
   text->setReadOnly(true);
   text->setTabChangesFocus(true);
-  text->setMinimumWidth(kDetailsWidth);
-  text->setFixedHeight(kDetailsHeight);
+  const int height = roomFor(alert).height() - kAboveAndBelowDetails;
+  text->setFixedHeight(std::clamp(height, kLeastDetailsHeight, kDetailsHeight));
   text->hide();
   return text;
 }
@@ -62,6 +76,18 @@ void addDetails(QMessageBox& alert, const std::string& details) {
   grid->addWidget(buttons, row + 2, 0, 1, columns);
 }
 
+/// Screen readers would read the markup that is left in a label.
+void nameLabel(const QMessageBox& alert, const char* label, const std::string& text) {
+  auto* const found = alert.findChild<QLabel*>(label);
+  if (found != nullptr) found->setAccessibleName(QString::fromStdString(text));
+}
+
+/// Without the icon that some themes have for it: where people read from the right, it would push the text out.
+void describe(QAbstractButton& okButton) {
+  okButton.setIcon(QIcon());
+  okButton.setAccessibleDescription("Closes this message and quits.");
+}
+
 }  // namespace
 
 void QtUserInterface::runAlertPanel(const std::string& title, const std::string& message, const std::string& details) {
@@ -73,10 +99,13 @@ void QtUserInterface::runAlertPanel(const std::string& title, const std::string&
   alert.setTextFormat(Qt::RichText);
   alert.setText("<b>" + heading.toHtmlEscaped() + "</b>");
   alert.setInformativeText(QString::fromStdString(message).toHtmlEscaped());
+  nameLabel(alert, "qt_msgbox_label", title);
+  nameLabel(alert, "qt_msgbox_informativelabel", message);
   alert.setStandardButtons(QMessageBox::Ok);
   alert.setDefaultButton(QMessageBox::Ok);
+  describe(*alert.button(QMessageBox::Ok));
   alert.setEscapeButton(QMessageBox::Ok);
-  widen(alert);
+  widen(alert, details.empty() ? kAlertWidth : kDetailsWidth);
   addDetails(alert, details);
   alert.exec();
 }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "Uninstaller/remove/RememberedRun.h"
+#include "Uninstaller/remove/RunRecord.h"
 
 namespace qm::removal {
 

@@ -73,7 +73,7 @@ std::string shown(std::string_view text) { return foundation::replacingControlCh
 
 /// A setter returns what is wrong with the value; "" if nothing is.
 std::string addUser(Options& options, const std::string& value) {
-  if (value.empty()) return translated("--user needs the name of a person.");
+  if (value.empty()) return translated("--user needs the name of a user.");
   options.users.push_back(value);
   return {};
 }
@@ -144,7 +144,8 @@ class Parser {
  private:
   std::string take(const std::string& argument) {
     if (!argument.starts_with("--")) {
-      return translated("What is \"{argument}\"? There are options only.", {{"argument", shown(argument)}});
+      return translated("Unexpected argument \"{argument}\": only options are allowed.",
+                        {{"argument", shown(argument)}});
     }
     const auto equals = argument.find('=');
     const std::string name = argument.substr(0, equals);
@@ -174,7 +175,7 @@ class Parser {
     if (choices > 1) return translated("--user, --all-users and --system-only exclude each other.");
     const bool chooses = choices > 0 || options.preferences || options.saysIfRunning;
     if (!options.restore || !chooses) return {};
-    return translated("--restore puts back what the last run moved: it takes no choice of that.");
+    return translated("--restore puts back everything that the last run moved, so nothing can be selected.");
   }
 
   const std::vector<std::string>& arguments_;

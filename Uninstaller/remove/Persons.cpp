@@ -76,8 +76,7 @@ std::string optionForRoot(const Options& options) {
 
 Choice forCaller(const Options& options, const Accounts& accounts) {
   const std::string option = optionForRoot(options);
-  if (!option.empty())
-    return problem(kRightsMissing, translated("{option} takes the rights of root.", {{"option", option}}));
+  if (!option.empty()) return problem(kRightsMissing, translated("{option} requires root.", {{"option", option}}));
   return {{{accounts.caller}, accounts.caller.name}, kNothingLeft, ""};
 }
 
@@ -99,8 +98,8 @@ Choice choosePersons(const Options& options, const Accounts& accounts) {
   if (!options.users.empty()) return personsNamed(options.users, accounts);
   const auto console = personAtConsole(accounts);
   if (console) return personsNamed({*console}, accounts);
-  return problem(
-      kUsage, translated("Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only."));
+  return problem(kUsage,
+                 translated("Nobody is logged in at the computer: choose with --user, --all-users or --system-only."));
 }
 
 }  // namespace qm::removal

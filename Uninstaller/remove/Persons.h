@@ -14,7 +14,7 @@ namespace qm::removal {
 /// The users that a run is for.
 struct Concerned {
   std::vector<posix::UserRecord> persons;  ///< each with a home folder of their own
-  std::string systemTrashOf;                ///< whose Trash the computer's items go to
+  std::string systemTrashOf;               ///< whose Trash the computer's items go to
 };
 
 /// The accounts of a computer.

@@ -24,7 +24,7 @@
 #include "Uninstaller/remove/Removal.h"
 #include "Uninstaller/remove/Restoring.h"
 #include "Uninstaller/remove/RunLock.h"
-#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/RunRecordFile.h"
 #include "Uninstaller/remove/RunningProduct.h"
 #include "Uninstaller/remove/ThisSystem.h"
 #include "Uninstaller/remove/TimedWork.h"
@@ -59,7 +59,7 @@ struct Composition {
   WorkingFor users;
   const platform::Platform& services;
   WithoutDialog withoutDialog;
-  RemovalWitness witness;
+  RemovalObserver witness;
 };
 
 Composition& composition() {
@@ -103,8 +103,8 @@ class Program {
       : options_(options),
         concerned_(std::move(concerned)),
         end_(Clock::now() + options.timeLimit),
-        memory_(::getuid(),
-                RunMemory::folderFor(::getuid(), stateFolder(all_.users.homeDirectory()), all_.users.homeDirectory())) {
+        memory_(::getuid(), RunRecordFile::folderFor(::getuid(), stateFolder(all_.users.homeDirectory()),
+                                                     all_.users.homeDirectory())) {
     report_.isRestore = options.restore;
     report_.isPlan = !options.isInEarnest();
     report_.wantsYes = report_.isPlan && !options.plan;
@@ -151,9 +151,9 @@ class Program {
 
   /// The same.
   bool restore() {
-    std::vector<RememberedRun> runs;
+    std::vector<RunRecord> runs;
     if (const int error = memory_.read(runs); error != 0) {
-      refuse(posix::withSystemWords("What the last run moved cannot be found out", error) + ".");
+      refuse(posix::withSystemMessage("The record of the last run couldn’t be read", error) + ".");
       return true;
     }
     work_ = std::make_unique<Restoring>(all_.users, memory_, std::move(runs), systemPersons());
@@ -166,7 +166,7 @@ class Program {
 
   bool look() {
     if (onWorker([this] { work_->look(); })) return true;
-    return giveUp(catalogued("The time was up before everything had been looked at."));
+    return giveUp(catalogued("The time limit ended before everything was checked."));
   }
 
   bool carryOut() {
@@ -196,8 +196,9 @@ class Program {
     const auto run = removal.toRemember();
     const int error = run ? memory_.begin(*run) : EIO;
     if (error != 0) {
-      refuse(posix::withSystemWords("Nothing has been done, because it cannot be remembered for --restore", error) +
-             ".");
+      refuse(
+          posix::withSystemMessage("Nothing has been done, because no record for --restore could be written", error) +
+          ".");
     }
     removal.rememberIn(memory_);
     return error == 0;
@@ -207,7 +208,7 @@ class Program {
     const auto running = endProduct(numbers(), options_.ifRunning);
     if (running.empty()) return true;
     report_.running = shown(running);
-    refuse(catalogued("Nothing has been done, because Tessaly runs."));
+    refuse(catalogued("Nothing has been done, because Tessaly is running."));
     return false;
   }
 
@@ -236,7 +237,7 @@ class Program {
   const Options& options_;
   const Concerned concerned_;
   const Clock::time_point end_;
-  RunMemory memory_;
+  RunRecordFile memory_;
   std::unique_ptr<Work> work_;
   RunLock lock_;
   Report report_;

@@ -27,14 +27,14 @@ using uninstaller::catalogued;
 constexpr std::chrono::seconds kFolderLimit(10);
 constexpr std::chrono::milliseconds kPollPause(100);
 
-constexpr const char* kDependsOnContents = catalogued("It goes if nothing else is in it.");
+constexpr const char* kDependsOnContents = catalogued("It is removed if nothing else is in it.");
 constexpr const char* kHoldsOthers = catalogued("Something is in it.");
 constexpr const char* kNotRemoved = catalogued("It couldn’t be removed.");
 
 std::string skipText(SkipReason reason) {
   switch (reason) {
     case SkipReason::PreferencesStay:
-      return catalogued("Preferences go with --preferences only.");
+      return catalogued("Preferences are moved only with --preferences.");
     case SkipReason::InReleaseFolder:
       return catalogued("It is in a folder named \"Release\".");
     case SkipReason::InStructureFolder:
@@ -85,8 +85,8 @@ bool isGoneInTime(const std::string& folder) {
 
 }  // namespace
 
-Removal::Removal(WorkingFor& users, RemovalWitness& witness, Concerned concerned, RemoveConfig removeConfig)
-    : users_(users), witness_(witness), concerned_(std::move(concerned)), removeConfig_(removeConfig) {}
+Removal::Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig)
+    : users_(users), observer_(witness), concerned_(std::move(concerned)), removeConfig_(removeConfig) {}
 
 void Removal::look() {
   for (const ProductItem& item : kProductItems) {
@@ -150,11 +150,11 @@ void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
   bootOut(launchControlTool(), part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
-  ItemResult result = RemovalRun(&witness_).trash(part.planned);
+  ItemResult result = RemovalRun(&observer_).trash(part.planned);
   findInTrash(result);
   ReportItem shown = item(index);
   shown.outcome = outcomeOf(result);
-  shown.needsRights = stayedForWantOfRights(result);
+  shown.needsRights = stayedWithoutRights(result);
   shown.reason = reasonOf(result);
   if (shown.outcome != Outcome::Trashed) shown.trashOf = std::nullopt;
   if (shown.outcome == Outcome::Trashed) {
@@ -174,10 +174,10 @@ void Removal::removeMakersFolder() {
     shown.outcome = Outcome::Kept;
     shown.reason = kHoldsOthers;
   } else {
-    witness_.begin();
+    observer_.begin();
     const bool begun = QMFileManager::removeFolderIfEmpty(*makersFolder_);
     const bool isGone = begun && isGoneInTime(*makersFolder_);
-    shown.needsRights = !isGone && witness_.testimony().rightsRefused;
+    shown.needsRights = !isGone && observer_.observations().rightsRefused;
     shown.outcome = isGone ? Outcome::Removed : Outcome::Stayed;
     if (isGone) remember(folderWentLine());
     if (!isGone) shown.reason = shown.needsRights ? std::string("Not authorized: ") + kNotRemoved : kNotRemoved;
@@ -185,8 +185,8 @@ void Removal::removeMakersFolder() {
   set(parts_.size(), shown);
 }
 
-std::optional<RememberedRun> Removal::toRemember() {
-  RememberedRun run;
+std::optional<RunRecord> Removal::toRemember() {
+  RunRecord run;
   run.began = foundation::isoDate(platform().clock->localTime(platform().clock->now()));
   for (std::size_t index = 0; index < parts_.size(); ++index) {
     if (!isToBeMoved(item(index))) continue;

@@ -7,7 +7,7 @@
 
 #include "Uninstaller/RemovalRun.h"
 #include "Uninstaller/remove/Persons.h"
-#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/RunRecordFile.h"
 #include "Uninstaller/remove/Work.h"
 #include "Uninstaller/remove/WorkingFor.h"
 
@@ -17,16 +17,16 @@ namespace qm::removal {
 class Removal final : public Work {
  public:
   /// The installed services are the witness's, with these users among them. Both outlive this object.
-  Removal(WorkingFor& users, RemovalWitness& witness, Concerned concerned, RemoveConfig removeConfig);
+  Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig);
 
   void look() override;
   /// Moves the existing items, and then removes the maker's folder.
   void run(const std::function<bool()>& timeIsUp, const Progress& progress) override;
 
   /// The record of what `run` is going to do. Call it after `look`. Null if the maker's folder cannot be examined.
-  std::optional<RememberedRun> toRemember();
+  std::optional<RunRecord> toRemember();
   /// From now on `run` records there what it does. The memory outlives this object.
-  void rememberIn(const RunMemory& memory) { memory_ = &memory; }
+  void rememberIn(const RunRecordFile& memory) { memory_ = &memory; }
 
  private:
   /// One item, with its user and the user whose Trash it goes to.
@@ -45,12 +45,12 @@ class Removal final : public Work {
   void remember(const std::string& line) const;
 
   WorkingFor& users_;
-  RemovalWitness& witness_;
+  RemovalObserver& observer_;
   const Concerned concerned_;
   const RemoveConfig removeConfig_;
   std::vector<Part> parts_;
   std::optional<std::string> makersFolder_;
-  const RunMemory* memory_ = nullptr;
+  const RunRecordFile* memory_ = nullptr;
 };
 
 }  // namespace qm::removal

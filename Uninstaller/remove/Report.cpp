@@ -20,10 +20,10 @@ constexpr std::size_t kColumns = 5;
 using Row = std::vector<std::string>;
 
 constexpr std::string_view kSentences[] = {
-    catalogued("The lock against a second run cannot be had: {system}."),
-    catalogued("What the last run moved cannot be found out: {system}."),
-    catalogued("Nothing has been done, because it cannot be remembered for --restore: {system}."),
-    catalogued("It couldn’t be made again: {system}."),
+    catalogued("The lock against a second run couldn’t be taken: {system}."),
+    catalogued("The record of the last run couldn’t be read: {system}."),
+    catalogued("Nothing has been done, because no record for --restore could be written: {system}."),
+    catalogued("It couldn’t be created again: {system}."),
 };
 
 std::string shown(const std::string& text) { return foundation::replacingControlCharacters(text, '?'); }
@@ -121,7 +121,7 @@ std::string itemLines(const std::vector<ReportItem>& items) {
 std::string runningLines(const std::vector<RunningProcess>& running) {
   std::string lines;
   for (const RunningProcess& process : running) {
-    lines += translated("Tessaly runs for {user} (process {id}).",
+    lines += translated("Tessaly is running for {user} (process {id}).",
                         {{"user", shown(process.user)}, {"id", std::to_string(process.id)}}) +
              "\n";
   }
@@ -147,7 +147,7 @@ std::string stayed(const Report& report, const Language& language) {
   const std::size_t count = countOf(report, Outcome::Stayed);
   if (count == 0) return "";
   return report.isRestore
-             ? counted(language, count, "{count} item did not come back.", "{count} items did not come back.")
+             ? counted(language, count, "{count} item was not put back.", "{count} items were not put back.")
              : counted(language, count, "{count} item stayed.", "{count} items stayed.");
 }
 
@@ -160,21 +160,21 @@ std::string lost(const Report& report, const Language& language) {
 std::string staying(const Report& report, const Language& language) {
   const std::string what = both(stayed(report, language), lost(report, language), language);
   if (statusOf(report) != kRightsMissing) return what;
-  return both(what, language.translated("Rights are missing; root has them."), language);
+  return both(what, language.translated("More rights are needed; run it as root."), language);
 }
 
 std::string going(const Report& report, std::size_t count, const Language& language) {
-  return report.isRestore ? counted(language, count, "{count} item would come back. Nothing has been changed.",
-                                    "{count} items would come back. Nothing has been changed.")
-                          : counted(language, count, "{count} item would go. Nothing has been changed.",
-                                    "{count} items would go. Nothing has been changed.");
+  return report.isRestore ? counted(language, count, "{count} item would be put back. Nothing has been changed.",
+                                    "{count} items would be put back. Nothing has been changed.")
+                          : counted(language, count, "{count} item would be removed. Nothing has been changed.",
+                                    "{count} items would be removed. Nothing has been changed.");
 }
 
 std::string planSummary(const Report& report, const Language& language) {
   const std::size_t count = countOf(report, Outcome::Goes) + countOf(report, Outcome::ComesBack);
   if (count == 0 && report.isRestore && statusOf(report) != kNothingLeft) return staying(report, language);
   if (count == 0) return nothingLeft(report, language);
-  const std::string how = report.wantsYes ? language.translated("With --yes it is done.") : "";
+  const std::string how = report.wantsYes ? language.translated("Use --yes to do it.") : "";
   return both(going(report, count, language), how, language);
 }
 

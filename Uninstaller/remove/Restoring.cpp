@@ -27,16 +27,16 @@ using uninstaller::catalogued;
 constexpr const char* kRoot = "root";
 constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
 constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
-constexpr const char* kNoItem = catalogued("Tessaly has no item there.");
-constexpr const char* kClosedToPerson = catalogued("Its folder is closed to the person in whose Trash it was.");
-constexpr const char* kNoFolder = catalogued("The folder that it was in couldn’t be made again.");
-constexpr const char* kOtherAccount = catalogued("Its Trash was that of an account that is another one now.");
-constexpr const char* kOthersTrash = catalogued("It was in the Trash of a person, who can have changed it.");
+constexpr const char* kNoItem = catalogued("No item of Tessaly belongs there.");
+constexpr const char* kClosedToPerson = catalogued("The user in whose Trash it was may not write to its folder.");
+constexpr const char* kNoFolder = catalogued("Its folder couldn’t be created again.");
+constexpr const char* kOtherAccount = catalogued("The account whose Trash it was in is a different one now.");
+constexpr const char* kOthersTrash = catalogued("It was in a user’s Trash, and that user may have changed it.");
 
 /// Even a dangling link counts as something.
 bool isTaken(const std::string& path) { return platform().fileSystem->attributesOfItem(path).has_value(); }
 
-bool isForWantOfRights(int code) {
+bool isMissingRights(int code) {
   const auto error = static_cast<std::errc>(code);
   return error == std::errc::permission_denied || error == std::errc::operation_not_permitted;
 }
@@ -56,7 +56,7 @@ bool mayPutAt(const posix::UserRecord& person, std::string path) {
 
 Restoring::Persons systemPersons() { return {posix::userWithName, mayPutAt}; }
 
-Restoring::Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons)
+Restoring::Restoring(WorkingFor& users, RunRecordFile& memory, std::vector<RunRecord> runs, Persons persons)
     : users_(users), memory_(memory), runs_(std::move(runs)), persons_(std::move(persons)) {}
 
 void Restoring::look() {
@@ -68,7 +68,7 @@ void Restoring::look() {
 }
 
 /// A run that was interrupted right after its first move has not recorded it.
-bool Restoring::isOfUse(const RememberedRun& run) {
+bool Restoring::isOfUse(const RunRecord& run) {
   run_ = run;
   return run.hasChanged() || std::ranges::any_of(run.items, [this](const RememberedItem& item) {
            std::string unused;
@@ -174,8 +174,8 @@ void Restoring::makeFolder(std::size_t position) {
   ReportItem shown = item(position);
   const int error = makeAgain(*run_.folder);
   shown.outcome = error == 0 ? Outcome::Restored : Outcome::Stayed;
-  if (error != 0) shown.reason = posix::withSystemWords("It couldn’t be made again", error) + ".";
-  shown.needsRights = users_.realUserId() != 0 && isForWantOfRights(error);
+  if (error != 0) shown.reason = posix::withSystemMessage("It couldn’t be created again", error) + ".";
+  shown.needsRights = users_.realUserId() != 0 && isMissingRights(error);
   set(position, shown);
 }
 
@@ -193,7 +193,7 @@ void Restoring::putBack(std::size_t position) {
       platform().trash->putBack(*part.stored, QMLocalPaths::trashDirectory(), platform::MissingFolders::AreMade);
   shown.outcome = status ? Outcome::Restored : Outcome::Stayed;
   shown.reason = status.localizedDescription();
-  shown.needsRights = users_.realUserId() != 0 && isForWantOfRights(status.code());
+  shown.needsRights = users_.realUserId() != 0 && isMissingRights(status.code());
   if (status) {
     shown.trashOf = std::nullopt;
     shown.trashedTo = std::nullopt;

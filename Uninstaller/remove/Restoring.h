@@ -7,7 +7,7 @@
 
 #include "Platform/Trash.h"
 #include "Platform/posix/rights/UserDatabase.h"
-#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/RunRecordFile.h"
 #include "Uninstaller/remove/Work.h"
 #include "Uninstaller/remove/WorkingFor.h"
 
@@ -27,7 +27,7 @@ class Restoring final : public Work {
   };
 
   /// Users and memory outlive this object.
-  Restoring(WorkingFor& users, RunMemory& memory, std::vector<RememberedRun> runs, Persons persons);
+  Restoring(WorkingFor& users, RunRecordFile& memory, std::vector<RunRecord> runs, Persons persons);
 
   void look() override;
   /// Creates the maker's folder again, puts back what it can, and deletes the record when everything is back.
@@ -41,7 +41,7 @@ class Restoring final : public Work {
     std::optional<platform::TrashedItem> stored;
   };
 
-  bool isOfUse(const RememberedRun& run);
+  bool isOfUse(const RunRecord& run);
   void lookAt(std::size_t index, const RememberedItem& item);
   void lookAtFolder();
   ReportItem shownFor(const Part& part) const;
@@ -56,10 +56,10 @@ class Restoring final : public Work {
   void end();
 
   WorkingFor& users_;
-  RunMemory& memory_;
-  const std::vector<RememberedRun> runs_;
+  RunRecordFile& memory_;
+  const std::vector<RunRecord> runs_;
   const Persons persons_;
-  RememberedRun run_;
+  RunRecord run_;
   bool hasFolder_ = false;  ///< the first item is the maker's folder
   std::vector<Part> parts_;
 };

@@ -43,7 +43,7 @@ UniqueFd openLocked(int folder) {
 
 std::string problemOf(int error) {
   if (error == EWOULDBLOCK) return uninstaller::catalogued("Another run of tessaly-remove is under way.");
-  return std::string("The lock against a second run cannot be had: ") + std::strerror(error) + ".";
+  return std::string("The lock against a second run couldn’t be taken: ") + std::strerror(error) + ".";
 }
 
 }  // namespace

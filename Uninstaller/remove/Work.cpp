@@ -10,9 +10,9 @@ namespace {
 
 using uninstaller::catalogued;
 
-constexpr const char* kNotBegun = catalogued("The time was up before it began.");
-constexpr const char* kNotGone = catalogued("The time was up before it had gone.");
-constexpr const char* kNotBack = catalogued("The time was up before it had come back.");
+constexpr const char* kNotBegun = catalogued("The time limit ended before its turn.");
+constexpr const char* kNotGone = catalogued("The time limit ended before it was moved.");
+constexpr const char* kNotBack = catalogued("The time limit ended before it was put back.");
 
 void stay(ReportItem& item, const std::string& reason) {
   // An item that was to be put back is still in the Trash.

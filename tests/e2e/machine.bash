@@ -4,6 +4,7 @@
 support=$(dirname "${BASH_SOURCE[0]}")/../support
 verify=$(dirname "${BASH_SOURCE[0]}")/verify.py
 uninstaller=/usr/local/bin/tessaly-uninstaller
+catalogues=/usr/local/share/locale
 work=/dev/shm # holds what the scenario itself writes: no snapshot looks there
 
 fail() {
@@ -13,6 +14,20 @@ fail() {
   [ -z "${DISPLAY-}" ] || xwininfo -root -tree 2>/dev/null | grep '"' >&2 || :
   [ -z "${DISPLAY-}" ] || [ -z "${pictures-}" ] || import -window root "$pictures/failed-$scenario.png" || :
   exit 1
+}
+
+# ---- the program's texts
+
+# text ENGLISH: in the language that LANGUAGE names, if it does.
+text() {
+  if [ -z "${LANGUAGE-}" ]; then echo "$1"; else TEXTDOMAINDIR=$catalogues gettext -se -d tessaly-uninstaller "$1"; fi
+}
+# letter ENGLISH: the key with which Alt chooses the control.
+letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
+
+# Nothing is tried without the program of that name, and the answer says so.
+need() {
+  command -v "$1" >/dev/null || { echo "$1 is not installed, so this is not tried: scripts/setup all installs it" && exit 77; }
 }
 
 # ---- waiting for what must come
@@ -57,7 +72,7 @@ install() {
 as_owner() { (become_owner "$@"); }
 become_owner() {
   exec setpriv --reuid "$owner" --regid "$owner" --init-groups \
-    env -i PATH="$PATH" LANG=C.UTF-8 HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
+    env -i PATH="$PATH" LANG=C.UTF-8 LANGUAGE="${LANGUAGE-}" HOME="$home" USER="$owner" LOGNAME="$owner" DISPLAY="${DISPLAY-}" \
     XDG_RUNTIME_DIR="$runtime" "$@"
 }
 
@@ -92,8 +107,9 @@ let_killall_go() { echo go >/run/killall-may-go; }
 
 window_manager_runs() { xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'; }
 
+# start_display [SIZE]
 start_display() {
-  Xvfb -displayfd 3 -screen 0 1280x800x24 -noreset -nolisten tcp -ac 3>$work/display 2>$work/display.log &
+  Xvfb -displayfd 3 -screen 0 "${1-1280x800}x24" -noreset -nolisten tcp -ac 3>$work/display 2>$work/display.log &
   wait_until 10 test -s $work/display
   DISPLAY=:$(cat $work/display)
   export DISPLAY
@@ -105,13 +121,14 @@ start_display() {
 
 # become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. Its output is in the file `said`.
 said=$work/program.log
+toolkit_options=()
 become_program() {
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
     "TSAN_OPTIONS=exitcode=66:suppressions=$support/tsan.supp" "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
   if [ -n "${as_root-}" ]; then
-    exec env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
+    exec env XDG_RUNTIME_DIR=/run/user/0 "${sanitizers[@]}" "$@" $uninstaller "${toolkit_options[@]}" >"$said" 2>&1
   else
-    become_owner "${sanitizers[@]}" "$@" $uninstaller >"$said" 2>&1
+    become_owner "${sanitizers[@]}" "$@" $uninstaller "${toolkit_options[@]}" >"$said" 2>&1
   fi
 }
 
@@ -126,6 +143,7 @@ begin_program() {
   become_program "$@" &
   program=$!
   wait_for_window 'Uninstall Tessaly'
+  note_window
 }
 
 # start_again STATUS [NAME=VALUE...]: starts it while it is running. The second start ends with the status.
@@ -136,9 +154,9 @@ start_again() {
   [ $code = "$status" ] || fail "the second start's exit code is $code: $(cat $work/again.log)"
 }
 
-find_window() { window=$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null) && [ -n "$window" ]; }
+find_window() { window=$(xdotool search --onlyvisible --name "^$(text "$1")\$" 2>/dev/null) && [ -n "$window" ]; }
 no_window() { ! find_window "$1"; }
-count_windows() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
+count_windows() { xdotool search --onlyvisible --name "^$(text "$1")\$" 2>/dev/null | wc -l; }
 # The windows from the highest down, without those that the toolkit always has above the others.
 stacked_windows() {
   local each
@@ -157,6 +175,8 @@ cover_windows() {
   window=$covered
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
+
+has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
 
 # Sets `window` to the window with the title, which then gets the keyboard input.
 wait_for_window() {

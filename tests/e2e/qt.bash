@@ -1,18 +1,34 @@
 # How people use the windows of Qt. Sourced by a scenario.
 
-install_program() { cp "$program_file" $uninstaller; }
+install_program() {
+  cp "$program_file" $uninstaller
+  local built
+  built=$(dirname "$program_file")/../share/locale
+  if [ -d "$built" ]; then mkdir -p $catalogues && cp -r "$built/." $catalogues; fi
+}
 
 press() { xdotool key "$@"; }
 # The button that has the focus is pressed by this.
 press_key=Return
+# The order of Tab is that of the screen. The box that stays ticked is in it.
+from_box_to_cancel=(Tab Tab Tab)
+back_to_plan=(shift+Tab shift+Tab)
 # Each control has a letter.
-tick_preferences() { press alt+p; }
-press_uninstall() { press alt+u; }
-toggle_plan() { press alt+w; }
-toggle_details() { press alt+d; }
+tick_preferences() { press "alt+$(letter 'Also move my Tessaly &preferences to the Trash')"; }
+press_uninstall() { press "alt+$(letter '&Uninstall')"; }
+toggle_plan() { press "alt+$(letter '&What will be moved')"; }
+toggle_details() { press "alt+$(letter '&Details')"; }
 
 # As the window manager does when somebody wants it.
 ask_to_close() { press alt+F4; }
+
+# What the window manager is told: a set of functions (the first bit), with closing among them.
+can_be_closed() {
+  local flags functions
+  IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
+  [ $((flags & 1)) = 0 ] || [ $((functions & 33)) != 0 ]
+}
+expect_no_close_button() { ! can_be_closed || fail 'the window manager is told that the window can be closed'; }
 
 click() {
   point "$@"
@@ -22,10 +38,12 @@ point_at_uninstall() { point 74 31; }
 click_uninstall() { click 74 31; }
 click_cancel() { click 184 31; }
 
+# What is above the box is higher in some languages, and what is below it is not.
+note_window() { box_top=$(($(window_height) - 111)); }
 # The box has its mark: a few pixels as dark as text.
 preferences_are_ticked() {
   local dark
-  dark=$(import -window "$window" -crop 16x18+24+139 +repage png:- |
+  dark=$(import -window "$window" -crop "16x18+24+$box_top" +repage png:- |
     convert png:- -colorspace gray -threshold 25% -negate -format '%[fx:round(mean*w*h)]' info:)
   [ "$dark" -ge 12 ]
 }

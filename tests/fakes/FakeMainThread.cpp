@@ -123,7 +123,7 @@ bool FakeMainThread::isIdle() const {
 
 void FakeMainThread::applicationEnded() { state_->set(&State::ended); }
 
-void FakeMainThread::letWaitersGo() { state_->set(&State::waitersGo); }
+void FakeMainThread::releaseWaiters() { state_->set(&State::waitersGo); }
 
 void FakeMainThread::close() {
   state_->set(&State::closed);

@@ -38,9 +38,9 @@ class FakeMainThread : public platform::MainThread {
   bool isIdle() const;
 
   /// From now on a caller of `performAndWait` whose work ends the application keeps waiting, as the contract says.
-  /// `letWaitersGo` and the destructor release it.
+  /// `releaseWaiters` and the destructor release it.
   void applicationEnded();
-  void letWaitersGo();
+  void releaseWaiters();
   /// Releases everybody who waits here now or later, without running their work.
   void close();
 

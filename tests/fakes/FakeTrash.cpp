@@ -95,7 +95,7 @@ platform::Recycled FakeTrash::recycleItems(const std::string& sourceFolder,
                                            const std::optional<std::string>& trashDirectory,
                                            const std::vector<std::string>& names) {
   if (calls_.command("trash.recycle", sourceFolder, trashDirectory, names)) return {calls_.failure(), {}};
-  if (!trashDirectory || !users_.isAnybodyMeant()) return {calls_.failure(), {}};
+  if (!trashDirectory || !users_.hasTargetUser()) return {calls_.failure(), {}};
   const std::optional<std::string> folder = realFolder(sourceFolder);
   if (!folder) return {statusOf(ENOENT), {}};
   std::vector<std::string> paths;
@@ -137,7 +137,7 @@ int FakeTrash::recycleOne(const std::string& folder, const std::string& itemName
   const bool isHomeVolume = top == disk_.mountPointOf(home);
   const std::string trash = isHomeVolume
                                 ? appendingPathComponent(home, ".local/share/Trash")
-                                : appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+                                : appendingPathComponent(top, ".Trash-" + std::to_string(users_.targetUserId()));
   if (isAtOrBelow(folder, trash) || isAtOrBelow(trash, path) || path == trashDirectory) return EINVAL;
   if (!disk_.attributes(path)) return ENOENT;
   if (top == path) return EBUSY;
@@ -178,7 +178,7 @@ std::string FakeTrash::information(const std::string& path, const std::string& t
 platform::TrashedItems FakeTrash::itemsFrom(const std::string& origin,
                                             const std::optional<std::string>& trashDirectory) {
   if (calls_.question("trash.itemsFrom", origin, trashDirectory)) return {{}, calls_.failure()};
-  if (!trashDirectory || !users_.isAnybodyMeant()) return {{}, calls_.failure()};
+  if (!trashDirectory || !users_.hasTargetUser()) return {{}, calls_.failure()};
   if (!origin.starts_with('/') || !isSingleComponent(foundation::lastPathComponent(origin))) {
     return {{}, statusOf(EINVAL)};
   }
@@ -189,7 +189,7 @@ Status FakeTrash::putBack(const platform::TrashedItem& item, const std::optional
                           platform::MissingFolders missing) {
   const bool makes = missing == platform::MissingFolders::AreMade;
   if (calls_.command("trash.putBack", item.path, trashDirectory, makes)) return calls_.failure();
-  if (!trashDirectory || !users_.isAnybodyMeant()) return calls_.failure();
+  if (!trashDirectory || !users_.hasTargetUser()) return calls_.failure();
   const int error = returnItem(item, *trashDirectory, missing);
   return error == 0 ? Status::success() : statusOf(error);
 }
@@ -228,7 +228,7 @@ std::vector<platform::TrashedItem> FakeTrash::findItems(const std::string& origi
   const std::string top = disk_.mountPointOf(origin);
   auto items = itemsIn(appendingPathComponent(home, ".local/share/Trash"), "", origin);
   if (top != disk_.mountPointOf(home)) {
-    const std::string trash = appendingPathComponent(top, ".Trash-" + std::to_string(users_.meantUserId()));
+    const std::string trash = appendingPathComponent(top, ".Trash-" + std::to_string(users_.targetUserId()));
     for (const platform::TrashedItem& item : itemsIn(trash, top, origin)) items.push_back(item);
   }
   const auto isNewer = [](const platform::TrashedItem& one, const platform::TrashedItem& other) {

@@ -19,12 +19,12 @@ void FakeUsers::actAsRoot(const std::optional<std::string>& name) {
   setConsoleUser(name);
 }
 
-unsigned FakeUsers::meantUserId() const {
+unsigned FakeUsers::targetUserId() const {
   const std::scoped_lock lock(mutex_);
   return realUserId_ == 0 ? consoleUserId_ : realUserId_;
 }
 
-bool FakeUsers::isAnybodyMeant() const {
+bool FakeUsers::hasTargetUser() const {
   const std::scoped_lock lock(mutex_);
   return realUserId_ != 0 || (consoleUser_ && consoleUser_ != "loginwindow");
 }

@@ -28,9 +28,9 @@ class FakeUsers : public platform::Users {
   void actAsRoot(const std::optional<std::string>& name);
 
   /// The id of the user for whom things are done: the process's, as root the console user's.
-  unsigned meantUserId() const;
+  unsigned targetUserId() const;
   /// Whether there is such a user: as root, somebody is at the console and past the login screen.
-  bool isAnybodyMeant() const;
+  bool hasTargetUser() const;
   /// Where the user domain of the standard folders lies: the process's home, as root /var/root.
   std::string userDomainRoot() const;
 

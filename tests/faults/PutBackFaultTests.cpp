@@ -64,7 +64,7 @@ class ItemToPutBack {
   bool putBack() {
     linux_::FreedesktopTrash trash(users_, clock_, kProduct.workFolderPrefix);
     const platform::TrashedItem item{stored(), place(), "2024-02-29T23:05:07"};
-    return trash.putBack(item, home() + "/.Trash", platform::MissingFolders::AreAReason).ok();
+    return trash.putBack(item, home() + "/.Trash", platform::MissingFolders::Fail).ok();
   }
 
   Violations judge(Said said) const {

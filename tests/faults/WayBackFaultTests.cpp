@@ -65,14 +65,14 @@ class Services {
     all_.clock = &clock_;
     mainThread_.disown();
     all_.mainThread = &mainThread_;
-    witness = std::make_unique<RemovalWitness>(all_);
+    witness = std::make_unique<RemovalObserver>(all_);
     platform::install(&witness->services());
   }
 
   linux_::SystemUsers system;
   removal::WorkingFor users{system};
-  std::unique_ptr<RemovalWitness> witness;
-  removal::RunMemory memory{0, kMemory};
+  std::unique_ptr<RemovalObserver> witness;
+  removal::RunRecordFile memory{0, kMemory};
 
  private:
   posix::MainLoop loop_;
@@ -98,7 +98,7 @@ bool removeAll() {
 
 bool putAllBack() {
   auto& all = *new Services;
-  std::vector<removal::RememberedRun> runs;
+  std::vector<removal::RunRecord> runs;
   if (all.memory.read(runs) != 0) return false;
   removal::Restoring restoring(all.users, all.memory, runs, removal::systemPersons());
   restoring.look();

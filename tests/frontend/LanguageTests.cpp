@@ -106,7 +106,10 @@ class WindowsIn : public QtFixture, public ::testing::WithParamInterface<const c
 
 INSTANTIATE_TEST_SUITE_P(Every, WindowsIn,
                          ::testing::Values("C.UTF-8", "de_DE.UTF-8", "fr_FR.UTF-8", "es_ES.UTF-8", "ja_JP.UTF-8"),
-                         [](const auto& language) { return std::string(language.param).substr(0, 2); });
+                         [](const auto& language) {
+                           const std::string locale = language.param;
+                           return locale == "C.UTF-8" ? "en" : locale.substr(0, 2);
+                         });
 
 TEST_P(WindowsIn, HaveRoomForEveryTextOfTheMainWindow) {
   auto& main = window("windowMain");
@@ -177,7 +180,9 @@ TEST_P(WindowsIn, AreSeenToHaveNoRoomWhereTheyAreTooSmall) {
     makeSmall(widget, {24, 60});
     EXPECT_THAT(withoutRoom(main), Contains(name));
     makeSmall(widget, {500, 7});
-    if (std::string(name) != "planList") EXPECT_THAT(withoutRoom(main), Contains(name));
+    if (qobject_cast<QTreeWidget*>(&widget) == nullptr) {
+      EXPECT_THAT(withoutRoom(main), Contains(name));
+    }
     widget.hide();
   }
 }

@@ -1,11 +1,8 @@
-#include "Uninstaller/qt/MainInterface.h"
-
 #include <gmock/gmock.h>
 
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -15,81 +12,13 @@
 #include <vector>
 
 #include "tests/fakes/FakePlatform.h"
-#include "tests/frontend/QtFixture.h"
+#include "tests/frontend/MainInterfaceFixture.h"
 #include "tests/support/ScopedPlatform.h"
 
 namespace qm::testing {
 namespace {
 
 using ::testing::ElementsAre;
-
-struct RecordingOwner : uninstaller::InterfaceOwner {
-  RecordingOwner(std::vector<std::string>& sent, uninstaller::Outlets& outlets) : sent_(sent), outlets_(outlets) {}
-  void connect(const uninstaller::Outlets& outlets) override {
-    sent_.emplace_back("connect");
-    outlets_ = outlets;
-  }
-  void awakeFromNib() override { sent_.emplace_back("awakeFromNib"); }
-  void uninstall(const platform::ActionSender* /*sender*/) override {
-    sent_.emplace_back("uninstall");
-    outlets_.windowProgress->makeKeyAndOrderFront();
-    outlets_.windowMain->orderOut();
-  }
-  void cancel(const platform::ActionSender* /*sender*/) override { sent_.emplace_back("cancel"); }
-
- private:
-  std::vector<std::string>& sent_;
-  uninstaller::Outlets& outlets_;
-};
-
-class MainInterface : public QtFixture {
- public:
-  ~MainInterface() override { interface_.destroyWindows(); }
-
- protected:
-  MainInterface() : interface_(std::make_unique<RecordingOwner>(sent, outlets)) {
-    interface_.windowMain().makeKeyAndOrderFront();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window("windowMain")));
-    sent.clear();
-  }
-
-  static QWidget& window(const char* name) {
-    for (auto* const widget : QApplication::topLevelWidgets()) {
-      if (widget->objectName() == name) return *widget;
-    }
-    throw std::runtime_error(std::string("no window ") + name);
-  }
-  template <class Widget>
-  static Widget& control(const char* windowName, const char* name) {
-    auto* const found = window(windowName).findChild<Widget*>(name);
-    if (found == nullptr) throw std::runtime_error(std::string("no control ") + name);
-    return *found;
-  }
-  static void press(int key) { QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key)); }
-  static void post(QObject& receiver, QEvent* event) { QCoreApplication::postEvent(&receiver, event); }
-  static void postKey(QObject& receiver, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    post(receiver, new QKeyEvent(QEvent::KeyPress, key, modifiers));
-    post(receiver, new QKeyEvent(QEvent::KeyRelease, key, modifiers));
-  }
-  static void postMouse(QWidget& receiver, QEvent::Type type) {
-    const auto place = receiver.rect().center();
-    post(receiver,
-         new QMouseEvent(type, place, receiver.mapToGlobal(place), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier));
-  }
-  static void postClick(QWidget& receiver, QEvent::Type press = QEvent::MouseButtonPress) {
-    postMouse(receiver, press);
-    postMouse(receiver, QEvent::MouseButtonRelease);
-  }
-  static void handleWhatIsQueued() { QCoreApplication::processEvents(); }
-  static QPushButton& uninstallButton() { return control<QPushButton>("windowMain", "uninstallButton"); }
-  static std::string focused() { return QApplication::focusWidget()->objectName().toStdString(); }
-
-  std::vector<std::string> sent;
-  uninstaller::Outlets outlets;
-
- private:
-  qt::MainInterface interface_;
-};
 
 TEST_F(MainInterface, ConnectsEveryOutletBeforeItWakesItsOwner) {
   std::vector<std::string> order;
@@ -116,10 +45,14 @@ TEST_F(MainInterface, StartsWithThePreferencesKept) {
   EXPECT_EQ(outlets.removeConfigCheck->state(), uninstaller::kOnState);
 }
 
-TEST_F(MainInterface, PromisesNothingByTheOtherBox) {
-  const auto& box = control<QCheckBox>("windowMain", "removeSharedCheck");
-  EXPECT_FALSE(box.isEnabled());
+TEST_F(MainInterface, KeepsTheOtherBoxTicked) {
+  auto& box = control<QCheckBox>("windowMain", "removeSharedCheck");
+  QTest::mouseClick(&box, Qt::LeftButton);
   EXPECT_TRUE(box.isChecked());
+  box.setFocus();
+  press(Qt::Key_Space);
+  EXPECT_TRUE(box.isChecked());
+  EXPECT_EQ(outlets.removeSharedCheck->state(), uninstaller::kOnState);
   EXPECT_EQ(control<QLabel>("windowMain", "removeSharedLabel").text(),
             "The Quillmark folder in Applications is removed if nothing is left in it");
 }
@@ -165,7 +98,8 @@ TEST_F(MainInterface, PressesTheCancelButtonOnReturnWhenItHasTheFocus) {
 
 class MainInterfaceControl : public MainInterface, public ::testing::WithParamInterface<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Every, MainInterfaceControl,
-                         ::testing::Values("removeConfigCheck", "cancelButton", "planButton", "uninstallButton"));
+                         ::testing::Values("removeConfigCheck", "removeSharedCheck", "planButton", "cancelButton",
+                                           "uninstallButton"));
 
 TEST_P(MainInterfaceControl, CancelsOnEscape) {
   control<QWidget>("windowMain", GetParam()).setFocus();
@@ -271,46 +205,6 @@ TEST_F(MainInterface, DoesNothingWhenTheProgressWindowIsClosed) {
   EXPECT_THAT(sent, ElementsAre());
 }
 
-TEST_F(MainInterface, IsWalkedThroughByTab) {
-  std::vector<std::string> order;
-  for (int step = 0; step < 4; ++step) {
-    press(Qt::Key_Tab);
-    order.push_back(focused());
-  }
-  EXPECT_THAT(order, ElementsAre("removeConfigCheck", "cancelButton", "planButton", "uninstallButton"));
-}
-
-/// The interface on a machine where the product is installed.
-class MainInterfaceWithItems : public MainInterface {
- protected:
-  MainInterfaceWithItems() {
-    fakes_.disk.addFile("/Applications/Tessaly.app/Contents/data", "12345");
-    fakes_.disk.addFile("/home/u/Library/Preferences/com.quillmark.Tessaly.plist", "123");
-  }
-  ~MainInterfaceWithItems() override { fakes_.end(); }
-
-  static QToolButton& planButton() { return control<QToolButton>("windowMain", "planButton"); }
-  static std::vector<std::string> lines() {
-    const auto& list = control<QTreeWidget>("windowMain", "planList");
-    std::vector<std::string> lines;
-    for (int index = 0; index < list.topLevelItemCount(); ++index) {
-      const auto& line = *list.topLevelItem(index);
-      lines.push_back((line.text(0) + " " + line.text(1)).toStdString());
-    }
-    return lines;
-  }
-  static std::string summary() { return control<QLabel>("windowMain", "planSummary").text().toStdString(); }
-  void showWhatIsFound() {
-    EXPECT_TRUE(fakes_.threads.waitUntilAllEnded());
-    fakes_.mainThread.pump();
-  }
-  std::vector<std::string> calls() const { return fakes_.calls.everything(); }
-
- private:
-  FakePlatform fakes_;
-  ScopedPlatform installed_{fakes_.platform};
-};
-
 const std::string kApplication = "/Applications/Tessaly.app 5 B";
 const std::string kPreferences = "/home/u/Library/Preferences/com.quillmark.Tessaly.plist 3 B";
 
@@ -379,20 +273,6 @@ TEST_F(MainInterfaceWithItems, ShowsNothingMoreOnceItUninstalls) {
   uninstallButton().click();
   showWhatIsFound();
   EXPECT_THAT(lines(), ElementsAre());
-}
-
-TEST_F(MainInterface, NamesEveryWindowAndControlForScreenReaders) {
-  for (const auto* const name : {"windowMain", "windowProgress"}) {
-    EXPECT_FALSE(window(name).accessibleName().isEmpty()) << name;
-    EXPECT_FALSE(window(name).windowTitle().isEmpty()) << name;
-  }
-  for (const auto* const name :
-       {"removeConfigCheck", "removeSharedCheck", "planButton", "cancelButton", "uninstallButton"}) {
-    const auto& found = control<QWidget>("windowMain", name);
-    EXPECT_FALSE(found.accessibleName().isEmpty()) << name;
-    EXPECT_FALSE(found.accessibleDescription().isEmpty()) << name;
-  }
-  EXPECT_FALSE(control<QProgressBar>("windowProgress", "progressBar").accessibleName().isEmpty());
 }
 
 TEST_F(MainInterface, GivesEveryControlThatCanBeUsedAKeyOfItsOwn) {

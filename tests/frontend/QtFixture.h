@@ -5,21 +5,25 @@
 #include <QApplication>
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 #include "Uninstaller/qt/FreshKeys.h"
 #include "Uninstaller/qt/QtMainThread.h"
+#include "Uninstaller/qt/ReadableStyle.h"
 
 namespace qm::testing {
 
-/// An application object without a display, whose windows get fresh keys only, and a main thread that has begun.
+/// An application object without a display, in the program's style, whose windows get fresh keys only, and a main
+/// thread that has begun.
 class QtFixture : public ::testing::Test {
  public:
   ~QtFixture() override { mainThread->end(); }
 
  protected:
-  QtFixture() {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  explicit QtFixture(const std::string& display = "offscreen") {
+    ::setenv("QT_QPA_PLATFORM", display.c_str(), 1);
     application_ = std::make_unique<QApplication>(argc_, argv_);
+    QApplication::setStyle(new qt::ReadableStyle);
     freshKeys_ = std::make_unique<qt::FreshKeys>(*application_);
     QApplication::setQuitOnLastWindowClosed(false);
     mainThread = std::make_unique<qt::QtMainThread>();

@@ -1,6 +1,7 @@
 #include "Uninstaller/qt/QtUserInterface.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMessageBox>
@@ -124,6 +125,35 @@ TEST_F(QtUserInterface, ReachesDetailsWithTheKeyboard) {
     EXPECT_TRUE(text.hasFocus());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_FALSE(alert.isVisible()) << "Return presses OK from anywhere";
+  };
+  runAlert("t", "m", look, "/a\nIt is busy.\n");
+}
+
+TEST_F(QtUserInterface, TellsScreenReadersThatItIsAnAlertAndWhatItSays) {
+  const auto look = [](QMessageBox& alert) {
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&alert)->role(), QAccessible::AlertMessage);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&alert)->text(QAccessible::Name), "Uninstall complete");
+    auto& message = *alert.findChild<QLabel*>("qt_msgbox_informativelabel");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&message)->text(QAccessible::Name), "Items & more.");
+    QList<QWidget*> controls{alert.buttons().front(), alert.findChild<QWidget*>("detailsButton"),
+                             alert.findChild<QWidget*>("detailsText")};
+    for (auto* const control : controls) {
+      const auto* const read = QAccessible::queryAccessibleInterface(control);
+      EXPECT_FALSE(read->text(QAccessible::Name).isEmpty()) << control->objectName().toStdString();
+      EXPECT_FALSE(read->text(QAccessible::Description).isEmpty()) << control->objectName().toStdString();
+    }
+    alert.accept();
+  };
+  runAlert("Uninstall complete", "Items & more.", look, "/a\nIt is busy.\n");
+}
+
+TEST_F(QtUserInterface, GrowsDownwardsOnlyForDetails) {
+  const auto look = [](QMessageBox& alert) {
+    const QSize closed = alert.size();
+    alert.findChild<QToolButton*>("detailsButton")->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return alert.height() > closed.height(); }));
+    EXPECT_EQ(alert.width(), closed.width());
+    alert.accept();
   };
   runAlert("t", "m", look, "/a\nIt is busy.\n");
 }

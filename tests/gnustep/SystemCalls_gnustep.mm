@@ -146,6 +146,8 @@ void fitAlert(NSView* accessory) {
 /// Nobody listens.
 void describe(NSView* /*control*/, NSString* /*label*/, NSString* /*help*/) {}
 
+Description descriptionOf(NSView* /*control*/) { return {nil, nil}; }
+
 void measureAsAllowed(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.ok()) measure(item);

@@ -15,6 +15,8 @@ SETTINGS
 press() { xdotool key "$@"; }
 # Return is the default button's, whichever has the focus.
 press_key=space
+from_box_to_cancel=(Tab)
+back_to_plan=(shift+Tab)
 tick_preferences() { click_at 30 152; }
 press_uninstall() { click_uninstall; }
 toggle_plan() { click_at 80 213; }
@@ -22,6 +24,9 @@ toggle_details() { click_at 40 137; }
 
 # By the menu's keys. The window manager would end a program whose window does not say how it is closed.
 ask_to_close() { press alt+w alt+q; }
+
+# Its windows do not tell the window manager which buttons they have.
+expect_no_close_button() { :; }
 
 press_mouse() { xdotool mousedown 1 sleep 0.1 mouseup 1; }
 click() {
@@ -37,6 +42,7 @@ point_at_uninstall() { point 66 29; }
 click_uninstall() { click 66 29; }
 click_cancel() { click 176 29; }
 
+note_window() { :; }
 # The box has its mark.
 preferences_are_ticked() {
   local dark

@@ -188,7 +188,7 @@ TEST_F(ItemHandedOver, HasNoDevicesWhereItIsCopied) {
     ASSERT_EQ(::mknod((volume + "/Tessaly.app/zero").c_str(), S_IFCHR | 0666, makedev(1, 5)), 0);
     const Outcome outcome = trashPath(volume + "/Tessaly.app");
     EXPECT_EQ(outcome.error, ENODEV);
-    EXPECT_EQ(outcome.reason, volume + "/Tessaly.app: a device is in it, of which no copy is made: zero");
+    EXPECT_EQ(outcome.reason, volume + "/Tessaly.app: it contains a device, which cannot be copied: zero");
     EXPECT_TRUE(exists(volume + "/Tessaly.app/zero"));
     expectEmptyTrash();
   });

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/rights/RightfulFileSystem.h"
 #include "Shared/QMLog.h"
 #include "tests/privileges/LaunchMachine.h"
 #include "tests/privileges/WorkForSomebody.h"

@@ -104,7 +104,7 @@ class PuttingBack : public WorkForSomebody {
     linux_::FreedesktopTrash trash(fakes.users, fakes.clock, kProduct.workFolderPrefix);
     const auto found = trash.itemsFrom(place, home() + "/.Trash");
     return !found.items.empty() &&
-           trash.putBack(found.items.front(), home() + "/.Trash", platform::MissingFolders::AreAReason).ok();
+           trash.putBack(found.items.front(), home() + "/.Trash", platform::MissingFolders::Fail).ok();
   }
 
   static void expectWholeOrNothing(const std::string& place, const Race& race) {

@@ -35,7 +35,7 @@ what_was_moved_comes_back_as_it_was() {
     'items["/Applications/Tessaly.app"]["trashed_to"] == "/home/sam/.local/share/Trash/files/Tessaly 2.app"' \
     'items["/Applications/Tessaly.app"]["bytes"] > 300000'
   untouched expect 2 person_removes --restore
-  printed '13 items would come back. Nothing has been changed. With --yes it is done.'
+  printed '13 items would be put back. Nothing has been changed. Use --yes to do it.'
   expect 0 person_removes --yes --restore --report=json
   reported 'report["changed"]' 'outcomes == {"restored": 13}' 'report["summary"] == "Nothing is left to put back."' \
     'all(item["trashed_to"] is None for item in items.values())'
@@ -146,7 +146,7 @@ what_others_could_have_written_is_not_believed() {
   remove_for_two
   chmod 0666 $by_root/last-run
   untouched expect 75 root_removes --restore --yes
-  printed 'What the last run moved cannot be found out: Operation not permitted.'
+  printed 'The record of the last run couldn’t be read: Operation not permitted.'
   chmod 0600 $by_root/last-run && chown sam $by_root/last-run
   untouched expect 75 root_removes --restore --yes
   chown root $by_root/last-run && ln $by_root/last-run $by_root/other
@@ -159,7 +159,7 @@ what_others_could_have_written_is_not_believed() {
   sed -i 's|/Applications/Tessaly.app|/Applications/Other.app|; s|^item sam sam 1001 |item sam sam 1009 |' $by_root/last-run
   sed -i 's|^Path=.*|Path=Applications/Other.app|' '/.Trash-0/info/Tessaly 2.app.trashinfo'
   expect 2 root_removes --restore --yes --report=json
-  reported 'items["/Applications/Other.app"]["reason"] == "Tessaly has no item there."' 'outcomes["stayed"] == 9' \
+  reported 'items["/Applications/Other.app"]["reason"] == "No item of Tessaly belongs there."' 'outcomes["stayed"] == 9' \
     'items["/home/sam/Library/Caches/com.quillmark.tessaly"]["reason"].endswith("another one now.")'
   [ ! -e /Applications/Other.app ] || fail 'what is none of the product came out of the Trash'
 }
@@ -172,7 +172,7 @@ without_rights_the_systems_items_do_not_come_back() {
   reported 'outcomes == {"restored": 6, "stayed": 3}' \
     'all(item["needs_rights"] == (item["outcome"] == "stayed") for item in items.values())'
   expect 3 person_removes --restore --yes
-  printed '3 items did not come back. Rights are missing; root has them.'
+  printed '3 items were not put back. More rights are needed; run it as root.'
   chown sam /Applications
   expect 0 person_removes --restore --yes --report=json
   reported 'outcomes["restored"] == 3'
@@ -185,7 +185,7 @@ what_cannot_be_remembered_does_not_go() {
   mkdir -m 0700 $by_root && mount -t tmpfs -o size=4k,mode=0700 full $by_root
   head -c 4096 /dev/zero >$by_root/full
   untouched expect 75 root_removes --yes --user sam
-  printed 'Nothing has been done, because it cannot be remembered for --restore: No space left on device.'
+  printed 'Nothing has been done, because no record for --restore could be written: No space left on device.'
   rm $by_root/full
   remove_for_two
   # What has come back cannot be recorded on the full disk, and is found at its place.

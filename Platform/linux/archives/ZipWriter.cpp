@@ -80,7 +80,7 @@ Status ZipWriter::answer(const std::string& name, int result) const {
   const int error = ::archive_errno(archive_.get());
   const char* text = ::archive_error_string(archive_.get());
   const std::string why =
-      error > 0 ? posix::systemWords(error) : shownName(text == nullptr ? "It cannot be written" : text);
+      error > 0 ? posix::systemMessage(error) : shownName(text == nullptr ? "It cannot be written" : text);
   return name.empty() ? Status::failed(std::max(error, 0), why) : problemWith(name, why);
 }
 

@@ -19,7 +19,7 @@ std::string shownPath(int descriptor) {
 
 bool holdsMountPoint(int folder) {
   const std::string path = shownPath(folder);
-  return !path.empty() && linux_::MountTable().hasMountInside(path);
+  return !path.empty() && linux_::MountTable().hasMountBelow(path);
 }
 
 }  // namespace qm::posix

@@ -111,11 +111,11 @@ bool MountTable::hasMountAt(IsWanted isWanted) const {
   return false;
 }
 
-bool MountTable::hasMountBelow(const std::string& path) const {
+bool MountTable::hasMountAtOrBelow(const std::string& path) const {
   return hasMountAt([&](std::string_view point) { return foundation::isAtOrBelow(point, path); });
 }
 
-bool MountTable::hasMountInside(const std::string& path) const {
+bool MountTable::hasMountBelow(const std::string& path) const {
   return hasMountAt(
       [&](std::string_view point) { return foundation::isAtOrBelow(point, path) && point.size() > path.size(); });
 }

@@ -41,9 +41,9 @@ class MountTable {
   /// The path of a mount; null if it is not visible to the process.
   std::optional<std::string> mountPoint(std::uint64_t mount) const;
   /// Whether anything is mounted at or below a path.
-  bool hasMountBelow(const std::string& path) const;
+  bool hasMountAtOrBelow(const std::string& path) const;
   /// Whether anything is mounted below a path; a mount at the path itself does not count.
-  bool hasMountInside(const std::string& path) const;
+  bool hasMountBelow(const std::string& path) const;
 
  private:
   template <class IsWanted>

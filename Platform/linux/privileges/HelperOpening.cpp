@@ -75,7 +75,7 @@ class PkexecRun {
 
  private:
   static HelperOpening unavailable(const std::string& program, int error) {
-    return failed(platform::errAuthorizationToolEnvironmentError, posix::withSystemWords(program, error));
+    return failed(platform::errAuthorizationToolEnvironmentError, posix::withSystemMessage(program, error));
   }
 
   // The helper's end of the connection is its standard input, because pkexec closes everything but the standard

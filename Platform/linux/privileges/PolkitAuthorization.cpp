@@ -14,7 +14,7 @@
 #include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/linux/privileges/HelperOpening.h"
 #include "Platform/linux/rights/UserDatabase.h"
-#include "Platform/linux/trash/ShownTrash.h"
+#include "Platform/linux/trash/DesktopTrash.h"
 #include "Platform/linux/trash/TrashFinder.h"
 
 namespace qm::linux_ {

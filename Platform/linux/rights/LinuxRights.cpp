@@ -5,7 +5,7 @@
 
 namespace qm::posix {
 
-bool isProgramOfSomebodys(int folder) {
+bool isUserSpaceFileSystem(int folder) {
   struct statfs found {};
   return ::fstatfs(folder, &found) != 0 || found.f_type == FUSE_SUPER_MAGIC;
 }

@@ -6,8 +6,8 @@
 
 namespace qm::linux_ {
 
-using posix::isProgramOfSomebodys;
 using posix::isSameItem;
+using posix::isUserSpaceFileSystem;
 using posix::onlyRootWrites;
 using posix::onlyRootWritesTree;
 using posix::statusIn;

@@ -13,7 +13,7 @@ constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kMostObjects = 20000;                            // expanded, of a binary list
 constexpr std::size_t kMostContainers = 10000;                         // of a text
 constexpr std::size_t kDeepest = 256;                                  // of a binary list
-constexpr std::uint64_t kMostUnfoldedBytes = std::uint64_t{4} << 20U;  // of data and text, of a binary list
+constexpr std::uint64_t kMostExpandedBytes = std::uint64_t{4} << 20U;  // of data and text, of a binary list
 
 using Offset = std::uint64_t;
 
@@ -46,7 +46,7 @@ class BinaryWalker {
   bool visit(std::uint64_t object, std::size_t depth);
   // libplist copies data and text for every reference to them.
   bool unfold(const Extent& extent, std::uint64_t size) {
-    return fits(extent, size) && (unfoldedBytes_ += extent.count * size) <= kMostUnfoldedBytes;
+    return fits(extent, size) && (unfoldedBytes_ += extent.count * size) <= kMostExpandedBytes;
   }
   bool visitChildren(const Extent& extent, std::uint64_t references, std::size_t depth);
   std::optional<Offset> offsetOf(std::uint64_t object) const;
@@ -120,7 +120,7 @@ bool BinaryWalker::hasKeys(const Extent& extent) const {
   return true;
 }
 
-// Bounded by kDeepest in depth, by kMostObjects in number and by kMostUnfoldedBytes in size.
+// Bounded by kDeepest in depth, by kMostObjects in number and by kMostExpandedBytes in size.
 bool BinaryWalker::visit(std::uint64_t object, std::size_t depth) {
   if (object >= objectCount_ || depth > kDeepest || ++visited_ > kMostObjects) return false;
   const auto offset = offsetOf(object);

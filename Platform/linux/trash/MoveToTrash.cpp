@@ -10,7 +10,7 @@
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/trash/InfoFile.h"
-#include "Platform/linux/trash/OwnLockedFolder.h"
+#include "Platform/linux/trash/ReadOnlyFolder.h"
 #include "Platform/linux/trash/RootMove.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashName.h"
@@ -76,7 +76,7 @@ class Move {
     if (!isFolder(item_)) return std::nullopt;
     const auto mounts = volumes_.now();
     if (!*mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
-    return mounts->hasMountBelow(path_) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
+    return mounts->hasMountAtOrBelow(path_) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
   }
 
   std::string_view recordedPath() const {
@@ -116,7 +116,7 @@ class Move {
     const auto rename = [&] {
       return posix::renameWithoutReplacing({source_.fd.get(), name_}, {trash_.files.get(), stored});
     };
-    return renameAlsoWhenLocked(source_.fd.get(), name_, item_, trash_.filesIdentity.owner, rename);
+    return renameUnlocking(source_.fd.get(), name_, item_, trash_.filesIdentity.owner, rename);
   }
 
   static bool isRefused(int error) { return error == EACCES || error == EPERM; }

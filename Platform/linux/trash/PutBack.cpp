@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "Platform/linux/rights/Writers.h"
-#include "Platform/linux/trash/OwnLockedFolder.h"
+#include "Platform/linux/trash/ReadOnlyFolder.h"
 #include "Platform/linux/trash/RootPutBack.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/RenameWithoutReplacing.h"
@@ -45,7 +45,7 @@ class PuttingBack {
     if (stored_.mount != trash_.filesIdentity.mount) return itemProblem(EBUSY);
     const auto mounts = volumes_.now();
     if (!*mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
-    return mounts->hasMountBelow(pathOf(trash_, item_)) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
+    return mounts->hasMountAtOrBelow(pathOf(trash_, item_)) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
   }
 
   int rename() const {
@@ -54,7 +54,7 @@ class PuttingBack {
     };
     const bool isOpen = ::faccessat(place_.folder.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
     if (!isOpen) return rename();
-    return renameAlsoWhenLocked(trash_.files.get(), item_.name, stored_, trash_.filesIdentity.owner, rename);
+    return renameUnlocking(trash_.files.get(), item_.name, stored_, trash_.filesIdentity.owner, rename);
   }
 
   std::optional<TrashProblem> moveAcross() const {

@@ -30,7 +30,7 @@ PlaceOutcome openAsRoot(const std::string& path) {
   if (pinned) return PutBackPlace{std::move(pinned->folder), std::move(pinned->name), false};
   const int error = pinned.problem().error;
   if (error != ELOOP && error != EPERM) return folderProblem(error);
-  return TrashProblem{error, "somebody else could lead the way to its folder elsewhere"};
+  return TrashProblem{error, "somebody else could redirect the path to its folder"};
 }
 
 PlaceOutcome open(const std::string& path, const TrashUser& user) {

@@ -9,9 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/linux/trash/DesktopTrash.h"
 #include "Platform/linux/trash/Handover.h"
 #include "Platform/linux/trash/InfoFile.h"
-#include "Platform/linux/trash/ShownTrash.h"
 #include "Platform/linux/trash/TrashInfo.h"
 #include "Platform/linux/trash/TrashMending.h"
 #include "Platform/linux/trash/TrashName.h"
@@ -73,7 +73,7 @@ class RootMove::Steps {
     FileError error = isOnTrashVolume() ? moveItself(*work) : moveCopy(*work);
     // An unfinished move is found by its record.
     if (unfinished_ == 0) static_cast<void>(work->remove());
-    *note = unfinished_ == 0 ? note_ : posix::withSystemWords("not completely handed over", unfinished_);
+    *note = unfinished_ == 0 ? note_ : posix::withSystemMessage("not completely handed over", unfinished_);
     return error;
   }
 
@@ -223,7 +223,7 @@ class RootMove::Steps {
     const UniqueFd opened(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened && ::fsync(opened.get()) == 0) return;
     if (!note_.empty()) note_ += "; ";
-    note_ += posix::withSystemWords("not on the disk yet", errno);
+    note_ += posix::withSystemMessage("not on the disk yet", errno);
   }
 
   const PinnedPlace source_;
@@ -253,8 +253,8 @@ const std::string& RootMove::storedName() const { return steps_->storedName(); }
 FileError RootMove::run(std::string* note) { return steps_->run(note); }
 
 std::string obstacleWords(int error) {
-  const std::string_view words = posix::wordsFor(error, posix::Subject::ItemForRoot);
-  return words.empty() ? posix::systemWords(error) : std::string(words);
+  const std::string_view words = posix::messageFor(error, posix::Subject::ItemForRoot);
+  return words.empty() ? posix::systemMessage(error) : std::string(words);
 }
 
 void mendRootMoves(const TrashUser& person) {

@@ -98,7 +98,7 @@ int RootPutBack::giveBack(const WorkFolder& work) {
 }
 
 FileError RootPutBack::moveCopy(const WorkFolder& work) {
-  if (!isTrashOfHome(trash_, user_) || isProgramOfSomebodys(trash_.files.get())) return EXDEV;
+  if (!isTrashOfHome(trash_, user_) || isUserSpaceFileSystem(trash_.files.get())) return EXDEV;
   if (FileError error = posix::obstacleToRemoval(trash_.files.get(), stored_.name)) return error;
   record_.aside = WorkFolder::newName(trash_.workFolderPrefix);
   if (const int error = record_.writeTo(work.descriptor())) return error;
@@ -114,7 +114,7 @@ FileError RootPutBack::moveCopy(const WorkFolder& work) {
 FileError RootPutBack::copyTo(int folder) const {
   const auto mounts = volumes_.now();
   if (!*mounts) return ENOTSUP;
-  if (mounts->hasMountBelow(pathOf(trash_, stored_))) return EBUSY;
+  if (mounts->hasMountAtOrBelow(pathOf(trash_, stored_))) return EBUSY;
   const auto status = statusOf(item_.get());
   const bool isFolder = status && S_ISDIR(status->st_mode);
   const posix::Place from{duplicate(isFolder ? item_ : trash_.files), isFolder ? "." : stored_.name};

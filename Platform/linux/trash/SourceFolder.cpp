@@ -27,7 +27,7 @@ UniqueFd openPlainly(const std::string& folder) {
 }
 
 // A path of plain components with single slashes: if no link is on its way, it is the folder's own path.
-bool isTidy(const std::string& path) {
+bool isNormalised(const std::string& path) {
   return path.find("//") == std::string::npos && path.find("/./") == std::string::npos &&
          path.find("/../") == std::string::npos && !path.ends_with('/') && !path.ends_with("/.") &&
          !path.ends_with("/..");
@@ -61,7 +61,7 @@ TrashAnswer<SourceFolder> openFolderAsUser(const std::string& folder, const Tras
 TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user) {
   if (!isPath(folder)) return noPlace();
   UniqueFd plain = openWithoutLinks(folder);
-  if (plain) return describe(std::move(plain), user.forAnother, isTidy(folder) ? folder : "");
+  if (plain) return describe(std::move(plain), user.forAnother, isNormalised(folder) ? folder : "");
   if (!mayLeadThroughLinks(errno)) return folderProblem(errno);
   const bool isRootsOwn = !user.forAnother && user.identity.uid == 0;
   if (!user.forAnother && !isRootsOwn) return openFolderAsUser(folder, user);

@@ -19,9 +19,9 @@ platform::Status failure(const std::string& name, const std::string& what, const
 }  // namespace
 
 TrashProblem problemOf(int code, Subject subject, const std::string& folder) {
-  std::string_view words = posix::wordsFor(code, subject);
-  if (words.empty()) words = posix::wordsFor(code, Subject::TrashedItem);
-  if (words.empty()) return {code, "of a system error (" + posix::systemWords(code) + ")"};
+  std::string_view words = posix::messageFor(code, subject);
+  if (words.empty()) words = posix::messageFor(code, Subject::TrashedItem);
+  if (words.empty()) return {code, "of a system error (" + posix::systemMessage(code) + ")"};
   return {code, foundation::formatted(words, quoted(folder))};
 }
 

@@ -4,7 +4,7 @@
 #include <cerrno>
 
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/linux/trash/ShownTrash.h"
+#include "Platform/linux/trash/DesktopTrash.h"
 
 namespace qm::linux_ {
 namespace {

@@ -46,7 +46,7 @@ bool grantsWriting(acl_t list) {
 
 /// A volume whose owners are ignored lets everybody be the owner; one that is no local file system of this computer is
 /// somebody else's to speak for.
-bool isProgramOfSomebodys(int folder) {
+bool isUserSpaceFileSystem(int folder) {
   struct statfs volume {};
   if (::fstatfs(folder, &volume) != 0) return true;
   return (volume.f_flags & MNT_LOCAL) == 0 || (volume.f_flags & MNT_IGNORE_OWNERSHIP) != 0;

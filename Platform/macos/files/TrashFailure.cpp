@@ -48,8 +48,8 @@ int errorNumberOf(long cocoaCode, long posixCode) {
 
 Status trashFailure(int error, const std::string& path) {
   const std::string name = posix::quoted(foundation::lastPathComponent(path));
-  const std::string_view words = posix::wordsFor(error, posix::Subject::TrashedItem);
-  std::string sentence = words.empty() ? posix::withSystemWords(name + " couldn’t be moved", error)
+  const std::string_view words = posix::messageFor(error, posix::Subject::TrashedItem);
+  std::string sentence = words.empty() ? posix::withSystemMessage(name + " couldn’t be moved", error)
                                        : name + " couldn’t be moved because " + std::string(words);
   return withReason(error, path, sentence + ".");
 }

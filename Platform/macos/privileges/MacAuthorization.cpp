@@ -5,7 +5,7 @@
 
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/HollowFolderItems.h"
-#include "Platform/posix/rights/LedWay.h"
+#include "Platform/posix/rights/PathWriters.h"
 
 namespace qm::macos {
 namespace {
@@ -31,7 +31,7 @@ class ToolOutput final : public CommunicationsPipe {
 
 bool isPath(const std::string& argument) { return argument.starts_with('/'); }
 
-bool isLed(const std::string& path) { return !posix::writersOnTheWayTo(path).none(); }
+bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
 
 }  // namespace
 

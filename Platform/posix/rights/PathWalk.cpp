@@ -118,7 +118,7 @@ class Walk {
     lastLinkFollowed_ = lastLinkFollowed_ || pending_.empty();
     pending_.insert(pending_.end(), names.begin(), names.end());
     place_.item.reset();
-    place_.throughDoubtfulLink = place_.throughDoubtfulLink || !place_.writers.none();
+    place_.throughUntrustedLink = place_.throughUntrustedLink || !place_.writers.none();
     return pending_.empty() ? refused(EINVAL, "its link names no item") : Result();
   }
 
@@ -126,7 +126,7 @@ class Walk {
   // target is the item itself if the final component was a link or is a folder that may be written into; otherwise it
   // is the parent folder.
   Result judge() {
-    if (!place_.throughDoubtfulLink) return std::nullopt;
+    if (!place_.throughUntrustedLink) return std::nullopt;
     const bool mayBePutInto = lastLink_ == LastLink::IsFollowed && place_.isFolder();
     const bool countsItself = place_.item && (lastLinkFollowed_ || mayBePutInto);
     const auto target = countsItself ? std::optional(place_.itemStatus) : statusOf(place_.folder.get());
@@ -149,7 +149,7 @@ class Walk {
 
 }  // namespace
 
-Refusal refusalFor(int error, const std::string& path) { return {error, withSystemWords(path, error)}; }
+Refusal refusalFor(int error, const std::string& path) { return {error, withSystemMessage(path, error)}; }
 
 std::string PinnedPlace::shown() const {
   const std::string above = shownPath(folder.get());
@@ -165,7 +165,7 @@ UniqueFd openFolderThroughRootsLinks(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
   const bool isMissing = place && !place->item;
   const bool isFolder = place && place->isFolder();
-  if (isFolder && !place->throughDoubtfulLink) return std::move(place->item);
+  if (isFolder && !place->throughUntrustedLink) return std::move(place->item);
   errno = !place ? place.problem().error : isMissing ? ENOENT : isFolder ? ELOOP : ENOTDIR;
   return UniqueFd();
 }

@@ -21,7 +21,7 @@ struct PinnedPlace {
   /// Everybody but root who could have redirected the path.
   Writers writers;
   /// Whether a link was followed that somebody else than root could have planted.
-  bool throughDoubtfulLink = false;
+  bool throughUntrustedLink = false;
   /// Whether the path ends with a slash, so that it must be a folder.
   bool withTrailingSlash = false;
 
@@ -46,8 +46,8 @@ Answer<PinnedPlace> pinPath(const std::string& path, LastLink lastLink);
 Answer<PinnedPlace> pinPathMakingFolders(const std::string& path);
 
 /// Opens a folder for naming items in it, by the same walk but with a stricter rule: only links that nobody but root
-/// could have planted are followed. Returns none, with ELOOP, if another link is on the way; none, with another `errno`,
-/// on failure.
+/// could have planted are followed. Returns none, with ELOOP, if another link is on the way; none, with another
+/// `errno`, on failure.
 UniqueFd openFolderThroughRootsLinks(const std::string& path);
 
 }  // namespace qm::posix

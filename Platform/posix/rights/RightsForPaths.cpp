@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "Platform/posix/rights/LedWay.h"
+#include "Platform/posix/rights/PathWriters.h"
 #include "Platform/posix/rights/UserDatabase.h"
 
 namespace qm::posix {
@@ -30,7 +30,7 @@ RightsForPaths::RightsForPaths(const platform::Users& users, std::initializer_li
 bool RightsForPaths::choose(const platform::Users& users, std::initializer_list<std::string> paths) {
   if (users.realUserId() != 0) return true;
   Writers writers;
-  for (const std::string& path : paths) writers.add(writersOnTheWayTo(path));
+  for (const std::string& path : paths) writers.add(writersOfPath(path));
   if (writers.none()) return true;
   const std::optional<FileSystemIdentity> person = personFor(writers, users);
   if (!person) return false;

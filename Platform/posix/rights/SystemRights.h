@@ -8,7 +8,7 @@ namespace qm::posix {
 
 /// The folder is on a file system that is a program of somebody's, which says of owners what it likes. Also where that
 /// cannot be found out.
-bool isProgramOfSomebodys(int folder);
+bool isUserSpaceFileSystem(int folder);
 
 /// An access list of the folder, beside its mode, lets others than its owner put something in it or take something
 /// away. Also where that cannot be found out. False where such a list shows in the mode.

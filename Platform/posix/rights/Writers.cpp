@@ -56,13 +56,13 @@ Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct
     if (sticky && entry.st_uid != 0) writers.persons.insert(entry.st_uid);
     writers.anybody = !sticky || couldBeMovedIn;
   }
-  if (isProgramOfSomebodys(folder)) writers.anybody = true;
+  if (isUserSpaceFileSystem(folder)) writers.anybody = true;
   return writers;
 }
 
 bool onlyRootWrites(int folder) {
   const auto status = statusOf(folder);
-  return status && status->st_uid == 0 && !othersMayWrite(folder, *status) && !isProgramOfSomebodys(folder);
+  return status && status->st_uid == 0 && !othersMayWrite(folder, *status) && !isUserSpaceFileSystem(folder);
 }
 
 bool onlyRootWritesTree(int folder) {

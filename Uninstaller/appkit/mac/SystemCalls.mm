@@ -66,6 +66,8 @@ void describe(NSView* control, NSString* label, NSString* help) {
   [control setAccessibilityHelp:help];
 }
 
+Description descriptionOf(NSView* control) { return {[control accessibilityLabel], [control accessibilityHelp]}; }
+
 void measureAsAllowed(PlannedItem& item) {
   const posix::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.ok()) measure(item);

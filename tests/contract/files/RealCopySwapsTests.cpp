@@ -1,6 +1,11 @@
+#include <sys/mount.h>
+
+#include <array>
+#include <cstdlib>
 #include <functional>
 
 #include "Platform/posix/Move.h"
+#include "Platform/posix/UniqueFd.h"
 #include "tests/contract/files/Meddler.h"
 #include "tests/contract/files/RealFiles.h"
 
@@ -24,6 +29,34 @@ TEST(CopyingWhatIsSwapped, CopiesNothingThatALinkInThePlaceOfAFileLeadsTo) {
     EXPECT_EQ(posix::copyTree(from + "/tree", to + "/copy", meddler).code, 0);
     EXPECT_EQ(fs::read_symlink(to + "/copy/file"), "../secret");
     EXPECT_EQ(countIn(to + "/copy"), 1U);
+  });
+}
+
+/// A terminal that nobody has yet, and its path. The process leaves its own terminal.
+posix::UniqueFd openTerminal(std::string& path) {
+  EXPECT_GE(::setsid(), 0);
+  posix::UniqueFd terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  EXPECT_TRUE(terminal && ::grantpt(terminal.get()) == 0 && ::unlockpt(terminal.get()) == 0);
+  std::array<char, 64> name{};
+  EXPECT_EQ(::ptsname_r(terminal.get(), name.data(), name.size()), 0);
+  path = name.data();
+  return terminal;
+}
+
+/// It would end the process once somebody hangs up.
+TEST(CopyingWhatIsSwapped, TakesNoTerminalInThePlaceOfAFileForItsOwn) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFolders(from + "/tree");
+    makeFile(from + "/tree/file", "text");
+    std::string path;
+    const posix::UniqueFd terminal = openTerminal(path);
+    Meddler meddler(at("/file", [&] {
+      EXPECT_EQ(::mount(path.c_str(), (from + "/tree/file").c_str(), nullptr, MS_BIND, nullptr), 0) << errno;
+    }));
+    static_cast<void>(posix::copyTree(from + "/tree", to + "/copy", meddler));
+    EXPECT_FALSE(posix::UniqueFd(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)));
   });
 }
 

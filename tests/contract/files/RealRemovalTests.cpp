@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 
 #include <atomic>
 #include <cstdio>
@@ -153,6 +154,18 @@ TEST(RemovingOnDisk, NeverLeavesTheTreeWhileFoldersAreSwappedForLinks) {
     ended = true;
     swapper.join();
     EXPECT_EQ(countIn(outside), 50U);
+  });
+}
+
+TEST(RemovingOnDisk, IsDoneWithAFolderThatVanishesOnceItWasListed) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFolders(home + "/tree/folder");
+    inChild([&] {
+      afterSystemCall(SYS_getdents64, [&] { EXPECT_EQ(::rmdir((home + "/tree/folder").c_str()), 0); });
+      expectDone(files.removeItem(home + "/tree"));
+    });
+    EXPECT_EQ(countIn(home), 0U);
   });
 }
 

@@ -103,7 +103,7 @@ TYPED_TEST(PutBackContract, WhatIsDeletedFromTheTrashIsNotFound) {
     ASSERT_EQ(items.size(), 1U);
     world.removeFile(kFiles + "/a");
     EXPECT_TRUE(world.itemsFrom("/home/u/a").empty());
-    expectRefused(world.putBack(items[0], TrashWorld::kTrashLink, MissingFolders::AreAReason));
+    expectRefused(world.putBack(items[0], TrashWorld::kTrashLink, MissingFolders::Fail));
     EXPECT_EQ(world.kindOf("/home/u/a"), ItemKind::Nothing);
   });
 }
@@ -115,10 +115,10 @@ TYPED_TEST(PutBackContract, NobodysTrashHoldsNothing) {
     const platform::TrashedItems found = world.itemsFrom("/home/u/a", std::nullopt);
     EXPECT_FALSE(found.status);
     EXPECT_TRUE(found.items.empty());
-    expectRefused(world.putBack(item, std::nullopt, MissingFolders::AreAReason));
+    expectRefused(world.putBack(item, std::nullopt, MissingFolders::Fail));
     world.actAsRoot(std::nullopt);
     EXPECT_FALSE(world.itemsFrom("/home/u/a", TrashWorld::kTrashLink).status);
-    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
+    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
     EXPECT_EQ(world.contentsOf(kFiles + "/a"), "a");
   });
 }
@@ -225,8 +225,8 @@ TYPED_TEST(PutBackContract, ItemComesBackOnlyOnce) {
   TypeParam::play([](TrashWorld& world) {
     trashFile(world, "a", "a");
     const TrashedItem item = world.itemsFrom("/home/u/a").at(0);
-    EXPECT_TRUE(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
-    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
+    EXPECT_TRUE(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
+    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
     EXPECT_EQ(world.contentsOf("/home/u/a"), "a");
   });
 }
@@ -235,10 +235,10 @@ TYPED_TEST(PutBackContract, AnotherItemThatGotItsNameInTheTrashStays) {
   TypeParam::play([](TrashWorld& world) {
     trashFile(world, "a", "old");
     const TrashedItem item = world.itemsFrom("/home/u/a").at(0);
-    EXPECT_TRUE(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
+    EXPECT_TRUE(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
     world.waitAMinute();
     EXPECT_TRUE(world.recycle("/home/u", "a"));
-    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
+    expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
     EXPECT_EQ(world.contentsOf(kFiles + "/a"), "old");
   });
 }
@@ -251,7 +251,7 @@ TYPED_TEST(PutBackContract, NothingComesFromElsewhereThanTheTrash) {
     TrashedItem item = world.itemsFrom("/home/u/a").at(0);
     for (const char* path : {"/home/u/elsewhere/a", "a", "", "/home/u/.local/share/Trash/info/a.trashinfo"}) {
       item.path = path;
-      expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::AreAReason));
+      expectRefused(world.putBack(item, TrashWorld::kTrashLink, MissingFolders::Fail));
     }
     EXPECT_EQ(world.kindOf("/home/u/a"), ItemKind::Nothing);
     EXPECT_EQ(world.contentsOf("/home/u/elsewhere/a"), "another");

@@ -182,7 +182,7 @@ TEST(PutBackByRoot, FollowsNoLinkOfThePersonsThatCameAfterTheLook) {
     const platform::TrashedItem item = world.itemsFrom("/home/u/Folder/a").at(0);
     world.removeTree("/home/u/Folder");
     world.makeLink("/home/u/Folder", "/etc");
-    for (const MissingFolders missing : {MissingFolders::AreAReason, MissingFolders::AreMade}) {
+    for (const MissingFolders missing : {MissingFolders::Fail, MissingFolders::AreMade}) {
       expectRefused(world.putBack(item, World::kTrashLink, missing));
     }
     EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
@@ -205,7 +205,7 @@ TEST(PutBackByRoot, FollowsNoLinkOfOthersForItsOwnItemsEither) {
     EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
     world.removeFile("/home/u/Folder");
     world.rename("/home/u/moved", "/home/u/Folder");
-    EXPECT_TRUE(world.putBack(item, "/root/.Trash", MissingFolders::AreAReason));
+    EXPECT_TRUE(world.putBack(item, "/root/.Trash", MissingFolders::Fail));
     EXPECT_EQ(world.contentsOf("/home/u/Folder/a"), "a");
   });
 }
@@ -298,7 +298,7 @@ TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
       world.bind("/home/u/stick/Trash" + std::string(folder), kTrash + folder);
     makeRootsFile(world, kFiles + "Tessaly.app", "brought");
     world.makeFile(kTrash + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=" + kProduct + "\n");
-    expectStays(world, EXDEV, "it is on another volume, whose owners are not to be relied on");
+    expectStays(world, EXDEV, "it is on another volume, whose file owners cannot be trusted");
   });
 }
 
@@ -411,7 +411,7 @@ TEST(EndedPutBack, GivesWhatWasTakenAnotherNameWhereItsOwnIsTaken) {
     EXPECT_EQ(items[0].path, kFiles + "Tessaly 3.app");
     EXPECT_EQ(world.ownerOf(kTrash + "/info/Tessaly 3.app.trashinfo"), World::kUser);
     EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app"), "another");
-    EXPECT_TRUE(world.putBack(items[0], World::kTrashLink, MissingFolders::AreAReason));
+    EXPECT_TRUE(world.putBack(items[0], World::kTrashLink, MissingFolders::Fail));
     EXPECT_EQ(world.contentsOf(kProduct + "/secret"), "secret");
   });
 }

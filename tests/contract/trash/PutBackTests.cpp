@@ -47,7 +47,7 @@ void expectTree(World& world, const std::string& path) {
 }
 
 void expectStays(World& world, const std::string& origin, int code, const std::string& because,
-                 MissingFolders missing = MissingFolders::AreAReason) {
+                 MissingFolders missing = MissingFolders::Fail) {
   const platform::Status status = world.putBackNewest(origin, missing);
   EXPECT_EQ(status.code(), code);
   const std::string name = origin.substr(origin.rfind('/') + 1);

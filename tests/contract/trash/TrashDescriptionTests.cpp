@@ -205,7 +205,7 @@ TEST(DescribedItems, ThatChangedSinceTheyWereFoundStay) {
     for (const char* text : {"[Trash Info]\nPath=/home/u/b\nDeletionDate=2024-02-29T23:05:07\n",
                              "[Trash Info]\nPath=/home/u/a\nDeletionDate=2025-02-28T23:05:07\n", "nothing"}) {
       describe(world, "a", text);
-      const platform::Status status = world.putBack(item, World::kTrashLink, MissingFolders::AreAReason);
+      const platform::Status status = world.putBack(item, World::kTrashLink, MissingFolders::Fail);
       EXPECT_EQ(status.code(), ENOENT);
       EXPECT_EQ(status.localizedDescription(), "“a” couldn’t be put back because it is not in the Trash any more.");
     }

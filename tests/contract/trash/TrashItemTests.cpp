@@ -115,6 +115,25 @@ TEST(TrashItems, MayBeCalledLikeTheTrashInAnotherFolder) {
   });
 }
 
+TEST(TrashItems, MayLieInAFolderBehindALinkThatMayBeSearchedButNotRead) {
+  World::play([](World& world) {
+    world.makeFolder("/home/u/dark");
+    world.makeFile("/home/u/dark/a", "a");
+    world.setMode("/home/u/dark", 0300);
+    world.makeLink("/home/u/link", "dark");
+    EXPECT_TRUE(world.recycle("/home/u/link", "a"));
+    expectInHomeTrash(world, "/home/u/dark/a");
+  });
+}
+
+TEST(TrashItems, LieInNoFileThatALinkLeadsTo) {
+  World::play([](World& world) {
+    world.makeFile("/home/u/file", "x");
+    world.makeLink("/home/u/link", "file");
+    expectRefusal(world, "/home/u/link", "a", ENOTDIR, "its folder is not a folder");
+  });
+}
+
 TEST(TrashItems, BearTheDateOfTheirOwnDeletion) {
   World::play([](World& world) {
     for (const std::string name : {"first", "second"}) {

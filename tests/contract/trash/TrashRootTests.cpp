@@ -114,6 +114,58 @@ TEST(TrashAsRoot, DoesNotFollowARootsLinkInAFolderOfTheUsers) {
   });
 }
 
+TEST(TrashAsRoot, DoesNotFollowARootsLinkWhereAGroupOrEverybodyMayWrite) {
+  playAsRoot([](World& world) {
+    makeRootsFile(world, "/etc/a");
+    makeRootsFolder(world, "/shared");
+    world.makeLink("/shared/link", "/etc");
+    world.giveTo(0, "/shared/link");
+    for (const mode_t mode : {0775U, 0757U, 0777U}) {
+      SCOPED_TRACE(mode);
+      world.setMode("/shared", mode);
+      expectRootsFileStays(world, "/etc/a", world.recycle("/shared/link", "a"));
+    }
+    world.setMode("/shared", 0755);
+    EXPECT_TRUE(world.recycle("/shared/link", "a"));
+    expectInHomeTrash(world, "/etc/a");
+  });
+}
+
+TEST(TrashAsRoot, EndsInARingOfRootsLinks) {
+  playAsRoot([](World& world) {
+    world.makeLink("/one", "/two");
+    world.makeLink("/two", "/one");
+    for (const std::string link : {"/one", "/two"}) world.giveTo(0, link);
+    const platform::Status status = world.recycle("/one", "a");
+    expectRefused(status);
+    EXPECT_EQ(status.localizedDescription(),
+              "“a” couldn’t be moved to the Trash because the links to its folder lead in a circle.");
+  });
+}
+
+// Longer than what is asked for at first, and than twice as much.
+TEST(TrashAsRoot, HasAllGroupsOfAUserWithHundredsOfThem) {
+  playAsRoot([](World& world) {
+    constexpr gid_t first = 1001;
+    constexpr gid_t last = 1300;
+    std::string groups = world.contentsOf("/etc/group");
+    for (gid_t group = first; group <= last; ++group) {
+      groups += "g" + std::to_string(group) + ":x:" + std::to_string(group) + ":u\n";
+    }
+    World::makePlainFile("/etc/group", groups);
+    for (const gid_t group : {first, last}) {
+      const std::string folder = "/of-" + std::to_string(group);
+      world.makeFolder(folder);
+      world.makeFile(folder + "/a", "a");
+      ASSERT_EQ(::chown(folder.c_str(), World::kStranger, group), 0);
+      world.setMode(folder, 0770);
+      world.makeLink(World::kHome + folder, folder);  // only the user's own rights lead through it
+      EXPECT_TRUE(world.recycle(World::kHome + folder, "a")) << group;
+      expectInHomeTrash(world, folder + "/a");
+    }
+  });
+}
+
 TEST(TrashAsRoot, DoesNotFollowAStrangersLinkInAFolderForEverybody) {
   playAsRoot([](World& world) {
     makeRootsFile(world, "/etc/a");

@@ -49,7 +49,7 @@ class TrashWorld {
   std::vector<platform::TrashedItem> itemsFrom(const std::string& origin);
   /// The newest item that came from a path.
   platform::Status putBackNewest(const std::string& origin,
-                                 platform::MissingFolders missing = platform::MissingFolders::AreAReason);
+                                 platform::MissingFolders missing = platform::MissingFolders::Fail);
   /// A minute passes.
   virtual void waitAMinute() = 0;
 

@@ -185,7 +185,7 @@ TEST_F(Machine, KeepsTheCallerWhoseWorkEndsTheApplication) {
   }));
   ASSERT_TRUE(fakes.mainThread.pumpUntil([&] { return fakes.userInterface.isTerminated(); }));
   EXPECT_FALSE(returned);
-  fakes.mainThread.letWaitersGo();
+  fakes.mainThread.releaseWaiters();
   EXPECT_TRUE(fakes.threads.waitUntilAllEnded());
   EXPECT_TRUE(returned);
 }

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/MacAuthorization.h"
@@ -112,7 +113,8 @@ TEST_F(MacAuthorizationTest, RemovesOtherThingsAsEver) {
 }
 
 TEST_F(MacAuthorizationTest, StartsNothingForRootWhereOthersCouldLeadTheWay) {
-  const std::string led = disk.at("folder/item");  // below the folder for temporary files, where anybody may write
+  ::chmod(disk.path().c_str(), 0777);
+  const std::string led = disk.at("Quillmark/item");
   EXPECT_EQ(service.commandForRoot("/bin/mv", {"-f", led, "/root/item"}).tool, "/usr/bin/false");
   EXPECT_THAT(fakes.console.lines().back(), HasSubstr(led));
 }

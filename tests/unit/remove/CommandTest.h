@@ -58,7 +58,7 @@ class Command : public PlatformTest {
   Strings seen;
   removal::WorkingFor users{fakes.users};
   removal::WithoutDialog withoutDialog{fakes.authorizationServices};
-  RemovalWitness witness{services()};
+  RemovalObserver witness{services()};
 
  private:
   platform::Platform services() {

@@ -11,6 +11,7 @@ using ::testing::IsEmpty;
 class LaunchAgents : public qm::testing::PlatformTest {};
 
 TEST_F(LaunchAgents, AreBootedOutOfThePersonsSessionByTheirName) {
+  fakes.disk.addExecutable("/bin/launchctl");
   bootOut("/bin/launchctl", "/Users/sam/Library/LaunchAgents/com.quillmark.Tessaly.plist", 501);
   EXPECT_THAT(fakes.tasks.launches(),
               ElementsAre(ElementsAre("/bin/launchctl", "bootout", "gui/501/com.quillmark.Tessaly")));

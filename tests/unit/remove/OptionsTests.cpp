@@ -59,7 +59,7 @@ TEST(Options, PutBackWhatTheLastRunMovedWithoutAnyChoice) {
   EXPECT_TRUE(optionsOf({"--yes", "--restore"}).isInEarnest());
   for (const char* choice : {"--user=sam", "--all-users", "--system-only", "--preferences", "--if-running=refuse"}) {
     EXPECT_EQ(problemOf({"--restore", choice}),
-              "--restore puts back what the last run moved: it takes no choice of that.");
+              "--restore puts back everything that the last run moved, so nothing can be selected.");
   }
 }
 
@@ -68,13 +68,13 @@ TEST(Options, SayWhatIsWrongWithThem) {
   EXPECT_EQ(problemOf({"--restored"}), "There is no option \"--restored\".");
   EXPECT_EQ(problemOf({"--us=sam"}), "There is no option \"--us\".");
   EXPECT_EQ(problemOf({"--"}), "There is no option \"--\".");
-  EXPECT_EQ(problemOf({"sam"}), "What is \"sam\"? There are options only.");
-  EXPECT_EQ(problemOf({"-y"}), "What is \"-y\"? There are options only.");
-  EXPECT_EQ(problemOf({""}), "What is \"\"? There are options only.");
-  EXPECT_EQ(problemOf({"\x1b[2J"}), "What is \"?[2J\"? There are options only.");
+  EXPECT_EQ(problemOf({"sam"}), "Unexpected argument \"sam\": only options are allowed.");
+  EXPECT_EQ(problemOf({"-y"}), "Unexpected argument \"-y\": only options are allowed.");
+  EXPECT_EQ(problemOf({""}), "Unexpected argument \"\": only options are allowed.");
+  EXPECT_EQ(problemOf({"\x1b[2J"}), "Unexpected argument \"?[2J\": only options are allowed.");
   EXPECT_EQ(problemOf({"--yes=no"}), "--yes takes no value.");
   EXPECT_EQ(problemOf({"--user"}), "--user needs a value.");
-  EXPECT_EQ(problemOf({"--user="}), "--user needs the name of a person.");
+  EXPECT_EQ(problemOf({"--user="}), "--user needs the name of a user.");
   EXPECT_EQ(problemOf({"--if-running=kill"}), "--if-running is \"refuse\", \"ask-to-quit\" or \"end\", not \"kill\".");
   EXPECT_EQ(problemOf({"--report=xml"}), "--report is \"table\" or \"json\", not \"xml\".");
   for (const std::string wrong : {"0", "-1", "86401", "5m", "", " 5", "99999999999999"}) {

@@ -69,7 +69,7 @@ TEST(Persons, AreChosenByRootAlone) {
                                         std::pair(forSystemOnly(), "--system-only")}) {
     const Choice choice = choosePersons(options, accountsFor(kSam));
     EXPECT_EQ(choice.status, kRightsMissing);
-    EXPECT_EQ(choice.problem, std::string(option) + " takes the rights of root.");
+    EXPECT_EQ(choice.problem, std::string(option) + " requires root.");
     EXPECT_THAT(choice.concerned.persons, IsEmpty());
   }
 }
@@ -85,8 +85,7 @@ TEST(Persons, MustBeNamedWhereNobodyIsAtTheComputer) {
        {std::optional<std::string>(), std::optional<std::string>("loginwindow")}) {
     const Choice choice = choosePersons({}, accountsFor(kRoot, console));
     EXPECT_EQ(choice.status, kUsage);
-    EXPECT_EQ(choice.problem,
-              "Nobody is at the computer: say whom it is for, with --user, --all-users or --system-only.");
+    EXPECT_EQ(choice.problem, "Nobody is logged in at the computer: choose with --user, --all-users or --system-only.");
   }
 }
 

@@ -49,7 +49,7 @@ TEST_F(Command, KeepsPreferencesUnlessTheyAreWanted) {
   for (std::size_t index = 0; index < kItems.size(); ++index) {
     const ReportItem item = at(items, kItems[index]);
     EXPECT_EQ(item.outcome, isPreference(index) ? Outcome::Kept : Outcome::Trashed) << kItems[index];
-    EXPECT_EQ(item.reason, isPreference(index) ? "Preferences go with --preferences only." : "");
+    EXPECT_EQ(item.reason, isPreference(index) ? "Preferences are moved only with --preferences." : "");
     EXPECT_EQ(fakes.disk.has(kItems[index]), isPreference(index));
   }
   EXPECT_EQ(at(items, kFolder).outcome, Outcome::Removed);
@@ -73,7 +73,7 @@ TEST_F(Command, KeepsTheMakersFolderWithSomethingElseInIt) {
   Removal removal = removalFor({kCaller});
   removal.look();
   EXPECT_EQ(at(removal.items(), kFolder).outcome, Outcome::Goes);
-  EXPECT_EQ(at(removal.items(), kFolder).reason, "It goes if nothing else is in it.");
+  EXPECT_EQ(at(removal.items(), kFolder).reason, "It is removed if nothing else is in it.");
   removal.run([] { return false; }, [](const std::string&, std::size_t, std::size_t) {});
   EXPECT_EQ(at(removal.items(), kFolder).outcome, Outcome::Kept);
   EXPECT_EQ(at(removal.items(), kFolder).reason, "Something is in it.");
@@ -160,7 +160,7 @@ TEST_F(Command, BeginsNothingWhenTheTimeIsUp) {
   removal.run([&] { return asked++ > 0; }, [](const std::string&, std::size_t, std::size_t) {});
   EXPECT_EQ(at(removal.items(), kItems[0]).outcome, Outcome::Trashed);
   EXPECT_EQ(at(removal.items(), kItems[1]).outcome, Outcome::Stayed);
-  EXPECT_EQ(at(removal.items(), kItems[1]).reason, "The time was up before it began.");
+  EXPECT_EQ(at(removal.items(), kItems[1]).reason, "The time limit ended before its turn.");
   EXPECT_EQ(at(removal.items(), kFolder).outcome, Outcome::Stayed);
   EXPECT_TRUE(fakes.disk.has(kItems[1]));
 }
@@ -171,7 +171,7 @@ TEST_F(Command, SaysWhatHasNotGoneWhenItIsGivenUp) {
   removal.look();
   const ReportItem item = at(removal.itemsWhenGivenUp(), kItems[1]);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "The time was up before it had gone.");
+  EXPECT_EQ(item.reason, "The time limit ended before it was moved.");
   EXPECT_EQ(item.trashOf, std::nullopt);
   EXPECT_EQ(at(removal.itemsWhenGivenUp(), kItems[0]).outcome, Outcome::NotThere);
 }

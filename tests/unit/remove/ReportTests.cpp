@@ -8,6 +8,7 @@
 namespace qm::removal {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -68,15 +69,16 @@ TEST(Change, IsWhatHasBeenMovedOrRemoved) {
 TEST(Summary, SaysWhatIsLeft) {
   EXPECT_EQ(summaryOf(reportOf({})), "Nothing is left to remove.");
   EXPECT_EQ(summaryOf(reportOf({stayed(false)})), "1 item stayed.");
-  EXPECT_EQ(summaryOf(reportOf({stayed(false), stayed(true)})), "2 items stayed. Rights are missing; root has them.");
+  EXPECT_EQ(summaryOf(reportOf({stayed(false), stayed(true)})),
+            "2 items stayed. More rights are needed; run it as root.");
 }
 
 TEST(Summary, OfAPlanSaysThatNothingHasBeenChanged) {
   EXPECT_EQ(summaryOf(planOf({item(Outcome::NotThere)})), "Nothing is left to remove.");
   Report plan = planOf({item(Outcome::Goes), item(Outcome::Goes)});
-  EXPECT_EQ(summaryOf(plan), "2 items would go. Nothing has been changed.");
+  EXPECT_EQ(summaryOf(plan), "2 items would be removed. Nothing has been changed.");
   plan.wantsYes = true;
-  EXPECT_EQ(summaryOf(plan), "2 items would go. Nothing has been changed. With --yes it is done.");
+  EXPECT_EQ(summaryOf(plan), "2 items would be removed. Nothing has been changed. Use --yes to do it.");
 }
 
 TEST(Summary, OfAWayBackSaysWhatDidNotComeBack) {
@@ -86,18 +88,18 @@ TEST(Summary, OfAWayBackSaysWhatDidNotComeBack) {
   EXPECT_EQ(statusOf(report), 0);
   EXPECT_TRUE(hasChanged(report));
   report.items = {stayed(false), item(Outcome::Lost), item(Outcome::Lost)};
-  EXPECT_EQ(summaryOf(report), "1 item did not come back. 2 items cannot be found any more.");
+  EXPECT_EQ(summaryOf(report), "1 item was not put back. 2 items cannot be found any more.");
   EXPECT_EQ(statusOf(report), 2);
   EXPECT_FALSE(hasChanged(report));
   report.items = {stayed(true)};
-  EXPECT_EQ(summaryOf(report), "1 item did not come back. Rights are missing; root has them.");
+  EXPECT_EQ(summaryOf(report), "1 item was not put back. More rights are needed; run it as root.");
   EXPECT_EQ(statusOf(report), 3);
 }
 
 TEST(Summary, OfThePlanOfAWayBackSaysWhatWouldComeBack) {
   Report plan = planOf({item(Outcome::ComesBack)});
   plan.isRestore = true;
-  EXPECT_EQ(summaryOf(plan), "1 item would come back. Nothing has been changed.");
+  EXPECT_EQ(summaryOf(plan), "1 item would be put back. Nothing has been changed.");
   EXPECT_EQ(statusOf(plan), 2);
   plan.items = {item(Outcome::Lost)};
   EXPECT_EQ(summaryOf(plan), "1 item cannot be found any more.");
@@ -119,14 +121,14 @@ TEST(Table, HasALineForEachItemThatIsThereAndItsReason) {
   kept.user = "sam";
   kept.kind = ItemKind::File;
   kept.bytes = 12;
-  kept.reason = "Preferences go with --preferences only.";
+  kept.reason = "Preferences are moved only with --preferences.";
   EXPECT_EQ(reportTable(reportOf({moved, item(Outcome::NotThere, "/nowhere"), kept, stayed(false)})),
             "OUTCOME  SIZE     WHOSE         TRASH OF  ITEM\n"
             "trashed  2.00 KB  the computer  sam       /Applications/Tessaly.app\n"
             "                                          In the Trash: "
             "/home/sam/.local/share/Trash/files/Tessaly 2.app\n"
             "kept     12 B     sam                     /home/sam/Library/Preferences/com.quillmark.Tessaly.plist\n"
-            "                                          Preferences go with --preferences only.\n"
+            "                                          Preferences are moved only with --preferences.\n"
             "stayed   2.00 KB  the computer            /Applications/Tessaly.app\n"
             "                                          It is busy.\n"
             "1 item stayed.\n");
@@ -139,10 +141,10 @@ TEST(Table, IsOneSentenceWhereNothingIsThere) {
 TEST(Table, NamesTheProcessesThatRun) {
   Report report = reportOf({});
   report.running = {{41, "sam"}, {42, "an\tna"}};
-  report.problem = "Nothing has been done, because Tessaly runs.";
+  report.problem = "Nothing has been done, because Tessaly is running.";
   EXPECT_EQ(reportTable(report),
-            "Tessaly runs for sam (process 41).\nTessaly runs for an?na (process 42).\n"
-            "Nothing has been done, because Tessaly runs.\n");
+            "Tessaly is running for sam (process 41).\nTessaly is running for an?na (process 42).\n"
+            "Nothing has been done, because Tessaly is running.\n");
 }
 
 TEST(Table, ShowsNoControlCharactersOfNames) {
@@ -166,7 +168,7 @@ TEST(Json, IsOneObjectWithOneForEachItem) {
             "  \"plan\": false,\n"
             "  \"changed\": true,\n"
             "  \"status\": 3,\n"
-            "  \"summary\": \"1 item stayed. Rights are missing; root has them.\",\n"
+            "  \"summary\": \"1 item stayed. More rights are needed; run it as root.\",\n"
             "  \"problem\": null,\n"
             "  \"running\": [\n"
             "    {\"process\": 41, \"user\": \"sam\"}\n"
@@ -213,6 +215,50 @@ TEST(Json, HasAWordForEveryOutcomeAndKind) {
     each.kind = kind;
     EXPECT_THAT(reportJson(reportOf({each})), HasSubstr("\"kind\": \"" + std::string(word) + "\""));
   }
+}
+
+/// As if the catalogue had wide characters for everything.
+class Wide final : public uninstaller::Language {
+ public:
+  std::string translated(std::string_view english) const override {
+    if (english == "{sentence} {further}") return "{sentence}{further}";
+    return english == "OUTCOME" ? "結果" : english == "stayed" ? "残存" : "<" + std::string(english) + ">";
+  }
+  std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
+    return translated(count == 1 ? one : many);
+  }
+  std::string systemMessage(std::string_view english) const override { return std::string(english); }
+  std::string decimalPoint() const override { return ","; }
+};
+
+class ReportInALanguage : public ::testing::Test {
+ public:
+  ReportInALanguage() { uninstaller::useLanguage(language_); }
+  ~ReportInALanguage() override { uninstaller::useLanguage(uninstaller::english()); }
+
+ private:
+  Wide language_;
+};
+
+TEST_F(ReportInALanguage, HasATableWhoseColumnsAreAsWideAsTheirTexts) {
+  EXPECT_EQ(reportTable(reportOf({stayed(true)})),
+            "結果  <SIZE>     <WHOSE>         <TRASH OF>  <ITEM>\n"
+            "残存  <2,00 KB>  <the computer>              /Applications/Tessaly.app\n"
+            "                                             <It is busy.>\n"
+            "<1 item stayed.><More rights are needed; run it as root.>\n");
+}
+
+TEST_F(ReportInALanguage, TranslatesAProblemThatNamesTheSystems) {
+  Report report = reportOf({});
+  report.problem = "It couldn’t be created again: No such file or directory.";
+  EXPECT_EQ(reportTable(report), "<It couldn’t be created again: No such file or directory.>\n");
+}
+
+TEST_F(ReportInALanguage, StaysEnglishForPrograms) {
+  const Report report = reportOf({stayed(true)});
+  EXPECT_EQ(summaryOf(report), "1 item stayed. More rights are needed; run it as root.");
+  EXPECT_THAT(reportJson(report), AllOf(HasSubstr("\"summary\": \"1 item stayed."),
+                                        HasSubstr("\"outcome\": \"stayed\", \"reason\": \"It is busy.\"")));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ using removal::Outcome;
 using removal::Removal;
 using removal::ReportItem;
 using removal::Restoring;
-using removal::RunMemory;
+using removal::RunRecordFile;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Field;
@@ -34,26 +34,26 @@ class WayBack : public Command {
   }
   ~WayBack() override { std::filesystem::remove_all(top_); }
 
-  RunMemory memory() const { return {::getuid(), top_ + "/memory"}; }
+  RunRecordFile memory() const { return {::getuid(), top_ + "/memory"}; }
 
   void remove(const std::vector<UserRecord>& persons) {
     Removal removal = removalFor(persons, RemoveConfig::Yes);
     removal.look();
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     ASSERT_EQ(remembered.begin(removal.toRemember().value()), 0);
     removal.rememberIn(remembered);
     removal.run([] { return false; }, [](const std::string&, std::size_t, std::size_t) {});
   }
 
   std::vector<ReportItem> look() {
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     return restoring.items();
   }
 
   std::vector<ReportItem> putBack() {
-    RunMemory remembered = memory();
+    RunRecordFile remembered = memory();
     Restoring restoring(users, remembered, runs(), persons());
     restoring.look();
     if (restoring.hasAnythingToDo()) {
@@ -63,8 +63,8 @@ class WayBack : public Command {
     return restoring.items();
   }
 
-  std::vector<removal::RememberedRun> runs() const {
-    std::vector<removal::RememberedRun> all;
+  std::vector<removal::RunRecord> runs() const {
+    std::vector<removal::RunRecord> all;
     EXPECT_EQ(memory().read(all), 0);
     for (const auto& change : changes) change(all);
     return all;
@@ -85,7 +85,7 @@ class WayBack : public Command {
 
   /// The accounts of the machine on which the test runs are not those of the case.
   void rememberOwners() {
-    changes.push_back([this](std::vector<removal::RememberedRun>& all) {
+    changes.push_back([this](std::vector<removal::RunRecord>& all) {
       for (auto& run : all) {
         for (auto& item : run.items) item.trashOwner = named()(item.trashOf).value_or(UserRecord()).id;
       }
@@ -94,7 +94,7 @@ class WayBack : public Command {
 
   std::string closed;
   std::vector<UserRecord> accounts{{0, 0, "root", "/root"}, kCaller, kOther};
-  std::vector<std::function<void(std::vector<removal::RememberedRun>&)>> changes;
+  std::vector<std::function<void(std::vector<removal::RunRecord>&)>> changes;
 
  private:
   std::string top_;
@@ -203,7 +203,7 @@ TEST_F(WayBack, LeadsNothingOutOfTheTrashThatIsNoItemOfTheProduct) {
   installItem(fakes.disk, 1);
   remove({kCaller});
   changes.push_back([](auto& runs) { runs.at(0).items.at(0).user = "u"; });
-  EXPECT_EQ(at(look(), kItems[1]).reason, "Tessaly has no item there.");
+  EXPECT_EQ(at(look(), kItems[1]).reason, "No item of Tessaly belongs there.");
   EXPECT_EQ(at(look(), kItems[1]).outcome, Outcome::Stayed);
 }
 
@@ -226,7 +226,7 @@ TEST_F(WayBack, BringsRootNoItemOfTheComputersFromAPersonsTrash) {
   rememberOwners();
   const ReportItem item = at(putBack(), kItems[1]);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "It was in the Trash of a person, who can have changed it.");
+  EXPECT_EQ(item.reason, "It was in a user’s Trash, and that user may have changed it.");
   EXPECT_FALSE(fakes.disk.has(kItems[1]));
 }
 
@@ -238,7 +238,7 @@ TEST_F(WayBack, BringsRootNothingToAPlaceThatIsClosedToThePerson) {
   closed = "/home/v/Library/Caches/com.quillmark.tessaly";
   const ReportItem item = at(putBack(), closed);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "Its folder is closed to the person in whose Trash it was.");
+  EXPECT_EQ(item.reason, "The user in whose Trash it was may not write to its folder.");
   EXPECT_FALSE(fakes.disk.has(closed));
 }
 
@@ -250,21 +250,21 @@ TEST_F(WayBack, BringsRootNothingFromTheTrashOfAnotherAccountOfTheSameName) {
   changes.push_back([](auto& runs) { runs.at(0).items.at(0).trashOwner = 503; });
   const ReportItem item = at(look(), "/home/v/Library/Caches/com.quillmark.tessaly");
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "Its Trash was that of an account that is another one now.");
+  EXPECT_EQ(item.reason, "The account whose Trash it was in is a different one now.");
 }
 
 TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {
   installItem(fakes.disk, 1);
   remove({kCaller});
-  RunMemory remembered = memory();
+  RunRecordFile remembered = memory();
   Restoring restoring(users, remembered, runs(), persons());
   restoring.look();
   const ReportItem givenUp = at(restoring.itemsWhenGivenUp(), kItems[1]);
   EXPECT_EQ(givenUp.outcome, Outcome::Stayed);
-  EXPECT_EQ(givenUp.reason, "The time was up before it had come back.");
+  EXPECT_EQ(givenUp.reason, "The time limit ended before it was put back.");
   EXPECT_EQ(givenUp.trashOf, "u");
   restoring.run([] { return true; }, [](const std::string&, std::size_t, std::size_t) {});
-  EXPECT_EQ(at(restoring.items(), kItems[1]).reason, "The time was up before it began.");
+  EXPECT_EQ(at(restoring.items(), kItems[1]).reason, "The time limit ended before its turn.");
   EXPECT_FALSE(fakes.disk.has(kItems[1]));
 }
 

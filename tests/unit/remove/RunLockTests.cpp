@@ -43,7 +43,7 @@ TEST_F(Lock, IsTakenThroughNoLink) {
   ASSERT_EQ(::symlink("/dev/null", (folder + "/tessaly-remove.lock").c_str()), 0);
   const RunLock lock = RunLock::take(user, folder, folder);
   EXPECT_FALSE(lock.isHeld());
-  EXPECT_EQ(lock.problem(), "The lock against a second run cannot be had: Too many levels of symbolic links.");
+  EXPECT_EQ(lock.problem(), "The lock against a second run couldn’t be taken: Too many levels of symbolic links.");
 }
 
 }  // namespace

@@ -162,7 +162,7 @@ TEST_F(UninstallThreads, LetTheWorkerWaitForTheEndThatNeverLetsItGo) {
   fakes.calls.release("userInterface.runAlertPanel");
   while (!fakes.userInterface.isTerminated()) std::this_thread::yield();
   EXPECT_FALSE(isBack);
-  fakes.mainThread.letWaitersGo();
+  fakes.mainThread.releaseWaiters();
   worker.join();
   EXPECT_EQ(fakes.calls.everything().back(), "userInterface.terminate(sender)");
 }

@@ -83,7 +83,7 @@ TEST(GettextLanguage, GivesATextBackThatItDoesNotKnow) {
   EXPECT_EQ(language.translated("no text of ours"), "no text of ours");
   EXPECT_EQ(language.translated(""), "") << "which is the key of the catalogue's description";
   EXPECT_EQ(language.translatedFor(2, "one of no", "many of no"), "many of no");
-  EXPECT_EQ(language.systemWords("no words of the system"), "no words of the system");
+  EXPECT_EQ(language.systemMessage("no words of the system"), "no words of the system");
 }
 
 TEST(GettextLanguage, LeavesTheLogEnglish) {

@@ -17,7 +17,7 @@ class Brackets final : public Language {
   std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
     return translated(count == 1 ? one : many);
   }
-  std::string systemWords(std::string_view english) const override {
+  std::string systemMessage(std::string_view english) const override {
     return english == "Input/output error" ? "<" + std::string(english) + ">" : std::string(english);
   }
   std::string decimalPoint() const override { return ","; }

@@ -29,7 +29,7 @@ class Run : public PlatformTest {
     return RemovalRun(&witness, measured).removeProduct(RemoveConfig::Yes);
   }
 
-  RemovalWitness witness{fakes.platform};
+  RemovalObserver witness{fakes.platform};
 
  private:
   ScopedPlatform installed_{witness.services()};
@@ -194,7 +194,7 @@ Strings callsOfARun(bool isHeard) {
   installProduct(fakes.disk);
   fakes.calls.failNth("trash.recycle", 1);
   fakes.authorizationServices.offerParentSession();
-  RemovalWitness witness(fakes.platform);
+  RemovalObserver witness(fakes.platform);
   const ScopedPlatform installed(isHeard ? witness.services() : fakes.platform);
   const SingletonReset<QMAuthorization> authorization;
   const SingletonReset<QMLog> log;

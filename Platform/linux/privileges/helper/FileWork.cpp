@@ -76,7 +76,7 @@ class AllOperands : public PrivilegedWork {
   WorkResult finish() override {
     Confinement confinement;
     for (const OperandWork& part : parts_) part.confine(confinement);
-    if (const int error = confinement.enforce()) return WorkResult::failed(posix::systemWords(error));
+    if (const int error = confinement.enforce()) return WorkResult::failed(posix::systemMessage(error));
     WorkResult all;
     for (const OperandWork& part : parts_) {
       const WorkResult one = part.finish();

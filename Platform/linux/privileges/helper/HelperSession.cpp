@@ -104,7 +104,7 @@ void HelperSession::start(const Launch& launch) {
   std::optional<Run> run;
   errno = EAGAIN;
   if (runs_.size() < kMostRuns) run = fork(launch);
-  if (!run) return send(Started{launch.number, errno, 0, posix::withSystemWords(launch.tool, errno)});
+  if (!run) return send(Started{launch.number, errno, 0, posix::withSystemMessage(launch.tool, errno)});
   runs_.push_back(std::move(*run));
 }
 

@@ -10,7 +10,7 @@ namespace qm::linux_ {
 WorkResult resultOf(const posix::FileError& error, const std::string& path) {
   if (!error) return {};
   const std::string item = error.item.empty() ? path : path + " (" + error.item + ")";
-  return WorkResult::failed(posix::withSystemWords(item, error.code));
+  return WorkResult::failed(posix::withSystemMessage(item, error.code));
 }
 
 void runLaunch(const HelperPolicy& policy, const Launch& launch, const UserRecord& person, posix::UniqueFd output,
@@ -18,7 +18,7 @@ void runLaunch(const HelperPolicy& policy, const Launch& launch, const UserRecor
   const auto refuse = [&](int error, const std::string& reason) { report(Started{launch.number, error, 0, reason}); };
   PreparedWork work = policy.prepare(launch, person);
   if (!work) return refuse(work.problem().error, work.problem().reason);
-  if (const int error = (*work)->begin(output)) return refuse(error, posix::withSystemWords(launch.tool, error));
+  if (const int error = (*work)->begin(output)) return refuse(error, posix::withSystemMessage(launch.tool, error));
   report(Started{launch.number, 0, ::getpid(), {}});
   const WorkResult result = (*work)->finish();
   report(Exited{launch.number, result.waitStatus, result.note});

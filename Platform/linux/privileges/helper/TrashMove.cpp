@@ -7,8 +7,8 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/privileges/helper/Confinement.h"
 #include "Platform/linux/rights/PathWalk.h"
+#include "Platform/linux/trash/DesktopTrash.h"
 #include "Platform/linux/trash/RootMove.h"
-#include "Platform/linux/trash/ShownTrash.h"
 
 namespace qm::linux_ {
 namespace {

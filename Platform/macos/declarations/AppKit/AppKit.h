@@ -39,8 +39,18 @@ FOUNDATION_EXPORT NSString* const NSWindowDidBecomeKeyNotification;
 @property(readonly, copy) NSString* charactersIgnoringModifiers;
 @end
 
+@class NSMenu;
+
 @interface NSMenuItem : NSObject
 @property SEL action;
+@property(copy) NSString* title;
+@property(readonly) BOOL hasSubmenu;
+@property(strong) NSMenu* submenu;
+@end
+
+@interface NSMenu : NSObject
+@property(copy) NSString* title;
+@property(copy) NSArray* itemArray;
 @end
 
 typedef NSUInteger NSApplicationTerminateReply;
@@ -59,6 +69,7 @@ enum : NSApplicationTerminateReply { NSTerminateCancel = 0, NSTerminateNow = 1 }
 - (void)unhideAllApplications:(id)sender;
 - (void)orderFrontStandardAboutPanel:(id)sender;
 - (BOOL)validateMenuItem:(NSMenuItem*)item;
+@property(strong) NSMenu* mainMenu;
 @end
 FOUNDATION_EXPORT NSApplication* NSApp;
 FOUNDATION_EXPORT int NSApplicationMain(int argc, const char* argv[]);
@@ -71,13 +82,16 @@ FOUNDATION_EXPORT int NSApplicationMain(int argc, const char* argv[]);
 @end
 
 typedef NSUInteger NSAutoresizingMaskOptions;
-enum : NSAutoresizingMaskOptions { NSViewWidthSizable = 2, NSViewMinYMargin = 8 };
+enum : NSAutoresizingMaskOptions { NSViewMinXMargin = 1, NSViewWidthSizable = 2, NSViewMinYMargin = 8 };
 
 @interface NSView : NSResponder
 - (instancetype)initWithFrame:(NSRect)frame;
 - (void)addSubview:(NSView*)view;
 - (void)setFrameSize:(NSSize)size;
 @property NSRect frame;
+@property(readonly, assign) NSView* superview;
+@property(copy) NSArray* subviews;
+@property(copy) NSString* toolTip;
 @property(getter=isHidden) BOOL hidden;
 @property(readonly, assign) NSWindow* window;
 @property NSAutoresizingMaskOptions autoresizingMask;
@@ -91,6 +105,8 @@ enum : NSAutoresizingMaskOptions { NSViewWidthSizable = 2, NSViewMinYMargin = 8 
 @interface NSWindow : NSResponder
 @property(readonly, getter=isVisible) BOOL visible;
 @property(readonly) NSRect frame;
+@property(copy) NSString* title;
+@property(strong) NSView* contentView;
 - (void)center;
 - (void)makeKeyAndOrderFront:(id)sender;
 - (void)orderOut:(id)sender;
@@ -114,6 +130,7 @@ enum : NSTextAlignment { NSTextAlignmentLeft = 0 };
 @property BOOL refusesFirstResponder;
 @property(copy) NSString* stringValue;
 - (void)performClick:(id)sender;
+- (void)sizeToFit;
 @end
 
 typedef NSUInteger NSBezelStyle;
@@ -158,12 +175,21 @@ enum : NSBorderType { NSBezelBorder = 2 };
 @property(retain) NSView* documentView;
 @end
 
+@interface NSCell : NSObject
+@property(copy) NSString* stringValue;
+@end
+
+@interface NSTableHeaderCell : NSCell
+@end
+
 @interface NSTableColumn : NSObject
 @property(copy) NSString* identifier;
+@property(strong) NSTableHeaderCell* headerCell;
 @end
 
 @interface NSTableView : NSControl
 @property(readonly) NSInteger selectedRow;
+@property(readonly, copy) NSArray* tableColumns;
 - (void)reloadData;
 - (void)deselectAll:(id)sender;
 - (void)sizeLastColumnToFit;

@@ -1,4 +1,4 @@
-#include "Uninstaller/remove/RememberedRun.h"
+#include "Uninstaller/remove/RunRecord.h"
 
 #include <algorithm>
 #include <charconv>
@@ -48,7 +48,7 @@ std::string textOf(const RememberedFolder& folder) {
          std::to_string(folder.changed.tv_nsec) + "\n";
 }
 
-void addItem(RememberedRun& run, const Words& words) {
+void addItem(RunRecord& run, const Words& words) {
   RememberedItem item;
   if (words.size() != 5 || !read(words[3], item.trashOwner)) return;
   if (words[1] != kNothing) item.user = textIn(words[1]);
@@ -57,7 +57,7 @@ void addItem(RememberedRun& run, const Words& words) {
   run.items.push_back(std::move(item));
 }
 
-void setFolder(RememberedRun& run, const Words& words) {
+void setFolder(RunRecord& run, const Words& words) {
   RememberedFolder folder;
   const bool isWhole = words.size() == 7 && read(words[2], folder.owner) && read(words[3], folder.group) &&
                        read(words[4], folder.mode) && read(words[5], folder.changed.tv_sec) &&
@@ -67,26 +67,26 @@ void setFolder(RememberedRun& run, const Words& words) {
   run.folder = std::move(folder);
 }
 
-void setWent(RememberedRun& run, const Words& words) {
+void setWent(RunRecord& run, const Words& words) {
   std::size_t index = 0;
   if (words.size() != 3 || !read(words[1], index) || index >= run.items.size()) return;
   run.items[index].went = true;
   run.items[index].trashedTo = textIn(words[2]);
 }
 
-void setBack(RememberedRun& run, const Words& words) {
+void setBack(RunRecord& run, const Words& words) {
   std::size_t index = 0;
   if (words.size() == 2 && read(words[1], index) && index < run.items.size()) run.items[index].isBack = true;
 }
 
-void addLine(std::vector<RememberedRun>& runs, std::string_view line) {
+void addLine(std::vector<RunRecord>& runs, std::string_view line) {
   const Words words = wordsOf(line);
   if (words[0] == "run" && words.size() == 2) {
     runs.emplace_back().began = textIn(words[1]);
     return;
   }
   if (runs.empty()) return;
-  RememberedRun& run = runs.back();
+  RunRecord& run = runs.back();
   if (words[0] == "item") addItem(run, words);
   if (words[0] == "folder") setFolder(run, words);
   if (words[0] == "went") setWent(run, words);
@@ -96,11 +96,11 @@ void addLine(std::vector<RememberedRun>& runs, std::string_view line) {
 
 }  // namespace
 
-bool RememberedRun::hasChanged() const {
+bool RunRecord::hasChanged() const {
   return folderWent || std::ranges::any_of(items, [](const RememberedItem& item) { return item.went; });
 }
 
-std::string textOf(const RememberedRun& run) {
+std::string textOf(const RunRecord& run) {
   std::string text = "run " + wordOf(run.began) + "\n";
   for (const RememberedItem& item : run.items) text += textOf(item);
   for (std::size_t index = 0; index < run.items.size(); ++index) {
@@ -119,8 +119,8 @@ std::string folderWentLine() { return "folder-went\n"; }
 
 std::string backLine(std::size_t index) { return "back " + std::to_string(index) + "\n"; }
 
-std::vector<RememberedRun> parsedRuns(std::string_view text) {
-  std::vector<RememberedRun> runs;
+std::vector<RunRecord> parsedRuns(std::string_view text) {
+  std::vector<RunRecord> runs;
   for (std::size_t end = 0; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1)) {
     addLine(runs, text.substr(0, end));
   }

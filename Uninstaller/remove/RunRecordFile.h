@@ -8,27 +8,27 @@
 #include <vector>
 
 #include "Platform/posix/UniqueFd.h"
-#include "Uninstaller/remove/RememberedRun.h"
+#include "Uninstaller/remove/RunRecord.h"
 
 namespace qm::removal {
 
 /// The record of the caller's last run, in a file that nobody but the caller can change. At every moment it contains
 /// what the process has done so far, except for the item being moved. One run at a time.
-class RunMemory {
+class RunRecordFile {
  public:
   /// The record in this folder, which is created when something is to be recorded. A folder that others can change is
   /// not trusted, nor is such a file in it.
-  RunMemory(uid_t user, std::string folder);
+  RunRecordFile(uid_t user, std::string folder);
   /// The folder of a caller: in /var/lib for root; for others in `stateHome` or, without one, in .local/state in their
   /// home.
   static std::string folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home);
 
   /// All recorded runs, oldest first. Returns 0 or an error number; EPERM if others could have changed the record.
-  int read(std::vector<RememberedRun>& runs) const;
+  int read(std::vector<RunRecord>& runs) const;
 
   /// Records what a run is about to do. The record of the last run that changed something stays until this one has. If
   /// it returns 0 the record is on the disk; otherwise it returns an error number.
-  int begin(const RememberedRun& run);
+  int begin(const RunRecord& run);
   /// Opens the record to add what is put back. Returns 0 or an error number.
   int resume();
 

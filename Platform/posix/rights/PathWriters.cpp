@@ -1,4 +1,4 @@
-#include "Platform/posix/rights/LedWay.h"
+#include "Platform/posix/rights/PathWriters.h"
 
 #include <cerrno>
 
@@ -26,11 +26,11 @@ Writers writersOfNewEntry(int folder) {
 }  // namespace
 
 // In a missing folder nobody can redirect anything, so only the existing folders count.
-Writers writersOnTheWayTo(const std::string& path) {
+Writers writersOfPath(const std::string& path) {
   if (pathError(path) != 0) return anybody();
   if (withoutTrailingSlashes(path) == "/") return {};
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
-  if (!place) return place.problem().error == ENOENT ? writersOnTheWayTo(folderOf(path)) : anybody();
+  if (!place) return place.problem().error == ENOENT ? writersOfPath(folderOf(path)) : anybody();
   Writers writers = place->writers;
   if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
   return writers;

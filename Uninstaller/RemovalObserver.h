@@ -6,7 +6,7 @@
 #include "Platform/Platform.h"
 
 /// What the services reported while one item was moved.
-struct Testimony {
+struct Observations {
   std::string trashedTo;         ///< where the move as the user has put it in the Trash; "" if it failed
   std::string plainReason;       ///< why the move as the user failed, the system's sentence; "" if it did not
   int plainError = 0;            ///< the error number for that reason, 0 if there is none
@@ -19,12 +19,12 @@ struct Testimony {
 /// The maker's classes return true or false and write their reasons to log and console. The services made here forward
 /// every call unchanged to those they are made from, and record the reasons. `main` installs them instead. Lives until
 /// the process ends.
-class RemovalWitness {
+class RemovalObserver {
  public:
-  explicit RemovalWitness(const qm::platform::Platform& services);
-  RemovalWitness(const RemovalWitness&) = delete;
-  RemovalWitness& operator=(const RemovalWitness&) = delete;
-  ~RemovalWitness();
+  explicit RemovalObserver(const qm::platform::Platform& services);
+  RemovalObserver(const RemovalObserver&) = delete;
+  RemovalObserver& operator=(const RemovalObserver&) = delete;
+  ~RemovalObserver();
 
   /// The services to install.
   const qm::platform::Platform& services() const { return services_; }
@@ -32,7 +32,7 @@ class RemovalWitness {
   /// Discards what was recorded. Any thread.
   void begin();
   /// What was recorded since `begin`. Any thread.
-  Testimony testimony() const;
+  Observations observations() const;
 
  private:
   class Notes;

@@ -1,4 +1,4 @@
-#include "Uninstaller/remove/RememberedRun.h"
+#include "Uninstaller/remove/RunRecord.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@ namespace {
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
-RememberedRun sample() {
-  RememberedRun run;
+RunRecord sample() {
+  RunRecord run;
   run.began = "2024-02-29T23:05:07";
   run.items = {{std::nullopt, "/Applications/a b\n=%", "root", 0, true, "/.Trash-0/files/a b\n=%", false},
                {"sam", "/home/sam/x", "sam", 1001, false, "", false},
@@ -21,7 +21,7 @@ RememberedRun sample() {
 }
 
 TEST(RememberedRuns, AreReadAsTheyWereWritten) {
-  const std::string text = textOf(sample()) + textOf(RememberedRun{});
+  const std::string text = textOf(sample()) + textOf(RunRecord{});
   const auto runs = parsedRuns(text);
   ASSERT_THAT(runs, SizeIs(2));
   EXPECT_EQ(textOf(runs[0]) + textOf(runs[1]), text);
@@ -40,7 +40,7 @@ TEST(RememberedRuns, AreReadAsTheyWereWritten) {
 }
 
 TEST(RememberedRuns, AreAddedToLineByLine) {
-  RememberedRun run = sample();
+  RunRecord run = sample();
   run.items[1].went = false;
   const auto runs = parsedRuns(textOf(run) + wentLine(1, "/t") + backLine(0));
   EXPECT_TRUE(runs[0].items.at(1).went);
@@ -49,12 +49,12 @@ TEST(RememberedRuns, AreAddedToLineByLine) {
 }
 
 TEST(RememberedRuns, HaveChangedSomethingWhenAnythingWent) {
-  RememberedRun run;
+  RunRecord run;
   run.items.resize(1);
   EXPECT_FALSE(run.hasChanged());
   run.items[0].went = true;
   EXPECT_TRUE(run.hasChanged());
-  run = RememberedRun();
+  run = RunRecord();
   run.folderWent = true;
   EXPECT_TRUE(run.hasChanged());
 }
@@ -73,7 +73,7 @@ TEST(RememberedRuns, AreNoneOfWhatBreaksTheRules) {
 TEST(RememberedRuns, LoseTheLineThatWasCutOff) {
   const std::string text = textOf(sample());
   for (std::size_t length = 0; length < text.size(); ++length) {
-    for (const RememberedRun& run : parsedRuns(text.substr(0, length) + "went 0 /x")) {
+    for (const RunRecord& run : parsedRuns(text.substr(0, length) + "went 0 /x")) {
       EXPECT_TRUE(run.items.empty() || run.items[0].trashedTo != "/x") << length;
     }
   }

@@ -1,4 +1,4 @@
-#include "Uninstaller/RemovalWitness.h"
+#include "Uninstaller/RemovalObserver.h"
 
 #include <mutex>
 #include <optional>
@@ -12,24 +12,24 @@
 using namespace qm::platform;  // the names of Authorization Services are long enough as they are
 
 /// The thread that reads the helper's messages prints lines as well.
-class RemovalWitness::Notes {
+class RemovalObserver::Notes {
  public:
   template <class Change>
   void note(Change change) {
     const std::scoped_lock lock(mutex_);
     change(testimony_);
   }
-  Testimony read() const {
+  Observations read() const {
     const std::scoped_lock lock(mutex_);
     return testimony_;
   }
 
  private:
   mutable std::mutex mutex_;
-  Testimony testimony_;
+  Observations testimony_;
 };
 
-class RemovalWitness::Trash final : public qm::platform::Trash {
+class RemovalObserver::Trash final : public qm::platform::Trash {
  public:
   Trash(qm::platform::Trash& inner, Notes& notes) : inner_(inner), notes_(notes) {}
 
@@ -37,7 +37,7 @@ class RemovalWitness::Trash final : public qm::platform::Trash {
                         const std::vector<std::string>& names) override {
     Recycled recycled = inner_.recycleItems(sourceFolder, trashDirectory, names);
     const Status& status = recycled.status;
-    notes_.note([&](Testimony& said) {
+    notes_.note([&](Observations& said) {
       if (!recycled.paths.empty()) said.trashedTo = recycled.paths.back();
       if (status) return;
       said.plainReason = status.localizedDescription();
@@ -59,7 +59,7 @@ class RemovalWitness::Trash final : public qm::platform::Trash {
   Notes& notes_;
 };
 
-class RemovalWitness::Authorization final : public AuthorizationServices {
+class RemovalObserver::Authorization final : public AuthorizationServices {
  public:
   Authorization(AuthorizationServices& inner, Notes& notes) : inner_(inner), notes_(notes) {}
 
@@ -93,7 +93,7 @@ class RemovalWitness::Authorization final : public AuthorizationServices {
 
  private:
   AuthorizationStatus refused(AuthorizationStatus status) {
-    if (status != errAuthorizationSuccess) notes_.note([](Testimony& said) { said.rightsRefused = true; });
+    if (status != errAuthorizationSuccess) notes_.note([](Observations& said) { said.rightsRefused = true; });
     return status;
   }
 
@@ -101,13 +101,13 @@ class RemovalWitness::Authorization final : public AuthorizationServices {
   Notes& notes_;
 };
 
-class RemovalWitness::Console final : public qm::platform::Console {
+class RemovalObserver::Console final : public qm::platform::Console {
  public:
   Console(qm::platform::Console& inner, Notes& notes) : inner_(inner), notes_(notes) {}
 
   void print(std::string_view text) override {
     inner_.print(text);
-    notes_.note([&](Testimony& said) { said.privilegedReason = text; });
+    notes_.note([&](Observations& said) { said.privilegedReason = text; });
   }
 
  private:
@@ -115,7 +115,7 @@ class RemovalWitness::Console final : public qm::platform::Console {
   Notes& notes_;
 };
 
-RemovalWitness::RemovalWitness(const Platform& services)
+RemovalObserver::RemovalObserver(const Platform& services)
     : notes_(std::make_unique<Notes>()),
       trash_(std::make_unique<Trash>(*services.trash, *notes_)),
       authorization_(std::make_unique<Authorization>(*services.authorizationServices, *notes_)),
@@ -126,10 +126,10 @@ RemovalWitness::RemovalWitness(const Platform& services)
   services_.console = console_.get();
 }
 
-RemovalWitness::~RemovalWitness() = default;
+RemovalObserver::~RemovalObserver() = default;
 
-void RemovalWitness::begin() {
-  notes_->note([](Testimony& said) { said = {}; });
+void RemovalObserver::begin() {
+  notes_->note([](Observations& said) { said = {}; });
 }
 
-Testimony RemovalWitness::testimony() const { return notes_->read(); }
+Observations RemovalObserver::observations() const { return notes_->read(); }

@@ -8,6 +8,6 @@ namespace qm::posix {
 
 /// Everybody but root who can redirect a path, or the path to where an item would be created. Anybody, if that cannot
 /// be determined.
-Writers writersOnTheWayTo(const std::string& path);
+Writers writersOfPath(const std::string& path);
 
 }  // namespace qm::posix

@@ -1,4 +1,4 @@
-#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/RunRecordFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,8 +14,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-RememberedRun runOf(const std::string& began) {
-  RememberedRun run;
+RunRecord runOf(const std::string& began) {
+  RunRecord run;
   run.began = began;
   run.items.resize(1);
   run.items[0].path = "/x";
@@ -32,20 +32,20 @@ class Memory : public ::testing::Test {
   }
   void TearDown() override { std::filesystem::remove_all(top); }
 
-  RunMemory memory() const { return {::getuid(), folder()}; }
+  RunRecordFile memory() const { return {::getuid(), folder()}; }
   std::string folder() const { return top + "/state/tessaly-remove"; }
   std::string file() const { return folder() + "/last-run"; }
 
   std::vector<std::string> beginnings() const {
-    std::vector<RememberedRun> runs;
+    std::vector<RunRecord> runs;
     EXPECT_EQ(memory().read(runs), 0);
     std::vector<std::string> result;
-    for (const RememberedRun& run : runs) result.push_back(run.began);
+    for (const RunRecord& run : runs) result.push_back(run.began);
     return result;
   }
 
   int error() const {
-    std::vector<RememberedRun> runs;
+    std::vector<RunRecord> runs;
     return memory().read(runs);
   }
 
@@ -59,10 +59,10 @@ mode_t modeOf(const std::string& path) {
 }
 
 TEST_F(Memory, LiesInAFolderOfTheCallersOwn) {
-  EXPECT_EQ(RunMemory::folderFor(0, "/home/sam/state", "/root"), "/var/lib/tessaly-remove");
-  EXPECT_EQ(RunMemory::folderFor(7, "/state", "/home/sam"), "/state/tessaly-remove");
-  EXPECT_EQ(RunMemory::folderFor(7, "state", "/home/sam"), "/home/sam/.local/state/tessaly-remove");
-  EXPECT_EQ(RunMemory::folderFor(7, std::nullopt, "/home/sam"), "/home/sam/.local/state/tessaly-remove");
+  EXPECT_EQ(RunRecordFile::folderFor(0, "/home/sam/state", "/root"), "/var/lib/tessaly-remove");
+  EXPECT_EQ(RunRecordFile::folderFor(7, "/state", "/home/sam"), "/state/tessaly-remove");
+  EXPECT_EQ(RunRecordFile::folderFor(7, "state", "/home/sam"), "/home/sam/.local/state/tessaly-remove");
+  EXPECT_EQ(RunRecordFile::folderFor(7, std::nullopt, "/home/sam"), "/home/sam/.local/state/tessaly-remove");
 }
 
 TEST_F(Memory, IsEmptyWhereNothingHasBeenRemembered) {
@@ -81,13 +81,13 @@ TEST_F(Memory, IsForItsOwnerAlone) {
 }
 
 TEST_F(Memory, KeepsTheLastRunThatChangedSomethingUntilAnotherDoes) {
-  RunMemory changed = memory();
+  RunRecordFile changed = memory();
   EXPECT_EQ(changed.begin(runOf("1")), 0);
   changed.add(wentLine(0, "/t"));
   EXPECT_EQ(memory().begin(runOf("2")), 0);
   EXPECT_EQ(memory().begin(runOf("3")), 0);
   EXPECT_THAT(beginnings(), ElementsAre("1", "2", "3"));
-  RunMemory next = memory();
+  RunRecordFile next = memory();
   EXPECT_EQ(next.begin(runOf("4")), 0);
   next.add(wentLine(0, "/t"));
   next.flush();
@@ -96,7 +96,7 @@ TEST_F(Memory, KeepsTheLastRunThatChangedSomethingUntilAnotherDoes) {
 }
 
 TEST_F(Memory, DoesNotGrowWithRunsThatChangeNothing) {
-  RunMemory changed = memory();
+  RunRecordFile changed = memory();
   EXPECT_EQ(changed.begin(runOf("first")), 0);
   changed.add(wentLine(0, "/t"));
   for (int run = 0; run < 30; ++run) EXPECT_EQ(memory().begin(runOf(std::to_string(run))), 0);
@@ -104,7 +104,7 @@ TEST_F(Memory, DoesNotGrowWithRunsThatChangeNothing) {
 }
 
 TEST_F(Memory, IsGoneWithItsFolderWhenItIsForgotten) {
-  RunMemory all = memory();
+  RunRecordFile all = memory();
   EXPECT_EQ(all.begin(runOf("1")), 0);
   all.forget();
   EXPECT_FALSE(std::filesystem::exists(folder()));

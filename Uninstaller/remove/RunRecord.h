@@ -32,7 +32,7 @@ struct RememberedFolder {
 };
 
 /// The record of a run, for putting things back.
-struct RememberedRun {
+struct RunRecord {
   std::string began;  ///< in local time: "2024-02-29T23:05:07"
   std::vector<RememberedItem> items;
   std::optional<RememberedFolder> folder;
@@ -43,12 +43,12 @@ struct RememberedRun {
 };
 
 /// The lines at the beginning of a run's record, and those that are added during the run. Each ends with a newline.
-std::string textOf(const RememberedRun& run);
+std::string textOf(const RunRecord& run);
 std::string wentLine(std::size_t index, const std::string& trashedTo);
 std::string folderWentLine();
 std::string backLine(std::size_t index);
 
 /// The runs in a text, oldest first. A line that breaks the rules is ignored, and so is an incomplete last one.
-std::vector<RememberedRun> parsedRuns(std::string_view text);
+std::vector<RunRecord> parsedRuns(std::string_view text);
 
 }  // namespace qm::removal

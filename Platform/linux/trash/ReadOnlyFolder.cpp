@@ -1,4 +1,4 @@
-#include "Platform/linux/trash/OwnLockedFolder.h"
+#include "Platform/linux/trash/ReadOnlyFolder.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -32,8 +32,8 @@ int renameUnlocked(int above, const std::string& name, const ItemIdentity& item,
 
 }  // namespace
 
-int renameAlsoWhenLocked(int folder, const std::string& name, const ItemIdentity& item, uid_t owner,
-                         const std::function<int()>& rename) {
+int renameUnlocking(int folder, const std::string& name, const ItemIdentity& item, uid_t owner,
+                    const std::function<int()>& rename) {
   const int error = rename();
   return error == EACCES && isOwnLockedFolder(folder, item, owner) ? renameUnlocked(folder, name, item, rename) : error;
 }

@@ -1,4 +1,4 @@
-#include "Uninstaller/remove/RunMemory.h"
+#include "Uninstaller/remove/RunRecordFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -71,7 +71,7 @@ int writeOwnFile(int folder, const std::string& text) {
   return listed && ::fsync(listed.get()) == 0 ? 0 : errno;
 }
 
-std::vector<RememberedRun> stillOfUse(std::vector<RememberedRun> runs) {
+std::vector<RunRecord> stillOfUse(std::vector<RunRecord> runs) {
   const auto changed = std::find_if(runs.rbegin(), runs.rend(), [](const auto& run) { return run.hasChanged(); });
   if (changed != runs.rend()) runs.erase(runs.begin(), changed.base() - 1);
   const std::size_t kept = kMostWithoutChange + 1;
@@ -81,19 +81,19 @@ std::vector<RememberedRun> stillOfUse(std::vector<RememberedRun> runs) {
 
 }  // namespace
 
-RunMemory::RunMemory(uid_t user, std::string folder) : user_(user), path_(std::move(folder)) {}
+RunRecordFile::RunRecordFile(uid_t user, std::string folder) : user_(user), path_(std::move(folder)) {}
 
-std::string RunMemory::folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home) {
+std::string RunRecordFile::folderFor(uid_t user, const std::optional<std::string>& stateHome, const std::string& home) {
   if (user == 0) return stateFolderOfRoot() + kFolder;
   return (stateHome && stateHome->starts_with('/') ? *stateHome : home + "/.local/state") + kFolder;
 }
 
-int RunMemory::openFolder(UniqueFd& folder) const {
+int RunRecordFile::openFolder(UniqueFd& folder) const {
   folder = openOwnFolder(path_, user_);
   return folder ? 0 : errno;
 }
 
-int RunMemory::read(std::vector<RememberedRun>& runs) const {
+int RunRecordFile::read(std::vector<RunRecord>& runs) const {
   UniqueFd folder;
   int error = openFolder(folder);
   if (error != 0) return error == ENOENT ? 0 : error;
@@ -106,34 +106,34 @@ int RunMemory::read(std::vector<RememberedRun>& runs) const {
 }
 
 // An unreadable record is worthless: the new run replaces it.
-int RunMemory::begin(const RememberedRun& run) {
+int RunRecordFile::begin(const RunRecord& run) {
   if (const int error = makePrivateFolder(path_)) return error;
-  std::vector<RememberedRun> runs;
+  std::vector<RunRecord> runs;
   static_cast<void>(read(runs));
   UniqueFd folder;
   if (const int error = openFolder(folder)) return error;
   std::string text;
-  for (const RememberedRun& earlier : stillOfUse(std::move(runs))) text += textOf(earlier);
+  for (const RunRecord& earlier : stillOfUse(std::move(runs))) text += textOf(earlier);
   if (const int error = writeOwnFile(folder.get(), text + textOf(run))) return error;
   return resume();
 }
 
-int RunMemory::resume() {
+int RunRecordFile::resume() {
   UniqueFd folder;
   if (const int error = openFolder(folder)) return error;
   file_ = openOwnFile(folder.get(), user_, O_WRONLY | O_APPEND);
   return file_ ? 0 : errno;
 }
 
-void RunMemory::add(const std::string& line) const {
+void RunRecordFile::add(const std::string& line) const {
   if (file_) static_cast<void>(posix::writeAll(file_.get(), line.data(), line.size()));
 }
 
-void RunMemory::flush() const {
+void RunRecordFile::flush() const {
   if (file_) static_cast<void>(::fsync(file_.get()));
 }
 
-void RunMemory::forget() {
+void RunRecordFile::forget() {
   UniqueFd folder;
   if (openFolder(folder) != 0 || ::unlinkat(folder.get(), kFileName, 0) != 0) return;
   file_.reset();

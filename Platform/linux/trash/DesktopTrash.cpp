@@ -1,4 +1,4 @@
-#include "Platform/linux/trash/ShownTrash.h"
+#include "Platform/linux/trash/DesktopTrash.h"
 
 #include <fcntl.h>
 #include <linux/openat2.h>

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Platform/posix/rights/PathWriters.h"
+
+namespace qm::linux_ {
+
+using posix::writersOfPath;
+
+}  // namespace qm::linux_

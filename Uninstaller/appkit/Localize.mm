@@ -1,0 +1,85 @@
+#include "Uninstaller/appkit/Localize.h"
+
+#include <string>
+
+#include "Uninstaller/Language.h"
+#include "Uninstaller/appkit/SystemCalls.h"
+#include "Uninstaller/appkit/Text.h"
+
+namespace {
+
+NSString* inLanguage(NSString* english) {
+  return [english length] == 0 ? english : qm::appkit::textOf(qm::uninstaller::translated([english UTF8String]));
+}
+
+template <class Work>
+void forEach(NSArray* all, const Work& work) {
+  for (NSUInteger index = 0; index < [all count]; ++index) work([all objectAtIndex:index]);
+}
+
+bool isAtRightEdge(NSView* view) { return ([view autoresizingMask] & NSViewMinXMargin) != 0; }
+
+CGFloat widthOfTitle(NSButton* button) {
+  const NSRect frame = [button frame];
+  [button sizeToFit];
+  const CGFloat width = [button frame].size.width;
+  [button setFrame:frame];
+  return width;
+}
+
+/// The buttons to its left make room.
+void grow(NSButton* button) {
+  const NSRect frame = [button frame];
+  const CGFloat more = widthOfTitle(button) - frame.size.width;
+  if (more <= 0) return;
+  forEach([[button superview] subviews], [&](NSView* other) {
+    NSRect moved = [other frame];
+    if (!isAtRightEdge(other) || moved.origin.x > frame.origin.x) return;
+    moved.origin.x -= more;
+    if (other == button) moved.size.width += more;
+    [other setFrame:moved];
+  });
+}
+
+void localizeButton(NSButton* button) {
+  [button setTitle:inLanguage([button title])];
+  if (isAtRightEdge(button)) grow(button);
+}
+
+void localizeColumns(NSTableView* list) {
+  forEach([list tableColumns], [](NSTableColumn* column) {
+    [[column headerCell] setStringValue:inLanguage([[column headerCell] stringValue])];
+  });
+}
+
+void localizeView(NSView* view) {
+  if ([view isKindOfClass:[NSButton class]]) localizeButton(static_cast<NSButton*>(view));
+  if ([view isKindOfClass:[NSTableView class]]) localizeColumns(static_cast<NSTableView*>(view));
+  if ([view isKindOfClass:[NSTextField class]]) {
+    auto* const text = static_cast<NSTextField*>(view);
+    [text setStringValue:inLanguage([text stringValue])];
+  }
+  if ([[view toolTip] length] > 0) [view setToolTip:inLanguage([view toolTip])];
+  const auto [label, help] = qm::appkit::descriptionOf(view);
+  if ([label length] > 0) qm::appkit::describe(view, inLanguage(label), inLanguage(help));
+  forEach([view subviews], localizeView);
+}
+
+}  // namespace
+
+namespace qm::appkit {
+
+void localize(NSWindow* window) {
+  [window setTitle:inLanguage([window title])];
+  localizeView([window contentView]);
+}
+
+void localize(NSMenu* menu) {
+  [menu setTitle:inLanguage([menu title])];
+  forEach([menu itemArray], [](NSMenuItem* item) {
+    [item setTitle:inLanguage([item title])];
+    if ([item hasSubmenu]) localize([item submenu]);
+  });
+}
+
+}  // namespace qm::appkit
