@@ -260,3 +260,8 @@ picture() {
   wait_until 10 is_drawn
   import -window root png:- | convert png:- -fuzz 2% -trim +repage "$pictures/$1${suffix-}.png"
 }
+
+# ---- how people use the windows
+
+# shellcheck source=tests/e2e/qt.bash
+. "${toolkit-$(dirname "${BASH_SOURCE[0]}")/qt.bash}"
