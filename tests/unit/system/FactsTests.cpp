@@ -132,6 +132,7 @@ TEST_F(SystemFacts, FindsWhatIsInstalledWhereTheProductSays) {
   };
   EXPECT_THAT(folders("../lib/t"), ::testing::ElementsAre("/opt/t/lib/t", "/usr/lib/t"));
   EXPECT_THAT(folders("../../.."), ::testing::ElementsAre("/", "/"));
+  EXPECT_THAT(folders("../"), ::testing::ElementsAre("/opt/t", "/usr"));
   EXPECT_THAT(folders("parts"), ::testing::ElementsAre("/opt/t/bin/parts", "/usr/bin/parts"));
   EXPECT_THAT(folders(""), ::testing::ElementsAre("/opt/t/bin", "/usr/bin"));
   EXPECT_THAT(folders("/srv/libexec"), ::testing::ElementsAre("/srv/libexec", "/srv/libexec"));
