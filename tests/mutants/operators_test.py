@@ -46,6 +46,7 @@ class Operators(unittest.TestCase):
     def test_swap_arguments(self):
         self.assertEqual(changes("move(from, to);")["argument"], ["move(to, from);"])
         self.assertNotIn("argument", changes("int move(int from, int to) {"))
+        self.assertNotIn("argument", changes("return std::min(size, limit);"))
 
     def test_change_only_their_line(self):
         text = "a();\n  b();\n"

@@ -210,6 +210,26 @@ TEST(PutBackByRoot, FollowsNoLinkOfOthersForItsOwnItemsEither) {
   });
 }
 
+TEST(PutBackByRoot, ReturnsNothingThatTookThePlaceOfTheItemAfterTheLook) {
+  playWithProduct([](World& world) {
+    // The item is taken once the record is written.
+    afterSystemCall(SYS_fsync, [] {
+      changeProduct([](const std::string& product) {
+        EXPECT_EQ(::rename(product.c_str(), (kFiles + "aside").c_str()), 0);
+        EXPECT_EQ(::symlink("/etc", product.c_str()), 0);
+      });
+    });
+    const platform::Status status = world.putBackNewest(kProduct);
+    EXPECT_EQ(status.code(), ESTALE);
+    EXPECT_EQ(status.localizedDescription(),
+              "“Tessaly.app” couldn’t be put back because something else has taken its place in the Trash.");
+    EXPECT_EQ(world.namesIn(kApplications), Names{});
+    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app"), "/etc") << "it is in the Trash again";
+    EXPECT_EQ(world.contentsOf(kFiles + "aside/binary"), "binary");
+    EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
+  });
+}
+
 TEST(PutBackByRoot, DropsWhatLendsRights) {
   for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
     play([](World& world) {
