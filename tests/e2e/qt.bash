@@ -39,7 +39,7 @@ click_uninstall() { click 74 31; }
 click_cancel() { click 184 31; }
 
 # What is above the box is higher in some languages, and what is below it is not.
-note_window() { box_top=$(($(window_height) - 111)); }
+note_window() { box_top=$(($(window_height) - 149)); }
 # The box has its mark: a few pixels as dark as text.
 preferences_are_ticked() {
   local dark
