@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/OperationQueue.h"
 
 #include <condition_variable>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/Platform.h"
 
 #include <atomic>

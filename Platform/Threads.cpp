@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/Threads.h"
 
 #include <system_error>

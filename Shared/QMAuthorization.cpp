@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Shared/QMAuthorization.h"
 
 #include "Platform/Clock.h"

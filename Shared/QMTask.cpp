@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Shared/QMTask.h"
 
 #include <cmath>

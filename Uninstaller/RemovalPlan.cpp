@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/RemovalPlan.h"
 
 #include "Platform/FileSystem.h"

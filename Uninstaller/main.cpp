@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/AppController.h"
 #include "Uninstaller/Application.h"
 #include "Uninstaller/Product.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/Machine.h"
 #include "Uninstaller/Product.h"
 

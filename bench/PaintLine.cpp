@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A window with one line of text: the least that a program with words in its window takes.
 #include <QLabel>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The application as it is, observed at its first paint.
 #include "Uninstaller/AppController.h"
 #include "Uninstaller/Application.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What administrator rights cost: opening a session compared with pkexec alone, and a launch compared with posix_spawn.
 // Runs as root on a throw-away machine; see scripts/bench.
 

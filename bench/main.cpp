@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Compares the project's operations with the minimum that the system needs for them. Times drift from machine to
 // machine and hour to hour; the ratios of one run are what counts. Run it with scripts/bench.
 #include <cstdio>

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws what scripts/bench printed as one SVG, and writes the page that shows it.
 
     bench/plot.py MEASURED SVG PAGE

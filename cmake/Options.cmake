@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The compiler and linker options of every target of the project.
 add_library(qm_options INTERFACE)
 target_compile_options(qm_options INTERFACE

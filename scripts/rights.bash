@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Asks for the rights that the scripts need. Sourced.
 
 # shellcheck disable=SC2034 # used by the sourcing script

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/foundation/Utf8.h"
 
 #include <utf8proc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/LinuxPlatform.h"
 
 #include "Platform/Threads.h"

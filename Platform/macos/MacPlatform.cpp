@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/MacPlatform.h"
 
 #include "Platform/macos/desktop/MacDesktopShell.h"

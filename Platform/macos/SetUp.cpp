@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/SetUp.h"
 
 #include "Platform/macos/MacPlatform.h"

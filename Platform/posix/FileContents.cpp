@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/FileContents.h"
 
 #include <sys/types.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/FileMessages.h"
 
 #include <string_view>

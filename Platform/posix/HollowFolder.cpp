@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/HollowFolder.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/MakeFolders.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/Move.h"
 
 #include <fcntl.h>

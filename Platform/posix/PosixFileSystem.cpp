@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/PosixFileSystem.h"
 
 #include <fcntl.h>

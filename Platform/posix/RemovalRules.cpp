@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/RemovalRules.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/TemporaryName.h"
 
 #include <sys/random.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/TreeCopy.h"
 
 #include <fcntl.h>

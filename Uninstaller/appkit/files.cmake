@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The front end's own files, for every system with AppKit. What such systems do each in its own way (`SystemCalls.h`,
 # `systemPlatform`) is added by whoever builds it.
 set(QM_APPKIT_FILES

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/helper/RemovalPolicy.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The uninstaller's program with administrator rights.
 
 #include "Platform/linux/privileges/helper/HelperMain.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/SystemLanguage.h"
 
 #include "Platform/linux/system/OwnPrograms.h"

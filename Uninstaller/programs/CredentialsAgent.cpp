@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Answers one password dialog for the application that started it.
 
 #include "Platform/linux/privileges/agent/AgentMain.h"

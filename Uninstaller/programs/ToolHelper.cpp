@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs any program with administrator rights, for the maker's applications.
 
 #include "Platform/linux/privileges/helper/ToolHelperMain.h"

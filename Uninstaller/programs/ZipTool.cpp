@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The zip tool.
 
 #include "Platform/linux/archives/ZipTool.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/CatalogueTranslator.h"
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/Disclosure.h"
 
 #include <QToolButton>

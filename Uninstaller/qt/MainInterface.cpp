@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/MainInterface.h"
 
 #include <QApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/QtDescriptorWait.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/QtMainThread.h"
 
 #include <sys/eventfd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/QtUserInterface.h"
 
 #include <QApplication>
@@ -76,10 +77,12 @@ void addDetails(QMessageBox& alert, const std::string& details) {
   grid->addWidget(buttons, row + 2, 0, 1, columns);
 }
 
-/// Screen readers would read the markup that is left in a label.
-void nameLabel(const QMessageBox& alert, const char* label, const std::string& text) {
+/// Screen readers would read the markup that is left in a label. Its text begins at the edge where the controls do.
+void prepareLabel(const QMessageBox& alert, const char* label, const std::string& text) {
   auto* const found = alert.findChild<QLabel*>(label);
-  if (found != nullptr) found->setAccessibleName(QString::fromStdString(text));
+  if (found == nullptr) return;
+  found->setAccessibleName(QString::fromStdString(text));
+  found->setAlignment((alert.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter);
 }
 
 /// Without the icon that some themes have for it: where people read from the right, it would push the text out.
@@ -99,8 +102,8 @@ void QtUserInterface::runAlertPanel(const std::string& title, const std::string&
   alert.setTextFormat(Qt::RichText);
   alert.setText("<b>" + heading.toHtmlEscaped() + "</b>");
   alert.setInformativeText(QString::fromStdString(message).toHtmlEscaped());
-  nameLabel(alert, "qt_msgbox_label", title);
-  nameLabel(alert, "qt_msgbox_informativelabel", message);
+  prepareLabel(alert, "qt_msgbox_label", title);
+  prepareLabel(alert, "qt_msgbox_informativelabel", message);
   alert.setStandardButtons(QMessageBox::Ok);
   alert.setDefaultButton(QMessageBox::Ok);
   describe(*alert.button(QMessageBox::Ok));

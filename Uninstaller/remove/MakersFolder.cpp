@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/MakersFolder.h"
 
 #include <fcntl.h>

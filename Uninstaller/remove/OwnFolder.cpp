@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/OwnFolder.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/Program.h"
 
 #include <fcntl.h>

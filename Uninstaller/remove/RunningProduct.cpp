@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/RunningProduct.h"
 
 #include <poll.h>

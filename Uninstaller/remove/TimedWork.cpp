@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/TimedWork.h"
 
 #include <atomic>

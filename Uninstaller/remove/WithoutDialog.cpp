@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/WithoutDialog.h"
 
 namespace qm::removal {

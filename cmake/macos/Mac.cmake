@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What a build for a Mac has beside everybody's: Objective-C++, the source of utf8proc, the frameworks.
 enable_language(C OBJCXX)
 set(CMAKE_OBJCXX_STANDARD ${CMAKE_CXX_STANDARD})

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Builds for one architecture of a Mac on Linux, with what `scripts/setup macos` has brought. QM_MAC_ARCHITECTURE: arm64
 # (the default) or x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of tessaly-remove for bash.
 
 _tessaly_remove() {

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of tessaly-remove for fish.
 complete -c tessaly-remove -f
 complete -c tessaly-remove -l plan -d 'Show what would go'

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Gives QuillmarkShared::shared and QuillmarkShared::static.
 include(CMakeFindDependencyMacro)
 find_dependency(Threads)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/archives/ArchiveTest.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/archives/ZipBytes.h"
 
 #include <cstddef>

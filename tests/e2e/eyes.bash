@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Other desktops, and people who see little, nothing or from the right. Sourced after machine.bash.
 
 # ---- on other desktops
@@ -156,7 +157,7 @@ spoken() { sed -n "s/.* - SPEECH OUTPUT: '\(.*\)'{.*/\1/p" $reader_log 2>/dev/nu
 heard=0
 hear() {
   local text
-  for text; do wait_until 20 is_said "$text"; done
+  for text; do wait_until 30 is_said "$text"; done
 }
 is_said() {
   local all rest
@@ -188,6 +189,7 @@ a_screen_reader_reads_every_window() {
   tab_to 'is removed if nothing is left in it check box checked.' 'This is always done and cannot be changed.'
   tab_to 'What will be moved' 'Shows the items that will be moved to your Trash, with their sizes.'
   press space
+  wait_until 10 plan_is_filled
   tab_to 'What will be moved' 'The items that are on this computer, with their sizes.'
   tab_to 'Cancel push button.' 'Closes this window and leaves everything as it is.'
   tab_to 'Uninstall push button.' 'Moves Tessaly to your Trash.'

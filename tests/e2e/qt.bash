@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # How people use the windows of Qt. Sourced by a scenario.
 
 install_program() {

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What happens in the windows of every toolkit.
 set(QM_SCENARIOS
   preferences_are_moved_when_the_box_is_ticked

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compares a throw-away machine's disk with what the run must have left.
 
     verify.py BEFORE AFTER --user NUMBER --home FOLDER [--moved PATH[=TRASH]]... [--removed PATH]... [--remembered FOLDER]

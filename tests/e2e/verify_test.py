@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The comparison of disks finds every difference: each case changes one thing of a run that is right."""
 
 import copy

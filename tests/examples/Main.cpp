@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Runs an example of docs/library, by its name.
 
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/FakeAuthorizationServices.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/FakeFileOperations.h"
 
 #include <cerrno>

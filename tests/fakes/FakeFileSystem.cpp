@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/FakeFileSystem.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/FakeStandardDirectories.h"
 
 namespace qm::testing {

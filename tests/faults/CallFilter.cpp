@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/CallFilter.h"
 
 #include <linux/filter.h>

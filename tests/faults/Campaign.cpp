@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/Campaign.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/FaultDriver.h"
 
 #include <dirent.h>

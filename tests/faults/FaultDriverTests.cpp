@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The driver itself, on bodies whose calls are known.
 
 #include "tests/faults/FaultDriver.h"

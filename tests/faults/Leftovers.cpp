@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/Leftovers.h"
 
 #include <sys/stat.h>

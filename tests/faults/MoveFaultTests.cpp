@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The privileged move to a user's Trash, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Root puts an item back from a user's Trash, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/TracedTree.h"
 
 #include <sys/time.h>

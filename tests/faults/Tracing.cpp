@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/Tracing.h"
 
 #include <elf.h>

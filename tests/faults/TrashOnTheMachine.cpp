@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/TrashOnTheMachine.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/Tree.h"
 
 #include <sys/stat.h>

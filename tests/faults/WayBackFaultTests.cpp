@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The command moves the items as root and puts them back, with a fault or a kill at each of its system calls.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/FurtherStarts.h"
 
 #include <sys/resource.h>

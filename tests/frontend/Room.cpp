@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/frontend/Room.h"
 
 #include <QAbstractButton>

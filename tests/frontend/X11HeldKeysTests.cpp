@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/X11HeldKeys.h"
 
 #include <xcb/xcb.h>

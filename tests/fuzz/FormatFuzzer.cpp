@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Feeds the formatter with any format string and any arguments, each in memory of its own of exactly its size. What it
 // prints for one number must be what the C library prints, and an argument must count for its own directive and for
 // nothing else.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Matches names against patterns and compares with a simple reference: a table of which prefixes of the one match which
 // prefixes of the other. The first byte of an input is the pattern's length.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Splits paths and joins them again. The first byte of an input is the length of a first path, and the rest is a second
 // one.
 

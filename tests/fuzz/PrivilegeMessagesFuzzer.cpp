@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Feeds the helper's message reader. The first byte of an input is the size of the pieces in which the rest arrives.
 // The messages must be the same as when it arrives in one piece, and must survive encoding and decoding.
 

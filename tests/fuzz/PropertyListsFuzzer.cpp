@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Feeds the preferences that switch logging off: the input is the file, and everything up to the log's decision is
 // real. The decision must stay the same when what was read is written again, in both formats.
 

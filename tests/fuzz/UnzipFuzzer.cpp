@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Unpacks any bytes, into a new folder and into one that contains a link to the outside. Nothing may ever be created or
 // changed outside these folders, and the new one exists exactly if the run has succeeded.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // Names that AppKit has had since macOS 10.12 and GNUstep has under their former ones. Included before every file.

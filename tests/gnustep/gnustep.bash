@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # How people use the windows of GNUstep. Sourced by a scenario.
 
 bundle=/usr/local/lib/UninstallTessaly.app

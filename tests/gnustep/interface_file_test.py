@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the interface file of the Mac's front end must hold, whichever tool has written it last."""
 
 import pathlib

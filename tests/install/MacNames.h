@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Names that the Mac's headers, its Objective-C runtime and programs themselves have at global scope or as macros.
 
 struct FSRef {

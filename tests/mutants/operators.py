@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Small changes to a C++ source that a test should notice.
 
 A source is read line by line, as clang-format lays it out. That is enough: a change that does not compile is dropped.

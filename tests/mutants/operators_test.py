@@ -1,4 +1,5 @@
 #!/usr/bin/env -S python3 -B
+# SPDX-License-Identifier: MIT
 """What the operators make of single lines."""
 
 import unittest

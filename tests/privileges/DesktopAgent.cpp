@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The dialog of a desktop, answered by a script: registers for a process, writes "ready" to standard output,
 // and then one line for every dialog, "ACTION<tab>MESSAGE". Ends when standard input is closed.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Something appears in a folder while root removes it.
 
 #include <fcntl.h>

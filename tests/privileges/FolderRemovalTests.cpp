@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The maker's folder, removed by root: only what nobody misses is ever removed.
 
 #include <gtest/gtest.h>

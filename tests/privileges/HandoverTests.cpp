@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What a user can and cannot do with an item that root has moved to the Trash.
 
 #include <fcntl.h>

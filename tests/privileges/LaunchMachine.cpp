@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/privileges/LaunchMachine.h"
 
 #include <fcntl.h>

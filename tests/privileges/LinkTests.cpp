@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Links, "..", mount points and other ways to mislead root.
 
 #include <fcntl.h>

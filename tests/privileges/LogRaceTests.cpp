@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Root rotates the logs of the user at the console, who meanwhile swaps the folders on the way for links.
 
 #include <fcntl.h>

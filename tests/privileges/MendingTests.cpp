@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What interrupted moves leave, and how it is mended.
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The helper's end of the connection: whose messages are accepted and whose are not.
 
 #include <fcntl.h>

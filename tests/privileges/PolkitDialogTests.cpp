@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Requesting administrator rights: in a dialog, at a terminal and with credentials.
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Somebody swaps a folder for a link while administrator rights work in it, end to end.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The extent of the rights: as far as the dialog said, and as long as they are needed.
 
 #include <gmock/gmock.h>

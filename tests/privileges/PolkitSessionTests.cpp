@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sessions with administrator rights: what happens to them when something around them ends, and who may use them.
 
 #include <fcntl.h>

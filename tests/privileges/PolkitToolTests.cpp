@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Tools with administrator rights.
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Root puts items back from the Trash of the user at the console, who meanwhile swaps things for links.
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/privileges/Race.h"
 
 #include <gtest/gtest.h>

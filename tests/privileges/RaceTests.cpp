@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Somebody swaps folders for links while root's tools work in them.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Root moves items to the Trash of the user at the console, who meanwhile swaps folders for links.
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the uninstaller's administrator rights allow, and what they refuse.
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which programs are started, and in what state.
 
 #include <gtest/gtest.h>

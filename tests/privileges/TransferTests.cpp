@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // mv, cp and mkdir for root: where items end up, and that nobody can redirect them.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/privileges/TrashMachine.h"
 
 #include "tests/support/PrivateMachine.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Items that root moves to a user's Trash: their state there, and what happens when the move is not possible.
 
 #include <gtest/gtest.h>

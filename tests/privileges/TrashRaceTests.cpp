@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A user swaps the parts of their own Trash for links while root moves items there.
 
 #include <fcntl.h>

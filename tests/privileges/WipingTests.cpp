@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Names and passwords leave nothing in the memory that contained them.
 
 #include <gtest/gtest.h>

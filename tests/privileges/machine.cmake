@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The machine of the tests with the real message bus, polkit and pkexec; the benchmarks use it too.
 find_package(PkgConfig REQUIRED)
 find_package(GTest REQUIRED)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Compares a throw-away machine's disk with what it was before items went and came back.
 
     came_back.py BEFORE AFTER ITEM...

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Checks a report against its description, and answers questions about it.
 
     check_report.py SCHEMA REPORT [EXPRESSION]...

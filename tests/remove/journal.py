@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A system journal for one run: writes each entry's fields, one a line, and an empty line behind each entry.
 
     journal.py OUTPUT

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The scenarios of the way back. Sourced by `scenario`, whose words they are made of.
 # shellcheck shell=bash disable=SC2154 # the machine's variables
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/FreedMemory.h"
 
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/PrivateMachine.h"
 
 #include <fcntl.h>

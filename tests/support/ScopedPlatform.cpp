@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/ScopedPlatform.h"
 
 namespace qm::testing {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/SubordinateIds.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What is on a throw-away machine's disk: every file, folder and link with all that describes it.
 
     snapshot.py OUTPUT [FOLDER...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/ArchiveProblem.h"
 
 #include "Platform/posix/ErrorWords.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/ExtractionFolder.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/PackedTree.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/Packing.h"
 
 #include <fcntl.h>

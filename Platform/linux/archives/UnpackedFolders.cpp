@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/UnpackedFolders.h"
 
 #include <fcntl.h>

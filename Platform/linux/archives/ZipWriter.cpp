@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/archives/ZipWriter.h"
 
 #include <archive_entry.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/ApplicationBundle.h"
 
 #include <plist/plist.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/DesktopNotices.h"
 
 #include <systemd/sd-bus.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/HeldItem.h"
 
 namespace qm::linux_ {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/LinuxDesktopShell.h"
 
 #include <sys/stat.h>

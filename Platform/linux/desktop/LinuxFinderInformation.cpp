@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/LinuxFinderInformation.h"
 
 #include <linux/magic.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/desktop/ThreadUser.h"
 
 #include <sys/syscall.h>

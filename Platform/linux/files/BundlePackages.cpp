@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/files/BundlePackages.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/files/LinuxItemLocks.h"
 
 #include <fcntl.h>

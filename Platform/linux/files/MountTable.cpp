@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/files/MountTable.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/ConsoleText.h"
 
 #include <algorithm>

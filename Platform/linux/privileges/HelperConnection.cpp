@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/HelperConnection.h"
 
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/PolkitAuthorization.h"
 
 #include <sys/prctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/PrivilegePrograms.h"
 
 #include "Platform/linux/system/OwnPrograms.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <sys/eventfd.h>
 
 #include "Platform/posix/process/Descriptors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/rights/FileSystemUser.h"
 
 #include <sys/fsuid.h>

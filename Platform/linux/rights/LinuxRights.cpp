@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <linux/magic.h>
 #include <sys/vfs.h>
 

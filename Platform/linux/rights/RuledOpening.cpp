@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/rights/RuledOpening.h"
 
 #include <fcntl.h>

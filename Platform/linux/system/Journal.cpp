@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/Journal.h"
 
 #include <sys/uio.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/PlistPropertyLists.h"
 
 #include <plist/plist.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/SystemClock.h"
 
 #include <cerrno>

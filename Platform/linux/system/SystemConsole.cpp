@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/SystemConsole.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/SystemUsers.h"
 
 #include <unistd.h>

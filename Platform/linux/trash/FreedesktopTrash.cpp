@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/FreedesktopTrash.h"
 
 #include <fcntl.h>

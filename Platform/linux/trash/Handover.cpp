@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/Handover.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/ItemsVisitor.h"
 
 #include <fcntl.h>

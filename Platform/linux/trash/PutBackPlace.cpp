@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/PutBackPlace.h"
 
 #include <fcntl.h>

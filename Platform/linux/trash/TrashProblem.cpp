@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/TrashProblem.h"
 
 #include <string_view>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/trash/UnflushedTrashes.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/desktop/DesktopCalls.h"
 
 #include <CoreFoundation/CoreFoundation.h>

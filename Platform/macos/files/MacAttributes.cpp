@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What goes along with a copy beside its contents: extended attributes and access lists.
 #include <copyfile.h>
 #include <sys/acl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What Platform/posix/SystemFileCalls.h says of copies: clones, creation dates, flags, and whether an item may leave.
 #include <fcntl.h>
 #include <sys/attr.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bodies of Platform/posix/SystemFileCalls.h.
 #include <dlfcn.h>
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The thread's own identity. The system finds out a person's groups by itself while one is set.
 #include <sys/kauth.h>
 #include <unistd.h>

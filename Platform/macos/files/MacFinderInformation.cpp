@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/files/MacFinderInformation.h"
 
 #include <sys/xattr.h>

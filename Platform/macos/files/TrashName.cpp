@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/files/TrashName.h"
 
 #include "Platform/foundation/PathComponents.h"

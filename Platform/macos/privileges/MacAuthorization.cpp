@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/privileges/MacAuthorization.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A queue of kernel events that waits for one child's exit. The event is never taken out of it, so that the queue stays
 // readable for poll(2) from the exit on, however many threads look.
 #include <poll.h>

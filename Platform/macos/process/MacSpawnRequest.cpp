@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <crt_externs.h>
 
 #include "Platform/posix/process/SpawnRequest.h"

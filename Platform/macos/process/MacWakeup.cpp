@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A queue of kernel events with one of the user's own: readable from `raise` until `lower`. A child never inherits one.
 #include <sys/types.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/system/MacConsole.h"
 
 #include "Platform/foundation/ControlCharacters.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/process/Descriptors.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/process/PipeReader.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/process/PosixTask.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/process/Reaper.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/process/SpawnRequest.h"
 
 #include <fcntl.h>

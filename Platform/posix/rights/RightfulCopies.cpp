@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/rights/RightfulCopies.h"
 
 #include <initializer_list>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/posix/rights/WorkFolder.h"
 
 #include <fcntl.h>

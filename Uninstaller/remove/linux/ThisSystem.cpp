@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/ThisSystem.h"
 
 #include <dirent.h>

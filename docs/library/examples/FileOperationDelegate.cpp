@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Shared/FileOperationDelegate.h"
 
 #include <fstream>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The text of a menu entry, checked by the specification and by the tool for it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

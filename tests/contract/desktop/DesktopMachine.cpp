@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/desktop/DesktopMachine.h"
 
 #include <gtest/gtest.h>

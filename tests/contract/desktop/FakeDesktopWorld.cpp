@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/desktop/DesktopWorld.h"
 #include "tests/fakes/Calls.h"
 #include "tests/fakes/FakeClock.h"

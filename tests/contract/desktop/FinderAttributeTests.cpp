@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The bytes after a label, which a Mac must find unchanged.
 #include <gtest/gtest.h>
 #include <sys/mount.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/desktop/HfsPlusImage.h"
 
 #include <cstddef>

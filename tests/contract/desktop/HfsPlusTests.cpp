@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Labels on a Mac's own volume, if the kernel can read one. Also a program of its own for that.
 #include <fcntl.h>
 #include <gtest/gtest.h>

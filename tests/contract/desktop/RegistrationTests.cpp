@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A registered bundle as the desktop finds it: in the menu, for its documents, and started from there.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

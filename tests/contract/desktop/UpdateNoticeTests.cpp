@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The notice as it arrives on a session's message bus.
 #include <fcntl.h>
 #include <gmock/gmock.h>

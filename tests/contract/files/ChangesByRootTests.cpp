@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Changes by a root process at paths that somebody else can redirect.
 
 #include <gtest/gtest.h>

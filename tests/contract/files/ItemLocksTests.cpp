@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <linux/fs.h>
 #include <sys/ioctl.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/files/FileCases.h"
 
 namespace qm::testing {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <sys/syscall.h>
 #include <sys/xattr.h>
 

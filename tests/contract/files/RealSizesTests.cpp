@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sizes and path patterns on a real disk, compared with a simple implementation: one path after the other.
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What holds of every system's bodies, whether it has such a thing or not.
 #include "Platform/posix/SystemFileCalls.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/system/TaskWorld.h"
 #include "tests/fakes/FakePlatform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/system/RealTasks.h"
 #include "tests/contract/system/TaskWorld.h"
 

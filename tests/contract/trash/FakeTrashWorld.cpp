@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/trash/FakeTrashWorld.h"
 
 #include <algorithm>

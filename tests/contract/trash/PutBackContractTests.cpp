@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Putting items back from the Trash: the same cases on each of them.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // As root for the user at the console: what root puts back with its own rights, and what it refuses.
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Putting back on a real system: other volumes, other Trashes, and what can be in the way.
 
 #include <fcntl.h>

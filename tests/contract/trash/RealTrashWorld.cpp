@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/trash/RealTrashWorld.h"
 
 #include <dirent.h>

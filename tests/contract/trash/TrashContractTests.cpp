@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The behaviour of every Trash: the same cases on each of them.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Descriptions in the Trash, whoever has written them.
 
 #include <gtest/gtest.h>

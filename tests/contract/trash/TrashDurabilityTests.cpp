@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is flushed to the disk at the end of a run, and what is not waited for before.
 
 #include <gtest/gtest.h>

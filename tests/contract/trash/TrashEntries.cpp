@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/trash/TrashEntries.h"
 
 #include <gtest/gtest.h>

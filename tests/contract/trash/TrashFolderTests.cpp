@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The home trash's own folders: how they are created, who must own them, and what happens when they change.
 
 #include <gtest/gtest.h>

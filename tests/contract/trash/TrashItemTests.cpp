@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Items that are hard to move on a real system: rights, locks, mounts, old file systems.
 
 #include <fcntl.h>

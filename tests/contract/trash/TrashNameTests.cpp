@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The name of an item in the Trash, and the form of its recorded path.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // As root for the user at the console: what root may do for that user, and what the user's links may not make it do.
 
 #include <gtest/gtest.h>

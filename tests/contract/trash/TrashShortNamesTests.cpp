@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A volume whose names are shorter than those of the others. No such file system can be mounted everywhere, so the
 // answer of the system is replaced in this program.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Other volumes than the home's: which Trash is theirs, and which is refused.
 
 #include <gtest/gtest.h>

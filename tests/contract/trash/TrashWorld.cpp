@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/trash/TrashWorld.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Keeps a copy of a file, runs a tool on it, and moves the file itself to the Trash.
 
 #include <Platform/SetUp.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Packs its argument into an archive, or says why it cannot.
 
 #include <Platform/SetUp.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/Calls.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/fakes/FakeDisk.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/foundation/Format.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/foundation/Strings.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/privileges/HollowFolderItems.h"
 
 #include <gmock/gmock.h>

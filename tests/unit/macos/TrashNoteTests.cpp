@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/files/TrashNote.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/OperationQueue.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/JournalRecord.h"
 
 #include <gmock/gmock.h>

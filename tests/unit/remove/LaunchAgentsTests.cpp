@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/LaunchAgents.h"
 
 #include "tests/support/PlatformTest.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/Options.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/Persons.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/RunLock.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/RunRecord.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Everything that has threads at once, on the real services: eight threads log, four tools print in the background, two
 // copies run, and an owner ends running tools. For QM_MIXED_THREADS_SECONDS, or briefly; meant for ThreadSanitizer.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Shared/QMException.h"
 
 #include <gmock/gmock.h>

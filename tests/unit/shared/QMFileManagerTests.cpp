@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Shared/QMFileManager.h"
 
 #include <gmock/gmock.h>

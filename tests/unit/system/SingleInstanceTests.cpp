@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/system/SingleInstance.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <type_traits>
 
 #include "tests/unit/uninstaller/AppControllerTest.h"

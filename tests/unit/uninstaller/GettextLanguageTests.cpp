@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/languages/GettextLanguage.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/Language.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/RemovalDetails.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/RemovalRun.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/agent/Credentials.h"
 
 #include <sys/mman.h>

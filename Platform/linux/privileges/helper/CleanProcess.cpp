@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/helper/CleanProcess.h"
 
 #include <sys/prctl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/helper/FileWork.h"
 
 #include <fcntl.h>

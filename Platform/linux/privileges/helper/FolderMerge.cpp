@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/helper/FolderMerge.h"
 
 #include <fcntl.h>

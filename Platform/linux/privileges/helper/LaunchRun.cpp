@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/helper/LaunchRun.h"
 
 #include <unistd.h>

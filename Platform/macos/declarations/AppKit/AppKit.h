@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What this project calls of AppKit.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the shared code makes of calls that Linux answers in one word.
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/files/plain/PlainFileCalls.h"
 
 #include <fcntl.h>

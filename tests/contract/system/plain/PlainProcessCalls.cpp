@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/contract/system/plain/PlainProcessCalls.h"
 
 #include <fcntl.h>

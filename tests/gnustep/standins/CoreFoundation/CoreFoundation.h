@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // What the Mac's services ask of CoreFoundation, which GNUstep has not, answered by the same objects of Foundation's.
