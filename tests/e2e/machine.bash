@@ -210,8 +210,6 @@ window_height() { xdotool getwindowgeometry --shell "$window" | sed -n 's/^HEIGH
 is_taller_than() { [ "$(window_height)" -gt "$1" ]; }
 is_as_tall_as() { [ "$(window_height)" = "$1" ]; }
 
-<<<<<<< HEAD
-=======
 # has_text_at GEOMETRY: a few pixels there are as dark as text.
 has_text_at() {
   local dark
@@ -219,11 +217,7 @@ has_text_at() {
     convert png:- -colorspace gray -threshold 25% -negate -format '%[fx:round(mean*w*h)]' info:)
   [ "$dark" -ge 12 ]
 }
-preferences_are_ticked() { has_text_at 16x18+24+139; }
-# "What will be moved" has its first line.
-plan_is_filled() { has_text_at 200x10+30+259; }
 
->>>>>>> f6c33606da2876b049ffa4331c53d0fe5008350f
 program_ended() { [ ! -d "/proc/$program" ] || grep -q '^[0-9]* (.*) Z ' "/proc/$program/stat" 2>/dev/null; }
 
 # The program ends by itself, without an error and leaving no child behind.

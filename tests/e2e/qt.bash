@@ -41,13 +41,9 @@ click_cancel() { click 184 31; }
 
 # What is above the box is higher in some languages, and what is below it is not.
 note_window() { box_top=$(($(window_height) - 149)); }
-# The box has its mark: a few pixels as dark as text.
-preferences_are_ticked() {
-  local dark
-  dark=$(import -window "$window" -crop "16x18+24+$box_top" +repage png:- |
-    convert png:- -colorspace gray -threshold 25% -negate -format '%[fx:round(mean*w*h)]' info:)
-  [ "$dark" -ge 12 ]
-}
+preferences_are_ticked() { has_text_at "16x18+24+$box_top"; }
+# "What will be moved" has its first line.
+plan_is_filled() { has_text_at "200x10+30+$((box_top + 120))"; }
 
 # Nothing of the toolkit's is in the way of the comparison.
 forget_toolkit() { :; }
