@@ -77,7 +77,7 @@ void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* 
   } else if (element == PE_PanelButtonCommand && button != nullptr) {
     drawAs(*button);
     drawButtonFrame(*button, *painter);
-  } else if (element == PE_FrameFocusRect) {
+  } else if (element == PE_FrameFocusRect && option->state.testFlag(State_KeyboardFocusChange)) {
     drawAs(*option);
     drawFrame(*painter, option->rect, QPen(frameColor(option->palette), 1), 1);
   } else if (isArrow && qobject_cast<const QToolButton*>(widget) != nullptr) {

@@ -85,9 +85,11 @@ the_window_is_mirrored_where_people_read_from_the_right() {
   toolkit_options=(-reverse)
   install sam && start_product && start_display && start_program
   picture main-window
-  local width
+  local width closed
   width=$(xdotool getwindowgeometry --shell "$window" | sed -n 's/^WIDTH=//p')
+  closed=$(window_height)
   press alt+w
+  wait_until 5 is_taller_than "$closed"
   picture main-window-plan
   click $((width - 74)) 31
   finish_run
@@ -116,6 +118,7 @@ the_windows_fit_on_a_small_screen() {
   press Tab space
   picture main-window-preferences
   press Tab Tab space Tab Tab
+  holds_for 300 is_on_screen
   picture main-window-plan
   wait_until 5 is_on_screen
   press Tab Return

@@ -43,6 +43,7 @@ bool hasRoom(const QLabel& label) {
 }
 
 bool hasRoom(const QAbstractButton& button) {
+  if (button.text().isEmpty()) return true;
   QSize room = button.size();
   QStyleOptionButton option;
   option.initFrom(&button);
@@ -58,6 +59,7 @@ bool hasRoom(const QAbstractButton& button) {
 
 bool hasRoom(const QTreeWidget& list) {
   const QHeaderView& header = *list.header();
+  if (header.length() > list.viewport()->width()) return false;
   for (int column = 0; column < header.count(); ++column) {
     const int room = header.sectionSize(column);
     if (header.fontMetrics().horizontalAdvance(list.headerItem()->text(column)) > room) return false;

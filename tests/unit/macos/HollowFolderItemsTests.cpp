@@ -50,7 +50,10 @@ TEST_F(HollowFolderItems, AreNoneWhereAFolderCannotBeListed) {
   for (const std::string& path : {disk.path(), disk.at("Quillmark")}) ::chmod(path.c_str(), 0755);
   ::chmod(disk.at("Quillmark/Inner").c_str(), 0);
   const uid_t own = ::geteuid();
-  if (own == 0) EXPECT_EQ(::seteuid(kNobody), 0);  // root lists every folder
+  // Root lists every folder.
+  if (own == 0) {
+    EXPECT_EQ(::seteuid(kNobody), 0);
+  }
   EXPECT_FALSE(hollowFolderItems(disk.at("Quillmark")));
   EXPECT_EQ(::seteuid(own), 0);
   ::chmod(disk.at("Quillmark/Inner").c_str(), 0700);
