@@ -54,9 +54,9 @@ void localizeColumns(NSTableView* list) {
 
 void localizeView(NSView* view) {
   if ([view isKindOfClass:[NSButton class]]) localizeButton(static_cast<NSButton*>(view));
-  if ([view isKindOfClass:[NSTableView class]]) localizeColumns(static_cast<NSTableView*>(view));
+  if ([view isKindOfClass:[NSTableView class]]) localizeColumns(static_cast<NSTableView*>(static_cast<id>(view)));
   if ([view isKindOfClass:[NSTextField class]]) {
-    auto* const text = static_cast<NSTextField*>(view);
+    auto* const text = static_cast<NSTextField*>(static_cast<id>(view));
     [text setStringValue:inLanguage([text stringValue])];
   }
   if ([[view toolTip] length] > 0) [view setToolTip:inLanguage([view toolTip])];

@@ -43,6 +43,9 @@ point_at_uninstall() { point 66 29; }
 click_uninstall() { click 66 29; }
 click_cancel() { click 176 29; }
 
+# A Mac's windows have no icon of their own.
+has_icon() { :; }
+
 note_window() { :; }
 # The box has its mark.
 preferences_are_ticked() {
