@@ -28,7 +28,8 @@ NSButton* makeTriangle() {
   [button setBezelStyle:NSBezelStyleDisclosure];
   [button setButtonType:NSButtonTypePushOnPushOff];
   [button setTitle:@""];
-  qm::appkit::describe(button, textOf(translated("Details")), textOf(translated("Shows what stayed where it was, and why.")));
+  qm::appkit::describe(button, textOf(translated("Details")),
+                       textOf(translated("Shows what stayed where it was, and why.")));
   return button;
 }
 
