@@ -29,7 +29,8 @@ ask_to_close() { press alt+w alt+q; }
 # Its windows do not tell the window manager which buttons they have.
 expect_no_close_button() { :; }
 
-press_mouse() { xdotool mousedown 1 sleep 0.1 mouseup 1; }
+# GNUstep loses a click whose press it handles after the release: the button is held as long as people hold it at least.
+press_mouse() { xdotool sleep 0.2 mousedown 1 sleep 0.4 mouseup 1; }
 click() {
   point "$@"
   press_mouse
