@@ -15,9 +15,10 @@ struct ProductIdentity {
   /// Each user has one instance of the program with this identifier.
   std::string_view identifier{};
 
-  /// Where an installation has the other programs and the data, relative to the running program's folder. An absolute
-  /// path is taken as it is.
+  /// Where an installation has the other programs, relative to the running program's folder. An absolute path is taken
+  /// as it is.
   std::string_view programsFolder = "../libexec";
+  /// The same for the data.
   std::string_view dataFolder = "../share";
 
   /// The helper with administrator rights for the product's own items. For this and the other programs of the product,
