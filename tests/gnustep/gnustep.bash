@@ -26,6 +26,11 @@ toggle_details() { click_at 40 137; }
 # By the menu's keys. The window manager would end a program whose window does not say how it is closed.
 ask_to_close() { press alt+w alt+q; }
 
+# GNUstep does not always take the keyboard when the window manager offers it. A user would point at the window.
+has_keyboard() {
+  [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ] || { xdotool windowfocus "$window" 2>/dev/null && false; }
+}
+
 # Its windows do not tell the window manager which buttons they have.
 expect_no_close_button() { :; }
 

@@ -39,7 +39,7 @@ class ProcessHandle {
   ProcessHandle(UniqueFd descriptor, pid_t process) : descriptor_(std::move(descriptor)), process_(process) {}
 
   UniqueFd descriptor_;
-  pid_t process_ = -1;
+  [[maybe_unused]] pid_t process_ = -1;
 };
 
 }  // namespace qm::posix
