@@ -20,8 +20,7 @@ std::string ownProgram(const platform::ProductIdentity& product, const std::opti
                        std::string_view name) {
   if (name.empty()) return "/nonexistent (the product names no program for it)";
   if (name.front() == '/') return std::string(name);
-  const std::string installed =
-      foundation::appendingPathComponent(installedFolder(executable, product.programsFolder), name);
+  std::string installed = foundation::appendingPathComponent(installedFolder(executable, product.programsFolder), name);
   if (::access(installed.c_str(), X_OK) == 0) return installed;
   return foundation::appendingPathComponent(installedFolder(executable, ""), name);
 }
