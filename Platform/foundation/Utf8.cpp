@@ -29,6 +29,25 @@ Character characterBefore(std::string_view text, std::size_t end) {
   return {};
 }
 
+bool isUtf8(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const Character character = characterAt(text, at);
+    if (!character.isValid()) return false;
+    at += character.length;
+  }
+  return true;
+}
+
+std::string replacingInvalidBytes(std::string_view text) {
+  std::string valid;
+  for (std::size_t at = 0; at < text.size();) {
+    const Character character = characterAt(text, at);
+    valid += character.isValid() ? text.substr(at, character.length) : std::string_view("?");
+    at += character.length;
+  }
+  return valid;
+}
+
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
   for (std::size_t at = 0; at < text.size(); at += characterAt(text, at).length) ++count;

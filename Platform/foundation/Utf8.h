@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 /// Walks UTF-8 text one character at a time.
@@ -23,6 +24,12 @@ Character characterAt(std::string_view text, std::size_t position);
 
 /// The character that ends right before `end`, which must be over 0.
 Character characterBefore(std::string_view text, std::size_t end);
+
+/// Whether all of a text is valid UTF-8.
+bool isUtf8(std::string_view text);
+
+/// The text with "?" for each byte that is not part of valid UTF-8.
+std::string replacingInvalidBytes(std::string_view text);
 
 /// How many columns of a terminal a text takes. Chinese, Japanese and Korean characters take two.
 std::size_t columnCount(std::string_view text);

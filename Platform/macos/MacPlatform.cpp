@@ -32,6 +32,7 @@ struct Services {
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, posix::rightsForCopies(users)),
+        itemLocks(users),
         trash(users, clock, product.identifier) {
     platform = {.authorizationServices = &authorization,
                 .clock = &clock,

@@ -8,6 +8,7 @@ set(QM_APPKIT_FILES
   Details.mm
   FreshKeys.cpp
   FrontEnd.mm
+  Instances.cpp
   Localize.mm
   MainInterface.mm
   MainThread.mm

@@ -10,6 +10,9 @@
 
 #include "Platform/macos/files/HeldPlace.h"
 #include "Platform/posix/FileMessages.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/rights/RightsForPaths.h"
 
 namespace qm::macos {
 namespace {
@@ -31,8 +34,8 @@ int find(const std::string& path, Item& item) {
   return posix::errorOf(found);
 }
 
-/// Without opening it, which takes rights that the flag does not.
-int writeFlags(const Place& place, std::uint32_t flags) {
+/// The name may stand for another item by now, so only for somebody who gains nothing by that. Takes no right to read.
+int writeFlagsByName(const Place& place, std::uint32_t flags) {
   attrlist which{};
   which.bitmapcount = ATTR_BIT_MAP_COUNT;
   which.commonattr = ATTR_CMN_FLAGS;
@@ -40,18 +43,34 @@ int writeFlags(const Place& place, std::uint32_t flags) {
       ::setattrlistat(place.folder.get(), place.name.c_str(), &which, &flags, sizeof flags, FSOPT_NOFOLLOW));
 }
 
+/// Reads and writes the flags of one open item.
+int toggle(int item, bool immutable) {
+  struct stat found {};
+  if (::fstat(item, &found) != 0) return errno;
+  if (S_ISLNK(found.st_mode)) return ENOTSUP;
+  const bool isLocked = (found.st_flags & UF_IMMUTABLE) != 0;
+  return isLocked == immutable ? 0 : posix::errorOf(::fchflags(item, found.st_flags ^ UF_IMMUTABLE));
+}
+
+bool cannotBeOpened(int error) { return error == EACCES || error == EOPNOTSUPP; }
+
 int setFlag(const std::string& path, bool immutable) {
   Item item;
   if (const int error = find(path, item)) return error;
   if (item.isLocked() == immutable) return 0;
   if (S_ISLNK(item.status.st_mode)) return ENOTSUP;
-  return writeFlags(item.place, item.status.st_flags ^ UF_IMMUTABLE);
+  const posix::UniqueFd opened(posix::openItself(item.place.folder.get(), item.place.name.c_str()));
+  if (opened) return toggle(opened.get(), immutable);
+  if (!cannotBeOpened(errno) || ::geteuid() == 0) return errno;
+  return writeFlagsByName(item.place, item.status.st_flags ^ UF_IMMUTABLE);
 }
 
 }  // namespace
 
 platform::Status MacItemLocks::setImmutable(const std::string& path, bool immutable) {
-  return posix::statusOf(immutable ? FileOperation::Lock : FileOperation::Unlock, setFlag(path, immutable), path);
+  const posix::RightsForPaths rights(users_, {path});
+  const int error = rights.ok() ? setFlag(path, immutable) : EPERM;
+  return posix::statusOf(immutable ? FileOperation::Lock : FileOperation::Unlock, error, path);
 }
 
 std::optional<bool> MacItemLocks::isImmutable(const std::string& path) const {

@@ -4,11 +4,13 @@
 #include <sys/mount.h>
 #include <sys/param.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <memory>
 
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/rights/SystemRights.h"
 
 namespace qm::posix {
@@ -62,6 +64,16 @@ bool hasListThatGrantsWriting(int folder) {
 std::string shownPath(int descriptor) {
   std::array<char, MAXPATHLEN> path{};
   return ::fcntl(descriptor, F_GETPATH, path.data()) == 0 ? std::string(path.data()) : std::string();
+}
+
+/// Read by its name: what was looked at is what counts.
+std::optional<std::string> readLink(int item, int folder, const std::string& name) {
+  std::array<char, MAXPATHLEN> text{};
+  const ssize_t length = ::readlinkat(folder, name.c_str(), text.data(), text.size());
+  if (length < 0) return std::nullopt;
+  if (isStill(item, folder, name)) return std::string(text.data(), static_cast<std::size_t>(length));
+  errno = ESTALE;
+  return std::nullopt;
 }
 
 }  // namespace qm::posix

@@ -10,6 +10,7 @@
 
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/foundation/Utf8.h"
 #include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/RootTrash.h"
 #include "Platform/macos/files/TrashCalls.h"
@@ -95,6 +96,8 @@ Status MacTrash::recycleOne(const std::string& path, const std::string& trash, s
 }
 
 Status MacTrash::recycleOwn(const Leaving& leaving, std::string& stored) const {
+  // The frameworks have no name for other bytes, and end the program.
+  if (!foundation::isUtf8(leaving.path)) return trashFailure(EILSEQ, leaving.path);
   const TrashAnswer answer = trashItem(leaving.path);
   stored = answer.path;
   return answer.done ? Status::success() : trashFailure(answer, leaving.path);

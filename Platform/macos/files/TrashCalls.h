@@ -14,7 +14,8 @@ struct TrashAnswer {
   std::string description;  ///< the system's sentence
 };
 
-/// `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. A link itself is meant.
+/// `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. A link itself is meant. The path is
+/// UTF-8.
 TrashAnswer trashItem(const std::string& path);
 
 }  // namespace qm::macos

@@ -14,21 +14,10 @@ namespace {
 using namespace platform;  // the names of Authorization Services are long enough as they are
 
 constexpr const char* kRemove = "/bin/rm";
+/// The option of a session's end that takes the rights away from all that share them.
+constexpr AuthorizationFlags kDestroyRights = 8;
 /// Does nothing, and says that it has not done it.
 constexpr const char* kNothing = "/usr/bin/false";
-
-class ToolOutput final : public CommunicationsPipe {
- public:
-  explicit ToolOutput(std::FILE* file) : file_(file) {}
-  ToolOutput(const ToolOutput&) = delete;
-  ToolOutput& operator=(const ToolOutput&) = delete;
-  ~ToolOutput() override { static_cast<void>(std::fclose(file_)); }
-
-  int readCharacter() override { return std::fgetc(file_); }
-
- private:
-  std::FILE* file_;
-};
 
 bool isPath(const std::string& argument) { return argument.starts_with('/'); }
 
@@ -36,9 +25,40 @@ bool isLed(const std::string& path) { return !posix::writersOfPath(path).none();
 
 }  // namespace
 
+/// Remembers whether its tool has ended.
+class ToolOutput final : public CommunicationsPipe {
+ public:
+  explicit ToolOutput(std::FILE* file) : file_(file) {}
+  ToolOutput(const ToolOutput&) = delete;
+  ToolOutput& operator=(const ToolOutput&) = delete;
+  ~ToolOutput() override { static_cast<void>(std::fclose(file_)); }
+
+  int readCharacter() override {
+    const int character = std::fgetc(file_);
+    hasEnded_ = hasEnded_ || character < 0;
+    return character;
+  }
+
+  bool hasEnded() const { return hasEnded_; }
+  void waitForEnd() {
+    while (!hasEnded_) static_cast<void>(readCharacter());
+  }
+
+ private:
+  std::FILE* file_;
+  std::atomic<bool> hasEnded_ = false;
+};
+
+MacAuthorization::MacAuthorization(platform::Console& console) : console_(console) {}
+
+MacAuthorization::~MacAuthorization() = default;
+
 AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                              AuthorizationRef* session) {
-  return createSession(environment, flags, session);
+  AuthorizationRef made = nullptr;
+  const AuthorizationStatus status = createSession(environment, flags, &made);
+  *session = status == errAuthorizationSuccess ? keep(made) : nullptr;
+  return status;
 }
 
 void MacAuthorization::announce(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -67,11 +87,20 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
 AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                  const AuthorizationItems& environment, AuthorizationFlags flags) {
   if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
-  return copySessionRights(session, rights, environment, flags);
+  const AuthorizationRef found = systems(session);
+  return found == nullptr ? errAuthorizationInvalidRef : copySessionRights(found, rights, environment, flags);
 }
 
 AuthorizationStatus MacAuthorization::free(AuthorizationRef session, AuthorizationFlags flags) {
-  return freeSession(session, flags);
+  std::unique_ptr<Session> ended;
+  {
+    const std::scoped_lock lock(mutex_);
+    const auto found = sessions_.find(session);
+    if (found == sessions_.end()) return errAuthorizationInvalidRef;
+    ended = std::move(found->second);
+    sessions_.erase(found);
+  }
+  return ended->system == nullptr ? errAuthorizationSuccess : freeSession(ended->system, flags);
 }
 
 AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef session, const std::string& tool,
@@ -79,12 +108,28 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
                                                             const std::vector<std::string>& arguments,
                                                             std::shared_ptr<CommunicationsPipe>* pipe) {
   if (!canExecute()) return errAuthorizationToolExecuteFailure;
+  const AuthorizationRef rightful = systems(session);
+  if (rightful == nullptr) return errAuthorizationInvalidRef;
   const auto meant = asMeant(tool, arguments);
   if (!meant) return errAuthorizationDenied;
   std::FILE* output = nullptr;
-  const AuthorizationStatus status = executeWithRights(session, tool, flags, *meant, &output);
-  if (status == errAuthorizationSuccess && output != nullptr) *pipe = std::make_shared<ToolOutput>(output);
+  const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *meant, &output);
+  if (status == errAuthorizationSuccess && output != nullptr) *pipe = keepOutput(output);
   return status;
+}
+
+/// A tool that nobody reads from is waited for as well.
+void MacAuthorization::releaseRights() {
+  std::vector<std::shared_ptr<ToolOutput>> outputs;
+  std::vector<AuthorizationRef> ended;
+  {
+    const std::scoped_lock lock(mutex_);
+    std::swap(outputs, outputs_);
+    for (const auto& [handle, session] : sessions_) ended.push_back(std::exchange(session->system, nullptr));
+  }
+  for (const auto& output : outputs) output->waitForEnd();
+  std::erase(ended, nullptr);
+  for (const AuthorizationRef session : ended) static_cast<void>(freeSession(session, kDestroyRights));
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -98,7 +143,32 @@ ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std:
 }
 
 AuthorizationStatus MacAuthorization::copyPrivilegedReference(AuthorizationRef* session, AuthorizationFlags flags) {
-  return copySessionOfParent(session, flags);
+  AuthorizationRef handed = nullptr;
+  const AuthorizationStatus status = copySessionOfParent(&handed, flags);
+  *session = status == errAuthorizationSuccess && handed != nullptr ? keep(handed) : nullptr;
+  return status;
+}
+
+AuthorizationRef MacAuthorization::keep(AuthorizationRef system) {
+  auto session = std::make_unique<Session>(system);
+  const auto handle = reinterpret_cast<AuthorizationRef>(session.get());
+  const std::scoped_lock lock(mutex_);
+  sessions_[handle] = std::move(session);
+  return handle;
+}
+
+AuthorizationRef MacAuthorization::systems(AuthorizationRef session) {
+  const std::scoped_lock lock(mutex_);
+  const auto found = sessions_.find(session);
+  return found == sessions_.end() ? nullptr : found->second->system;
+}
+
+std::shared_ptr<CommunicationsPipe> MacAuthorization::keepOutput(std::FILE* output) {
+  auto kept = std::make_shared<ToolOutput>(output);
+  const std::scoped_lock lock(mutex_);
+  std::erase_if(outputs_, [](const auto& other) { return other->hasEnded(); });
+  outputs_.push_back(kept);
+  return kept;
 }
 
 }  // namespace qm::macos

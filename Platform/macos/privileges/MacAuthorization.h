@@ -2,13 +2,20 @@
 #pragma once
 
 #include <atomic>
+#include <cstdio>
+#include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "Platform/AuthorizationServices.h"
 #include "Platform/Console.h"
 
 namespace qm::macos {
+
+class ToolOutput;
 
 /// The system's Authorization Services. The tools that they start go by names and remove what only root can see, so two
 /// things are kept from them:
@@ -19,7 +26,10 @@ namespace qm::macos {
 class MacAuthorization final : public platform::AuthorizationServices {
  public:
   /// The console outlives it.
-  explicit MacAuthorization(platform::Console& console) : console_(console) {}
+  explicit MacAuthorization(platform::Console& console);
+  MacAuthorization(const MacAuthorization&) = delete;
+  MacAuthorization& operator=(const MacAuthorization&) = delete;
+  ~MacAuthorization() override;
 
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
                                        platform::AuthorizationFlags flags,
@@ -35,17 +45,29 @@ class MacAuthorization final : public platform::AuthorizationServices {
                                                       platform::AuthorizationFlags flags,
                                                       const std::vector<std::string>& arguments,
                                                       std::shared_ptr<platform::CommunicationsPipe>* pipe) override;
+  void releaseRights() override;
   platform::ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) override;
   platform::AuthorizationStatus copyPrivilegedReference(platform::AuthorizationRef* session,
                                                         platform::AuthorizationFlags flags) override;
 
  private:
+  /// A session of the system's, by a handle of its own: the system's may mean another session once it has been freed.
+  struct Session {
+    platform::AuthorizationRef system = nullptr;  // null when its rights have been released
+  };
+
+  platform::AuthorizationRef keep(platform::AuthorizationRef system);
+  /// The system's session; null where there is none, or none any more.
+  platform::AuthorizationRef systems(platform::AuthorizationRef session);
+  std::shared_ptr<platform::CommunicationsPipe> keepOutput(std::FILE* output);
   /// The arguments as they are meant; null where the tool is not to be started, which is said.
   std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
 
   platform::Console& console_;
   std::mutex mutex_;
-  std::string hollowFolder_;                 // guarded
+  std::string hollowFolder_;                                                 // guarded
+  std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded
+  std::vector<std::shared_ptr<ToolOutput>> outputs_;                         // guarded: of tools that may run still
   std::atomic<bool> nextIsRefused_ = false;  // the tool that was announced is not to be started
 };
 

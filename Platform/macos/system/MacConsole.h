@@ -13,7 +13,7 @@ class MacConsole final : public platform::Console {
   void print(std::string_view text) override;
 };
 
-/// One line in the system's log.
+/// One line in the system's log. It is UTF-8.
 void logLine(const std::string& line);
 
 }  // namespace qm::macos

@@ -4,13 +4,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <climits>
 #include <vector>
 
 #include "Platform/posix/ErrorWords.h"
-#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/rights/SystemRights.h"
 
@@ -107,15 +105,11 @@ class Walk {
   }
 
   Result follow() {
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = ::readlinkat(place_.folder.get(), place_.name.c_str(), target.data(), target.size());
-    if (length < 0) return failure(errno);
-    // Read by its name: what was looked at is what counts.
-    if (!isStill(place_.item.get(), place_.folder.get(), place_.name)) return failure(ESTALE);
+    const auto text = readLink(place_.item.get(), place_.folder.get(), place_.name);
+    if (!text) return failure(errno);
     if (++links_ > kMostLinks) return failure(ELOOP);
-    const std::string text(target.data(), static_cast<std::size_t>(length));
-    const auto names = namesBackwards(text);
-    if (text.starts_with('/')) place_.folder = openRoot();
+    const auto names = namesBackwards(*text);
+    if (text->starts_with('/')) place_.folder = openRoot();
     lastLinkFollowed_ = lastLinkFollowed_ || pending_.empty();
     pending_.insert(pending_.end(), names.begin(), names.end());
     place_.item.reset();

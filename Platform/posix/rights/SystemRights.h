@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <optional>
 #include <string>
 
 /// What each system has in its own form of rights to files. The bodies are in the system's own folder, which the build
@@ -18,5 +19,9 @@ bool hasListThatGrantsWriting(int folder);
 /// The absolute path at which the system shows the item of a descriptor now; "" when it has none, or one that is
 /// longer than the system takes.
 std::string shownPath(int descriptor);
+
+/// The text of a link that `openItself` opened as `item`, by `name` in its folder. Null on failure, see `errno`; ESTALE
+/// where the system reads links by name only and another item has the name by now.
+std::optional<std::string> readLink(int item, int folder, const std::string& name);
 
 }  // namespace qm::posix

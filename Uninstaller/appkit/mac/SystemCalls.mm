@@ -1,12 +1,15 @@
 #include "Uninstaller/appkit/SystemCalls.h"
 
 #include <CoreGraphics/CoreGraphics.h>
+#include <libproc.h>
 
 #include <cstdlib>
+#include <vector>
 
 #include "Platform/Platform.h"
 #include "Platform/macos/Framework.h"
 #include "Platform/posix/rights/RightsForPaths.h"
+#include "Uninstaller/appkit/Instances.h"
 
 namespace qm::appkit {
 namespace {
@@ -16,6 +19,17 @@ constexpr CGKeyCode kVirtualKeys = 128;
 
 /// The one that runs. Main thread only.
 NSAlert* alert = nil;
+
+std::uint64_t startOf(pid_t process) {
+  proc_bsdinfo found{};
+  const int size = ::proc_pidinfo(process, PROC_PIDTBSDINFO, 0, &found, sizeof found);
+  return size == static_cast<int>(sizeof found) ? found.pbi_start_tvsec * 1000000 + found.pbi_start_tvusec : 0;
+}
+
+Instance instanceOf(NSRunningApplication* application) {
+  const pid_t process = [application processIdentifier];
+  return {.process = process, .start = startOf(process), .hasEnded = [application isTerminated] != NO};
+}
 
 }  // namespace
 
@@ -29,19 +43,20 @@ HeldKeys heldKeys() {
 
 bool isRepeat(NSEvent* event) { return [event type] == NSEventTypeKeyDown && [event isARepeat]; }
 
-/// Launch Services start one; this is for whoever starts the program itself.
+/// Launch Services start one; this is for whoever starts the program itself. A program without an identifier has no
+/// others that could be found.
 std::optional<int> leaveToTheOtherInstance() {
   const macos::Pool pool;
   NSString* const identifier = [[NSBundle mainBundle] bundleIdentifier];
+  if (identifier == nil) return std::nullopt;
   NSArray* const running = [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier];
-  const pid_t own = [[NSRunningApplication currentApplication] processIdentifier];
-  for (NSUInteger i = 0; i < [running count]; ++i) {
-    NSRunningApplication* const other = [running objectAtIndex:i];
-    if ([other processIdentifier] == own) continue;
-    [other activateWithOptions:NSApplicationActivateAllWindows];
-    return EXIT_SUCCESS;
-  }
-  return std::nullopt;
+  std::vector<Instance> others;
+  for (NSUInteger i = 0; i < [running count]; ++i) others.push_back(instanceOf([running objectAtIndex:i]));
+  const auto first = instanceToLeaveTo(instanceOf([NSRunningApplication currentApplication]), others);
+  if (!first) return std::nullopt;
+  [[NSRunningApplication runningApplicationWithProcessIdentifier:*first]
+      activateWithOptions:NSApplicationActivateAllWindows];
+  return EXIT_SUCCESS;
 }
 
 void runAlert(NSString* title, NSString* message, NSAlertStyle style, NSView* accessory) {

@@ -19,29 +19,43 @@ using platform::AuthorizationStatus;
 struct Asked {
   int dialogs = 0;
   std::vector<std::string> started;
+  std::vector<AuthorizationFlags> freed;  // with which options
+  std::FILE* output = nullptr;            // of the tools that are started
+  bool readBeforeTheEnd = false;          // the output had been read when a session was freed
 };
 Asked asked;
 
+/// The same for all: whoever is handed one could have had it before.
+platform::AuthorizationRef systemsSession() { return reinterpret_cast<platform::AuthorizationRef>(&asked); }
+
 }  // namespace
 
-AuthorizationStatus createSession(const AuthorizationItems&, AuthorizationFlags, platform::AuthorizationRef*) {
+AuthorizationStatus createSession(const AuthorizationItems&, AuthorizationFlags, platform::AuthorizationRef* session) {
+  *session = systemsSession();
   return 0;
 }
-AuthorizationStatus copySessionRights(platform::AuthorizationRef, const AuthorizationItems&, const AuthorizationItems&,
-                                      AuthorizationFlags) {
+AuthorizationStatus copySessionRights(platform::AuthorizationRef session, const AuthorizationItems&,
+                                      const AuthorizationItems&, AuthorizationFlags) {
+  EXPECT_EQ(session, systemsSession());
   ++asked.dialogs;
   return 0;
 }
-AuthorizationStatus freeSession(platform::AuthorizationRef, AuthorizationFlags) { return 0; }
+AuthorizationStatus freeSession(platform::AuthorizationRef session, AuthorizationFlags flags) {
+  EXPECT_EQ(session, systemsSession());
+  asked.freed.push_back(flags);
+  if (asked.output != nullptr) asked.readBeforeTheEnd = std::feof(asked.output) != 0;
+  return 0;
+}
 AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, AuthorizationFlags) {
   *session = nullptr;
   return 0;
 }
 bool canExecute() { return true; }
 AuthorizationStatus executeWithRights(platform::AuthorizationRef, const std::string& tool, AuthorizationFlags,
-                                      const std::vector<std::string>& arguments, std::FILE**) {
+                                      const std::vector<std::string>& arguments, std::FILE** output) {
   asked.started = {tool};
   asked.started.insert(asked.started.end(), arguments.begin(), arguments.end());
+  *output = asked.output;
   return 0;
 }
 
@@ -56,20 +70,22 @@ class MacAuthorizationTest : public ::testing::Test {
   MacAuthorizationTest() {
     asked = {};
     disk.addFolder("Quillmark");
+    EXPECT_EQ(service.create({}, 0, &session), platform::errAuthorizationSuccess);
   }
 
   AuthorizationStatus askForRights(const std::string& tool, const std::vector<std::string>& arguments) {
     service.announce(tool, arguments);
-    return service.copyRights(nullptr, {}, {}, 0);
+    return service.copyRights(session, {}, {}, 0);
   }
   AuthorizationStatus start(const std::string& tool, const std::vector<std::string>& arguments) {
     std::shared_ptr<platform::CommunicationsPipe> pipe;
-    return service.executeWithPrivileges(nullptr, tool, 0, arguments, &pipe);
+    return service.executeWithPrivileges(session, tool, 0, arguments, &pipe);
   }
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
   MacAuthorization service{*fakes.platform.console};
+  platform::AuthorizationRef session = nullptr;
   const std::string folder = disk.at("Quillmark");
 };
 
@@ -111,6 +127,35 @@ TEST_F(MacAuthorizationTest, RemovesOtherThingsAsEver) {
   service.expectHollowFolder("");
   EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationSuccess);
   EXPECT_THAT(asked.started, ElementsAre("/bin/rm", "-Rdf", folder));
+}
+
+TEST_F(MacAuthorizationTest, HoldsNoRightsAnyMoreOnceTheyAreReleased) {
+  service.releaseRights();
+  EXPECT_THAT(asked.freed, ElementsAre(8));  // the rights are destroyed
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationInvalidRef);
+  EXPECT_EQ(service.copyRights(session, {}, {}, 0), platform::errAuthorizationInvalidRef);
+  EXPECT_EQ(asked.dialogs, 0);
+  EXPECT_THAT(asked.started, IsEmpty());
+}
+
+TEST_F(MacAuthorizationTest, WaitsForItsToolsBeforeItReleasesRights) {
+  disk.addFile("output");
+  asked.output = std::fopen(disk.at("output").c_str(), "re");
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  service.releaseRights();
+  EXPECT_TRUE(asked.readBeforeTheEnd);
+}
+
+TEST_F(MacAuthorizationTest, NeverFreesASessionOfTheSystemsTwice) {
+  service.releaseRights();
+  platform::AuthorizationRef next = nullptr;
+  EXPECT_EQ(service.create({}, 0, &next), platform::errAuthorizationSuccess);
+  EXPECT_EQ(service.free(session, 0), platform::errAuthorizationSuccess);
+  EXPECT_THAT(asked.freed, ElementsAre(8));
+  EXPECT_EQ(service.copyRights(next, {}, {}, 0), platform::errAuthorizationSuccess);
+  EXPECT_EQ(service.free(next, 0), platform::errAuthorizationSuccess);
+  EXPECT_THAT(asked.freed, ElementsAre(8, 0));
+  EXPECT_EQ(service.free(next, 0), platform::errAuthorizationInvalidRef);
 }
 
 TEST_F(MacAuthorizationTest, StartsNothingForRootWhereOthersCouldLeadTheWay) {

@@ -227,7 +227,9 @@ enum : NSApplicationActivationOptions { NSApplicationActivateAllWindows = 1 };
 
 @interface NSRunningApplication : NSObject
 + (NSArray*)runningApplicationsWithBundleIdentifier:(NSString*)identifier;
++ (instancetype)runningApplicationWithProcessIdentifier:(pid_t)process;
 @property(class, readonly, strong) NSRunningApplication* currentApplication;
 @property(readonly) pid_t processIdentifier;
+@property(readonly, getter=isTerminated) BOOL terminated;
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options;
 @end

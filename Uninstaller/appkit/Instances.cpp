@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#include "Uninstaller/appkit/Instances.h"
+
+#include <utility>
+
+namespace qm::appkit {
+namespace {
+
+bool isRunning(const Instance& instance) { return !instance.hasEnded && instance.start != 0; }
+
+bool wasStartedBefore(const Instance& one, const Instance& other) {
+  return std::pair(one.start, one.process) < std::pair(other.start, other.process);
+}
+
+}  // namespace
+
+std::optional<pid_t> instanceToLeaveTo(const Instance& own, const std::vector<Instance>& running) {
+  const Instance* first = &own;
+  for (const Instance& other : running) {
+    if (other.process != own.process && isRunning(other) && wasStartedBefore(other, *first)) first = &other;
+  }
+  return first == &own ? std::nullopt : std::optional(first->process);
+}
+
+}  // namespace qm::appkit
