@@ -37,7 +37,7 @@ void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const
 /// What goes to log and console is English, whatever the toolkit sets for the whole process.
 void keepLogEnglish() {
   for (const int part : {LC_MESSAGES, LC_NUMERIC, LC_TIME}) {
-    std::setlocale(part, "C");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
+    static_cast<void>(std::setlocale(part, "C"));  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
   }
 }
 
@@ -55,7 +55,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
   qInstallMessageHandler(previous);
   keepLogEnglish();
   useCatalogue(*application);
-  QApplication::setStyle(new ReadableStyle);
+  QApplication::setStyle(new ReadableStyle);  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it is Qt's from here
   QApplication::setQuitOnLastWindowClosed(false);
   const std::string_view program = frontEnd().product.program;
   QApplication::setDesktopFileName(QString::fromUtf8(program.data(), static_cast<qsizetype>(program.size())));

@@ -69,9 +69,8 @@ void ReadableStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* 
   const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(option);
   const bool isArrow =
       element == PE_IndicatorArrowLeft || element == PE_IndicatorArrowRight || element == PE_IndicatorArrowDown;
-  if (baseStyle()->name() != "fusion") {
-    drawAs(*option);
-  } else if (element == PE_IndicatorCheckBox && button != nullptr) {
+  if (baseStyle()->name() != "fusion") return drawAs(*option);
+  if (element == PE_IndicatorCheckBox && button != nullptr) {
     const bool isSteady = dynamic_cast<const SteadyCheckBox*>(widget) != nullptr;
     drawAs(isSteady ? steadyOption(*button) : *button);
     drawBoxFrame(*option, *painter);

@@ -29,7 +29,7 @@ WindowIcon::WindowIcon(QGuiApplication& application) { application.installEventF
 bool WindowIcon::eventFilter(QObject* /*receiver*/, QEvent* event) {
   if (event->type() == QEvent::Paint) {
     qApp->removeEventFilter(this);
-    QTimer::singleShot(0, this, setIcon);
+    QTimer::singleShot(0, this, setIcon);  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): Qt keeps the call
   }
   return false;
 }

@@ -88,7 +88,7 @@ std::string setIfRunning(Options& options, const std::string& value) {
   } else if (value == "end") {
     options.ifRunning = IfRunning::End;
   } else {
-    return translated("--if-running is \"refuse\", \"ask-to-quit\" or \"end\", not \"{value}\".",
+    return translated(R"(--if-running is "refuse", "ask-to-quit" or "end", not "{value}".)",
                       {{"value", shown(value)}});
   }
   return {};
@@ -96,7 +96,7 @@ std::string setIfRunning(Options& options, const std::string& value) {
 
 std::string setReport(Options& options, const std::string& value) {
   if (value != "table" && value != "json") {
-    return translated("--report is \"table\" or \"json\", not \"{value}\".", {{"value", shown(value)}});
+    return translated(R"(--report is "table" or "json", not "{value}".)", {{"value", shown(value)}});
   }
   options.report = value == "json" ? ReportForm::Json : ReportForm::Table;
   return {};

@@ -159,7 +159,7 @@ std::string lost(const Report& report, const Language& language) {
 }
 
 std::string staying(const Report& report, const Language& language) {
-  const std::string what = both(stayed(report, language), lost(report, language), language);
+  std::string what = both(stayed(report, language), lost(report, language), language);
   if (statusOf(report) != kRightsMissing) return what;
   return both(what, language.translated("More rights are needed; run it as root."), language);
 }
