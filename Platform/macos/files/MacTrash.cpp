@@ -40,6 +40,9 @@ Status failureOf(int error, const std::string& refusal, const std::string& path)
   return refusal.empty() ? trashFailure(error, path) : trashRefusal(error, refusal, path);
 }
 
+/// Tools with administrator rights may move the item after such a refusal, and cannot write the note.
+bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || status.code() == EACCES; }
+
 /// The path with no link on the way; as it is where its folder is missing.
 std::string withoutLinks(const std::string& path) {
   posix::Place place;
@@ -99,7 +102,7 @@ Status MacTrash::recycleOne(const std::string& path, const std::string& trash, s
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
   const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
   Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
-  if (!status && isNoted) notes_.remove(item);
+  if (!status && isNoted && !mayStillBeMoved(status)) notes_.remove(item);
   if (status) wasChanged(foundation::deletingLastPathComponent(stored));
   return status;
 }
