@@ -13,6 +13,7 @@
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/OwnItem.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -44,7 +45,7 @@ int fill(int file, std::string_view contents, const std::optional<struct stat>& 
   if (old) {
     if (const int error = takeOver(file, *old)) return error;
   }
-  return errorOf(::fsync(file));
+  return flushFile(file);
 }
 
 }  // namespace

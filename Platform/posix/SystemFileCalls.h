@@ -65,6 +65,9 @@ int reserveSpace(int file, off_t offset, std::size_t count);
 /// was opened. Returns 0 or an error number.
 int flushVolume(int folder);
 
+/// Flushes a file, or the list of a folder, to the disk, and waits for that. Returns 0 or an error number.
+int flushFile(int file);
+
 /// Copies up to `count` bytes at `offset` within the kernel. Returns -1 if that is impossible, 0 at the end.
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 

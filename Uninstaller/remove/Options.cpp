@@ -88,8 +88,7 @@ std::string setIfRunning(Options& options, const std::string& value) {
   } else if (value == "end") {
     options.ifRunning = IfRunning::End;
   } else {
-    return translated(R"(--if-running is "refuse", "ask-to-quit" or "end", not "{value}".)",
-                      {{"value", shown(value)}});
+    return translated(R"(--if-running is "refuse", "ask-to-quit" or "end", not "{value}".)", {{"value", shown(value)}});
   }
   return {};
 }

@@ -12,6 +12,7 @@
 #include "Platform/posix/FileContents.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
+#include "Platform/posix/SystemFileCalls.h"
 #include "Uninstaller/remove/OwnFolder.h"
 #include "Uninstaller/remove/ThisSystem.h"
 
@@ -66,10 +67,11 @@ int writeOwnFile(int folder, const std::string& text) {
   const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));
   if (!file) return errno;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
-  if (::fchmod(file.get(), S_IRUSR | S_IWUSR) != 0 || ::fsync(file.get()) != 0) return errno;
+  if (::fchmod(file.get(), S_IRUSR | S_IWUSR) != 0) return errno;
+  if (const int error = posix::flushFile(file.get())) return error;
   if (::renameat(folder, kNewName, folder, kFileName) != 0) return errno;
   const UniqueFd listed(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  return listed && ::fsync(listed.get()) == 0 ? 0 : errno;
+  return listed ? posix::flushFile(listed.get()) : errno;
 }
 
 std::vector<RunRecord> stillOfUse(std::vector<RunRecord> runs) {

@@ -52,6 +52,8 @@ int reserveSpace(int file, off_t offset, std::size_t count) {
   return errorOf(::fallocate(file, FALLOC_FL_KEEP_SIZE, offset, static_cast<off_t>(count)));
 }
 
+int flushFile(int file) { return errorOf(::fsync(file)); }
+
 /// A thousand small files take eight times as long if each is waited for.
 int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
 

@@ -8,7 +8,7 @@
 namespace qm::macos {
 
 /// Opens the folder of an item to name it there. For root nobody with fewer rights can have led the way elsewhere.
-/// Returns 0 or an error number.
-int openHeldPlace(const std::string& path, posix::Place& place);
+/// Returns 0 or an error number. `refusal` is the reason where this program refuses the path itself, for the console.
+int openHeldPlace(const std::string& path, posix::Place& place, std::string* refusal = nullptr);
 
 }  // namespace qm::macos

@@ -95,7 +95,13 @@ ssize_t copyRange(int, int, off_t, std::size_t) { return -1; }
 int flushVolume(int folder) {
   struct statfs volume {};
   if (::fstatfs(folder, &volume) != 0) return errno;
-  return errorOf(::sync_volume_np(volume.f_mntonname, SYNC_VOLUME_WAIT));
+  return errorOf(::sync_volume_np(volume.f_mntonname, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
+}
+
+/// Not every file system can have the disk write out its own cache.
+int flushFile(int file) {
+  if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
+  return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY ? errorOf(::fsync(file)) : errno;
 }
 
 int openItself(int folder, const char* name) {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 
-// The thread's own identity. The system finds out a person's groups by itself while one is set.
+// The thread's own identity. While one is set the thread has one group and no other: the system does not look up which
+// groups the person has.
 #include <sys/kauth.h>
 #include <unistd.h>
 
+#include "Platform/macos/files/ThreadGroup.h"
 #include "Platform/posix/rights/FileSystemUser.h"
 
 namespace qm::posix {
@@ -16,7 +18,8 @@ bool setThreadIdentity(uid_t user, gid_t group) { return ::pthread_setugid_np(us
 #pragma clang diagnostic pop
 
 bool become(const FileSystemIdentity& identity) {
-  return setThreadIdentity(identity.uid, identity.gid) && ::geteuid() == identity.uid && ::getegid() == identity.gid;
+  const gid_t group = groupOfThread(identity);
+  return setThreadIdentity(identity.uid, group) && ::geteuid() == identity.uid && ::getegid() == group;
 }
 
 }  // namespace
@@ -27,8 +30,9 @@ FileSystemUser::FileSystemUser(const FileSystemIdentity* identity) : identity_(i
   enter();
 }
 
+/// Root's rights are there already. Some systems would keep such an identity as one that cannot be given up.
 void FileSystemUser::enter() {
-  if (identity_ == nullptr || entered_) return;
+  if (identity_ == nullptr || entered_ || identity_->uid == own_.uid) return;
   entered_ = true;
   ok_ = become(*identity_);
 }
@@ -38,9 +42,8 @@ void FileSystemUser::leave() {
   constexpr int kTries = 3;
   if (!entered_) return;
   entered_ = false;
-  for (int time = 0; time < kTries && ::geteuid() != own_.uid; ++time) {
-    static_cast<void>(setThreadIdentity(KAUTH_UID_NONE, KAUTH_GID_NONE));
-  }
+  int time = 0;
+  while (time < kTries && !setThreadIdentity(KAUTH_UID_NONE, KAUTH_GID_NONE)) ++time;
 }
 
 }  // namespace qm::posix

@@ -32,6 +32,17 @@ using posix::UniqueFd;
 
 constexpr const char* kNobody = "Nobody is logged in whose Trash could be used.";
 
+constexpr const char* kNoText = "its path is no text that the system could be told";
+constexpr const char* kNoRights = "there is nobody with whose rights that could be done";
+
+/// Why a step failed; `refusal` is "" where the system's call did.
+Status failureOf(int error, const std::string& refusal, const std::string& path) {
+  return refusal.empty() ? trashFailure(error, path) : trashRefusal(error, refusal, path);
+}
+
+/// Tools with administrator rights may move the item after such a refusal, and cannot write the note.
+bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || status.code() == EACCES; }
+
 /// The path with no link on the way; as it is where its folder is missing.
 std::string withoutLinks(const std::string& path) {
   posix::Place place;
@@ -77,27 +88,28 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
 
 int MacTrash::hold(const std::string& path, Leaving& leaving) const {
   leaving.path = path;
-  if (const int error = openHeldPlace(path, leaving.place)) return error;
+  if (const int error = openHeldPlace(path, leaving.place, &leaving.refusal)) return error;
   leaving.item.reset(posix::openItself(leaving.place.folder.get(), leaving.place.name.c_str()));
+  leaving.openError = leaving.item ? 0 : errno;
   return 0;
 }
 
 /// What cannot be opened, or takes no note, goes without one.
 Status MacTrash::recycleOne(const std::string& path, const std::string& trash, std::string& stored) {
   Leaving leaving;
-  if (const int error = hold(path, leaving)) return trashFailure(error, path);
+  if (const int error = hold(path, leaving)) return failureOf(error, leaving.refusal, path);
   const int item = leaving.item.get();
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
   const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
   Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
-  if (!status && isNoted) notes_.remove(item);
+  if (!status && isNoted && !mayStillBeMoved(status)) notes_.remove(item);
   if (status) wasChanged(foundation::deletingLastPathComponent(stored));
   return status;
 }
 
 Status MacTrash::recycleOwn(const Leaving& leaving, std::string& stored) const {
   // The frameworks have no name for other bytes, and end the program.
-  if (!foundation::isUtf8(leaving.path)) return trashFailure(EILSEQ, leaving.path);
+  if (!foundation::isUtf8(leaving.path)) return trashRefusal(EILSEQ, kNoText, leaving.path);
   const TrashAnswer answer = trashItem(leaving.path);
   stored = answer.path;
   return answer.done ? Status::success() : trashFailure(answer, leaving.path);
@@ -105,12 +117,12 @@ Status MacTrash::recycleOwn(const Leaving& leaving, std::string& stored) const {
 
 Status MacTrash::recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const {
   HeldTrash held;
-  int error = leaving.item ? openTrashOfPerson(users_, trash, held) : ENOENT;
+  int error = leaving.item ? openTrashOfPerson(users_, trash, held) : leaving.openError;
   if (error == 0) {
     const posix::Place& place = leaving.place;
     error = moveIntoHeldTrash(place.folder.get(), place.name, leaving.item.get(), held, stored);
   }
-  return error == 0 ? Status::success() : trashFailure(error, leaving.path);
+  return error == 0 ? Status::success() : failureOf(error, held.refusal, leaving.path);
 }
 
 TrashedItems MacTrash::itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) {
@@ -135,11 +147,11 @@ TrashedItems MacTrash::itemsFrom(const std::string& origin, const std::optional<
 Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::string>& trashDirectory,
                          platform::MissingFolders missing) {
   const bool isInTrash = trashDirectory && foundation::isAtOrBelow(item.path, *trashDirectory);
-  if (!isInTrash) return trashFailure(EINVAL, item.path);
+  if (!isInTrash) return trashRefusal(EINVAL, "it is not in the Trash", item.path);
   const posix::RightsForPaths rights(users_, {item.path, item.origin});
-  if (!rights.ok()) return trashFailure(EPERM, item.path);
+  if (!rights.ok()) return trashRefusal(EPERM, kNoRights, item.path);
   Leaving leaving;
-  if (const int error = hold(item.path, leaving)) return trashFailure(error, item.path);
+  if (const int error = hold(item.path, leaving)) return failureOf(error, leaving.refusal, item.path);
   if (const int error = moveBack(item, missing)) return trashFailure(error, item.path);
   if (leaving.item) notes_.remove(leaving.item.get());
   wasChanged(foundation::deletingLastPathComponent(item.origin));

@@ -37,6 +37,8 @@ class MacTrash final : public platform::Trash {
     std::string path;
     posix::Place place;
     posix::UniqueFd item;
+    int openError = 0;    // why the item is not open
+    std::string refusal;  // why this program does not go by the path, where no call has failed
   };
 
   int hold(const std::string& path, Leaving& leaving) const;

@@ -2,7 +2,9 @@
 #include <sys/stat.h>
 
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/SystemRefusal.h"
+#include "Platform/posix/RemovalRules.h"
 
 namespace qm::macos {
 namespace {
@@ -12,10 +14,16 @@ unsigned flagsOf(const std::string& path) {
   return ::lstat(path.c_str(), &found) == 0 ? found.st_flags : 0;
 }
 
+/// Where the folder cannot be opened nothing shows that anything but the system keeps the item.
+int obstacleAt(const std::string& path) {
+  posix::Place place;
+  return openHeldPlace(path, place) == 0 ? posix::obstacleToRemovingEntry(place.folder.get(), place.name) : 0;
+}
+
 }  // namespace
 
-std::string systemRefusalAt(int error, const std::string& path) {
-  return systemRefusal(error, {path, flagsOf(path), flagsOf(foundation::deletingLastPathComponent(path))});
+RefusedItem refusedItemAt(const std::string& path) {
+  return {path, flagsOf(path), flagsOf(foundation::deletingLastPathComponent(path)), obstacleAt(path)};
 }
 
 }  // namespace qm::macos

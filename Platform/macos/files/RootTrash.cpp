@@ -8,42 +8,47 @@
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/TrashName.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
-#include "Platform/posix/rights/PathWalk.h"
 #include "Platform/posix/rights/SystemRights.h"
 #include "Platform/posix/rights/UserDatabase.h"
 
 namespace qm::macos {
 namespace {
 
-using posix::UniqueFd;
-
 constexpr int kMostNames = 10000;
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-/// With the person's rights, so that no link there makes root make a folder.
-int makeTrash(const posix::UserRecord& person, const std::string& path) {
-  const posix::FileSystemIdentity identity = posix::identityOf(person);
-  const posix::FileSystemUser acting(&identity);
-  if (!acting.ok()) return EPERM;
-  return ::mkdir(path.c_str(), S_IRWXU) == 0 || errno == EEXIST ? 0 : errno;
+int refuse(HeldTrash& trash, std::string reason) {
+  trash.refusal = std::move(reason);
+  return EPERM;
 }
 
-int checkOwner(int folder, uid_t person) {
+/// With the person's rights, so that no link there makes root make a folder.
+int makeTrash(const posix::UserRecord& person, HeldTrash& trash) {
+  const posix::FileSystemIdentity identity = posix::identityOf(person);
+  const posix::FileSystemUser acting(&identity);
+  if (!acting.ok()) return refuse(trash, "the Trash can’t be made with the rights of the user whose it is");
+  return ::mkdir(trash.path.c_str(), S_IRWXU) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+int checkOwner(HeldTrash& trash, uid_t person) {
+  const int folder = trash.folder.get();
   struct stat found {};
   if (::fstat(folder, &found) != 0) return errno;
   const bool isPersons = S_ISDIR(found.st_mode) && found.st_uid == person && (found.st_mode & kWritableByOthers) == 0;
-  return isPersons && !posix::hasListThatGrantsWriting(folder) ? 0 : EPERM;
+  if (isPersons && !posix::hasListThatGrantsWriting(folder)) return 0;
+  return refuse(trash, "others than the user at the console can change the Trash");
 }
 
-int openPinned(const std::string& path, uid_t person, UniqueFd& folder) {
-  const auto place = posix::pinPath(path, posix::LastLink::Stays);
-  if (!place) return place.problem().error;
-  if (!place->item) return ENOENT;
-  folder.reset(::openat(place->folder.get(), place->name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  return folder ? checkOwner(folder.get(), person) : errno;
+int openPinned(uid_t person, HeldTrash& trash) {
+  posix::Place place;
+  if (const int error = openHeldPlace(trash.path, place, &trash.refusal)) return error;
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  trash.folder.reset(::openat(place.folder.get(), place.name.c_str(), kFlags));
+  return trash.folder ? checkOwner(trash, person) : errno;
 }
 
 }  // namespace
@@ -52,10 +57,10 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
   const auto person = posix::userWithName(users.consoleUser().value_or(""));
   if (!person) return ENOENT;
   trash.path = path;
-  int error = openPinned(path, person->id, trash.folder);
+  int error = openPinned(person->id, trash);
   if (error != ENOENT) return error;
-  error = makeTrash(*person, path);
-  return error != 0 ? error : openPinned(path, person->id, trash.folder);
+  error = makeTrash(*person, trash);
+  return error != 0 ? error : openPinned(person->id, trash);
 }
 
 int moveIntoHeldTrash(int folder, const std::string& name, int item, const HeldTrash& trash, std::string& stored) {

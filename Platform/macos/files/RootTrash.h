@@ -15,6 +15,7 @@ namespace qm::macos {
 struct HeldTrash {
   posix::UniqueFd folder;
   std::string path;
+  std::string refusal;  ///< why this program does not use it, where no call has failed
 };
 
 /// Opens the Trash of the person meant, who is the one at the console. It is made, with that person's rights, where it

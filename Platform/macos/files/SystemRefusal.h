@@ -10,13 +10,14 @@ struct RefusedItem {
   std::string path;
   unsigned flags = 0;        ///< of the item itself (st_flags)
   unsigned folderFlags = 0;  ///< of the folder that it is in
+  int obstacle = 0;          ///< why permissions, a sticky folder or an access list keep it, as an error number
 };
 
 /// Why the system keeps an item from a program whatever the permissions say, and where that is allowed: one sentence
 /// or two. "" where permissions, a lock or something else is the reason.
 std::string systemRefusal(int error, const RefusedItem& item);
 
-/// The same, with what is found out about the item at a path. A link itself is meant.
-std::string systemRefusalAt(int error, const std::string& path);
+/// What is found out about the item at a path. A link itself is meant.
+RefusedItem refusedItemAt(const std::string& path);
 
 }  // namespace qm::macos

@@ -9,8 +9,10 @@ namespace qm::macos {
 struct TrashAnswer {
   bool done = false;
   std::string path;         ///< where the item is in the Trash
-  long cocoaCode = 0;       ///< of the error
-  long posixCode = 0;       ///< of the error underneath, 0 where there is none
+  std::string domain;       ///< of the error: which system its code belongs to
+  long code = 0;            ///< of the error
+  std::string domainBelow;  ///< of the error underneath, "" where there is none
+  long codeBelow = 0;       ///< of the error underneath, 0 where there is none
   std::string description;  ///< the system's sentence
 };
 

@@ -10,5 +10,11 @@ qm::macos::TrashAnswer qm::macos::trashItem(const std::string& path) {
   NSURL* const item = [NSURL fileURLWithPath:stringOf(path) isDirectory:NO];
   const bool done = [[NSFileManager defaultManager] trashItemAtURL:item resultingItemURL:&place error:&error];
   NSError* const below = [[error userInfo] objectForKey:NSUnderlyingErrorKey];
-  return {done, textOf([place path]), [error code], [below code], textOf([error localizedDescription])};
+  return {.done = done != NO,
+          .path = textOf([place path]),
+          .domain = textOf([error domain]),
+          .code = [error code],
+          .domainBelow = textOf([below domain]),
+          .codeBelow = [below code],
+          .description = textOf([error localizedDescription])};
 }

@@ -32,17 +32,30 @@ constexpr Meaning kMeanings[] = {
     {3328, ENOTSUP},  // NSFeatureUnsupportedError
 };
 
-Status withReason(int error, const std::string& path, const std::string& otherwise) {
-  const std::string refusal = systemRefusalAt(error, path);
+constexpr const char* kPosix = "NSPOSIXErrorDomain";
+constexpr const char* kCocoa = "NSCocoaErrorDomain";
+
+bool isNumber(const std::string& domain, long code) { return domain == kPosix && code > 0 && code <= kLastNumber; }
+
+/// Permissions, a protection or a lock: the frameworks tell them apart by an error of the system underneath alone.
+bool isAnyRefusal(const TrashAnswer& answer) {
+  return !isNumber(answer.domain, answer.code) && !isNumber(answer.domainBelow, answer.codeBelow) &&
+         errorNumberOf(answer) == EACCES;
+}
+
+Status withReason(int error, const RefusedItem& item, const std::string& otherwise) {
+  const std::string refusal = systemRefusal(error, item);
   return Status::failed(error, refusal.empty() ? otherwise : refusal);
 }
 
 }  // namespace
 
-int errorNumberOf(long cocoaCode, long posixCode) {
-  if (posixCode > 0 && posixCode <= kLastNumber) return static_cast<int>(posixCode);
+int errorNumberOf(const TrashAnswer& answer) {
+  if (isNumber(answer.domainBelow, answer.codeBelow)) return static_cast<int>(answer.codeBelow);
+  if (isNumber(answer.domain, answer.code)) return static_cast<int>(answer.code);
+  if (answer.domain != kCocoa) return EIO;
   for (const Meaning& meaning : kMeanings) {
-    if (meaning.cocoaCode == cocoaCode) return meaning.error;
+    if (meaning.cocoaCode == answer.code) return meaning.error;
   }
   return EIO;
 }
@@ -52,11 +65,19 @@ Status trashFailure(int error, const std::string& path) {
   const std::string_view words = posix::messageFor(error, posix::Subject::TrashedItem);
   std::string sentence = words.empty() ? posix::withSystemMessage(name + " couldn’t be moved", error)
                                        : name + " couldn’t be moved because " + std::string(words);
-  return withReason(error, path, sentence + ".");
+  return withReason(error, refusedItemAt(path), sentence + ".");
 }
 
+/// Where nothing of the item's own forbids the move, it is the system that does.
 Status trashFailure(const TrashAnswer& answer, const std::string& path) {
-  return withReason(errorNumberOf(answer.cocoaCode, answer.posixCode), path, posix::onOneLine(answer.description));
+  const RefusedItem item = refusedItemAt(path);
+  const int error = isAnyRefusal(answer) && item.obstacle == 0 ? EPERM : errorNumberOf(answer);
+  return withReason(error, item, posix::onOneLine(answer.description));
+}
+
+Status trashRefusal(int error, const std::string& reason, const std::string& path) {
+  const std::string name = posix::quoted(foundation::lastPathComponent(path));
+  return Status::failed(error, name + " couldn’t be moved: " + posix::onOneLine(reason) + ".");
 }
 
 }  // namespace qm::macos

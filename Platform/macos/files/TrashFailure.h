@@ -9,10 +9,14 @@
 namespace qm::macos {
 
 /// The error number that an error of the frameworks stands for.
-int errorNumberOf(long cocoaCode, long posixCode);
+int errorNumberOf(const TrashAnswer& answer);
 
-/// Why an item could not go to the Trash, or come back from it.
+/// Why an item could not go to the Trash, or come back from it, when a call of the system's has failed. Where the
+/// system keeps the item whatever the permissions say, the sentence names that.
 platform::Status trashFailure(int error, const std::string& path);
 platform::Status trashFailure(const TrashAnswer& answer, const std::string& path);
+
+/// The same when this program has refused it, for a reason of its own: no call of the system's has.
+platform::Status trashRefusal(int error, const std::string& reason, const std::string& path);
 
 }  // namespace qm::macos

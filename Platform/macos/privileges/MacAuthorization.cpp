@@ -2,8 +2,10 @@
 #include "Platform/macos/privileges/MacAuthorization.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/HollowFolderItems.h"
 #include "Platform/posix/rights/PathWriters.h"
@@ -19,9 +21,32 @@ constexpr AuthorizationFlags kDestroyRights = 8;
 /// Does nothing, and says that it has not done it.
 constexpr const char* kNothing = "/usr/bin/false";
 
+/// Of these every argument that is no option is a path, relative ones too. Who leads those cannot be told.
+bool takesPathsOnly(const std::string& tool) {
+  constexpr const char* kTools[] = {"/bin/cp", "/bin/mkdir", "/bin/mv", "/bin/rm", "/usr/bin/ditto", "/usr/bin/touch"};
+  return std::ranges::find(kTools, tool) != std::end(kTools);
+}
+
 bool isPath(const std::string& argument) { return argument.starts_with('/'); }
+bool isNoOption(const std::string& argument) { return !argument.starts_with('-'); }
 
 bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
+
+bool putsIntoFolders(const std::string& tool) { return tool == "/bin/cp" || tool == "/bin/mv"; }
+
+/// All paths that the tool may come by. One that is put into an existing folder goes on to its own name in there.
+std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std::string>& arguments) {
+  std::vector<std::string> paths;
+  std::ranges::copy_if(arguments, std::back_inserter(paths), takesPathsOnly(tool) ? isNoOption : isPath);
+  if (!putsIntoFolders(tool) || paths.size() < 2) return paths;
+  const std::size_t sources = paths.size() - 1;
+  const std::string destination = paths.back();
+  for (std::size_t i = 0; i < sources; ++i) {
+    const std::string name = foundation::lastPathComponent(paths[i]);
+    paths.push_back(foundation::appendingPathComponent(destination, name));
+  }
+  return paths;
+}
 
 }  // namespace
 
@@ -135,9 +160,9 @@ void MacAuthorization::releaseRights() {
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   const auto meant = asMeant(tool, arguments);
   if (!meant) return {kNothing, {}};
-  const auto led =
-      std::ranges::find_if(*meant, [](const std::string& argument) { return isPath(argument) && isLed(argument); });
-  if (led == meant->end()) return {tool, *meant};
+  const std::vector<std::string> paths = pathsOf(tool, *meant);
+  const auto led = std::ranges::find_if(paths, isLed);
+  if (led == paths.end()) return {tool, *meant};
   console_.print(tool + " is not started as root: others than root could lead the way to " + *led + " elsewhere.");
   return {kNothing, {}};
 }

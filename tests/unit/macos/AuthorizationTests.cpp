@@ -165,6 +165,24 @@ TEST_F(MacAuthorizationTest, StartsNothingForRootWhereOthersCouldLeadTheWay) {
   EXPECT_THAT(fakes.console.lines().back(), HasSubstr(led));
 }
 
+TEST_F(MacAuthorizationTest, StartsNothingForRootWhereTheItemWouldGoIntoAFolderThatOthersWriteTo) {
+  disk.addFolder("Quillmark/open");
+  ::chmod(disk.at("Quillmark/open").c_str(), 0777);
+  for (const char* const tool : {"/bin/cp", "/bin/mv"}) {
+    EXPECT_EQ(service.commandForRoot(tool, {"-f", "/usr/share", disk.at("Quillmark/open")}).tool, "/usr/bin/false");
+    EXPECT_THAT(fakes.console.lines().back(), HasSubstr(disk.at("Quillmark/open")));
+  }
+}
+
+TEST_F(MacAuthorizationTest, StartsNothingForRootOnAPathThatDependsOnTheFolderItIsStartedIn) {
+  EXPECT_EQ(service.commandForRoot("/bin/rm", {"-Rdf", "share/item"}).tool, "/usr/bin/false");
+  EXPECT_EQ(service.commandForRoot("/bin/rm", {"-Rdf", "item"}).tool, "/usr/bin/false");
+}
+
+TEST_F(MacAuthorizationTest, StartsAToolForRootThatIsGivenNames) {
+  EXPECT_EQ(service.commandForRoot("/usr/bin/killall", {"-u", "sam", "Tessaly"}).tool, "/usr/bin/killall");
+}
+
 TEST_F(MacAuthorizationTest, StartsAToolForRootWhereOnlyRootLeadsTheWay) {
   const auto command = service.commandForRoot("/bin/mkdir", {"-p", "/usr/share/quillmark"});
   EXPECT_EQ(command.tool, "/bin/mkdir");

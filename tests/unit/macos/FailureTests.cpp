@@ -9,8 +9,14 @@
 
 namespace qm::macos {
 
-/// What the system would be asked: a made-up item that nothing is known of.
-std::string systemRefusalAt(int error, const std::string& path) { return systemRefusal(error, {path, 0, 0}); }
+namespace {
+int obstacle = 0;
+}  // namespace
+
+/// A made-up item, which nothing but an obstacle is known of.
+RefusedItem refusedItemAt(const std::string& path) {
+  return {.path = path, .flags = 0, .folderFlags = 0, .obstacle = obstacle};
+}
 
 namespace {
 
@@ -20,8 +26,8 @@ constexpr unsigned kUserImmutable = 0x2;
 constexpr unsigned kRestricted = 0x80000;
 
 TEST(SystemRefusalTest, NamesSystemIntegrityProtection) {
-  EXPECT_THAT(systemRefusal(EPERM, {"/Applications/Safari.app", kRestricted, 0}), HasSubstr("System Integrity"));
-  EXPECT_THAT(systemRefusal(EPERM, {"/System/Library/a", 0, kRestricted}), HasSubstr("System Integrity"));
+  EXPECT_THAT(systemRefusal(EPERM, {"/Applications/Safari.app", kRestricted, 0, 0}), HasSubstr("System Integrity"));
+  EXPECT_THAT(systemRefusal(EPERM, {"/System/Library/a", 0, kRestricted, 0}), HasSubstr("System Integrity"));
 }
 
 TEST(SystemRefusalTest, SaysWhereToAllowApplicationsToBeChanged) {
@@ -35,28 +41,75 @@ TEST(SystemRefusalTest, SaysWhereToAllowFilesToBeReached) {
 }
 
 TEST(SystemRefusalTest, LeavesLocksAndPermissionsToTheirOwnWords) {
-  EXPECT_EQ(systemRefusal(EPERM, {"/a", kUserImmutable, 0}), "");
-  EXPECT_EQ(systemRefusal(EPERM, {"/a", 0, kUserImmutable}), "");
-  EXPECT_EQ(systemRefusal(EACCES, {"/Applications/Tessaly.app", kRestricted, 0}), "");
+  EXPECT_EQ(systemRefusal(EPERM, {"/a", kUserImmutable, 0, 0}), "");
+  EXPECT_EQ(systemRefusal(EPERM, {"/a", 0, kUserImmutable, 0}), "");
+  EXPECT_EQ(systemRefusal(EACCES, {"/Applications/Tessaly.app", kRestricted, 0, 0}), "");
   EXPECT_EQ(systemRefusal(ENOENT, {"/a", 0, 0}), "");
 }
 
-TEST(TrashFailureTest, TakesTheNumberUnderneathBeforeTheFrameworksOwn) {
-  EXPECT_EQ(errorNumberOf(513, EPERM), EPERM);
-  EXPECT_EQ(errorNumberOf(513, 0), EACCES);
-  EXPECT_EQ(errorNumberOf(513, -5000), EACCES);  // another domain's
-  EXPECT_EQ(errorNumberOf(4, 0), ENOENT);
-  EXPECT_EQ(errorNumberOf(99999, 0), EIO);
+TEST(SystemRefusalTest, NamesNoProtectionWhereSomethingElseKeepsTheItem) {
+  EXPECT_EQ(systemRefusal(EPERM, {"/Applications/Tessaly.app", 0, 0, EACCES}), "");
+  EXPECT_THAT(systemRefusal(EPERM, {"/Applications/Safari.app", kRestricted, 0, EPERM}), HasSubstr("System Integrity"));
 }
 
-TEST(TrashFailureTest, KeepsTheSystemsSentenceUnlessTheSystemKeepsTheItem) {
+constexpr const char* kCocoa = "NSCocoaErrorDomain";
+constexpr const char* kPosix = "NSPOSIXErrorDomain";
+constexpr const char* kSystemStatus = "NSOSStatusErrorDomain";
+
+TrashAnswer answerOf(const char* domain, long code, const char* domainBelow = "", long codeBelow = 0) {
   TrashAnswer answer;
-  answer.cocoaCode = 513;
+  answer.domain = domain;
+  answer.code = code;
+  answer.domainBelow = domainBelow;
+  answer.codeBelow = codeBelow;
   answer.description = "“a” couldn’t be moved\nto the trash.";
-  EXPECT_EQ(trashFailure(answer, "/Users/sam/a").localizedDescription(), "“a” couldn’t be moved?to the trash.");
-  answer.posixCode = EPERM;
-  EXPECT_THAT(trashFailure(answer, "/Users/sam/a").localizedDescription(), HasSubstr("Full Disk Access"));
-  EXPECT_EQ(trashFailure(answer, "/Users/sam/a").code(), EPERM);
+  return answer;
+}
+
+class TrashFailureTest : public ::testing::Test {
+ protected:
+  TrashFailureTest() { obstacle = 0; }
+};
+
+TEST_F(TrashFailureTest, TakesTheNumberUnderneathBeforeTheFrameworksOwn) {
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 513, kPosix, EPERM)), EPERM);
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 513)), EACCES);
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 4)), ENOENT);
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 99999)), EIO);
+}
+
+TEST_F(TrashFailureTest, TakesNoCodeForThatOfAnotherDomain) {
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 513, kSystemStatus, -5000)), EACCES);
+  EXPECT_EQ(errorNumberOf(answerOf(kCocoa, 513, kCocoa, 4)), EACCES);
+  EXPECT_EQ(errorNumberOf(answerOf(kPosix, EACCES)), EACCES);
+  EXPECT_EQ(errorNumberOf(answerOf(kSystemStatus, 4)), EIO);
+}
+
+TEST_F(TrashFailureTest, NamesTheSystemsProtectionWhereNothingElseKeepsTheItem) {
+  const auto status = trashFailure(answerOf(kCocoa, 513, kSystemStatus, -5000), "/Applications/Tessaly.app");
+  EXPECT_THAT(status.localizedDescription(), HasSubstr("App Management"));
+  EXPECT_EQ(status.code(), EPERM);
+}
+
+TEST_F(TrashFailureTest, KeepsTheSystemsSentenceWherePermissionsKeepTheItem) {
+  obstacle = EACCES;
+  const auto status = trashFailure(answerOf(kCocoa, 513, kSystemStatus, -5000), "/Applications/Tessaly.app");
+  EXPECT_EQ(status.localizedDescription(), "“a” couldn’t be moved?to the trash.");
+  EXPECT_EQ(status.code(), EACCES);
+}
+
+TEST_F(TrashFailureTest, KeepsTheSystemsSentenceUnlessTheSystemKeepsTheItem) {
+  EXPECT_EQ(trashFailure(answerOf(kCocoa, 513, kPosix, EACCES), "/Users/sam/a").localizedDescription(),
+            "“a” couldn’t be moved?to the trash.");
+  const auto status = trashFailure(answerOf(kCocoa, 513, kPosix, EPERM), "/Users/sam/a");
+  EXPECT_THAT(status.localizedDescription(), HasSubstr("Full Disk Access"));
+  EXPECT_EQ(status.code(), EPERM);
+}
+
+TEST_F(TrashFailureTest, NamesNoProtectionWhereTheProgramItselfRefuses) {
+  const auto status = trashRefusal(EPERM, "others can change the Trash", "/Users/sam/a");
+  EXPECT_EQ(status.localizedDescription(), "“a” couldn’t be moved: others can change the Trash.");
+  EXPECT_EQ(status.code(), EPERM);
 }
 
 }  // namespace

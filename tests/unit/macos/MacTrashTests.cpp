@@ -101,6 +101,23 @@ TEST_F(MacTrashTest, PutsAnItemBackWithoutItsNote) {
   EXPECT_THAT(madeUp.notes, IsEmpty());
 }
 
+TEST_F(MacTrashTest, LeavesTheNoteForWhoeverMovesTheItemWithAdministratorRights) {
+  madeUp.trash.clear();
+  madeUp.answer.domain = "NSCocoaErrorDomain";
+  madeUp.answer.code = 513;  // no permission
+  EXPECT_FALSE(recycle("a.txt").status);
+  std::filesystem::rename(disk.at("folder/a.txt"), disk.at("Trash/a.txt"));
+  EXPECT_EQ(trash.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items.size(), 1U);
+}
+
+TEST_F(MacTrashTest, TakesTheNoteBackWhereTheItemStays) {
+  madeUp.trash.clear();
+  madeUp.answer.domain = "NSCocoaErrorDomain";
+  madeUp.answer.code = 640;  // no space
+  EXPECT_EQ(recycle("a.txt").status.code(), ENOSPC);
+  EXPECT_THAT(madeUp.notes, IsEmpty());
+}
+
 TEST_F(MacTrashTest, NeverAsksTheFrameworksAboutAPathThatIsNoText) {
   disk.addFile("folder/\xff");
   const auto recycled = recycle("\xff");

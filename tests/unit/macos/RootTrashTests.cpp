@@ -18,7 +18,8 @@ class RootTrash : public ::testing::Test {
     disk.addFolder("Trash");
     disk.addFolder("folder");
     disk.addFile("folder/a.txt");
-    trash = {disk.open("Trash"), disk.at("Trash")};
+    trash.folder = disk.open("Trash");
+    trash.path = disk.at("Trash");
     folder = disk.open("folder");
   }
 

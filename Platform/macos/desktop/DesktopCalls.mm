@@ -7,6 +7,8 @@
 #include <memory>
 #include <type_traits>
 
+#include "Platform/macos/Framework.h"
+
 namespace qm::macos {
 namespace {
 
@@ -54,6 +56,7 @@ platform::OSStatus makeUpdate(Descriptor& finder, const std::string& location, D
 }  // namespace
 
 std::string locationOf(const std::string& path) {
+  const Pool pool;
   const auto url = urlOf(path);
   if (!url) return {};
   const Owned<CFDataRef> text(::CFURLCreateData(nullptr, url.get(), kCFStringEncodingUTF8, true));
@@ -63,12 +66,14 @@ std::string locationOf(const std::string& path) {
 }
 
 platform::OSStatus permissionToUpdateFinder() {
+  const Pool pool;
   Descriptor finder;
   const platform::OSStatus status = nameFinder(finder);
   return status != 0 ? status : ::AEDeterminePermissionToAutomateTarget(finder.get(), kFinderSuite, kUpdate, false);
 }
 
 platform::OSStatus sendFinderUpdate(const std::string& location) {
+  const Pool pool;
   Descriptor finder;
   Descriptor event;
   Descriptor reply;
@@ -78,6 +83,7 @@ platform::OSStatus sendFinderUpdate(const std::string& location) {
 }
 
 platform::OSStatus registerBundle(const std::string& path) {
+  const Pool pool;
   const auto url = urlOf(path);
   return url ? ::LSRegisterURL(url.get(), true) : platform::fnfErr;
 }

@@ -4,6 +4,8 @@
 #include <Security/Security.h>
 #include <dlfcn.h>
 
+#include "Platform/macos/Framework.h"
+
 namespace qm::macos {
 namespace {
 
@@ -46,6 +48,7 @@ Execute execute() {
 
 AuthorizationStatus createSession(const platform::AuthorizationItems& environment, platform::AuthorizationFlags flags,
                                   platform::AuthorizationRef* session) {
+  const Pool pool;
   ::AuthorizationRef made = nullptr;
   const OSStatus status = ::AuthorizationCreate(nullptr, ItemSet(environment).get(), flags, &made);
   *session = ours(made);
@@ -55,14 +58,17 @@ AuthorizationStatus createSession(const platform::AuthorizationItems& environmen
 AuthorizationStatus copySessionRights(platform::AuthorizationRef session, const platform::AuthorizationItems& rights,
                                       const platform::AuthorizationItems& environment,
                                       platform::AuthorizationFlags flags) {
+  const Pool pool;
   return ::AuthorizationCopyRights(theirs(session), ItemSet(rights).get(), ItemSet(environment).get(), flags, nullptr);
 }
 
 AuthorizationStatus freeSession(platform::AuthorizationRef session, platform::AuthorizationFlags flags) {
+  const Pool pool;
   return ::AuthorizationFree(theirs(session), flags);
 }
 
 AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, platform::AuthorizationFlags flags) {
+  const Pool pool;
   ::AuthorizationRef found = nullptr;
   const OSStatus status = ::AuthorizationCopyPrivilegedReference(&found, flags);
   *session = ours(found);
@@ -74,6 +80,7 @@ bool canExecute() { return execute() != nullptr; }
 AuthorizationStatus executeWithRights(platform::AuthorizationRef session, const std::string& tool,
                                       platform::AuthorizationFlags flags, const std::vector<std::string>& arguments,
                                       std::FILE** output) {
+  const Pool pool;
   std::vector<char*> vector;
   vector.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
