@@ -96,6 +96,8 @@ int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
   return error;
 }
 
+int flushFile(int file) { return ::fsync(file) == 0 ? 0 : errno; }
+
 int reserveSpace(int /*file*/, off_t /*offset*/, std::size_t /*count*/) { return ENOTSUP; }
 int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
 ssize_t copyRange(int /*from*/, int /*to*/, off_t /*offset*/, std::size_t /*count*/) { return -1; }
