@@ -55,8 +55,10 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
   qInstallMessageHandler(previous);
   keepLogEnglish();
   useCatalogue(*application);
-  QApplication::setStyle(new ReadableStyle);  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it is Qt's from here
+  // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): Qt deletes the style
+  QApplication::setStyle(new ReadableStyle);
   QApplication::setQuitOnLastWindowClosed(false);
+  // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
   const std::string_view program = frontEnd().product.program;
   QApplication::setDesktopFileName(QString::fromUtf8(program.data(), static_cast<qsizetype>(program.size())));
   return application;

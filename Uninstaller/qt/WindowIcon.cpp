@@ -4,7 +4,7 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QIcon>
-#include <QTimer>
+#include <QTimerEvent>
 
 // Qt asks for this outside of every namespace.
 static void keepResources() { Q_INIT_RESOURCE(Icon); }
@@ -29,9 +29,14 @@ WindowIcon::WindowIcon(QGuiApplication& application) { application.installEventF
 bool WindowIcon::eventFilter(QObject* /*receiver*/, QEvent* event) {
   if (event->type() == QEvent::Paint) {
     qApp->removeEventFilter(this);
-    QTimer::singleShot(0, this, setIcon);  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): Qt keeps the call
+    startTimer(0);
   }
   return false;
+}
+
+void WindowIcon::timerEvent(QTimerEvent* event) {
+  killTimer(event->timerId());
+  setIcon();
 }
 
 }  // namespace qm::qt

@@ -15,6 +15,7 @@ class WindowIcon final : public QObject {
   explicit WindowIcon(QGuiApplication& application);
 
   bool eventFilter(QObject* receiver, QEvent* event) override;
+  void timerEvent(QTimerEvent* event) override;
 };
 
 }  // namespace qm::qt
