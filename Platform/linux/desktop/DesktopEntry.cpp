@@ -71,7 +71,7 @@ std::string value(std::string_view text) {
   });
 }
 
-/// Quotes one Exec argument and escapes the reserved characters (Desktop Entry Specification, "The Exec key").
+/// Quotes one Exec argument and escapes the reserved characters, by the rules of freedesktop.org for the key Exec.
 std::string quotedWord(std::string_view word) {
   const std::string inside = eachCharacter(word, [](const Character&, std::string_view bytes) {
     const char c = bytes.front();
@@ -82,7 +82,7 @@ std::string quotedWord(std::string_view word) {
 }
 
 /// The command that starts a program. Some desktops look for a program with the name exactly as written, including a
-/// doubled "%", and hide the entry if they do not find it; arguments are read according to the specification.
+/// doubled "%", and hide the entry if they do not find it; arguments are read by those rules.
 std::string command(const std::string& program) {
   const bool isMisread = program.find('%') != std::string::npos;
   return (isMisread ? "/usr/bin/env " : "") + quotedWord(program);

@@ -24,7 +24,7 @@ struct EntryMark {
   std::string_view filePrefix;
 };
 
-/// The file's contents according to the Desktop Entry Specification. The name is on one line, without control and
+/// The file's contents in the desktop entry format of freedesktop.org. The name is on one line, without control and
 /// direction characters; invalid types are left out. Null if a path cannot be written in this format: it is not UTF-8,
 /// contains a control character other than tab and newline, or leads to an executable with "=" in its path.
 std::optional<std::string> desktopEntryText(const DesktopEntry& entry, const EntryMark& mark);

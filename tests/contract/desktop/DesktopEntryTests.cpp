@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The text of a menu entry, checked by the specification and by the tool for it.
+// The text of a menu entry, checked by the rules of freedesktop.org and by the tool for it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
