@@ -19,7 +19,7 @@
 
 namespace qm::linux_ {
 
-/// The Trash by the freedesktop.org specification, version 1.0: the user's home trash for what lies on its volume, and
+/// The Trash by the freedesktop.org rules, version 1.0: the user's home trash for what lies on its volume, and
 /// a folder at the top of every other volume. The services outlive it.
 class FreedesktopTrash final : public platform::Trash {
  public:
