@@ -26,8 +26,12 @@ def contents(path, info):
     return ""
 
 
+# What the kernel keeps on an overlay's own files. It writes some of it when a folder is looked up.
+OF_THE_KERNEL = ("trusted.overlay.", "user.overlay.")
+
+
 def attributes(path):
-    names = [name for name in os.listxattr(path, follow_symlinks=False) if not name.startswith("trusted.overlay.")]
+    names = [name for name in os.listxattr(path, follow_symlinks=False) if not name.startswith(OF_THE_KERNEL)]
     return {name: os.getxattr(path, name, follow_symlinks=False).hex() for name in sorted(names)}
 
 
