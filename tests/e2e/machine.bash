@@ -114,6 +114,9 @@ start_display() {
   wait_until 10 test -s $work/display
   DISPLAY=:$(cat $work/display)
   export DISPLAY
+  # The first key from xdotool changes the display's keyboard, for which Openbox drops its shortcuts for a moment. A
+  # scenario's alt+F4 would be lost then.
+  xdotool key Shift_L
   XDG_CACHE_HOME=$work openbox >$work/openbox.log 2>&1 &
   wait_until 10 window_manager_runs
 }
