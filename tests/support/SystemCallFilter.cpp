@@ -8,9 +8,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <future>
 #include <thread>
@@ -45,6 +47,10 @@ int install(std::vector<sock_filter> program, unsigned flags = 0) {
   return static_cast<int>(installed);
 }
 
+/// Actions use static objects, which the process destroys at its end. The kernel keeps the order of the two, and
+/// ThreadSanitizer sees it by this number.
+std::atomic<int> actionsDone{0};
+
 /// Makes the calls on behalf of another thread of this process.
 void serve(int listener, std::function<void()> action) {
   seccomp_notif request{};
@@ -52,7 +58,10 @@ void serve(int listener, std::function<void()> action) {
     const auto& a = request.data.args;
     const long value = ::syscall(request.data.nr, a[0], a[1], a[2], a[3], a[4], a[5]);
     seccomp_notif_resp response{request.id, value < 0 ? 0 : value, value < 0 ? -errno : 0, 0};
-    if (action) std::exchange(action, nullptr)();
+    if (action) {
+      std::exchange(action, nullptr)();
+      actionsDone.fetch_add(1, std::memory_order_release);
+    }
     ASSERT_EQ(::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response), 0) << std::strerror(errno);
     request = {};
   }
@@ -81,6 +90,7 @@ void failSystemCallOn(int descriptor, long number, int error) {
 }
 
 void afterSystemCall(long number, std::function<void()> action) {
+  std::atexit([] { static_cast<void>(actionsDone.load(std::memory_order_acquire)); });
   std::promise<int> listener;
   std::thread([future = listener.get_future(), action = std::move(action)]() mutable {
     serve(future.get(), std::move(action));

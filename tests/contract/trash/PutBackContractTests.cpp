@@ -16,8 +16,6 @@ using platform::MissingFolders;
 using platform::TrashedItem;
 using Names = std::vector<std::string>;
 
-const std::string kFiles = "/home/u/.local/share/Trash/files";
-
 void trashFile(TrashWorld& world, const std::string& name, const std::string& contents) {
   world.makeFile("/home/u/" + name, contents);
   EXPECT_TRUE(world.recycle("/home/u", name));

@@ -26,9 +26,9 @@ namespace {
 using Names = std::vector<std::string>;
 using platform::MissingFolders;
 
-const std::string kFiles = kTrash + "/files/";
+const std::string kTrashFiles = kTrash + "/files/";
 const std::string kApplications = "/Applications";
-const std::string kProduct = "/Applications/Tessaly.app";
+const std::string kProductPath = "/Applications/Tessaly.app";
 
 void makeRootsFolder(World& world, const std::string& path) {
   world.makeFolder(path);
@@ -46,9 +46,9 @@ void playWithProduct(const std::function<void(World&)>& body) {
   World::play([&](World& world) {
     world.actAsRoot("u");
     makeRootsFolder(world, kApplications);
-    makeRootsFolder(world, kProduct);
-    makeRootsFile(world, kProduct + "/binary", "binary", 0755);
-    makeRootsFile(world, kProduct + "/secret", "secret", 0600);
+    makeRootsFolder(world, kProductPath);
+    makeRootsFile(world, kProductPath + "/binary", "binary", 0755);
+    makeRootsFile(world, kProductPath + "/secret", "secret", 0600);
     ASSERT_TRUE(world.recycle(kApplications, "Tessaly.app"));
     body(world);
   });
@@ -64,33 +64,35 @@ void playWithProductOfVolume(const std::function<void(World&)>& body) {
 }
 
 void expectProduct(World& world) {
-  EXPECT_EQ(world.contentsOf(kProduct + "/binary"), "binary");
-  EXPECT_EQ(world.contentsOf(kProduct + "/secret"), "secret");
-  EXPECT_EQ(world.modeOf(kProduct + "/secret"), 0600U);
-  EXPECT_EQ(world.ownerOf(kProduct + "/binary"), 0U) << "owners are those of the Trash";
-  EXPECT_EQ(world.ownerOf(kProduct), World::kUser);
+  EXPECT_EQ(world.contentsOf(kProductPath + "/binary"), "binary");
+  EXPECT_EQ(world.contentsOf(kProductPath + "/secret"), "secret");
+  EXPECT_EQ(world.modeOf(kProductPath + "/secret"), 0600U);
+  EXPECT_EQ(world.ownerOf(kProductPath + "/binary"), 0U) << "owners are those of the Trash";
+  EXPECT_EQ(world.ownerOf(kProductPath), World::kUser);
   EXPECT_EQ(world.namesIn(kApplications), Names{"Tessaly.app"}) << "nothing else is left";
 }
 
 void expectIsBack(World& world) {
-  EXPECT_TRUE(world.putBackNewest(kProduct));
+  EXPECT_TRUE(world.putBackNewest(kProductPath));
   expectProduct(world);
   expectNothingIn(world, kTrash);
   EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
 }
 
 void expectStays(World& world, int code, const std::string& because) {
-  const platform::Status status = world.putBackNewest(kProduct);
+  const platform::Status status = world.putBackNewest(kProductPath);
   EXPECT_EQ(status.code(), code);
   EXPECT_EQ(status.localizedDescription(), "“Tessaly.app” couldn’t be put back because " + because + ".");
-  EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+  EXPECT_EQ(world.kindOf(kProductPath), ItemKind::Nothing);
   EXPECT_EQ(world.namesIn(kApplications), Names{});
-  EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+  EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
   EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
 }
 
 // What the user can do in their own Trash.
-void changeProduct(const std::function<void(const std::string& product)>& change) { change(kFiles + "Tessaly.app"); }
+void changeProduct(const std::function<void(const std::string& product)>& change) {
+  change(kTrashFiles + "Tessaly.app");
+}
 
 TEST(PutBackByRoot, ReturnsToAFolderOfRoots) { playWithProduct(expectIsBack); }
 
@@ -98,7 +100,7 @@ TEST(PutBackByRoot, ReturnsToAnotherVolume) { playWithProductOfVolume(expectIsBa
 
 TEST(PutBackByRoot, ReturnsAFileToAnotherVolume) {
   playWithProductOfVolume([](World& world) {
-    makeRootsFile(world, kFiles + "file", "contents", 04755);
+    makeRootsFile(world, kTrashFiles + "file", "contents", 04755);
     world.makeFile(kTrash + "/info/file.trashinfo", "[Trash Info]\nPath=/Applications/file\n");
     EXPECT_TRUE(world.putBackNewest("/Applications/file"));
     EXPECT_EQ(world.contentsOf("/Applications/file"), "contents");
@@ -112,11 +114,11 @@ TEST(PutBackByRoot, ReturnsFromTheTrashOfRootsVolume) {
     world.makeVolume("/home/u");
     world.actAsRoot("u");
     makeRootsFolder(world, kApplications);
-    makeRootsFile(world, kProduct, "product");
+    makeRootsFile(world, kProductPath, "product");
     EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
-    EXPECT_EQ(world.itemsFrom(kProduct).at(0).path, "/.Trash-501/files/Tessaly.app");
-    EXPECT_TRUE(world.putBackNewest(kProduct));
-    EXPECT_EQ(world.contentsOf(kProduct), "product");
+    EXPECT_EQ(world.itemsFrom(kProductPath).at(0).path, "/.Trash-501/files/Tessaly.app");
+    EXPECT_TRUE(world.putBackNewest(kProductPath));
+    EXPECT_EQ(world.contentsOf(kProductPath), "product");
     expectNothingIn(world, "/.Trash-501");
   });
 }
@@ -124,11 +126,11 @@ TEST(PutBackByRoot, ReturnsFromTheTrashOfRootsVolume) {
 TEST(PutBackByRoot, ReplacesNothing) {
   for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
     play([](World& world) {
-      world.makeLink(kProduct, "/nowhere");
-      const platform::Status status = world.putBackNewest(kProduct);
+      world.makeLink(kProductPath, "/nowhere");
+      const platform::Status status = world.putBackNewest(kProductPath);
       EXPECT_EQ(status.code(), EEXIST);
-      EXPECT_EQ(world.contentsOf(kProduct), "/nowhere");
-      EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+      EXPECT_EQ(world.contentsOf(kProductPath), "/nowhere");
+      EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
     });
   }
 }
@@ -136,8 +138,8 @@ TEST(PutBackByRoot, ReplacesNothing) {
 TEST(PutBackByRoot, MakesMissingFoldersOfRoots) {
   playWithProduct([](World& world) {
     ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
-    EXPECT_EQ(world.putBackNewest(kProduct).code(), ENOENT);
-    EXPECT_TRUE(world.putBackNewest(kProduct, MissingFolders::AreMade));
+    EXPECT_EQ(world.putBackNewest(kProductPath).code(), ENOENT);
+    EXPECT_TRUE(world.putBackNewest(kProductPath, MissingFolders::AreMade));
     EXPECT_EQ(world.ownerOf(kApplications), 0U);
     EXPECT_EQ(world.modeOf(kApplications), 0755U);
     expectProduct(world);
@@ -171,7 +173,7 @@ TEST(PutBackByRoot, GoesWithThePersonsRightsWhereThePersonCouldLeadTheWay) {
     world.makeLink("/home/u/Roots", "/etc");
     EXPECT_TRUE(world.itemsFrom("/home/u/Roots/a").empty());
     EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
-    EXPECT_EQ(world.contentsOf(kFiles + "a"), "a");
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "a"), "a");
   });
 }
 
@@ -188,7 +190,7 @@ TEST(PutBackByRoot, FollowsNoLinkOfThePersonsThatCameAfterTheLook) {
       expectRefused(world.putBack(item, World::kTrashLink, missing));
     }
     EXPECT_EQ(world.kindOf("/etc/a"), ItemKind::Nothing);
-    EXPECT_EQ(world.contentsOf(kFiles + "a"), "a");
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "a"), "a");
   });
 }
 
@@ -217,17 +219,17 @@ TEST(PutBackByRoot, ReturnsNothingThatTookThePlaceOfTheItemAfterTheLook) {
     // The item is taken once the record is written.
     afterSystemCall(SYS_fsync, [] {
       changeProduct([](const std::string& product) {
-        EXPECT_EQ(::rename(product.c_str(), (kFiles + "aside").c_str()), 0);
+        EXPECT_EQ(::rename(product.c_str(), (kTrashFiles + "aside").c_str()), 0);
         EXPECT_EQ(::symlink("/etc", product.c_str()), 0);
       });
     });
-    const platform::Status status = world.putBackNewest(kProduct);
+    const platform::Status status = world.putBackNewest(kProductPath);
     EXPECT_EQ(status.code(), ESTALE);
     EXPECT_EQ(status.localizedDescription(),
               "“Tessaly.app” couldn’t be put back because something else has taken its place in the Trash.");
     EXPECT_EQ(world.namesIn(kApplications), Names{});
-    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app"), "/etc") << "it is in the Trash again";
-    EXPECT_EQ(world.contentsOf(kFiles + "aside/binary"), "binary");
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app"), "/etc") << "it is in the Trash again";
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "aside/binary"), "binary");
     EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
   });
 }
@@ -235,7 +237,7 @@ TEST(PutBackByRoot, ReturnsNothingThatTookThePlaceOfTheItemAfterTheLook) {
 TEST(PutBackByRoot, DropsWhatLendsRights) {
   for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
     play([](World& world) {
-      const std::string product = kFiles + "Tessaly.app";
+      const std::string product = kTrashFiles + "Tessaly.app";
       world.makeFile(product + "/own", "own");
       world.setMode(product + "/own", 06755);
       world.setMode(product + "/binary", 04755);
@@ -243,13 +245,13 @@ TEST(PutBackByRoot, DropsWhatLendsRights) {
       const std::array<unsigned char, 20> capability = {1, 0, 0, 2, 0, 4};
       const bool hasCapability = ::setxattr((product + "/binary").c_str(), "security.capability", capability.data(),
                                             capability.size(), 0) == 0;
-      EXPECT_TRUE(world.putBackNewest(kProduct));
-      EXPECT_EQ(world.modeOf(kProduct + "/own"), 0755U);
-      EXPECT_EQ(world.modeOf(kProduct + "/binary"), 0755U);
-      EXPECT_EQ(world.modeOf(kProduct), 0755U);
-      EXPECT_EQ(world.ownerOf(kProduct + "/own"), World::kUser);
+      EXPECT_TRUE(world.putBackNewest(kProductPath));
+      EXPECT_EQ(world.modeOf(kProductPath + "/own"), 0755U);
+      EXPECT_EQ(world.modeOf(kProductPath + "/binary"), 0755U);
+      EXPECT_EQ(world.modeOf(kProductPath), 0755U);
+      EXPECT_EQ(world.ownerOf(kProductPath + "/own"), World::kUser);
       if (hasCapability) {
-        EXPECT_LT(::getxattr((kProduct + "/binary").c_str(), "security.capability", nullptr, 0), 0);
+        EXPECT_LT(::getxattr((kProductPath + "/binary").c_str(), "security.capability", nullptr, 0), 0);
       }
     });
   }
@@ -273,8 +275,8 @@ TEST(PutBackByRoot, ReturnsFilesWithSeveralNamesThatAreAllInTheItem) {
       changeProduct([](const std::string& product) {
         ASSERT_EQ(::link((product + "/binary").c_str(), (product + "/again").c_str()), 0);
       });
-      EXPECT_TRUE(world.putBackNewest(kProduct));
-      EXPECT_EQ(world.inodeOf(kProduct + "/binary"), world.inodeOf(kProduct + "/again"));
+      EXPECT_TRUE(world.putBackNewest(kProductPath));
+      EXPECT_EQ(world.inodeOf(kProductPath + "/binary"), world.inodeOf(kProductPath + "/again"));
     });
   }
 }
@@ -292,18 +294,18 @@ TEST(PutBackByRoot, RefusesADevice) {
 // In a root-owned folder, a link would be trusted as root's own.
 TEST(PutBackByRoot, RefusesWhatIsNoFileAndNoFolder) {
   playWithProduct([](World& world) {
-    world.removeTree(kFiles + "Tessaly.app");
-    world.makeLink(kFiles + "Tessaly.app", "/home/u");
+    world.removeTree(kTrashFiles + "Tessaly.app");
+    world.makeLink(kTrashFiles + "Tessaly.app", "/home/u");
     expectStays(world, ENOTSUP, "root puts back files and folders only");
-    world.removeFile(kFiles + "Tessaly.app");
-    ASSERT_EQ(::mkfifo((kFiles + "Tessaly.app").c_str(), 0644), 0);
+    world.removeFile(kTrashFiles + "Tessaly.app");
+    ASSERT_EQ(::mkfifo((kTrashFiles + "Tessaly.app").c_str(), 0644), 0);
     expectStays(world, ENOTSUP, "root puts back files and folders only");
   });
 }
 
 TEST(PutBackByRoot, RefusesAnItemWithAVolumeMountedInIt) {
   playWithProduct([](World& world) {
-    world.mountVolume(kFiles + "Tessaly.app/mounted", "mode=0755");
+    world.mountVolume(kTrashFiles + "Tessaly.app/mounted", "mode=0755");
     expectStays(world, EBUSY, "a volume is mounted there");
   });
 }
@@ -318,8 +320,8 @@ TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
     world.makeFolder(kTrash);
     for (const char* folder : {"/files", "/info"})
       world.bind("/home/u/stick/Trash" + std::string(folder), kTrash + folder);
-    makeRootsFile(world, kFiles + "Tessaly.app", "brought");
-    world.makeFile(kTrash + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=" + kProduct + "\n");
+    makeRootsFile(world, kTrashFiles + "Tessaly.app", "brought");
+    world.makeFile(kTrash + "/info/Tessaly.app.trashinfo", "[Trash Info]\nPath=" + kProductPath + "\n");
     expectStays(world, EXDEV, "it is on another volume, whose file owners cannot be trusted");
   });
 }
@@ -327,11 +329,11 @@ TEST(PutBackByRoot, CopiesNothingFromATrashThatIsNotAtHome) {
 TEST(PutBackByRoot, LeavesTheItemWhereACopyFails) {
   playWithProductOfVolume([](World& world) {
     failSystemCall(SYS_syncfs, EIO);
-    const platform::Status status = world.putBackNewest(kProduct);
+    const platform::Status status = world.putBackNewest(kProductPath);
     EXPECT_EQ(status.code(), EIO);
     EXPECT_EQ(world.namesIn(kApplications), Names{});
-    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret");
-    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret");
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
   });
 }
 
@@ -339,7 +341,7 @@ TEST(PutBackByRoot, LeavesTheItemWhereThereIsNoRoomForACopy) {
   playWithProduct([](World& world) {
     ASSERT_EQ(::rmdir(kApplications.c_str()), 0);
     world.mountVolume(kApplications, "mode=0755,size=64k");
-    world.makeFile(kFiles + "Tessaly.app/large", std::string(200'000, 'x'));
+    world.makeFile(kTrashFiles + "Tessaly.app/large", std::string(200'000, 'x'));
     expectStays(world, ENOSPC, "there is no space left on its volume");
   });
 }
@@ -347,10 +349,10 @@ TEST(PutBackByRoot, LeavesTheItemWhereThereIsNoRoomForACopy) {
 TEST(PutBackByRoot, LeavesTheItemWhereNoRecordCanBeWritten) {
   playWithProduct([](World& world) {
     failSystemCall(SYS_fsync, EIO);
-    const platform::Status status = world.putBackNewest(kProduct);
+    const platform::Status status = world.putBackNewest(kProductPath);
     EXPECT_EQ(status.code(), EIO);
-    EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
-    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.kindOf(kProductPath), ItemKind::Nothing);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
     EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
   });
 }
@@ -359,20 +361,20 @@ TEST(PutBackByRoot, LeavesTheItemWhereNoWorkFolderCanBeMade) {
   for (const auto& play : {playWithProduct, playWithProductOfVolume}) {
     play([](World& world) {
       failSystemCall(SYS_mkdirat, EMFILE);
-      EXPECT_EQ(world.putBackNewest(kProduct).code(), EMFILE);
-      EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
-      EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+      EXPECT_EQ(world.putBackNewest(kProductPath).code(), EMFILE);
+      EXPECT_EQ(world.kindOf(kProductPath), ItemKind::Nothing);
+      EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
     });
   }
 }
 
 TEST(PutBackByRoot, WorksOnlyWithRightsThatItCanTake) {
   playWithProduct([](World& world) {
-    const platform::TrashedItem item = world.itemsFrom(kProduct).at(0);
+    const platform::TrashedItem item = world.itemsFrom(kProductPath).at(0);
     failSystemCall(SYS_setgroups, EPERM);
     EXPECT_FALSE(world.putBack(item, World::kTrashLink, MissingFolders::AreMade));
-    EXPECT_FALSE(world.itemsFrom(kProduct, World::kTrashLink).status);
-    EXPECT_EQ(world.kindOf(kProduct), ItemKind::Nothing);
+    EXPECT_FALSE(world.itemsFrom(kProductPath, World::kTrashLink).status);
+    EXPECT_EQ(world.kindOf(kProductPath), ItemKind::Nothing);
   });
 }
 
@@ -381,7 +383,7 @@ void putBackUntil(World& world, long call) {
   const pid_t child = ::fork();
   if (child == 0) {
     afterSystemCall(call, [] { ::kill(::getpid(), SIGKILL); });
-    static_cast<void>(world.putBackNewest(kProduct));
+    static_cast<void>(world.putBackNewest(kProductPath));
     ::_exit(0);
   }
   int status = 0;
@@ -395,9 +397,9 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
     for (const long call : {SYS_mkdirat, SYS_fsync, SYS_renameat, SYS_flock}) {
       play([&](World& world) {
         putBackUntil(world, call);
-        EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U) << call;
-        EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret") << call;
-        if (world.kindOf(kProduct) == ItemKind::Nothing) expectIsBack(world);
+        EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U) << call;
+        EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret") << call;
+        if (world.kindOf(kProductPath) == ItemKind::Nothing) expectIsBack(world);
       });
     }
   }
@@ -406,19 +408,21 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
 // The record and the item as left by a process that was interrupted right after it took the item.
 void leaveTaken(World& world, const std::string& work) {
   struct stat item {};
-  ASSERT_EQ(::lstat((kFiles + "Tessaly.app").c_str(), &item), 0);
+  ASSERT_EQ(::lstat((kTrashFiles + "Tessaly.app").c_str(), &item), 0);
   makeRootsFolder(world, work);
   world.setMode(work, 0700);
-  world.rename(kFiles + "Tessaly.app", work + "/item");
+  world.rename(kTrashFiles + "Tessaly.app", work + "/item");
   const std::string number = std::to_string(item.st_dev) + "\n" + std::to_string(item.st_ino);
-  const std::string info = "%5BTrash%20Info%5D%0APath%3D" + kProduct + "%0ADeletionDate%3D2024-02-29T23%3A05%3A07%0A";
-  makeRootsFile(world, work + "/record", kProduct + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n\n0\n1\nend");
+  const std::string info =
+      "%5BTrash%20Info%5D%0APath%3D" + kProductPath + "%0ADeletionDate%3D2024-02-29T23%3A05%3A07%0A";
+  makeRootsFile(world, work + "/record",
+                kProductPath + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n\n0\n1\nend");
 }
 
 TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgain) {
   playWithProduct([](World& world) {
     leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
-    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
     expectIsBack(world);
   });
 }
@@ -426,23 +430,23 @@ TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgain) {
 TEST(EndedPutBack, GivesWhatWasTakenAnotherNameWhereItsOwnIsTaken) {
   playWithProduct([](World& world) {
     leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
-    world.makeFile(kFiles + "Tessaly.app", "another");
-    world.makeFile(kFiles + "Tessaly 2.app", "another");
-    const auto items = world.itemsFrom(kProduct);
+    world.makeFile(kTrashFiles + "Tessaly.app", "another");
+    world.makeFile(kTrashFiles + "Tessaly 2.app", "another");
+    const auto items = world.itemsFrom(kProductPath);
     ASSERT_EQ(items.size(), 2U);
-    EXPECT_EQ(items[0].path, kFiles + "Tessaly 3.app");
+    EXPECT_EQ(items[0].path, kTrashFiles + "Tessaly 3.app");
     EXPECT_EQ(world.ownerOf(kTrash + "/info/Tessaly 3.app.trashinfo"), World::kUser);
-    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app"), "another");
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app"), "another");
     EXPECT_TRUE(world.putBack(items[0], World::kTrashLink, MissingFolders::Fail));
-    EXPECT_EQ(world.contentsOf(kProduct + "/secret"), "secret");
+    EXPECT_EQ(world.contentsOf(kProductPath + "/secret"), "secret");
   });
 }
 
 TEST(EndedPutBack, RemovesTheDescriptionOfWhatIsBack) {
   playWithProduct([](World& world) {
     leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
-    world.rename(kTrash + "/.tessaly-uninstaller-1/item", kProduct);
-    EXPECT_TRUE(world.itemsFrom(kProduct).empty());
+    world.rename(kTrash + "/.tessaly-uninstaller-1/item", kProductPath);
+    EXPECT_TRUE(world.itemsFrom(kProductPath).empty());
     expectNothingIn(world, kTrash);
     EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
     expectProduct(world);
@@ -454,10 +458,10 @@ TEST(EndedPutBack, IsMendedInTheTrashOfAVolume) {
     world.makeVolume("/home/u");
     world.actAsRoot("u");
     makeRootsFolder(world, kApplications);
-    makeRootsFile(world, kProduct, "product");
+    makeRootsFile(world, kProductPath, "product");
     EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
     putBackUntil(world, SYS_fsync);
-    EXPECT_EQ(world.itemsFrom(kProduct).size(), 1U);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
     EXPECT_EQ(world.namesIn("/.Trash-501"), (Names{"files", "info"}));
   });
 }
@@ -466,7 +470,7 @@ TEST(EndedPutBack, LeavesNoGrowingCopyBesideItsPlace) {
   playWithProductOfVolume([](World& world) {
     putBackUntil(world, SYS_syncfs);
     EXPECT_EQ(world.namesIn(kApplications).size(), 1U);
-    EXPECT_EQ(world.contentsOf(kFiles + "Tessaly.app/secret"), "secret");
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret");
     expectIsBack(world);
   });
 }

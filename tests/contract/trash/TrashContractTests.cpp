@@ -12,13 +12,11 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-constexpr const char* kFiles = "/home/u/.local/share/Trash/files";
-constexpr const char* kInfo = "/home/u/.local/share/Trash/info";
-
 void makeHomeTrash(TrashWorld& world) {
-  for (const char* folder : {"/home/u/.local", "/home/u/.local/share", TrashWorld::kHomeTrash, kFiles, kInfo}) {
+  for (const auto& folder : {"/home/u/.local", "/home/u/.local/share", TrashWorld::kHomeTrash})
     world.makeFolder(folder);
-  }
+  world.makeFolder(kFiles);
+  world.makeFolder(kInfo);
 }
 
 /// Trashes a file of this name in the home and returns its name in the Trash.
@@ -28,7 +26,7 @@ std::string storedNameOf(TrashWorld& world, const std::string& name) {
   EXPECT_TRUE(status.ok()) << status.localizedDescription();
   EXPECT_EQ(world.kindOf("/home/u/" + name), ItemKind::Nothing);
   std::string stored = expectInHomeTrash(world, "/home/u/" + name);
-  EXPECT_EQ(world.contentsOf(kFiles + ("/" + stored)), "of " + name);
+  EXPECT_EQ(world.contentsOf(kFiles + "/" + stored), "of " + name);
   return stored;
 }
 
@@ -55,7 +53,7 @@ TYPED_TEST(TrashContract, MovesAFolderWithAllThatIsInIt) {
     EXPECT_TRUE(world.recycle("/home/u", "Stuff"));
     EXPECT_EQ(world.kindOf("/home/u/Stuff"), ItemKind::Nothing);
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/Stuff"), "Stuff");
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/Stuff/inner/a"), "deep");
+    EXPECT_EQ(world.contentsOf(kFiles + "/Stuff/inner/a"), "deep");
   });
 }
 
@@ -63,10 +61,10 @@ TYPED_TEST(TrashContract, TellsWhereEachItemWentAsFarAsTheyWent) {
   TypeParam::play([](TrashWorld& world) {
     for (const char* name : {"a.txt", "b"}) world.makeFile(std::string("/home/u/") + name, "first");
     EXPECT_TRUE(world.recycle("/home/u", TrashWorld::kTrashLink, {"a.txt", "b"}));
-    EXPECT_EQ(world.recycledTo, (Names{std::string(kFiles) + "/a.txt", std::string(kFiles) + "/b"}));
+    EXPECT_EQ(world.recycledTo, (Names{kFiles + "/a.txt", kFiles + "/b"}));
     world.makeFile("/home/u/a.txt", "second");
     EXPECT_FALSE(world.recycle("/home/u", TrashWorld::kTrashLink, {"a.txt", "none"}));
-    EXPECT_EQ(world.recycledTo, Names{std::string(kFiles) + "/a 2.txt"});
+    EXPECT_EQ(world.recycledTo, Names{kFiles + "/a 2.txt"});
     EXPECT_FALSE(world.recycle("/home/u", "none"));
     EXPECT_EQ(world.recycledTo, Names{});
   });
@@ -86,7 +84,7 @@ TYPED_TEST(TrashContract, MovesAnEmptyFolder) {
     world.makeFolder("/home/u/Empty.app");
     EXPECT_TRUE(world.recycle("/home/u", "Empty.app"));
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/Empty.app"), "Empty.app");
-    EXPECT_EQ(world.kindOf(std::string(kFiles) + "/Empty.app"), ItemKind::Folder);
+    EXPECT_EQ(world.kindOf(kFiles + "/Empty.app"), ItemKind::Folder);
   });
 }
 
@@ -98,8 +96,8 @@ TYPED_TEST(TrashContract, MovesALinkAndNotItsTarget) {
     EXPECT_EQ(world.contentsOf("/home/u/target"), "stays");
     EXPECT_EQ(world.kindOf("/home/u/link"), ItemKind::Nothing);
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/link"), "link");
-    EXPECT_EQ(world.kindOf(std::string(kFiles) + "/link"), ItemKind::Link);
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/link"), "target");
+    EXPECT_EQ(world.kindOf(kFiles + "/link"), ItemKind::Link);
+    EXPECT_EQ(world.contentsOf(kFiles + "/link"), "target");
   });
 }
 
@@ -110,7 +108,7 @@ TYPED_TEST(TrashContract, MovesALinkToAFolderAsTheLink) {
     world.makeLink("/home/u/link", "/home/u/folder");
     EXPECT_TRUE(world.recycle("/home/u", "link"));
     EXPECT_EQ(world.contentsOf("/home/u/folder/a"), "stays");
-    EXPECT_EQ(world.kindOf(std::string(kFiles) + "/link"), ItemKind::Link);
+    EXPECT_EQ(world.kindOf(kFiles + "/link"), ItemKind::Link);
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/link"), "link");
   });
 }
@@ -120,7 +118,7 @@ TYPED_TEST(TrashContract, MovesADanglingLink) {
     world.makeLink("/home/u/dangling", "/nowhere/at/all");
     EXPECT_TRUE(world.recycle("/home/u", "dangling"));
     EXPECT_EQ(world.kindOf("/home/u/dangling"), ItemKind::Nothing);
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/dangling"), "/nowhere/at/all");
+    EXPECT_EQ(world.contentsOf(kFiles + "/dangling"), "/nowhere/at/all");
     EXPECT_EQ(expectInHomeTrash(world, "/home/u/dangling"), "dangling");
   });
 }
@@ -139,7 +137,7 @@ TYPED_TEST(TrashContract, MovesAnItemFromOutsideTheHomeOnTheSameVolume) {
 TYPED_TEST(TrashContract, RecordsThePathAndTheLocalDate) {
   TypeParam::play([](TrashWorld& world) {
     storedNameOf(world, "a b.txt");
-    EXPECT_EQ(world.contentsOf(std::string(kInfo) + "/a b.txt.trashinfo"),
+    EXPECT_EQ(world.contentsOf(kInfo + "/a b.txt.trashinfo"),
               "[Trash Info]\nPath=/home/u/a%20b.txt\nDeletionDate=2024-02-29T23:05:07\n");
   });
 }
@@ -201,17 +199,17 @@ TYPED_TEST(TrashContract, KeepsBothWhenNamesClash) {
     EXPECT_TRUE(world.recycle("/home/u/two", "a.txt"));
     const std::string first = expectInHomeTrash(world, "/home/u/one/a.txt");
     const std::string second = expectInHomeTrash(world, "/home/u/two/a.txt");
-    EXPECT_EQ(world.contentsOf(kFiles + ("/" + first)), "first");
-    EXPECT_EQ(world.contentsOf(kFiles + ("/" + second)), "second");
+    EXPECT_EQ(world.contentsOf(kFiles + "/" + first), "first");
+    EXPECT_EQ(world.contentsOf(kFiles + "/" + second), "second");
   });
 }
 
 TYPED_TEST(TrashContract, DoesNotOverwriteAFileWhoseDescriptionIsGone) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
-    world.makeFile(std::string(kFiles) + "/a.txt", "orphan");
+    world.makeFile(kFiles + "/a.txt", "orphan");
     EXPECT_NE(storedNameOf(world, "a.txt"), "a.txt");
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/a.txt"), "orphan");
+    EXPECT_EQ(world.contentsOf(kFiles + "/a.txt"), "orphan");
     EXPECT_EQ(world.namesIn(kInfo).size(), 1U);
   });
 }
@@ -219,12 +217,12 @@ TYPED_TEST(TrashContract, DoesNotOverwriteAFileWhoseDescriptionIsGone) {
 TYPED_TEST(TrashContract, DoesNotOverwriteAnEmptyFolderWhoseDescriptionIsGone) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
-    world.makeFolder(std::string(kFiles) + "/Stuff");
+    world.makeFolder(kFiles + "/Stuff");
     world.makeFolder("/home/u/Stuff");
     world.makeFile("/home/u/Stuff/a", "x");
     EXPECT_TRUE(world.recycle("/home/u", "Stuff"));
     EXPECT_NE(expectInHomeTrash(world, "/home/u/Stuff"), "Stuff");
-    EXPECT_EQ(world.namesIn(std::string(kFiles) + "/Stuff"), Names{});
+    EXPECT_EQ(world.namesIn(kFiles + "/Stuff"), Names{});
   });
 }
 
@@ -232,39 +230,39 @@ TYPED_TEST(TrashContract, DoesNotOverwriteADescriptionWhoseFileIsGone) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
     const std::string text = "[Trash Info]\nPath=/elsewhere\nDeletionDate=2001-01-01T00:00:00\n";
-    world.makeFile(std::string(kInfo) + "/a.txt.trashinfo", text);
+    world.makeFile(kInfo + "/a.txt.trashinfo", text);
     EXPECT_NE(storedNameOf(world, "a.txt"), "a.txt");
-    EXPECT_EQ(world.contentsOf(std::string(kInfo) + "/a.txt.trashinfo"), text);
+    EXPECT_EQ(world.contentsOf(kInfo + "/a.txt.trashinfo"), text);
   });
 }
 
 TYPED_TEST(TrashContract, DoesNotMoveAFileIntoAFolderOfItsName) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
-    world.makeFolder(std::string(kFiles) + "/thing");
+    world.makeFolder(kFiles + "/thing");
     storedNameOf(world, "thing");
-    EXPECT_EQ(world.namesIn(std::string(kFiles) + "/thing"), Names{});
+    EXPECT_EQ(world.namesIn(kFiles + "/thing"), Names{});
   });
 }
 
 TYPED_TEST(TrashContract, DoesNotReplaceADanglingLinkInTheTrash) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
-    world.makeLink(std::string(kFiles) + "/a", "/nowhere");
+    world.makeLink(kFiles + "/a", "/nowhere");
     EXPECT_NE(storedNameOf(world, "a"), "a");
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/a"), "/nowhere");
+    EXPECT_EQ(world.contentsOf(kFiles + "/a"), "/nowhere");
   });
 }
 
 TYPED_TEST(TrashContract, DoesNotWriteThroughALinkAmongTheDescriptions) {
   TypeParam::play([](TrashWorld& world) {
     makeHomeTrash(world);
-    world.makeLink(std::string(kInfo) + "/a.trashinfo", "/home/u/written");
+    world.makeLink(kInfo + "/a.trashinfo", "/home/u/written");
     world.makeFile("/home/u/a", "x");
     EXPECT_TRUE(world.recycle("/home/u", "a"));
     EXPECT_EQ(world.kindOf("/home/u/written"), ItemKind::Nothing);
-    EXPECT_EQ(world.contentsOf(std::string(kInfo) + "/a.trashinfo"), "/home/u/written");
-    EXPECT_EQ(world.kindOf(std::string(kFiles) + "/a"), ItemKind::Nothing);
+    EXPECT_EQ(world.contentsOf(kInfo + "/a.trashinfo"), "/home/u/written");
+    EXPECT_EQ(world.kindOf(kFiles + "/a"), ItemKind::Nothing);
   });
 }
 
@@ -395,7 +393,7 @@ TYPED_TEST(TrashContract, RefusesWhatIsAlreadyInTheTrash) {
     storedNameOf(world, "a");
     expectRefused(world.recycle(kFiles, "a"));
     expectRefused(world.recycle(kInfo, "a.trashinfo"));
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/a"), "of a");
+    EXPECT_EQ(world.contentsOf(kFiles + "/a"), "of a");
     expectInHomeTrash(world, "/home/u/a");
   });
 }
@@ -404,7 +402,7 @@ TYPED_TEST(TrashContract, RefusesWhatIsAlreadyInTheTrashByItsLink) {
   TypeParam::play([](TrashWorld& world) {
     storedNameOf(world, "a");
     expectRefused(world.recycle(TrashWorld::kTrashLink, "a"));
-    EXPECT_EQ(world.contentsOf(std::string(kFiles) + "/a"), "of a");
+    EXPECT_EQ(world.contentsOf(kFiles + "/a"), "of a");
   });
 }
 

@@ -10,6 +10,10 @@
 
 namespace qm::testing {
 
+/// The items and the descriptions in the Trash of the user u.
+inline const std::string kFiles = "/home/u/.local/share/Trash/files";
+inline const std::string kInfo = "/home/u/.local/share/Trash/info";
+
 enum class ItemKind { Nothing, File, Folder, Link };
 
 /// The small world in which a case of the Trash takes place: the user u, id 501, with the home /home/u, on a machine of
