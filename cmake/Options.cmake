@@ -45,6 +45,15 @@ target_compile_options(qm_options INTERFACE $<$<PLATFORM_ID:Darwin>:-fstack-prot
 # Compiles in a quarter less time with a tenth more memory: by default GCC starts to collect garbage at a few megabytes.
 target_compile_options(qm_options INTERFACE
   $<$<CXX_COMPILER_ID:GNU>:SHELL:--param ggc-min-heapsize=1000000>)
+# Programs that are built to be tested are linked three times as fast by the other linker of the GNU tools, where there is
+# one.
+if(CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT QM_SANITIZE AND NOT QM_FUZZ AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX -fuse-ld=gold QM_HAS_GOLD)
+  if(QM_HAS_GOLD)
+    add_link_options(-fuse-ld=gold)
+  endif()
+endif()
 
 if(QM_SANITIZE)
   # Everything except the tests' libraries is built with the sanitizers. The vptr check opens a pipe, and reports
