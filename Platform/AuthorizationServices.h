@@ -25,7 +25,7 @@ using AuthorizationFlags = std::uint32_t;
 inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;            ///< none of the others
 inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;  ///< a dialog may be shown
 inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;        ///< missing rights are obtained
-inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;  ///< now, for tools that are started later
+inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;  ///< before a tool is started, not with it
 
 /// One named value of a rights set or an environment.
 struct AuthorizationItem {
@@ -69,10 +69,11 @@ class AuthorizationServices {
   /// Makes a session without rights. `environment` is empty or has credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
-  /// Says which tool the next rights are wanted for, so that a refusal can name what is left undone because of
-  /// it. Starts and asks nothing.
+  /// States for which tool rights will be requested next, so that the message about a refusal can name the item that
+  /// stays. Starts nothing and opens no dialog.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
-  /// Until "" is passed, a removal of this folder means: only if it is empty for the user who removes it.
+  /// Until "" is passed, a removal of this folder fails unless nothing but empty folders and housekeeping files is in
+  /// it.
   virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.

@@ -28,9 +28,9 @@ inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjec
 inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";  ///< objects left
 /// Objects to copy that a user sees, which are all of them.
 inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
-/// Of these, copied.
+/// How many of these have been copied.
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
-/// Of these, left.
+/// How many of these are left.
 inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOperationUserVisibleObjectsRemainingKey";
 /// Bytes per second since the copying began.
 inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
@@ -85,8 +85,8 @@ class FileOperations {
   /// cancellation there is nothing. The source is unchanged.
   ///
   /// The operation keeps itself alive until its end. It reports at the beginning of each stage and then, within the
-  /// stage, at most once per interval; reports of the running stage have a status dictionary. After a cancellation none
-  /// is about progress. The last report, exactly one, has the stage Complete, however the operation ended; then the
+  /// stage, at most once per interval; reports of the running stage have a status dictionary. After a cancellation no
+  /// progress is reported. The last report, exactly one, has the stage Complete, however the operation ended; then the
   /// callback is released. After a refusal it is released at once.
   virtual FileOperationStatus copyObject(const FileOperationRef& operation, const CopyObjectRequest& request) = 0;
   /// Makes the operation end soon, with `userCanceledErr` unless it had already ended. Does not wait for that.

@@ -10,9 +10,9 @@ class Packages {
  public:
   virtual ~Packages() = default;
 
-  /// The path leads to a folder that the system's file manager shows as one item (an application, for example): as the
-  /// Finder shows it, where there is one. Where file managers know no packages, a bundle by its name or its contents is
-  /// one. Links are followed; false for a missing item and for anything but a folder. Any thread.
+  /// The path leads to a folder that is shown as one item, an application for example. On a Mac the Finder's view
+  /// decides. On a system whose file managers know no packages, a folder is one if its name or its contents are a
+  /// bundle's. Links are followed; false for a missing item and for anything but a folder. Any thread.
   virtual bool isFilePackage(const std::string& path) const = 0;
 };
 

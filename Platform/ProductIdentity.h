@@ -31,7 +31,7 @@ struct ProductIdentity {
   std::string_view credentialsAgent{};
   /// The zip tool.
   std::string_view zipTool{};
-  /// The action of `helper`, where the system's dialog for rights goes by one.
+  /// The polkit action of `helper`. Systems without polkit do not use it.
   std::string_view helperAction{};
   /// The action of `toolHelper`, likewise.
   std::string_view toolHelperAction{};

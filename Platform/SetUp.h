@@ -17,8 +17,8 @@ namespace qm::platform {
 /// the result of a timed operation, and in `platform().mainThread->handleOneEvent`. A program that copies in the
 /// background calls that until the last report has come. There is no `userInterface`.
 ///
-/// `users`, which outlives every user, says which user is meant if a program run by root works for one user after
-/// another.
+/// Pass `users` if the program is run by root and works for one user after another: it returns the current one. It must
+/// never be destroyed.
 const Platform& setUp(const ProductIdentity& product, Users* users = nullptr);
 
 }  // namespace qm::platform

@@ -61,9 +61,10 @@ class Trash {
 
   /// Moves an item from the user's Trash back to where it came from, and removes its record. Works with that user's
   /// rights. As root it uses root's rights if the user's do not suffice and nobody but root can redirect the path.
-  /// Owners stay what they are in the Trash; what root puts back lends nobody's rights. Across volumes the item is
-  /// copied and then removed. Nothing is replaced: anything at the old path, even a dangling link, makes it fail. A
-  /// failure leaves the item in the Trash, with its record, and leaves folders that were created for it.
+  /// Owners stay what they are in the Trash. From an item that root puts back, set-user-id and set-group-id bits and
+  /// file capabilities are removed. Across volumes the item is copied and then removed. Nothing is replaced: anything
+  /// at the old path, even a dangling link, makes it fail. A failure leaves the item in the Trash, with its record, and
+  /// leaves folders that were created for it.
   ///
   /// An uninstalled product's own folder was removed if it was empty. To put back a whole product, let missing folders
   /// be created. They belong to the user, or to root where creating them takes root's rights.

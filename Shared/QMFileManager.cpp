@@ -161,8 +161,8 @@ const std::vector<std::string>& housekeepingNames() {
   return names;
 }
 
-/// While this exists, the privileged removal of the folder means: only if it is empty. The tool itself would remove
-/// everything in it, even what only root can see.
+/// While this exists, a removal of the folder with administrator rights fails unless nothing but empty folders and
+/// housekeeping files is in it. The tool itself would remove everything, even what only root can see.
 class HollowFolderMeant {
  public:
   explicit HollowFolderMeant(const std::string& folder) {

@@ -33,7 +33,7 @@ namespace {
 
 /// The size in bytes of message lines after which a new file is begun.
 constexpr std::size_t kTruncationThreshold = 499'999;
-/// A message up to this length, behind a queue up to this length, is waited for.
+/// `appendLog` waits for a message if neither its length nor that of the whole queue exceeds this.
 constexpr std::size_t kShortMessage = 99;
 constexpr int kOldestFile = 5;
 
@@ -159,9 +159,9 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   return files;
 }
 
-/// The current file gets its new name as a second one, and the new file then replaces the first. However the process
-/// ends, a log file exists, which matters because a missing one is not created. Where a file can have only one name, it
-/// is moved.
+/// The current file gets its new name as a hard link and keeps its old one, under which the new file then replaces it.
+/// So a log file exists however the process ends. That matters because a missing one is not created. If the volume has
+/// no hard links, the file is renamed.
 QMLog::Rotation QMLog::rotate(const std::string& folder, const std::optional<std::string>& appName,
                               const std::string& current) {
   auto& fileSystem = *platform().fileSystem;
@@ -293,15 +293,16 @@ void QMLog::append(FileHandle& handle, const std::string& text) {
   require(written);
 }
 
-/// Read and written separately, so threads that do it at the same moment lose each other's step. An exact count is kept
-/// beside it. That is raised first, so that it is complete when the message's turn comes.
+/// `bytesInQueue_` is read and written separately, so threads that raise it at the same moment lose each other's step.
+/// An exact count is kept in `unitsWaiting_`. It is raised first, so that it includes the message before the message is
+/// written.
 void QMLog::raiseBytesInQueue(std::size_t units) {
   unitsWaiting_ += units;
   bytesInQueue_ = bytesInQueue_ + units;
 }
 
-/// Corrects the losses so far. A thread that is just raising may undo that, but its own message is still to come: after
-/// the last message the count is exact.
+/// Also corrects `bytesInQueue_`. A thread that is just raising it may undo the correction. But the message of that
+/// thread is written later and corrects it again, so after the last message the count is exact.
 void QMLog::lowerBytesInQueue(std::size_t units) {
   std::size_t waiting = unitsWaiting_;
   while (!unitsWaiting_.compare_exchange_weak(waiting, waiting - std::min(waiting, units))) {

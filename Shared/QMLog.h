@@ -39,8 +39,9 @@ class QMLog : public qm::Singleton<QMLog> {
     if (format) queueMessage(qm::foundation::formatted(*format, arguments...));
   }
 
-  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A message of 1 to 99 characters with at most
-  /// 99 characters waiting before it has been written when this returns. A null format does nothing.
+  /// `appendLog:`. Formats the message and passes it to `fastAppendLog:`. A short message has been written when this
+  /// returns: one of 1 to 99 characters, if all messages in the queue together have at most 99. A null format does
+  /// nothing.
   template <class... Arguments>
   static void appendLog(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
@@ -83,7 +84,7 @@ class QMLog : public qm::Singleton<QMLog> {
   /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
   /// `bytesInQueue`. UTF-16 code units of messages not yet written. It is changed by separate reads and writes, so it
-  /// is approximate while several threads write messages, and exact again after every message written.
+  /// is only approximate while several threads log at once. After the writing of a message it is exact again.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
   /// `setBytesInQueue:`
   void setBytesInQueue(std::size_t units) { unitsWaiting_ = bytesInQueue_ = units; }

@@ -10,8 +10,8 @@ using qm::platform::platform;
 using qm::platform::Task;
 using qm::platform::TaskStream;
 
-/// Marks that a thread is releasing what a run held. If a destructor that runs meanwhile ends its runner's run, it
-/// means that very run, although another may have replaced it in the slot while a call still kept the delegate.
+/// Marks that a thread is releasing the objects that a run held. A destructor of such an object may call
+/// `terminateAsyncTask`. The call then applies to that run, even if another run has replaced it in the slot meanwhile.
 class QMTask::Releasing {
  public:
   Releasing(const QMTask& runner, std::shared_ptr<Task> task)
@@ -70,8 +70,8 @@ void QMTask::asyncDataFromTask(const std::string& path, const Arguments& argumen
   endAsyncRun(task);
 }
 
-/// The delegate and the context of the previous run are released while that run is still in the slot: what their
-/// destructors end is their own run.
+/// The delegate and the context of the previous run are released while that run is still in the slot. So if their
+/// destructors call `terminateAsyncTask`, they end their own run.
 void QMTask::giveUpReceiver() {
   AsyncReceiver released;
   {
@@ -139,8 +139,8 @@ void QMTask::closeOutput(const std::shared_ptr<Task>& task) {
   if (reader) reader->close();
 }
 
-/// A launch in progress is waited for, since a tool can be ended only after it was started. A launch that has not begun
-/// will not begin.
+/// Waits for a launch in progress, since a tool can be ended only after it was started. A launch that has not begun by
+/// then does not begin any more.
 void QMTask::endTool(const std::shared_ptr<Task>& task) {
   if (!task) return;
   const std::scoped_lock lock(launchMutex_);

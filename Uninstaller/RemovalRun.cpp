@@ -74,7 +74,7 @@ RemovalReport RemovalRun::removeProduct(RemoveConfig removeConfig) {
   }
   if (const auto folder = makersFolderPath()) report.makersFolderRemoved = QMFileManager::removeFolderIfEmpty(*folder);
   platform().trash->makeDurable();
-  // Whoever reports the end says that everything is done, so nothing may hold administrator rights any more.
+  // The run is reported as complete when this returns, so nothing may hold administrator rights any more.
   platform().authorizationServices->releaseRights();
   return report;
 }

@@ -27,7 +27,7 @@ bool isLike(std::string_view name, std::string_view pattern) {
   std::size_t at = 0;
   std::size_t inPattern = 0;
   std::size_t behindStar = nowhere;
-  std::size_t starEnd = 0;  // where the run that the last "*" takes up ends
+  std::size_t starEnd = 0;  // the end of what the last "*" matches
   while (at < name.size()) {
     if (inPattern < pattern.size() && pattern[inPattern] == '*') {
       behindStar = ++inPattern;

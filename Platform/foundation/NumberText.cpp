@@ -8,7 +8,7 @@
 namespace qm::foundation {
 namespace {
 
-/// So many digits tell every number from its neighbours.
+/// With this many digits every number can be distinguished from its neighbours.
 constexpr int kMostDigits = 17;
 /// The largest number has 309 digits before its point, and a locale's point has a few bytes.
 constexpr std::size_t kMostBeforeFraction = 330;
@@ -61,8 +61,8 @@ void dropLastZeros(Decimal& decimal) {
 Decimal shortest(double number) {
   for (int count = 1; count < kMostDigits; ++count) {
     Decimal decimal = nearest(number, count);
-    // A power of two is farther from its larger neighbour: a decimal above it can be near enough where the nearest,
-    // below it, is not.
+    // A power of two is farther from its larger neighbour than from its smaller one. So a decimal above it can be near
+    // enough although the nearest decimal, which is below it, is not.
     if (!means(decimal, number)) increase(decimal);
     if (!means(decimal, number)) continue;
     dropLastZeros(decimal);

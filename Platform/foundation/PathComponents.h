@@ -42,8 +42,8 @@ requires std::same_as<Path, std::optional<std::string>> Path appendingPathCompon
 /// "/a/b" gives "/", "a", "b"; a trailing slash gives a last component "/"; "" gives none.
 std::vector<std::string> pathComponents(std::string_view path);
 
-/// Whether a path is the folder's or lies below it, by whole components: "/a" and "/a/b" are, "/ab" is not at or below
-/// "/a". Both are compared as given, without slashes at the end.
+/// Whether a path is that of the folder or of something below it. Whole components are compared: "/a" and "/a/b" are at
+/// or below "/a", "/ab" is not. Both are compared as given, without slashes at the end.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
 }  // namespace qm::foundation

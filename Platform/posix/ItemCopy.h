@@ -15,8 +15,8 @@ struct ItemCopyResult {
   int error = 0;
   bool vanished = false;  ///< the source no longer existed
   /// The created item, complete or not, opened by `openItself`. Set only if others may replace it
-  /// (`InheritedAccess::Possible`). Empty if nothing was created, or if the item that has the name may not be this
-  /// process's own.
+  /// (`InheritedAccess::Possible`). Empty if nothing was created, or if it is not certain that the item that has the
+  /// name is this process's own.
   UniqueFd made{};
 };
 

@@ -39,7 +39,7 @@ class CopiedTo {
   explicit CopiedTo(const Place& place)
       : folder_(::openat(place.folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {}
 
-  /// A folder that may not be read gives no error report, but the disk is waited for all the same.
+  /// If the folder may not be read, write errors cannot be reported. The call still waits for the disk.
   FileError flush() const {
     if (folder_) return {flushVolume(folder_.get()), {}, Side::Destination};
     ::sync();

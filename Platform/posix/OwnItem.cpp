@@ -27,8 +27,8 @@ int ownerOfNewFile(int folder, uid_t& owner) {
   return 0;
 }
 
-/// Whether rights of others that a folder was not created with persist after they are removed. If not, they are
-/// restored.
+/// For a folder that was created without rights for others and has some: whether they stay when they are removed,
+/// because the volume keeps no modes. If they can be removed, somebody granted them, and they are set again.
 bool keepsNoModes(int item, mode_t mode) {
   struct stat changed {};
   static_cast<void>(::fchmod(item, S_IRWXU));

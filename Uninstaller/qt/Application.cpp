@@ -25,8 +25,8 @@ void say(const std::string& line) { static_cast<void>(std::fprintf(stderr, "%s\n
 
 void sayAsTheProgram(const char* line) { say(std::string(frontEnd().product.program) + ": " + line); }
 
-/// Qt gives up by aborting. Here that means that there is no display, which is not a crash and leaves
-/// no core file.
+/// If Qt cannot start, it aborts. Here the only reason is that there is no display. That is no crash and must not leave
+/// a core file.
 void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   say(qFormatLogMessage(type, context, message).toStdString());
   if (type != QtFatalMsg) return;
@@ -34,7 +34,7 @@ void reportStartFailure(QtMsgType type, const QMessageLogContext& context, const
   std::_Exit(EXIT_FAILURE);
 }
 
-/// What goes to log and console is English, whatever the toolkit sets for the whole process.
+/// Keeps the messages in the log and on the console English, although the toolkit sets the locale of the whole process.
 void keepLogEnglish() {
   for (const int part : {LC_MESSAGES, LC_NUMERIC, LC_TIME}) {
     static_cast<void>(std::setlocale(part, "C"));  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
@@ -48,7 +48,7 @@ void useCatalogue(QApplication& application) {
 }
 
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
-  // There is nothing to type into: opening an input method would only keep the window waiting.
+  // The windows have no text field, so an input method would only delay them.
   qputenv("QT_IM_MODULE", "none");
   const auto previous = qInstallMessageHandler(reportStartFailure);
   auto application = std::make_unique<QApplication>(argc, argv);

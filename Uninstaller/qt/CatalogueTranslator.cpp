@@ -7,7 +7,7 @@ namespace qm::qt {
 
 namespace {
 
-/// The toolkit's own texts that the windows show; desktops differ in the mark for the letter.
+/// Texts of the toolkit's own that the windows show. Only some desktops mark a letter for the keyboard with "&".
 [[maybe_unused]] constexpr const char* kOfToolkit[] = {uninstaller::catalogued("OK"), uninstaller::catalogued("&OK")};
 
 }  // namespace
@@ -16,7 +16,7 @@ QString translated(std::string_view english) {
   return QString::fromStdString(uninstaller::language().translated(english));
 }
 
-/// A text that the catalogue lacks is left to whoever is asked next.
+/// For a text that the catalogue lacks, returns null, so that Qt asks the next translator.
 QString CatalogueTranslator::translate(const char* /*context*/, const char* source, const char* /*disambiguation*/,
                                        int /*count*/) const {
   const std::string text = language_.translated(source);

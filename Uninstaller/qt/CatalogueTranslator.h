@@ -12,7 +12,7 @@ namespace qm::qt {
 /// The text in the user's language, for a widget.
 QString translated(std::string_view english);
 
-/// Translates what the toolkit translates, among it the texts of the interface file, with the user's language.
+/// Passes the texts that Qt has translated, such as those of the interface file, to the user's language.
 class CatalogueTranslator final : public QTranslator {
  public:
   explicit CatalogueTranslator(const uninstaller::Language& language = uninstaller::language()) : language_(language) {}

@@ -7,8 +7,8 @@ class QToolButton;
 
 namespace qm::qt {
 
-/// Makes a button one with an arrow that shows and hides what belongs to it. Closed at first. `toggle` is called with
-/// whether that is shown from now on, and lives as long as the button.
+/// Gives a button an arrow. Each press opens or closes what the button stands for; it is closed at first. `toggle` is
+/// called with true on opening and with false on closing. It is kept as long as the button.
 void makeDisclosure(QToolButton& button, std::function<void(bool)> toggle);
 
 }  // namespace qm::qt

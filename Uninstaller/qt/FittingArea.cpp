@@ -11,7 +11,8 @@ namespace qm::qt {
 
 namespace {
 
-/// A window is measured before it has its frame. No usual title bar is higher, and no other edge wider.
+/// A window is measured before it has its frame, so the frame's size is not known. Usual title bars and edges are no
+/// larger than these.
 constexpr int kTitleBar = 40;
 constexpr int kEdge = 4;
 
@@ -52,7 +53,7 @@ QSize FittingArea::sizeHint() const {
   return QSize(beside.width() + bar, beside.height() + bar).boundedTo(room);
 }
 
-/// The content tells its layout first that something in it has changed.
+/// If something in the content changes, its layout requests a new size from this area.
 bool FittingArea::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::LayoutRequest) updateGeometry();
   return QScrollArea::eventFilter(watched, event);

@@ -5,15 +5,15 @@
 
 namespace qm::qt {
 
-/// How large a window can be on its screen, beside what is the desktop's and with a title bar of its own.
+/// How large the contents of a window can be on its screen, without the desktop's panels and the window's frame.
 QSize roomFor(const QWidget& window);
 
-/// What a window holds, in the size that it wants. Where the screen is smaller than that, its texts wrap earlier, and
-/// what is left over can be scrolled to: Tab shows what it comes to, and Page Up and Page Down show the rest.
+/// Everything that a window shows, in the size that it needs. If the screen is smaller than that, texts wrap earlier,
+/// and the area can be scrolled: Tab scrolls to the control that gets the focus, Page Up and Page Down to the rest.
 class FittingArea final : public QScrollArea {
  public:
-  /// Takes the window's layout, and is all that the window holds from then on. The window gets a fixed size, in which
-  /// the texts have `wantedWidth`, or what the controls need, and follows when that changes.
+  /// Takes over the window's layout and becomes its only content. The user cannot resize the window. It is as wide as
+  /// `wantedWidth` or as the controls need, and its size follows the content.
   FittingArea(QWidget& window, int wantedWidth);
 
   QSize sizeHint() const override;

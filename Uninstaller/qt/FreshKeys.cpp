@@ -33,8 +33,8 @@ bool FreshKeys::eventFilter(QObject* /*receiver*/, QEvent* event) {
     releaseTime_ = release->timestamp();
     return false;
   }
-  // Before it presses a key, Qt asks whether a control wants it rather than the shortcuts: accepting keeps it from
-  // them.
+  // Before Qt delivers a press, it sends this event to ask whether a control handles the key itself. Accepting the
+  // event keeps the key from the shortcuts.
   if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride) return false;
   const auto& press = *static_cast<QKeyEvent*>(event);
   if (walks(press.key()) || !isRepeated(press)) return false;
@@ -42,8 +42,8 @@ bool FreshKeys::eventFilter(QObject* /*receiver*/, QEvent* event) {
   return true;
 }
 
-/// An X server repeats a key by a release and a press of the same moment. Qt marks them when it sees both together;
-/// when the press comes a little later, they look like somebody's, but for their time.
+/// An X server repeats a key by a release and a press with the same time. Qt marks them as a repetition if it sees both
+/// together. If the press arrives a little later, only the time shows the repetition.
 bool FreshKeys::isRepeated(const QKeyEvent& press) const {
   if (press.isAutoRepeat()) return true;
   return press.timestamp() != 0 && press.timestamp() == releaseTime_ && press.nativeScanCode() == releasedKey_;

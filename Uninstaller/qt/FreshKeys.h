@@ -8,9 +8,9 @@ class QKeyEvent;
 
 namespace qm::qt {
 
-/// Keeps from every window the presses that a held key makes by itself: nothing is started, dismissed or ticked by a
-/// key that nobody has pressed for it. Only the keys that walk from control to control may repeat. Lives as long as
-/// the application object, or shorter.
+/// Drops the automatic repetitions of a key that is held down, in every window. So such a key cannot start, dismiss or
+/// tick anything that the user did not press it for. Only the keys that move the focus may repeat. Does not outlive the
+/// application object.
 class FreshKeys final : public QObject {
  public:
   explicit FreshKeys(QCoreApplication& application);

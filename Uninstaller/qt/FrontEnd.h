@@ -17,7 +17,8 @@ namespace qm::qt {
 struct FrontEnd {
   /// Whose windows these are. Set by the application main function.
   platform::ProductIdentity product;
-  /// How long an instance that runs may take to show itself: on a slow machine it may be just starting.
+  /// How long a new process waits until the running instance has shown itself. On a slow machine that instance may be
+  /// just starting.
   std::chrono::milliseconds patience = std::chrono::seconds(5);
 
   QtMainThread mainThread;

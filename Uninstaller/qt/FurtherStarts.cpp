@@ -17,7 +17,7 @@ bool isShownWindow(const QWidget& widget) {
   return widget.isVisible() && (widget.windowType() == Qt::Window || widget.windowType() == Qt::Dialog);
 }
 
-/// The one that takes input: there may be others behind an alert.
+/// The window that takes input. If an alert is shown, the windows behind it do not.
 QWidget* shownWindow() {
   if (auto* const alert = QApplication::activeModalWidget()) return alert;
   for (auto* const widget : QApplication::topLevelWidgets()) {
@@ -39,7 +39,7 @@ FurtherStarts::FurtherStarts(const linux_::SingleInstance& instance) : instance_
 
 void FurtherStarts::serve() {
   if (instance_.serve(bringToFront)) return;
-  // The request stays, and would wake the main thread without a pause.
+  // The request is still waiting and would wake the main thread again and again.
   notifier_->setEnabled(false);
   rest_.start();
 }

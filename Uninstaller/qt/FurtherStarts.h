@@ -9,8 +9,8 @@
 
 namespace qm::qt {
 
-/// When the program is started again, brings the window that is shown to the front, whichever it is. Made and destroyed
-/// on the main thread, with an application object; the instance outlives it.
+/// When the program is started again, brings the window that is shown to the front. Created and destroyed on the main
+/// thread while there is an application object. The instance must outlive this object.
 class FurtherStarts {
  public:
   explicit FurtherStarts(const linux_::SingleInstance& instance);
@@ -23,8 +23,8 @@ class FurtherStarts {
   QTimer rest_;
 };
 
-/// Shows the program's window in front, also out of the task bar, and asks for the keyboard. Without a window nothing
-/// happens.
+/// Brings the program's window to the front, also if it is minimised, and requests the keyboard focus. Does nothing if
+/// no window is shown.
 void bringToFront();
 
 }  // namespace qm::qt

@@ -24,18 +24,18 @@ constexpr Qt::WindowFlags kMainWindow = Qt::Window | Qt::CustomizeWindowHint | Q
                                         Qt::WindowCloseButtonHint;
 constexpr Qt::WindowFlags kProgressWindow = Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
 
-/// So wide that the explanation is two lines of a length that reads well.
+/// With this width the explanation has two lines, short enough to read well.
 constexpr int kMainWidth = 588;
 constexpr int kProgressWidth = 408;
 
-/// Texts begin where the controls do, also in another script than theirs.
+/// Texts begin at the edge where the controls begin, even if a text's own script begins at the other.
 void alignTexts(const QWidget& window) {
   const Qt::Alignment begin = window.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
   for (auto* const label : window.findChildren<QLabel*>())
     label->setAlignment(begin | Qt::AlignAbsolute | Qt::AlignVCenter);
 }
 
-/// Windows never close by themselves: the request, or Escape, is dropped or passed to a button.
+/// A close request or Escape never closes a window directly. It is dropped, or passed to a button as a click.
 class CloseRequests final : public QObject {
  public:
   CloseRequests(QWidget& window, QAbstractButton* button) : QObject(&window), button_(button) {
@@ -86,8 +86,8 @@ class ReturnKey final : public QObject {
   QPushButton& cancelButton_;
 };
 
-/// A button's letter presses it at once. Qt lets a moment pass, in which the keys that were typed after it would
-/// overtake it.
+/// Makes a button's letter press the button at once. Qt itself would wait a moment, in which keys that were typed later
+/// would take effect first.
 class PromptLetters final : public QObject {
  public:
   explicit PromptLetters(QWidget& window) : QObject(&window) {
@@ -101,13 +101,14 @@ class PromptLetters final : public QObject {
   }
 };
 
-/// Root sees no more of a person's folder than that person: what is looked into can be exchanged meanwhile.
+/// In a user's folder root measures with that user's rights, because the user can replace what is measured at any
+/// moment.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.ok()) measure(item);
 }
 
-/// Takes a child of the canvas out of it, as a window of its own that is not yet shown.
+/// Makes a child of the canvas a window of its own, which is not shown yet.
 std::unique_ptr<QWidget> liftOut(QWidget* widget, Qt::WindowFlags flags) {
   widget->setParent(nullptr, flags);
   return std::unique_ptr<QWidget>(widget);
@@ -164,12 +165,12 @@ void MainInterface::sendOnClick(const QAbstractButton& button, Action action) {
     takesActions_ = false;
     mainWidget_->setEnabled(false);
     preview_.abandon();
-    // The controls give no sender of their own: nobody asks an action who sent it.
+    // The sender is null, because no action uses it.
     (*owner_.*action)(nullptr);
   });
 }
 
-/// It takes a moment to make, and most never open it.
+/// Called when the view is first opened, because creating it takes a moment and most users never open it.
 void MainInterface::makePlanView() {
   planView_ = new PlanView(mainWidget_.get());
   file_->mainLayout->insertWidget(file_->mainLayout->indexOf(file_->buttonsLayout), planView_);

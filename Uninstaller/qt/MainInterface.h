@@ -18,14 +18,14 @@ namespace qm::qt {
 
 class PlanView;
 
-/// What the main interface file holds, loaded: its owner with the outlets and actions connected, and
-/// the two windows. Outlets and owner live as long as this object; the windows until `destroyWindows`.
+/// The loaded interface file: its owner, whose outlets and actions are connected, and the two windows. Outlets and
+/// owner exist as long as this object, the windows until `destroyWindows`.
 ///
-/// The main window sends one action, while it is shown. Clicks, keys and close requests that come after it, or were
-/// queued behind it, meet a window that takes no input any more: they would start a second run, end the program in the
-/// middle of one, or change a check box that the run has yet to read.
+/// The main window sends one action, and only while it is shown. From then on it takes no input. Otherwise clicks, keys
+/// and close requests that come later, or were queued behind that action, could start a second run, end the program
+/// during a run, or change a check box before the run reads it.
 ///
-/// "What will be moved" looks at the disk each time that it is opened, and only then.
+/// "What will be moved" reads the disk each time it is opened, and at no other time.
 class MainInterface {
  public:
   explicit MainInterface(std::unique_ptr<uninstaller::InterfaceOwner> owner);
@@ -34,7 +34,7 @@ class MainInterface {
   ~MainInterface();
 
   uninstaller::Window& windowMain() { return *windowMain_; }
-  /// The widgets go, while there still is an application object. The outlets stay.
+  /// Destroys the widgets. Call it while there still is an application object. The outlets continue to exist.
   void destroyWindows();
 
  private:
@@ -60,7 +60,7 @@ class MainInterface {
   std::unique_ptr<QtWindow> windowProgress_;
   std::unique_ptr<QtProgressIndicator> progressBar_;
 
-  PlanView* planView_ = nullptr;  // the main window's, from when it is first opened
+  PlanView* planView_ = nullptr;  // in the main window, created when it is first opened
   RemovalPreview preview_;
 };
 

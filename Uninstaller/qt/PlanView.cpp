@@ -16,7 +16,8 @@ namespace {
 
 constexpr int kListHeight = 190;
 
-/// Paths read from the left, also between texts that do not. A size reads as its unit does.
+/// In a language that is written from right to left, a path is still written from left to right. A size has the
+/// direction of its unit.
 class TextsOfTheirOwn final : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -81,7 +82,7 @@ void PlanView::setRemoveConfig(RemoveConfig removeConfig) {
   fill();
 }
 
-/// Whoever goes through the list stays at the item that he has come to.
+/// Keeps the current line if its item is still in the list, so that a user who reads the list does not lose the place.
 void PlanView::fill() {
   const QTreeWidgetItem* const current = list_->currentItem();
   const QString reached = current == nullptr ? QString() : current->text(0);

@@ -10,7 +10,7 @@ class QTreeWidget;
 
 namespace qm::qt {
 
-/// The items that would be moved, one a line with its size, and their sum below.
+/// Lists the items that would be moved, one in each line with its size. The total size is below the list.
 class PlanView final : public QWidget {
  public:
   explicit PlanView(QWidget* parent);

@@ -15,8 +15,8 @@ namespace {
 
 int stateNumber(bool checked) { return checked ? uninstaller::kOnState : uninstaller::kOffState; }
 
-/// In the middle of the screen, where alerts appear too, or as far up as the title bar takes. Where only the desktop
-/// places windows, as on Wayland, this changes nothing.
+/// Moves a window to the middle of the screen, where alerts appear too. A window that would not fit there with its
+/// frame is moved further up. If only the desktop may place windows, as on Wayland, this has no effect.
 void centre(QWidget& window) {
   window.adjustSize();
   const QRect screen = window.screen()->availableGeometry();

@@ -23,8 +23,8 @@ class QtWindow final : public uninstaller::Window {
   QWidget& widget_;
 };
 
-/// A check box. Its state is mirrored outside the widget, so reading it touches no widget and goes on
-/// working when the widget is gone.
+/// A check box. A copy of its state is kept outside the widget. So any thread can read the state, also after the widget
+/// has been destroyed.
 class QtCheckBox final : public uninstaller::CheckBox {
  public:
   explicit QtCheckBox(const QCheckBox& box);
@@ -35,8 +35,8 @@ class QtCheckBox final : public uninstaller::CheckBox {
   std::atomic<int> state_;
 };
 
-/// An indeterminate bar. Qt animates it from the event loop, and has no animation that goes on while the
-/// main thread does not draw: the flag for that is accepted and changes nothing.
+/// An indeterminate bar. Qt animates it from the event loop and has no animation on another thread. So the flag for a
+/// threaded animation is accepted and has no effect.
 class QtProgressIndicator final : public uninstaller::ProgressIndicator {
  public:
   explicit QtProgressIndicator(QProgressBar& bar) : bar_(bar) {}

@@ -34,7 +34,7 @@ void QtDescriptorWait::waitUntilReadable(int descriptor) {
   QEventLoop loop;
   QSocketNotifier notifier(descriptor, QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, &loop, [&] {
-    // The descriptor stays readable: a wait inside this one would be woken by it again and again.
+    // The descriptor stays readable, and would wake a wait inside this one again and again.
     notifier.setEnabled(false);
     loop.quit();
   });

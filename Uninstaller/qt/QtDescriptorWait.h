@@ -5,7 +5,7 @@
 
 namespace qm::qt {
 
-/// Waits in an event loop of its own, inside the one that runs.
+/// Waits in a nested event loop, so that the main thread still handles events.
 class QtDescriptorWait final : public posix::DescriptorWait {
  public:
   void waitUntilReadable(int descriptor) override;

@@ -29,10 +29,10 @@ class QtMainThread final : public platform::MainThread {
   /// A pass of the event loop may serve several events that are ready together; they count as one.
   bool handleOneEvent(std::chrono::milliseconds limit) override;
 
-  /// Main thread, with an application object: queued work is run from now on. Answers whether the
-  /// system gave the means for it.
+  /// Main thread, with an application object: queued work is run from now on. Returns false if the system provided no
+  /// descriptor.
   bool begin();
-  /// Main thread: the application is ending. Whoever waits for work is not released any more.
+  /// Main thread: the application is ending. From now on threads that wait for work in `performAndWait` are not woken.
   void holdWaitingCallers();
   bool holdsWaitingCallers() const;
   /// Main thread, after the event loop: work that is queued, now or later, is never run.

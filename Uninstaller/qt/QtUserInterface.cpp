@@ -22,7 +22,7 @@ namespace {
 constexpr int kAlertWidth = 360;
 constexpr int kDetailsWidth = 480;
 constexpr int kDetailsHeight = 150;
-// What else an alert with details takes of the screen.
+// The space that an alert needs around its details.
 constexpr int kBesideDetails = 30;
 constexpr int kAboveAndBelowDetails = 130;
 constexpr int kLeastDetailsHeight = 40;
@@ -31,8 +31,8 @@ int widthOnScreen(const QWidget& alert, int wanted) {
   return std::min(wanted, roomFor(alert).width() - kBesideDetails);
 }
 
-/// Short texts would make an alert that is too narrow for its own title. With details it is so wide from the start that
-/// it grows downwards only.
+/// An alert with short texts would be too narrow for its own title. An alert with details has their width from the
+/// start, so that only its height changes when they are shown.
 void widen(QMessageBox& alert, int wanted) {
   auto* const grid = qobject_cast<QGridLayout*>(alert.layout());
   if (grid == nullptr) return;
@@ -63,7 +63,7 @@ QToolButton* makeDetailsButton(QWidget& alert, QPlainTextEdit& text) {
   return button;
 }
 
-/// Between the texts and the button.
+/// Inserts the details between the texts and the button.
 void addDetails(QMessageBox& alert, const std::string& details) {
   auto* const grid = qobject_cast<QGridLayout*>(alert.layout());
   auto* const buttons = alert.findChild<QDialogButtonBox*>();
@@ -77,7 +77,8 @@ void addDetails(QMessageBox& alert, const std::string& details) {
   grid->addWidget(buttons, row + 2, 0, 1, columns);
 }
 
-/// Screen readers would read the markup that is left in a label. Its text begins at the edge where the controls do.
+/// The label's text contains markup, which screen readers would read, so the label gets the plain text as its name. Its
+/// text begins at the edge where the controls begin.
 void prepareLabel(const QMessageBox& alert, const char* label, const std::string& text) {
   auto* const found = alert.findChild<QLabel*>(label);
   if (found == nullptr) return;
@@ -85,7 +86,8 @@ void prepareLabel(const QMessageBox& alert, const char* label, const std::string
   found->setAlignment((alert.isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute | Qt::AlignVCenter);
 }
 
-/// Without the icon that some themes have for it: where people read from the right, it would push the text out.
+/// Removes the icon that some themes give the button. In a language that is written from right to left the icon would
+/// push the text out of the button.
 void describe(QAbstractButton& okButton) {
   okButton.setIcon(QIcon());
   okButton.setAccessibleDescription("Closes this message and quits.");

@@ -6,13 +6,13 @@
 
 namespace qm::qt {
 
-/// The application object, on Qt Widgets.
+/// Alerts and the end of the application, with Qt Widgets.
 class QtUserInterface final : public platform::UserInterface {
  public:
   explicit QtUserInterface(QtMainThread& mainThread) : mainThread_(mainThread) {}
 
   void runAlertPanel(const std::string& title, const std::string& message, const std::string& details) override;
-  /// May come before the event loop runs, which then never starts.
+  /// May be called before the event loop runs. The loop is then never started.
   void terminate(const platform::ActionSender* sender) override;
 
  private:

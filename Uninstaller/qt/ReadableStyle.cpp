@@ -11,7 +11,8 @@ namespace qm::qt {
 
 namespace {
 
-/// Three parts of the text's colour and two of the window's: more than 3 : 1 wherever text is 7 : 1.
+/// Mixes three parts of the text's colour and two of the window's. The contrast is more than 3 : 1 in every theme whose
+/// text has 7 : 1.
 QColor frameColor(const QPalette& palette) {
   const QColor text = palette.color(QPalette::Active, QPalette::WindowText);
   const QColor window = palette.color(QPalette::Active, QPalette::Window);
@@ -34,13 +35,13 @@ void drawFrame(QPainter& painter, const QRect& rect, const QPen& pen, qreal radi
   painter.restore();
 }
 
-/// Over the frame that Fusion draws, at the same place.
+/// Draws the frame over the one that Fusion has drawn.
 void drawBoxFrame(const QStyleOption& option, QPainter& painter) {
   const QPen strong(option.palette.color(QPalette::WindowText), 2);
   drawFrame(painter, option.rect, hasFocus(option) ? strong : QPen(frameColor(option.palette), 1), 0);
 }
 
-/// The button that Return presses has a frame of another colour.
+/// The button that Return presses keeps the frame of another colour that Fusion gives it.
 void drawButtonFrame(const QStyleOptionButton& option, QPainter& painter) {
   if (option.features.testFlag(QStyleOptionButton::DefaultButton) || hasFocus(option)) return;
   drawFrame(painter, option.rect, QPen(frameColor(option.palette), 1), 2);
@@ -53,7 +54,8 @@ QStyleOptionButton steadyOption(const QStyleOptionButton& option) {
   return steady;
 }
 
-/// A button's text is mirrored where people read from the right; its arrow is drawn at the left in any case.
+/// In a language that is written from right to left Fusion mirrors a button's text but not its arrow. This mirrors the
+/// arrow's place.
 QStyleOption mirroredArrow(const QStyleOption& option, const QWidget& button) {
   QStyleOption arrow(option);
   arrow.type = QStyleOption::SO_Default;

@@ -5,7 +5,8 @@
 
 namespace qm::qt {
 
-/// A check box that says what is done in any case. It can be reached and read, and stays as it is when it is pressed.
+/// A check box that shows the user what is done in any case. It takes the focus, so that a screen reader reads it, but
+/// a press does not change it.
 class SteadyCheckBox final : public QCheckBox {
  public:
   using QCheckBox::QCheckBox;

@@ -6,7 +6,7 @@
 #include <QIcon>
 #include <QTimerEvent>
 
-// Qt asks for this outside of every namespace.
+// Qt requires this outside of every namespace.
 static void keepResources() { Q_INIT_RESOURCE(Icon); }
 
 namespace qm::qt {

@@ -7,9 +7,9 @@ class QGuiApplication;
 
 namespace qm::qt {
 
-/// Gives every window the program's icon: the desktop's theme's, or the one that is compiled in. It comes after the
-/// first window is painted, which need not wait for the theme's files. Lives as long as the application object, or
-/// shorter.
+/// Gives every window the program's icon: that of the desktop's theme, or else the one that is compiled in. The icon is
+/// set after the first window has been painted, so that the window does not wait for the theme's files. Does not
+/// outlive the application object.
 class WindowIcon final : public QObject {
  public:
   explicit WindowIcon(QGuiApplication& application);

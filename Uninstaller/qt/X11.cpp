@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned kBitsOfData = 32;
 constexpr std::uint32_t kSaidByTheUser = 2;
 
-/// Speaks to the window manager about one window.
+/// Sends requests to the window manager for one window.
 class WindowManager {
  public:
   WindowManager(xcb_connection_t* connection, xcb_window_t window) : connection_(connection), window_(window) {

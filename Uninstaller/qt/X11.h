@@ -9,16 +9,16 @@ struct xcb_connection_t;
 
 namespace qm::qt {
 
-/// Qt's connection to an X server. Null where the windows are another system's.
+/// Qt's connection to an X server. Null on another window system.
 xcb_connection_t* x11Connection();
 
-/// What a server has answered. Null when it refused.
+/// The reply of a server. Null if it refused the request.
 template <class Reply>
 using X11Reply = std::unique_ptr<Reply, decltype(&std::free)>;
 
-/// Has the window come to the desktop that is shown, to the front, and get the keyboard because the user says so.
-/// Window managers may take what a program asks for by itself as a disturbance, and only mark it. Does nothing without
-/// an X server.
+/// Moves the window to the desktop that is shown, brings it to the front and gives it the keyboard focus, as a request
+/// of the user. If a program requests this for itself, a window manager may only highlight the window. Does nothing
+/// without an X server.
 void activateForTheUser(const QWidget& window);
 
 }  // namespace qm::qt

@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned kTypeWithoutSender = 0x7F;
 constexpr unsigned kKeysInAByte = 8;
 
-/// Has the server tell, right behind each change of the keyboard's owner, which keys are held.
+/// Requests from the server a report of the keys that are down, right after each change of the keyboard focus.
 void askForHeldKeys(xcb_connection_t* connection, xcb_window_t window) {
   const X11Reply<xcb_get_window_attributes_reply_t> attributes(
       xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr), std::free);
@@ -33,7 +33,7 @@ bool createsSurface(const QEvent& event) {
 }  // namespace
 
 X11HeldKeys::X11HeldKeys(QGuiApplication& application) : connection_(x11Connection()) {
-  if (connection_ == nullptr) return;  // another system of windows, or none
+  if (connection_ == nullptr) return;  // another window system, or none
   application.installEventFilter(this);
   application.installNativeEventFilter(this);
 }

@@ -13,18 +13,18 @@ struct xcb_keymap_notify_event_t;
 
 namespace qm::qt {
 
-/// Keeps from every window the presses of keys that were held when the window got the keyboard, until they have been
-/// released. An X server goes on repeating a key that was pressed elsewhere, or before the program's start, and the
-/// window that has the keyboard then gets presses that nobody made for it.
+/// If a key was down when a window got the keyboard focus, drops the presses of that key until it is released. An X
+/// server continues to repeat a key that was pressed in another window or before the program started. The window with
+/// the focus gets these presses, although the user did not make them for it.
 ///
-/// The server tells which keys are held with each change of the keyboard's owner, so a press made for the window is
-/// never taken for an older one, however late it is handled. On other systems of windows this does nothing: they begin
-/// no repetition in a window that did not get the press.
+/// The server reports which keys are down with each change of the focus. So a press for the window is never mistaken
+/// for an older one, however late it is handled. On other window systems this class does nothing, because they do not
+/// repeat a key in a window that did not get the press.
 class X11HeldKeys final : public QObject, public QAbstractNativeEventFilter {
  public:
   explicit X11HeldKeys(QGuiApplication& application);
 
-  /// Sees each window of the system's before it is shown.
+  /// Asks the server for reports about each native window before the window is shown.
   bool eventFilter(QObject* receiver, QEvent* event) override;
   bool nativeEventFilter(const QByteArray& kind, void* message, qintptr* result) override;
 

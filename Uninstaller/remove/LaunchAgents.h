@@ -8,12 +8,13 @@
 
 namespace qm::removal {
 
-/// What has the system end the agent of a file in a person's session; nothing for a file that is no agent's. Agents of
-/// the product are called like their files.
+/// The arguments with which the tool ends, in a user's session, the launch agent that a file describes. None if the
+/// file describes no agent. The product's agents are named like their files.
 std::vector<std::string> bootOutArguments(const std::string& path, uid_t person);
 
-/// Ends the agent of a file in a person's session, before the file goes: else the system would start it again, or keep
-/// it until the person logs out. Does nothing without a tool, and for other files. One that does not run is fine.
+/// Ends the launch agent that a file describes in a user's session. Call it before the file is moved: otherwise the
+/// system would start the agent again, or keep it until the user logs out. Does nothing without a tool or if the file
+/// describes no agent. It is no failure if the agent does not run.
 void bootOut(const std::string& tool, const std::string& path, uid_t person);
 
 }  // namespace qm::removal

@@ -76,7 +76,8 @@ std::string reasonOf(const ItemResult& result) {
   return result.outcome == ItemOutcome::Stayed ? reasonToStay(result) : "";
 }
 
-/// The program that root's rights are used through returns before the folder is gone.
+/// A removal by the helper is reported as done as soon as the helper has started, so this waits until the folder is
+/// gone.
 bool isGoneInTime(const std::string& folder) {
   const auto& clock = *platform().clock;
   const auto end = clock.monotonicNow() + kFolderLimit;

@@ -59,8 +59,8 @@ struct Report {
 
 /// Whether anything has been moved or removed.
 bool hasChanged(const Report& report);
-/// The exit status. If something stayed because rights are missing, that status has priority: with rights there may be
-/// no other reason.
+/// The exit status. If something stayed because rights are missing, that status has priority, because with these rights
+/// nothing else may be in the way.
 int statusOf(const Report& report);
 
 /// The word for an outcome, for programs.

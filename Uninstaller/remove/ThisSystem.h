@@ -12,39 +12,42 @@
 #include "Platform/posix/process/MainLoop.h"
 #include "Uninstaller/remove/Report.h"
 
-/// What the command finds otherwise on each system. The bodies are in the system's own folder.
+/// What the command needs and each system provides in its own way. The functions are implemented in the system's own
+/// folder.
 namespace qm::removal {
 
-/// The system's services for the product, with `users` among them. All that is passed is never destroyed.
+/// The system's services for the product, with `users` as the service for users. The caller must never destroy `loop`
+/// and `users`.
 const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users& users);
-/// Who runs the process and who is at the computer, as the system says.
+/// Returns the process's own user and the user at the console as the system knows them.
 const platform::Users& systemUsers();
 
-/// The numbers of the accounts that are persons'.
+/// The range of user ids for people. Other accounts belong to services.
 struct NumbersOfPersons {
   uid_t first = 0;
   uid_t last = 0;
 };
 NumbersOfPersons numbersOfPersons();
 
-/// Where root keeps what is to outlast a run. Nobody else may write there.
+/// The folder for data that root keeps after a run. Nobody else may write there.
 std::string stateFolderOfRoot();
-/// Where root's lock lies. Nobody else may write there.
+/// The folder of root's lock file. Nobody else may write there.
 std::string lockFolderOfRoot();
-/// Where others keep what is to outlast a run; null for the usual folder below their home.
+/// The folder for data that another user keeps after a run. Null stands for the usual folder below the user's home.
 std::optional<std::string> stateFolder(const std::string& home);
-/// A folder of the caller's alone that lasts as long as the caller's session; null where the system has none.
+/// A folder that only the caller can access and that exists as long as the caller's session. Null if the system has
+/// none.
 std::optional<std::string> runtimeFolder();
 
-/// All processes, their names, and whom they run for, whatever rights they have.
+/// All processes, their names, and the users who run them (real user ids), whatever rights the processes have.
 std::vector<pid_t> allProcesses();
 std::string nameOfProcess(pid_t process);
 std::optional<uid_t> userOfProcess(pid_t process);
 
-/// The tool that ends what was started by the files in a person's folder of launch agents; "" where nothing is.
+/// The tool that ends a user's launch agents. "" if the system starts none.
 std::string launchControlTool();
 
-/// Writes a run into the system's log.
+/// Writes the report of a run to the system log.
 void recordInSystemLog(const Report& report);
 
 }  // namespace qm::removal

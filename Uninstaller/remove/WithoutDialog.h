@@ -6,7 +6,7 @@
 namespace qm::removal {
 
 /// Administrator rights that are never requested and never granted, because nobody may be there to answer a dialog.
-/// What root starts for itself is not affected.
+/// Commands that a root process starts without a dialog (`commandForRoot`) are not affected.
 class WithoutDialog final : public platform::AuthorizationServices {
  public:
   /// The system's own services outlive this object.

@@ -11,8 +11,8 @@ namespace qm::linux_ {
 /// The longest name of an item in an archive that is written or unpacked. No system call accepts a longer one.
 inline constexpr std::size_t kLongestArchiveName = 4095;
 
-/// A name from a disk or an archive for a line of text. Control characters, which could end the line or control a
-/// terminal, are shown as "?".
+/// Makes a name from a disk or an archive fit for one line of text. Control characters, which could end the line or
+/// control a terminal, are shown as "?".
 std::string shownName(std::string_view name);
 
 /// "name: Why." A failure with a system's error number, or with a sentence of its own.

@@ -14,7 +14,8 @@
 
 namespace qm::linux_ {
 
-/// The archive's own names in its folder, which must not be packed.
+/// The final and the temporary name of the archive in its folder. If that folder is packed, the archive itself must be
+/// left out.
 struct OwnNames {
   posix::FolderIdentity folder;
   std::vector<std::string> names;

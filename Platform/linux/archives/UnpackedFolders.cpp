@@ -58,7 +58,8 @@ void UnpackedFolders::markWay(std::size_t folder) {
   for (; !folders_[folder].isOnTheWay; folder = folders_[folder].above) folders_[folder].isOnTheWay = true;
 }
 
-/// Walks down into each folder and up again, with one descriptor open. It must come up in the folder it left.
+/// Walks down into each folder and up again, with one descriptor open. On the way up it checks that it is in the folder
+/// from which it went down.
 class UnpackedFolders::Walk {
  public:
   Walk(const std::vector<Folder>& folders, int top) : folders_(folders), top_(top) {}

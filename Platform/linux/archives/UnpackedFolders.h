@@ -24,8 +24,9 @@ class UnpackedFolders {
 
   /// The record of a folder by name and parent, created if there is none yet.
   std::size_t below(std::size_t folder, const std::string& name);
-  /// Records that the folder was created here; it is accessible to its owner alone until `settle`. `made` identifies it
-  /// then. ESTALE if another one took its place. Returns 0 or an error number.
+  /// Records that this process created the folder, which is open as `made` in `above`. The folder is accessible to its
+  /// owner alone until `settle`, which recognises it by its identity. Returns 0 or an error number: ESTALE if `made` is
+  /// another folder that took its place.
   int setMade(std::size_t folder, int above, int made);
   /// Records what the archive says about it.
   void setAttributes(std::size_t folder, mode_t permissions, const std::optional<timespec>& modified);
@@ -43,7 +44,7 @@ class UnpackedFolders {
     std::map<std::string, std::size_t> below;
     bool isMade = false;
     posix::FolderIdentity identity;     // of a folder that was created
-    bool keepsPermissions = false;      // and whether its volume does
+    bool keepsPermissions = false;      // the volume of a folder that was created keeps modes
     bool isOnTheWay = false;            // this folder or one below is to be settled
     std::optional<mode_t> permissions;  // without them, those of any new folder
     std::optional<timespec> modified;

@@ -19,7 +19,7 @@ struct ZipNames {
   bool areAll = false;
 };
 
-/// The bit in such a byte.
+/// The bit of the flag "this name is UTF-8" in its byte.
 inline constexpr unsigned char kUtf8Mark = 0x08;
 
 /// Reads the directory of an archive that is open for reading. Returns what was found before the first error, which the

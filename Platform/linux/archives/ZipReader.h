@@ -55,8 +55,8 @@ class ZipReader {
   platform::Status memoryAllowed() const;
   platform::Status failure(const std::string& name) const;
 
-  // Names that exist only in a field of their own are in UTF-8, and have to be converted to the character set of the
-  // thread.
+  // libarchive converts a name that is only in the field for UTF-8 names to the character set of the thread. So the
+  // thread's has to be UTF-8.
   CharacterSet characterSet_{CharacterSet::Kind::Utf8};
   std::unique_ptr<Source> source_;
   std::unique_ptr<archive, int (*)(archive*)> archive_;

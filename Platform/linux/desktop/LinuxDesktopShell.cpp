@@ -41,7 +41,7 @@ std::string applicationsFolderOf(const TrashUser& person) {
   return person.dataHome.value_or(person.home + "/.local/share") + "/applications";
 }
 
-/// Nothing is there, or an entry of ours.
+/// True if nothing is at the path, or an entry that this class created.
 bool mayReplace(const std::string& path, const EntryMark& mark) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT;

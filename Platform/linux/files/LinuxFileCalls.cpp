@@ -42,10 +42,10 @@ bool isProtected(int folder, const char* name) {
 
 int shareContents(int from, int to) { return errorOf(::ioctl(to, FICLONE, from)); }
 
-/// An access list here lends and denies what permissions do, and the check of these counts it in.
+/// On Linux an access list is a part of the permissions, so the check of the permissions covers it.
 bool isRemovalDenied(int /*folder*/, const char* /*name*/) { return false; }
 
-/// FICLONE fills a file that is there.
+/// FICLONE needs an existing file: see `shareContents`.
 int makeClone(int /*from*/, int /*folder*/, const char* /*name*/, UniqueFd& /*clone*/) { return ENOTSUP; }
 
 int reserveSpace(int file, off_t offset, std::size_t count) {
@@ -54,7 +54,8 @@ int reserveSpace(int file, off_t offset, std::size_t count) {
 
 int flushFile(int file) { return errorOf(::fsync(file)); }
 
-/// A thousand small files take eight times as long if each is waited for.
+/// Flushes the whole volume at once. If each of a thousand small files were flushed by itself, that would take eight
+/// times as long.
 int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
 
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count) {
@@ -80,7 +81,7 @@ int makeNode(int folder, const char* name, mode_t mode, dev_t device) {
 
 int copyCreationTime(int /*item*/, const struct stat& /*attributes*/) { return ENOTSUP; }
 
-/// The attributes of inodes, which are the administrator's, stay behind.
+/// None: the attributes of inodes (chattr) are left to the administrator and are not copied.
 ItemFlags flagsForCopy(const struct stat& /*attributes*/) { return 0; }
 int setFlags(int /*item*/, ItemFlags /*flags*/) { return ENOTSUP; }
 

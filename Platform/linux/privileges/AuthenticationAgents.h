@@ -8,8 +8,8 @@
 
 namespace qm::linux_ {
 
-/// Registers an agent program that answers this process's next password dialog with credentials. They reach it through
-/// a pipe and are wiped here as soon as they are sent. Ends with its scope.
+/// Registers an agent program that answers this process's next password dialog with credentials. The credentials reach
+/// the agent through a pipe and are wiped here as soon as they are sent. The destructor ends the agent.
 class CredentialsAgent {
  public:
   /// Returns true once dialogs of this process go to the agent.
@@ -20,7 +20,7 @@ class CredentialsAgent {
   posix::UniqueFd input_;
 };
 
-/// Asks this process's password questions at its terminal. Ends with its scope.
+/// Asks this process's password questions at its terminal. The destructor ends the agent.
 class TerminalAgent {
  public:
   /// Returns true once questions of this process go to the agent.

@@ -69,8 +69,8 @@ OnlyCommand commandLine(const std::string& tool, const std::vector<std::string>&
   return command;
 }
 
-/// Why the Trash that a command moves an item to cannot be used; "" if it can, and for every other command. Rights
-/// would not change that, because the Trash is the user's own.
+/// For a command that moves an item to the Trash: why that Trash cannot be used. "" if it can be used, and for every
+/// other command. Administrator rights would not help, because the Trash is the user's own.
 std::string troubleWithTrash(const OnlyCommand& command, const Users& users) {
   const std::string folder = users.homeDirectory() + "/.Trash/";
   if (command.size() != 4 || command.front() != "/bin/mv" || !command.back().starts_with(folder)) return {};
@@ -112,7 +112,8 @@ void PolkitAuthorization::expectHollowFolder(const std::string& folder) {
   hollowFolder_ = folder;
 }
 
-/// The real tool has no option for that.
+/// Replaces the removal of `hollowFolder_` by one that fails if other things are in it. The real rm has no option for
+/// that.
 std::vector<std::string> PolkitAuthorization::asMeant(const std::string& tool,
                                                       const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);

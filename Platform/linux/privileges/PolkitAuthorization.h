@@ -19,22 +19,24 @@ namespace qm::linux_ {
 
 /// Administrator rights through polkit. A session with rights is a helper that pkexec started, and lives as long as the
 /// session. Credentials are the environment's items "username" and "password". The console shows why rights were not
-/// granted, why a tool was not started, in both cases which item is left as it was, and that a tool failed.
+/// granted or why a tool was not started, and which item is left as it was because of that. It also shows that a tool
+/// failed.
 ///
 ///   granted                                      0
 ///   the dialog was dismissed                     errAuthorizationCanceled
 ///   wrong name or password, or not allowed       errAuthorizationDenied
-///   nothing that could ask, or not allowed to    errAuthorizationInteractionNotAllowed
+///   no agent can ask, or asking is not allowed   errAuthorizationInteractionNotAllowed
 ///   pkexec, polkit or a program of ours missing  errAuthorizationToolEnvironmentError
 ///   a tool that cannot be started, or is refused errAuthorizationToolExecuteFailure
 ///   no such session, or its helper has ended     errAuthorizationInvalidRef
 ///
-/// A helper does only what its scope allows. If that is any tool, a dialog grants rights for the one command that it
-/// shows, and the next command asks again. Credentials, and rights that were requested without a command, hold for all
-/// commands. A tool that the helper starts runs as root and needs no session, so none is ever handed down. Any thread.
+/// A helper does only what its scope allows. If its scope is to run any tool, a dialog grants rights for the one
+/// command that it shows, and the next command opens the dialog again. Credentials, and rights that were requested
+/// without a command, hold for all commands. A tool that the helper starts runs as root and needs no session, so none
+/// is ever handed down. Any thread.
 class PolkitAuthorization : public platform::AuthorizationServices {
  public:
-  /// The console must outlive this object and every tool that it starts, the users this object.
+  /// The console must outlive this object and every tool that it starts. The users must outlive this object.
   PolkitAuthorization(platform::Console& console, const platform::Users& users, PrivilegePrograms programs);
   ~PolkitAuthorization() override;
   PolkitAuthorization(const PolkitAuthorization&) = delete;
@@ -90,7 +92,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   std::uintptr_t lastSession_ = 0;
   /// The command that the next rights are requested for.
   OnlyCommand announced_;
-  /// The folder whose removal means: only if it is empty.
+  /// The folder whose removal fails unless nothing but empty folders and housekeeping files is in it.
   std::string hollowFolder_;
   std::map<platform::AuthorizationRef, Session> sessions_;
 };

@@ -8,7 +8,7 @@
 
 namespace qm::linux_ {
 
-/// What a helper's rights allow, which its dialog says.
+/// What a helper's rights allow, as its dialog states it.
 enum class HelperScope {
   Product,  ///< the product's own items, which its helper knows
   AnyTool,  ///< any program; the dialog shows which

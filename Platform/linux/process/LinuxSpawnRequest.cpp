@@ -9,7 +9,7 @@ int closeAllButStandardStreams(posix_spawn_file_actions_t* actions, posix_spawna
   return ::posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
 }
 
-/// Nothing closes it.
+/// No call is needed, because only descriptors above 2 are closed.
 int keepStream(posix_spawn_file_actions_t* /*actions*/, int /*stream*/) { return 0; }
 
 char** ownEnvironment() { return environ; }

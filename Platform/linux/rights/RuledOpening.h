@@ -8,8 +8,8 @@
 
 namespace qm::linux_ {
 
-/// Opens a folder to name items in it, as the system walks a path, which keeps to `rules` (RESOLVE_… of openat2). None
-/// on failure, see `errno`; ENOSYS where the system knows no such rules.
+/// Opens a folder by its path. The kernel walks the path by `rules` (RESOLVE_… of openat2). The descriptor serves only
+/// to name items in the folder. None on failure, see `errno`; ENOSYS if the kernel has no openat2.
 posix::UniqueFd openFolderByRules(const std::string& path, std::uint64_t rules);
 
 }  // namespace qm::linux_

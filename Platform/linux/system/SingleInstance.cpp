@@ -63,8 +63,8 @@ SingleInstance::SingleInstance(const std::string& name) : name_(name + '.' + std
 SingleInstance::Start SingleInstance::start(milliseconds patience) {
   const auto deadline = steady_clock::now() + patience;
   while (claimOrAsk(deadline) == Attempt::TryAgain) {
-    // Whoever has the name is starting or ending. If it does neither, it cannot be identified, and must not block this
-    // start.
+    // The process that has the name is probably starting or ending, so this is tried again. If that never succeeds, the
+    // user of that process cannot be determined, and it must not block this start.
     if (steady_clock::now() >= deadline) break;
     ::poll(nullptr, 0, kBetweenAttempts.count());
   }

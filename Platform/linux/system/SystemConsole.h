@@ -16,7 +16,7 @@ namespace qm::linux_ {
 /// console that accepts nothing is skipped. A broken pipe is ignored only if the program ignores SIGPIPE.
 class SystemConsole : public platform::Console {
  public:
-  /// `name` stands for the program, in both.
+  /// `name` stands for the program on standard error and in the journal.
   SystemConsole(const platform::Clock& clock, std::string name);
 
   void print(std::string_view text) override;

@@ -17,14 +17,14 @@ enum class HandedOver : bool { TheItem, ACopy };
 
 /// Makes the item of a descriptor the user's to restore and to delete, wherever somebody moves it meanwhile.
 ///
-/// Its folders become the user's. Files keep owner and contents. Nothing becomes readable that was not: what lay in a
-/// folder that was closed to the user is closed to everybody but its owner. Set-user-id and set-group-id bits and file
-/// capabilities are dropped, because they would lend the owner's rights in a folder where the user can now replace
-/// neighbouring files. It works bottom up, so that nobody can interfere from above, and is idempotent. Goes on after a
-/// failure and returns the first one.
+/// Its folders become the user's. Files keep owner and contents. Nothing becomes readable that was not readable before:
+/// a file in a folder that was closed to the user gets permissions for its owner only. Set-user-id and set-group-id
+/// bits and file capabilities are dropped, because they would lend the owner's rights in a folder where the user can
+/// now replace neighbouring files. It works bottom up, so that nobody can interfere from above, and is idempotent. Goes
+/// on after a failure and returns the first one.
 ///
-/// In a copy, a device is refused with ENODEV: on the volume that it was copied from it may not have been one, and only
-/// root can have created it.
+/// In a copy, a device is refused with ENODEV. Only root can have created it there, and on the volume that it was
+/// copied from it may have had no effect as a device.
 posix::FileError handOver(int item, const FileSystemIdentity& person, Reached reached,
                           HandedOver what = HandedOver::TheItem);
 

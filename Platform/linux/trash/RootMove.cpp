@@ -122,8 +122,8 @@ class RootMove::Steps {
     const Answer<WorkFolder> aside = WorkFolder::make(source_.folder.get(), record_.aside);
     if (!aside) return aside.problem().error;
     FileError error = exchange(work, *aside);
-    // An item that was taken by mistake and could not be returned stays in it. So does one that the record does not
-    // contain yet, because the copy may be gone before this is mended.
+    // `aside` is kept if it contains an item that was taken by mistake and could not be returned. It is also kept if
+    // the record does not contain the taken item yet, because the copy may be gone before the next run mends this.
     if (!error && unfinished_ != 0) return {};
     const int removal = error ? aside->removeEmpty() : aside->remove();
     if (removal != 0 && unfinished_ == 0) unfinished_ = removal;

@@ -156,8 +156,8 @@ FileError RootPutBack::exchange(const WorkFolder& work, int folder) {
   return error;
 }
 
-// Its copy is at the destination, so it is superfluous under the new name, and what is left of it is not returned to
-// the Trash.
+// The copy is at the destination, so the item itself is no longer needed. It gets the name `kExpendable` before it is
+// removed, so that a later run does not return what is left of it to the Trash.
 FileError RootPutBack::removeTaken(const WorkFolder& work) {
   const posix::ItemName taken{work.descriptor(), kAside};
   const posix::ItemName expendable{work.descriptor(), kExpendable};

@@ -19,7 +19,7 @@ struct StoredItem {
 };
 
 /// The description of the item `name`. Null if there is no such item, or no valid description. Whoever may write in the
-/// Trash decides what it says, so the origin is only a wish. The calling thread works with the rights of the Trash's
+/// Trash decides what it says, so the origin is only a claim. The calling thread works with the rights of the Trash's
 /// owner.
 std::optional<StoredItem> storedItem(const TrashDirectory& trash, const std::string& name);
 

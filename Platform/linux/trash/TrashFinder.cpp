@@ -51,7 +51,7 @@ bool isCurrent(const TrashDirectory& trash, const std::string& path) {
          leadsTo(folder, "info", trash.infoIdentity);
 }
 
-// Without a home there is nobody to find what is in a Trash.
+// If the home does not exist, no other volume's Trash is used either, because nobody would find the items there.
 bool isForHome(const SourceFolder& source, const TrashUser& user, OpenedTrash& home) {
   if (home) return (*home)->filesIdentity.sameVolume(source.identity);
   const std::optional<ItemIdentity> identity = itemIdentity(AT_FDCWD, (user.home + "/.").c_str());

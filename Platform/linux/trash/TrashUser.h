@@ -16,7 +16,8 @@ namespace qm::linux_ {
 struct TrashUser {
   FileSystemIdentity identity;
   std::string home;
-  /// The data folder that contains the home trash, if the environment sets it; else that is below `home`.
+  /// The data folder that contains the home trash, if the environment sets one. Otherwise the data folder is below
+  /// `home`.
   std::optional<std::string> dataHome;
   /// Whether the process runs as root and works for somebody else.
   bool forAnother = false;

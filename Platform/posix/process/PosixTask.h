@@ -19,7 +19,7 @@
 
 namespace qm::posix {
 
-/// What every task uses of the process that runs it.
+/// What all tasks of this process share.
 struct TaskSurroundings {
   platform::MainThread& mainThread;
   DescriptorWait& descriptorWait;

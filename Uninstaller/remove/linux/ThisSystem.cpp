@@ -39,7 +39,7 @@ const platform::Users& systemUsers() {
   return *users;
 }
 
-/// As the administrator has set them.
+/// The range that the administrator has set in /etc/login.defs.
 NumbersOfPersons numbersOfPersons() {
   NumbersOfPersons range{1000, 60000};
   std::ifstream settings("/etc/login.defs");
@@ -91,7 +91,7 @@ std::optional<uid_t> userOfProcess(pid_t process) {
   return std::nullopt;
 }
 
-/// The files are there, and nothing is started by them.
+/// Linux has the agents' files, but nothing starts a process from them.
 std::string launchControlTool() { return ""; }
 
 void recordInSystemLog(const Report& report) { recordInJournal(report); }

@@ -9,7 +9,7 @@
 
 namespace qm::linux_ {
 
-/// What a tool does with its operands, which are pinned.
+/// What a tool does with its operands.
 enum class FileCommandKind { Move, Copy, Remove, MakeFolders, Touch };
 
 /// A command line of one of the five file tools.
@@ -18,7 +18,7 @@ struct FileCommand {
   std::vector<std::string> options;
   std::vector<std::string> operands;
 
-  /// A removal that is meant only if the folder is empty.
+  /// A removal that fails unless nothing but empty folders and housekeeping files is in the folder.
   bool meansHollowFolder() const;
 };
 

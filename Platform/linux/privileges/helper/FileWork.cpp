@@ -51,7 +51,7 @@ FileError touchIt(const PinnedPlace& place) {
   return posix::errorOf(::utimensat(AT_FDCWD, path.c_str(), nullptr, 0));
 }
 
-// Work on one operand. If its parent folders are missing, it has none.
+// Work on one operand. If the operand's parent folders are missing, there is no place and nothing to do.
 class OperandWork {
  public:
   OperandWork(std::string path, std::optional<PinnedPlace> place, Change change)
@@ -98,7 +98,7 @@ PreparedOperand workOn(const std::string& path, Answer<PinnedPlace> place, Chang
   return OperandWork(path, std::move(found), change);
 }
 
-// A file with other names may be somebody else's as well.
+// A user who can change the folder may have linked a file there that belongs to somebody else.
 PreparedOperand touchingOf(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::IsFollowed);
   const bool hasOtherNames = place && place->item && !place->isFolder() && place->itemStatus.st_nlink > 1;

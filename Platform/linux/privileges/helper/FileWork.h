@@ -15,8 +15,8 @@ namespace qm::linux_ {
 ///          destination is not written through.
 ///   rm     Removes a whole tree, but no volume that is mounted in it. A missing item is a success.
 ///   mkdir  Creates missing parent folders as well.
-///   touch  Sets the date of an item; of one with further names only if nobody else can change its folder.
-///          A missing item is a success.
+///   touch  Sets the date of an item. A file with several names (hard links) is refused if users other than root can
+///          change its folder. A missing item is a success.
 ///
 /// On a kernel without Landlock, a folder that others than root can change is neither copied nor moved to another
 /// volume.

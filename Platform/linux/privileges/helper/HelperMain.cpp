@@ -69,7 +69,7 @@ void writeToSystemLog(const std::string& text) {
   ::syslog(LOG_USER | LOG_WARNING, "%s", foundation::replacingControlCharacters(text, ' ').c_str());
 }
 
-// A caller without a connection learns nothing else.
+// The reason goes to the system log, because there is no connection over which the caller could be told.
 int refuse(const std::string& why) {
   writeToSystemLog(why);
   return kMisused;
@@ -88,7 +88,7 @@ int refuse(const std::string& why) {
     if (exited != nullptr && exited->waitStatus == 0) status = EXIT_SUCCESS;
   });
   mendTrashMoves(person, policy.product());
-  // A process that nobody may inspect cannot be checked for leaks at its end either.
+  // Ends without a leak check by a sanitizer, which would have to inspect this process. Nobody may inspect it.
   std::_Exit(status);
 }
 
@@ -104,7 +104,7 @@ int runHelper(const HelperPolicy& policy, int count, char** arguments) {
   if (caller != nullptr && userNumber(caller) != person->id) {
     return refuse("administrator rights granted to another user do not apply to " + person->name);
   }
-  // A dialog would have shown them differently.
+  // The dialog would have shown other characters differently, so the user would not have known what the rights are for.
   const auto isShown = [](const char* argument) { return foundation::isPlainText(argument); };
   if (caller != nullptr && !std::all_of(arguments + 1, arguments + count, isShown)) {
     return refuse("no dialog can show the command to authorize");
