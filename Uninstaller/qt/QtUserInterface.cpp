@@ -90,7 +90,7 @@ void prepareLabel(const QMessageBox& alert, const char* label, const std::string
 /// push the text out of the button.
 void describe(QAbstractButton& okButton) {
   okButton.setIcon(QIcon());
-  okButton.setAccessibleDescription("Closes this message and quits.");
+  okButton.setAccessibleDescription(translated("Closes this message and quits."));
 }
 
 }  // namespace
