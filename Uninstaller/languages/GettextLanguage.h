@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <locale.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): only POSIX's header has locale_t
 
 #include <memory>
 #include <type_traits>

@@ -13,7 +13,6 @@ namespace qm::testing {
 namespace {
 
 using std::chrono::microseconds;
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
