@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "Platform/posix/FileError.h"
 
@@ -22,5 +24,10 @@ namespace qm::posix {
 /// a failure, except the folder itself.
 FileError removeHollowFolder(int parent, const std::string& name,
                              const std::function<bool(const std::string& name)>& isExpendable);
+
+/// For `isExpendable`: whether the name is among these, which must outlive the result.
+inline std::function<bool(const std::string& name)> isOneOf(const std::vector<std::string>& names) {
+  return [&names](const std::string& name) { return std::ranges::find(names, name) != names.end(); };
+}
 
 }  // namespace qm::posix

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <sys/stat.h>
+
 #include <mutex>
 #include <set>
 #include <string_view>
@@ -36,22 +38,27 @@ class MacTrash final : public platform::Trash {
   struct Leaving {
     std::string path;
     posix::Place place;
-    posix::UniqueFd item;
-    int openError = 0;    // why the item is not open
+    posix::UniqueFd item;  // none of a socket
+    struct stat status {};
+    int lookError = 0;    // why nothing is known of the item
     std::string refusal;  // why this program does not go by the path, where no call has failed
   };
 
-  int hold(const std::string& path, Leaving& leaving) const;
+  static int hold(const std::string& path, Leaving& leaving);
+  static int look(Leaving& leaving);
+  std::vector<std::string> trashesFor(const std::string& origin, const std::optional<std::string>& own) const;
+  void findIn(const std::string& trash, const std::string& origin, platform::TrashedItems& found) const;
   platform::Status recycleOne(const std::string& path, const std::string& trash, std::string& stored);
   platform::Status recycleOwn(const Leaving& leaving, std::string& stored) const;
   platform::Status recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const;
-  void wasChanged(const std::string& folder);
+  platform::Status moveBack(const platform::TrashedItem& item, platform::MissingFolders missing);
+  void wasChanged(const posix::Place& place);
 
   const platform::Users& users_;
   const platform::Clock& clock_;
   const TrashNotes notes_;
   std::mutex mutex_;
-  std::set<std::string> changed_;  // guarded: folders whose volumes are not on the disk yet
+  std::set<std::string> changed_;  // guarded: volumes that are not on the disk yet
 };
 
 }  // namespace qm::macos

@@ -14,6 +14,7 @@
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/rights/SystemRights.h"
 #include "Platform/posix/rights/UserDatabase.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::macos {
 namespace {
@@ -63,18 +64,20 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
   return error != 0 ? error : openPinned(person->id, trash);
 }
 
-int moveIntoHeldTrash(int folder, const std::string& name, int item, const HeldTrash& trash, std::string& stored) {
+int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored) {
+  const int from = place.folder.get();
   const int into = trash.folder.get();
   int error = EEXIST;
   std::string wanted;
   for (int attempt = 1; error == EEXIST && attempt <= kMostNames; ++attempt) {
-    wanted = trashName(name, attempt);
-    error = posix::renameExclusively(folder, name.c_str(), into, wanted.c_str());
+    wanted = trashName(place.name, attempt);
+    error = posix::renameExclusively(from, place.name.c_str(), into, wanted.c_str());
   }
   if (error != 0) return error;
   stored = foundation::appendingPathComponent(trash.path, wanted);
-  if (posix::isStill(item, into, wanted)) return 0;
-  error = posix::renameExclusively(into, wanted.c_str(), folder, name.c_str());
+  const auto arrived = posix::statusIn(into, wanted.c_str());
+  if (arrived && posix::isSameItem(*arrived, item)) return 0;
+  error = posix::renameExclusively(into, wanted.c_str(), from, place.name.c_str());
   return error != 0 ? error : ESTALE;
 }
 
