@@ -8,6 +8,7 @@
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/HollowFolderItems.h"
+#include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "Platform/posix/rights/PathWriters.h"
 
 namespace qm::macos {
@@ -80,9 +81,11 @@ MacAuthorization::~MacAuthorization() = default;
 
 AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                              AuthorizationRef* session) {
+  *session = nullptr;
+  if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
   AuthorizationRef made = nullptr;
   const AuthorizationStatus status = createSession(environment, flags, &made);
-  *session = status == errAuthorizationSuccess ? keep(made) : nullptr;
+  if (status == errAuthorizationSuccess) *session = keep(made);
   return status;
 }
 
@@ -111,7 +114,6 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
 
 AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                  const AuthorizationItems& environment, AuthorizationFlags flags) {
-  if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
   const AuthorizationRef found = systems(session);
   return found == nullptr ? errAuthorizationInvalidRef : copySessionRights(found, rights, environment, flags);
 }
@@ -138,6 +140,7 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
   const auto meant = asMeant(tool, arguments);
   if (!meant) return errAuthorizationDenied;
   std::FILE* output = nullptr;
+  const auto lock = posix::noPipeMeanwhile();
   const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *meant, &output);
   if (status == errAuthorizationSuccess && output != nullptr) *pipe = keepOutput(output);
   return status;
