@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "Platform/macos/files/HeldPlace.h"
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
@@ -47,7 +48,7 @@ int writeFlagsByName(const Place& place, std::uint32_t flags) {
 int toggle(int item, bool immutable) {
   struct stat found {};
   if (::fstat(item, &found) != 0) return errno;
-  if (S_ISLNK(found.st_mode)) return ENOTSUP;
+  if (const int obstacle = obstacleToLocking(found, ::geteuid() == 0)) return obstacle;
   const bool isLocked = (found.st_flags & UF_IMMUTABLE) != 0;
   return isLocked == immutable ? 0 : posix::errorOf(::fchflags(item, found.st_flags ^ UF_IMMUTABLE));
 }
@@ -58,7 +59,7 @@ int setFlag(const std::string& path, bool immutable) {
   Item item;
   if (const int error = find(path, item)) return error;
   if (item.isLocked() == immutable) return 0;
-  if (S_ISLNK(item.status.st_mode)) return ENOTSUP;
+  if (const int obstacle = obstacleToLocking(item.status, ::geteuid() == 0)) return obstacle;
   const posix::UniqueFd opened(posix::openItself(item.place.folder.get(), item.place.name.c_str()));
   if (opened) return toggle(opened.get(), immutable);
   if (!cannotBeOpened(errno) || ::geteuid() == 0) return errno;
@@ -69,7 +70,7 @@ int setFlag(const std::string& path, bool immutable) {
 
 platform::Status MacItemLocks::setImmutable(const std::string& path, bool immutable) {
   const posix::RightsForPaths rights(users_, {path});
-  const int error = rights.ok() ? setFlag(path, immutable) : EPERM;
+  const int error = rights.ok() || rights.arePlacesOnly() ? setFlag(path, immutable) : EPERM;
   return posix::statusOf(immutable ? FileOperation::Lock : FileOperation::Unlock, error, path);
 }
 
