@@ -33,6 +33,7 @@ struct Services {
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, posix::rightsForCopies(users)),
         itemLocks(users),
+        finderInformation(users),
         trash(users, clock, product.identifier) {
     platform = {.authorizationServices = &authorization,
                 .clock = &clock,

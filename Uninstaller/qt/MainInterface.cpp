@@ -101,10 +101,11 @@ class PromptLetters final : public QObject {
   }
 };
 
-/// Root sees no more of a person's folder than that person: what is looked into can be exchanged meanwhile.
+/// Root sees no more of a person's folder than that person: what is looked into can be exchanged meanwhile. Where root
+/// itself is meant, it may see all.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.ok()) measure(item);
+  if (rights.ok() || rights.arePlacesOnly()) measure(item);
 }
 
 /// Takes a child of the canvas out of it, as a window of its own that is not yet shown.

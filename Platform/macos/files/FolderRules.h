@@ -9,8 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/foundation/PathComponents.h"
-
 /// Who has a say in a folder on a Mac, and what is mounted in it.
 namespace qm::macos {
 
@@ -57,10 +55,10 @@ inline std::string_view seenFromRoot(std::string_view path) {
 
 /// Something is mounted below the folder, not at it.
 inline bool holdsAny(std::string_view folder, const std::vector<std::string>& mountPoints) {
-  const std::string_view above = seenFromRoot(folder);
+  const std::string_view above = folder == "/" ? std::string_view() : seenFromRoot(folder);
   return std::ranges::any_of(mountPoints, [&](const std::string& each) {
     const std::string_view point = seenFromRoot(each);
-    return foundation::isAtOrBelow(point, above) && point.size() > above.size();
+    return point.size() > above.size() + 1 && point.starts_with(above) && point[above.size()] == '/';
   });
 }
 

@@ -9,9 +9,9 @@
 namespace qm::macos {
 namespace {
 
-unsigned flagsOf(const std::string& path) {
+std::optional<unsigned> flagsOf(const std::string& path) {
   struct stat found {};
-  return ::lstat(path.c_str(), &found) == 0 ? found.st_flags : 0;
+  return ::lstat(path.c_str(), &found) == 0 ? std::optional<unsigned>(found.st_flags) : std::nullopt;
 }
 
 /// Where the folder cannot be opened nothing shows that anything but the system keeps the item.

@@ -23,8 +23,9 @@ bool isApplication(const std::string& path) { return foundation::pathExtension(p
 }  // namespace
 
 std::string systemRefusal(int error, const RefusedItem& item) {
-  if (error != EPERM || ((item.flags | item.folderFlags) & kLocked) != 0) return "";
-  if ((item.flags & (kRestricted | kNoUnlink)) != 0 || (item.folderFlags & kRestricted) != 0) return kIntegrity;
+  if (error != EPERM || !item.flags || !item.folderFlags) return "";
+  if (((*item.flags | *item.folderFlags) & kLocked) != 0) return "";
+  if ((*item.flags & (kRestricted | kNoUnlink)) != 0 || (*item.folderFlags & kRestricted) != 0) return kIntegrity;
   if (item.obstacle != 0) return "";
   return isApplication(item.path) ? kApplications : kFiles;
 }
