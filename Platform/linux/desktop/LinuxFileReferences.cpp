@@ -9,7 +9,7 @@
 
 #include "Platform/linux/desktop/HeldItem.h"
 #include "Platform/posix/ItemPath.h"
-#include "Platform/posix/rights/PathWalk.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::linux_ {
 
@@ -18,8 +18,8 @@ namespace {
 /// Root follows no link to an item that somebody with fewer rights could have planted.
 posix::UniqueFd openItem(const std::string& path) {
   if (::geteuid() != 0 || path == "/") return posix::UniqueFd(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  auto place = posix::pinPath(path, posix::LastLink::Stays);
-  return place ? std::move(place->item) : posix::UniqueFd();
+  posix::HeldItem held;
+  return posix::holdItem(path, held) == 0 ? std::move(held.item) : posix::UniqueFd();
 }
 
 }  // namespace

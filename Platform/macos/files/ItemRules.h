@@ -16,11 +16,6 @@ inline bool mayBeCloned(mode_t mode, std::uint32_t flags) {
   return (mode & (S_ISUID | S_ISGID)) == 0 && (mode & S_IRUSR) != 0 && (flags & kLocked) == 0;
 }
 
-/// A file that `user` has just made, and that nobody has put in its place.
-inline bool isOwnNewFile(const struct stat& found, uid_t user) {
-  return S_ISREG(found.st_mode) && found.st_uid == user && found.st_nlink == 1;
-}
-
 /// Why the lock of an item is not to be changed, as an error number. A link has none. Root changes that of no file with
 /// another name elsewhere: somebody may have brought it here.
 inline int obstacleToLocking(const struct stat& item, bool isRoot) {

@@ -11,6 +11,7 @@
 
 #include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -27,14 +28,14 @@ int openOwn(int folder, const char* name, UniqueFd& clone) {
   struct stat found {};
   clone.reset(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!clone || ::fstat(clone.get(), &found) != 0) return errno;
-  return macos::isOwnNewFile(found, ::geteuid()) ? 0 : ESTALE;
+  return isOwnNewFile(found, ::geteuid()) ? 0 : ESTALE;
 }
 
 /// What somebody has put in its place stays.
 void removeOwn(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return;
-  if (macos::isOwnNewFile(found, ::geteuid())) ::unlinkat(folder, name, 0);
+  if (isOwnNewFile(found, ::geteuid())) ::unlinkat(folder, name, 0);
 }
 
 timespec timeOf(std::chrono::system_clock::time_point date) {

@@ -10,8 +10,8 @@
 
 #include <array>
 
-#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::macos {
 namespace {
@@ -33,7 +33,7 @@ bool readNumbers(const posix::Place& place, Numbers& numbers) {
 
 /// The root is in no folder.
 int openPlaceOf(const std::string& path, posix::Place& place) {
-  if (posix::withoutTrailingSlashes(path) != "/") return openHeldPlace(path, place);
+  if (posix::withoutTrailingSlashes(path) != "/") return posix::openHeldPlace(path, place);
   place = {posix::UniqueFd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), "."};
   return posix::errorOf(place.folder.get());
 }

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/MacTrash.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <utility>
@@ -11,7 +8,6 @@
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Utf8.h"
-#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/RootTrash.h"
 #include "Platform/macos/files/TrashCalls.h"
 #include "Platform/macos/files/TrashFailure.h"
@@ -20,7 +16,6 @@
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/rights/RightsForPaths.h"
 #include "Platform/posix/rights/SystemRights.h"
-#include "Platform/posix/rights/Writers.h"
 
 namespace qm::macos {
 namespace {
@@ -28,6 +23,7 @@ namespace {
 using platform::Status;
 using platform::TrashedItem;
 using platform::TrashedItems;
+using posix::HeldItem;
 using posix::UniqueFd;
 
 constexpr const char* kNobody = "Nobody is logged in whose Trash could be used.";
@@ -47,18 +43,9 @@ bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || st
 /// The path with no link on the way; as it is where its folder is missing.
 std::string withoutLinks(const std::string& path) {
   posix::Place place;
-  if (openHeldPlace(path, place) != 0) return path;
+  if (posix::openHeldPlace(path, place) != 0) return path;
   const std::string folder = posix::shownPath(place.folder.get());
   return folder.empty() ? path : foundation::appendingPathComponent(folder, place.name);
-}
-
-UniqueFd openTrash(const std::string& path) {
-  posix::Place place;
-  if (const int error = openHeldPlace(path, place)) {
-    errno = error;
-    return UniqueFd();
-  }
-  return UniqueFd(::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 bool isDirectlyIn(const std::string& trash, const std::string& path) {
@@ -69,7 +56,7 @@ bool isDirectlyIn(const std::string& trash, const std::string& path) {
 /// The volume that a path is on, or would be.
 std::string volumeOfPath(std::string path) {
   posix::Place place;
-  while (path.size() > 1 && openHeldPlace(path, place) == ENOENT) path = posix::folderOf(path);
+  while (path.size() > 1 && posix::openHeldPlace(path, place) == ENOENT) path = posix::folderOf(path);
   return place.folder ? volumeOf(place.folder.get()) : std::string();
 }
 
@@ -92,50 +79,34 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
   return recycled;
 }
 
-int MacTrash::hold(const std::string& path, Leaving& leaving) {
-  leaving.path = path;
-  if (const int error = openHeldPlace(path, leaving.place, &leaving.refusal)) return error;
-  leaving.item.reset(posix::openItself(leaving.place.folder.get(), leaving.place.name.c_str()));
-  leaving.lookError = leaving.item ? posix::errorOf(::fstat(leaving.item.get(), &leaving.status)) : look(leaving);
-  return 0;
-}
-
-/// Of a socket, which cannot be opened, its number must do.
-int MacTrash::look(Leaving& leaving) {
-  const int openError = errno;
-  const auto status = posix::statusIn(leaving.place.folder.get(), leaving.place.name.c_str());
-  if (!status || !S_ISSOCK(status->st_mode)) return openError;
-  leaving.status = *status;
-  return 0;
-}
-
 /// What cannot be opened, or takes no note, goes without one.
 Status MacTrash::recycleOne(const std::string& path, const std::string& trash, std::string& stored) {
-  Leaving leaving;
-  if (const int error = hold(path, leaving)) return failureOf(error, leaving.refusal, path);
+  HeldItem leaving;
+  if (const int error = posix::holdItem(path, leaving)) return failureOf(error, leaving.refusal, path);
   const int item = leaving.item.get();
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
   const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
-  Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
+  Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, path, trash, stored) : recycleOwn(path, stored);
   if (!status && isNoted && !mayStillBeMoved(status)) notes_.remove(item);
   if (status) wasChanged(leaving.place);
   return status;
 }
 
-Status MacTrash::recycleOwn(const Leaving& leaving, std::string& stored) const {
+Status MacTrash::recycleOwn(const std::string& path, std::string& stored) {
   // The frameworks have no name for other bytes, and end the program.
-  if (!foundation::isUtf8(leaving.path)) return trashRefusal(EILSEQ, kNoText, leaving.path);
-  const TrashAnswer answer = trashItem(leaving.path);
+  if (!foundation::isUtf8(path)) return trashRefusal(EILSEQ, kNoText, path);
+  const TrashAnswer answer = trashItem(path);
   stored = answer.path;
-  return answer.done ? Status::success() : trashFailure(answer, leaving.path);
+  return answer.done ? Status::success() : trashFailure(answer, path);
 }
 
-Status MacTrash::recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const {
+Status MacTrash::recycleAsRoot(const HeldItem& leaving, const std::string& path, const std::string& trash,
+                               std::string& stored) const {
   HeldTrash held;
-  int error = leaving.lookError;
+  int error = leaving.openError;
   if (error == 0) error = openTrashOfPerson(users_, trash, held);
   if (error == 0) error = moveIntoHeldTrash(leaving.place, leaving.status, held, stored);
-  return error == 0 ? Status::success() : failureOf(error, held.refusal, leaving.path);
+  return error == 0 ? Status::success() : failureOf(error, held.refusal, path);
 }
 
 /// The user's own, and that of the path's volume, where the system puts what comes from there. Root has the first
@@ -149,9 +120,10 @@ std::vector<std::string> MacTrash::trashesFor(const std::string& origin, const s
 }
 
 void MacTrash::findIn(const std::string& trash, const std::string& origin, TrashedItems& found) const {
-  const UniqueFd folder = openTrash(trash);
+  UniqueFd folder;
   std::vector<std::string> names;
-  const int error = folder ? posix::listFolder(posix::duplicate(folder), names) : errno;
+  int error = posix::openHeldFolder(trash, folder);
+  if (error == 0) error = posix::listFolder(posix::duplicate(folder), names);
   if (error != 0 && error != ENOENT) found.status = trashFailure(error, trash);
   for (const std::string& name : names) {
     const UniqueFd item(posix::openItself(folder.get(), name.c_str()));
@@ -181,10 +153,10 @@ Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::strin
 }
 
 Status MacTrash::moveBack(const TrashedItem& item, platform::MissingFolders missing) {
-  Leaving leaving;
+  HeldItem leaving;
   posix::Place origin;
-  int error = hold(item.path, leaving);
-  if (error == 0) error = openHeldPlace(item.origin, origin, &leaving.refusal, missing);
+  int error = posix::holdItem(item.path, leaving);
+  if (error == 0) error = posix::openHeldPlace(item.origin, origin, &leaving.refusal, missing);
   if (error != 0) return failureOf(error, leaving.refusal, item.path);
   if (const auto failed = posix::moveTree(leaving.place, origin)) return trashFailure(failed.code, item.path);
   if (leaving.item) notes_.remove(leaving.item.get());

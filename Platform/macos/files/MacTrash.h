@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <sys/stat.h>
-
 #include <mutex>
 #include <set>
 #include <string_view>
@@ -11,8 +9,7 @@
 #include "Platform/Trash.h"
 #include "Platform/Users.h"
 #include "Platform/macos/files/TrashNote.h"
-#include "Platform/posix/ItemPath.h"
-#include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::macos {
 
@@ -34,23 +31,12 @@ class MacTrash final : public platform::Trash {
   void makeDurable() override;
 
  private:
-  /// An item that is about to go, held open.
-  struct Leaving {
-    std::string path;
-    posix::Place place;
-    posix::UniqueFd item;  // none of a socket
-    struct stat status {};
-    int lookError = 0;    // why nothing is known of the item
-    std::string refusal;  // why this program does not go by the path, where no call has failed
-  };
-
-  static int hold(const std::string& path, Leaving& leaving);
-  static int look(Leaving& leaving);
   std::vector<std::string> trashesFor(const std::string& origin, const std::optional<std::string>& own) const;
   void findIn(const std::string& trash, const std::string& origin, platform::TrashedItems& found) const;
   platform::Status recycleOne(const std::string& path, const std::string& trash, std::string& stored);
-  platform::Status recycleOwn(const Leaving& leaving, std::string& stored) const;
-  platform::Status recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const;
+  static platform::Status recycleOwn(const std::string& path, std::string& stored);
+  platform::Status recycleAsRoot(const posix::HeldItem& leaving, const std::string& path, const std::string& trash,
+                                 std::string& stored) const;
   platform::Status moveBack(const platform::TrashedItem& item, platform::MissingFolders missing);
   void wasChanged(const posix::Place& place);
 

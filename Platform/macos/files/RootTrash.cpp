@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/RootTrash.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/macos/files/HeldPlace.h"
-#include "Platform/macos/files/TrashName.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TrashName.h"
+#include "Platform/posix/rights/HeldPlace.h"
 #include "Platform/posix/rights/SystemRights.h"
 #include "Platform/posix/rights/UserDatabase.h"
 #include "Platform/posix/rights/Writers.h"
@@ -19,7 +19,7 @@
 namespace qm::macos {
 namespace {
 
-constexpr int kMostNames = 10000;
+constexpr unsigned kMostNames = 10000;
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
 int refuse(HeldTrash& trash, std::string reason) {
@@ -45,11 +45,8 @@ int checkOwner(HeldTrash& trash, uid_t person) {
 }
 
 int openPinned(uid_t person, HeldTrash& trash) {
-  posix::Place place;
-  if (const int error = openHeldPlace(trash.path, place, &trash.refusal)) return error;
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  trash.folder.reset(::openat(place.folder.get(), place.name.c_str(), kFlags));
-  return trash.folder ? checkOwner(trash, person) : errno;
+  const int error = posix::openHeldFolder(trash.path, trash.folder, &trash.refusal);
+  return error != 0 ? error : checkOwner(trash, person);
 }
 
 }  // namespace
@@ -69,8 +66,9 @@ int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const 
   const int into = trash.folder.get();
   int error = EEXIST;
   std::string wanted;
-  for (int attempt = 1; error == EEXIST && attempt <= kMostNames; ++attempt) {
-    wanted = trashName(place.name, attempt);
+  const posix::TrashName names(place.name, NAME_MAX);
+  for (unsigned number = 1; error == EEXIST && number <= kMostNames; ++number) {
+    wanted = names.numbered(number);
     error = posix::renameExclusively(from, place.name.c_str(), into, wanted.c_str());
   }
   if (error != 0) return error;

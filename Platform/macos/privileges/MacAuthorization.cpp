@@ -7,7 +7,8 @@
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/macos/privileges/AuthorizationCalls.h"
-#include "Platform/macos/privileges/HollowFolderItems.h"
+#include "Platform/posix/HollowFolder.h"
+#include "Platform/posix/ItemPath.h"
 #include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "Platform/posix/rights/PathWriters.h"
 
@@ -32,6 +33,19 @@ bool isPath(const std::string& argument) { return argument.starts_with('/'); }
 bool isNoOption(const std::string& argument) { return !argument.starts_with('-'); }
 
 bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
+
+/// The paths of all that is in a folder which is to be empty, each before the folder that it is in. Null where that
+/// cannot be shown.
+std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder) {
+  const auto isHousekeeping = [](const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; };
+  posix::Place place;
+  if (posix::openPlace(folder, place) != 0) return std::nullopt;
+  auto items = posix::hollowFolderItems(place.folder.get(), place.name, isHousekeeping);
+  if (!items) return std::nullopt;
+  const std::string above = foundation::deletingLastPathComponent(folder);
+  for (std::string& item : *items) item = foundation::appendingPathComponent(above, item);
+  return items;
+}
 
 bool putsIntoFolders(const std::string& tool) { return tool == "/bin/cp" || tool == "/bin/mv"; }
 
@@ -103,7 +117,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
   const std::scoped_lock lock(mutex_);
   const bool isHollow = tool == kRemove && !hollowFolder_.empty() && !arguments.empty();
   if (!isHollow || arguments.back() != hollowFolder_) return arguments;
-  auto items = hollowFolderItems(hollowFolder_);
+  auto items = hollowItemsAt(hollowFolder_);
   if (!items) {
     console_.print(hollowFolder_ + " stays: it can’t be shown that nothing is in it.");
     return std::nullopt;

@@ -3,6 +3,7 @@
 
 #include <grp.h>
 #include <pwd.h>
+#include <unistd.h>  // getgrouplist, on a Mac
 
 #include <cerrno>
 #include <utility>

@@ -5,6 +5,7 @@
 #include "Platform/macos/files/FolderRules.h"
 #include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/AttributeErrors.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/WholeList.h"
 
 namespace qm::macos {
@@ -34,10 +35,10 @@ struct stat itemOf(mode_t mode, uid_t owner, nlink_t names) {
 }
 
 TEST(OwnNewFile, IsAFileOfTheUsersWithoutAnotherName) {
-  EXPECT_TRUE(isOwnNewFile(itemOf(kFile, 501, 1), 501));
-  EXPECT_FALSE(isOwnNewFile(itemOf(kFile, 502, 1), 501));
-  EXPECT_FALSE(isOwnNewFile(itemOf(kFile, 501, 2), 501));
-  EXPECT_FALSE(isOwnNewFile(itemOf(S_IFDIR | S_IRWXU, 501, 1), 501));
+  EXPECT_TRUE(posix::isOwnNewFile(itemOf(kFile, 501, 1), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(kFile, 502, 1), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(kFile, 501, 2), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(S_IFDIR | S_IRWXU, 501, 1), 501));
 }
 
 TEST(Lock, IsNotOneOfLinks) {
