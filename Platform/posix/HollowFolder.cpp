@@ -118,9 +118,9 @@ class Listing : public HollowVisitor {
   }
 
   int left(int, int, const std::string&) override {
-    std::string path = way_.back();
+    const std::string name = way_.back();
     way_.pop_back();
-    return note(std::move(path));
+    return note(name);
   }
 
   /// What cannot be listed cannot be shown to be hollow, even if it has vanished.
@@ -133,9 +133,10 @@ class Listing : public HollowVisitor {
   int expendable(int, const std::string& name) override { return note(name); }
 
  private:
-  int note(std::string path) {
-    for (auto above = way_.rbegin(); above != way_.rend(); ++above) path = *above + "/" + path;
-    found.push_back(std::move(path));
+  int note(const std::string& name) {
+    std::string path;
+    for (const std::string& above : way_) path.append(above).append("/");
+    found.push_back(path + name);
     return 0;
   }
 

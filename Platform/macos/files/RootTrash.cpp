@@ -62,20 +62,20 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
 }
 
 int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored) {
-  const int from = place.folder.get();
-  const int into = trash.folder.get();
+  const int oldFolder = place.folder.get();
+  const int trashFolder = trash.folder.get();
   int error = EEXIST;
   std::string wanted;
   const posix::TrashName names(place.name, NAME_MAX);
   for (unsigned number = 1; error == EEXIST && number <= kMostNames; ++number) {
     wanted = names.numbered(number);
-    error = posix::renameExclusively(from, place.name.c_str(), into, wanted.c_str());
+    error = posix::renameExclusively(oldFolder, place.name.c_str(), trashFolder, wanted.c_str());
   }
   if (error != 0) return error;
   stored = foundation::appendingPathComponent(trash.path, wanted);
-  const auto arrived = posix::statusIn(into, wanted.c_str());
+  const auto arrived = posix::statusIn(trashFolder, wanted.c_str());
   if (arrived && posix::isSameItem(*arrived, item)) return 0;
-  error = posix::renameExclusively(into, wanted.c_str(), from, place.name.c_str());
+  error = posix::renameExclusively(trashFolder, wanted.c_str(), oldFolder, place.name.c_str());
   return error != 0 ? error : ESTALE;
 }
 

@@ -128,7 +128,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
 
 AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                  const AuthorizationItems& environment, AuthorizationFlags flags) {
-  const AuthorizationRef found = systems(session);
+  auto* const found = systems(session);
   return found == nullptr ? errAuthorizationInvalidRef : copySessionRights(found, rights, environment, flags);
 }
 
@@ -149,7 +149,7 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
                                                             const std::vector<std::string>& arguments,
                                                             std::shared_ptr<CommunicationsPipe>* pipe) {
   if (!canExecute()) return errAuthorizationToolExecuteFailure;
-  const AuthorizationRef rightful = systems(session);
+  auto* const rightful = systems(session);
   if (rightful == nullptr) return errAuthorizationInvalidRef;
   const auto meant = asMeant(tool, arguments);
   if (!meant) return errAuthorizationDenied;
@@ -171,7 +171,7 @@ void MacAuthorization::releaseRights() {
   }
   for (const auto& output : outputs) output->waitForEnd();
   std::erase(ended, nullptr);
-  for (const AuthorizationRef session : ended) static_cast<void>(freeSession(session, kDestroyRights));
+  for (auto* const session : ended) static_cast<void>(freeSession(session, kDestroyRights));
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -192,8 +192,8 @@ AuthorizationStatus MacAuthorization::copyPrivilegedReference(AuthorizationRef* 
 }
 
 AuthorizationRef MacAuthorization::keep(AuthorizationRef system) {
-  auto session = std::make_unique<Session>(system);
-  const auto handle = reinterpret_cast<AuthorizationRef>(session.get());
+  auto session = std::make_unique<Session>(Session{system});
+  auto* const handle = reinterpret_cast<AuthorizationRef>(session.get());
   const std::scoped_lock lock(mutex_);
   sessions_[handle] = std::move(session);
   return handle;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <initializer_list>
 
 void qm::posix::settleInheritedState() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {

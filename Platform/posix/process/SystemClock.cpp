@@ -36,7 +36,7 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
 /// Until a fixed moment: what is left is computed anew after each signal.
 void SystemClock::sleep(std::chrono::microseconds span) {
   const auto end = steady_clock::now() + span;
-  for (std::chrono::nanoseconds left = span; left > left.zero(); left = end - steady_clock::now()) {
+  for (std::chrono::nanoseconds left = span; left.count() > 0; left = end - steady_clock::now()) {
     const std::timespec pause = pauseOf(left);
     ::nanosleep(&pause, nullptr);
   }
