@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/foundation/DateText.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <string_view>
@@ -43,5 +44,11 @@ std::string dateDescription(const CivilTime& time) {
 std::string compactDate(const CivilTime& time) { return fields(time, "", "", ""); }
 
 std::string isoDate(const CivilTime& time) { return fields(time, "-", "T", ":"); }
+
+bool isIsoDate(std::string_view text) {
+  constexpr std::string_view form = "0000-00-00T00:00:00";
+  const auto fits = [](char c, char wanted) { return wanted == '0' ? c >= '0' && c <= '9' : c == wanted; };
+  return text.size() == form.size() && std::equal(text.begin(), text.end(), form.begin(), fits);
+}
 
 }  // namespace qm::foundation

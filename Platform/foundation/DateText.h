@@ -26,5 +26,7 @@ std::string compactDate(const CivilTime& time);
 
 /// The date of a Trash entry (%Y-%m-%dT%H:%M:%S): "2024-02-29T23:05:07".
 std::string isoDate(const CivilTime& time);
+/// Whether a text has the form of such a date.
+bool isIsoDate(std::string_view text);
 
 }  // namespace qm::foundation

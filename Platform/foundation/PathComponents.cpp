@@ -89,4 +89,9 @@ bool isAtOrBelow(std::string_view path, std::string_view folder) {
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
+bool goesUp(std::string_view path) {
+  return path == ".." || path.starts_with("../") || path.ends_with("/..") ||
+         path.find("/../") != std::string_view::npos;
+}
+
 }  // namespace qm::foundation

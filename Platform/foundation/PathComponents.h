@@ -46,4 +46,7 @@ std::vector<std::string> pathComponents(std::string_view path);
 /// or below "/a", "/ab" is not. Both are compared as given, without slashes at the end.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
+/// Whether ".." is one of the components.
+bool goesUp(std::string_view path);
+
 }  // namespace qm::foundation

@@ -10,12 +10,12 @@
 #include "Platform/linux/system/MacLayoutDirectories.h"
 #include "Platform/linux/system/PlistPropertyLists.h"
 #include "Platform/linux/system/ProcessState.h"
-#include "Platform/linux/system/SystemClock.h"
 #include "Platform/linux/system/SystemConsole.h"
 #include "Platform/linux/system/SystemFacts.h"
 #include "Platform/linux/system/SystemUsers.h"
 #include "Platform/linux/trash/FreedesktopTrash.h"
 #include "Platform/posix/process/PosixTasks.h"
+#include "Platform/posix/process/SystemClock.h"
 #include "Platform/posix/rights/RightfulFileSystem.h"
 
 namespace qm::linux_ {
@@ -59,7 +59,7 @@ struct Services {
   }
 
   const std::optional<std::string> executable;
-  SystemClock clock;
+  posix::SystemClock clock;
   SystemConsole console;
   SystemUsers systemUsers;
   platform::Users& users;

@@ -7,7 +7,6 @@
 #include "Platform/macos/files/MacItemLocks.h"
 #include "Platform/macos/files/MacTrash.h"
 #include "Platform/macos/privileges/MacAuthorization.h"
-#include "Platform/macos/system/MacClock.h"
 #include "Platform/macos/system/MacConsole.h"
 #include "Platform/macos/system/MacDirectories.h"
 #include "Platform/macos/system/MacFacts.h"
@@ -15,9 +14,10 @@
 #include "Platform/macos/system/MacPropertyLists.h"
 #include "Platform/macos/system/MacThreads.h"
 #include "Platform/macos/system/MacUsers.h"
-#include "Platform/macos/system/ProcessState.h"
 #include "Platform/posix/PosixFileOperations.h"
+#include "Platform/posix/process/InheritedState.h"
 #include "Platform/posix/process/PosixTasks.h"
+#include "Platform/posix/process/SystemClock.h"
 #include "Platform/posix/rights/RightfulCopies.h"
 #include "Platform/posix/rights/RightfulFileSystem.h"
 
@@ -33,6 +33,7 @@ struct Services {
         fileSystem(users),
         fileOperations(frontEnd.mainThread, threads, clock, posix::rightsForCopies(users)),
         itemLocks(users),
+        finderInformation(users),
         trash(users, clock, product.identifier) {
     platform = {.authorizationServices = &authorization,
                 .clock = &clock,
@@ -55,7 +56,7 @@ struct Services {
                 .users = &users};
   }
 
-  MacClock clock;
+  posix::SystemClock clock;
   MacConsole console;
   MacUsers systemUsers;
   platform::Users& users;
@@ -77,7 +78,7 @@ struct Services {
 };
 
 Services* makeServices(const platform::ProductIdentity& product, const FrontEndServices& frontEnd) {
-  settleInheritedState();
+  posix::settleInheritedState();
   return new Services(product, frontEnd);
 }
 

@@ -107,7 +107,52 @@ class HollowRemoval : public HollowVisitor {
   const KnownFolders& known_;
 };
 
+/// Notes the way to everything that is found.
+class Listing : public HollowVisitor {
+ public:
+  using HollowVisitor::HollowVisitor;
+
+  int entered(const FolderChain& chain, const std::string& name) override {
+    way_.push_back(name);
+    return HollowVisitor::entered(chain, name);
+  }
+
+  int left(int, int, const std::string&) override {
+    const std::string name = way_.back();
+    way_.pop_back();
+    return note(name);
+  }
+
+  /// What cannot be listed cannot be shown to be hollow, even if it has vanished.
+  int cannotEnter(int, const std::string&, int error) override { return error; }
+
+  std::vector<std::string> found;
+
+ protected:
+  int enteredOnOneMount(const FolderIdentity&) override { return 0; }
+  int expendable(int, const std::string& name) override { return note(name); }
+
+ private:
+  int note(const std::string& name) {
+    std::string path;
+    for (const std::string& above : way_) path.append(above).append("/");
+    found.push_back(path + name);
+    return 0;
+  }
+
+  std::vector<std::string> way_;
+};
+
 }  // namespace
+
+std::optional<std::vector<std::string>> hollowFolderItems(int parent, const std::string& name,
+                                                          const IsExpendable& isExpendable) {
+  MountGuard guard;
+  if (guard.begin(parent) != 0) return std::nullopt;
+  Listing listing(guard, isExpendable);
+  if (listing.walk(parent, name)) return std::nullopt;
+  return std::move(listing.found);
+}
 
 FileError removeHollowFolder(int parent, const std::string& name, const IsExpendable& isExpendable) {
   // An empty folder can be removed without being read.

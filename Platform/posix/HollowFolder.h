@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "Platform/posix/FileError.h"
 
@@ -22,5 +25,16 @@ namespace qm::posix {
 /// a failure, except the folder itself.
 FileError removeHollowFolder(int parent, const std::string& name,
                              const std::function<bool(const std::string& name)>& isExpendable);
+
+/// What the folder holds if `removeHollowFolder` would remove it, as paths from `parent`: each item before the folder
+/// that it is in, the folder itself last. Null if anything else is in it, if something in it cannot be listed, and if
+/// there is no such folder.
+std::optional<std::vector<std::string>> hollowFolderItems(
+    int parent, const std::string& name, const std::function<bool(const std::string& name)>& isExpendable);
+
+/// For `isExpendable`: whether the name is among these, which must outlive the result.
+inline std::function<bool(const std::string& name)> isOneOf(const std::vector<std::string>& names) {
+  return [&names](const std::string& name) { return std::ranges::find(names, name) != names.end(); };
+}
 
 }  // namespace qm::posix

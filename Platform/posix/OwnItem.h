@@ -9,6 +9,11 @@ namespace qm::posix {
 
 bool isSameItem(const struct stat& one, const struct stat& other);
 
+/// A file that `user` has just created, and that nobody has put in its place.
+inline bool isOwnNewFile(const struct stat& found, uid_t user) {
+  return S_ISREG(found.st_mode) && found.st_uid == user && found.st_nlink == 1;
+}
+
 /// Whether the name still refers to the item that is open as `item`, however that was opened. While it is open, the
 /// file system gives its inode number to no other item.
 bool isStill(int item, int folder, const std::string& name);

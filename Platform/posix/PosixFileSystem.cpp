@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <climits>
@@ -56,9 +55,7 @@ FileError removeAt(const std::string& path) {
 FileError removeHollowAt(const std::string& path, const std::vector<std::string>& expendable) {
   Place place;
   if (const int error = openPlace(path, place)) return error;
-  return removeHollowFolder(place.folder.get(), place.name, [&](const std::string& name) {
-    return std::find(expendable.begin(), expendable.end(), name) != expendable.end();
-  });
+  return removeHollowFolder(place.folder.get(), place.name, isOneOf(expendable));
 }
 
 FileError linkAt(const std::string& source, const std::string& destination) {

@@ -72,7 +72,7 @@ int flushFile(int file);
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 
 /// Copies the extended attributes, including access lists, as far as this process and the other file system accept
-/// them. Those that grant rights to a program are copied only if the owner is the same.
+/// them. Those that grant rights to a program, where a system has such, are copied only if the owner is the same.
 enum class OwnerKept : bool { No, Yes };
 int copyExtendedAttributes(int from, int to, OwnerKept ownerKept);
 
@@ -81,7 +81,9 @@ int copyExtendedAttributes(int from, int to, OwnerKept ownerKept);
 int copyExtendedAttributes(int fromFolder, const std::string& from, int to);
 
 /// Opens an item of any kind, to examine it and to change its attributes through these functions only. Does not follow
-/// a link and does not wake a device. Returns -1 on failure.
+/// a link. On Linux this takes no right to the item and wakes no device. On a Mac the item must be readable (of a
+/// folder search permission is enough since macOS 13), a device is opened, and a socket gives EOPNOTSUPP. Returns -1 on
+/// failure.
 int openItself(int folder, const char* name);
 int setOwner(int item, uid_t user, gid_t group);
 int setMode(int item, mode_t mode);

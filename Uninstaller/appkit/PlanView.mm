@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "Uninstaller/appkit/Measure.h"
 #include "Uninstaller/appkit/SystemCalls.h"
 #include "Uninstaller/appkit/Text.h"
 

@@ -5,11 +5,10 @@
 
 #include <optional>
 
-#include "Uninstaller/RemovalPlan.h"
 #include "Uninstaller/appkit/FreshKeys.h"
 
 /// What systems with AppKit do each in its own way. Which of them is compiled is decided by the build's lists of files.
-/// Nothing is decided behind these calls. Main thread only, but for `measureAsAllowed`.
+/// Nothing is decided behind these calls. Main thread only.
 namespace qm::appkit {
 
 /// The keys that are held now, and the time that events of this moment have.
@@ -34,8 +33,5 @@ struct Description {
   NSString* help;
 };
 Description descriptionOf(NSView* control);
-
-/// Measures an item with no more rights than the person has whose folder it is in. Any thread.
-void measureAsAllowed(PlannedItem& item);
 
 }  // namespace qm::appkit

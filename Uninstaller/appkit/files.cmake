@@ -12,6 +12,7 @@ set(QM_APPKIT_FILES
   Localize.mm
   MainInterface.mm
   MainThread.mm
+  Measure.cpp
   PlanController.mm
   PlanView.mm
   UserInterface.mm)

@@ -103,9 +103,10 @@ class PromptLetters final : public QObject {
 
 /// In a user's folder root measures with that user's rights, because the user can replace what is measured at any
 /// moment.
+/// Where root itself is meant, it measures with its own.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.ok()) measure(item);
+  if (rights.ok() || rights.arePlacesOnly()) measure(item);
 }
 
 /// Makes a child of the canvas a window of its own, which is not shown yet.

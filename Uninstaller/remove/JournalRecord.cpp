@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/JournalRecord.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
-#include "Uninstaller/remove/Options.h"
+#include "Uninstaller/remove/LogLines.h"
 
 namespace qm::removal {
 namespace {
@@ -18,10 +17,10 @@ constexpr const char* kRunMessage = "c2b94e6fd07a4a51a6e3f8d917c05b28";
 constexpr const char* kInformation = "6";
 constexpr const char* kWarning = "4";
 
-Fields entry(const char* kind, const char* priority, std::string message) {
-  return {{"MESSAGE", std::move(message)},
+Fields entry(const char* kind, LogLine line) {
+  return {{"MESSAGE", std::move(line.text)},
           {"MESSAGE_ID", kind},
-          {"PRIORITY", priority},
+          {"PRIORITY", line.isWarning ? kWarning : kInformation},
           {"SYSLOG_IDENTIFIER", "tessaly-remove"}};
 }
 
@@ -29,21 +28,11 @@ void addIfThere(Fields& fields, const char* name, const std::string& value) {
   if (!value.empty()) fields.push_back({name, value});
 }
 
-bool isRecorded(const ReportItem& item) {
-  constexpr Outcome kRecorded[] = {Outcome::Trashed, Outcome::Removed, Outcome::Stayed, Outcome::Restored,
-                                   Outcome::Lost};
-  return std::ranges::find(kRecorded, item.outcome) != std::end(kRecorded);
-}
-
 }  // namespace
 
 Fields journalEntryOf(const ReportItem& item) {
-  const std::string path = item.path.value_or("");
-  const std::string because = item.reason.empty() ? "" : ": " + item.reason;
-  Fields fields =
-      entry(kItemMessage, item.outcome == Outcome::Stayed || item.outcome == Outcome::Lost ? kWarning : kInformation,
-            path + " " + wordFor(item.outcome) + because);
-  fields.push_back({"TESSALY_ITEM", path});
+  Fields fields = entry(kItemMessage, logLineOf(item));
+  fields.push_back({"TESSALY_ITEM", item.path.value_or("")});
   fields.push_back({"TESSALY_OUTCOME", wordFor(item.outcome)});
   fields.push_back({"TESSALY_BYTES", std::to_string(item.bytes)});
   addIfThere(fields, "TESSALY_USER", item.user.value_or(""));
@@ -54,9 +43,8 @@ Fields journalEntryOf(const ReportItem& item) {
 }
 
 Fields journalEntryOf(const Report& report) {
-  const int status = statusOf(report);
-  Fields fields = entry(kRunMessage, status == kNothingLeft ? kInformation : kWarning, summaryOf(report));
-  fields.push_back({"TESSALY_STATUS", std::to_string(status)});
+  Fields fields = entry(kRunMessage, logLineOf(report));
+  fields.push_back({"TESSALY_STATUS", std::to_string(statusOf(report))});
   fields.push_back({"TESSALY_CHANGED", hasChanged(report) ? "1" : "0"});
   fields.push_back({"TESSALY_RESTORE", report.isRestore ? "1" : "0"});
   return fields;
@@ -65,7 +53,7 @@ Fields journalEntryOf(const Report& report) {
 void recordInJournal(const Report& report) {
   if (report.isPlan || !linux_::journalIsThere()) return;
   for (const ReportItem& item : report.items) {
-    if (isRecorded(item)) linux_::sendToJournal(journalEntryOf(item));
+    if (isLogged(item)) linux_::sendToJournal(journalEntryOf(item));
   }
   linux_::sendToJournal(journalEntryOf(report));
 }

@@ -49,7 +49,7 @@ void removeLeftovers(int above, const std::string& name) {
 int makeAsRoot(const RememberedFolder& folder) {
   posix::Answer<posix::PinnedPlace> place = posix::pinPath(folder.path, posix::LastLink::Stays);
   if (!place) return place.problem().error;
-  if (place->item) return EEXIST;
+  if (place->exists()) return EEXIST;
   const int above = place->folder.get();
   removeLeftovers(above, place->name);
   const std::string workName = posix::WorkFolder::newName(kProduct.workFolderPrefix);

@@ -25,7 +25,7 @@ using platform::platform;
 using platform::TrashedItem;
 using uninstaller::catalogued;
 
-constexpr const char* kRoot = "root";
+constexpr const char* kRootsName = "root";
 constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
 constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
 constexpr const char* kNoItem = catalogued("No item of Tessaly belongs there.");
@@ -124,7 +124,7 @@ std::string Restoring::obstacle(const RememberedItem& item) const {
 
 /// If a folder is closed to the user, restoring a file there could undo a restriction that root has set for that user.
 std::string Restoring::obstacleForRoot(const RememberedItem& item) const {
-  if (!item.user) return item.trashOf == kRoot ? "" : kOthersTrash;
+  if (!item.user) return item.trashOf == kRootsName ? "" : kOthersTrash;
   const auto owner = persons_.named(item.trashOf);
   if (!owner || owner->id != item.trashOwner) return kOtherAccount;
   return persons_.mayPutAt(*owner, item.path) ? "" : kClosedToPerson;

@@ -11,7 +11,6 @@
 #include <set>
 #include <thread>
 
-#include "Platform/macos/system/MacClock.h"
 #include "Platform/macos/system/MacDirectories.h"
 #include "Platform/macos/system/MacFacts.h"
 #include "Platform/macos/system/MacPropertyLists.h"
@@ -22,7 +21,6 @@
 namespace qm::testing {
 namespace {
 
-using namespace std::chrono_literals;
 using platform::DomainMask;
 using platform::StandardDirectory;
 using ::testing::Each;
@@ -161,7 +159,7 @@ TEST_F(MacPropertyLists, AreNoneWhereTheBytesAreBroken) {
   EXPECT_EQ(read(std::string(4096, '\xff')), std::nullopt);
 }
 
-// ---- threads and time
+// ---- threads
 
 TEST(MacThreads, RunBesideTheirMaker) {
   macos::MacThreads threads;
@@ -189,18 +187,6 @@ TEST(MacThreads, MayUseEveryService) {
   }
   for (int now = ended; now < 8; now = ended) ended.wait(now);
   for (const auto& each : strings) EXPECT_EQ(each.size(), 50U);
-}
-
-TEST(MacClock, SleepsAsLongAsItIsTold) {
-  macos::MacClock clock;
-  const auto begin = clock.monotonicNow();
-  clock.sleep(20ms);
-  EXPECT_GE(clock.monotonicNow() - begin, 20ms);
-}
-
-TEST(MacClock, RoundsDownBefore1970) {
-  const auto date = macos::MacClock().localTime(std::chrono::system_clock::time_point(-1ms));
-  EXPECT_EQ(date.second, 59);
 }
 
 }  // namespace

@@ -8,10 +8,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Platform/Platform.h"
-#include "Platform/Users.h"
-#include "Platform/linux/rights/RightsForPaths.h"
-
 namespace qm::appkit {
 
 namespace {
@@ -147,10 +143,5 @@ void fitAlert(NSView* accessory) {
 void describe(NSView* /*control*/, NSString* /*label*/, NSString* /*help*/) {}
 
 Description descriptionOf(NSView* /*control*/) { return {nil, nil}; }
-
-void measureAsAllowed(PlannedItem& item) {
-  const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.ok()) measure(item);
-}
 
 }  // namespace qm::appkit

@@ -12,10 +12,10 @@
 #include "Platform/linux/desktop/HeldItem.h"
 #include "Platform/linux/desktop/ThreadUser.h"
 #include "Platform/linux/system/Environment.h"
-#include "Platform/linux/system/SmallFile.h"
 #include "Platform/posix/AtomicWrite.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/MakeFolders.h"
+#include "Platform/posix/SmallFile.h"
 
 namespace qm::linux_ {
 namespace {
@@ -46,7 +46,7 @@ bool mayReplace(const std::string& path, const EntryMark& mark) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return errno == ENOENT;
   if (!S_ISREG(found.st_mode)) return false;
-  const auto text = readSmallFile(path, kLargestEntry);
+  const auto text = posix::readSmallFile(path, kLargestEntry);
   return text && isOwnDesktopEntry(*text, mark);
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/posix/AttributeErrors.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
@@ -38,23 +39,12 @@ int readAll(const std::function<ssize_t(char*, std::size_t)>& read, std::string&
   }
 }
 
-bool isUnsupported(int error) { return error == ENOTSUP || error == ENOSYS; }
-
-/// Attributes that this process may not read, or that the other file system does not support, are not copied.
-bool maySkipAfter(int error) {
-  return isUnsupported(error) || error == EPERM || error == EACCES || error == EINVAL || error == ENODATA;
-}
-
-/// The other file system has no room for the attribute. The contents are already written; if the disk is full, the next
-/// item will show that.
-bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG || error == ERANGE; }
-
 int copyOne(const Attributes& from, const Set& set, const char* name) {
   std::string value;
   const auto read = [&](char* block, std::size_t size) { return from.get(name, block, size); };
   if (const int error = readAll(read, value)) return maySkipAfter(error) ? 0 : error;
   if (set(name, value) == 0) return 0;
-  return maySkipAfter(errno) || hasNoRoomAfter(errno) ? 0 : errno;
+  return unlessOptional(errno);
 }
 
 int copyAll(const Attributes& from, const Set& set, OwnerKept ownerKept) {

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "Platform/linux/system/PlistStructure.h"
-#include "Platform/linux/system/SmallFile.h"
+#include "Platform/posix/SmallFile.h"
 
 namespace qm::linux_ {
 namespace {
@@ -35,7 +35,7 @@ PlistDocument parseText(const std::string& bytes) {
 void FreePlistNode::operator()(void* node) const { ::plist_free(node); }
 
 PlistDocument readPlistDocument(const std::string& path) {
-  const auto bytes = readSmallFile(path, kLargestFile);
+  const auto bytes = posix::readSmallFile(path, kLargestFile);
   if (!bytes) return nullptr;
   return isBinaryPropertyList(*bytes) ? parseBinary(*bytes) : parseText(*bytes);
 }

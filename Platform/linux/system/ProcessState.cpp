@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/linux/system/ProcessState.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <optional>
 #include <string>
 
 #include "Platform/linux/system/Environment.h"
+#include "Platform/posix/process/InheritedState.h"
 
 namespace qm::linux_ {
 namespace {
@@ -23,12 +22,7 @@ bool hasSessionBus() {
 }  // namespace
 
 void settleInheritedState() {
-  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-    // The lowest free number is the missing one, because those below it are open by now.
-    if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDWR);  // children inherit it
-  }
-  static_cast<void>(std::signal(SIGCHLD, SIG_DFL));
-  for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(std::signal(signal, SIG_IGN));
+  posix::settleInheritedState();
   // There are no other threads yet.
   if (!hasSessionBus()) ::setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);  // NOLINT(concurrency-mt-unsafe)
 }

@@ -3,10 +3,8 @@
 
 namespace qm::linux_ {
 
-/// Normalises what a program may inherit in an unusual state, before other threads exist. Missing standard descriptors
-/// are opened on the null device, so that no file opened later gets their numbers. Exits of children are reported again
-/// (an ignored SIGCHLD would lose every exit status). A broken pipe and a limit of file sizes are errors of the write,
-/// not the end of the program. If there is no session bus, none is started, because it would outlive the program.
+/// Normalises what a program may inherit in an unusual state, before other threads exist, as on every system
+/// (`posix::settleInheritedState`). If there is no session bus, none is started, because it would outlive the program.
 void settleInheritedState();
 
 }  // namespace qm::linux_

@@ -13,7 +13,7 @@
 #include "Platform/foundation/Format.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/system/OwnPrograms.h"
-#include "Platform/linux/system/SmallFile.h"
+#include "Platform/posix/SmallFile.h"
 
 namespace qm::linux_ {
 namespace {
@@ -36,7 +36,7 @@ std::string unquoted(std::string_view value) {
 
 std::optional<std::string> distribution() {
   for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
-    const auto text = readSmallFile(path, kLargestOsRelease);
+    const auto text = posix::readSmallFile(path, kLargestOsRelease);
     if (auto name = text ? prettyName(*text) : std::nullopt) return name;
   }
   return std::nullopt;

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+
 namespace qm::linux_ {
 namespace {
 
@@ -37,17 +40,6 @@ std::optional<std::string_view> valueIn(std::string_view group, std::string_view
   return std::nullopt;
 }
 
-bool goesUp(std::string_view path) {
-  return path == ".." || path.starts_with("../") || path.ends_with("/..") ||
-         path.find("/../") != std::string_view::npos;
-}
-
-bool isDate(std::string_view text) {
-  constexpr std::string_view form = "0000-00-00T00:00:00";
-  const auto fits = [](char c, char wanted) { return wanted == '0' ? c >= '0' && c <= '9' : c == wanted; };
-  return text.size() == form.size() && std::equal(text.begin(), text.end(), form.begin(), fits);
-}
-
 }  // namespace
 
 std::string trashInfoText(std::string_view path, const std::string& deletionDate) {
@@ -59,8 +51,9 @@ std::optional<TrashDescription> parsedTrashInfo(std::string_view text) {
   const auto path = valueIn(text, "Path");
   const auto date = valueIn(text, "DeletionDate");
   TrashDescription result{percentDecoded(path.value_or("")), std::string(date.value_or(""))};
-  const bool isPath = !result.path.empty() && result.path.find('\0') == std::string::npos && !goesUp(result.path);
-  if (!isDate(result.deletionDate)) result.deletionDate.clear();
+  const bool isPath =
+      !result.path.empty() && result.path.find('\0') == std::string::npos && !foundation::goesUp(result.path);
+  if (!foundation::isIsoDate(result.deletionDate)) result.deletionDate.clear();
   return isPath ? std::optional(std::move(result)) : std::nullopt;
 }
 

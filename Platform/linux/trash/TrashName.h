@@ -1,31 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstddef>
-#include <functional>
-#include <string>
-#include <string_view>
+#include <algorithm>
+
+#include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/posix/TrashName.h"
 
 namespace qm::linux_ {
 
-/// The names that an item may get in the Trash: its own first, then "name 2.ext", "name 3.ext" … A name that is too
-/// long for its ".trashinfo" file is shortened before its extension, between two characters if it is UTF-8.
-class TrashName {
+using posix::freeNumber;
+
+/// The names that an item may get in the Trash, with room for the ".trashinfo" file.
+class TrashName : public posix::TrashName {
  public:
   /// `limit` is the length of the longest file name on the volume, in bytes.
-  TrashName(std::string_view name, std::size_t limit);
-
-  /// Number 1 is the name without a number.
-  std::string numbered(unsigned number) const;
-
- private:
-  std::string base_;
-  std::string extension_;  // with its dot
-  std::size_t longest_;
+  TrashName(std::string_view name, std::size_t limit)
+      : posix::TrashName(name, limit - std::min(limit, kTrashInfoSuffix.size())) {}
 };
-
-/// A number from `first` on that is not taken. The number of calls is about twice the logarithm of how many are taken
-/// in a row. It is the smallest such number if the taken ones have no gaps.
-unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken);
 
 }  // namespace qm::linux_

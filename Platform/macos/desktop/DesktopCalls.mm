@@ -40,18 +40,8 @@ class Descriptor {
   AEDesc value_{typeNull, nullptr};
 };
 
-platform::OSStatus nameFinder(Descriptor& finder) {
-  return ::AECreateDesc(typeApplSignature, &kFinder, sizeof kFinder, finder.get());
-}
-
-platform::OSStatus makeUpdate(Descriptor& finder, const std::string& location, Descriptor& event) {
-  if (const ::OSStatus status = ::AECreateAppleEvent(kFinderSuite, kUpdate, finder.get(), kAutoGenerateReturnID,
-                                                     kAnyTransactionID, event.get())) {
-    return status;
-  }
-  return ::AEPutParamPtr(event.get(), keyDirectObject, typeFileURL, location.data(),
-                         static_cast<Size>(location.size()));
-}
+/// The kind of the name is one that every system knows, so this does not fail.
+void nameFinder(Descriptor& finder) { ::AECreateDesc(typeApplSignature, &kFinder, sizeof kFinder, finder.get()); }
 
 }  // namespace
 
@@ -65,27 +55,41 @@ std::string locationOf(const std::string& path) {
   return std::string(bytes, static_cast<std::size_t>(::CFDataGetLength(text.get())));
 }
 
-platform::OSStatus permissionToUpdateFinder() {
-  const Pool pool;
-  Descriptor finder;
-  const platform::OSStatus status = nameFinder(finder);
-  return status != 0 ? status : ::AEDeterminePermissionToAutomateTarget(finder.get(), kFinderSuite, kUpdate, false);
-}
-
-platform::OSStatus sendFinderUpdate(const std::string& location) {
-  const Pool pool;
+struct UpdateEvent::Parts {
   Descriptor finder;
   Descriptor event;
   Descriptor reply;
-  if (const platform::OSStatus status = nameFinder(finder)) return status;
-  if (const platform::OSStatus status = makeUpdate(finder, location, event)) return status;
-  return ::AESendMessage(event.get(), reply.get(), kAENoReply, kAEDefaultTimeout);
+};
+
+platform::OSStatus permissionToUpdateFinder() {
+  const Pool pool;
+  Descriptor finder;
+  nameFinder(finder);
+  return ::AEDeterminePermissionToAutomateTarget(finder.get(), kFinderSuite, kUpdate, false);
+}
+
+UpdateEvent::UpdateEvent() : parts_(std::make_unique<Parts>()) { nameFinder(parts_->finder); }
+
+UpdateEvent::~UpdateEvent() = default;
+
+platform::OSStatus UpdateEvent::create() {
+  return ::AECreateAppleEvent(kFinderSuite, kUpdate, parts_->finder.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                              parts_->event.get());
+}
+
+platform::OSStatus UpdateEvent::setLocation(const std::string& location) {
+  return ::AEPutParamPtr(parts_->event.get(), keyDirectObject, typeFileURL, location.data(),
+                         static_cast<Size>(location.size()));
+}
+
+platform::OSStatus UpdateEvent::send() {
+  const Pool pool;
+  return ::AESendMessage(parts_->event.get(), parts_->reply.get(), kAENoReply, kAEDefaultTimeout);
 }
 
 platform::OSStatus registerBundle(const std::string& path) {
   const Pool pool;
-  const auto url = urlOf(path);
-  return url ? ::LSRegisterURL(url.get(), true) : platform::fnfErr;
+  return ::LSRegisterURL(urlOf(path).get(), true);
 }
 
 }  // namespace qm::macos

@@ -37,9 +37,14 @@ OSStatus MacDesktopShell::sendUpdateEvent(const platform::Alias& alias) {
   const std::string location = item == nullptr ? std::string() : locationOf(item->path());
   if (location.empty()) return platform::fnfErr;
   if (const OSStatus status = permissionToUpdateFinder()) return status;
-  return sendFinderUpdate(location);
+  UpdateEvent event;
+  if (const OSStatus status = event.create()) return status;
+  if (const OSStatus status = event.setLocation(location)) return status;
+  return event.send();
 }
 
-OSStatus MacDesktopShell::registerApplication(const std::string& path) { return registerBundle(path); }
+OSStatus MacDesktopShell::registerApplication(const std::string& path) {
+  return locationOf(path).empty() ? platform::fnfErr : registerBundle(path);
+}
 
 }  // namespace qm::macos

@@ -6,30 +6,23 @@
 
 #include <cerrno>
 
+#include "Platform/posix/AttributeErrors.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
-namespace {
-
-/// What the other file system does not know, and what the system keeps from this process, stays behind.
-bool maySkipAfter(int error) { return error == ENOTSUP || error == EPERM || error == EACCES || error == EINVAL; }
-
-/// The other file system has no room for it. The contents are written by then; a disk that is full shows at the next
-/// item.
-bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG; }
-
-}  // namespace
-
+/// Two calls, so that an attribute which is refused does not leave the list behind. Nothing here grants rights to a
+/// program, so it does not matter whose the copy is.
 int copyExtendedAttributes(int from, int to, OwnerKept /*ownerKept*/) {
-  const int error = errorOf(::fcopyfile(from, to, nullptr, COPYFILE_XATTR | COPYFILE_ACL));
-  return maySkipAfter(error) || hasNoRoomAfter(error) ? 0 : error;
+  const int attributes = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_XATTR)));
+  const int list = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_ACL)));
+  return attributes != 0 ? attributes : list;
 }
 
 int copyExtendedAttributes(int fromFolder, const std::string& from, int to) {
   const UniqueFd source(openItself(fromFolder, from.c_str()));
-  if (!source) return errno == ENOENT || maySkipAfter(errno) ? 0 : errno;
+  if (!source) return errno == ENOENT ? 0 : unlessOptional(errno);
   return copyExtendedAttributes(source.get(), to, OwnerKept::No);
 }
 

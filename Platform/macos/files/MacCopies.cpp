@@ -9,7 +9,9 @@
 
 #include <cerrno>
 
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -18,19 +20,22 @@ namespace {
 
 /// What the owner decides of an item, without what the file system keeps for itself.
 constexpr std::uint32_t kOwnersFlags = UF_NODUMP | UF_IMMUTABLE | UF_APPEND | UF_OPAQUE | UF_HIDDEN;
-constexpr std::uint32_t kForbidChanges = UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND;
-
-/// A clone has its attributes at once: no bits that lend rights, none that forbid its owner to open or change it.
-bool isPlain(const struct stat& item) {
-  return (item.st_mode & (S_ISUID | S_ISGID)) == 0 && (item.st_mode & S_IRUSR) != 0 &&
-         (item.st_flags & kForbidChanges) == 0;
-}
+static_assert(macos::kUserImmutable == UF_IMMUTABLE && macos::kUserAppend == UF_APPEND);
+static_assert(macos::kSystemImmutable == SF_IMMUTABLE && macos::kSystemAppend == SF_APPEND);
+static_assert(macos::kRestricted == SF_RESTRICTED && macos::kNoUnlink == SF_NOUNLINK);
 
 int openOwn(int folder, const char* name, UniqueFd& clone) {
   struct stat found {};
   clone.reset(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!clone || ::fstat(clone.get(), &found) != 0) return errno;
-  return S_ISREG(found.st_mode) && found.st_uid == ::geteuid() && found.st_nlink == 1 ? 0 : ESTALE;
+  return isOwnNewFile(found, ::geteuid()) ? 0 : ESTALE;
+}
+
+/// What somebody has put in its place stays.
+void removeOwn(int folder, const char* name) {
+  struct stat found {};
+  if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (isOwnNewFile(found, ::geteuid())) ::unlinkat(folder, name, 0);
 }
 
 timespec timeOf(std::chrono::system_clock::time_point date) {
@@ -55,13 +60,13 @@ int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
 int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
   struct stat source {};
   if (::fstat(from, &source) != 0) return errno;
-  if (!isPlain(source)) return ENOTSUP;
+  if (!macos::mayBeCloned(source.st_mode, source.st_flags)) return ENOTSUP;
   if (::fclonefileat(from, folder, name, CLONE_NOFOLLOW | CLONE_NOOWNERCOPY) != 0) return errno;
   const int error = openOwn(folder, name, clone);
   if (error == 0) {
     dropInheritedAccess(clone.get());
-  } else if (error != ESTALE) {
-    ::unlinkat(folder, name, 0);
+  } else {
+    removeOwn(folder, name);
   }
   return error;
 }

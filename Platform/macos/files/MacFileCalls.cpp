@@ -11,18 +11,20 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string_view>
+#include <string>
 #include <vector>
 
+#include "Platform/macos/files/FlagBits.h"
+#include "Platform/macos/files/FolderRules.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
-#include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/WholeList.h"
 #include "Platform/posix/rights/SystemRights.h"
 
 namespace qm::posix {
 namespace {
 
-constexpr std::uint32_t kProtected = UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND | SF_RESTRICTED | SF_NOUNLINK;
+constexpr std::uint32_t kProtected = macos::kLocked | macos::kRestricted | macos::kNoUnlink;
 
 /// Both halves of a volume's identifier in one number.
 std::uint64_t numberOf(const fsid_t& volume) {
@@ -30,18 +32,13 @@ std::uint64_t numberOf(const fsid_t& volume) {
          static_cast<std::uint32_t>(volume.val[1]);
 }
 
-/// There may be more by the time that they are listed: the list is asked for until it fits.
-std::vector<struct statfs> mountedVolumes() {
-  std::vector<struct statfs> found;
-  for (int count = ::getfsstat(nullptr, 0, MNT_NOWAIT); count >= 0;) {
-    found.resize(static_cast<std::size_t>(count) + 4);
-    const auto size = static_cast<int>(found.size() * sizeof(struct statfs));
-    count = ::getfsstat(found.data(), size, MNT_NOWAIT);
-    if (count < 0 || static_cast<std::size_t>(count) == found.size()) continue;
-    found.resize(static_cast<std::size_t>(count));
-    return found;
-  }
-  return {};
+std::vector<std::string> mountPoints() {
+  const auto volumes = wholeList<struct statfs>([](struct statfs* found, int room) {
+    return ::getfsstat(found, room * static_cast<int>(sizeof(struct statfs)), MNT_NOWAIT);
+  });
+  std::vector<std::string> points;
+  for (const struct statfs& volume : volumes) points.emplace_back(volume.f_mntonname);
+  return points;
 }
 
 }  // namespace
@@ -74,11 +71,7 @@ bool isProtected(int folder, const char* name) {
 
 bool holdsMountPoint(int folder) {
   const std::string path = shownPath(folder);
-  if (path.empty() || path == "/") return false;
-  for (const struct statfs& volume : mountedVolumes()) {
-    if (std::string_view(volume.f_mntonname).starts_with(path + "/")) return true;
-  }
-  return false;
+  return !path.empty() && macos::holdsAny(path, mountPoints());
 }
 
 int reserveSpace(int file, off_t, std::size_t count) {
@@ -104,8 +97,13 @@ int flushFile(int file) {
   return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY ? errorOf(::fsync(file)) : errno;
 }
 
+/// A folder may be named in without being readable, since macOS 13.
 int openItself(int folder, const char* name) {
-  return ::openat(folder, name, O_SYMLINK | O_EVTONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  const int item = ::openat(folder, name, O_SYMLINK | O_EVTONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (item >= 0 || errno != EACCES) return item;
+  const int searched = ::openat(folder, name, lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (searched < 0) errno = EACCES;
+  return searched;
 }
 
 int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchown(item, user, group)); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/MacFileReferences.h"
 
+#include <fcntl.h>
 #include <sys/attr.h>
 #include <sys/fsgetpath.h>
 #include <sys/mount.h>
@@ -9,7 +10,8 @@
 
 #include <array>
 
-#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/FileError.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::macos {
 namespace {
@@ -22,18 +24,26 @@ struct __attribute__((packed, aligned(4))) Numbers {
   std::uint64_t file;
 };
 
-bool readNumbers(const std::string& path, Numbers& numbers) {
+bool readNumbers(const posix::Place& place, Numbers& numbers) {
   attrlist which{};
   which.bitmapcount = ATTR_BIT_MAP_COUNT;
   which.commonattr = ATTR_CMN_DEVID | ATTR_CMN_FSID | ATTR_CMN_FILEID;
-  return ::getattrlist(path.c_str(), &which, &numbers, sizeof numbers, FSOPT_NOFOLLOW) == 0;
+  return ::getattrlistat(place.folder.get(), place.name.c_str(), &which, &numbers, sizeof numbers, FSOPT_NOFOLLOW) == 0;
+}
+
+/// The root is in no folder.
+int openPlaceOf(const std::string& path, posix::Place& place) {
+  if (posix::withoutTrailingSlashes(path) != "/") return posix::openHeldPlace(path, place);
+  place = {posix::UniqueFd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), "."};
+  return posix::errorOf(place.folder.get());
 }
 
 }  // namespace
 
 std::shared_ptr<const NumberedItem> NumberedItem::at(const std::string& path) {
+  posix::Place place;
   Numbers numbers{};
-  if (posix::pathError(path) != 0 || !readNumbers(posix::withoutTrailingSlashes(path), numbers)) return nullptr;
+  if (openPlaceOf(path, place) != 0 || !readNumbers(place, numbers)) return nullptr;
   auto item = std::make_shared<NumberedItem>();
   item->device_ = numbers.device;
   item->volume_ = numbers.volume;

@@ -14,7 +14,8 @@ namespace qm::macos {
 /// An item by its volume and its number there, which it keeps when it is renamed or moved.
 class NumberedItem final : public platform::ReferencedItem {
  public:
-  /// Null where nothing is at the path. A link itself is meant.
+  /// Null where nothing is at the path. A link itself is meant. For root nobody with fewer
+  /// rights can have led the way elsewhere.
   static std::shared_ptr<const NumberedItem> at(const std::string& path);
   /// The one that a reference of this service's holds; null for any other.
   static const NumberedItem* in(const platform::FileReference& reference);

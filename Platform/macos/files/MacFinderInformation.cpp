@@ -3,57 +3,48 @@
 
 #include <sys/xattr.h>
 
-#include <array>
 #include <cerrno>
 
 #include "Platform/macos/files/MacFileReferences.h"
 #include "Platform/posix/FileMessages.h"
+#include "Platform/posix/FinderBytes.h"
+#include "Platform/posix/rights/RightsForPaths.h"
 
 namespace qm::macos {
 namespace {
 
 using posix::FileOperation;
-using Information = std::array<unsigned char, 32>;
-
-// The word stands with its higher byte first, whatever the processor.
-constexpr std::size_t kHigh = 8;
-constexpr std::size_t kLow = 9;
-
-/// Without the attribute all of it is 0. Returns 0 or an error number.
-int readInformation(const std::string& item, Information& information) {
-  const ssize_t size =
-      ::getxattr(item.c_str(), XATTR_FINDERINFO_NAME, information.data(), information.size(), 0, XATTR_NOFOLLOW);
-  if (size < 0) return errno == ENOATTR ? 0 : errno;
-  return static_cast<std::size_t>(size) == information.size() ? 0 : EINVAL;
+/// The attribute of the item at a path; a link itself is meant.
+auto getterOf(const std::string& item) {
+  return [item](unsigned char* bytes, std::size_t size) {
+    const ssize_t found = ::getxattr(item.c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
+    if (found < 0 && errno == ENOATTR) errno = ENODATA;
+    return found;
+  };
 }
 
-std::uint16_t flagsIn(const Information& information) {
-  return static_cast<std::uint16_t>((information[kHigh] << 8U) | information[kLow]);
-}
-
-int writeFlags(const std::string& item, std::uint16_t flags) {
-  Information information{};
-  if (const int error = readInformation(item, information)) return error;
-  if (flagsIn(information) == flags) return 0;
-  information[kHigh] = static_cast<unsigned char>(flags >> 8U);
-  information[kLow] = static_cast<unsigned char>(flags & 0xffU);
-  return posix::errorOf(
-      ::setxattr(item.c_str(), XATTR_FINDERINFO_NAME, information.data(), information.size(), 0, XATTR_NOFOLLOW));
+auto setterOf(const std::string& item) {
+  return [item](const unsigned char* bytes, std::size_t size) {
+    return ::setxattr(item.c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
+  };
 }
 
 }  // namespace
 
 std::optional<std::uint16_t> MacFinderInformation::finderFlags(const platform::FileReference& reference) const {
   const NumberedItem* const item = NumberedItem::in(reference);
-  Information information{};
-  if (item == nullptr || readInformation(item->handle(), information) != 0) return std::nullopt;
-  return flagsIn(information);
+  posix::FinderBytes bytes{};
+  if (item == nullptr || posix::readFinderBytes(getterOf(item->handle()), bytes) != 0) return std::nullopt;
+  return posix::finderFlagsIn(bytes);
 }
 
 platform::Status MacFinderInformation::setFinderFlags(const platform::FileReference& reference, std::uint16_t flags) {
   const NumberedItem* const item = NumberedItem::in(reference);
-  if (item == nullptr) return posix::statusOf(FileOperation::Label, ENOENT, "");
-  return posix::statusOf(FileOperation::Label, writeFlags(item->handle(), flags), item->path().value_or(""));
+  const auto path = item == nullptr ? std::nullopt : item->path();
+  if (!path) return posix::statusOf(FileOperation::Label, ENOENT, "");
+  const posix::RightsForPaths rights(users_, {*path});
+  const auto write = [&] { return posix::writeFinderFlags(getterOf(item->handle()), setterOf(item->handle()), flags); };
+  return posix::statusOf(FileOperation::Label, rights.ok() ? write() : EPERM, *path);
 }
 
 }  // namespace qm::macos

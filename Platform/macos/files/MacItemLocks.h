@@ -8,7 +8,7 @@ namespace qm::macos {
 
 /// The lock is the owner's immutable flag, which the Finder shows as "Locked". Root follows no link to an item that
 /// could have been planted by somebody with fewer rights, and changes an item with the rights of whoever could put
-/// another in its place.
+/// another in its place. Where that is for root itself to do, it changes no file that has another name elsewhere.
 class MacItemLocks final : public platform::ItemLocks {
  public:
   /// The users outlive it.

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <memory>
 
+#include "Platform/macos/files/FolderRules.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/rights/SystemRights.h"
 
@@ -21,38 +22,35 @@ struct FreeList {
 };
 using AccessList = std::unique_ptr<std::remove_pointer_t<acl_t>, FreeList>;
 
-/// With any of these somebody decides what a name in the folder stands for.
-constexpr acl_perm_t kWriting[] = {ACL_ADD_FILE,     ACL_ADD_SUBDIRECTORY, ACL_DELETE,
-                                   ACL_DELETE_CHILD, ACL_WRITE_SECURITY,   ACL_CHANGE_OWNER};
+static_assert(macos::kAddFile == ACL_ADD_FILE && macos::kAddFolder == ACL_ADD_SUBDIRECTORY);
+static_assert(macos::kDelete == ACL_DELETE && macos::kDeleteChild == ACL_DELETE_CHILD);
+static_assert(macos::kWriteSecurity == ACL_WRITE_SECURITY && macos::kChangeOwner == ACL_CHANGE_OWNER);
 
-bool grantsWriting(acl_entry_t entry) {
+macos::AccessEntry told(acl_entry_t entry) {
   acl_tag_t tag = ACL_UNDEFINED_TAG;
-  if (::acl_get_tag_type(entry, &tag) != 0) return true;
-  if (tag != ACL_EXTENDED_ALLOW) return false;
-  acl_permset_t granted = nullptr;
-  if (::acl_get_permset(entry, &granted) != 0) return true;
-  for (const acl_perm_t right : kWriting) {
-    if (::acl_get_perm_np(granted, right) != 0) return true;
-  }
-  return false;
+  acl_permset_mask_t rights = 0;
+  const bool isKnown = ::acl_get_tag_type(entry, &tag) == 0 && ::acl_get_permset_mask_np(entry, &rights) == 0;
+  return {.isKnown = isKnown, .allows = tag == ACL_EXTENDED_ALLOW, .rights = rights};
 }
 
 bool grantsWriting(acl_t list) {
   acl_entry_t entry = nullptr;
   for (int which = ACL_FIRST_ENTRY; ::acl_get_entry(list, which, &entry) == 0; which = ACL_NEXT_ENTRY) {
-    if (grantsWriting(entry)) return true;
+    if (macos::grantsWriting(told(entry))) return true;
   }
   return false;
 }
 
 }  // namespace
 
-/// A volume whose owners are ignored lets everybody be the owner; one that is no local file system of this computer is
-/// somebody else's to speak for.
 bool isUserSpaceFileSystem(int folder) {
   struct statfs volume {};
-  if (::fstatfs(folder, &volume) != 0) return true;
-  return (volume.f_flags & MNT_LOCAL) == 0 || (volume.f_flags & MNT_IGNORE_OWNERSHIP) != 0;
+  struct stat found {};
+  if (::fstatfs(folder, &volume) != 0 || ::fstat(folder, &found) != 0) return true;
+  return macos::isSomebodysWord({.isLocal = (volume.f_flags & MNT_LOCAL) != 0,
+                                 .ignoresOwners = (volume.f_flags & MNT_IGNORE_OWNERSHIP) != 0,
+                                 .mountedBy = volume.f_owner,
+                                 .owner = found.st_uid});
 }
 
 bool hasListThatGrantsWriting(int folder) {

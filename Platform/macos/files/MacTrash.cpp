@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/MacTrash.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <utility>
@@ -11,12 +8,10 @@
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Utf8.h"
-#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/RootTrash.h"
 #include "Platform/macos/files/TrashCalls.h"
 #include "Platform/macos/files/TrashFailure.h"
 #include "Platform/posix/FolderListing.h"
-#include "Platform/posix/MakeFolders.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/rights/RightsForPaths.h"
@@ -28,10 +23,12 @@ namespace {
 using platform::Status;
 using platform::TrashedItem;
 using platform::TrashedItems;
+using posix::HeldItem;
 using posix::UniqueFd;
 
 constexpr const char* kNobody = "Nobody is logged in whose Trash could be used.";
 
+constexpr const char* kNotInTrash = "it is not in the Trash";
 constexpr const char* kNoText = "its path is no text that the system could be told";
 constexpr const char* kNoRights = "there is nobody with whose rights that could be done";
 
@@ -46,25 +43,21 @@ bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || st
 /// The path with no link on the way; as it is where its folder is missing.
 std::string withoutLinks(const std::string& path) {
   posix::Place place;
-  if (openHeldPlace(path, place) != 0) return path;
+  if (posix::openHeldPlace(path, place) != 0) return path;
   const std::string folder = posix::shownPath(place.folder.get());
   return folder.empty() ? path : foundation::appendingPathComponent(folder, place.name);
 }
 
-UniqueFd openTrash(const std::string& path) {
-  posix::Place place;
-  if (const int error = openHeldPlace(path, place)) {
-    errno = error;
-    return UniqueFd();
-  }
-  return UniqueFd(::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+bool isDirectlyIn(const std::string& trash, const std::string& path) {
+  const std::string name = posix::nameIn(path);
+  return name != "." && name != ".." && posix::folderOf(path) == posix::withoutTrailingSlashes(trash);
 }
 
-int moveBack(const TrashedItem& item, platform::MissingFolders missing) {
-  if (missing == platform::MissingFolders::AreMade) {
-    if (const int error = posix::makeFolders(foundation::deletingLastPathComponent(item.origin))) return error;
-  }
-  return posix::moveTree(item.path, item.origin).code;
+/// The volume that a path is on, or would be.
+std::string volumeOfPath(std::string path) {
+  posix::Place place;
+  while (path.size() > 1 && posix::openHeldPlace(path, place) == ENOENT) path = posix::folderOf(path);
+  return place.folder ? volumeOf(place.folder.get()) : std::string();
 }
 
 }  // namespace
@@ -86,93 +79,105 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
   return recycled;
 }
 
-int MacTrash::hold(const std::string& path, Leaving& leaving) const {
-  leaving.path = path;
-  if (const int error = openHeldPlace(path, leaving.place, &leaving.refusal)) return error;
-  leaving.item.reset(posix::openItself(leaving.place.folder.get(), leaving.place.name.c_str()));
-  leaving.openError = leaving.item ? 0 : errno;
-  return 0;
-}
-
 /// What cannot be opened, or takes no note, goes without one.
 Status MacTrash::recycleOne(const std::string& path, const std::string& trash, std::string& stored) {
-  Leaving leaving;
-  if (const int error = hold(path, leaving)) return failureOf(error, leaving.refusal, path);
+  HeldItem leaving;
+  if (const int error = posix::holdItem(path, leaving)) return failureOf(error, leaving.refusal, path);
   const int item = leaving.item.get();
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
   const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
-  Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, trash, stored) : recycleOwn(leaving, stored);
+  Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, path, trash, stored) : recycleOwn(path, stored);
   if (!status && isNoted && !mayStillBeMoved(status)) notes_.remove(item);
-  if (status) wasChanged(foundation::deletingLastPathComponent(stored));
+  if (status) wasChanged(leaving.place);
   return status;
 }
 
-Status MacTrash::recycleOwn(const Leaving& leaving, std::string& stored) const {
+Status MacTrash::recycleOwn(const std::string& path, std::string& stored) {
   // The frameworks have no name for other bytes, and end the program.
-  if (!foundation::isUtf8(leaving.path)) return trashRefusal(EILSEQ, kNoText, leaving.path);
-  const TrashAnswer answer = trashItem(leaving.path);
+  if (!foundation::isUtf8(path)) return trashRefusal(EILSEQ, kNoText, path);
+  const TrashAnswer answer = trashItem(path);
   stored = answer.path;
-  return answer.done ? Status::success() : trashFailure(answer, leaving.path);
+  return answer.done ? Status::success() : trashFailure(answer, path);
 }
 
-Status MacTrash::recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const {
+Status MacTrash::recycleAsRoot(const HeldItem& leaving, const std::string& path, const std::string& trash,
+                               std::string& stored) const {
   HeldTrash held;
-  int error = leaving.item ? openTrashOfPerson(users_, trash, held) : leaving.openError;
-  if (error == 0) {
-    const posix::Place& place = leaving.place;
-    error = moveIntoHeldTrash(place.folder.get(), place.name, leaving.item.get(), held, stored);
+  int error = leaving.openError;
+  if (error == 0) error = openTrashOfPerson(users_, trash, held);
+  if (error == 0) error = moveIntoHeldTrash(leaving.place, leaving.status, held, stored);
+  return error == 0 ? Status::success() : failureOf(error, held.refusal, path);
+}
+
+/// The user's own, and that of the path's volume, where the system puts what comes from there. Root has the first
+/// alone.
+std::vector<std::string> MacTrash::trashesFor(const std::string& origin, const std::optional<std::string>& own) const {
+  if (!own) return {};
+  const unsigned user = users_.realUserId();
+  const std::string volume = user == 0 ? std::string() : volumeOfPath(origin);
+  if (volume.empty()) return {*own};
+  return {*own, foundation::appendingPathComponent(volume, ".Trashes/" + std::to_string(user))};
+}
+
+void MacTrash::findIn(const std::string& trash, const std::string& origin, TrashedItems& found) const {
+  UniqueFd folder;
+  std::vector<std::string> names;
+  int error = posix::openHeldFolder(trash, folder);
+  if (error == 0) error = posix::listFolder(posix::duplicate(folder), names);
+  if (error != 0 && error != ENOENT) found.status = trashFailure(error, trash);
+  for (const std::string& name : names) {
+    const UniqueFd item(posix::openItself(folder.get(), name.c_str()));
+    const auto note = item ? notes_.read(item.get()) : std::nullopt;
+    if (!note || note->origin != origin) continue;
+    found.items.push_back({foundation::appendingPathComponent(trash, name), note->origin, note->deletionDate});
   }
-  return error == 0 ? Status::success() : failureOf(error, held.refusal, leaving.path);
 }
 
 TrashedItems MacTrash::itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) {
   TrashedItems found;
-  if (!trashDirectory) return found;
-  const UniqueFd trash = openTrash(*trashDirectory);
-  std::vector<std::string> names;
-  const int error = trash ? posix::listFolder(posix::duplicate(trash), names) : errno;
-  if (error != 0 && error != ENOENT) found.status = trashFailure(error, *trashDirectory);
   const std::string wanted = withoutLinks(origin);
-  for (const std::string& name : names) {
-    const UniqueFd item(posix::openItself(trash.get(), name.c_str()));
-    const auto note = item ? notes_.read(item.get()) : std::nullopt;
-    if (!note || note->origin != wanted) continue;
-    found.items.push_back(
-        {foundation::appendingPathComponent(*trashDirectory, name), note->origin, note->deletionDate});
-  }
+  for (const std::string& trash : trashesFor(origin, trashDirectory)) findIn(trash, wanted, found);
   std::ranges::sort(found.items, std::ranges::greater(), &TrashedItem::deletionDate);
   return found;
 }
 
 Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::string>& trashDirectory,
                          platform::MissingFolders missing) {
-  const bool isInTrash = trashDirectory && foundation::isAtOrBelow(item.path, *trashDirectory);
-  if (!isInTrash) return trashRefusal(EINVAL, "it is not in the Trash", item.path);
+  const std::vector<std::string> trashes = trashesFor(item.origin, trashDirectory);
+  const bool isInTrash = std::ranges::any_of(trashes, [&](auto& trash) { return isDirectlyIn(trash, item.path); });
+  if (!isInTrash) return trashRefusal(EINVAL, kNotInTrash, item.path);
   const posix::RightsForPaths rights(users_, {item.path, item.origin});
-  if (!rights.ok()) return trashRefusal(EPERM, kNoRights, item.path);
-  Leaving leaving;
-  if (const int error = hold(item.path, leaving)) return failureOf(error, leaving.refusal, item.path);
-  if (const int error = moveBack(item, missing)) return trashFailure(error, item.path);
+  // Both places are held by descriptor, so root may act for itself where others could redirect the paths.
+  if (!rights.ok() && !rights.arePlacesOnly()) return trashRefusal(EPERM, kNoRights, item.path);
+  return moveBack(item, missing);
+}
+
+Status MacTrash::moveBack(const TrashedItem& item, platform::MissingFolders missing) {
+  HeldItem leaving;
+  posix::Place origin;
+  int error = posix::holdItem(item.path, leaving);
+  if (error == 0) error = posix::openHeldPlace(item.origin, origin, &leaving.refusal, missing);
+  if (error != 0) return failureOf(error, leaving.refusal, item.path);
+  if (const auto failed = posix::moveTree(leaving.place, origin)) return trashFailure(failed.code, item.path);
   if (leaving.item) notes_.remove(leaving.item.get());
-  wasChanged(foundation::deletingLastPathComponent(item.origin));
+  wasChanged(leaving.place);
+  wasChanged(origin);
   return Status::success();
 }
 
-void MacTrash::wasChanged(const std::string& folder) {
+void MacTrash::wasChanged(const posix::Place& place) {
+  const std::string volume = volumeOf(place.folder.get());
   const std::scoped_lock lock(mutex_);
-  changed_.insert(folder);
+  if (!volume.empty()) changed_.insert(volume);
 }
 
 void MacTrash::makeDurable() {
-  std::set<std::string> folders;
+  std::set<std::string> volumes;
   {
     const std::scoped_lock lock(mutex_);
-    std::swap(folders, changed_);
+    std::swap(volumes, changed_);
   }
-  for (const std::string& folder : folders) {
-    const UniqueFd opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened) static_cast<void>(posix::flushVolume(opened.get()));
-  }
+  for (const std::string& volume : volumes) writeOut(volume);
 }
 
 }  // namespace qm::macos

@@ -9,8 +9,7 @@
 #include "Platform/Trash.h"
 #include "Platform/Users.h"
 #include "Platform/macos/files/TrashNote.h"
-#include "Platform/posix/ItemPath.h"
-#include "Platform/posix/UniqueFd.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::macos {
 
@@ -32,26 +31,20 @@ class MacTrash final : public platform::Trash {
   void makeDurable() override;
 
  private:
-  /// An item that is about to go, held open.
-  struct Leaving {
-    std::string path;
-    posix::Place place;
-    posix::UniqueFd item;
-    int openError = 0;    // why the item is not open
-    std::string refusal;  // why this program does not go by the path, where no call has failed
-  };
-
-  int hold(const std::string& path, Leaving& leaving) const;
+  std::vector<std::string> trashesFor(const std::string& origin, const std::optional<std::string>& own) const;
+  void findIn(const std::string& trash, const std::string& origin, platform::TrashedItems& found) const;
   platform::Status recycleOne(const std::string& path, const std::string& trash, std::string& stored);
-  platform::Status recycleOwn(const Leaving& leaving, std::string& stored) const;
-  platform::Status recycleAsRoot(const Leaving& leaving, const std::string& trash, std::string& stored) const;
-  void wasChanged(const std::string& folder);
+  static platform::Status recycleOwn(const std::string& path, std::string& stored);
+  platform::Status recycleAsRoot(const posix::HeldItem& leaving, const std::string& path, const std::string& trash,
+                                 std::string& stored) const;
+  platform::Status moveBack(const platform::TrashedItem& item, platform::MissingFolders missing);
+  void wasChanged(const posix::Place& place);
 
   const platform::Users& users_;
   const platform::Clock& clock_;
   const TrashNotes notes_;
   std::mutex mutex_;
-  std::set<std::string> changed_;  // guarded: folders whose volumes are not on the disk yet
+  std::set<std::string> changed_;  // guarded: volumes that are not on the disk yet
 };
 
 }  // namespace qm::macos

@@ -2,22 +2,22 @@
 #include <sys/stat.h>
 
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/macos/files/HeldPlace.h"
 #include "Platform/macos/files/SystemRefusal.h"
 #include "Platform/posix/RemovalRules.h"
+#include "Platform/posix/rights/HeldPlace.h"
 
 namespace qm::macos {
 namespace {
 
-unsigned flagsOf(const std::string& path) {
+std::optional<unsigned> flagsOf(const std::string& path) {
   struct stat found {};
-  return ::lstat(path.c_str(), &found) == 0 ? found.st_flags : 0;
+  return ::lstat(path.c_str(), &found) == 0 ? std::optional<unsigned>(found.st_flags) : std::nullopt;
 }
 
 /// Where the folder cannot be opened nothing shows that anything but the system keeps the item.
 int obstacleAt(const std::string& path) {
   posix::Place place;
-  return openHeldPlace(path, place) == 0 ? posix::obstacleToRemovingEntry(place.folder.get(), place.name) : 0;
+  return posix::openHeldPlace(path, place) == 0 ? posix::obstacleToRemovingEntry(place.folder.get(), place.name) : 0;
 }
 
 }  // namespace

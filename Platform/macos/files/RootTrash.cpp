@@ -1,24 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/RootTrash.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <climits>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/macos/files/HeldPlace.h"
-#include "Platform/macos/files/TrashName.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TrashName.h"
+#include "Platform/posix/rights/HeldPlace.h"
 #include "Platform/posix/rights/SystemRights.h"
 #include "Platform/posix/rights/UserDatabase.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::macos {
 namespace {
 
-constexpr int kMostNames = 10000;
+constexpr unsigned kMostNames = 10000;
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
 int refuse(HeldTrash& trash, std::string reason) {
@@ -44,11 +45,8 @@ int checkOwner(HeldTrash& trash, uid_t person) {
 }
 
 int openPinned(uid_t person, HeldTrash& trash) {
-  posix::Place place;
-  if (const int error = openHeldPlace(trash.path, place, &trash.refusal)) return error;
-  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-  trash.folder.reset(::openat(place.folder.get(), place.name.c_str(), kFlags));
-  return trash.folder ? checkOwner(trash, person) : errno;
+  const int error = posix::openHeldFolder(trash.path, trash.folder, &trash.refusal);
+  return error != 0 ? error : checkOwner(trash, person);
 }
 
 }  // namespace
@@ -63,18 +61,21 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
   return error != 0 ? error : openPinned(person->id, trash);
 }
 
-int moveIntoHeldTrash(int folder, const std::string& name, int item, const HeldTrash& trash, std::string& stored) {
-  const int into = trash.folder.get();
+int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored) {
+  const int oldFolder = place.folder.get();
+  const int trashFolder = trash.folder.get();
   int error = EEXIST;
   std::string wanted;
-  for (int attempt = 1; error == EEXIST && attempt <= kMostNames; ++attempt) {
-    wanted = trashName(name, attempt);
-    error = posix::renameExclusively(folder, name.c_str(), into, wanted.c_str());
+  const posix::TrashName names(place.name, NAME_MAX);
+  for (unsigned number = 1; error == EEXIST && number <= kMostNames; ++number) {
+    wanted = names.numbered(number);
+    error = posix::renameExclusively(oldFolder, place.name.c_str(), trashFolder, wanted.c_str());
   }
   if (error != 0) return error;
   stored = foundation::appendingPathComponent(trash.path, wanted);
-  if (posix::isStill(item, into, wanted)) return 0;
-  error = posix::renameExclusively(into, wanted.c_str(), folder, name.c_str());
+  const auto arrived = posix::statusIn(trashFolder, wanted.c_str());
+  if (arrived && posix::isSameItem(*arrived, item)) return 0;
+  error = posix::renameExclusively(trashFolder, wanted.c_str(), oldFolder, place.name.c_str());
   return error != 0 ? error : ESTALE;
 }
 

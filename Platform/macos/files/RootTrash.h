@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <optional>
+#include <sys/stat.h>
+
 #include <string>
 
 #include "Platform/Users.h"
-#include "Platform/posix/FileError.h"
+#include "Platform/posix/ItemPath.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::macos {
@@ -22,8 +23,9 @@ struct HeldTrash {
 /// is missing. Returns 0 or an error number.
 int openTrashOfPerson(const platform::Users& users, const std::string& path, HeldTrash& trash);
 
-/// Moves an item into it in one step, under the first name that is free. What has arrived is what was looked at, else
-/// it goes back. EXDEV where the Trash is on another volume. `stored` is its path there.
-int moveIntoHeldTrash(int folder, const std::string& name, int item, const HeldTrash& trash, std::string& stored);
+/// Moves an item into it in one step, under the first name that is free. What has arrived is `item`, which was looked
+/// at before, else it goes back. As long as an item is open no other gets its number. EXDEV where the Trash is on
+/// another volume. `stored` is its path there.
+int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored);
 
 }  // namespace qm::macos

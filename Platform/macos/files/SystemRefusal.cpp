@@ -4,14 +4,10 @@
 #include <cerrno>
 
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/macos/files/FlagBits.h"
 
 namespace qm::macos {
 namespace {
-
-// As the system numbers them.
-constexpr unsigned kLocked = 0x00000002U | 0x00000004U | 0x00020000U | 0x00040000U;  // immutable, append-only
-constexpr unsigned kRestricted = 0x00080000U;
-constexpr unsigned kNoUnlink = 0x00100000U;
 
 constexpr const char* kIntegrity = "System Integrity Protection keeps it. Nobody can remove it while that is on.";
 constexpr const char* kApplications =
@@ -27,8 +23,9 @@ bool isApplication(const std::string& path) { return foundation::pathExtension(p
 }  // namespace
 
 std::string systemRefusal(int error, const RefusedItem& item) {
-  if (error != EPERM || ((item.flags | item.folderFlags) & kLocked) != 0) return "";
-  if ((item.flags & (kRestricted | kNoUnlink)) != 0 || (item.folderFlags & kRestricted) != 0) return kIntegrity;
+  if (error != EPERM || !item.flags || !item.folderFlags) return "";
+  if (((*item.flags | *item.folderFlags) & kLocked) != 0) return "";
+  if ((*item.flags & (kRestricted | kNoUnlink)) != 0 || (*item.folderFlags & kRestricted) != 0) return kIntegrity;
   if (item.obstacle != 0) return "";
   return isApplication(item.path) ? kApplications : kFiles;
 }

@@ -16,8 +16,12 @@ struct TrashAnswer {
   std::string description;  ///< the system's sentence
 };
 
-/// `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. A link itself is meant. The path is
-/// UTF-8.
+/// `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. A link itself is meant. The path is UTF-8.
 TrashAnswer trashItem(const std::string& path);
+
+/// Where the volume is mounted that an open folder is on; "" where that cannot be told.
+std::string volumeOf(int folder);
+/// Writes a volume out to the disk, and waits for that.
+void writeOut(const std::string& volume);
 
 }  // namespace qm::macos

@@ -1,32 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/TrashNote.h"
 
+#include <algorithm>
+
+#include "Platform/foundation/DateText.h"
+#include "Platform/foundation/PathComponents.h"
+
 namespace qm::macos {
-namespace {
-
-// "2024-02-29T23:05:07", a space, the path.
-constexpr std::string_view kForm = "dddd-dd-ddTdd:dd:dd ";
-
-bool fits(std::string_view text) {
-  if (text.size() <= kForm.size()) return false;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    const bool isDigit = text[i] >= '0' && text[i] <= '9';
-    if (kForm[i] == 'd' ? !isDigit : text[i] != kForm[i]) return false;
-  }
-  return true;
-}
-
-}  // namespace
-
 std::string noteText(const TrashNote& note) { return note.deletionDate + " " + note.origin; }
 
+/// The date, a space, the path.
 std::optional<TrashNote> parsedNote(std::string_view text) {
-  if (!fits(text)) return std::nullopt;
-  const std::string_view origin = text.substr(kForm.size());
-  const bool isPlain = origin.front() == '/' && origin.find('\0') == std::string_view::npos &&
-                       (std::string(origin) + "/").find("/../") == std::string::npos;
-  if (!isPlain) return std::nullopt;
-  return TrashNote{std::string(origin), std::string(text.substr(0, kForm.size() - 1))};
+  const std::size_t space = std::min(text.find(' '), text.size());
+  const std::string_view date = text.substr(0, space);
+  const std::string_view origin = text.substr(std::min(space + 1, text.size()));
+  const bool isPlain = origin.starts_with('/') && origin.find('\0') == std::string_view::npos;
+  if (!foundation::isIsoDate(date) || !isPlain || foundation::goesUp(origin)) return std::nullopt;
+  return TrashNote{std::string(origin), std::string(date)};
 }
 
 }  // namespace qm::macos

@@ -22,7 +22,7 @@ platform::AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* se
 
 /// The system has the call that starts tools.
 bool canExecute();
-/// That call. `output` is the tool's, which the caller closes.
+/// That call; only where the system has it. `output` is the tool's, which the caller closes.
 platform::AuthorizationStatus executeWithRights(platform::AuthorizationRef session, const std::string& tool,
                                                 platform::AuthorizationFlags flags,
                                                 const std::vector<std::string>& arguments, std::FILE** output);

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include "Platform/macos/Framework.h"
+#include "Platform/posix/process/ArgumentVector.h"
 
 namespace qm::macos {
 namespace {
@@ -81,11 +82,9 @@ AuthorizationStatus executeWithRights(platform::AuthorizationRef session, const 
                                       platform::AuthorizationFlags flags, const std::vector<std::string>& arguments,
                                       std::FILE** output) {
   const Pool pool;
-  std::vector<char*> vector;
-  vector.reserve(arguments.size() + 1);
-  for (const std::string& argument : arguments) vector.push_back(const_cast<char*>(argument.c_str()));
-  vector.push_back(nullptr);
-  return execute()(theirs(session), tool.c_str(), flags, vector.data(), output);
+  // This call takes the arguments without the path.
+  const std::vector<char*> vector = posix::argumentVector(tool, arguments);
+  return execute()(theirs(session), tool.c_str(), flags, vector.data() + 1, output);
 }
 
 }  // namespace qm::macos

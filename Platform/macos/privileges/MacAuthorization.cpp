@@ -7,7 +7,9 @@
 
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/macos/privileges/AuthorizationCalls.h"
-#include "Platform/macos/privileges/HollowFolderItems.h"
+#include "Platform/posix/HollowFolder.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "Platform/posix/rights/PathWriters.h"
 
 namespace qm::macos {
@@ -31,6 +33,19 @@ bool isPath(const std::string& argument) { return argument.starts_with('/'); }
 bool isNoOption(const std::string& argument) { return !argument.starts_with('-'); }
 
 bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
+
+/// The paths of all that is in a folder which is to be empty, each before the folder that it is in. Null where that
+/// cannot be shown.
+std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder) {
+  const auto isHousekeeping = [](const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; };
+  posix::Place place;
+  if (posix::openPlace(folder, place) != 0) return std::nullopt;
+  auto items = posix::hollowFolderItems(place.folder.get(), place.name, isHousekeeping);
+  if (!items) return std::nullopt;
+  const std::string above = foundation::deletingLastPathComponent(folder);
+  for (std::string& item : *items) item = foundation::appendingPathComponent(above, item);
+  return items;
+}
 
 bool putsIntoFolders(const std::string& tool) { return tool == "/bin/cp" || tool == "/bin/mv"; }
 
@@ -80,9 +95,11 @@ MacAuthorization::~MacAuthorization() = default;
 
 AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                              AuthorizationRef* session) {
+  *session = nullptr;
+  if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
   AuthorizationRef made = nullptr;
   const AuthorizationStatus status = createSession(environment, flags, &made);
-  *session = status == errAuthorizationSuccess ? keep(made) : nullptr;
+  if (status == errAuthorizationSuccess) *session = keep(made);
   return status;
 }
 
@@ -100,7 +117,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
   const std::scoped_lock lock(mutex_);
   const bool isHollow = tool == kRemove && !hollowFolder_.empty() && !arguments.empty();
   if (!isHollow || arguments.back() != hollowFolder_) return arguments;
-  auto items = hollowFolderItems(hollowFolder_);
+  auto items = hollowItemsAt(hollowFolder_);
   if (!items) {
     console_.print(hollowFolder_ + " stays: it can’t be shown that nothing is in it.");
     return std::nullopt;
@@ -111,8 +128,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
 
 AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                  const AuthorizationItems& environment, AuthorizationFlags flags) {
-  if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
-  const AuthorizationRef found = systems(session);
+  auto* const found = systems(session);
   return found == nullptr ? errAuthorizationInvalidRef : copySessionRights(found, rights, environment, flags);
 }
 
@@ -133,11 +149,12 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
                                                             const std::vector<std::string>& arguments,
                                                             std::shared_ptr<CommunicationsPipe>* pipe) {
   if (!canExecute()) return errAuthorizationToolExecuteFailure;
-  const AuthorizationRef rightful = systems(session);
+  auto* const rightful = systems(session);
   if (rightful == nullptr) return errAuthorizationInvalidRef;
   const auto meant = asMeant(tool, arguments);
   if (!meant) return errAuthorizationDenied;
   std::FILE* output = nullptr;
+  const auto lock = posix::noPipeMeanwhile();
   const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *meant, &output);
   if (status == errAuthorizationSuccess && output != nullptr) *pipe = keepOutput(output);
   return status;
@@ -154,7 +171,7 @@ void MacAuthorization::releaseRights() {
   }
   for (const auto& output : outputs) output->waitForEnd();
   std::erase(ended, nullptr);
-  for (const AuthorizationRef session : ended) static_cast<void>(freeSession(session, kDestroyRights));
+  for (auto* const session : ended) static_cast<void>(freeSession(session, kDestroyRights));
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -175,8 +192,8 @@ AuthorizationStatus MacAuthorization::copyPrivilegedReference(AuthorizationRef* 
 }
 
 AuthorizationRef MacAuthorization::keep(AuthorizationRef system) {
-  auto session = std::make_unique<Session>(system);
-  const auto handle = reinterpret_cast<AuthorizationRef>(session.get());
+  auto session = std::make_unique<Session>(Session{system});
+  auto* const handle = reinterpret_cast<AuthorizationRef>(session.get());
   const std::scoped_lock lock(mutex_);
   sessions_[handle] = std::move(session);
   return handle;

@@ -68,7 +68,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::string hollowFolder_;                                                 // guarded
   std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded
   std::vector<std::shared_ptr<ToolOutput>> outputs_;                         // guarded: of tools that may run still
-  std::atomic<bool> nextIsRefused_ = false;  // the tool that was announced is not to be started
+  std::atomic<bool> nextIsRefused_ = false;  // there is to be no session for the tool that was announced
 };
 
 }  // namespace qm::macos

@@ -11,4 +11,7 @@ class MacPackages final : public platform::Packages {
   bool isFilePackage(const std::string& path) const override;
 };
 
+/// The system's word on an item, whose path is UTF-8 and has no links on the way. False for what is not there.
+bool isPackage(const std::string& path);
+
 }  // namespace qm::macos

@@ -16,6 +16,9 @@ struct FileSystemIdentity {
 
 /// Gives the calling thread, and no other, somebody else's rights in the file system. What it creates belongs to that
 /// user, and that user's links lead it nowhere that the user could not go. Only for a process that runs as root.
+///
+/// On a Mac getuid(2) and geteuid(2) answer with that user meanwhile, and `Users::realUserId` with them; on Linux both
+/// stay root. On a Mac a thread cannot take somebody's rights while it has another's, either.
 class FileSystemUser {
  public:
   /// Takes the rights of `identity`; with null it changes nothing.

@@ -60,7 +60,7 @@ class Walk {
     if (place_.name == "..") return goUp();
     if (place_.name.size() > NAME_MAX) return failure(ENAMETOOLONG);
     if (Result problem = look()) return problem;
-    if (!place_.item) return pending_.empty() ? Result() : failure(ENOENT);
+    if (!place_.exists()) return pending_.empty() ? Result() : failure(ENOENT);
     place_.writers.add(writersOfEntry(place_.folder.get(), *folder, place_.itemStatus));
     if (place_.isLink() && (!pending_.empty() || lastLink_ == LastLink::IsFollowed)) return follow();
     if (!pending_.empty()) return enter();
@@ -69,11 +69,21 @@ class Walk {
 
   // A missing item is not a failure yet.
   Result look() {
+    place_.itemStatus = {};
     place_.item.reset(openItself(place_.folder.get(), place_.name.c_str()));
     if (!place_.item && errno == ENOENT && makesFolders_ && !pending_.empty()) return makeFolder();
+    if (!place_.item && errno == EOPNOTSUPP && pending_.empty()) return lookByName();
     if (!place_.item) return errno == ENOENT ? Result() : failure(errno);
     const auto status = statusOf(place_.item.get());
     if (!status) return failure(errno);
+    place_.itemStatus = *status;
+    return std::nullopt;
+  }
+
+  // Some systems open no socket. One is the end of a path, and nobody follows it anywhere.
+  Result lookByName() {
+    const auto status = statusIn(place_.folder.get(), place_.name.c_str());
+    if (!status || !S_ISSOCK(status->st_mode)) return failure(EOPNOTSUPP);
     place_.itemStatus = *status;
     return std::nullopt;
   }
@@ -123,7 +133,7 @@ class Walk {
   Result judge() {
     if (!place_.throughUntrustedLink) return std::nullopt;
     const bool mayBePutInto = lastLink_ == LastLink::IsFollowed && place_.isFolder();
-    const bool countsItself = place_.item && (lastLinkFollowed_ || mayBePutInto);
+    const bool countsItself = place_.exists() && (lastLinkFollowed_ || mayBePutInto);
     const auto target = countsItself ? std::optional(place_.itemStatus) : statusOf(place_.folder.get());
     if (!target) return failure(errno);
     if (place_.writers.only(target->st_uid)) return std::nullopt;

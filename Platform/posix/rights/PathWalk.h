@@ -16,7 +16,8 @@ namespace qm::posix {
 struct PinnedPlace {
   UniqueFd folder;
   std::string name;
-  /// The item, opened for naming only (`lookupFlag`); none if nothing is there.
+  /// The item, opened for naming only (`lookupFlag`); none if nothing is there, or a socket that the system cannot
+  /// open.
   UniqueFd item;
   struct stat itemStatus {};
   /// Everybody but root who could have redirected the path.
@@ -26,6 +27,7 @@ struct PinnedPlace {
   /// Whether the path ends with a slash, so that it must be a folder.
   bool withTrailingSlash = false;
 
+  bool exists() const { return itemStatus.st_mode != 0; }
   bool isFolder() const { return item && S_ISDIR(itemStatus.st_mode); }
   bool isLink() const { return item && S_ISLNK(itemStatus.st_mode); }
   /// The path at which the system shows the location now; "" if it cannot be determined.

@@ -33,7 +33,7 @@ Writers writersOfPath(const std::string& path) {
   Answer<PinnedPlace> place = pinPath(path, LastLink::Stays);
   if (!place) return place.problem().error == ENOENT ? writersOfPath(folderOf(path)) : anybody();
   Writers writers = place->writers;
-  if (!place->item) writers.add(writersOfNewEntry(place->folder.get()));
+  if (!place->exists()) writers.add(writersOfNewEntry(place->folder.get()));
   return writers;
 }
 

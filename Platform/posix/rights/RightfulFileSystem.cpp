@@ -3,9 +3,21 @@
 
 #include <cerrno>
 
+#include "Platform/posix/HollowFolder.h"
+#include "Platform/posix/ItemPath.h"
+#include "Platform/posix/rights/PathWalk.h"
 #include "Platform/posix/rights/RightsForPaths.h"
 
 namespace qm::posix {
+namespace {
+
+FileError removePinnedHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
+  const Answer<PinnedPlace> place = pinPath(withoutTrailingSlashes(path), LastLink::Stays);
+  if (!place) return place.problem().error;
+  return removeHollowFolder(place->folder.get(), place->name, isOneOf(expendable));
+}
+
+}  // namespace
 
 using platform::Status;
 
@@ -39,8 +51,10 @@ Status RightfulFileSystem::removeItem(const std::string& path) {
 }
 
 Status RightfulFileSystem::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
-  return withRights(FileOperation::Remove, path, "",
-                    [&] { return PosixFileSystem::removeHollowFolder(path, expendable); });
+  const RightsForPaths rights(users_, {path});
+  if (rights.arePlacesOnly()) return statusOf(FileOperation::Remove, removePinnedHollowFolder(path, expendable), path);
+  return rights.ok() ? PosixFileSystem::removeHollowFolder(path, expendable)
+                     : statusOf(FileOperation::Remove, EPERM, path);
 }
 
 Status RightfulFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {

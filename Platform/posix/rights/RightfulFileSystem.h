@@ -16,7 +16,8 @@ namespace qm::posix {
 
 /// The plain file operations. A root process makes changes with the rights of whoever could redirect the path (see
 /// `RightsForPaths`). So what it creates in a user's folders belongs to that user, and a link there leads it nowhere
-/// that the user could not go. The users outlive it.
+/// that the user could not go. If root is the user meant and others could redirect the path, nothing is changed; only
+/// `removeHollowFolder` is done all the same, because it goes by the place and not by the path. The users outlive it.
 class RightfulFileSystem final : public PosixFileSystem {
  public:
   explicit RightfulFileSystem(const platform::Users& users) : users_(users) {}

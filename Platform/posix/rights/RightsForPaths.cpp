@@ -9,6 +9,7 @@
 namespace qm::posix {
 namespace {
 
+// On Linux nobody's group. On a Mac no group has this number.
 constexpr gid_t kNoGroup = 65534;
 
 // A deleted account may still own folders.
@@ -26,18 +27,18 @@ std::optional<FileSystemIdentity> personFor(const Writers& writers, const platfo
 }  // namespace
 
 RightsForPaths::RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths)
-    : known_(choose(users, paths)), acting_(isForPerson_ ? &person_ : nullptr) {}
+    : whose_(choose(users, paths)), acting_(whose_ == Whose::APersons ? &person_ : nullptr) {}
 
-bool RightsForPaths::choose(const platform::Users& users, std::initializer_list<std::string> paths) {
-  if (users.realUserId() != 0) return true;
+RightsForPaths::Whose RightsForPaths::choose(const platform::Users& users, std::initializer_list<std::string> paths) {
+  if (users.realUserId() != 0) return Whose::TheProcesses;
   Writers writers;
   for (const std::string& path : paths) writers.add(writersOfPath(path));
-  if (writers.none()) return true;
+  if (writers.none()) return Whose::TheProcesses;
   const std::optional<FileSystemIdentity> person = personFor(writers, users);
-  if (!person) return false;
+  if (!person) return Whose::Nobodys;
+  if (person->uid == 0) return Whose::RootsInPlaces;
   person_ = *person;
-  isForPerson_ = true;
-  return true;
+  return Whose::APersons;
 }
 
 }  // namespace qm::posix

@@ -13,20 +13,27 @@ namespace qm::posix {
 /// calling thread. These are root's own if nobody else can redirect the paths, else those of the one user who can, else
 /// those of the user at the console. So whoever redirects a path gains nothing. Has no effect in any process that is
 /// not root's.
+///
+/// If others can redirect the paths and root itself is the user meant, nobody's rights would do, and the thread keeps
+/// root's.
 class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);
 
-  /// Whether the thread has these rights. If not, nothing may be changed: several users could redirect the paths, and
-  /// nobody is at the console.
-  bool ok() const { return known_ && acting_.ok(); }
+  /// Whether the thread has these rights. If not, nothing may be changed by path: several users could redirect the
+  /// paths, and nobody is at the console or root is.
+  bool ok() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
+
+  /// Whether root is meant, and others can redirect the paths. Then changes may be made at places that `pinPath` has
+  /// found, and nowhere else.
+  bool arePlacesOnly() const { return whose_ == Whose::RootsInPlaces; }
 
  private:
-  bool choose(const platform::Users& users, std::initializer_list<std::string> paths);
+  enum class Whose { TheProcesses, APersons, RootsInPlaces, Nobodys };
+  Whose choose(const platform::Users& users, std::initializer_list<std::string> paths);
 
   FileSystemIdentity person_;
-  bool isForPerson_ = false;
-  bool known_ = true;
+  Whose whose_;
   FileSystemUser acting_;
 };
 

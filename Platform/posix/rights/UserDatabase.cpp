@@ -3,16 +3,18 @@
 
 #include <grp.h>
 #include <pwd.h>
+#include <unistd.h>  // getgrouplist, on a Mac
 
 #include <cerrno>
 #include <utility>
 #include <vector>
 
+#include "Platform/posix/rights/GroupList.h"
+
 namespace qm::posix {
 namespace {
 
 constexpr std::size_t kFirstBuffer = 1024;
-constexpr std::size_t kUsualGroups = 64;
 constexpr std::size_t kLargestBuffer = std::size_t{1024} * 1024;
 
 std::string textOrEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
@@ -39,18 +41,6 @@ std::optional<UserRecord> lookUp(Find find) {
   return std::nullopt;
 }
 
-// The number of a group has another type in the call of each system.
-template <class Group>
-std::vector<gid_t> groupsOf(const UserRecord& user, int (*list)(const char*, Group, Group*, int*)) {
-  std::vector<Group> groups(kUsualGroups);
-  auto count = static_cast<int>(groups.size());
-  while (list(user.name.c_str(), static_cast<Group>(user.group), groups.data(), &count) < 0) {
-    groups.resize(groups.size() * 2);
-    count = static_cast<int>(groups.size());
-  }
-  return {groups.begin(), groups.begin() + count};
-}
-
 }  // namespace
 
 std::optional<UserRecord> userWithId(uid_t id) {
@@ -74,6 +64,8 @@ std::vector<UserRecord> listedUsers() {
   return users;
 }
 
-FileSystemIdentity identityOf(const UserRecord& user) { return {user.id, user.group, groupsOf(user, ::getgrouplist)}; }
+FileSystemIdentity identityOf(const UserRecord& user) {
+  return {user.id, user.group, groupsOf(user.name, user.group, ::getgrouplist)};
+}
 
 }  // namespace qm::posix

@@ -6,9 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "Platform/Platform.h"
 #include "Platform/macos/Framework.h"
-#include "Platform/posix/rights/RightsForPaths.h"
 #include "Uninstaller/appkit/Instances.h"
 
 namespace qm::appkit {
@@ -41,7 +39,7 @@ HeldKeys heldKeys() {
   return held;
 }
 
-bool isRepeat(NSEvent* event) { return [event type] == NSEventTypeKeyDown && [event isARepeat]; }
+bool isRepeat(NSEvent* event) { return [event isARepeat]; }
 
 /// Launch Services start one; this is for whoever starts the program itself. A program without an identifier has no
 /// others that could be found.
@@ -82,10 +80,5 @@ void describe(NSView* control, NSString* label, NSString* help) {
 }
 
 Description descriptionOf(NSView* control) { return {[control accessibilityLabel], [control accessibilityHelp]}; }
-
-void measureAsAllowed(PlannedItem& item) {
-  const posix::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.ok()) measure(item);
-}
 
 }  // namespace qm::appkit

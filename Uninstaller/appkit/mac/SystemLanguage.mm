@@ -2,6 +2,7 @@
 #include "Uninstaller/SystemLanguage.h"
 
 #include "Platform/macos/Framework.h"
+#include "Uninstaller/appkit/PluralRule.h"
 
 namespace qm::uninstaller {
 namespace {
@@ -9,6 +10,12 @@ namespace {
 using macos::Pool;
 using macos::stringOf;
 using macos::textOf;
+
+/// The language that the system has chosen for the bundle: the first of those that it would take.
+std::string languageOfBundle() {
+  const Pool pool;
+  return textOf([[[NSBundle mainBundle] preferredLocalizations] firstObject]);
+}
 
 /// The catalogue of the application's bundle, in which the command is as well. The system chooses the language.
 class BundleLanguage final : public Language {
@@ -19,7 +26,7 @@ class BundleLanguage final : public Language {
     return textOf([[NSBundle mainBundle] localizedStringForKey:key value:key table:nil]);
   }
   std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
-    return translated(count == 1 ? one : many);
+    return translated(appkit::takesSingular(count, languageOfBundle()) ? one : many);
   }
   /// The system has its errors in English only.
   std::string systemMessage(std::string_view english) const override { return std::string(english); }

@@ -6,33 +6,14 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstring>
 
 #include "Platform/macos/MacPlatform.h"
 #include "Platform/macos/system/MacUsers.h"
+#include "Platform/posix/WholeList.h"
 #include "Uninstaller/Product.h"
-#include "Uninstaller/remove/Options.h"
+#include "Uninstaller/remove/LogLines.h"
 
 namespace qm::removal {
-namespace {
-
-void log(int priority, const std::string& line) { ::syslog(priority, "%s", line.c_str()); }
-
-bool hasMoved(Outcome outcome) {
-  return outcome == Outcome::Trashed || outcome == Outcome::Removed || outcome == Outcome::Restored;
-}
-
-bool isRecorded(Outcome outcome) { return hasMoved(outcome) || outcome == Outcome::Stayed || outcome == Outcome::Lost; }
-
-void log(const ReportItem& item) {
-  if (!isRecorded(item.outcome)) return;
-  const std::string because = item.reason.empty() ? "" : ": " + item.reason;
-  log(hasMoved(item.outcome) ? LOG_NOTICE : LOG_WARNING,
-      item.path.value_or("") + " " + wordFor(item.outcome) + because);
-}
-
-}  // namespace
-
 const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users& users) {
   return macos::macPlatform(kProduct, {.mainThread = loop, .descriptorWait = loop, .users = &users});
 }
@@ -60,10 +41,8 @@ std::optional<std::string> runtimeFolder() {
 }
 
 std::vector<pid_t> allProcesses() {
-  std::vector<pid_t> numbers(static_cast<std::size_t>(::proc_listallpids(nullptr, 0)) + 64);
-  const int count = ::proc_listallpids(numbers.data(), static_cast<int>(numbers.size() * sizeof(pid_t)));
-  numbers.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-  return numbers;
+  return posix::wholeList<pid_t>(
+      [](pid_t* numbers, int room) { return ::proc_listallpids(numbers, room * static_cast<int>(sizeof(pid_t))); });
 }
 
 std::string nameOfProcess(pid_t process) {
@@ -80,10 +59,10 @@ std::optional<uid_t> userOfProcess(pid_t process) {
 std::string launchControlTool() { return "/bin/launchctl"; }
 
 void recordInSystemLog(const Report& report) {
-  if (report.isPlan) return;
   ::openlog("tessaly-remove", LOG_PID, LOG_USER);
-  for (const ReportItem& item : report.items) log(item);
-  log(statusOf(report) == kNothingLeft ? LOG_NOTICE : LOG_WARNING, summaryOf(report));
+  for (const LogLine& line : logLinesOf(report)) {
+    ::syslog(line.isWarning ? LOG_WARNING : LOG_NOTICE, "%s", line.text.c_str());
+  }
 }
 
 }  // namespace qm::removal

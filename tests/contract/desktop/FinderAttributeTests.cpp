@@ -174,6 +174,19 @@ TEST(FileReferencesOnDisk, NeedNoRightToTheItem) {
   });
 }
 
+TEST(FileReferencesOnDisk, LeadRootBehindNoLinkThatSomebodyElseCouldHavePlanted) {
+  asRootForPerson([](const std::string& home) {
+    std::filesystem::create_directory(machineFolder() + "/system");
+    writeText(machineFolder() + "/system/file", "");
+    std::filesystem::create_directory_symlink(machineFolder() + "/system", home + "/way");
+    ASSERT_EQ(::lchown((home + "/way").c_str(), kPerson, kPerson), 0);
+    EXPECT_FALSE(setFlags(home + "/way/file", 0x0106).ok());
+    EXPECT_EQ(bytesOf(machineFolder() + "/system/file"), std::nullopt);
+    EXPECT_TRUE(setFlags(machineFolder() + "/system/file", 0x0106).ok());
+    EXPECT_EQ(references.path(references.make("/")), "/");
+  });
+}
+
 TEST(FileReferencesOnDisk, FollowANameThatLooksRemoved) {
   asPerson([](const std::string& home) {
     const std::string file = home + "/file (deleted)";

@@ -107,6 +107,49 @@ TEST_F(ChangesByRoot, AreRefusedWhereAnybodyLeadsAndNobodyIsThere) {
   });
 }
 
+/// With root itself at the console, and a folder that everybody may write to.
+void runForRoot(const std::function<void(posix::RightfulFileSystem&, const std::string& open)>& body) {
+  runInPrivateMachine([&] {
+    const std::string open = machineFolder() + "/open";
+    makeFolder(open, 0, 0777);
+    Calls calls;
+    FakeUsers users(calls);
+    users.actAsRoot("root");
+    posix::RightfulFileSystem files(users);
+    body(files, open);
+  });
+}
+
+TEST_F(ChangesByRoot, AreRefusedByPathWhereAnybodyLeadsAndRootIsThere) {
+  runForRoot([](auto& files, const std::string& open) {
+    makeFile(open + "/item", "");
+    EXPECT_EQ(files.removeItem(open + "/item").code(), EPERM);
+    EXPECT_EQ(files.createDirectory(open + "/new").code(), EPERM);
+    EXPECT_TRUE(exists(open + "/item"));
+    EXPECT_FALSE(exists(open + "/new"));
+  });
+}
+
+TEST_F(ChangesByRoot, RemoveAHollowFolderAtItsPlaceWhereAnybodyLeadsAndRootIsThere) {
+  runForRoot([](auto& files, const std::string& open) {
+    makeFolder(open + "/Quillmark", 0, 0755);
+    makeFile(open + "/Quillmark/letter", "");
+    EXPECT_EQ(files.removeHollowFolder(open + "/Quillmark", {".DS_Store"}).code(), ENOTEMPTY);
+    EXPECT_TRUE(files.removeHollowFolder(open + "/Quillmark", {".DS_Store", "letter"}));
+    EXPECT_FALSE(exists(open + "/Quillmark"));
+  });
+}
+
+TEST_F(ChangesByRoot, RemoveNoHollowFolderBehindALinkThatAnybodyCouldHavePlanted) {
+  runForRoot([](auto& files, const std::string& open) {
+    makeFolder(machineFolder() + "/system");
+    makeFolder(machineFolder() + "/system/Quillmark");
+    makeLink(open + "/way", machineFolder() + "/system", kPerson);
+    EXPECT_EQ(files.removeHollowFolder(open + "/way/Quillmark", {}).code(), ELOOP);
+    EXPECT_TRUE(exists(machineFolder() + "/system/Quillmark"));
+  });
+}
+
 TEST_F(ChangesByRoot, OfNobodyElseChangeTheirRights) {
   runInPrivateMachine([] {
     makeFolder(home(), kPerson, 0777);

@@ -32,4 +32,12 @@ TEST(DateText, FillsUpYearsToFourDigits) {
   EXPECT_EQ(isoDate({-44, 3, 15, 0, 0, 0, 0}), "-0044-03-15T00:00:00");
 }
 
+TEST(IsoDate, IsKnownByItsForm) {
+  EXPECT_TRUE(isIsoDate("2024-02-29T23:05:07"));
+  for (const char* const other :
+       {"", "2024-02-29", "2024-02-29 23:05:07", "2024-02-29T23:05:0x", "2024-02-29T23:05:07 "}) {
+    EXPECT_FALSE(isIsoDate(other)) << other;
+  }
+}
+
 }  // namespace

@@ -116,4 +116,9 @@ TEST(APath, IsAtOrBelowTheFolderThatItsComponentsBeginWith) {
   EXPECT_FALSE(isAtOrBelow("/b/a", "/a"));
 }
 
+TEST(GoesUp, WhereAComponentIsTwoDots) {
+  for (const char* const path : {"..", "../a", "/a/..", "/a/../b"}) EXPECT_TRUE(goesUp(path)) << path;
+  for (const char* const path : {"", "/", "/a/..b", "/a../b", "/a/...", "a"}) EXPECT_FALSE(goesUp(path)) << path;
+}
+
 }  // namespace

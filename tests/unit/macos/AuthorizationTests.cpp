@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <mutex>
+#include <thread>
+
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/MacAuthorization.h"
+#include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/TemporaryFolder.h"
 
@@ -21,9 +25,11 @@ struct Asked {
   std::vector<std::string> started;
   std::vector<AuthorizationFlags> freed;  // with which options
   std::FILE* output = nullptr;            // of the tools that are started
+  bool pipesWaited = false;               // no pipe could be made while a tool was started
   bool readBeforeTheEnd = false;          // the output had been read when a session was freed
 };
 Asked asked;
+std::mutex pipes;
 
 /// The same for all: whoever is handed one could have had it before.
 platform::AuthorizationRef systemsSession() { return reinterpret_cast<platform::AuthorizationRef>(&asked); }
@@ -56,9 +62,15 @@ AuthorizationStatus executeWithRights(platform::AuthorizationRef, const std::str
   asked.started = {tool};
   asked.started.insert(asked.started.end(), arguments.begin(), arguments.end());
   *output = asked.output;
+  std::thread([] { asked.pipesWaited = !std::unique_lock(pipes, std::try_to_lock).owns_lock(); }).join();
   return 0;
 }
 
+}  // namespace qm::macos
+
+std::unique_lock<std::mutex> qm::posix::noPipeMeanwhile() { return std::unique_lock(macos::pipes); }
+
+namespace qm::macos {
 namespace {
 
 using ::testing::ElementsAre;
@@ -73,9 +85,12 @@ class MacAuthorizationTest : public ::testing::Test {
     EXPECT_EQ(service.create({}, 0, &session), platform::errAuthorizationSuccess);
   }
 
+  /// As the maker's class asks for rights: for a tool that was announced, and in a session of its own.
   AuthorizationStatus askForRights(const std::string& tool, const std::vector<std::string>& arguments) {
     service.announce(tool, arguments);
-    return service.copyRights(session, {}, {}, 0);
+    platform::AuthorizationRef own = nullptr;
+    const AuthorizationStatus status = service.create({}, 0, &own);
+    return status != 0 ? status : service.copyRights(own, {}, {}, 0);
   }
   AuthorizationStatus start(const std::string& tool, const std::vector<std::string>& arguments) {
     std::shared_ptr<platform::CommunicationsPipe> pipe;
@@ -111,6 +126,20 @@ TEST_F(MacAuthorizationTest, AsksNobodyForTheRightToRemoveAFolderThatIsNotShownT
   EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationDenied);
   EXPECT_THAT(asked.started, IsEmpty());
   EXPECT_THAT(fakes.console.lines().back(), HasSubstr(folder + " stays"));
+}
+
+TEST_F(MacAuthorizationTest, MakesNoSessionForAToolThatIsNotToBeStarted) {
+  disk.addFile("Quillmark/letter.txt");
+  service.expectHollowFolder(folder);
+  service.announce("/bin/rm", {"-Rdf", folder});
+  platform::AuthorizationRef none = session;
+  EXPECT_EQ(service.create({}, 0, &none), platform::errAuthorizationDenied);
+  EXPECT_EQ(none, nullptr);
+}
+
+TEST_F(MacAuthorizationTest, LetsNoPipeBeMadeWhileTheSystemStartsATool) {
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_TRUE(asked.pipesWaited);
 }
 
 TEST_F(MacAuthorizationTest, AsksAgainForTheNextTool) {

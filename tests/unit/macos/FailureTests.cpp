@@ -47,6 +47,11 @@ TEST(SystemRefusalTest, LeavesLocksAndPermissionsToTheirOwnWords) {
   EXPECT_EQ(systemRefusal(ENOENT, {"/a", 0, 0}), "");
 }
 
+TEST(SystemRefusalTest, NamesNoProtectionWhereALockCannotBeRuledOut) {
+  EXPECT_EQ(systemRefusal(EPERM, {"/Applications/Tessaly.app", std::nullopt, 0, 0}), "");
+  EXPECT_EQ(systemRefusal(EPERM, {"/Applications/Tessaly.app", 0, std::nullopt, 0}), "");
+}
+
 TEST(SystemRefusalTest, NamesNoProtectionWhereSomethingElseKeepsTheItem) {
   EXPECT_EQ(systemRefusal(EPERM, {"/Applications/Tessaly.app", 0, 0, EACCES}), "");
   EXPECT_THAT(systemRefusal(EPERM, {"/Applications/Safari.app", kRestricted, 0, EPERM}), HasSubstr("System Integrity"));

@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <map>
@@ -24,6 +26,8 @@ struct MadeUp {
   std::string trash;  // where an item is moved to by the call; "" where it fails
   std::vector<std::string> asked;
   std::map<Number, std::string> notes;
+  std::string volume;  // that every folder is on
+  std::vector<std::string> writtenOut;
 };
 MadeUp madeUp;
 
@@ -46,6 +50,9 @@ TrashAnswer trashItem(const std::string& path) {
   return done;
 }
 
+std::string volumeOf(int /*folder*/) { return madeUp.volume; }
+void writeOut(const std::string& volume) { madeUp.writtenOut.push_back(volume); }
+
 TrashNotes::TrashNotes(std::string_view product) : attribute_(product) {}
 int TrashNotes::write(int item, const TrashNote& note) const {
   madeUp.notes[numberOf(item)] = noteText(note);
@@ -60,6 +67,7 @@ void TrashNotes::remove(int item) const { madeUp.notes.erase(numberOf(item)); }
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 /// An ordinary user's, with an item "a.txt" in "folder" and a Trash.
@@ -71,11 +79,20 @@ class MacTrashTest : public ::testing::Test {
     disk.addFolder("Trash");
     disk.addFile("folder/a.txt");
     madeUp.trash = disk.at("Trash");
+    madeUp.volume = disk.at("Volume");
   }
 
   platform::Recycled recycle(const std::string& name) {
     return trash.recycleItems(disk.at("folder"), disk.at("Trash"), {name});
   }
+
+  platform::TrashedItem inTrash(const std::string& path) const { return {disk.at(path), disk.at("folder/a.txt"), ""}; }
+  platform::Status putBack(const platform::TrashedItem& item,
+                           platform::MissingFolders missing = platform::MissingFolders::Fail) {
+    return trash.putBack(item, disk.at("Trash"), missing);
+  }
+  /// Root, which works for whoever runs the test.
+  void actAsRoot() { fakes.users.actAsRoot(::getpwuid(::geteuid())->pw_name); }
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
@@ -125,6 +142,115 @@ TEST_F(MacTrashTest, NeverAsksTheFrameworksAboutAPathThatIsNoText) {
   EXPECT_THAT(madeUp.asked, IsEmpty());
   EXPECT_THAT(madeUp.notes, IsEmpty());
   EXPECT_TRUE(disk.has("folder/\xff"));
+}
+
+TEST_F(MacTrashTest, FindsAnItemInTheTrashOfItsVolumeAndPutsItBack) {
+  disk.addFolder("Volume/.Trashes/501");
+  madeUp.trash = disk.at("Volume/.Trashes/501");
+  EXPECT_TRUE(recycle("a.txt").status);
+  std::filesystem::remove(disk.at("folder"));
+  const auto found = trash.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash"));
+  ASSERT_EQ(found.items.size(), 1U);
+  EXPECT_EQ(found.items.front().path, disk.at("Volume/.Trashes/501/a.txt"));
+  EXPECT_TRUE(putBack(found.items.front(), platform::MissingFolders::AreMade));
+  EXPECT_TRUE(disk.has("folder/a.txt"));
+}
+
+TEST_F(MacTrashTest, TakesNoOtherUsersTrashOfTheVolumeForItsOwn) {
+  disk.addFolder("Volume/.Trashes/502");
+  disk.addFile("Volume/.Trashes/502/a.txt");
+  EXPECT_EQ(putBack(inTrash("Volume/.Trashes/502/a.txt")).code(), EINVAL);
+}
+
+TEST_F(MacTrashTest, PutsNothingBackButWhatIsDirectlyInTheTrash) {
+  disk.addFolder("Trash/folder");
+  disk.addFile("Trash/folder/a.txt");
+  std::filesystem::remove(disk.at("folder/a.txt"));
+  for (const char* const path : {"Trash", "Trash/", "Trash/.", "Trash/..", "Trash/folder/a.txt", "folder/a.txt"}) {
+    EXPECT_EQ(putBack(inTrash(path)).code(), EINVAL) << path;
+  }
+  EXPECT_TRUE(disk.has("Trash/folder/a.txt"));
+}
+
+TEST_F(MacTrashTest, PutsNothingBackInThePlaceOfAnotherItem) {
+  disk.addFile("Trash/a.txt");
+  EXPECT_EQ(putBack(inTrash("Trash/a.txt")).code(), EEXIST);
+  EXPECT_TRUE(disk.has("Trash/a.txt"));
+}
+
+TEST_F(MacTrashTest, SaysThatATrashCannotBeRead) {
+  disk.addFile("file");
+  const auto found = trash.itemsFrom(disk.at("folder/a.txt"), disk.at("file"));
+  EXPECT_EQ(found.status.code(), ENOTDIR);
+  EXPECT_THAT(found.items, IsEmpty());
+}
+
+TEST_F(MacTrashTest, WritesOutEachVolumeThatHasChangedOnce) {
+  disk.addFile("folder/b.txt");
+  EXPECT_TRUE(recycle("a.txt").status);
+  EXPECT_TRUE(recycle("b.txt").status);
+  trash.makeDurable();
+  EXPECT_THAT(madeUp.writtenOut, ElementsAre(disk.at("Volume")));
+  trash.makeDurable();
+  EXPECT_EQ(madeUp.writtenOut.size(), 1U);
+}
+
+TEST_F(MacTrashTest, MovesNothingWhereNobodyIsLoggedIn) {
+  EXPECT_EQ(trash.recycleItems(disk.at("folder"), std::nullopt, {"a.txt"}).status.code(), ENOENT);
+  EXPECT_TRUE(disk.has("folder/a.txt"));
+}
+
+TEST_F(MacTrashTest, MovesAsRootIntoThePersonsTrashWithoutTheFrameworks) {
+  actAsRoot();
+  disk.addFile("Trash/a.txt");
+  const auto recycled = recycle("a.txt");
+  EXPECT_TRUE(recycled.status);
+  EXPECT_THAT(recycled.paths, ElementsAre(disk.at("Trash/a 2.txt")));
+  EXPECT_THAT(madeUp.asked, IsEmpty());
+  EXPECT_EQ(trash.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items.size(), 1U);
+}
+
+TEST_F(MacTrashTest, NeverPutsItemsAsRootIntoATrashThatOthersCanChange) {
+  actAsRoot();
+  ::chmod(disk.at("Trash").c_str(), 0770);
+  const auto recycled = recycle("a.txt");
+  EXPECT_EQ(recycled.status.code(), EPERM);
+  EXPECT_THAT(recycled.status.localizedDescription(), HasSubstr("can change the Trash"));
+  EXPECT_TRUE(disk.has("folder/a.txt"));
+}
+
+TEST_F(MacTrashTest, SaysAsRootThatAnItemIsMissing) {
+  actAsRoot();
+  EXPECT_EQ(recycle("missing").status.code(), ENOENT);
+}
+
+/// Where root itself is meant, and everybody could redirect the path.
+class MacTrashOfRootTest : public MacTrashTest {
+ protected:
+  void SetUp() override {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+    fakes.users.actAsRoot("root");
+    disk.addFile("Trash/b.txt");
+    disk.addFolder("open");
+    ::chmod(disk.at("open").c_str(), 0777);
+  }
+};
+
+TEST_F(MacTrashOfRootTest, PutsAnItemBackAtItsPlaceAndMakesTheFolder) {
+  const platform::TrashedItem item{disk.at("Trash/b.txt"), disk.at("open/Quillmark/b.txt"), ""};
+  EXPECT_TRUE(putBack(item, platform::MissingFolders::AreMade));
+  EXPECT_TRUE(disk.has("open/Quillmark/b.txt"));
+}
+
+TEST_F(MacTrashOfRootTest, PutsNothingBackBehindALinkThatAnybodyCouldHavePlanted) {
+  constexpr uid_t kSomebody = 65534;
+  std::filesystem::create_directory_symlink(disk.at("folder"), disk.at("open/way"));
+  EXPECT_EQ(::lchown(disk.at("open/way").c_str(), kSomebody, kSomebody), 0);
+  const auto status = putBack({disk.at("Trash/b.txt"), disk.at("open/way/b.txt"), ""});
+  EXPECT_EQ(status.code(), ELOOP);
+  EXPECT_THAT(status.localizedDescription(), HasSubstr("could have been planted"));
+  EXPECT_TRUE(disk.has("Trash/b.txt"));
+  EXPECT_FALSE(disk.has("folder/b.txt"));
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Platform/macos/files/TrashName.h"
-
 namespace qm::macos {
 namespace {
 
@@ -30,13 +28,6 @@ TEST(TrashNoteTest, IsNoneWithAPathThatMeansAnotherPlace) {
   EXPECT_FALSE(parsedNote("2024-02-29T23:05:07 /a/.."));
   EXPECT_FALSE(parsedNote(std::string("2024-02-29T23:05:07 /a\0b", 24)));
   EXPECT_TRUE(parsedNote("2024-02-29T23:05:07 /a/..b"));
-}
-
-TEST(TrashNameTest, GetsANumberBeforeTheExtensionWhereItIsTaken) {
-  EXPECT_EQ(trashName("Tessaly.app", 1), "Tessaly.app");
-  EXPECT_EQ(trashName("Tessaly.app", 2), "Tessaly 2.app");
-  EXPECT_EQ(trashName("Caches", 10), "Caches 10");
-  EXPECT_EQ(trashName(".hidden", 2), ".hidden 2");
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "Platform/linux/system/SystemClock.h"
+#include "Platform/posix/process/SystemClock.h"
 
 namespace qm::testing {
 namespace {
@@ -35,7 +35,7 @@ class TimeZone {
 std::atomic<int> interruptions{0};
 
 struct SystemClock : ::testing::Test {
-  linux_::SystemClock clock;
+  posix::SystemClock clock;
 };
 
 TEST_F(SystemClock, GivesTheDateInTheMachinesTimeZone) {

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "Platform/linux/system/SystemUsers.h"
+#include "Platform/posix/rights/GroupList.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -219,6 +220,37 @@ TEST_F(SystemUsers, PassesOverNumbersThatAreNone) {
 
 TEST_F(SystemUsers, SeesNobodyWithoutALoginManagerAndATool) {
   inMachine([this] { EXPECT_EQ(users_.consoleUser(), std::nullopt); });
+}
+
+// ---- groups
+
+int groupsAskedFor = 0;
+
+/// Tells the user's own group and 100 others.
+int listMany(const char*, gid_t own, gid_t* groups, int* count) {
+  constexpr int kMany = 101;
+  if (*count < kMany) return -1;
+  for (int i = 0; i < kMany; ++i) groups[i] = own + static_cast<gid_t>(i);
+  *count = kMany;
+  return *count;
+}
+
+int neverList(const char*, gid_t, gid_t*, int*) {
+  ++groupsAskedFor;
+  return -1;
+}
+
+TEST(GroupsOfAUser, AreListedHoweverManyThereAre) {
+  const auto groups = posix::groupsOf("sam", 500, listMany);
+  ASSERT_EQ(groups.size(), 101U);
+  EXPECT_EQ(groups.front(), 500U);
+  EXPECT_EQ(groups.back(), 600U);
+}
+
+TEST(GroupsOfAUser, AreTheOwnAloneWhereTheSystemNeverListsThem) {
+  groupsAskedFor = 0;
+  EXPECT_EQ(posix::groupsOf("sam", 500, neverList), std::vector<gid_t>{500});
+  EXPECT_LT(groupsAskedFor, 20);
 }
 
 }  // namespace

@@ -2,13 +2,11 @@
 #include "tests/contract/system/plain/PlainProcessCalls.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -38,35 +36,13 @@ namespace {
 
 namespace plain = testing::plain;
 
-constexpr int kNoLimit = -1;
-
 void waitAndLeaveToBeReaped(pid_t process) {
   siginfo_t exit{};
   while (::waitid(P_PID, static_cast<id_t>(process), &exit, WEXITED | WNOWAIT) < 0 && errno == EINTR) {
   }
 }
 
-bool isReadable(int descriptor, int milliseconds) {
-  pollfd watched{descriptor, POLLIN, 0};
-  int ready = 0;
-  do {
-    ready = ::poll(&watched, 1, milliseconds);
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
-}
-
 }  // namespace
-
-Pipe makePipe() {
-  int ends[2] = {-1, -1};
-  if (::pipe(ends) < 0) return {};
-  Pipe pipe{aboveStandardStreams(UniqueFd(ends[0])), aboveStandardStreams(UniqueFd(ends[1]))};
-  if (!pipe.reading || !pipe.writing) return {};
-  for (const int end : {pipe.reading.get(), pipe.writing.get()}) static_cast<void>(::fcntl(end, F_SETFD, FD_CLOEXEC));
-  return pipe;
-}
-
-Pipe makeLargestPipe() { return makePipe(); }
 
 Wakeup::Wakeup() {
   Pipe pipe = makePipe();
@@ -97,21 +73,6 @@ ProcessHandle ProcessHandle::open(pid_t process) {
   }
   return {std::move(pipe.reading), process};
 }
-
-void ProcessHandle::waitForExit() const { isReadable(descriptor(), kNoLimit); }
-
-std::optional<int> ProcessHandle::reap() const {
-  if (!isReadable(descriptor(), 0)) return std::nullopt;
-  int status = 0;
-  pid_t found = 0;
-  do {
-    found = ::waitpid(process_, &status, WNOHANG);
-  } while (found < 0 && errno == EINTR);
-  if (found != process_) return kUnknownStatus;
-  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
-}
-
-void ProcessHandle::signal(int number) const { ::kill(process_, number); }
 
 int closeAllButStandardStreams(posix_spawn_file_actions_t* actions, posix_spawnattr_t* /*attributes*/) {
   return ::posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/system/MacClock.h"
+#include "Platform/posix/process/SystemClock.h"
 
 #include <ctime>
 
-namespace qm::macos {
+namespace qm::posix {
 namespace {
 
 using std::chrono::steady_clock;
@@ -15,11 +15,11 @@ std::timespec pauseOf(std::chrono::nanoseconds span) {
 
 }  // namespace
 
-std::chrono::system_clock::time_point MacClock::now() const { return std::chrono::system_clock::now(); }
+std::chrono::system_clock::time_point SystemClock::now() const { return std::chrono::system_clock::now(); }
 
-steady_clock::time_point MacClock::monotonicNow() const { return steady_clock::now(); }
+steady_clock::time_point SystemClock::monotonicNow() const { return steady_clock::now(); }
 
-foundation::CivilTime MacClock::localTime(std::chrono::system_clock::time_point date) const {
+foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_point date) const {
   // Rounded down, also before 1970.
   const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch().count();
   std::tm local{};
@@ -34,12 +34,12 @@ foundation::CivilTime MacClock::localTime(std::chrono::system_clock::time_point 
 }
 
 /// Until a fixed moment: what is left is computed anew after each signal.
-void MacClock::sleep(std::chrono::microseconds span) {
+void SystemClock::sleep(std::chrono::microseconds span) {
   const auto end = steady_clock::now() + span;
-  for (std::chrono::nanoseconds left = span; left > left.zero(); left = end - steady_clock::now()) {
+  for (std::chrono::nanoseconds left = span; left.count() > 0; left = end - steady_clock::now()) {
     const std::timespec pause = pauseOf(left);
     ::nanosleep(&pause, nullptr);
   }
 }
 
-}  // namespace qm::macos
+}  // namespace qm::posix

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/linux/system/SmallFile.h"
+#include "Platform/posix/SmallFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,7 +9,7 @@
 
 #include "Platform/posix/UniqueFd.h"
 
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 bool isSmallRegularFile(const struct stat& file, std::size_t limit) {
@@ -17,18 +17,18 @@ bool isSmallRegularFile(const struct stat& file, std::size_t limit) {
 }
 
 struct OpenFile {
-  posix::UniqueFd descriptor;
+  UniqueFd descriptor;
   std::size_t size = 0;
 };
 
 OpenFile openSmallRegularFile(const std::string& path, std::size_t limit) {
   // Opening a device may have an effect, so the item's type is checked first. A check after opening it ensures that
   // nothing was put in its place meanwhile.
-  OpenFile opened{posix::UniqueFd()};
+  OpenFile opened{UniqueFd()};
   struct stat file {};
   if (path.find('\0') != std::string::npos || ::stat(path.c_str(), &file) < 0) return opened;
   if (!isSmallRegularFile(file, limit)) return opened;
-  posix::UniqueFd descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  UniqueFd descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!descriptor || ::fstat(descriptor.get(), &file) < 0 || !isSmallRegularFile(file, limit)) return opened;
   return {std::move(descriptor), static_cast<std::size_t>(file.st_size)};
 }
@@ -53,4 +53,4 @@ std::optional<std::string> readSmallFile(const std::string& path, std::size_t li
   return bytes;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/linux/trash/TrashName.h"
+#include "Platform/posix/TrashName.h"
 
 #include <algorithm>
 
-#include "Platform/linux/trash/TrashInfo.h"
-
-namespace qm::linux_ {
+namespace qm::posix {
 namespace {
 
 // If the text after the last dot is this long, it counts as part of the name: it says nothing then about the file's
@@ -30,10 +28,8 @@ std::string_view cutBetweenCharacters(std::string_view text, std::size_t length)
 
 }  // namespace
 
-TrashName::TrashName(std::string_view name, std::size_t limit)
-    : base_(name.substr(0, extensionStart(name))),
-      extension_(name.substr(base_.size())),
-      longest_(limit - std::min(limit, kTrashInfoSuffix.size())) {}
+TrashName::TrashName(std::string_view name, std::size_t longest)
+    : base_(name.substr(0, extensionStart(name))), extension_(name.substr(base_.size())), longest_(longest) {}
 
 std::string TrashName::numbered(unsigned number) const {
   const std::string ending = (number > 1 ? " " + std::to_string(number) : "") + extension_;
@@ -54,4 +50,4 @@ unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken
   return open;
 }
 
-}  // namespace qm::linux_
+}  // namespace qm::posix

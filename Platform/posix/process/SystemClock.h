@@ -3,9 +3,10 @@
 
 #include "Platform/Clock.h"
 
-namespace qm::macos {
+namespace qm::posix {
 
-class MacClock final : public platform::Clock {
+/// The machine's clocks. A sleep lasts its whole span, whatever signals arrive meanwhile.
+class SystemClock final : public platform::Clock {
  public:
   std::chrono::system_clock::time_point now() const override;
   std::chrono::steady_clock::time_point monotonicNow() const override;
@@ -13,4 +14,4 @@ class MacClock final : public platform::Clock {
   void sleep(std::chrono::microseconds span) override;
 };
 
-}  // namespace qm::macos
+}  // namespace qm::posix

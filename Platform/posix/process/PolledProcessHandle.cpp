@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+
+// What `ProcessHandle` does on systems whose calls take no descriptor of a process: it polls its descriptor, and goes
+// by the id, which is not reused before the child is reaped. Each such system adds `open`.
+#include <poll.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "Platform/posix/process/ProcessHandle.h"
+
+namespace qm::posix {
+namespace {
+
+constexpr int kForever = -1;
+
+bool isReadable(int descriptor, int milliseconds) {
+  pollfd entry{descriptor, POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = ::poll(&entry, 1, milliseconds);
+  } while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+}  // namespace
+
+void ProcessHandle::waitForExit() const { isReadable(descriptor(), kForever); }
+
+std::optional<int> ProcessHandle::reap() const {
+  if (!isReadable(descriptor(), 0)) return std::nullopt;
+  int status = 0;
+  pid_t found = 0;
+  do {
+    found = ::waitpid(process_, &status, 0);  // it has exited: this does not block
+  } while (found < 0 && errno == EINTR);
+  if (found != process_) return kUnknownStatus;
+  return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+/// A child that has ended is left alone: its id is reused once somebody else has reaped it.
+void ProcessHandle::signal(int number) const {
+  if (!isReadable(descriptor(), 0)) ::kill(process_, number);
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace qm::posix {
+
+/// The groups of a user as `list` tells them, which is getgrouplist(3): it answers -1 for a list that is too short. One
+/// that is never long enough gives the user's own group alone. A group's number has another type in the call of each
+/// system.
+template <class Group>
+std::vector<gid_t> groupsOf(const std::string& user, gid_t own, int (*list)(const char*, Group, Group*, int*)) {
+  constexpr std::size_t kUsual = 64;
+  constexpr std::size_t kMost = std::size_t{64} * 1024;
+  for (std::vector<Group> groups(kUsual); groups.size() <= kMost; groups.resize(groups.size() * 2)) {
+    auto count = static_cast<int>(groups.size());
+    if (list(user.c_str(), static_cast<Group>(own), groups.data(), &count) < 0) continue;
+    return {groups.begin(), groups.begin() + count};
+  }
+  return {own};
+}
+
+}  // namespace qm::posix

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace qm::appkit {
+
+/// Whether a count takes the singular in a language of the catalogues ("fr"). In French none does so, too.
+inline bool takesSingular(std::size_t count, std::string_view language) {
+  return count == 1 || (count == 0 && language.starts_with("fr"));
+}
+
+}  // namespace qm::appkit

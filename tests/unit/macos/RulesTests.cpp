@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Platform/macos/files/FolderRules.h"
+#include "Platform/macos/files/ItemRules.h"
+#include "Platform/posix/AttributeErrors.h"
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/WholeList.h"
+
+namespace qm::macos {
+namespace {
+
+// ---- items
+
+constexpr mode_t kFile = S_IFREG | S_IRUSR | S_IWUSR;
+
+TEST(Clone, IsMadeOfAPlainFile) { EXPECT_TRUE(mayBeCloned(kFile, 0)); }
+
+TEST(Clone, IsNotMadeOfAFileThatLendsRightsOrCannotBeOpenedOrChanged) {
+  EXPECT_FALSE(mayBeCloned(kFile | S_ISUID, 0));
+  EXPECT_FALSE(mayBeCloned(kFile | S_ISGID, 0));
+  EXPECT_FALSE(mayBeCloned(S_IFREG | S_IWUSR, 0));
+  for (const std::uint32_t flag : {kUserImmutable, kUserAppend, kSystemImmutable, kSystemAppend}) {
+    EXPECT_FALSE(mayBeCloned(kFile, flag)) << flag;
+  }
+}
+
+struct stat itemOf(mode_t mode, uid_t owner, nlink_t names) {
+  struct stat item {};
+  item.st_mode = mode;
+  item.st_uid = owner;
+  item.st_nlink = names;
+  return item;
+}
+
+TEST(OwnNewFile, IsAFileOfTheUsersWithoutAnotherName) {
+  EXPECT_TRUE(posix::isOwnNewFile(itemOf(kFile, 501, 1), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(kFile, 502, 1), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(kFile, 501, 2), 501));
+  EXPECT_FALSE(posix::isOwnNewFile(itemOf(S_IFDIR | S_IRWXU, 501, 1), 501));
+}
+
+TEST(Lock, IsNotOneOfLinks) {
+  EXPECT_EQ(obstacleToLocking(itemOf(S_IFLNK, 501, 1), false), ENOTSUP);
+  EXPECT_EQ(obstacleToLocking(itemOf(S_IFLNK, 501, 1), true), ENOTSUP);
+}
+
+TEST(Lock, IsNotForRootToChangeOfAFileWithAnotherName) {
+  EXPECT_EQ(obstacleToLocking(itemOf(kFile, 0, 2), true), EPERM);
+  EXPECT_EQ(obstacleToLocking(itemOf(kFile, 0, 1), true), 0);
+  EXPECT_EQ(obstacleToLocking(itemOf(S_IFDIR, 0, 5), true), 0);
+  EXPECT_EQ(obstacleToLocking(itemOf(kFile, 501, 2), false), 0);
+}
+
+// ---- folders
+
+TEST(VolumeOfAFolder, IsTheSystemsWordWhereRootHasMountedItWithOwners) {
+  EXPECT_FALSE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
+}
+
+TEST(VolumeOfAFolder, IsSomebodysWordOtherwise) {
+  EXPECT_TRUE(isSomebodysWord({.isLocal = false, .ignoresOwners = false, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = true, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 501, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 99}));
+}
+
+TEST(AccessEntry, GrantsWritingByAnyRightThatChangesWhatIsInTheFolder) {
+  for (const std::uint64_t right : {kAddFile, kDelete, kAddFolder, kDeleteChild, kWriteSecurity, kChangeOwner}) {
+    EXPECT_TRUE(grantsWriting(AccessEntry{true, true, right})) << right;
+    EXPECT_FALSE(grantsWriting(AccessEntry{true, false, right})) << right;
+  }
+}
+
+TEST(AccessEntry, GrantsNoWritingByRightsToRead) {
+  constexpr std::uint64_t kListAndSearch = (1U << 1U) | (1U << 3U);
+  EXPECT_FALSE(grantsWriting(AccessEntry{true, true, kListAndSearch}));
+}
+
+TEST(AccessEntry, GrantsWritingWhereTheSystemDoesNotTellIt) { EXPECT_TRUE(grantsWriting(AccessEntry{})); }
+
+TEST(MountPoints, AreHeldByTheFoldersAboveThem) {
+  EXPECT_TRUE(holdsAny("/Volumes", {"/", "/Volumes/disk"}));
+  EXPECT_TRUE(holdsAny("/", {"/", "/dev"}));
+  EXPECT_FALSE(holdsAny("/Volumes/disk", {"/", "/Volumes/disk"}));
+  EXPECT_FALSE(holdsAny("/Volumes/d", {"/Volumes/disk"}));
+  EXPECT_FALSE(holdsAny("/", {"/"}));
+}
+
+TEST(MountPoints, AreTheSameSeenOnTheVolumeForDataAndFromTheRoot) {
+  EXPECT_TRUE(holdsAny("/Applications/a", {"/System/Volumes/Data/Applications/a/disk"}));
+  EXPECT_TRUE(holdsAny("/System/Volumes/Data/Applications/a", {"/Applications/a/disk"}));
+  EXPECT_FALSE(holdsAny("/Applications/a", {"/System/Volumes/Data"}));
+  EXPECT_FALSE(holdsAny("/Applications/a", {"/System/Volumes/Database/Applications/a/disk"}));
+}
+
+// ---- lists
+
+/// Lists more each time that it is asked, up to `most`.
+struct GrowingSystem {
+  int there = 3;
+  int step = 0;
+  int most = 3;
+  int calls = 0;
+
+  int list(int* entries, int room) {
+    ++calls;
+    there = std::min(there + step, most);
+    const int count = entries == nullptr ? there : std::min(there, room);
+    for (int i = 0; entries != nullptr && i < count; ++i) entries[i] = i;
+    return count;
+  }
+  std::vector<int> all() {
+    return posix::wholeList<int>([this](int* entries, int room) { return list(entries, room); });
+  }
+};
+
+TEST(WholeList, HasAllThatTheSystemLists) { EXPECT_THAT(GrowingSystem().all(), ::testing::ElementsAre(0, 1, 2)); }
+
+TEST(WholeList, IsAskedForAgainUntilItFits) {
+  GrowingSystem growing{.there = 3, .step = 40, .most = 100, .calls = 0};
+  EXPECT_EQ(growing.all().size(), 100U);
+  EXPECT_GT(growing.calls, 2);
+}
+
+TEST(WholeList, IsEmptyWhereTheSystemDoesNotListAnything) {
+  EXPECT_TRUE(posix::wholeList<int>([](int*, int) { return -1; }).empty());
+  EXPECT_TRUE(posix::wholeList<int>([](int* entries, int) { return entries == nullptr ? 5 : -1; }).empty());
+}
+
+// ---- attributes
+
+TEST(AttributeOfACopy, StaysBehindWhereItIsRefusedOrHasNoRoom) {
+  for (const int error : {EPERM, EACCES, ENOTSUP, ENODATA, ENOSPC, E2BIG}) EXPECT_EQ(posix::unlessOptional(error), 0);
+  EXPECT_EQ(posix::unlessOptional(0), 0);
+}
+
+TEST(AttributeOfACopy, FailsTheCopyWhereTheDiskDoes) { EXPECT_EQ(posix::unlessOptional(EIO), EIO); }
+
+}  // namespace
+}  // namespace qm::macos
