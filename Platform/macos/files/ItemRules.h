@@ -11,8 +11,8 @@
 namespace qm::macos {
 
 /// A clone has the attributes of its file from the beginning. So a file with a set-user-id or set-group-id bit is not
-/// cloned, because the clone would give these rights to other owners. A file that its owner may not read, or that is
-/// locked, is not cloned, because the clone could not be opened or changed.
+/// cloned, because the clone may have another owner and would run with that owner's rights. A file that its owner may
+/// not read, or that is locked, is not cloned, because the clone could not be opened or changed.
 inline bool mayBeCloned(mode_t mode, std::uint32_t flags) {
   return (mode & (S_ISUID | S_ISGID)) == 0 && (mode & S_IRUSR) != 0 && (flags & kLocked) == 0;
 }
