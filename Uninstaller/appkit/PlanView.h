@@ -20,7 +20,7 @@ class PlanView {
   void open(bool isOpen);
   /// Shows the items for a removal of this kind.
   void setRemoveConfig(RemoveConfig removeConfig);
-  /// Stops examining the disk.
+  /// The examination of the disk ends after the current item, and its results are not shown.
   void abandon() { preview_.abandon(); }
 
   const std::vector<PreviewRow>& rows() const { return rows_; }

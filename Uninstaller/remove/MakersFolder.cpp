@@ -38,7 +38,7 @@ int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
   return ::fchmod(made.get(), folder.mode & kPermissions) == 0 ? 0 : errno;
 }
 
-/// Removes what an interrupted process left that was creating the folder. Only empty folders are removed.
+/// Removes what was left by an interrupted process that was creating the folder. Only empty folders are removed.
 void removeLeftovers(int above, const std::string& name) {
   for (const posix::WorkFolder& left : posix::WorkFolder::leftIn(above, kProduct.workFolderPrefix)) {
     ::unlinkat(left.descriptor(), name.c_str(), AT_REMOVEDIR);

@@ -22,7 +22,7 @@ xcb_connection_t* server() {
   return shared;
 }
 
-/// The X server's time: the milliseconds of this clock, in 32 bits.
+/// The X server's time, in seconds. The server counts the milliseconds of this clock in 32 bits.
 double serverTime() {
   using namespace std::chrono;
   const auto now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
@@ -40,8 +40,9 @@ Keys keysOfServer() {
 }
 
 /// The keys that are down. GNUstep does not report whether a press is a repetition. For a repetition the X server sends
-/// a release and a press with the same time, and GNUstep drops the release if it sees both. So a press of a key that is
-/// already down is a repetition. At first these are the keys that are down when the first window appears.
+/// a release and a press with the same time, and GNUstep drops the release if it sees both. So a press is a repetition
+/// if the key is already down, or was released at the same time. At first these are the keys that are down when the
+/// first window appears.
 struct KeysDown {
   Keys keys = keysOfServer();
   std::size_t releasedKey = kKeyCodes;

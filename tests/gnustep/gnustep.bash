@@ -24,8 +24,8 @@ press_uninstall() { click_uninstall; }
 toggle_plan() { click_at 80 213; }
 toggle_details() { click_at 40 137; }
 
-# Uses the keys of the menu. The window manager would end the program, because its windows do not handle a close
-# request.
+# Uses the keys of the menu. On a close request the window manager would end the program, because its windows do not
+# announce that they handle one.
 ask_to_close() { press alt+w alt+q; }
 
 # GNUstep does not always take the keyboard focus when the window manager offers it. A user would then click the window.

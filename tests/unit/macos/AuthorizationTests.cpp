@@ -31,7 +31,7 @@ struct Asked {
 Asked asked;
 std::mutex pipes;
 
-/// Always the same handle, because the system, too, may give out a handle again that it gave out before.
+/// Always the same handle, because the system, too, may give out a handle again after it was freed.
 platform::AuthorizationRef systemsSession() { return reinterpret_cast<platform::AuthorizationRef>(&asked); }
 
 }  // namespace
