@@ -18,7 +18,7 @@ struct Instance {
 
 /// The instance to which this one leaves the work: the one that was started first. Null if that is this one, which then
 /// continues to run. If two were started at the same time, the one with the lower process id counts as the first, so
-/// that never both of them end.
+/// that they never both end.
 std::optional<pid_t> instanceToLeaveTo(const Instance& own, const std::vector<Instance>& running);
 
 }  // namespace qm::appkit

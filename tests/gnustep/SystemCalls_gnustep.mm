@@ -141,7 +141,7 @@ void fitAlert(NSView* accessory) {
   accessorySize = size;
 }
 
-/// GNUstep has no screen reader.
+/// Does nothing, because no screen reader reads windows of GNUstep.
 void describe(NSView* /*control*/, NSString* /*label*/, NSString* /*help*/) {}
 
 Description descriptionOf(NSView* /*control*/) { return {nil, nil}; }

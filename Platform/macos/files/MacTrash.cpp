@@ -37,8 +37,8 @@ Status failureOf(int error, const std::string& refusal, const std::string& path)
   return refusal.empty() ? trashFailure(error, path) : trashRefusal(error, refusal, path);
 }
 
-/// After such a refusal a tool with administrator rights may move the item. That tool cannot write the note, so the
-/// note must stay.
+/// Whether a tool with administrator rights may move the item after this failure. That tool cannot write the note, so
+/// the note must stay.
 bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || status.code() == EACCES; }
 
 /// The path without links on the way. If its folder cannot be opened, the path is returned unchanged.

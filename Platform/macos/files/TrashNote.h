@@ -19,8 +19,8 @@ std::string noteText(const TrashNote& note);
 /// it.
 std::optional<TrashNote> parsedNote(std::string_view text);
 
-/// Reads and writes the notes of open items. The attribute's name contains the product's name. If that is "", nothing
-/// is noted.
+/// Reads and writes the notes of open items. The attribute's name contains the product's name. Without a product's name
+/// nothing is noted.
 class TrashNotes {
  public:
   explicit TrashNotes(std::string_view product);

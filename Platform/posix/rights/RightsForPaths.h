@@ -14,14 +14,14 @@ namespace qm::posix {
 /// If several users can, they are those of the user at the console. So nobody gains anything by redirecting a path. Has
 /// no effect in a process that is not run by root.
 ///
-/// If several users can and root itself is at the console, there is no user whose rights could be used. Then the thread
-/// keeps root's, and changes are limited: see `arePlacesOnly`.
+/// If several users can and root itself is the user at the console, there is no user whose rights could be used. Then
+/// the thread keeps root's, and changes are limited: see `arePlacesOnly`.
 class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);
 
   /// Whether the thread has these rights. If not, nothing may be changed by path. Either several users could redirect
-  /// the paths and nobody or root is at the console, or the thread could not take the rights.
+  /// the paths while nobody or root itself is at the console, or the thread could not take the rights.
   bool ok() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
 
   /// Whether several users can redirect the paths and root itself is at the console. Then changes may be made only at
