@@ -14,7 +14,7 @@ namespace qm::macos {
 struct FrontEndServices {
   platform::MainThread& mainThread;
   posix::DescriptorWait& descriptorWait;
-  /// Null where there is no toolkit.
+  /// Null without a toolkit.
   platform::UserInterface* userInterface = nullptr;
   /// Pass this if a program run by root works for one user after another: it returns the current one as the console
   /// user. Null for the system's own users.
