@@ -6,10 +6,11 @@
 #include <optional>
 #include <string>
 
-/// What every call into the frameworks needs. For Objective-C++ sources.
+/// Helpers for calls into the frameworks. For Objective-C++ sources only.
 namespace qm::macos {
 
-/// What a call into the frameworks leaves behind goes with this. Threads of the language's own have no other.
+/// An autorelease pool. Objects that a call into the frameworks leaves behind are released together with it. Threads
+/// that std::thread starts have no other pool.
 class Pool {
  public:
   Pool() : pool_([[NSAutoreleasePool alloc] init]) {}
@@ -21,7 +22,7 @@ class Pool {
   NSAutoreleasePool* pool_;
 };
 
-/// Null for bytes that are no UTF-8: such a path names nothing here.
+/// Null for bytes that are not UTF-8. No item has such a path on a Mac.
 inline NSString* stringOf(const std::string& text) {
   return [[[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding] autorelease];
 }

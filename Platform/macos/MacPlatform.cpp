@@ -24,7 +24,7 @@
 namespace qm::macos {
 namespace {
 
-/// Each service once, in the order in which they need each other.
+/// One object for each service. A service comes after those that it uses.
 struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
       : users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),

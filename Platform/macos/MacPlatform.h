@@ -10,19 +10,21 @@
 
 namespace qm::macos {
 
-/// What the front end brings along. All of it outlives every user.
+/// The services that the front end provides. They must never be destroyed, because the services that use them are not.
 struct FrontEndServices {
   platform::MainThread& mainThread;
   posix::DescriptorWait& descriptorWait;
-  /// Null where there is no toolkit.
+  /// Null without a toolkit.
   platform::UserInterface* userInterface = nullptr;
-  /// Who is meant, where that is not for the system to say: a program of root's may work for one person after another.
+  /// Pass this if a program run by root works for one user after another: it returns the current one as the console
+  /// user. Null for the system's own users.
   platform::Users* users = nullptr;
 };
 
-/// The services of a Mac for a product, together with those of the front end. Made by the first call, which comes
-/// before any other thread exists and also settles the state that the process was started in; later calls return the
-/// same set. Never destroyed: a worker may be inside one of the services while the process ends.
+/// The services of a Mac for a product, together with those of the front end. The first call creates the set. It must
+/// come before any other thread exists, because it also normalises the state that the process has inherited
+/// (`settleInheritedState`). Later calls return the same set. It is never destroyed, because a worker may be inside one
+/// of the services while the process ends.
 const platform::Platform& macPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
 
 }  // namespace qm::macos

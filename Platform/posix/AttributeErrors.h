@@ -5,7 +5,8 @@
 
 namespace qm::posix {
 
-/// Attributes that this process may not read or write, or that the other file system does not support, are not copied.
+/// Whether an attribute is left out of a copy after this error: this process may not read or write it, or the other
+/// file system does not support it.
 inline bool maySkipAfter(int error) {
   constexpr int kErrors[] = {ENOTSUP, EOPNOTSUPP, ENOSYS, EPERM, EACCES, EINVAL, ENODATA};
   for (const int each : kErrors) {
@@ -14,11 +15,11 @@ inline bool maySkipAfter(int error) {
   return false;
 }
 
-/// The other file system has no room for the attribute. The contents are already written; if the disk is full, the next
-/// item will show that.
+/// Whether the error says that the other file system has no room for the attribute. It is left out then, because the
+/// contents are already written. If the disk is full, copying the next item fails.
 inline bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG || error == ERANGE; }
 
-/// The error number of an attempt to copy an attribute; 0 where the copy does without.
+/// The error number of an attempt to copy an attribute; 0 if the attribute is left out.
 inline int unlessOptional(int error) { return maySkipAfter(error) || hasNoRoomAfter(error) ? 0 : error; }
 
 }  // namespace qm::posix

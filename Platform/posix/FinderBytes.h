@@ -9,10 +9,10 @@
 
 namespace qm::posix {
 
-/// The Finder information of an item, as its extended attribute holds it. All of it is 0 without the attribute.
+/// The Finder information of an item, as its extended attribute stores it. Without the attribute all bytes are 0.
 using FinderBytes = std::array<unsigned char, 32>;
 
-// The flags stand with their higher byte first, whatever the processor.
+// The position of the flags. The higher byte comes first, whatever the processor.
 inline constexpr std::size_t kFinderFlags = 8;
 
 inline std::uint16_t finderFlagsIn(const FinderBytes& bytes) {

@@ -5,9 +5,9 @@
 
 namespace qm::posix {
 
-/// All entries that a system call lists. `call(entries, room)` writes at most `room` entries and returns how many there
-/// are in them, or -1; without entries it returns how many there would be. There may be more by the time they are
-/// written, so it is called until some room is left. Empty on failure.
+/// All entries that a system call lists. `call(entries, room)` writes at most `room` entries and returns how many it
+/// wrote, or -1. With a null pointer it writes nothing and returns how many there are. There may be more by the time of
+/// the second call, so the call is repeated with more room until some room is left. Empty on failure.
 template <class Entry, class Call>
 std::vector<Entry> wholeList(Call call) {
   constexpr int kSpare = 16;

@@ -9,8 +9,8 @@ using qm::appkit::frontEnd;
 using qm::appkit::MainInterface;
 using qm::uninstaller::InterfaceOwner;
 
-/// The object that the interface file makes, with its outlets and actions. It hands every action on to the owner of the
-/// interface, and answers for the application and the two windows.
+/// The object that the interface file creates, with its outlets and actions. It passes every action on to the owner of
+/// the interface. It is also the delegate of the application and of the two windows.
 @interface AppController : NSObject <NSApplicationDelegate, NSWindowDelegate> {
   IBOutlet NSWindow* windowMain;
   IBOutlet NSButton* removeSharedCheck;
@@ -53,12 +53,12 @@ using qm::uninstaller::InterfaceOwner;
   return frontEnd().mayQuit() ? NSTerminateNow : NSTerminateCancel;
 }
 
-/// There is nothing to come back to: what was chosen in a window is not kept.
+/// Yes, because the program stores no state of its windows that could be restored.
 - (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
   return YES;
 }
 
-/// Windows never close by themselves. To close the main one means to cancel.
+/// No window closes by itself. A request to close the main window is treated as *Cancel*.
 - (BOOL)windowShouldClose:(id)window {
   if (window == windowMain) [self cancel:window];
   return NO;

@@ -41,7 +41,7 @@ bool isToBeHandled(NSEvent* event) {
 
 }  // namespace
 
-/// The application: only fresh presses of keys reach its windows, and it cannot be quit while a removal runs.
+/// The application object. Only fresh key presses reach its windows, and it cannot be quit while a removal runs.
 @interface QMApplication : NSApplication
 @end
 
@@ -70,7 +70,7 @@ bool isToBeHandled(NSEvent* event) {
 
 @end
 
-/// Does not come back where the application ends by itself.
+/// Does not return once the application runs, because ending the application ends the process.
 int qm::uninstaller::applicationMain(int argc, char** argv, const platform::ProductIdentity& product,
                                      const MakeInterfaceOwner& makeOwner) {
   auto& front = frontEnd();

@@ -9,7 +9,7 @@
 
 namespace qm::appkit {
 
-/// A window of the interface file's, which outlives every call.
+/// A window from the interface file. The window outlives every call.
 class Window final : public uninstaller::Window {
  public:
   explicit Window(NSWindow* window) : window_(window) {}
@@ -22,14 +22,14 @@ class Window final : public uninstaller::Window {
   NSWindow* window_;
 };
 
-/// A check box of the interface file's. Its state is kept beside it: the worker asks for it, and a button is the main
-/// thread's.
+/// A check box from the interface file. A copy of its state is kept, because the worker reads it and a button may be
+/// used on the main thread only.
 class CheckBox final : public uninstaller::CheckBox {
  public:
   explicit CheckBox(NSButton* button) : button_(button) { follow(); }
 
   int state() const override { return state_; }
-  /// Main thread. The button may have another state now.
+  /// Main thread. Copies the button's state, which may have changed.
   void follow();
 
  private:
@@ -37,7 +37,7 @@ class CheckBox final : public uninstaller::CheckBox {
   std::atomic<int> state_{uninstaller::kOffState};
 };
 
-/// A progress bar of the interface file's.
+/// A progress bar from the interface file.
 class ProgressIndicator final : public uninstaller::ProgressIndicator {
  public:
   explicit ProgressIndicator(NSProgressIndicator* bar) : bar_(bar) {}

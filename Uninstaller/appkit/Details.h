@@ -5,8 +5,8 @@
 
 namespace qm::appkit {
 
-/// What an alert shows below its message when there are details: "Details" with a triangle, which shows and hides the
-/// text. Closed at first.
+/// The part of an alert that shows details below the message: the word "Details" with a triangle, which shows and hides
+/// the text. The text is hidden at first.
 NSView* makeDetails(NSString* text);
 
 }  // namespace qm::appkit

@@ -33,7 +33,7 @@ NSButton* makeTriangle() {
   return button;
 }
 
-/// A click on the word is one on the triangle.
+/// A click on the word has the effect of a click on the triangle.
 NSButton* makeTitle(NSButton* triangle) {
   NSButton* const button = makeButton(NSMakeRect(kTriangleWidth, 0, kTitleWidth, kButtonHeight));
   [button setBordered:NO];

@@ -11,7 +11,8 @@ bool FreshKeys::takes(const KeyPress& press) const {
   return press.walks || !(press.isRepeat || isOlderThanTheWindow(press));
 }
 
-/// A press that was made before the look at the keyboard, and waited, is why the key was seen held.
+/// Whether the key was already down when the window got the keyboard. A press before that moment is accepted: it has
+/// waited in the queue of events, and it is the reason why the key was found down.
 bool FreshKeys::isOlderThanTheWindow(const KeyPress& press) const {
   return press.key < kKeyCodes && held_.keys[press.key] && press.time > held_.time;
 }

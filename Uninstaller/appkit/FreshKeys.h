@@ -10,30 +10,30 @@ namespace qm::appkit {
 constexpr std::size_t kKeyCodes = 256;
 using Keys = std::bitset<kKeyCodes>;
 
-/// Which keys are held at a moment of the events' own clock.
+/// Which keys are down at a moment, on the clock of the events.
 struct HeldKeys {
   Keys keys;
   double time = 0;
 };
 
-/// A key that goes down, as an event tells it.
+/// A key press, as an event reports it.
 struct KeyPress {
   std::size_t key = 0;
   double time = 0;
-  bool isRepeat = false;  ///< the system says that the key was down already
-  bool walks = false;     ///< the key leads from one control to another
+  bool isRepeat = false;  ///< the system reports that the key was already down
+  bool walks = false;     ///< the key moves the focus from one control to another
 };
 
-/// Tells the presses that somebody makes from those that a held key makes by itself: nothing is started, dismissed or
-/// ticked by a key that nobody has pressed for it. Only the keys that walk from control to control may repeat.
+/// Distinguishes a fresh press of a key from the repetition of a key that is held. So a key that was not pressed for a
+/// window starts, dismisses or ticks nothing in it. Only keys that move the focus may repeat.
 class FreshKeys {
  public:
-  /// A window has got the keyboard while these keys were held. What was pressed elsewhere counts again when it has been
-  /// released.
+  /// Call it when a window gets the keyboard, with the keys that are down at that moment. A key that was pressed
+  /// elsewhere is accepted again after it has been released.
   void hold(const HeldKeys& held) { held_ = held; }
   /// A key has been released.
   void release(std::size_t key, double time);
-  /// Whether a window is to have this press.
+  /// Whether the press is passed on to a window.
   bool takes(const KeyPress& press) const;
 
  private:

@@ -14,18 +14,19 @@ namespace qm::appkit {
 class MainInterface;
 class PlanView;
 
-/// The services that come with the toolkit, and the loaded interface. There is one, made by the first call of
-/// `frontEnd` and never destroyed: a worker may be inside one of them while the process ends.
+/// The services that the toolkit provides, and the loaded interface. The only object is created by the first call of
+/// `frontEnd`. It is never destroyed, because a worker may be inside one of the services while the process ends.
 struct FrontEnd {
   FrontEnd();
   FrontEnd(const FrontEnd&) = delete;
   FrontEnd& operator=(const FrontEnd&) = delete;
   ~FrontEnd();
 
-  /// Main thread. Whether the application may be quit: not while a removal runs.
+  /// Main thread. Whether the application may be quit. False while a removal runs.
   bool mayQuit() const;
 
-  /// Whose windows these are, and who owns the interface. Set by the application main function.
+  /// The product whose windows these are, and the function that creates the owner of the interface. Set by the
+  /// application main function.
   platform::ProductIdentity product;
   uninstaller::MakeInterfaceOwner makeOwner;
 

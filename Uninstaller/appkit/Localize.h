@@ -3,14 +3,14 @@
 
 #import <AppKit/AppKit.h>
 
-/// Shows what the interface file made in the user's language: its English texts are the keys of the catalogue. Main
-/// thread, before it is shown.
+/// Translates windows and menus that were loaded from the interface file. Their English texts are the keys of the
+/// catalogue. Main thread only, before the window or menu is shown.
 namespace qm::appkit {
 
-/// Titles, texts, tool tips, columns and what people hear who do not see the window. Buttons at its right edge grow to
-/// the left with their titles.
+/// Translates titles, texts, tool tips, column headers and the texts for screen readers. A button at the window's right
+/// edge grows to the left if its title gets longer.
 void localize(NSWindow* window);
-/// A menu with all below it.
+/// Translates a menu with its submenus.
 void localize(NSMenu* menu);
 
 }  // namespace qm::appkit

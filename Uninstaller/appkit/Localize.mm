@@ -27,7 +27,7 @@ CGFloat widthOfTitle(NSButton* button) {
   return width;
 }
 
-/// The buttons to its left make room.
+/// Widens the button if its title needs more room. The buttons to its left are moved to make room.
 void grow(NSButton* button) {
   const NSRect frame = [button frame];
   const CGFloat more = widthOfTitle(button) - frame.size.width;

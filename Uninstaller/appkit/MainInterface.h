@@ -8,7 +8,7 @@
 
 namespace qm::appkit {
 
-/// The outlets that the interface file has connected, in their order.
+/// The controls to which the interface file has connected the outlets.
 struct Controls {
   Window windowMain;
   CheckBox removeSharedCheck;
@@ -17,11 +17,11 @@ struct Controls {
   ProgressIndicator progressBar;
 };
 
-/// What the main interface file holds, loaded: its owner with the outlets connected. Main thread only.
+/// The loaded interface file: its owner, with the outlets connected. Main thread only.
 ///
-/// The main window sends one action, while it is shown. Clicks, keys and close requests that come after it, or were
-/// queued behind it, change nothing any more: they would start a second run, end the program in the middle of one, or
-/// change a check box that the run has yet to read.
+/// The main window sends one action only, and only while it is shown. Clicks, keys and close requests that come later,
+/// or were queued behind that action, have no effect. Otherwise they could start a second run, end the program in the
+/// middle of a run, or change a check box that the run has not read yet.
 class MainInterface {
  public:
   using Action = void (uninstaller::InterfaceOwner::*)(const platform::ActionSender*);
@@ -31,7 +31,7 @@ class MainInterface {
   /// Whether no action has been sent yet.
   bool takesActions() const { return takesActions_; }
   void send(Action action);
-  /// A check box has been clicked.
+  /// Call it when a check box has been clicked.
   void followChoices();
   void showMainWindow() { controls_->windowMain.makeKeyAndOrderFront(); }
 

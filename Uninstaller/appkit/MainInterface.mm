@@ -21,7 +21,7 @@ void MainInterface::send(Action action) {
   if (!takesActions_ || !controls_->windowMain.isShown()) return;
   takesActions_ = false;
   if (frontEnd().plan) frontEnd().plan->abandon();
-  // The controls give no sender of their own: nobody asks an action who sent it.
+  // The sender is null, because no action uses it.
   (*owner_.*action)(nullptr);
 }
 

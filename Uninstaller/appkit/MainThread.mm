@@ -9,11 +9,12 @@
 
 using Work = std::function<void()>;
 
-/// Work on its way to the main thread. GCC's Objective-C knows no type like it, so that the object has its address.
+/// Work that is passed to the main thread. The object stores the work's address, because GCC does not accept the type
+/// of the work, a C++ template, in an Objective-C method.
 @interface QMErrand : NSObject {
   void* work_;
 }
-/// Takes the work over.
+/// Takes ownership of the work.
 - (id)initWithWork:(void*)work;
 - (void)run;
 @end

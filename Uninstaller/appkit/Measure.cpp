@@ -4,7 +4,7 @@
 #include "Platform/Platform.h"
 #include "Platform/posix/rights/RightsForPaths.h"
 
-/// Where root itself is meant, root may see all.
+/// If root itself is the user at the console, root measures with its own rights.
 void qm::appkit::measureAsAllowed(PlannedItem& item) {
   const posix::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.ok() || rights.arePlacesOnly()) measure(item);

@@ -5,7 +5,7 @@
 
 namespace qm::appkit {
 
-/// Measures an item with no more rights than the person has whose folder it is in. Any thread.
+/// Measures an item with only the rights of the user whose folder it is in. Any thread.
 void measureAsAllowed(PlannedItem& item);
 
 }  // namespace qm::appkit

@@ -7,7 +7,8 @@
 
 using qm::appkit::frontEnd;
 
-/// What belongs to "What will be moved" in the interface file: the list's lines, and the two controls that change it.
+/// The controller of "What will be moved" in the interface file. It supplies the lines of the list, and receives the
+/// actions of the two controls that change the list.
 @interface QMPlanController : NSObject <NSTableViewDataSource> {
   IBOutlet NSView* area;
   IBOutlet NSTableView* list;

@@ -9,17 +9,18 @@
 
 namespace qm::appkit {
 
-/// The items that would be moved, one a line with its size, and their sum below. Hidden at first. Looks at the disk
-/// each time that it is opened, and only then. Main thread only.
+/// The list of the items that would be moved, one a line with its size, with the sum of the sizes below. Hidden at
+/// first. The disk is examined each time that the list is opened, and only then. Main thread only.
 class PlanView {
  public:
-  /// The controls are the interface file's. `area` holds the list and the summary, and the window grows by its height.
+  /// The controls are from the interface file. `area` contains the list and the summary. When it is opened, the window
+  /// grows by its height.
   PlanView(NSView* area, NSTableView* list, NSTextField* summary);
 
   void open(bool isOpen);
   /// Shows the items for a removal of this kind.
   void setRemoveConfig(RemoveConfig removeConfig);
-  /// Nothing is looked for any more.
+  /// The examination of the disk ends after the current item, and its results are not shown.
   void abandon() { preview_.abandon(); }
 
   const std::vector<PreviewRow>& rows() const { return rows_; }

@@ -50,7 +50,7 @@ void PlanView::show(const Preview& found) {
   fill();
 }
 
-/// Whoever goes through the list stays at the item that he has come to.
+/// Keeps the selected item selected, so that a user who goes through the list does not lose the place.
 void PlanView::fill() {
   const auto index = static_cast<std::size_t>([list_ selectedRow]);
   const std::optional<PreviewRow> reached = index < rows_.size() ? std::optional(rows_[index]) : std::nullopt;

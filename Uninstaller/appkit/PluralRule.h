@@ -6,7 +6,8 @@
 
 namespace qm::appkit {
 
-/// Whether a count takes the singular in a language of the catalogues ("fr"). In French none does so, too.
+/// Whether a count takes the singular in a language of the catalogues (such as "fr"). In French 0 takes the singular,
+/// too.
 inline bool takesSingular(std::size_t count, std::string_view language) {
   return count == 1 || (count == 0 && language.starts_with("fr"));
 }

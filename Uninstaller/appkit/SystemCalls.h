@@ -7,27 +7,28 @@
 
 #include "Uninstaller/appkit/FreshKeys.h"
 
-/// What systems with AppKit do each in its own way. Which of them is compiled is decided by the build's lists of files.
-/// Nothing is decided behind these calls. Main thread only.
+/// The calls that macOS and GNUstep implement differently. CMake's file lists choose the implementation. The
+/// implementations make no decisions. Main thread only.
 namespace qm::appkit {
 
-/// The keys that are held now, and the time that events of this moment have.
+/// The keys that are down now, and the present time on the clock of the events.
 HeldKeys heldKeys();
-/// Whether a held key has made a press by itself. Gets every event of a key, in their order, its releases too.
+/// Whether an event is the automatic repetition of a held key. Must be called for every key event, including releases,
+/// in their order.
 bool isRepeat(NSEvent* event);
 
-/// Where the user has another instance of the program, brings it to the front; the answer is then the exit code of this
-/// one. Comes before the application object is made.
+/// If the user has another instance of the program, brings it to the front and returns the exit code for this process.
+/// Null otherwise. Call it before the application object is created.
 std::optional<int> leaveToTheOtherInstance();
 
-/// Runs an alert with the system's single button. The accessory, where there is one, is shown in it.
+/// Runs an alert with the system's single button. The alert shows the accessory, unless that is null.
 void runAlert(NSString* title, NSString* message, NSAlertStyle style, NSView* accessory);
-/// The accessory of the alert that runs has another size now, and the alert is to fit it.
+/// Fits the running alert to its accessory, whose size has changed.
 void fitAlert(NSView* accessory);
 
-/// What people hear who do not see the control. Interface files say it of their own.
+/// Sets the control's name and help for screen readers. Controls from an interface file have theirs from that file.
 void describe(NSView* control, NSString* label, NSString* help);
-/// The same as it is described now; null where nothing is said.
+/// The control's present name and help; null if it has none.
 struct Description {
   NSString* label;
   NSString* help;

@@ -9,10 +9,11 @@ namespace qm::appkit {
 class UserInterface final : public platform::UserInterface {
  public:
   void runAlertPanel(const std::string& title, const std::string& message, const std::string& details) override;
-  /// Does not come back once the event loop has begun.
+  /// Does not return once the event loop has begun.
   void terminate(const platform::ActionSender* sender) override;
 
-  /// Main thread. Whether everything is done, and the application is to end: from the alert on.
+  /// Whether everything is done and the application may end. True once an alert is shown or `terminate` was called.
+  /// Main thread only.
   bool isAtItsEnd() const { return isAtItsEnd_; }
 
  private:

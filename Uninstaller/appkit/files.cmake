@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# The front end's own files, for every system with AppKit. What such systems do each in its own way (`SystemCalls.h`,
-# `systemPlatform`) is added by whoever builds it.
+# The files of the front end that macOS and GNUstep share. The two systems implement `SystemCalls.h` and
+# `systemPlatform` differently, so whoever uses this list adds those files.
 set(QM_APPKIT_FILES
   AppController.mm
   Application.mm

@@ -102,8 +102,7 @@ class PromptLetters final : public QObject {
 };
 
 /// In a user's folder root measures with that user's rights, because the user can replace what is measured at any
-/// moment.
-/// Where root itself is meant, it measures with its own.
+/// moment. Where root itself is meant, it measures with its own.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.ok() || rights.arePlacesOnly()) measure(item);

@@ -21,7 +21,7 @@ LogLine logLineOf(const ReportItem& item);
 /// The line of the whole run.
 LogLine logLineOf(const Report& report);
 
-/// All lines of a run, that of the whole run last. None of a run that only shows what it would do.
+/// All lines of a run, that of the whole run last. None for a run that only shows what it would do.
 std::vector<LogLine> logLinesOf(const Report& report);
 
 }  // namespace qm::removal

@@ -30,7 +30,7 @@ int makeOwn(const RememberedFolder& folder) {
   return ::chmod(folder.path.c_str(), folder.mode & kPermissions) == 0 ? 0 : errno;
 }
 
-/// It is built where only root can reach it.
+/// Creates the folder inside a work folder, where only root can reach it.
 int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
   if (::mkdirat(work, name.c_str(), S_IRWXU) != 0) return errno;
   const UniqueFd made = openFolder(work, name);
@@ -38,7 +38,7 @@ int makeIn(int work, const std::string& name, const RememberedFolder& folder) {
   return ::fchmod(made.get(), folder.mode & kPermissions) == 0 ? 0 : errno;
 }
 
-/// Left by an interrupted process that was creating the folder. Only empty folders are removed.
+/// Removes what was left by an interrupted process that was creating the folder. Only empty folders are removed.
 void removeLeftovers(int above, const std::string& name) {
   for (const posix::WorkFolder& left : posix::WorkFolder::leftIn(above, kProduct.workFolderPrefix)) {
     ::unlinkat(left.descriptor(), name.c_str(), AT_REMOVEDIR);

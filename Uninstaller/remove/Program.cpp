@@ -150,7 +150,7 @@ class Program {
     return productIsStopped() && isRemembered(removal) ? carryOut() : done();
   }
 
-  /// The same.
+  /// The same for putting items back.
   bool restore() {
     std::vector<RunRecord> runs;
     if (const int error = memory_.read(runs); error != 0) {
@@ -256,7 +256,8 @@ int runProgram(const Options& options) {
   takeNoInput();
   Composition& all = composition();
   const Choice choice = options.restore ? Choice() : choosePersons(options, systemAccounts(all.users));
-  // The origin of the rights has been determined; children that work for other users must not take it for their user.
+  // The variable was needed only to find the user who started this through pkexec. Children that work for other users
+  // must not mistake that user for theirs.
   ::unsetenv("PKEXEC_UID");  // NOLINT(concurrency-mt-unsafe): there are no other threads yet
   if (!choice.problem.empty()) {
     writeAll(STDERR_FILENO, "tessaly-remove: " + choice.problem + "\n");

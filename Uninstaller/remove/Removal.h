@@ -17,7 +17,8 @@ namespace qm::removal {
 /// The product's items of all selected users, and of the computer: which exist, and their removal.
 class Removal final : public Work {
  public:
-  /// The installed services are the witness's, with these users among them. Both outlive this object.
+  /// The installed services must be those of `witness`, with `users` as the service for users. Both must outlive this
+  /// object.
   Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig);
 
   void look() override;
@@ -26,7 +27,7 @@ class Removal final : public Work {
 
   /// The record of what `run` is going to do. Call it after `look`. Null if the maker's folder cannot be examined.
   std::optional<RunRecord> toRemember();
-  /// From now on `run` records there what it does. The memory outlives this object.
+  /// From now on `run` records there what it does. `memory` must outlive this object.
   void rememberIn(const RunRecordFile& memory) { memory_ = &memory; }
 
  private:

@@ -88,7 +88,7 @@ std::string lineOf(const Row& row, const std::vector<std::size_t>& widths) {
   return line + row.back() + "\n";
 }
 
-/// On the line below the path.
+/// Returns the text for the line below the path.
 std::string furtherLine(const std::string& text, const std::vector<std::size_t>& widths) {
   if (text.empty()) return {};
   std::size_t indent = 0;

@@ -68,7 +68,7 @@ void Restoring::look() {
   for (std::size_t index = 0; index < run_.items.size(); ++index) lookAt(index, run_.items[index]);
 }
 
-/// A run that was interrupted right after its first move has not recorded it.
+/// A run that was interrupted right after its first move has not recorded that move, so the Trash is searched as well.
 bool Restoring::isOfUse(const RunRecord& run) {
   run_ = run;
   return run.hasChanged() || std::ranges::any_of(run.items, [this](const RememberedItem& item) {
@@ -77,7 +77,7 @@ bool Restoring::isOfUse(const RunRecord& run) {
          });
 }
 
-/// First of all, so that the folder is as it was when its contents come back.
+/// The folder is the first item, so that it is as it was before its contents are put back.
 void Restoring::lookAtFolder() {
   if (!run_.folder) return;
   hasFolder_ = true;
@@ -203,7 +203,8 @@ void Restoring::putBack(std::size_t position) {
   set(position, shown);
 }
 
-/// For items in the maker's folder, which would otherwise be created like any missing folder.
+/// Whether an item belongs in the maker's folder. Such an item stays in the Trash if that folder cannot be created as
+/// it was: otherwise the folder would be created like any missing one.
 bool Restoring::isInFolder(const ReportItem& item) const {
   return hasFolder_ && item.path && item.path->starts_with(run_.folder->path + "/");
 }

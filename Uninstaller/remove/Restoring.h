@@ -27,7 +27,7 @@ class Restoring final : public Work {
     std::function<bool(const posix::UserRecord& person, const std::string& path)> mayPutAt;
   };
 
-  /// Users and memory outlive this object.
+  /// Users and memory must outlive this object.
   Restoring(WorkingFor& users, RunRecordFile& memory, std::vector<RunRecord> runs, Persons persons);
 
   void look() override;

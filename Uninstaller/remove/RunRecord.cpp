@@ -14,7 +14,7 @@ using foundation::percentDecoded;
 using foundation::percentEncoded;
 using Words = std::vector<std::string_view>;
 
-// No encoded text contains it.
+// Stands for a missing text. No encoded text contains this character.
 constexpr std::string_view kNothing = "=";
 
 std::string wordOf(const std::string& text) { return text.empty() ? std::string(kNothing) : percentEncoded(text); }

@@ -61,7 +61,7 @@ int readAll(int file, std::string& text) {
   return length <= kLongest ? 0 : EFBIG;
 }
 
-/// Replaces the existing file in one step. On the disk when it returns 0.
+/// Replaces the existing file in one step. When this returns 0, the new file is on the disk.
 int writeOwnFile(int folder, const std::string& text) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
   const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));

@@ -27,8 +27,8 @@ class RunRecordFile {
   /// All recorded runs, oldest first. Returns 0 or an error number; EPERM if others could have changed the record.
   int read(std::vector<RunRecord>& runs) const;
 
-  /// Records what a run is about to do. The record of the last run that changed something stays until this one has. If
-  /// it returns 0 the record is on the disk; otherwise it returns an error number.
+  /// Records what a run is about to do. The record of the last run that changed something stays until this run has
+  /// changed something, too. If it returns 0 the record is on the disk; otherwise it returns an error number.
   int begin(const RunRecord& run);
   /// Opens the record to add what is put back. Returns 0 or an error number.
   int resume();

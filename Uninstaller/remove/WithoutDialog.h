@@ -9,7 +9,7 @@ namespace qm::removal {
 /// Commands that a root process starts without a dialog (`commandForRoot`) are not affected.
 class WithoutDialog final : public platform::AuthorizationServices {
  public:
-  /// The system's own services outlive this object.
+  /// The system's own services must outlive this object.
   explicit WithoutDialog(platform::AuthorizationServices& system) : system_(system) {}
 
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,

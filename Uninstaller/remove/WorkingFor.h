@@ -15,10 +15,10 @@ namespace qm::removal {
 /// but root there is no such user, and nothing differs. Any thread.
 class WorkingFor final : public platform::Users {
  public:
-  /// The system's users outlive this object.
+  /// The system's users must outlive this object.
   explicit WorkingFor(const platform::Users& system) : system_(system) {}
 
-  /// From now on this user's home and Trash are meant. No other thread may be working for another user.
+  /// From now on this user's home and Trash are used. No other thread may be working for another user.
   void workFor(const std::string& person);
 
   /// In a user's folders root measures no more than that user can see, because the contents can be exchanged meanwhile.

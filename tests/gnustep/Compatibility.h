@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Names that AppKit has had since macOS 10.12 and GNUstep has under their former ones. Included before every file.
+// Names that AppKit has had since macOS 10.12. GNUstep has the former names only. Included before every file.
 #import <AppKit/AppKit.h>
 
 #define NSAlertStyleInformational NSInformationalAlertStyle

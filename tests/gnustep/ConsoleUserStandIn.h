@@ -6,7 +6,7 @@
 
 namespace qm::testing {
 
-/// Has the system say from now on that this user is at the console.
+/// From now on the stand-in for the system reports that this user is at the console.
 void setConsoleUser(const std::optional<std::string>& name);
 
 }  // namespace qm::testing

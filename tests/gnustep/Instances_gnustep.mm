@@ -28,7 +28,8 @@ NSWindow* shownWindow() {
   return nil;
 }
 
-/// Asks the window manager, as somebody who says that the user wants it: on the desktop that is shown, and in front.
+/// Sends requests to the window manager as requests of the user: to move a window to the desktop that is shown, and to
+/// bring it to the front.
 class WindowManager {
  public:
   WindowManager() : connection_(xcb_connect(nullptr, nullptr)) {}
@@ -84,7 +85,7 @@ void bringToFront() {
   if ([window isMiniaturized]) [window deminiaturize:nil];
   [NSApp activateIgnoringOtherApps:YES];
   [window makeKeyAndOrderFront:nil];
-  // GNUstep's reference of a window is the X server's number for it.
+  // GNUstep's `windowRef` is the X server's number of the window.
   WindowManager().bringForward(static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>([window windowRef])));
 }
 
@@ -103,7 +104,7 @@ bool isAsked(const SingleInstance& instance) {
 
 }  // namespace qm::appkit
 
-/// Looks every now and then whether the program has been started again, also while an alert is shown.
+/// Checks at intervals whether the program has been started again, also while an alert is shown.
 @interface QMFurtherStarts : NSObject {
   const qm::linux_::SingleInstance* instance_;
 }

@@ -16,13 +16,13 @@ constexpr CGFloat kAccessoryMargin = 12;
 NSString* const kAlertButton = @"OK";
 constexpr std::size_t kKeysInAByte = 8;
 
-/// GNUstep has its keys from an X server; this asks the same one.
+/// A connection to the X server from which GNUstep gets its key events.
 xcb_connection_t* server() {
   static auto* const shared = xcb_connect(nullptr, nullptr);
   return shared;
 }
 
-/// The server counts the milliseconds of this clock in 32 bits.
+/// The X server's time, in seconds. The server counts the milliseconds of this clock in 32 bits.
 double serverTime() {
   using namespace std::chrono;
   const auto now = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
@@ -39,8 +39,10 @@ Keys keysOfServer() {
   return keys;
 }
 
-/// GNUstep does not say what is repeated: an X server sends a release and a press of the same moment, and GNUstep
-/// drops the release if it sees both. Begins with what is held when the first window comes up.
+/// The keys that are down. GNUstep does not report whether a press is a repetition. For a repetition the X server sends
+/// a release and a press with the same time, and GNUstep drops the release if it sees both. So a press is a repetition
+/// if the key is already down, or was released at the same time. At first these are the keys that are down when the
+/// first window appears.
 struct KeysDown {
   Keys keys = keysOfServer();
   std::size_t releasedKey = kKeyCodes;
@@ -80,7 +82,7 @@ void shift(NSView* view, CGFloat right, CGFloat up) {
   [view setFrameOrigin:NSMakePoint(place.x + right, place.y + up)];
 }
 
-/// The button stays in its corner, the accessory above it, and all else at the top.
+/// The button stays in its corner and the accessory above it. All other controls stay at the top.
 void growAlert(CGFloat width, CGFloat height, NSView* accessory) {
   NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
   while (NSView* const view = [views nextObject]) {
@@ -111,7 +113,7 @@ void insertAccessory(NSView* accessory) {
 
 HeldKeys heldKeys() {
   const Keys keys = keysOfServer();
-  keysDown().keys &= keys;  // others may have been released over another program's window
+  keysDown().keys &= keys;  // keys may have been released while another program had the keyboard
   return {.keys = keys, .time = serverTime()};
 }
 
@@ -139,7 +141,7 @@ void fitAlert(NSView* accessory) {
   accessorySize = size;
 }
 
-/// Nobody listens.
+/// Does nothing, because no screen reader reads windows of GNUstep.
 void describe(NSView* /*control*/, NSString* /*label*/, NSString* /*help*/) {}
 
 Description descriptionOf(NSView* /*control*/) { return {nil, nil}; }

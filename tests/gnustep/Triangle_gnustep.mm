@@ -5,7 +5,7 @@ namespace {
 
 constexpr CGFloat kTriangle = 9;
 
-/// Points down where it is open and to the right where it is closed, as on a Mac.
+/// The triangle points down if it is open and to the right if it is closed, as on a Mac.
 NSBezierPath* triangleIn(NSRect frame, bool isOpen, bool isFlipped) {
   const CGFloat half = kTriangle / 2;
   const NSPoint middle = NSMakePoint(NSMidX(frame), NSMidY(frame));
@@ -20,7 +20,8 @@ NSBezierPath* triangleIn(NSRect frame, bool isOpen, bool isFlipped) {
 
 }  // namespace
 
-/// GNUstep knows buttons with a triangle and draws none: pictures would show a caption alone.
+/// Draws the triangle of a disclosure button. GNUstep has such buttons but does not draw the triangle, so pictures
+/// would show the caption only.
 @interface NSButtonCell (QMTriangle)
 - (void)drawTriangleOrBezelWithFrame:(NSRect)frame inView:(NSView*)view;
 @end
@@ -32,7 +33,7 @@ NSBezierPath* triangleIn(NSRect frame, bool isOpen, bool isFlipped) {
                                  class_getInstanceMethod(self, @selector(drawTriangleOrBezelWithFrame:inView:)));
 }
 
-/// GNUstep's own drawing has this name from now on.
+/// The two methods are exchanged when the program starts, so under this name GNUstep's own method is called.
 - (void)drawTriangleOrBezelWithFrame:(NSRect)frame inView:(NSView*)view {
   if ([self bezelStyle] != NSBezelStyleDisclosure) {
     [self drawTriangleOrBezelWithFrame:frame inView:view];

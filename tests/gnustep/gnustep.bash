@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: MIT
-# How people use the windows of GNUstep. Sourced by a scenario.
+# The user's actions in windows of GNUstep. A scenario sources this file.
 
 bundle=/usr/local/lib/UninstallTessaly.app
 uninstaller=$bundle/UninstallTessaly
 
-# The menus are where a Mac has them.
+# Puts the menu at the top of the screen, as on a Mac.
 install_program() {
   cp -r "$program_file" $bundle
   mkdir -p /etc/GNUstep
@@ -14,7 +14,8 @@ SETTINGS
 }
 
 press() { xdotool key "$@"; }
-# Return is the default button's, whichever has the focus.
+# Return presses the default button, whichever button has the focus. So the focused button is pressed with the space
+# bar.
 press_key=space
 from_box_to_cancel=(Tab)
 back_to_plan=(shift+Tab)
@@ -23,24 +24,26 @@ press_uninstall() { click_uninstall; }
 toggle_plan() { click_at 80 213; }
 toggle_details() { click_at 40 137; }
 
-# By the menu's keys. The window manager would end a program whose window does not say how it is closed.
+# Uses the keys of the menu. On a close request the window manager would end the program, because its windows do not
+# announce that they handle one.
 ask_to_close() { press alt+w alt+q; }
 
-# GNUstep does not always take the keyboard when the window manager offers it. A user would point at the window.
+# GNUstep does not always take the keyboard focus when the window manager offers it. A user would then click the window.
 has_keyboard() {
   [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ] || { xdotool windowfocus "$window" 2>/dev/null && false; }
 }
 
-# Its windows do not tell the window manager which buttons they have.
+# Checks nothing: windows of GNUstep do not tell the window manager which buttons they have.
 expect_no_close_button() { :; }
 
-# GNUstep loses a click whose press it handles after the release: the button is held as long as people hold it at least.
+# GNUstep loses a click if it handles the press after the release. So the button is held down about as long as a user
+# holds it.
 press_mouse() { xdotool sleep 0.2 mousedown 1 sleep 0.4 mouseup 1; }
 click() {
   point "$@"
   press_mouse
 }
-# click_at LEFT TOP: at the place so far from the window's upper left corner.
+# click_at LEFT TOP: clicks at this distance from the window's upper left corner.
 click_at() {
   xdotool mousemove --window "$window" "$1" "$2"
   press_mouse
@@ -49,11 +52,11 @@ point_at_uninstall() { point 66 29; }
 click_uninstall() { click 66 29; }
 click_cancel() { click 176 29; }
 
-# A Mac's windows have no icon of their own.
+# Checks nothing: on a Mac windows have no icon of their own.
 has_icon() { :; }
 
 note_window() { :; }
-# The box has its mark.
+# Looks for the tick in the picture of the box.
 preferences_are_ticked() {
   local dark
   dark=$(import -window "$window" -crop 11x11+20+146 +repage png:- |
@@ -61,12 +64,12 @@ preferences_are_ticked() {
   [ "$dark" -ge 8 ]
 }
 
-# Sockets and settings of its own.
+# Removes GNUstep's own sockets and settings.
 forget_toolkit() { rm -rf /tmp/GNUstepSecure* /home/*/GNUstep /root/GNUstep; }
-# The menus, as a window of their own.
+# The menu is a window of its own, which is always above.
 is_always_above() { xprop -id "$1" WM_NAME | grep -q '"UninstallTessaly"'; }
 
-# ---- what a Mac has more
+# ---- what only the front end of macOS has
 
 quitting_cancels() { cancelled_by press alt+q; }
 

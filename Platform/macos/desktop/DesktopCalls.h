@@ -6,16 +6,17 @@
 
 #include "Platform/DesktopShell.h"
 
-/// The calls of Apple events and Launch Services, each as it is.
+/// Thin wrappers of the calls of Apple events and Launch Services.
 namespace qm::macos {
 
-/// The location of an item as the frameworks write it; "" for what is no path.
+/// The location of an item as a file URL. "" if the text is not a path.
 std::string locationOf(const std::string& path);
 
-/// Whether this program may send the Finder update events: 0 if it may. Nobody is asked.
+/// Whether this program may send the Finder update events: 0 if it may. The system shows no dialog.
 platform::OSStatus permissionToUpdateFinder();
 
-/// An update event for the Finder. The steps come in this order, each only after the one before it has returned 0.
+/// An update event for the Finder. Call `create`, `setLocation` and `send` in this order, each only if the one before
+/// has returned 0.
 class UpdateEvent {
  public:
   UpdateEvent();
@@ -25,7 +26,7 @@ class UpdateEvent {
 
   platform::OSStatus create();
   platform::OSStatus setLocation(const std::string& location);
-  /// Waits for no reply.
+  /// Does not wait for a reply.
   platform::OSStatus send();
 
  private:
@@ -33,7 +34,7 @@ class UpdateEvent {
   const std::unique_ptr<Parts> parts_;
 };
 
-/// Only for a path that has a location.
+/// Registers an application with Launch Services. Only for a path that `locationOf` accepts.
 platform::OSStatus registerBundle(const std::string& path);
 
 }  // namespace qm::macos

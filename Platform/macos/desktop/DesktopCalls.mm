@@ -40,7 +40,7 @@ class Descriptor {
   AEDesc value_{typeNull, nullptr};
 };
 
-/// The kind of the name is one that every system knows, so this does not fail.
+/// The result is not checked, because every system supports descriptors of this type.
 void nameFinder(Descriptor& finder) { ::AECreateDesc(typeApplSignature, &kFinder, sizeof kFinder, finder.get()); }
 
 }  // namespace

@@ -11,7 +11,8 @@ namespace {
 
 using platform::OSStatus;
 
-/// Aliases themselves went out of use; the item's location says the same to the Finder.
+/// Used in place of the system's aliases, which are deprecated. The Finder accepts the location of the item's path
+/// instead.
 class ItemAlias final : public platform::Alias {
  public:
   explicit ItemAlias(std::string path) : path_(std::move(path)) {}

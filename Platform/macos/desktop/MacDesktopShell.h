@@ -5,8 +5,8 @@
 
 namespace qm::macos {
 
-/// The Finder and Launch Services. An update event is sent only where that needs nobody's consent any more: a dialog
-/// would keep the sender waiting.
+/// The Finder and Launch Services. An update event is sent only if the user's consent is not needed any more, because a
+/// dialog would keep the sender waiting.
 class MacDesktopShell final : public platform::DesktopShell {
  public:
   platform::OSStatus newMinimalAlias(const platform::FileReference& reference,

@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-/// Flags of items (st_flags) as a Mac numbers them, for what is decided by them on every system.
+/// Flags of items (st_flags) with their numbers on a Mac. They are defined here so that the decisions about them can be
+/// compiled and tested on every system.
 namespace qm::macos {
 
 inline constexpr std::uint32_t kUserImmutable = 0x00000002;
@@ -13,7 +14,7 @@ inline constexpr std::uint32_t kSystemAppend = 0x00040000;
 inline constexpr std::uint32_t kRestricted = 0x00080000;
 inline constexpr std::uint32_t kNoUnlink = 0x00100000;
 
-/// Nobody changes an item with any of these.
+/// An item with any of these flags cannot be changed, whatever its permissions.
 inline constexpr std::uint32_t kLocked = kUserImmutable | kUserAppend | kSystemImmutable | kSystemAppend;
 
 }  // namespace qm::macos

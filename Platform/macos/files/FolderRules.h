@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-/// Who has a say in a folder on a Mac, and what is mounted in it.
+/// Rules for folders on a Mac: who can change the names in a folder, and whether a volume is mounted below it.
 namespace qm::macos {
 
 struct FolderFacts {
@@ -19,8 +19,9 @@ struct FolderFacts {
   uid_t owner = 0;
 };
 
-/// A volume whose owners are ignored lets everybody be the owner, as does a folder of the account "unknown". A volume
-/// that is no local one of root's is for somebody else to speak for.
+/// Whether the owner that the system reports for a folder cannot be trusted. On a volume that ignores owners, and in a
+/// folder of the account "unknown", every user is treated as the owner. If a volume is not local, or if a user has
+/// mounted it, somebody other than root decides what it reports.
 inline bool isSomebodysWord(const FolderFacts& folder) {
   constexpr uid_t kUnknown = 99;
   return !folder.isLocal || folder.ignoresOwners || folder.mountedBy != 0 || folder.owner == kUnknown;
@@ -28,12 +29,12 @@ inline bool isSomebodysWord(const FolderFacts& folder) {
 
 /// One entry of an access list.
 struct AccessEntry {
-  bool isKnown = false;  ///< the system has told it
+  bool isKnown = false;  ///< the entry could be read
   bool allows = false;
   std::uint64_t rights = 0;
 };
 
-// As the system numbers them.
+// The rights of access lists, with the system's numbers.
 inline constexpr std::uint64_t kAddFile = 1U << 2U;
 inline constexpr std::uint64_t kDelete = 1U << 4U;
 inline constexpr std::uint64_t kAddFolder = 1U << 5U;
@@ -41,19 +42,21 @@ inline constexpr std::uint64_t kDeleteChild = 1U << 6U;
 inline constexpr std::uint64_t kWriteSecurity = 1U << 12U;
 inline constexpr std::uint64_t kChangeOwner = 1U << 13U;
 
-/// With any of these somebody decides what a name in the folder stands for.
+/// With any of these rights a user can change what a name in the folder refers to. An entry that could not be read
+/// counts as one that grants them.
 inline bool grantsWriting(const AccessEntry& entry) {
   constexpr std::uint64_t kWriting = kAddFile | kDelete | kAddFolder | kDeleteChild | kWriteSecurity | kChangeOwner;
   return !entry.isKnown || (entry.allows && (entry.rights & kWriting) != 0);
 }
 
-/// What is on the volume for data the system shows at the root as well.
+/// The path without the mount point of the data volume, because the system shows the items of that volume at the root
+/// as well.
 inline std::string_view seenFromRoot(std::string_view path) {
   constexpr std::string_view kData = "/System/Volumes/Data";
   return path.starts_with(kData) && path.substr(kData.size()).starts_with('/') ? path.substr(kData.size()) : path;
 }
 
-/// Something is mounted below the folder, not at it.
+/// Whether something is mounted below the folder. A volume that is mounted at the folder itself does not count.
 inline bool holdsAny(std::string_view folder, const std::vector<std::string>& mountPoints) {
   const std::string_view above = folder == "/" ? std::string_view() : seenFromRoot(folder);
   return std::ranges::any_of(mountPoints, [&](const std::string& each) {

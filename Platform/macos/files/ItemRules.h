@@ -7,17 +7,18 @@
 
 #include "Platform/macos/files/FlagBits.h"
 
-/// What items a Mac's calls may be used on.
+/// Rules for items on a Mac: which may be cloned, and which may be locked or unlocked.
 namespace qm::macos {
 
-/// A clone has the attributes of its file at once: no bits that lend rights, none that forbid its owner to open or
-/// change it.
+/// A clone has the attributes of its file from the beginning. So a file with a set-user-id or set-group-id bit is not
+/// cloned, because the clone may have another owner and would run with that owner's rights. A file that its owner may
+/// not read, or that is locked, is not cloned, because the clone could not be opened or changed.
 inline bool mayBeCloned(mode_t mode, std::uint32_t flags) {
   return (mode & (S_ISUID | S_ISGID)) == 0 && (mode & S_IRUSR) != 0 && (flags & kLocked) == 0;
 }
 
-/// Why the lock of an item is not to be changed, as an error number. A link has none. Root changes that of no file with
-/// another name elsewhere: somebody may have brought it here.
+/// Returns 0, or an error number if the lock of an item may not be changed. A link has no lock. Root changes the lock
+/// of no file that has another name elsewhere, because somebody may have linked another user's file here.
 inline int obstacleToLocking(const struct stat& item, bool isRoot) {
   if (S_ISLNK(item.st_mode)) return ENOTSUP;
   return isRoot && !S_ISDIR(item.st_mode) && item.st_nlink > 1 ? EPERM : 0;

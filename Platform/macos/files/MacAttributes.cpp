@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What goes along with a copy beside its contents: extended attributes and access lists.
+// Copies what an item has besides its contents: extended attributes and access lists.
 #include <copyfile.h>
 #include <sys/acl.h>
 
@@ -12,8 +12,8 @@
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
-/// Two calls, so that an attribute which is refused does not leave the list behind. Nothing here grants rights to a
-/// program, so it does not matter whose the copy is.
+/// Two calls, so that the access list is copied even if an attribute is refused. On a Mac no attribute grants rights to
+/// a program, so it does not matter who owns the copy.
 int copyExtendedAttributes(int from, int to, OwnerKept /*ownerKept*/) {
   const int attributes = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_XATTR)));
   const int list = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_ACL)));
@@ -26,7 +26,7 @@ int copyExtendedAttributes(int fromFolder, const std::string& from, int to) {
   return copyExtendedAttributes(source.get(), to, OwnerKept::No);
 }
 
-/// An empty list takes the place of the inherited one.
+/// Replaces the inherited list by an empty one.
 void dropInheritedAccess(int item) {
   acl_t const none = ::acl_init(0);
   if (none == nullptr) return;

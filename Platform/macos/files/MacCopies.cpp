@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// What Platform/posix/SystemFileCalls.h says of copies: clones, creation dates, flags, and whether an item may leave.
+// Implements the functions of Platform/posix/SystemFileCalls.h for copies: clones, creation dates, flags, and whether
+// an item may be removed from its folder.
 #include <fcntl.h>
 #include <sys/attr.h>
 #include <sys/clonefile.h>
@@ -18,7 +19,7 @@
 namespace qm::posix {
 namespace {
 
-/// What the owner decides of an item, without what the file system keeps for itself.
+/// The flags that the owner of an item may set. Flags that the file system itself maintains are not copied.
 constexpr std::uint32_t kOwnersFlags = UF_NODUMP | UF_IMMUTABLE | UF_APPEND | UF_OPAQUE | UF_HIDDEN;
 static_assert(macos::kUserImmutable == UF_IMMUTABLE && macos::kUserAppend == UF_APPEND);
 static_assert(macos::kSystemImmutable == SF_IMMUTABLE && macos::kSystemAppend == SF_APPEND);
@@ -31,7 +32,7 @@ int openOwn(int folder, const char* name, UniqueFd& clone) {
   return isOwnNewFile(found, ::geteuid()) ? 0 : ESTALE;
 }
 
-/// What somebody has put in its place stays.
+/// Removes the clone. If somebody has put another item in its place, that item stays.
 void removeOwn(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return;
@@ -54,7 +55,7 @@ attrlist creationTime() {
 
 }  // namespace
 
-/// Here a clone is always a new file.
+/// Not possible: on a Mac a clone is always a new file, see `makeClone`.
 int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
 
 int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
@@ -71,7 +72,8 @@ int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
   return error;
 }
 
-/// The system's own judgement, which counts access lists in. It is not made of what a link leads to.
+/// Asks the system, which takes access lists into account. A link is not asked about, because the call would check the
+/// link's target.
 bool isRemovalDenied(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0 || S_ISLNK(found.st_mode)) return false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// The bodies of Platform/posix/SystemFileCalls.h.
+// Implements the functions of Platform/posix/SystemFileCalls.h, except those for copies and attributes.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/attr.h>
@@ -47,9 +47,9 @@ int renameExclusively(int fromFolder, const char* from, int toFolder, const char
   return errorOf(::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL));
 }
 
-/// Until macOS 13 a folder must be readable to be named in.
+/// Before macOS 13 a folder must be readable to be opened, even if only to name items in it.
 int lookupFlag() {
-  constexpr int kSearch = 0x40000000;  // O_EXEC; O_DIRECTORY comes from the caller
+  constexpr int kSearch = 0x40000000;  // O_EXEC; the caller adds O_DIRECTORY
   if (__builtin_available(macOS 13.0, *)) return kSearch;
   return O_RDONLY;
 }
@@ -82,7 +82,7 @@ int reserveSpace(int file, off_t, std::size_t count) {
   return errorOf(::fcntl(file, F_PREALLOCATE, &wanted));
 }
 
-/// The kernel copies nothing from one file to another here but whole files.
+/// On a Mac the kernel can copy only whole files, not parts of them.
 ssize_t copyRange(int, int, off_t, std::size_t) { return -1; }
 
 int flushVolume(int folder) {
@@ -91,13 +91,13 @@ int flushVolume(int folder) {
   return errorOf(::sync_volume_np(volume.f_mntonname, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
 }
 
-/// Not every file system can have the disk write out its own cache.
+/// Also flushes the disk's own cache, unless the file system does not support that.
 int flushFile(int file) {
   if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
   return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY ? errorOf(::fsync(file)) : errno;
 }
 
-/// A folder may be named in without being readable, since macOS 13.
+/// The second attempt is for folders: since macOS 13 a folder that may not be read can be opened to name items in it.
 int openItself(int folder, const char* name) {
   const int item = ::openat(folder, name, O_SYMLINK | O_EVTONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (item >= 0 || errno != EACCES) return item;
@@ -110,7 +110,8 @@ int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchown(item, 
 int setMode(int item, mode_t mode) { return errorOf(::fchmod(item, mode)); }
 int setTimes(int item, const std::array<timespec, 2>& times) { return errorOf(::futimens(item, times.data())); }
 
-/// FIFOs only, and since macOS 13: before, nothing makes one in a folder that is told by its descriptor.
+/// Creates FIFOs only, and only since macOS 13. Older systems have no call that creates one relative to a folder's
+/// descriptor.
 int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
   using MakeFifo = int (*)(int, const char*, mode_t);
   static const auto makeFifo = reinterpret_cast<MakeFifo>(::dlsym(RTLD_DEFAULT, "mkfifoat"));

@@ -16,7 +16,7 @@
 namespace qm::macos {
 namespace {
 
-/// As the system lays out the answer.
+/// The layout of the attributes that the system returns.
 struct __attribute__((packed, aligned(4))) Numbers {
   std::uint32_t length;
   dev_t device;
@@ -31,7 +31,7 @@ bool readNumbers(const posix::Place& place, Numbers& numbers) {
   return ::getattrlistat(place.folder.get(), place.name.c_str(), &which, &numbers, sizeof numbers, FSOPT_NOFOLLOW) == 0;
 }
 
-/// The root is in no folder.
+/// The root is not in any folder, so it is named "." in itself.
 int openPlaceOf(const std::string& path, posix::Place& place) {
   if (posix::withoutTrailingSlashes(path) != "/") return posix::openHeldPlace(path, place);
   place = {posix::UniqueFd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), "."};

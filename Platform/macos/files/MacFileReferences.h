@@ -14,15 +14,14 @@ namespace qm::macos {
 /// An item by its volume and its number there, which it keeps when it is renamed or moved.
 class NumberedItem final : public platform::ReferencedItem {
  public:
-  /// Null where nothing is at the path. A link itself is meant. For root nobody with fewer
-  /// rights can have led the way elsewhere.
+  /// The item at the path, a link itself; null if there is none. As root, the path is walked by the rules of `pinPath`.
   static std::shared_ptr<const NumberedItem> at(const std::string& path);
-  /// The one that a reference of this service's holds; null for any other.
+  /// The item of a reference that this service made; null for any other reference.
   static const NumberedItem* in(const platform::FileReference& reference);
 
-  /// A path that means the item wherever it is, through the system's own folder of numbers.
+  /// A path below `/.vol` that leads to the item by its number, wherever the item is.
   std::string handle() const;
-  /// Where it is now; null where it is gone.
+  /// The item's present path; null if the item is gone.
   std::optional<std::string> path() const;
 
  private:

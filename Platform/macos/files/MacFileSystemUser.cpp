@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// The thread's own identity. While one is set the thread has one group and no other: the system does not look up which
-// groups the person has.
+// On a Mac a thread can have an identity of its own. While it has one, it has a single group, because the system does
+// not look up the user's other groups.
 #include <sys/kauth.h>
 #include <unistd.h>
 
@@ -11,7 +11,7 @@
 namespace qm::posix {
 namespace {
 
-// Marked as deprecated since 10.12, and without a successor: nothing else gives one thread the rights of a person.
+// Deprecated since 10.12, but without a successor: no other call gives a single thread the rights of a user.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
 bool setThreadIdentity(uid_t user, gid_t group) { return ::pthread_setugid_np(user, group) == 0; }
@@ -30,14 +30,15 @@ FileSystemUser::FileSystemUser(const FileSystemIdentity* identity) : identity_(i
   enter();
 }
 
-/// Root's rights are there already. Some systems would keep such an identity as one that cannot be given up.
+/// Does nothing if the identity is the process's own, because the thread has these rights already. On some systems such
+/// an identity could not be given up again.
 void FileSystemUser::enter() {
   if (identity_ == nullptr || entered_ || identity_->uid == own_.uid) return;
   entered_ = true;
   ok_ = become(*identity_);
 }
 
-/// A thread that stayed somebody else could neither finish nor undo what it has begun: it is tried more than once.
+/// Tries more than once, because a thread that kept the other identity could neither finish nor undo what it has begun.
 void FileSystemUser::leave() {
   constexpr int kTries = 3;
   if (!entered_) return;

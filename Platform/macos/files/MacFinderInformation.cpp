@@ -14,7 +14,7 @@ namespace qm::macos {
 namespace {
 
 using posix::FileOperation;
-/// The attribute of the item at a path; a link itself is meant.
+/// Reads the attribute of the item at a path. A link is not followed.
 auto getterOf(const std::string& item) {
   return [item](unsigned char* bytes, std::size_t size) {
     const ssize_t found = ::getxattr(item.c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);

@@ -6,11 +6,11 @@
 
 namespace qm::macos {
 
-/// The Finder information as the extended attribute that the system shows it as. Root changes that of an item with the
-/// rights of whoever could put another in its place.
+/// Finder information, which the system presents as an extended attribute. Root changes it with the rights of whoever
+/// could put another item in the place of this one (see `RightsForPaths`).
 class MacFinderInformation final : public platform::FinderInformation {
  public:
-  /// The users outlive it.
+  /// The users must outlive this object.
   explicit MacFinderInformation(const platform::Users& users) : users_(users) {}
 
   std::optional<std::uint16_t> finderFlags(const platform::FileReference& reference) const override;

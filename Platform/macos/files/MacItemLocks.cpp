@@ -25,7 +25,8 @@ int find(const std::string& path, posix::HeldItem& held) {
   return held.status.st_mode == 0 ? held.openError : 0;
 }
 
-/// The name may stand for another item by now, so only for somebody who gains nothing by that. Takes no right to read.
+/// For items that cannot be opened: this needs no permission to read. The name may refer to another item by now. So
+/// root does not use this, because somebody could make it change another user's item.
 int writeFlagsByName(const posix::Place& place, std::uint32_t flags) {
   attrlist which{};
   which.bitmapcount = ATTR_BIT_MAP_COUNT;

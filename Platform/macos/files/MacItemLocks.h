@@ -6,12 +6,13 @@
 
 namespace qm::macos {
 
-/// The lock is the owner's immutable flag, which the Finder shows as "Locked". Root follows no link to an item that
-/// could have been planted by somebody with fewer rights, and changes an item with the rights of whoever could put
-/// another in its place. Where that is for root itself to do, it changes no file that has another name elsewhere.
+/// The lock is the owner's immutable flag, which the Finder shows as "Locked". As root, the path is walked by the rules
+/// of `pinPath`, and an item is changed with the rights of whoever could put another in its place (see
+/// `RightsForPaths`). If these rights are root's own, a file that has another name elsewhere is not changed, because
+/// somebody may have linked another user's file here.
 class MacItemLocks final : public platform::ItemLocks {
  public:
-  /// The users outlive it.
+  /// The users must outlive this object.
   explicit MacItemLocks(const platform::Users& users) : users_(users) {}
 
   platform::Status setImmutable(const std::string& path, bool immutable) override;

@@ -64,7 +64,7 @@ std::string shownPath(int descriptor) {
   return ::fcntl(descriptor, F_GETPATH, path.data()) == 0 ? std::string(path.data()) : std::string();
 }
 
-/// Read by its name: what was looked at is what counts.
+/// The link is read by its name. The text counts only if the name still refers to the item that was opened.
 std::optional<std::string> readLink(int item, int folder, const std::string& name) {
   std::array<char, MAXPATHLEN> text{};
   const ssize_t length = ::readlinkat(folder, name.c_str(), text.data(), text.size());

@@ -32,15 +32,16 @@ constexpr const char* kNotInTrash = "it is not in the Trash";
 constexpr const char* kNoText = "its path is no text that the system could be told";
 constexpr const char* kNoRights = "there is nobody with whose rights that could be done";
 
-/// Why a step failed; `refusal` is "" where the system's call did.
+/// Why a step failed: the error of the system's call, or `refusal` if that is not "".
 Status failureOf(int error, const std::string& refusal, const std::string& path) {
   return refusal.empty() ? trashFailure(error, path) : trashRefusal(error, refusal, path);
 }
 
-/// Tools with administrator rights may move the item after such a refusal, and cannot write the note.
+/// Whether a tool with administrator rights may move the item after this failure. That tool cannot write the note, so
+/// the note must stay.
 bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || status.code() == EACCES; }
 
-/// The path with no link on the way; as it is where its folder is missing.
+/// The path without links on the way. If its folder cannot be opened, the path is returned unchanged.
 std::string withoutLinks(const std::string& path) {
   posix::Place place;
   if (posix::openHeldPlace(path, place) != 0) return path;
@@ -53,7 +54,7 @@ bool isDirectlyIn(const std::string& trash, const std::string& path) {
   return name != "." && name != ".." && posix::folderOf(path) == posix::withoutTrailingSlashes(trash);
 }
 
-/// The volume that a path is on, or would be.
+/// The mount point of the volume that an item at the path is on, or would be on. "" if it cannot be determined.
 std::string volumeOfPath(std::string path) {
   posix::Place place;
   while (path.size() > 1 && posix::openHeldPlace(path, place) == ENOENT) path = posix::folderOf(path);
@@ -79,7 +80,7 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
   return recycled;
 }
 
-/// What cannot be opened, or takes no note, goes without one.
+/// An item that cannot be opened, or whose volume supports no notes, is moved without a note.
 Status MacTrash::recycleOne(const std::string& path, const std::string& trash, std::string& stored) {
   HeldItem leaving;
   if (const int error = posix::holdItem(path, leaving)) return failureOf(error, leaving.refusal, path);
@@ -93,7 +94,7 @@ Status MacTrash::recycleOne(const std::string& path, const std::string& trash, s
 }
 
 Status MacTrash::recycleOwn(const std::string& path, std::string& stored) {
-  // The frameworks have no name for other bytes, and end the program.
+  // The frameworks cannot represent a path that is not UTF-8, and would end the program.
   if (!foundation::isUtf8(path)) return trashRefusal(EILSEQ, kNoText, path);
   const TrashAnswer answer = trashItem(path);
   stored = answer.path;
@@ -109,8 +110,8 @@ Status MacTrash::recycleAsRoot(const HeldItem& leaving, const std::string& path,
   return error == 0 ? Status::success() : failureOf(error, held.refusal, path);
 }
 
-/// The user's own, and that of the path's volume, where the system puts what comes from there. Root has the first
-/// alone.
+/// The user's own Trash, and the user's Trash on the volume of the path, because the system moves items of that volume
+/// there. Root moves items only into the first, so only that is searched for root.
 std::vector<std::string> MacTrash::trashesFor(const std::string& origin, const std::optional<std::string>& own) const {
   if (!own) return {};
   const unsigned user = users_.realUserId();
@@ -147,7 +148,7 @@ Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::strin
   const bool isInTrash = std::ranges::any_of(trashes, [&](auto& trash) { return isDirectlyIn(trash, item.path); });
   if (!isInTrash) return trashRefusal(EINVAL, kNotInTrash, item.path);
   const posix::RightsForPaths rights(users_, {item.path, item.origin});
-  // Both places are held by descriptor, so root may act for itself where others could redirect the paths.
+  // Both places are held by descriptor, so root may use its own rights even if others could redirect the paths.
   if (!rights.ok() && !rights.arePlacesOnly()) return trashRefusal(EPERM, kNoRights, item.path);
   return moveBack(item, missing);
 }

@@ -13,12 +13,12 @@
 
 namespace qm::macos {
 
-/// The system's Trash. Root moves into the Trash of the person meant by descriptor, and acts with that person's rights
-/// on the way back wherever the person could lead the way elsewhere. Each item carries a note of where it came from,
-/// where it takes one; one without is not found again.
+/// The system's Trash. Root moves items by descriptor into the Trash of the user at the console. It puts an item back
+/// with the rights of whoever could redirect one of the paths (see `RightsForPaths`). Each item gets a note, an
+/// attribute with its old path, if its volume supports that. An item without a note is not found again.
 class MacTrash final : public platform::Trash {
  public:
-  /// Notes bear the product's name. Users and clock outlive it.
+  /// The name of the notes' attribute contains the product's name. Users and clock must outlive this object.
   MacTrash(const platform::Users& users, const platform::Clock& clock, std::string_view product)
       : users_(users), clock_(clock), notes_(product) {}
 
@@ -44,7 +44,7 @@ class MacTrash final : public platform::Trash {
   const platform::Clock& clock_;
   const TrashNotes notes_;
   std::mutex mutex_;
-  std::set<std::string> changed_;  // guarded: volumes that are not on the disk yet
+  std::set<std::string> changed_;  // guarded by mutex_: volumes that have to be flushed
 };
 
 }  // namespace qm::macos

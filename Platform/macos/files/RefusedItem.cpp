@@ -14,7 +14,7 @@ std::optional<unsigned> flagsOf(const std::string& path) {
   return ::lstat(path.c_str(), &found) == 0 ? std::optional<unsigned>(found.st_flags) : std::nullopt;
 }
 
-/// Where the folder cannot be opened nothing shows that anything but the system keeps the item.
+/// 0 if the folder cannot be opened, because then nothing shows that permissions forbid the move.
 int obstacleAt(const std::string& path) {
   posix::Place place;
   return posix::openHeldPlace(path, place) == 0 ? posix::obstacleToRemovingEntry(place.folder.get(), place.name) : 0;

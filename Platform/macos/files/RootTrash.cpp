@@ -27,7 +27,7 @@ int refuse(HeldTrash& trash, std::string reason) {
   return EPERM;
 }
 
-/// With the person's rights, so that no link there makes root make a folder.
+/// Creates the Trash with the user's rights, so that a link on the way cannot make root create a folder elsewhere.
 int makeTrash(const posix::UserRecord& person, HeldTrash& trash) {
   const posix::FileSystemIdentity identity = posix::identityOf(person);
   const posix::FileSystemUser acting(&identity);

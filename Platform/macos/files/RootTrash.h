@@ -11,21 +11,22 @@
 
 namespace qm::macos {
 
-/// A Trash that root moves items into, held open. It is a folder of the person's it is meant for and of nobody else's
-/// to write in; no link has led to it that anybody else could have planted.
+/// A Trash that root moves items into, held open. It belongs to the user whose Trash it is, and nobody else but root
+/// can write to it. Its path was walked by the rules of `pinPath`.
 struct HeldTrash {
   posix::UniqueFd folder;
   std::string path;
-  std::string refusal;  ///< why this program does not use it, where no call has failed
+  std::string refusal;  ///< why this program refuses the Trash; "" if a system call failed
 };
 
-/// Opens the Trash of the person meant, who is the one at the console. It is made, with that person's rights, where it
-/// is missing. Returns 0 or an error number.
+/// Opens the Trash at `path` for the user at the console. If it is missing, it is created with that user's rights.
+/// Returns 0 or an error number; ENOENT if there is no such user.
 int openTrashOfPerson(const platform::Users& users, const std::string& path, HeldTrash& trash);
 
-/// Moves an item into it in one step, under the first name that is free. What has arrived is `item`, which was looked
-/// at before, else it goes back. As long as an item is open no other gets its number. EXDEV where the Trash is on
-/// another volume. `stored` is its path there.
+/// Moves the item at `place` into the Trash in one step, under the first free name, and sets `stored` to its path
+/// there. `item` is the status of the item that was checked before. If another item has arrived, it is moved back
+/// (ESTALE). As long as the caller keeps the checked item open, no other item gets its number. Returns 0 or an error
+/// number; EXDEV if the Trash is on another volume.
 int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored);
 
 }  // namespace qm::macos

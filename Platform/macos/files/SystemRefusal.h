@@ -6,19 +6,19 @@
 
 namespace qm::macos {
 
-/// What is known of an item that the system would not let go.
+/// What is known about an item that could not be moved.
 struct RefusedItem {
   std::string path;
-  std::optional<unsigned> flags;        ///< of the item itself (st_flags); null where they cannot be read
+  std::optional<unsigned> flags;        ///< of the item itself (st_flags); null if they cannot be read
   std::optional<unsigned> folderFlags;  ///< of the folder that it is in
-  int obstacle = 0;  ///< why permissions, a sticky folder or an access list keep it, as an error number
+  int obstacle = 0;  ///< the error if permissions, a sticky folder or an access list forbid the move; else 0
 };
 
-/// Why the system keeps an item from a program whatever the permissions say, and where that is allowed: one sentence
-/// or two. "" where permissions, a lock or something else is, or may be, the reason.
+/// Names the protection of the system that keeps an item although its permissions allow the move, and what can be done
+/// about it, in one or two sentences. "" if permissions, a lock or something else is the reason, or may be.
 std::string systemRefusal(int error, const RefusedItem& item);
 
-/// What is found out about the item at a path. A link itself is meant.
+/// Examines the item at a path. A link is not followed.
 RefusedItem refusedItemAt(const std::string& path);
 
 }  // namespace qm::macos

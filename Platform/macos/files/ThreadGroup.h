@@ -7,11 +7,11 @@
 
 namespace qm::posix {
 
-/// The group "admin", which every Mac has by this number.
+/// The group "admin", which has this number on every Mac.
 inline constexpr gid_t kAdministrators = 80;
 
-/// The one group that a thread gets which acts for a user: it can have no more. Administrators need theirs, which owns
-/// /Applications. What the thread creates gets the group of its folder, whichever this is.
+/// The group of a thread that acts for a user. Such a thread can have only one. An administrator's thread gets `admin`,
+/// because that group owns /Applications. New items get the group of their folder in any case.
 inline gid_t groupOfThread(const FileSystemIdentity& identity) {
   const bool isAdministrator = std::ranges::find(identity.groups, kAdministrators) != identity.groups.end();
   return isAdministrator ? kAdministrators : identity.gid;

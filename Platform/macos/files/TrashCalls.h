@@ -5,23 +5,24 @@
 
 namespace qm::macos {
 
-/// What the system's call has answered.
+/// The result of the system's call.
 struct TrashAnswer {
   bool done = false;
   std::string path;         ///< where the item is in the Trash
-  std::string domain;       ///< of the error: which system its code belongs to
+  std::string domain;       ///< of the error: says which list its code is from
   long code = 0;            ///< of the error
-  std::string domainBelow;  ///< of the error underneath, "" where there is none
-  long codeBelow = 0;       ///< of the error underneath, 0 where there is none
-  std::string description;  ///< the system's sentence
+  std::string domainBelow;  ///< of the underlying error; "" if there is none
+  long codeBelow = 0;       ///< of the underlying error; 0 if there is none
+  std::string description;  ///< the system's sentence about the error
 };
 
-/// `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. A link itself is meant. The path is UTF-8.
+/// Calls `-[NSFileManager trashItemAtURL:resultingItemURL:error:]`. If the item is a link, the link itself is moved.
+/// The path must be UTF-8.
 TrashAnswer trashItem(const std::string& path);
 
-/// Where the volume is mounted that an open folder is on; "" where that cannot be told.
+/// The mount point of the volume that an open folder is on; "" if it cannot be determined.
 std::string volumeOf(int folder);
-/// Writes a volume out to the disk, and waits for that.
+/// Flushes all changes on a volume to the disk, and waits for that.
 void writeOut(const std::string& volume);
 
 }  // namespace qm::macos

@@ -6,7 +6,7 @@ qm::macos::TrashAnswer qm::macos::trashItem(const std::string& path) {
   const Pool pool;
   NSURL* place = nil;
   NSError* error = nil;
-  // Not asked whether it is a folder: the answer would be that of what a link leads to.
+  // `isDirectory` keeps the framework from looking whether the item is a folder: it would follow a link for that.
   NSURL* const item = [NSURL fileURLWithPath:stringOf(path) isDirectory:NO];
   const bool done = [[NSFileManager defaultManager] trashItemAtURL:item resultingItemURL:&place error:&error];
   NSError* const below = [[error userInfo] objectForKey:NSUnderlyingErrorKey];

@@ -12,7 +12,7 @@ namespace {
 
 using platform::Status;
 
-/// Of an error of the system.
+/// The largest error number of the system that is accepted.
 constexpr long kLastNumber = 255;
 
 struct Meaning {
@@ -37,7 +37,8 @@ constexpr const char* kCocoa = "NSCocoaErrorDomain";
 
 bool isNumber(const std::string& domain, long code) { return domain == kPosix && code > 0 && code <= kLastNumber; }
 
-/// Permissions, a protection or a lock: the frameworks tell them apart by an error of the system underneath alone.
+/// Whether the error may stand for a missing permission, a protection or a lock. The frameworks distinguish these only
+/// by an error number of the system, which is missing here.
 bool isAnyRefusal(const TrashAnswer& answer) {
   return !isNumber(answer.domain, answer.code) && !isNumber(answer.domainBelow, answer.codeBelow) &&
          errorNumberOf(answer) == EACCES;
@@ -68,7 +69,8 @@ Status trashFailure(int error, const std::string& path) {
   return withReason(error, refusedItemAt(path), sentence + ".");
 }
 
-/// Where nothing of the item's own forbids the move, it is the system that does.
+/// If permissions, sticky folders and access lists allow the move, the system itself has refused it, and the error is
+/// treated as EPERM.
 Status trashFailure(const TrashAnswer& answer, const std::string& path) {
   const RefusedItem item = refusedItemAt(path);
   const int error = isAnyRefusal(answer) && item.obstacle == 0 ? EPERM : errorNumberOf(answer);

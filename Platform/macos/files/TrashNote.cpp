@@ -9,7 +9,7 @@
 namespace qm::macos {
 std::string noteText(const TrashNote& note) { return note.deletionDate + " " + note.origin; }
 
-/// The date, a space, the path.
+/// A note is the date, a space and the path.
 std::optional<TrashNote> parsedNote(std::string_view text) {
   const std::size_t space = std::min(text.find(' '), text.size());
   const std::string_view date = text.substr(0, space);

@@ -7,18 +7,20 @@
 
 namespace qm::macos {
 
-/// What is noted of an item that goes to the Trash, on the item itself: the Finder keeps its own notes where no program
-/// may write them.
+/// What is recorded about an item in the Trash, in an attribute of the item itself. The Finder has records of its own,
+/// but programs cannot read or write them.
 struct TrashNote {
-  std::string origin;        ///< where it came from: absolute, without links on the way
-  std::string deletionDate;  ///< when it went, in local time: "2024-02-29T23:05:07"
+  std::string origin;        ///< the item's old path: absolute, without links on the way
+  std::string deletionDate;  ///< when it was moved to the Trash, in local time: "2024-02-29T23:05:07"
 };
 
 std::string noteText(const TrashNote& note);
-/// What such a text says; null when it breaks the rules. It is anybody's word.
+/// Parses the text of a note; null if it breaks the rules. The text is not trusted, because the item's owner can change
+/// it.
 std::optional<TrashNote> parsedNote(std::string_view text);
 
-/// Notes on the items of open descriptors, under a name of the product's. Without one nothing is noted.
+/// Reads and writes the notes of open items. The attribute's name contains the product's name. Without a product's name
+/// nothing is noted.
 class TrashNotes {
  public:
   explicit TrashNotes(std::string_view product);

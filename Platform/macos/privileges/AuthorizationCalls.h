@@ -7,7 +7,7 @@
 
 #include "Platform/AuthorizationServices.h"
 
-/// The calls of Authorization Services, each as it is.
+/// Thin wrappers of the calls of Authorization Services.
 namespace qm::macos {
 
 platform::AuthorizationStatus createSession(const platform::AuthorizationItems& environment,
@@ -20,9 +20,9 @@ platform::AuthorizationStatus freeSession(platform::AuthorizationRef session, pl
 platform::AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session,
                                                   platform::AuthorizationFlags flags);
 
-/// The system has the call that starts tools.
+/// Whether the system has the call that starts tools with administrator rights.
 bool canExecute();
-/// That call; only where the system has it. `output` is the tool's, which the caller closes.
+/// Starts a tool with that call. Only if `canExecute`. `output` is the tool's output, which the caller closes.
 platform::AuthorizationStatus executeWithRights(platform::AuthorizationRef session, const std::string& tool,
                                                 platform::AuthorizationFlags flags,
                                                 const std::vector<std::string>& arguments, std::FILE** output);

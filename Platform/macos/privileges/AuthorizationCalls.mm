@@ -18,7 +18,7 @@ platform::AuthorizationRef ours(::AuthorizationRef session) {
   return reinterpret_cast<platform::AuthorizationRef>(const_cast<AuthorizationOpaqueRef*>(session));
 }
 
-/// The same items as the system wants them. Points into what it is made from: no value is copied.
+/// The items in the system's form. It copies no value but points into `items`, which must outlive it.
 class ItemSet {
  public:
   explicit ItemSet(const platform::AuthorizationItems& items) {
@@ -36,8 +36,8 @@ class ItemSet {
   AuthorizationItemSet set_{};
 };
 
-/// Deprecated since 10.7, and without a successor for tools of the system. Looked up while the program runs, so that it
-/// starts on a system without it, too.
+/// Deprecated since 10.7, but without a successor for the system's own tools. It is looked up while the program runs,
+/// so that the program also starts on a system that does not have it.
 using Execute = OSStatus (*)(::AuthorizationRef, const char*, ::AuthorizationFlags, char* const*, std::FILE**);
 
 Execute execute() {

@@ -18,12 +18,13 @@ namespace {
 using namespace platform;  // the names of Authorization Services are long enough as they are
 
 constexpr const char* kRemove = "/bin/rm";
-/// The option of a session's end that takes the rights away from all that share them.
+/// When a session is freed with this option, its rights are also taken from everybody who shares them.
 constexpr AuthorizationFlags kDestroyRights = 8;
-/// Does nothing, and says that it has not done it.
+/// Started in place of a tool that is refused: it does nothing and fails.
 constexpr const char* kNothing = "/usr/bin/false";
 
-/// Of these every argument that is no option is a path, relative ones too. Who leads those cannot be told.
+/// Whether every argument of the tool that is not an option is a path, even a relative one. Who can redirect a relative
+/// path cannot be determined.
 bool takesPathsOnly(const std::string& tool) {
   constexpr const char* kTools[] = {"/bin/cp", "/bin/mkdir", "/bin/mv", "/bin/rm", "/usr/bin/ditto", "/usr/bin/touch"};
   return std::ranges::find(kTools, tool) != std::end(kTools);
@@ -34,8 +35,8 @@ bool isNoOption(const std::string& argument) { return !argument.starts_with('-')
 
 bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
 
-/// The paths of all that is in a folder which is to be empty, each before the folder that it is in. Null where that
-/// cannot be shown.
+/// Lists a folder that contains only folders and the Finder's files: every path before that of the folder that contains
+/// it, the folder itself last. Null if it contains anything else, or if that cannot be determined.
 std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder) {
   const auto isHousekeeping = [](const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; };
   posix::Place place;
@@ -49,7 +50,8 @@ std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder)
 
 bool putsIntoFolders(const std::string& tool) { return tool == "/bin/cp" || tool == "/bin/mv"; }
 
-/// All paths that the tool may come by. One that is put into an existing folder goes on to its own name in there.
+/// All paths that the tool may use. They include the path that each item of a copy or move would get if the destination
+/// is an existing folder.
 std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std::string>& arguments) {
   std::vector<std::string> paths;
   std::ranges::copy_if(arguments, std::back_inserter(paths), takesPathsOnly(tool) ? isNoOption : isPath);
@@ -65,7 +67,7 @@ std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std:
 
 }  // namespace
 
-/// Remembers whether its tool has ended.
+/// The output of a tool. Remembers whether the tool has ended.
 class ToolOutput final : public CommunicationsPipe {
  public:
   explicit ToolOutput(std::FILE* file) : file_(file) {}
@@ -122,7 +124,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
     console_.print(hollowFolder_ + " stays: it can’t be shown that nothing is in it.");
     return std::nullopt;
   }
-  items->insert(items->begin(), "-df");  // each by itself, and a folder only when it is empty
+  items->insert(items->begin(), "-df");  // removes each item by itself, and a folder only if it is empty
   return items;
 }
 
@@ -160,7 +162,7 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
   return status;
 }
 
-/// A tool that nobody reads from is waited for as well.
+/// Also waits for tools whose output nobody reads.
 void MacAuthorization::releaseRights() {
   std::vector<std::shared_ptr<ToolOutput>> outputs;
   std::vector<AuthorizationRef> ended;

@@ -17,15 +17,16 @@ namespace qm::macos {
 
 class ToolOutput;
 
-/// The system's Authorization Services. The tools that they start go by names and remove what only root can see, so two
-/// things are kept from them:
+/// The system's Authorization Services. The tools that they start follow paths and remove even what only root can see.
+/// So this class limits the tools in two ways:
 ///
-/// - The removal of a folder that is to be empty takes away, one by one, what was found to be in it, and never what
-///   comes meanwhile. Where it cannot be shown to be empty there is no removal, and nobody is asked for a password.
-/// - A process of root's starts no tool on a way that somebody else could lead elsewhere.
+/// - If a folder is to be removed only if it is empty, the tool gets the paths of the items that were found in it. It
+///   never removes what is added meanwhile. If the folder cannot be shown to be empty, nothing is removed and no
+///   password is requested.
+/// - A process run by root starts no tool on a path that others could redirect.
 class MacAuthorization final : public platform::AuthorizationServices {
  public:
-  /// The console outlives it.
+  /// The console must outlive this object.
   explicit MacAuthorization(platform::Console& console);
   MacAuthorization(const MacAuthorization&) = delete;
   MacAuthorization& operator=(const MacAuthorization&) = delete;
@@ -51,24 +52,26 @@ class MacAuthorization final : public platform::AuthorizationServices {
                                                         platform::AuthorizationFlags flags) override;
 
  private:
-  /// A session of the system's, by a handle of its own: the system's may mean another session once it has been freed.
+  /// A session of the system. Callers get a handle of this object, because the system's own handle may refer to another
+  /// session once it has been freed.
   struct Session {
     platform::AuthorizationRef system = nullptr;  // null when its rights have been released
   };
 
   platform::AuthorizationRef keep(platform::AuthorizationRef system);
-  /// The system's session; null where there is none, or none any more.
+  /// The system's session; null if there is none, or if its rights have been released.
   platform::AuthorizationRef systems(platform::AuthorizationRef session);
   std::shared_ptr<platform::CommunicationsPipe> keepOutput(std::FILE* output);
-  /// The arguments as they are meant; null where the tool is not to be started, which is said.
+  /// The arguments that the tool is to be started with. Null if it must not be started; this prints a message that says
+  /// so.
   std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
 
   platform::Console& console_;
   std::mutex mutex_;
-  std::string hollowFolder_;                                                 // guarded
-  std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded
-  std::vector<std::shared_ptr<ToolOutput>> outputs_;                         // guarded: of tools that may run still
-  std::atomic<bool> nextIsRefused_ = false;  // there is to be no session for the tool that was announced
+  std::string hollowFolder_;                                                 // guarded by mutex_
+  std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded by mutex_
+  std::vector<std::shared_ptr<ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
+  std::atomic<bool> nextIsRefused_ = false;           // the tool that was announced must not be started
 };
 
 }  // namespace qm::macos

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// A queue of kernel events that waits for one child's exit. The event is never taken out of it, so that the queue stays
-// readable for poll(2) from the exit on, however many threads look.
+// The descriptor of a handle is a queue of kernel events (kqueue) that waits for one child's exit. The event is never
+// taken out of the queue. So the queue stays readable for poll(2) from the exit on, for any number of threads.
 #include <sys/types.h>
 
 #include <sys/event.h>
@@ -20,7 +20,8 @@ bool change(int queue, uintptr_t ident, std::int16_t filter, std::uint16_t flags
   return ::kevent(queue, &event, 1, nullptr, 0, nullptr) == 0;
 }
 
-/// A child that has exited already is not found any more: the queue is made readable at once.
+/// The system does not find a child that has already exited (ESRCH). Then an event that is triggered here makes the
+/// queue readable at once.
 bool watch(int queue, pid_t process) {
   if (change(queue, static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT)) return true;
   return errno == ESRCH && change(queue, 0, EVFILT_USER, EV_ADD, 0) && change(queue, 0, EVFILT_USER, 0, NOTE_TRIGGER);

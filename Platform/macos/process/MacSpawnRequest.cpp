@@ -5,7 +5,7 @@
 
 namespace qm::posix {
 
-/// An attribute here: what is not named is closed.
+/// On a Mac this is an attribute of the child: every descriptor that no action names is closed.
 int closeAllButStandardStreams(posix_spawn_file_actions_t* /*actions*/, posix_spawnattr_t* attributes) {
   short flags = 0;
   if (const int error = ::posix_spawnattr_getflags(attributes, &flags)) return error;

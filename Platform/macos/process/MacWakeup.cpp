@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// A queue of kernel events with one of the user's own: readable from `raise` until `lower`. A child never inherits one.
+// A wakeup is a queue of kernel events (kqueue) with one event that this process triggers itself (EVFILT_USER). The
+// queue is readable from `raise` until `lower`. A child never inherits such a queue.
 #include <sys/types.h>
 
 #include <sys/event.h>

@@ -7,13 +7,13 @@
 
 namespace qm::macos {
 
-/// Standard error and the system's log, in one call of the system's.
+/// Writes to standard error and to the system's log with one call (NSLog).
 class MacConsole final : public platform::Console {
  public:
   void print(std::string_view text) override;
 };
 
-/// One line in the system's log. It is UTF-8.
+/// Writes one entry to standard error and to the system's log. `line` is UTF-8.
 void logLine(const std::string& line);
 
 }  // namespace qm::macos

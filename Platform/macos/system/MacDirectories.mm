@@ -15,7 +15,7 @@ std::vector<std::string> MacDirectories::search(platform::StandardDirectory dire
   return paths;
 }
 
-/// The system's answer ends in a slash.
+/// The system returns the path with a slash at the end, which is removed.
 std::string MacDirectories::temporaryDirectory() const {
   const Pool pool;
   return posix::withoutTrailingSlashes(textOf(NSTemporaryDirectory()));

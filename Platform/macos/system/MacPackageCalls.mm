@@ -2,7 +2,7 @@
 
 #include "Platform/macos/Framework.h"
 
-/// A value of the item's own: the workspace, which is asked the same, belongs to the main thread.
+/// Reads a property of the item itself. `NSWorkspace` gives the same answer but may be used on the main thread only.
 bool qm::macos::isPackage(const std::string& path) {
   const Pool pool;
   NSNumber* answer = nil;

@@ -5,13 +5,14 @@
 
 namespace qm::macos {
 
-/// As the Finder shows them.
+/// Packages as the Finder shows them.
 class MacPackages final : public platform::Packages {
  public:
   bool isFilePackage(const std::string& path) const override;
 };
 
-/// The system's word on an item, whose path is UTF-8 and has no links on the way. False for what is not there.
+/// Whether the system treats an item as a package. The path must be UTF-8 and contain no links. False if nothing is
+/// there.
 bool isPackage(const std::string& path);
 
 }  // namespace qm::macos

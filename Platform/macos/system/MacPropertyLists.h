@@ -10,7 +10,8 @@ class MacPropertyLists final : public platform::PropertyLists {
   std::optional<platform::PropertyList> read(const std::string& path) const override;
 };
 
-/// The dictionary in the bytes of a property list; null where they are none.
+/// Parses the bytes of a property list and returns its dictionary. Null if they are not a property list, or its root is
+/// not a dictionary.
 std::optional<platform::PropertyList> parsedPropertyList(const std::string& bytes);
 
 }  // namespace qm::macos

@@ -5,8 +5,8 @@
 
 namespace qm::macos {
 
-/// The language's threads, each with a pool for what the frameworks leave behind. The frameworks' own do not tell
-/// whether the system had one to give.
+/// Threads of the C++ library, each with an autorelease pool for calls into the frameworks. The frameworks' own threads
+/// are not used, because their call does not report that the system could not create a thread.
 class MacThreads final : public platform::Threads {
  public:
   bool detachNewThread(std::function<void()> body) override;

@@ -2,7 +2,8 @@
 
 #include "Platform/macos/Framework.h"
 
-/// The work is copied, as GCC's Objective-C takes a capture with an initialiser for a message.
+/// The work is copied into the capture, because GCC's Objective-C rejects a capture with an initialiser: it reads that
+/// as a message.
 bool qm::macos::MacThreads::detachNewThread(std::function<void()> body) {
   return threads_.detachNewThread([body] {
     const Pool pool;

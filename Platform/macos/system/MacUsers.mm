@@ -19,7 +19,7 @@ std::string MacUsers::homeDirectory() const {
   return textOf(NSHomeDirectory());
 }
 
-/// The system takes a null name for the process's own user.
+/// A null name is not passed on, because the system would return the home of the process's own user.
 std::optional<std::string> MacUsers::homeDirectoryForUser(const std::optional<std::string>& name) const {
   const Pool pool;
   NSString* const user = name ? stringOf(*name) : nil;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// `makePipe` on systems that cannot make a pipe and keep it from other programs in one step.
+// `makePipe` on systems that cannot create a pipe close-on-exec in one step.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,8 +23,9 @@ std::unique_lock<std::mutex> noPipeMeanwhile() {
   return std::unique_lock(*mutex);
 }
 
-/// Children of this process's own are started with nothing that they are not given. Whatever else starts a program
-/// keeps the lock meanwhile.
+/// Until both ends are close-on-exec, a new program could inherit them. Children that this process starts itself
+/// (`SpawnRequest`) inherit only what they are given. Code that has another library start a program holds the lock
+/// meanwhile.
 Pipe makePipe() {
   const auto lock = noPipeMeanwhile();
   int ends[2] = {-1, -1};
@@ -33,7 +34,7 @@ Pipe makePipe() {
   return closeOnExec(pipe.reading) && closeOnExec(pipe.writing) ? std::move(pipe) : Pipe();
 }
 
-/// A pipe here grows by itself.
+/// On these systems a pipe grows by itself.
 Pipe makeLargestPipe() { return makePipe(); }
 
 }  // namespace qm::posix

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-// What `ProcessHandle` does on systems whose calls take no descriptor of a process: it polls its descriptor, and goes
-// by the id, which is not reused before the child is reaped. Each such system adds `open`.
+// `ProcessHandle` on systems whose calls accept no descriptor of a process. It polls its descriptor to learn whether
+// the child has exited. The calls get the process id, which is not reused before the child is reaped. Each such system
+// implements `open`.
 #include <poll.h>
 #include <sys/wait.h>
 
@@ -39,7 +40,7 @@ std::optional<int> ProcessHandle::reap() const {
   return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-/// A child that has ended is left alone: its id is reused once somebody else has reaped it.
+/// Nothing is sent to a child that has ended, because its id may be reused once other code has reaped it.
 void ProcessHandle::signal(int number) const {
   if (!isReadable(descriptor(), 0)) ::kill(process_, number);
 }

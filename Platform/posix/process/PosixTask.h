@@ -26,8 +26,8 @@ struct TaskSurroundings {
   Reaper reaper;
 };
 
-/// A run of a tool through posix_spawn(3). The child is reaped by the first call that checks it after its exit, or by
-/// the reaper if the task was released before.
+/// One run of a tool, which posix_spawn(3) starts. The child is reaped by the first call that checks it after its exit,
+/// or by the reaper if the task was released before.
 class PosixTask : public platform::Task {
  public:
   explicit PosixTask(std::shared_ptr<TaskSurroundings> surroundings) : surroundings_(std::move(surroundings)) {}
@@ -63,7 +63,7 @@ class PosixTask : public platform::Task {
 
   static void connectInput(Stream& stream);
   static void connectOutput(Stream& stream);
-  /// `connect` gives the stream a pipe, if it is to have one.
+  /// If the stream is to be a pipe, `connect` creates the pipe.
   void setStream(std::size_t number, platform::TaskStream kind, void (*connect)(Stream&));
   std::shared_ptr<platform::OutputReader> reader(std::size_t number) const;
 

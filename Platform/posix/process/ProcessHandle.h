@@ -16,8 +16,8 @@ class ProcessHandle {
  public:
   /// No process.
   ProcessHandle() = default;
-  /// A handle of a process that cannot have been reaped yet: a child, or this process itself. If there is none to be
-  /// had (see `errno`), the handle is false.
+  /// A handle of a process that cannot have been reaped yet: a child, or this process itself. On failure (see `errno`)
+  /// the handle is false.
   static ProcessHandle open(pid_t process);
 
   explicit operator bool() const { return static_cast<bool>(descriptor_); }

@@ -33,7 +33,7 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
           static_cast<int>(local.tm_gmtoff / 60)};
 }
 
-/// Until a fixed moment: what is left is computed anew after each signal.
+/// Sleeps until a fixed moment. After each signal the time that is left is computed anew.
 void SystemClock::sleep(std::chrono::microseconds span) {
   const auto end = steady_clock::now() + span;
   for (std::chrono::nanoseconds left = span; left.count() > 0; left = end - steady_clock::now()) {

@@ -14,11 +14,12 @@ struct FileSystemIdentity {
   std::vector<gid_t> groups;
 };
 
-/// Gives the calling thread, and no other, somebody else's rights in the file system. What it creates belongs to that
-/// user, and that user's links lead it nowhere that the user could not go. Only for a process that runs as root.
+/// Gives the calling thread, and no other thread, the rights of another user in the file system. New items then belong
+/// to that user, and a link of that user leads the thread only to places that the user can reach anyway. Only for a
+/// process run by root.
 ///
-/// On a Mac getuid(2) and geteuid(2) answer with that user meanwhile, and `Users::realUserId` with them; on Linux both
-/// stay root. On a Mac a thread cannot take somebody's rights while it has another's, either.
+/// Meanwhile getuid(2), geteuid(2) and `Users::realUserId` return that user on a Mac, and root on Linux. On a Mac a
+/// thread that has one user's rights must give them up before it can take another user's.
 class FileSystemUser {
  public:
   /// Takes the rights of `identity`; with null it changes nothing.
@@ -33,7 +34,7 @@ class FileSystemUser {
   /// The identity whose rights it takes; null if it takes none.
   const FileSystemIdentity* identity() const { return identity_; }
 
-  /// Returns to the process's own rights, and takes the other's again.
+  /// `leave` returns to the process's own rights, and `enter` takes the other user's rights again.
   void leave();
   void enter();
 

@@ -8,9 +8,9 @@
 
 namespace qm::posix {
 
-/// The groups of a user as `list` tells them, which is getgrouplist(3): it answers -1 for a list that is too short. One
-/// that is never long enough gives the user's own group alone. A group's number has another type in the call of each
-/// system.
+/// The groups of a user. `list` is getgrouplist(3), which returns -1 if the list is too short; then it is called again
+/// with a longer one. If a list of 65536 groups is too short as well, only the user's own group is returned. `Group` is
+/// the type of a group's number in that call, which differs between systems.
 template <class Group>
 std::vector<gid_t> groupsOf(const std::string& user, gid_t own, int (*list)(const char*, Group, Group*, int*)) {
   constexpr std::size_t kUsual = 64;

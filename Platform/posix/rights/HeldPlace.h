@@ -10,9 +10,9 @@
 
 namespace qm::posix {
 
-/// Opens the folder of an item to name it there. For root nobody with fewer rights can have led the way elsewhere, even
-/// where missing folders are created. Returns 0 or an error number. `refusal` is the reason if this program refuses the
-/// path itself, for the console.
+/// Opens the folder of an item, so that the item can be named in it. As root, the path is walked by the rules of
+/// `pinPath`, even if missing folders are created. Returns 0 or an error number. If this program itself refuses the
+/// path, `refusal` is the reason, for the console.
 int openHeldPlace(const std::string& path, Place& place, std::string* refusal = nullptr,
                   platform::MissingFolders missing = platform::MissingFolders::Fail);
 
@@ -22,13 +22,13 @@ int openHeldFolder(const std::string& path, UniqueFd& folder, std::string* refus
 /// An item with the folder that it is in.
 struct HeldItem {
   Place place;
-  UniqueFd item;          ///< opened by `openItself`; none of a socket where the system opens none
-  struct stat status {};  ///< of the open item, or of what has the name
+  UniqueFd item;          ///< opened by `openItself`; none for a socket if the system cannot open one
+  struct stat status {};  ///< of the open item, or else of the item with that name
   int openError = 0;      ///< why the item is not open; 0 for such a socket
   std::string refusal;    ///< as with `openHeldPlace`
 };
 
-/// Holds an item by the same rules. Returns 0 or the error number of its folder.
+/// Opens an item and its folder by the same rules. Returns 0, or an error number if the folder could not be opened.
 int holdItem(const std::string& path, HeldItem& held);
 
 }  // namespace qm::posix

@@ -80,7 +80,7 @@ class Walk {
     return std::nullopt;
   }
 
-  // Some systems open no socket. One is the end of a path, and nobody follows it anywhere.
+  // Some systems cannot open a socket. Its status by name suffices, because a socket can only be the end of a path.
   Result lookByName() {
     const auto status = statusIn(place_.folder.get(), place_.name.c_str());
     if (!status || !S_ISSOCK(status->st_mode)) return failure(EOPNOTSUPP);

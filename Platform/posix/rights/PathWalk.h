@@ -16,8 +16,8 @@ namespace qm::posix {
 struct PinnedPlace {
   UniqueFd folder;
   std::string name;
-  /// The item, opened for naming only (`lookupFlag`); none if nothing is there, or a socket that the system cannot
-  /// open.
+  /// The item, opened for naming only (`lookupFlag`); none if nothing is there, or if the item is a socket that the
+  /// system cannot open.
   UniqueFd item;
   struct stat itemStatus {};
   /// Everybody but root who could have redirected the path.
@@ -45,7 +45,7 @@ enum class LastLink : bool { Stays, IsFollowed };
 /// program would get.
 Answer<PinnedPlace> pinPath(const std::string& path, LastLink lastLink);
 
-/// The same for a path whose missing folders are created, as root.
+/// The same, but missing folders on the way are created, with root's rights.
 Answer<PinnedPlace> pinPathMakingFolders(const std::string& path);
 
 /// Opens a folder for naming items in it, by the same walk but with a stricter rule: only links that nobody but root

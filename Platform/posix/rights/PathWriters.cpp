@@ -15,7 +15,8 @@ Writers anybody() {
   return writers;
 }
 
-// Those who can put something where nothing is: everybody who may write to the folder, as for a root-owned link.
+// The users who can create an item where there is none. They are those who could replace a root-owned link in that
+// folder: everybody who may write to it.
 Writers writersOfNewEntry(int folder) {
   const auto status = statusOf(folder);
   if (!status) return anybody();

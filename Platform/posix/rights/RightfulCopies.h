@@ -6,7 +6,8 @@
 
 namespace qm::posix {
 
-/// The rights of copies in the background, the same as those of `RightfulFileSystem`. The users outlive every copy.
+/// The rights of copies in the background, the same as those of `RightfulFileSystem`. The users must outlive every
+/// copy.
 CopyRights rightsForCopies(const platform::Users& users);
 
 }  // namespace qm::posix

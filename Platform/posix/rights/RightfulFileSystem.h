@@ -16,8 +16,9 @@ namespace qm::posix {
 
 /// The plain file operations. A root process makes changes with the rights of whoever could redirect the path (see
 /// `RightsForPaths`). So what it creates in a user's folders belongs to that user, and a link there leads it nowhere
-/// that the user could not go. If root is the user meant and others could redirect the path, nothing is changed; only
-/// `removeHollowFolder` is done all the same, because it goes by the place and not by the path. The users outlive it.
+/// that the user could not go. If several users could redirect the path and root itself is at the console, nothing is
+/// changed. Only `removeHollowFolder` works even then, because it uses the folder that it has opened and not the path.
+/// The users must outlive this object.
 class RightfulFileSystem final : public PosixFileSystem {
  public:
   explicit RightfulFileSystem(const platform::Users& users) : users_(users) {}
@@ -33,7 +34,7 @@ class RightfulFileSystem final : public PosixFileSystem {
   std::shared_ptr<platform::FileHandle> openForWriting(const std::string& path) override;
 
  private:
-  /// Makes `change` with the rights for its paths; the second path is a destination, or "".
+  /// Calls `change` with the rights for both paths. `destination` is "" if there is only one path.
   platform::Status withRights(FileOperation operation, const std::string& path, const std::string& destination,
                               const std::function<platform::Status()>& change) const;
 

@@ -9,7 +9,7 @@
 namespace qm::posix {
 namespace {
 
-// On Linux nobody's group. On a Mac no group has this number.
+// On Linux the group of the user "nobody". On a Mac no group has this number.
 constexpr gid_t kNoGroup = 65534;
 
 // A deleted account may still own folders.

@@ -10,22 +10,22 @@
 namespace qm::posix {
 
 /// The rights with which a root process makes changes at some paths, for the lifetime of this object and for the
-/// calling thread. These are root's own if nobody else can redirect the paths, else those of the one user who can, else
-/// those of the user at the console. So whoever redirects a path gains nothing. Has no effect in any process that is
-/// not root's.
+/// calling thread. If nobody else can redirect the paths, these are root's own. If one user can, they are that user's.
+/// If several users can, they are those of the user at the console. So nobody gains anything by redirecting a path. Has
+/// no effect in a process that is not run by root.
 ///
-/// If others can redirect the paths and root itself is the user meant, nobody's rights would do, and the thread keeps
-/// root's.
+/// If several users can and root itself is the user at the console, there is no user whose rights could be used. Then
+/// the thread keeps root's, and changes are limited: see `arePlacesOnly`.
 class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);
 
-  /// Whether the thread has these rights. If not, nothing may be changed by path: several users could redirect the
-  /// paths, and nobody is at the console or root is.
+  /// Whether the thread has these rights. If not, nothing may be changed by path. Either several users could redirect
+  /// the paths while nobody or root itself is at the console, or the thread could not take the rights.
   bool ok() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
 
-  /// Whether root is meant, and others can redirect the paths. Then changes may be made at places that `pinPath` has
-  /// found, and nowhere else.
+  /// Whether several users can redirect the paths and root itself is at the console. Then changes may be made only at
+  /// places that `pinPath` has found.
   bool arePlacesOnly() const { return whose_ == Whose::RootsInPlaces; }
 
  private:

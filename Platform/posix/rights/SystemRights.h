@@ -4,24 +4,24 @@
 #include <optional>
 #include <string>
 
-/// What each system has in its own form of rights to files. The bodies are in the system's own folder, which the build
-/// adds, as is that of `FileSystemUser`.
+/// Questions about rights to files that each system answers in its own way. The system's own folder, which the build
+/// adds, implements these functions and `FileSystemUser`.
 namespace qm::posix {
 
-/// The folder is on a file system that is a program of somebody's, which says of owners what it likes. Also where that
-/// cannot be found out.
+/// Whether the owners in the folder cannot be trusted, for example because its file system is a user's program. True
+/// also if that cannot be determined.
 bool isUserSpaceFileSystem(int folder);
 
-/// An access list of the folder, beside its mode, lets others than its owner put something in it or take something
-/// away. Also where that cannot be found out. False where such a list shows in the mode.
+/// Whether an access list of the folder, which its mode does not show, lets users other than its owner add or remove
+/// items. True also if that cannot be determined. False on systems whose modes show these lists.
 bool hasListThatGrantsWriting(int folder);
 
-/// The absolute path at which the system shows the item of a descriptor now; "" when it has none, or one that is
-/// longer than the system takes.
+/// The absolute path at which the system shows the item of a descriptor now; "" if it has none, or if the path is too
+/// long for the system.
 std::string shownPath(int descriptor);
 
 /// The text of a link that `openItself` opened as `item`, by `name` in its folder. Null on failure, see `errno`; ESTALE
-/// where the system reads links by name only and another item has the name by now.
+/// if the system reads links by name only and another item has the name by now.
 std::optional<std::string> readLink(int item, int folder, const std::string& name);
 
 }  // namespace qm::posix

@@ -24,8 +24,9 @@ namespace {
 
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
-// Somebody may have put another folder in its place. One that only root could have created like this is trusted. A
-// folder stays in its parent unless its owner moves it, so nobody can bring one of root's here from elsewhere.
+// Opens a work folder. Somebody may have put another folder in its place, so it is trusted only if it belongs to root
+// and nobody else has permissions. Only its owner can move a folder to another parent, so nobody can bring one of
+// root's here from elsewhere.
 int openOwn(int folder, const std::string& name, UniqueFd& own) {
   own.reset(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   const auto status = own ? statusOf(own.get()) : std::nullopt;
@@ -72,13 +73,13 @@ Answer<WorkFolder> WorkFolder::make(int folder, const std::string& name) {
   if (name.empty()) return refused(EIO);
   if (::mkdirat(folder, name.c_str(), S_IRWXU) != 0) return refused(errno);
   Answer<WorkFolder> made = openLocked(folder, name);
-  // Until it is locked, another process that mends could mistake it for one left behind.
+  // Until the new folder is locked, another process could mistake it for one left behind, and remove it.
   if (made && made->hasItsName()) return made;
   if (made) {
     static_cast<void>(made->removeEmpty());
     return refused(EAGAIN);
   }
-  // One that cannot be opened cannot be distinguished from a replacement, so only an empty folder is removed.
+  // A folder that cannot be opened cannot be distinguished from a replacement, so it is removed only if it is empty.
   ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
   return refused(made.problem().error);
 }

@@ -12,10 +12,10 @@
 namespace qm::appkit {
 namespace {
 
-/// The system's virtual keys; what an event calls its key's code.
+/// The number of the system's virtual keys. An event has the virtual key as its key code.
 constexpr CGKeyCode kVirtualKeys = 128;
 
-/// The one that runs. Main thread only.
+/// The running alert; null if there is none. Main thread only.
 NSAlert* alert = nil;
 
 std::uint64_t startOf(pid_t process) {
@@ -41,8 +41,8 @@ HeldKeys heldKeys() {
 
 bool isRepeat(NSEvent* event) { return [event isARepeat]; }
 
-/// Launch Services start one; this is for whoever starts the program itself. A program without an identifier has no
-/// others that could be found.
+/// Launch Services start one instance only. This is for a user who starts the program's file directly. Without a bundle
+/// identifier other instances cannot be found.
 std::optional<int> leaveToTheOtherInstance() {
   const macos::Pool pool;
   NSString* const identifier = [[NSBundle mainBundle] bundleIdentifier];
@@ -68,7 +68,7 @@ void runAlert(NSString* title, NSString* message, NSAlertStyle style, NSView* ac
   alert = nil;
 }
 
-/// The alert looks at the size of a view when it is given one.
+/// The accessory is set again because the alert reads its size only then.
 void fitAlert(NSView* accessory) {
   [alert setAccessoryView:accessory];
   [alert layout];

@@ -11,13 +11,13 @@ using macos::Pool;
 using macos::stringOf;
 using macos::textOf;
 
-/// The language that the system has chosen for the bundle: the first of those that it would take.
+/// The language that the system has chosen for the bundle, which is the first of the bundle's preferred languages.
 std::string languageOfBundle() {
   const Pool pool;
   return textOf([[[NSBundle mainBundle] preferredLocalizations] firstObject]);
 }
 
-/// The catalogue of the application's bundle, in which the command is as well. The system chooses the language.
+/// The catalogue of the application's bundle, which contains the command as well. The system chooses the language.
 class BundleLanguage final : public Language {
  public:
   std::string translated(std::string_view english) const override {
@@ -28,7 +28,7 @@ class BundleLanguage final : public Language {
   std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const override {
     return translated(appkit::takesSingular(count, languageOfBundle()) ? one : many);
   }
-  /// The system has its errors in English only.
+  /// The system has the messages of its errors in English only.
   std::string systemMessage(std::string_view english) const override { return std::string(english); }
   std::string decimalPoint() const override {
     const Pool pool;

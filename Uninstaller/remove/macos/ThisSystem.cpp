@@ -23,17 +23,18 @@ const platform::Users& systemUsers() {
   return *users;
 }
 
-/// Accounts of persons are numbered from 501 on; what has no more rights than anybody is below them.
+/// Accounts of people have ids from 501 on, and those of services lower ones. The account "nobody" (-2) is above the
+/// range.
 NumbersOfPersons numbersOfPersons() { return {501, 0x7ffffffe}; }
 
 std::string stateFolderOfRoot() { return "/private/var/db"; }
 
-/// Others may write in the folder that is made for this.
+/// Not the system's usual folder for lock files, because others may write there.
 std::string lockFolderOfRoot() { return "/private/var/db"; }
 
 std::optional<std::string> stateFolder(const std::string& home) { return home + "/Library/Application Support"; }
 
-/// The system makes one for each person, and clears it.
+/// The system creates this folder for each user, and clears it.
 std::optional<std::string> runtimeFolder() {
   std::array<char, 1024> path{};
   const std::size_t length = ::confstr(_CS_DARWIN_USER_TEMP_DIR, path.data(), path.size());

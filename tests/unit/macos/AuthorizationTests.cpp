@@ -19,7 +19,7 @@ using platform::AuthorizationFlags;
 using platform::AuthorizationItems;
 using platform::AuthorizationStatus;
 
-/// What the system's calls were given.
+/// What the fake calls of the system have received.
 struct Asked {
   int dialogs = 0;
   std::vector<std::string> started;
@@ -31,7 +31,7 @@ struct Asked {
 Asked asked;
 std::mutex pipes;
 
-/// The same for all: whoever is handed one could have had it before.
+/// Always the same handle, because the system, too, may give out a handle again after it was freed.
 platform::AuthorizationRef systemsSession() { return reinterpret_cast<platform::AuthorizationRef>(&asked); }
 
 }  // namespace
@@ -85,7 +85,7 @@ class MacAuthorizationTest : public ::testing::Test {
     EXPECT_EQ(service.create({}, 0, &session), platform::errAuthorizationSuccess);
   }
 
-  /// As the maker's class asks for rights: for a tool that was announced, and in a session of its own.
+  /// Requests rights as the maker's class does: first the tool is announced, then a session is created.
   AuthorizationStatus askForRights(const std::string& tool, const std::vector<std::string>& arguments) {
     service.announce(tool, arguments);
     platform::AuthorizationRef own = nullptr;

@@ -12,7 +12,7 @@ namespace {
 
 using platform::OSStatus;
 
-/// What the system's calls answer, and which were made.
+/// The results of the fake calls of the system, and which calls were made.
 struct Desktop {
   OSStatus permission = 0;
   OSStatus created = 0;

@@ -13,7 +13,7 @@ namespace {
 int obstacle = 0;
 }  // namespace
 
-/// A made-up item, which nothing but an obstacle is known of.
+/// An invented item. Only its obstacle can be set.
 RefusedItem refusedItemAt(const std::string& path) {
   return {.path = path, .flags = 0, .folderFlags = 0, .obstacle = obstacle};
 }

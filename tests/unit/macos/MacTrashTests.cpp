@@ -20,10 +20,10 @@ namespace {
 
 using Number = std::pair<dev_t, ino_t>;
 
-/// The system's call, and the notes that items bear.
+/// The fake calls of the system, and the notes of the items.
 struct MadeUp {
   TrashAnswer answer;
-  std::string trash;  // where an item is moved to by the call; "" where it fails
+  std::string trash;  // the folder to which the call moves an item; "" if it fails
   std::vector<std::string> asked;
   std::map<Number, std::string> notes;
   std::string volume;  // that every folder is on
@@ -70,7 +70,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-/// An ordinary user's, with an item "a.txt" in "folder" and a Trash.
+/// The Trash of an ordinary user, with an item "a.txt" in "folder".
 class MacTrashTest : public ::testing::Test {
  protected:
   MacTrashTest() {
@@ -91,7 +91,7 @@ class MacTrashTest : public ::testing::Test {
                            platform::MissingFolders missing = platform::MissingFolders::Fail) {
     return trash.putBack(item, disk.at("Trash"), missing);
   }
-  /// Root, which works for whoever runs the test.
+  /// From now on the services act as root, which works for the user who runs the test.
   void actAsRoot() { fakes.users.actAsRoot(::getpwuid(::geteuid())->pw_name); }
 
   qm::testing::TemporaryFolder disk;
@@ -224,7 +224,7 @@ TEST_F(MacTrashTest, SaysAsRootThatAnItemIsMissing) {
   EXPECT_EQ(recycle("missing").status.code(), ENOENT);
 }
 
-/// Where root itself is meant, and everybody could redirect the path.
+/// Root itself is at the console, and everybody could redirect the path.
 class MacTrashOfRootTest : public MacTrashTest {
  protected:
   void SetUp() override {

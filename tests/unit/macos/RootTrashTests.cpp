@@ -85,7 +85,7 @@ TEST_F(RootTrash, GetsASocketThatNobodyCanOpen) {
   EXPECT_TRUE(disk.has("Trash/socket"));
 }
 
-/// The Trash of whoever runs the test, as root opens it.
+/// The Trash of the user who runs the test, as root opens it.
 class TrashOfPerson : public RootTrash {
  protected:
   TrashOfPerson() { fakes.users.actAsRoot(::getpwuid(::geteuid())->pw_name); }

@@ -97,7 +97,7 @@ TEST(MountPoints, AreTheSameSeenOnTheVolumeForDataAndFromTheRoot) {
 
 // ---- lists
 
-/// Lists more each time that it is asked, up to `most`.
+/// A system call whose list is longer each time, up to `most` entries.
 struct GrowingSystem {
   int there = 3;
   int step = 0;

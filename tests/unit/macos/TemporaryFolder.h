@@ -13,7 +13,7 @@
 
 namespace qm::testing {
 
-/// A folder on the disk for as long as it lives.
+/// A folder on the disk that exists as long as this object.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What this project calls of AppKit.
+// The parts of AppKit that this project uses.
 #pragma once
 
 #include <Foundation/Foundation.h>

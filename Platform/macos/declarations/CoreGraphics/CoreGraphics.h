@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// What this project calls of CoreGraphics.
+// The parts of CoreGraphics that this project uses.
 #pragma once
 
 #include <stdbool.h>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// What the Mac's services ask of CoreFoundation, which GNUstep has not, answered by the same objects of Foundation's.
+// The functions of CoreFoundation that the macOS services call. GNUstep does not have them, so they are made from
+// Foundation's objects.
 #import <Foundation/Foundation.h>
 
 #include <cstring>

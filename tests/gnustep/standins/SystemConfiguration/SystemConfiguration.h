@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-// Who is at the console, as a test says it.
+// Returns the console user that a test has set.
 #import <Foundation/Foundation.h>
 
 using CFStringRef = const void*;
 
-/// Null while nobody is. Its caller releases the name.
+/// Null if nobody is at the console. The caller releases the name.
 CFStringRef SCDynamicStoreCopyConsoleUser(const void* store, unsigned* user, unsigned* group);
