@@ -68,16 +68,21 @@ platform::OSStatus permissionToUpdateFinder() {
   return ::AEDeterminePermissionToAutomateTarget(finder.get(), kFinderSuite, kUpdate, false);
 }
 
-UpdateEvent::UpdateEvent() : parts_(std::make_unique<Parts>()) { nameFinder(parts_->finder); }
+UpdateEvent::UpdateEvent() : parts_(std::make_unique<Parts>()) {
+  const Pool pool;
+  nameFinder(parts_->finder);
+}
 
 UpdateEvent::~UpdateEvent() = default;
 
 platform::OSStatus UpdateEvent::create() {
+  const Pool pool;
   return ::AECreateAppleEvent(kFinderSuite, kUpdate, parts_->finder.get(), kAutoGenerateReturnID, kAnyTransactionID,
                               parts_->event.get());
 }
 
 platform::OSStatus UpdateEvent::setLocation(const std::string& location) {
+  const Pool pool;
   return ::AEPutParamPtr(parts_->event.get(), keyDirectObject, typeFileURL, location.data(),
                          static_cast<Size>(location.size()));
 }

@@ -61,7 +61,8 @@ int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
 int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
   struct stat source {};
   if (::fstat(from, &source) != 0) return errno;
-  if (!macos::mayBeCloned(source.st_mode, source.st_flags)) return ENOTSUP;
+  // ENOTSUP would mean that the volume makes no clones.
+  if (!macos::mayBeCloned(source.st_mode, source.st_flags)) return EPERM;
   if (::fclonefileat(from, folder, name, CLONE_NOFOLLOW | CLONE_NOOWNERCOPY) != 0) return errno;
   const int error = openOwn(folder, name, clone);
   if (error == 0) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/privileges/MacAuthorization.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -48,14 +50,22 @@ std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder)
   return items;
 }
 
-bool putsIntoFolders(const std::string& tool) { return tool == "/bin/cp" || tool == "/bin/mv"; }
+bool isFolder(const std::string& path) {
+  struct stat found {};
+  return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+/// Whether the tool puts its items into the destination instead of in its place.
+bool putsIntoFolder(const std::string& tool, const std::string& destination) {
+  return (tool == "/bin/cp" || tool == "/bin/mv") && isFolder(destination);
+}
 
 /// All paths that the tool may use. They include the path that each item of a copy or move would get if the destination
-/// is an existing folder.
+/// is an existing folder. Nobody but root can make it one meanwhile, because the destination is among the paths.
 std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std::string>& arguments) {
   std::vector<std::string> paths;
   std::ranges::copy_if(arguments, std::back_inserter(paths), takesPathsOnly(tool) ? isNoOption : isPath);
-  if (!putsIntoFolders(tool) || paths.size() < 2) return paths;
+  if (paths.size() < 2 || !putsIntoFolder(tool, paths.back())) return paths;
   const std::size_t sources = paths.size() - 1;
   const std::string destination = paths.back();
   for (std::size_t i = 0; i < sources; ++i) {

@@ -203,6 +203,12 @@ TEST_F(MacAuthorizationTest, StartsNothingForRootWhereTheItemWouldGoIntoAFolderT
   }
 }
 
+TEST_F(MacAuthorizationTest, StartsAToolForRootThatReplacesAFile) {
+  const auto command = service.commandForRoot("/bin/cp", {"-f", "/usr/share", "/etc/hostname"});
+  EXPECT_EQ(command.tool, "/bin/cp");
+  EXPECT_THAT(command.arguments, ElementsAre("-f", "/usr/share", "/etc/hostname"));
+}
+
 TEST_F(MacAuthorizationTest, StartsNothingForRootOnAPathThatDependsOnTheFolderItIsStartedIn) {
   EXPECT_EQ(service.commandForRoot("/bin/rm", {"-Rdf", "share/item"}).tool, "/usr/bin/false");
   EXPECT_EQ(service.commandForRoot("/bin/rm", {"-Rdf", "item"}).tool, "/usr/bin/false");
