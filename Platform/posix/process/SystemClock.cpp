@@ -6,11 +6,17 @@
 namespace qm::posix {
 namespace {
 
+using std::chrono::microseconds;
 using std::chrono::steady_clock;
 
-std::timespec pauseOf(std::chrono::nanoseconds span) {
+std::timespec pauseOf(microseconds span) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(span);
-  return {.tv_sec = static_cast<std::time_t>(seconds.count()), .tv_nsec = static_cast<long>((span - seconds).count())};
+  const std::chrono::nanoseconds rest = span - seconds;
+  return {.tv_sec = static_cast<std::time_t>(seconds.count()), .tv_nsec = static_cast<long>(rest.count())};
+}
+
+microseconds sinceThen(steady_clock::time_point then) {
+  return std::chrono::floor<microseconds>(steady_clock::now() - then);
 }
 
 }  // namespace
@@ -33,10 +39,10 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
           static_cast<int>(local.tm_gmtoff / 60)};
 }
 
-/// Sleeps until a fixed moment. After each signal the time that is left is computed anew.
-void SystemClock::sleep(std::chrono::microseconds span) {
-  const auto end = steady_clock::now() + span;
-  for (std::chrono::nanoseconds left = span; left.count() > 0; left = end - steady_clock::now()) {
+/// What is left is computed anew after each signal. Any span can be asked for, so it is not converted to a finer unit.
+void SystemClock::sleep(microseconds span) {
+  const auto begin = steady_clock::now();
+  for (microseconds left = span; left > microseconds::zero(); left = span - sinceThen(begin)) {
     const std::timespec pause = pauseOf(left);
     ::nanosleep(&pause, nullptr);
   }
