@@ -78,7 +78,7 @@ TEST(RemovedFolder, LosesNoDocumentThatComesMeanwhile) {
         const std::string path = folder() + "/deep/place/document " + std::to_string(++number);
         const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
         if (fd >= 0) ::close(fd);
-        ::usleep(200);
+        ::usleep(200);  // without pauses the folder would hardly ever be hollow
         return fd >= 0;
       });
       Race race(name, kRemovalRounds, [&] { return writer.moves(); });

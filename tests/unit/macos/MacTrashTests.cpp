@@ -13,6 +13,7 @@
 
 #include "Platform/macos/files/TrashCalls.h"
 #include "tests/fakes/FakePlatform.h"
+#include "tests/support/PrivateMachine.h"
 #include "tests/unit/macos/TemporaryFolder.h"
 
 namespace qm::macos {
@@ -227,30 +228,36 @@ TEST_F(MacTrashTest, SaysAsRootThatAnItemIsMissing) {
 /// Root itself is at the console, and everybody could redirect the path.
 class MacTrashOfRootTest : public MacTrashTest {
  protected:
-  void SetUp() override {
-    if (::geteuid() != 0) GTEST_SKIP() << "needs root";
-    fakes.users.actAsRoot("root");
-    disk.addFile("Trash/b.txt");
-    disk.addFolder("open");
-    ::chmod(disk.at("open").c_str(), 0777);
+  void playAsRoot(const std::function<void()>& body) {
+    testing::runInPrivateMachine([&] {
+      fakes.users.actAsRoot("root");
+      disk.addFile("Trash/b.txt");
+      disk.addFolder("open");
+      ::chmod(disk.at("open").c_str(), 0777);
+      body();
+    });
   }
 };
 
 TEST_F(MacTrashOfRootTest, PutsAnItemBackAtItsPlaceAndMakesTheFolder) {
-  const platform::TrashedItem item{disk.at("Trash/b.txt"), disk.at("open/Quillmark/b.txt"), ""};
-  EXPECT_TRUE(putBack(item, platform::MissingFolders::AreMade));
-  EXPECT_TRUE(disk.has("open/Quillmark/b.txt"));
+  playAsRoot([&] {
+    const platform::TrashedItem item{disk.at("Trash/b.txt"), disk.at("open/Quillmark/b.txt"), ""};
+    EXPECT_TRUE(putBack(item, platform::MissingFolders::AreMade));
+    EXPECT_TRUE(disk.has("open/Quillmark/b.txt"));
+  });
 }
 
 TEST_F(MacTrashOfRootTest, PutsNothingBackBehindALinkThatAnybodyCouldHavePlanted) {
-  constexpr uid_t kSomebody = 65534;
-  std::filesystem::create_directory_symlink(disk.at("folder"), disk.at("open/way"));
-  EXPECT_EQ(::lchown(disk.at("open/way").c_str(), kSomebody, kSomebody), 0);
-  const auto status = putBack({disk.at("Trash/b.txt"), disk.at("open/way/b.txt"), ""});
-  EXPECT_EQ(status.code(), ELOOP);
-  EXPECT_THAT(status.localizedDescription(), HasSubstr("could have been planted"));
-  EXPECT_TRUE(disk.has("Trash/b.txt"));
-  EXPECT_FALSE(disk.has("folder/b.txt"));
+  playAsRoot([&] {
+    constexpr uid_t kSomebody = 65534;
+    std::filesystem::create_directory_symlink(disk.at("folder"), disk.at("open/way"));
+    EXPECT_EQ(::lchown(disk.at("open/way").c_str(), kSomebody, kSomebody), 0);
+    const auto status = putBack({disk.at("Trash/b.txt"), disk.at("open/way/b.txt"), ""});
+    EXPECT_EQ(status.code(), ELOOP);
+    EXPECT_THAT(status.localizedDescription(), HasSubstr("could have been planted"));
+    EXPECT_TRUE(disk.has("Trash/b.txt"));
+    EXPECT_FALSE(disk.has("folder/b.txt"));
+  });
 }
 
 }  // namespace
