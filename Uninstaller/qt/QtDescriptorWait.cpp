@@ -1,34 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "Uninstaller/qt/QtDescriptorWait.h"
 
-#include <poll.h>
-
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QSocketNotifier>
-#include <cerrno>
+
+#include "Platform/posix/process/Readable.h"
 
 namespace qm::qt {
 
-namespace {
-
-constexpr int kNoTimeLimit = -1;
-
-bool isReadable(int descriptor, int milliseconds) {
-  pollfd entry{.fd = descriptor, .events = POLLIN, .revents = 0};
-  int ready = 0;
-  do {
-    ready = ::poll(&entry, 1, milliseconds);
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
-}
-
-}  // namespace
-
 void QtDescriptorWait::waitUntilReadable(int descriptor) {
-  if (isReadable(descriptor, 0)) return;
+  if (posix::isReadable(descriptor, 0)) return;
   if (QCoreApplication::instance() == nullptr) {  // outside the application's life there are no events to serve
-    isReadable(descriptor, kNoTimeLimit);
+    posix::isReadable(descriptor, posix::kWithoutLimit);
     return;
   }
   QEventLoop loop;

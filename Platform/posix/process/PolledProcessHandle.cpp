@@ -3,31 +3,17 @@
 // `ProcessHandle` on systems whose calls accept no descriptor of a process. It polls its descriptor to learn whether
 // the child has exited. The calls get the process id, which is not reused before the child is reaped. Each such system
 // implements `open`.
-#include <poll.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 #include <csignal>
 
 #include "Platform/posix/process/ProcessHandle.h"
+#include "Platform/posix/process/Readable.h"
 
 namespace qm::posix {
-namespace {
 
-constexpr int kForever = -1;
-
-bool isReadable(int descriptor, int milliseconds) {
-  pollfd entry{descriptor, POLLIN, 0};
-  int ready = 0;
-  do {
-    ready = ::poll(&entry, 1, milliseconds);
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
-}
-
-}  // namespace
-
-void ProcessHandle::waitForExit() const { isReadable(descriptor(), kForever); }
+void ProcessHandle::waitForExit() const { isReadable(descriptor(), kWithoutLimit); }
 
 std::optional<int> ProcessHandle::reap() const {
   if (!isReadable(descriptor(), 0)) return std::nullopt;
