@@ -77,33 +77,7 @@ std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std:
 
 }  // namespace
 
-/// The output of a tool. Remembers whether the tool has ended.
-class ToolOutput final : public CommunicationsPipe {
- public:
-  explicit ToolOutput(std::FILE* file) : file_(file) {}
-  ToolOutput(const ToolOutput&) = delete;
-  ToolOutput& operator=(const ToolOutput&) = delete;
-  ~ToolOutput() override { static_cast<void>(std::fclose(file_)); }
-
-  int readCharacter() override {
-    const int character = std::fgetc(file_);
-    hasEnded_ = hasEnded_ || character < 0;
-    return character;
-  }
-
-  bool hasEnded() const { return hasEnded_; }
-  void waitForEnd() {
-    while (!hasEnded_) static_cast<void>(readCharacter());
-  }
-
- private:
-  std::FILE* file_;
-  std::atomic<bool> hasEnded_ = false;
-};
-
 MacAuthorization::MacAuthorization(platform::Console& console) : console_(console) {}
-
-MacAuthorization::~MacAuthorization() = default;
 
 AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                              AuthorizationRef* session) {
@@ -174,7 +148,7 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
 
 /// Also waits for tools whose output nobody reads.
 void MacAuthorization::releaseRights() {
-  std::vector<std::shared_ptr<ToolOutput>> outputs;
+  std::vector<std::shared_ptr<posix::ToolOutput>> outputs;
   std::vector<AuthorizationRef> ended;
   {
     const std::scoped_lock lock(mutex_);
@@ -218,7 +192,7 @@ AuthorizationRef MacAuthorization::systems(AuthorizationRef session) {
 }
 
 std::shared_ptr<CommunicationsPipe> MacAuthorization::keepOutput(std::FILE* output) {
-  auto kept = std::make_shared<ToolOutput>(output);
+  auto kept = std::make_shared<posix::ToolOutput>(output);
   const std::scoped_lock lock(mutex_);
   std::erase_if(outputs_, [](const auto& other) { return other->hasEnded(); });
   outputs_.push_back(kept);

@@ -12,10 +12,9 @@
 
 #include "Platform/AuthorizationServices.h"
 #include "Platform/Console.h"
+#include "Platform/posix/process/ToolOutput.h"
 
 namespace qm::macos {
-
-class ToolOutput;
 
 /// The system's Authorization Services. The tools that they start follow paths and remove even what only root can see.
 /// So this class limits the tools in two ways:
@@ -30,7 +29,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
   explicit MacAuthorization(platform::Console& console);
   MacAuthorization(const MacAuthorization&) = delete;
   MacAuthorization& operator=(const MacAuthorization&) = delete;
-  ~MacAuthorization() override;
+  ~MacAuthorization() override = default;
 
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
                                        platform::AuthorizationFlags flags,
@@ -70,8 +69,8 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::mutex mutex_;
   std::string hollowFolder_;                                                 // guarded by mutex_
   std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded by mutex_
-  std::vector<std::shared_ptr<ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
-  std::atomic<bool> nextIsRefused_ = false;           // the tool that was announced must not be started
+  std::vector<std::shared_ptr<posix::ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
+  std::atomic<bool> nextIsRefused_ = false;                  // the tool that was announced must not be started
 };
 
 }  // namespace qm::macos
