@@ -21,7 +21,7 @@ namespace qm::macos {
 ///
 /// - If a folder is to be removed only if it is empty, the tool gets the paths of the items that were found in it. It
 ///   never removes what is added meanwhile. If the folder cannot be shown to be empty, nothing is removed and no
-///   password is requested.
+///   password is requested. Until then no tool removes anything else.
 /// - A process run by root starts no tool on a path that others could redirect.
 class MacAuthorization final : public platform::AuthorizationServices {
  public:
@@ -55,9 +55,10 @@ class MacAuthorization final : public platform::AuthorizationServices {
   /// session once it has been freed.
   struct Session {
     platform::AuthorizationRef system = nullptr;  // null when its rights have been released
+    platform::AuthorizationFlags atRelease = 0;   // the option with which it is freed then
   };
 
-  platform::AuthorizationRef keep(platform::AuthorizationRef system);
+  platform::AuthorizationRef keep(const Session& session);
   /// The system's session; null if there is none, or if its rights have been released.
   platform::AuthorizationRef systems(platform::AuthorizationRef session);
   std::shared_ptr<platform::CommunicationsPipe> keepOutput(std::FILE* output);
@@ -66,6 +67,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
 
   platform::Console& console_;
+  std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; before mutex_
   std::mutex mutex_;
   std::string hollowFolder_;                                                 // guarded by mutex_
   std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded by mutex_
