@@ -106,6 +106,10 @@ ssize_t copyRange(int /*from*/, int /*to*/, off_t /*offset*/, std::size_t /*coun
 int openItself(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return -1;
+  if (S_ISSOCK(found.st_mode) || name == plain::kUnopenable) {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
   const int access = S_ISLNK(found.st_mode) ? O_PATH : O_RDONLY | O_NONBLOCK | O_NOCTTY;
   return ::openat(folder, name, access | O_NOFOLLOW | O_CLOEXEC);
 }
