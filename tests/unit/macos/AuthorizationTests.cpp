@@ -227,7 +227,7 @@ TEST_F(MacAuthorizationTest, StartsNothingForRootThatGoesIntoAFolderInWhichOther
       {"/bin/mv", {"-f", kOpenFolder, "/dev/quillmark"}},  // to another volume
   };
   for (const auto& [tool, arguments] : commands) {
-    EXPECT_EQ(service.commandForRoot(tool, arguments).tool, "/usr/bin/false") << tool;
+    ASSERT_EQ(service.commandForRoot(tool, arguments).tool, "/usr/bin/false") << tool;
     EXPECT_EQ(fakes.console.lines().back(),
               tool + " is not started as root: others than root can change what is in " + kOpenFolder + ".");
   }
