@@ -6,16 +6,15 @@
 #include <QApplication>
 #include <QEvent>
 #include <QObject>
-#include <QWidget>
 
 namespace qm::bench {
 
-/// Writes a byte to standard output when the first window paints.
+/// Writes a byte to standard output when anything in the first window is painted. A window that its contents cover
+/// completely is not painted itself.
 class FirstPaint : public QObject {
  public:
   bool eventFilter(QObject* object, QEvent* event) override {
-    const auto* widget = qobject_cast<QWidget*>(object);
-    if (event->type() == QEvent::Paint && widget != nullptr && widget->isWindow()) {
+    if (event->type() == QEvent::Paint && object->isWidgetType()) {
       if (::write(STDOUT_FILENO, "p", 1) != 1) ::_exit(1);
       qApp->removeEventFilter(this);
     }

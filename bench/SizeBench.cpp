@@ -222,12 +222,12 @@ void matchMany() {
   };
   const Contender glob = {"glob", {}, [&] { expectCount(globMatches(top), kMatches); }, {}};
   compare(
-      {.name = "*/*/match.conf in 200 x 200 folders",
+      {.name = "Find */*/match.conf in 200 x 200 folders",
        .bar = 1.15,
        .ours = {"filesMatchingWildcardPath:fromBasePath:", {}, ours, {}},
        .limit = {"openat of each folder", {}, [&] { expectCount(bareMatches(top), kMatches); }, {}},
        .peers = {glob,
-                 {"no openat of the innermost folders", {}, [&] { expectCount(barestMatches(top), kMatches); }, {}}},
+                 {"a search that opens no inner folder", {}, [&] { expectCount(barestMatches(top), kMatches); }, {}}},
        .rounds = 11});
   const std::string fewer = makeGrid(kSide / 10);
   const auto nothing = [](const std::string& base) {

@@ -14,8 +14,9 @@ namespace qm::posix {
 /// hidden name beside it, in one step, and removed there.
 ///
 /// A failure before the removal leaves the item as it was and no copy. If the removal fails midway, the copy stays and
-/// the error names the hidden remainder. If the process ends during a move, the item exists in both locations, or a
-/// hidden remainder of it at the old one.
+/// the error names the hidden remainder. If the process ends during the copy, the item is at its old location, and a
+/// hidden incomplete copy may be left beside the new one. If it ends later, the item exists in both locations, or it is
+/// complete at the new one with a hidden remainder beside the old one.
 FileError moveTree(const std::string& source, const std::string& destination);
 
 /// The same between two locations.

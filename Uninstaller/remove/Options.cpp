@@ -18,26 +18,27 @@ using uninstaller::translated;
 
 constexpr std::string_view kHelp = uninstaller::catalogued(R"(Usage: tessaly-remove [OPTION...]
 
-Moves what Tessaly consists of to the Trash, and removes the maker's folder if
-nothing is left in it. Without --yes nothing is done: it shows what would go.
+Moves the items of Tessaly to the Trash, and removes the maker's folder if
+nothing is left in it. Without --yes nothing is done: it shows what would be
+moved.
 
-What goes
-  --plan              Show what would go. Changes nothing.
+What is moved
+  --plan              Show what would be moved. Changes nothing.
   --yes               Do it.
-  --preferences       The preferences go as well.
-  --restore           Put back what your last run moved, from the Trash, where
-                      nothing else is now. What root's last run moved, for
-                      whomever, comes back for root.
+  --preferences       Move the preferences as well.
+  --restore           Put back what your last run moved, from the Trash. An item
+                      stays there if something else is at its path now. Root
+                      puts back what root's last run moved, for all its users.
 
 For whom (as root; otherwise it is always for you)
-  --user NAME         For this person. May be given more than once.
+  --user NAME         For this user. May be given more than once.
   --all-users         For every ordinary account of this computer.
-  --system-only       For nobody: only what belongs to the computer goes.
-  As root without any of these it is for the person at the computer. Each
-  person's items go to that person's Trash, the computer's to root's own.
+  --system-only       For no user: move only what belongs to the computer.
+  Without these options, root's run is for the user at the computer. Each
+  user's items go to that user's Trash, the computer's to root's own.
 
 How
-  --if-running=HOW    What to do where Tessaly runs for one of these persons:
+  --if-running=HOW    What to do if Tessaly is running for one of these users:
                       "refuse" (the default), "ask-to-quit" (and refuse if it
                       has not quit after ten seconds) or "end" (unsaved work in
                       it is lost).
@@ -47,11 +48,11 @@ How
   --version           Show the version.
 
 Exit status
-   0  nothing is left to remove or put back, also when nothing was there
+   0  nothing is left to remove or put back, also if nothing was there
    2  something is left
-   3  something is left for want of rights; root has them
+   3  something is left because rights are missing; root has them
   64  the command line is wrong
-  75  Tessaly runs, or another run is under way: try again later
+  75  Tessaly is running, or another run is in progress: try again later
 )");
 
 struct Flag {
