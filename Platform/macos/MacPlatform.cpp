@@ -34,7 +34,7 @@ struct Services {
         fileOperations(frontEnd.mainThread, threads, clock, posix::rightsForCopies(users)),
         itemLocks(users),
         finderInformation(users),
-        trash(users, clock, product.identifier) {
+        trash(users, clock, console, product.identifier) {
     platform = {.authorizationServices = &authorization,
                 .clock = &clock,
                 .console = &console,

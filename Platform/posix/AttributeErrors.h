@@ -22,4 +22,17 @@ inline bool hasNoRoomAfter(int error) { return error == ENOSPC || error == E2BIG
 /// The error number of an attempt to copy an attribute; 0 if the attribute is left out.
 inline int unlessOptional(int error) { return maySkipAfter(error) || hasNoRoomAfter(error) ? 0 : error; }
 
+/// The same for an attempt that could not open the source. A source that has vanished has nothing to copy.
+inline int unlessGone(int error) { return error == ENOENT ? 0 : unlessOptional(error); }
+
+/// Copies the parts of an item's attributes one after the other, all of them even if one is refused. Each part returns
+/// 0 or an error number. Returns the first error that is not optional.
+template <class... Copy>
+int copyAllParts(Copy... copy) {
+  int first = 0;
+  const auto add = [&](int error) { first = first != 0 ? first : unlessOptional(error); };
+  (add(copy()), ...);
+  return first;
+}
+
 }  // namespace qm::posix

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <utility>
 
 #include "Platform/posix/FileError.h"
@@ -49,15 +48,6 @@ struct MadeItem {
   UniqueFd item;
   struct stat attributes {};
 };
-
-int readLink(ItemName link, std::string& target) {
-  std::array<char, PATH_MAX> text{};
-  const ssize_t length = ::readlinkat(link.folder, link.name.c_str(), text.data(), text.size());
-  if (length < 0) return errno;
-  if (static_cast<std::size_t>(length) == text.size()) return ENAMETOOLONG;
-  target.assign(text.data(), static_cast<std::size_t>(length));
-  return 0;
-}
 
 /// Checks that the name of an item just created still refers to it, and not to something that somebody put there. An
 /// unpredictable name is no protection: everybody who may list the folder sees it.
@@ -117,7 +107,7 @@ ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attribu
 
 ItemCopyResult copyLink(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   std::string target;
-  if (const int error = readLink(from, target)) return {error, error == ENOENT};
+  if (const int error = readLinkText(from.folder, from.name, target)) return {error, error == ENOENT};
   if (::symlinkat(target.c_str(), to.folder, to.name.c_str()) != 0) return {errno};
   return finishMade(from, to, attributes, inherited);
 }

@@ -31,6 +31,11 @@ std::string folderOf(const std::string& path) {
   return slash == std::string::npos ? std::string() : withoutTrailingSlashes(item.substr(0, slash + 1));
 }
 
+bool isDirectlyIn(const std::string& folder, const std::string& path) {
+  const std::string name = nameIn(path);
+  return name != "." && name != ".." && folderOf(path) == withoutTrailingSlashes(folder);
+}
+
 int openPlace(const std::string& path, Place& place) {
   if (const int error = pathError(path)) return error;
   place.name = nameIn(path);

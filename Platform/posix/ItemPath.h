@@ -17,6 +17,9 @@ std::string nameIn(const std::string& path);
 /// The path of the parent folder.
 std::string folderOf(const std::string& path);
 
+/// Whether the path names an item of the folder and nothing deeper, as text.
+bool isDirectlyIn(const std::string& folder, const std::string& path);
+
 /// The path without trailing slashes, so that it names the item itself and never the target of a link of that name.
 std::string withoutTrailingSlashes(const std::string& path);
 

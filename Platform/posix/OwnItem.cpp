@@ -4,7 +4,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
@@ -49,6 +51,23 @@ bool isStill(int item, int folder, const std::string& name) {
   struct stat found {};
   return ::fstat(item, &own) == 0 && ::fstatat(folder, name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
          isSameItem(own, found);
+}
+
+int readLinkText(int folder, const std::string& name, std::string& text) {
+  std::array<char, PATH_MAX> found{};
+  const ssize_t length = ::readlinkat(folder, name.c_str(), found.data(), found.size());
+  if (length < 0) return errno;
+  if (static_cast<std::size_t>(length) == found.size()) return ENAMETOOLONG;
+  text.assign(found.data(), static_cast<std::size_t>(length));
+  return 0;
+}
+
+std::optional<std::string> readOwnLinkText(int item, int folder, const std::string& name) {
+  std::string text;
+  const int error = readLinkText(folder, name, text);
+  if (error == 0 && isStill(item, folder, name)) return text;
+  errno = error != 0 ? error : ESTALE;
+  return std::nullopt;
 }
 
 /// Memory cards have a single owner for everything, and servers map root to nobody.

@@ -105,7 +105,7 @@ int setFlags(int item, ItemFlags flags);
 /// system cannot create relative to a folder's descriptor.
 int makeNode(int folder, const char* name, mode_t mode, dev_t device);
 
-/// Removes the access lists that a new item inherited from its folder.
+/// Removes the access lists that a new item inherited from its folder, as far as the system allows that.
 void dropInheritedAccess(int item);
 
 /// Sets the creation date. ENOTSUP if the system does not allow that.

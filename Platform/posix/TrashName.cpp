@@ -2,6 +2,10 @@
 #include "Platform/posix/TrashName.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::posix {
 namespace {
@@ -48,6 +52,16 @@ unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken
     (isTaken(middle) ? taken : open) = middle;
   }
   return open;
+}
+
+int renameToFreeName(ItemName item, int folder, std::string& name, unsigned most) {
+  const TrashName names(item.name, NAME_MAX);
+  int error = EEXIST;
+  for (unsigned number = 1; error == EEXIST && number <= most; ++number) {
+    name = names.numbered(number);
+    error = renameExclusively(item.folder, item.name.c_str(), folder, name.c_str());
+  }
+  return error;
 }
 
 }  // namespace qm::posix

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/posix/ItemName.h"
+
 namespace qm::posix {
 
 /// The names that an item may get in the Trash: its own first, then "name 2.ext", "name 3.ext" … A name that is
@@ -27,5 +29,9 @@ class TrashName {
 /// A number from `first` on that is not taken. The number of calls is about twice the logarithm of how many are taken
 /// in a row. It is the smallest such number if the taken ones have no gaps.
 unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken);
+
+/// Moves an item into the folder in one step, under the first of its names that is free, and sets `name` to that.
+/// EEXIST if `most` names are taken. Returns 0 or an error number.
+int renameToFreeName(ItemName item, int folder, std::string& name, unsigned most = 10000);
 
 }  // namespace qm::posix

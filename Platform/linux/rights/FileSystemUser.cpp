@@ -26,13 +26,16 @@ std::vector<gid_t> threadGroups() {
 }
 
 // The user id is changed last: leaving root's removes the right to change the groups, and returning to it restores that
-// right.
+// right. These two calls do not report a failure.
 bool become(const FileSystemIdentity& identity) {
   const bool groups = setThreadGroups(identity.groups);
   ::setfsgid(identity.gid);
   ::setfsuid(identity.uid);
-  return groups && static_cast<gid_t>(::setfsgid(kNobody)) == identity.gid &&
-         static_cast<uid_t>(::setfsuid(kNobody)) == identity.uid;
+  return groups;
+}
+
+ThreadIds threadIds() {
+  return {.user = static_cast<uid_t>(::setfsuid(kNobody)), .group = static_cast<gid_t>(::setfsgid(kNobody))};
 }
 
 }  // namespace
@@ -44,17 +47,14 @@ FileSystemUser::FileSystemUser(const FileSystemIdentity* identity) : identity_(i
 }
 
 void FileSystemUser::enter() {
-  if (identity_ == nullptr || entered_) return;
-  entered_ = true;
-  ok_ = become(*identity_);
+  if (identity_ == nullptr) return;
+  taken_.take(
+      {identity_->uid, identity_->gid}, [this] { return become(*identity_); }, threadIds);
 }
 
-// A thread that stayed another user could neither finish nor undo what it has begun, so this is tried more than once.
 void FileSystemUser::leave() {
-  constexpr int kTries = 3;
-  if (!entered_) return;
-  entered_ = false;
-  for (int time = 0; time < kTries && !become(own_);) ++time;
+  taken_.giveBack(
+      {own_.uid, own_.gid}, [this] { return become(own_); }, threadIds);
 }
 
 }  // namespace qm::posix

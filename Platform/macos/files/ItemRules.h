@@ -7,21 +7,27 @@
 
 #include "Platform/macos/files/FlagBits.h"
 
-/// Rules for items on a Mac: which may be cloned, and which may be locked or unlocked.
+/// Rules for items on a Mac: which may be cloned, and what root may change. Each returns 0, or an error number if the
+/// item may not.
 namespace qm::macos {
 
 /// A clone has the attributes of its file from the beginning. So a file with a set-user-id or set-group-id bit is not
 /// cloned, because the clone may have another owner and would run with that owner's rights. A file that its owner may
-/// not read, or that is locked, is not cloned, because the clone could not be opened or changed.
-inline bool mayBeCloned(mode_t mode, std::uint32_t flags) {
-  return (mode & (S_ISUID | S_ISGID)) == 0 && (mode & S_IRUSR) != 0 && (flags & kLocked) == 0;
+/// not read, or that is locked, is not cloned, because the clone could not be opened or changed. The number is not
+/// ENOTSUP, which would mean that the volume makes no clones.
+inline int obstacleToCloning(mode_t mode, std::uint32_t flags) {
+  return (mode & (S_ISUID | S_ISGID)) != 0 || (mode & S_IRUSR) == 0 || (flags & kLocked) != 0 ? EPERM : 0;
 }
 
-/// Returns 0, or an error number if the lock of an item may not be changed. A link has no lock. Root changes the lock
-/// of no file that has another name elsewhere, because somebody may have linked another user's file here.
-inline int obstacleToLocking(const struct stat& item, bool isRoot) {
-  if (S_ISLNK(item.st_mode)) return ENOTSUP;
+/// Root changes nothing of a file that has another name elsewhere, because somebody may have linked another user's file
+/// here.
+inline int obstacleToChanging(const struct stat& item, bool isRoot) {
   return isRoot && !S_ISDIR(item.st_mode) && item.st_nlink > 1 ? EPERM : 0;
+}
+
+/// The same for the lock. A link has none.
+inline int obstacleToLocking(const struct stat& item, bool isRoot) {
+  return S_ISLNK(item.st_mode) ? ENOTSUP : obstacleToChanging(item, isRoot);
 }
 
 }  // namespace qm::macos

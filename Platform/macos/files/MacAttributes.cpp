@@ -12,18 +12,15 @@
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
-/// Two calls, so that the access list is copied even if an attribute is refused. On a Mac no attribute grants rights to
-/// a program, so it does not matter who owns the copy.
+/// On a Mac no attribute grants rights to a program, so it does not matter who owns the copy.
 int copyExtendedAttributes(int from, int to, OwnerKept /*ownerKept*/) {
-  const int attributes = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_XATTR)));
-  const int list = unlessOptional(errorOf(::fcopyfile(from, to, nullptr, COPYFILE_ACL)));
-  return attributes != 0 ? attributes : list;
+  return copyAllParts([&] { return errorOf(::fcopyfile(from, to, nullptr, COPYFILE_XATTR)); },
+                      [&] { return errorOf(::fcopyfile(from, to, nullptr, COPYFILE_ACL)); });
 }
 
 int copyExtendedAttributes(int fromFolder, const std::string& from, int to) {
   const UniqueFd source(openItself(fromFolder, from.c_str()));
-  if (!source) return errno == ENOENT ? 0 : unlessOptional(errno);
-  return copyExtendedAttributes(source.get(), to, OwnerKept::No);
+  return source ? copyExtendedAttributes(source.get(), to, OwnerKept::No) : unlessGone(errno);
 }
 
 /// Replaces the inherited list by an empty one.

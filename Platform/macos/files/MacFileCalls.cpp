@@ -11,20 +11,21 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Platform/macos/files/FlagBits.h"
 #include "Platform/macos/files/FolderRules.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/SecondTry.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/WholeList.h"
 #include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::posix {
 namespace {
-
-constexpr std::uint32_t kProtected = macos::kLocked | macos::kRestricted | macos::kNoUnlink;
 
 /// Both halves of a volume's identifier in one number.
 std::uint64_t numberOf(const fsid_t& volume) {
@@ -65,25 +66,15 @@ int identify(int folder, FolderIdentity& identity) {
 }
 
 bool isProtected(int folder, const char* name) {
-  struct stat found {};
-  return ::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) == 0 && (found.st_flags & kProtected) != 0;
+  const auto found = statusIn(folder, name);
+  return macos::isProtectedBy(found ? std::optional(found->st_flags) : std::nullopt);
 }
 
-bool holdsMountPoint(int folder) {
-  const std::string path = shownPath(folder);
-  return !path.empty() && macos::holdsAny(path, mountPoints());
-}
+bool holdsMountPoint(int folder) { return macos::holdsAny(shownPath(folder), mountPoints()); }
 
-int reserveSpace(int file, off_t, std::size_t count) {
-  fstore_t wanted{};
-  wanted.fst_flags = F_ALLOCATEALL;
-  wanted.fst_posmode = F_PEOFPOSMODE;
-  wanted.fst_length = static_cast<off_t>(count);
-  return errorOf(::fcntl(file, F_PREALLOCATE, &wanted));
-}
-
-/// On a Mac the kernel can copy only whole files, not parts of them.
+/// On a Mac the kernel can copy only whole files, not parts of them. Space is reserved only for such parts.
 ssize_t copyRange(int, int, off_t, std::size_t) { return -1; }
+int reserveSpace(int, off_t, std::size_t) { return ENOTSUP; }
 
 int flushVolume(int folder) {
   struct statfs volume {};
@@ -93,30 +84,24 @@ int flushVolume(int folder) {
 
 /// Also flushes the disk's own cache, unless the file system does not support that.
 int flushFile(int file) {
-  if (::fcntl(file, F_FULLFSYNC) == 0) return 0;
-  return errno == ENOTSUP || errno == EINVAL || errno == ENOTTY ? errorOf(::fsync(file)) : errno;
+  return flushAsFarAsSupported([&] { return errorOf(::fcntl(file, F_FULLFSYNC)); },
+                               [&] { return errorOf(::fsync(file)); });
 }
 
-/// The second attempt is for folders: since macOS 13 a folder that may not be read can be opened to name items in it.
 int openItself(int folder, const char* name) {
-  const int item = ::openat(folder, name, O_SYMLINK | O_EVTONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (item >= 0 || errno != EACCES) return item;
-  const int searched = ::openat(folder, name, lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (searched < 0) errno = EACCES;
-  return searched;
+  return openItemOrFolder(
+      [&] { return ::openat(folder, name, O_SYMLINK | O_EVTONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); },
+      [&] { return ::openat(folder, name, lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
 }
 
 int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchown(item, user, group)); }
 int setMode(int item, mode_t mode) { return errorOf(::fchmod(item, mode)); }
 int setTimes(int item, const std::array<timespec, 2>& times) { return errorOf(::futimens(item, times.data())); }
 
-/// Creates FIFOs only, and only since macOS 13. Older systems have no call that creates one relative to a folder's
-/// descriptor.
+/// The call is there since macOS 13.
 int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
-  using MakeFifo = int (*)(int, const char*, mode_t);
-  static const auto makeFifo = reinterpret_cast<MakeFifo>(::dlsym(RTLD_DEFAULT, "mkfifoat"));
-  if (!S_ISFIFO(mode) || makeFifo == nullptr) return ENOTSUP;
-  return errorOf(makeFifo(folder, name, mode & ALLPERMS));
+  static const auto makeFifo = reinterpret_cast<MakeFifoAt>(::dlsym(RTLD_DEFAULT, "mkfifoat"));
+  return makeFifoOnly(makeFifo, folder, name, mode);
 }
 
 timespec accessTime(const struct stat& attributes) { return attributes.st_atimespec; }

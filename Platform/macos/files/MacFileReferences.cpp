@@ -6,12 +6,14 @@
 #include <sys/fsgetpath.h>
 #include <sys/mount.h>
 #include <sys/param.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 
-#include "Platform/posix/FileError.h"
 #include "Platform/posix/rights/HeldPlace.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::macos {
 namespace {
@@ -31,20 +33,14 @@ bool readNumbers(const posix::Place& place, Numbers& numbers) {
   return ::getattrlistat(place.folder.get(), place.name.c_str(), &which, &numbers, sizeof numbers, FSOPT_NOFOLLOW) == 0;
 }
 
-/// The root is not in any folder, so it is named "." in itself.
-int openPlaceOf(const std::string& path, posix::Place& place) {
-  if (posix::withoutTrailingSlashes(path) != "/") return posix::openHeldPlace(path, place);
-  place = {posix::UniqueFd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), "."};
-  return posix::errorOf(place.folder.get());
-}
-
 }  // namespace
 
 std::shared_ptr<const NumberedItem> NumberedItem::at(const std::string& path) {
   posix::Place place;
   Numbers numbers{};
-  if (openPlaceOf(path, place) != 0 || !readNumbers(place, numbers)) return nullptr;
+  if (posix::openHeldPlaceOrRoot(path, place) != 0 || !readNumbers(place, numbers)) return nullptr;
   auto item = std::make_shared<NumberedItem>();
+  item->origin_ = path;
   item->device_ = numbers.device;
   item->volume_ = numbers.volume;
   item->number_ = numbers.file;
@@ -62,6 +58,18 @@ std::optional<std::string> NumberedItem::path() const {
   fsid_t volume = volume_;
   const ssize_t length = ::fsgetpath(text.data(), text.size(), &volume, number_);
   return length > 0 ? std::optional<std::string>(text.data()) : std::nullopt;
+}
+
+std::optional<struct stat> NumberedItem::status() const { return posix::statusIn(AT_FDCWD, handle().c_str()); }
+
+ssize_t NumberedItem::finderInformation(unsigned char* bytes, std::size_t size) const {
+  const ssize_t found = ::getxattr(handle().c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
+  if (found < 0 && errno == ENOATTR) errno = ENODATA;
+  return found;
+}
+
+int NumberedItem::setFinderInformation(const unsigned char* bytes, std::size_t size) const {
+  return ::setxattr(handle().c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
 }
 
 platform::FileReference MacFileReferences::make(const std::string& path) const {

@@ -17,10 +17,7 @@ namespace {
 bool setThreadIdentity(uid_t user, gid_t group) { return ::pthread_setugid_np(user, group) == 0; }
 #pragma clang diagnostic pop
 
-bool become(const FileSystemIdentity& identity) {
-  const gid_t group = groupOfThread(identity);
-  return setThreadIdentity(identity.uid, group) && ::geteuid() == identity.uid && ::getegid() == group;
-}
+ThreadIds threadIds() { return {.user = ::geteuid(), .group = ::getegid()}; }
 
 }  // namespace
 
@@ -30,21 +27,16 @@ FileSystemUser::FileSystemUser(const FileSystemIdentity* identity) : identity_(i
   enter();
 }
 
-/// Does nothing if the identity is the process's own, because the thread has these rights already. On some systems such
-/// an identity could not be given up again.
 void FileSystemUser::enter() {
-  if (identity_ == nullptr || entered_ || identity_->uid == own_.uid) return;
-  entered_ = true;
-  ok_ = become(*identity_);
+  if (!isAnothers(identity_, own_.uid)) return;
+  const ThreadIds wanted = idsOfThread(*identity_);
+  taken_.take(
+      wanted, [&] { return setThreadIdentity(wanted.user, wanted.group); }, threadIds);
 }
 
-/// Tries more than once, because a thread that kept the other identity could neither finish nor undo what it has begun.
 void FileSystemUser::leave() {
-  constexpr int kTries = 3;
-  if (!entered_) return;
-  entered_ = false;
-  int time = 0;
-  while (time < kTries && !setThreadIdentity(KAUTH_UID_NONE, KAUTH_GID_NONE)) ++time;
+  taken_.giveBack(
+      {own_.uid, own_.gid}, [] { return setThreadIdentity(KAUTH_UID_NONE, KAUTH_GID_NONE); }, threadIds);
 }
 
 }  // namespace qm::posix

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/files/MacItemLocks.h"
 
-#include <sys/attr.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 
+#include "Platform/macos/files/FlagCalls.h"
 #include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/rights/HeldPlace.h"
@@ -18,44 +16,36 @@ namespace {
 
 using posix::FileOperation;
 
-bool isLocked(const struct stat& item) { return !S_ISLNK(item.st_mode) && (item.st_flags & UF_IMMUTABLE) != 0; }
+bool isLocked(const struct stat& item) { return !S_ISLNK(item.st_mode) && (flagsIn(item) & kUserImmutable) != 0; }
 
 int find(const std::string& path, posix::HeldItem& held) {
   if (const int error = posix::holdItem(path, held)) return error;
-  return held.status.st_mode == 0 ? held.openError : 0;
-}
-
-/// For items that cannot be opened: this needs no permission to read. The name may refer to another item by now. So
-/// root does not use this, because somebody could make it change another user's item.
-int writeFlagsByName(const posix::Place& place, std::uint32_t flags) {
-  attrlist which{};
-  which.bitmapcount = ATTR_BIT_MAP_COUNT;
-  which.commonattr = ATTR_CMN_FLAGS;
-  return posix::errorOf(
-      ::setattrlistat(place.folder.get(), place.name.c_str(), &which, &flags, sizeof flags, FSOPT_NOFOLLOW));
+  return held.errorUnlessFound();
 }
 
 bool cannotBeOpened(const posix::HeldItem& held) {
   return !held.item && (held.openError == EACCES || S_ISSOCK(held.status.st_mode));
 }
 
+/// An item that cannot be opened is changed by its name, which may refer to another item by now. So root does not do
+/// that, because somebody could make it change another user's item.
 int setFlag(const std::string& path, bool immutable) {
   const bool isRoot = ::geteuid() == 0;
   posix::HeldItem held;
   if (const int error = find(path, held)) return error;
   if (isLocked(held.status) == immutable) return 0;
   if (const int obstacle = obstacleToLocking(held.status, isRoot)) return obstacle;
-  const std::uint32_t flags = held.status.st_flags ^ UF_IMMUTABLE;
-  if (held.item) return posix::errorOf(::fchflags(held.item.get(), flags));
+  const std::uint32_t flags = flagsIn(held.status) ^ kUserImmutable;
+  if (held.item) return changeFlags(held.item.get(), flags);
   if (isRoot || !cannotBeOpened(held)) return held.openError != 0 ? held.openError : EOPNOTSUPP;
-  return writeFlagsByName(held.place, flags);
+  return changeFlagsByName(held.place, flags);
 }
 
 }  // namespace
 
 platform::Status MacItemLocks::setImmutable(const std::string& path, bool immutable) {
   const posix::RightsForPaths rights(users_, {path});
-  const int error = rights.ok() || rights.arePlacesOnly() ? setFlag(path, immutable) : EPERM;
+  const int error = rights.okAtPlaces() ? setFlag(path, immutable) : EPERM;
   return posix::statusOf(immutable ? FileOperation::Lock : FileOperation::Unlock, error, path);
 }
 

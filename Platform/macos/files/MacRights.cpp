@@ -9,9 +9,12 @@
 #include <array>
 #include <cerrno>
 #include <memory>
+#include <optional>
 
 #include "Platform/macos/files/FolderRules.h"
+#include "Platform/posix/FileError.h"
 #include "Platform/posix/OwnItem.h"
+#include "Platform/posix/rights/AccessList.h"
 #include "Platform/posix/rights/SystemRights.h"
 
 namespace qm::posix {
@@ -22,42 +25,42 @@ struct FreeList {
 };
 using AccessList = std::unique_ptr<std::remove_pointer_t<acl_t>, FreeList>;
 
-static_assert(macos::kAddFile == ACL_ADD_FILE && macos::kAddFolder == ACL_ADD_SUBDIRECTORY);
-static_assert(macos::kDelete == ACL_DELETE && macos::kDeleteChild == ACL_DELETE_CHILD);
-static_assert(macos::kWriteSecurity == ACL_WRITE_SECURITY && macos::kChangeOwner == ACL_CHANGE_OWNER);
+static_assert(kAddFile == ACL_ADD_FILE && kAddFolder == ACL_ADD_SUBDIRECTORY);
+static_assert(kDelete == ACL_DELETE && kDeleteChild == ACL_DELETE_CHILD);
+static_assert(kWriteSecurity == ACL_WRITE_SECURITY && kChangeOwner == ACL_CHANGE_OWNER);
 
-macos::AccessEntry told(acl_entry_t entry) {
+AccessEntry told(acl_entry_t entry) {
   acl_tag_t tag = ACL_UNDEFINED_TAG;
   acl_permset_mask_t rights = 0;
   const bool isKnown = ::acl_get_tag_type(entry, &tag) == 0 && ::acl_get_permset_mask_np(entry, &rights) == 0;
   return {.isKnown = isKnown, .allows = tag == ACL_EXTENDED_ALLOW, .rights = rights};
 }
 
-/// A list that cannot be read to its end counts as one that grants writing. At its end the call fails with EINVAL.
-bool grantsWriting(acl_t list) {
-  acl_entry_t entry = nullptr;
-  for (int which = ACL_FIRST_ENTRY; ::acl_get_entry(list, which, &entry) == 0; which = ACL_NEXT_ENTRY) {
-    if (macos::grantsWriting(told(entry))) return true;
-  }
-  return errno != EINVAL;
+int readEntry(acl_t list, bool isFirst, AccessEntry& entry) {
+  acl_entry_t found = nullptr;
+  const int error = errorOf(::acl_get_entry(list, isFirst ? ACL_FIRST_ENTRY : ACL_NEXT_ENTRY, &found));
+  if (error == 0) entry = told(found);
+  return error;
+}
+
+std::optional<macos::FolderFacts> factsOf(int folder) {
+  struct statfs volume {};
+  struct stat found {};
+  if (::fstatfs(folder, &volume) != 0 || ::fstat(folder, &found) != 0) return std::nullopt;
+  return macos::FolderFacts{.isLocal = (volume.f_flags & MNT_LOCAL) != 0,
+                            .ignoresOwners = (volume.f_flags & MNT_IGNORE_OWNERSHIP) != 0,
+                            .mountedBy = volume.f_owner,
+                            .owner = found.st_uid};
 }
 
 }  // namespace
 
-bool isUserSpaceFileSystem(int folder) {
-  struct statfs volume {};
-  struct stat found {};
-  if (::fstatfs(folder, &volume) != 0 || ::fstat(folder, &found) != 0) return true;
-  return macos::isSomebodysWord({.isLocal = (volume.f_flags & MNT_LOCAL) != 0,
-                                 .ignoresOwners = (volume.f_flags & MNT_IGNORE_OWNERSHIP) != 0,
-                                 .mountedBy = volume.f_owner,
-                                 .owner = found.st_uid});
-}
+bool isUserSpaceFileSystem(int folder) { return macos::isSomebodysWord(factsOf(folder)); }
 
 bool hasListThatGrantsWriting(int folder) {
   const AccessList list(::acl_get_fd_np(folder, ACL_TYPE_EXTENDED));
-  if (!list) return errno != ENOENT && errno != EOPNOTSUPP && errno != ENOTSUP;
-  return grantsWriting(list.get());
+  if (!list) return grantsWritingWithoutList(errno);
+  return anyGrantsWriting([&](bool isFirst, AccessEntry& entry) { return readEntry(list.get(), isFirst, entry); });
 }
 
 std::string shownPath(int descriptor) {
@@ -65,14 +68,8 @@ std::string shownPath(int descriptor) {
   return ::fcntl(descriptor, F_GETPATH, path.data()) == 0 ? std::string(path.data()) : std::string();
 }
 
-/// The link is read by its name. The text counts only if the name still refers to the item that was opened.
 std::optional<std::string> readLink(int item, int folder, const std::string& name) {
-  std::array<char, MAXPATHLEN> text{};
-  const ssize_t length = ::readlinkat(folder, name.c_str(), text.data(), text.size());
-  if (length < 0) return std::nullopt;
-  if (isStill(item, folder, name)) return std::string(text.data(), static_cast<std::size_t>(length));
-  errno = ESTALE;
-  return std::nullopt;
+  return readOwnLinkText(item, folder, name);
 }
 
 }  // namespace qm::posix

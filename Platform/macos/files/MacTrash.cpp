@@ -8,9 +8,11 @@
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/foundation/Utf8.h"
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/macos/files/RootTrash.h"
 #include "Platform/macos/files/TrashCalls.h"
 #include "Platform/macos/files/TrashFailure.h"
+#include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/FolderListing.h"
 #include "Platform/posix/Move.h"
 #include "Platform/posix/SystemFileCalls.h"
@@ -32,6 +34,8 @@ constexpr const char* kNotInTrash = "it is not in the Trash";
 constexpr const char* kNoText = "its path is no text that the system could be told";
 constexpr const char* kNoRights = "there is nobody with whose rights that could be done";
 
+constexpr const char* kNotWrittenOut = "Changes may not be on the disk yet: ";
+
 /// Why a step failed: the error of the system's call, or `refusal` if that is not "".
 Status failureOf(int error, const std::string& refusal, const std::string& path) {
   return refusal.empty() ? trashFailure(error, path) : trashRefusal(error, refusal, path);
@@ -41,24 +45,10 @@ Status failureOf(int error, const std::string& refusal, const std::string& path)
 /// the note must stay.
 bool mayStillBeMoved(const Status& status) { return status.code() == EPERM || status.code() == EACCES; }
 
-/// The path without links on the way. If its folder cannot be opened, the path is returned unchanged.
-std::string withoutLinks(const std::string& path) {
-  posix::Place place;
-  if (posix::openHeldPlace(path, place) != 0) return path;
-  const std::string folder = posix::shownPath(place.folder.get());
-  return folder.empty() ? path : foundation::appendingPathComponent(folder, place.name);
-}
-
-bool isDirectlyIn(const std::string& trash, const std::string& path) {
-  const std::string name = posix::nameIn(path);
-  return name != "." && name != ".." && posix::folderOf(path) == posix::withoutTrailingSlashes(trash);
-}
-
 /// The mount point of the volume that an item at the path is on, or would be on. "" if it cannot be determined.
-std::string volumeOfPath(std::string path) {
+std::string volumeOfPath(const std::string& path) {
   posix::Place place;
-  while (path.size() > 1 && posix::openHeldPlace(path, place) == ENOENT) path = posix::folderOf(path);
-  return place.folder ? volumeOf(place.folder.get()) : std::string();
+  return posix::openNearestHeldPlace(path, place) == 0 ? volumeOf(place.folder.get()) : std::string();
 }
 
 }  // namespace
@@ -80,13 +70,18 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
   return recycled;
 }
 
+/// Root notes nothing on a file that has another name elsewhere, see `obstacleToChanging`.
+bool MacTrash::mayBeNoted(const HeldItem& item) const {
+  return item.item && obstacleToChanging(item.status, users_.realUserId() == 0) == 0;
+}
+
 /// An item that cannot be opened, or whose volume supports no notes, is moved without a note.
 Status MacTrash::recycleOne(const std::string& path, const std::string& trash, std::string& stored) {
   HeldItem leaving;
   if (const int error = posix::holdItem(path, leaving)) return failureOf(error, leaving.refusal, path);
   const int item = leaving.item.get();
   const std::string date = foundation::isoDate(clock_.localTime(clock_.now()));
-  const bool isNoted = leaving.item && notes_.write(item, {withoutLinks(path), date}) == 0;
+  const bool isNoted = mayBeNoted(leaving) && notes_.write(item, {posix::pathWithoutLinks(path), date}) == 0;
   Status status = users_.realUserId() == 0 ? recycleAsRoot(leaving, path, trash, stored) : recycleOwn(path, stored);
   if (!status && isNoted && !mayStillBeMoved(status)) notes_.remove(item);
   if (status) wasChanged(leaving.place);
@@ -136,7 +131,7 @@ void MacTrash::findIn(const std::string& trash, const std::string& origin, Trash
 
 TrashedItems MacTrash::itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) {
   TrashedItems found;
-  const std::string wanted = withoutLinks(origin);
+  const std::string wanted = posix::pathWithoutLinks(origin);
   for (const std::string& trash : trashesFor(origin, trashDirectory)) findIn(trash, wanted, found);
   std::ranges::sort(found.items, std::ranges::greater(), &TrashedItem::deletionDate);
   return found;
@@ -145,11 +140,12 @@ TrashedItems MacTrash::itemsFrom(const std::string& origin, const std::optional<
 Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::string>& trashDirectory,
                          platform::MissingFolders missing) {
   const std::vector<std::string> trashes = trashesFor(item.origin, trashDirectory);
-  const bool isInTrash = std::ranges::any_of(trashes, [&](auto& trash) { return isDirectlyIn(trash, item.path); });
+  const bool isInTrash =
+      std::ranges::any_of(trashes, [&](auto& trash) { return posix::isDirectlyIn(trash, item.path); });
   if (!isInTrash) return trashRefusal(EINVAL, kNotInTrash, item.path);
   const posix::RightsForPaths rights(users_, {item.path, item.origin});
   // Both places are held by descriptor, so root may use its own rights even if others could redirect the paths.
-  if (!rights.ok() && !rights.arePlacesOnly()) return trashRefusal(EPERM, kNoRights, item.path);
+  if (!rights.okAtPlaces()) return trashRefusal(EPERM, kNoRights, item.path);
   return moveBack(item, missing);
 }
 
@@ -160,7 +156,7 @@ Status MacTrash::moveBack(const TrashedItem& item, platform::MissingFolders miss
   if (error == 0) error = posix::openHeldPlace(item.origin, origin, &leaving.refusal, missing);
   if (error != 0) return failureOf(error, leaving.refusal, item.path);
   if (const auto failed = posix::moveTree(leaving.place, origin)) return trashFailure(failed.code, item.path);
-  if (leaving.item) notes_.remove(leaving.item.get());
+  if (mayBeNoted(leaving)) notes_.remove(leaving.item.get());
   wasChanged(leaving.place);
   wasChanged(origin);
   return Status::success();
@@ -178,7 +174,10 @@ void MacTrash::makeDurable() {
     const std::scoped_lock lock(mutex_);
     std::swap(volumes, changed_);
   }
-  for (const std::string& volume : volumes) writeOut(volume);
+  for (const std::string& volume : volumes) {
+    const int error = writeOut(volume);
+    if (error != 0) console_.print(posix::withSystemMessage(kNotWrittenOut + volume, error) + ".");
+  }
 }
 
 }  // namespace qm::macos

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <climits>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
@@ -19,12 +18,12 @@
 namespace qm::macos {
 namespace {
 
-constexpr unsigned kMostNames = 10000;
+constexpr const char* kStrangerIn = "another item has taken its place, and could not be moved back from ";
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-int refuse(HeldTrash& trash, std::string reason) {
+int refuse(HeldTrash& trash, std::string reason, int error = EPERM) {
   trash.refusal = std::move(reason);
-  return EPERM;
+  return error;
 }
 
 /// Creates the Trash with the user's rights, so that a link on the way cannot make root create a folder elsewhere.
@@ -61,22 +60,17 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
   return error != 0 ? error : openPinned(person->id, trash);
 }
 
-int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored) {
+int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, HeldTrash& trash, std::string& stored) {
   const int oldFolder = place.folder.get();
   const int trashFolder = trash.folder.get();
-  int error = EEXIST;
   std::string wanted;
-  const posix::TrashName names(place.name, NAME_MAX);
-  for (unsigned number = 1; error == EEXIST && number <= kMostNames; ++number) {
-    wanted = names.numbered(number);
-    error = posix::renameExclusively(oldFolder, place.name.c_str(), trashFolder, wanted.c_str());
-  }
+  int error = posix::renameToFreeName({oldFolder, place.name}, trashFolder, wanted);
   if (error != 0) return error;
   stored = foundation::appendingPathComponent(trash.path, wanted);
   const auto arrived = posix::statusIn(trashFolder, wanted.c_str());
   if (arrived && posix::isSameItem(*arrived, item)) return 0;
   error = posix::renameExclusively(trashFolder, wanted.c_str(), oldFolder, place.name.c_str());
-  return error != 0 ? error : ESTALE;
+  return error == 0 ? ESTALE : refuse(trash, kStrangerIn + stored, ESTALE);
 }
 
 }  // namespace qm::macos

@@ -16,7 +16,7 @@ namespace qm::macos {
 struct HeldTrash {
   posix::UniqueFd folder;
   std::string path;
-  std::string refusal;  ///< why this program refuses the Trash; "" if a system call failed
+  std::string refusal;  ///< why this program refuses the Trash or the item; "" if a system call failed
 };
 
 /// Opens the Trash at `path` for the user at the console. If it is missing, it is created with that user's rights.
@@ -25,8 +25,8 @@ int openTrashOfPerson(const platform::Users& users, const std::string& path, Hel
 
 /// Moves the item at `place` into the Trash in one step, under the first free name, and sets `stored` to its path
 /// there. `item` is the status of the item that was checked before. If another item has arrived, it is moved back
-/// (ESTALE). As long as the caller keeps the checked item open, no other item gets its number. Returns 0 or an error
-/// number; EXDEV if the Trash is on another volume.
-int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, const HeldTrash& trash, std::string& stored);
+/// (ESTALE); if that fails, `trash.refusal` says where it is. As long as the caller keeps the checked item open, no
+/// other item gets its number. Returns 0 or an error number; EXDEV if the Trash is on another volume.
+int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, HeldTrash& trash, std::string& stored);
 
 }  // namespace qm::macos

@@ -17,4 +17,14 @@ inline gid_t groupOfThread(const FileSystemIdentity& identity) {
   return isAdministrator ? kAdministrators : identity.gid;
 }
 
+inline ThreadIds idsOfThread(const FileSystemIdentity& identity) {
+  return {.user = identity.uid, .group = groupOfThread(identity)};
+}
+
+/// Whether a thread of the user `own` has to take the identity. Its own is not taken, because on some systems it could
+/// not be given up again.
+inline bool isAnothers(const FileSystemIdentity* identity, uid_t own) {
+  return identity != nullptr && identity->uid != own;
+}
+
 }  // namespace qm::posix

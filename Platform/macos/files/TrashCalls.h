@@ -22,7 +22,13 @@ TrashAnswer trashItem(const std::string& path);
 
 /// The mount point of the volume that an open folder is on; "" if it cannot be determined.
 std::string volumeOf(int folder);
-/// Flushes all changes on a volume to the disk, and waits for that.
-void writeOut(const std::string& volume);
+/// Flushes all changes on a volume to the disk, and waits for that. Returns 0 or an error number.
+int writeOut(const std::string& volume);
+
+/// The extended attribute of an open item. `writeAttribute` returns 0 or an error number. "" is read if there is none,
+/// or if it is longer than a note can be.
+int writeAttribute(int item, const std::string& name, const std::string& text);
+std::string readAttribute(int item, const std::string& name);
+void removeAttribute(int item, const std::string& name);
 
 }  // namespace qm::macos

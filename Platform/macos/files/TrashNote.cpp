@@ -2,11 +2,14 @@
 #include "Platform/macos/files/TrashNote.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "Platform/foundation/DateText.h"
 #include "Platform/foundation/PathComponents.h"
+#include "Platform/macos/files/TrashCalls.h"
 
 namespace qm::macos {
+
 std::string noteText(const TrashNote& note) { return note.deletionDate + " " + note.origin; }
 
 /// A note is the date, a space and the path.
@@ -18,5 +21,16 @@ std::optional<TrashNote> parsedNote(std::string_view text) {
   if (!foundation::isIsoDate(date) || !isPlain || foundation::goesUp(origin)) return std::nullopt;
   return TrashNote{std::string(origin), std::string(date)};
 }
+
+TrashNotes::TrashNotes(std::string_view product)
+    : attribute_(product.empty() ? std::string() : std::string(product) + ".trashed") {}
+
+int TrashNotes::write(int item, const TrashNote& note) const {
+  return attribute_.empty() ? ENOTSUP : writeAttribute(item, attribute_, noteText(note));
+}
+
+std::optional<TrashNote> TrashNotes::read(int item) const { return parsedNote(readAttribute(item, attribute_)); }
+
+void TrashNotes::remove(int item) const { removeAttribute(item, attribute_); }
 
 }  // namespace qm::macos

@@ -13,6 +13,7 @@
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "Platform/posix/rights/PathWriters.h"
+#include "Platform/posix/rights/ToolTrees.h"
 
 namespace qm::macos {
 namespace {
@@ -73,6 +74,15 @@ std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std:
     paths.push_back(foundation::appendingPathComponent(destination, name));
   }
   return paths;
+}
+
+/// Why root must not start the tool; "" if it may.
+std::string refusalForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
+  const std::vector<std::string> paths = pathsOf(tool, arguments);
+  const auto led = std::ranges::find_if(paths, isLed);
+  if (led != paths.end()) return "others than root could lead the way to " + *led + " elsewhere";
+  const std::string open = posix::treeThatOthersChange(tool, arguments, paths);
+  return open.empty() ? "" : "others than root can change what is in " + open;
 }
 
 }  // namespace
@@ -170,10 +180,9 @@ void MacAuthorization::releaseRights() {
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   const auto meant = asMeant(tool, arguments);
   if (!meant) return {kNothing, {}};
-  const std::vector<std::string> paths = pathsOf(tool, *meant);
-  const auto led = std::ranges::find_if(paths, isLed);
-  if (led == paths.end()) return {tool, *meant};
-  console_.print(tool + " is not started as root: others than root could lead the way to " + *led + " elsewhere.");
+  const std::string refusal = refusalForRoot(tool, *meant);
+  if (refusal.empty()) return {tool, *meant};
+  console_.print(tool + " is not started as root: " + refusal + ".");
   return {kNothing, {}};
 }
 

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "Platform/posix/rights/TakenRights.h"
+
 namespace qm::posix {
 
 /// A user's identity for permission checks in the file system.
@@ -28,8 +30,8 @@ class FileSystemUser {
   FileSystemUser& operator=(const FileSystemUser&) = delete;
   ~FileSystemUser() { leave(); }
 
-  /// Whether the thread has the requested rights and no others.
-  bool ok() const { return ok_; }
+  /// Whether the thread has the requested rights and no others. Also false if `leave` could not give them up.
+  bool ok() const { return taken_.ok(); }
 
   /// The identity whose rights it takes; null if it takes none.
   const FileSystemIdentity* identity() const { return identity_; }
@@ -41,8 +43,7 @@ class FileSystemUser {
  private:
   const FileSystemIdentity* identity_;
   FileSystemIdentity own_;
-  bool entered_ = false;
-  bool ok_ = true;
+  TakenRights taken_;
 };
 
 }  // namespace qm::posix

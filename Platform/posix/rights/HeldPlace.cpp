@@ -7,10 +7,13 @@
 #include <cerrno>
 #include <utility>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/MakeFolders.h"
+#include "Platform/posix/RemovalRules.h"
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/rights/PathWalk.h"
+#include "Platform/posix/rights/SystemRights.h"
 
 namespace qm::posix {
 namespace {
@@ -43,6 +46,28 @@ int openHeldPlace(const std::string& path, Place& place, std::string* refusal, M
   return 0;
 }
 
+int openHeldPlaceOrRoot(const std::string& path, Place& place) {
+  if (withoutTrailingSlashes(path) != "/") return openHeldPlace(path, place);
+  place = {UniqueFd(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), "."};
+  return errorOf(place.folder.get());
+}
+
+int openNearestHeldPlace(std::string path, Place& place) {
+  int error = openHeldPlace(path, place);
+  while (error == ENOENT && path.size() > 1) {
+    path = folderOf(path);
+    error = openHeldPlaceOrRoot(path, place);
+  }
+  return error;
+}
+
+std::string pathWithoutLinks(const std::string& path) {
+  Place place;
+  if (openHeldPlace(path, place) != 0) return path;
+  const std::string folder = shownPath(place.folder.get());
+  return folder.empty() ? path : foundation::appendingPathComponent(folder, place.name);
+}
+
 int openHeldFolder(const std::string& path, UniqueFd& folder, std::string* refusal) {
   Place place;
   if (const int error = openHeldPlace(path, place, refusal)) return error;
@@ -61,6 +86,11 @@ int holdItem(const std::string& path, HeldItem& held) {
   }
   if (held.openError == EOPNOTSUPP && S_ISSOCK(held.status.st_mode)) held.openError = 0;
   return 0;
+}
+
+int obstacleToRemoving(const std::string& path) {
+  Place place;
+  return openHeldPlace(path, place) == 0 ? obstacleToRemovingEntry(place.folder.get(), place.name) : 0;
 }
 
 }  // namespace qm::posix

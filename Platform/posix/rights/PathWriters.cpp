@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/posix/rights/PathWriters.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 
 #include "Platform/posix/ItemPath.h"
@@ -36,6 +38,12 @@ Writers writersOfPath(const std::string& path) {
   Writers writers = place->writers;
   if (!place->exists()) writers.add(writersOfNewEntry(place->folder.get()));
   return writers;
+}
+
+bool othersWriteBelow(const std::string& path) {
+  const UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (folder) return !onlyRootWritesTree(folder.get());
+  return errno != ENOENT && errno != ENOTDIR && errno != ELOOP;
 }
 
 }  // namespace qm::posix

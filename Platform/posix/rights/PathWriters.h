@@ -11,4 +11,8 @@ namespace qm::posix {
 /// be determined.
 Writers writersOfPath(const std::string& path);
 
+/// Whether anybody but root can change what is in the folder at the path or anywhere below it, for a path that nobody
+/// else can redirect. False for an item that is no folder. True if it cannot be determined.
+bool othersWriteBelow(const std::string& path);
+
 }  // namespace qm::posix

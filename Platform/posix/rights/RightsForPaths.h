@@ -28,6 +28,9 @@ class RightsForPaths {
   /// places that `pinPath` has found.
   bool arePlacesOnly() const { return whose_ == Whose::RootsInPlaces; }
 
+  /// Whether changes may be made at places that `pinPath` has found.
+  bool okAtPlaces() const { return ok() || arePlacesOnly(); }
+
  private:
   enum class Whose { TheProcesses, APersons, RootsInPlaces, Nobodys };
   Whose choose(const platform::Users& users, std::initializer_list<std::string> paths);

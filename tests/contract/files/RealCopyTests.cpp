@@ -39,20 +39,6 @@ std::string attribute(const std::string& path, const char* name) {
   return size < 0 ? "none" : std::string(value, static_cast<std::size_t>(size));
 }
 
-/// An access list that lets `kOther` read, in the system's format.
-std::string accessList() {
-  struct Entry {
-    std::uint16_t tag, rights;
-    std::uint32_t id;
-  };
-  constexpr std::uint32_t none = 0xffffffff;
-  const Entry entries[] = {{0x01, 6, none}, {0x02, 4, kOther}, {0x04, 0, none}, {0x10, 4, none}, {0x20, 0, none}};
-  const std::uint32_t version = 2;
-  std::string value(reinterpret_cast<const char*>(&version), sizeof version);
-  value.append(reinterpret_cast<const char*>(entries), sizeof entries);
-  return value;
-}
-
 TEST(CopyingOnDisk, KeepsModesAndTimesToTheNanosecond) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
@@ -194,7 +180,7 @@ TEST(CopyingOnDisk, KeepsAccessListsAndTakesNoneFromTheNewFolder) {
   runInPrivateMachine([] {
     const std::string from = openFolder("from");
     const std::string to = openFolder("to");
-    const std::string list = accessList();
+    const std::string list = accessListFor(kOther);
     makeFile(from + "/listed");
     makeFolders(from + "/folder/inner");
     makeFile(from + "/folder/plain");

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -59,6 +60,20 @@ inline struct stat attributesOf(const std::string& path) {
 }
 
 inline mode_t modeOf(const std::string& path) { return attributesOf(path).st_mode & 07777; }
+
+/// An access list that lets `reader` read, in the system's format.
+inline std::string accessListFor(uid_t reader) {
+  struct Entry {
+    std::uint16_t tag, rights;
+    std::uint32_t id;
+  };
+  constexpr std::uint32_t none = 0xffffffff;
+  const Entry entries[] = {{0x01, 6, none}, {0x02, 4, reader}, {0x04, 0, none}, {0x10, 4, none}, {0x20, 0, none}};
+  const std::uint32_t version = 2;
+  std::string value(reinterpret_cast<const char*>(&version), sizeof version);
+  value.append(reinterpret_cast<const char*>(entries), sizeof entries);
+  return value;
+}
 
 inline bool isThere(const std::string& path) {
   struct stat attributes {};

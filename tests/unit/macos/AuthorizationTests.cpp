@@ -6,9 +6,13 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <filesystem>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "Platform/macos/privileges/AuthorizationCalls.h"
 #include "Platform/macos/privileges/MacAuthorization.h"
@@ -317,9 +321,41 @@ TEST_F(MacAuthorizationTest, StartsNothingForRootWhereTheItemWouldGoIntoAFolderT
 }
 
 TEST_F(MacAuthorizationTest, StartsAToolForRootThatReplacesAFile) {
-  const auto command = service.commandForRoot("/bin/cp", {"-f", "/usr/share", "/etc/hostname"});
+  const auto command = service.commandForRoot("/bin/cp", {"-f", "/etc/passwd", "/etc/hostname"});
   EXPECT_EQ(command.tool, "/bin/cp");
-  EXPECT_THAT(command.arguments, ElementsAre("-f", "/usr/share", "/etc/hostname"));
+  EXPECT_THAT(command.arguments, ElementsAre("-f", "/etc/passwd", "/etc/hostname"));
+}
+
+/// A folder of the system's that everybody may write to, and one that only root may.
+const std::string kOpenFolder = std::filesystem::canonical("/tmp");
+constexpr const char* kRootsFolder = "/usr/share/misc";
+
+TEST_F(MacAuthorizationTest, StartsNothingForRootThatGoesIntoAFolderInWhichOthersWrite) {
+  const std::vector<std::pair<std::string, std::vector<std::string>>> commands = {
+      {"/bin/cp", {"-Rp", kOpenFolder, "/usr/quillmark"}},
+      {"/usr/bin/ditto", {kOpenFolder, "/usr/quillmark"}},
+      {"/usr/bin/ditto", {kRootsFolder, kOpenFolder}},
+      {"/bin/rm", {"-Rdf", kOpenFolder}},
+      {"/bin/rm", {"-fr", "/usr/quillmark", kOpenFolder}},
+      {"/bin/mv", {"-f", kOpenFolder, "/dev/quillmark"}},  // to another volume
+  };
+  for (const auto& [tool, arguments] : commands) {
+    ASSERT_EQ(service.commandForRoot(tool, arguments).tool, "/usr/bin/false") << tool;
+    EXPECT_EQ(fakes.console.lines().back(),
+              tool + " is not started as root: others than root can change what is in " + kOpenFolder + ".");
+  }
+}
+
+TEST_F(MacAuthorizationTest, StartsAToolForRootThatGoesIntoNoFolder) {
+  EXPECT_EQ(service.commandForRoot("/bin/rm", {"-df", kOpenFolder}).tool, "/bin/rm");
+  EXPECT_EQ(service.commandForRoot("/usr/bin/touch", {kOpenFolder}).tool, "/usr/bin/touch");
+  EXPECT_EQ(service.commandForRoot("/bin/cp", {"-f", "/usr/bin/true", "/usr"}).tool, "/bin/cp");
+}
+
+TEST_F(MacAuthorizationTest, StartsAToolForRootThatGoesIntoAFolderOfRoots) {
+  EXPECT_EQ(service.commandForRoot("/bin/cp", {"-Rp", kRootsFolder, "/usr/quillmark"}).tool, "/bin/cp");
+  EXPECT_EQ(service.commandForRoot("/bin/mv", {"-f", kRootsFolder, "/dev/quillmark"}).tool, "/bin/mv");
+  EXPECT_EQ(service.commandForRoot("/bin/rm", {"-Rdf", kRootsFolder}).tool, "/bin/rm");
 }
 
 TEST_F(MacAuthorizationTest, StartsNothingForRootOnAPathThatDependsOnTheFolderItIsStartedIn) {

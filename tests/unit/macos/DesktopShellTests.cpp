@@ -6,6 +6,7 @@
 
 #include "Platform/macos/desktop/DesktopCalls.h"
 #include "Platform/macos/files/MacFileReferences.h"
+#include "tests/unit/macos/FakeItem.h"
 
 namespace qm::macos {
 namespace {
@@ -19,7 +20,6 @@ struct Desktop {
   OSStatus located = 0;
   OSStatus sent = 0;
   OSStatus registered = 0;
-  std::optional<std::string> path = "/Applications/a.app";  // of every item
   std::vector<std::string> calls;
 };
 Desktop desktop;
@@ -42,11 +42,6 @@ std::string locationOf(const std::string& path) { return path.starts_with('/') ?
 OSStatus permissionToUpdateFinder() { return note("permission", desktop.permission); }
 OSStatus registerBundle(const std::string& path) { return note("register " + path, desktop.registered); }
 
-const NumberedItem* NumberedItem::in(const platform::FileReference& reference) {
-  return dynamic_cast<const NumberedItem*>(reference.item());
-}
-std::optional<std::string> NumberedItem::path() const { return desktop.path; }
-
 namespace {
 
 using ::testing::ElementsAre;
@@ -54,7 +49,11 @@ using ::testing::IsEmpty;
 
 class MacDesktopShellTest : public ::testing::Test {
  protected:
-  MacDesktopShellTest() { desktop = {}; }
+  MacDesktopShellTest() {
+    desktop = {};
+    onlyItem = {};
+    onlyItem.path = "/Applications/a.app";
+  }
 
   OSStatus update() {
     std::unique_ptr<platform::Alias> alias;
@@ -92,13 +91,13 @@ TEST_F(MacDesktopShellTest, EndsAtTheFirstStepThatFails) {
 }
 
 TEST_F(MacDesktopShellTest, SendsNothingOfAnItemWithoutALocation) {
-  desktop.path = "no path";
+  onlyItem.path = "no path";
   EXPECT_EQ(update(), platform::fnfErr);
   EXPECT_THAT(desktop.calls, IsEmpty());
 }
 
 TEST_F(MacDesktopShellTest, MakesNoAliasOfAnItemThatIsGone) {
-  desktop.path = std::nullopt;
+  onlyItem.path = std::nullopt;
   std::unique_ptr<platform::Alias> alias;
   EXPECT_EQ(shell.newMinimalAlias(item, &alias), platform::fnfErr);
   EXPECT_EQ(shell.newMinimalAlias({}, &alias), platform::fnfErr);

@@ -8,69 +8,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <map>
-#include <utility>
 
-#include "Platform/macos/files/TrashCalls.h"
 #include "tests/fakes/FakePlatform.h"
-#include "tests/support/PrivateMachine.h"
+#include "tests/unit/macos/FakeTrashCalls.h"
 #include "tests/unit/macos/TemporaryFolder.h"
 
 namespace qm::macos {
-namespace {
-
-using Number = std::pair<dev_t, ino_t>;
-
-/// The fake calls of the system, and the notes of the items.
-struct MadeUp {
-  TrashAnswer answer;
-  std::string trash;  // the folder to which the call moves an item; "" if it fails
-  std::vector<std::string> asked;
-  std::map<Number, std::string> notes;
-  int noteError = 0;  // why no note can be written
-  int notesRemoved = 0;
-  std::string volume;  // that every folder is on
-  std::vector<std::string> writtenOut;
-};
-MadeUp madeUp;
-
-Number numberOf(int item) {
-  struct stat found {};
-  EXPECT_EQ(::fstat(item, &found), 0);
-  return {found.st_dev, found.st_ino};
-}
-
-}  // namespace
-
-TrashAnswer trashItem(const std::string& path) {
-  madeUp.asked.push_back(path);
-  if (madeUp.trash.empty()) return madeUp.answer;
-  const std::string stored = madeUp.trash / std::filesystem::path(path).filename();
-  std::filesystem::rename(path, stored);
-  TrashAnswer done;
-  done.done = true;
-  done.path = stored;
-  return done;
-}
-
-std::string volumeOf(int /*folder*/) { return madeUp.volume; }
-void writeOut(const std::string& volume) { madeUp.writtenOut.push_back(volume); }
-
-TrashNotes::TrashNotes(std::string_view product) : attribute_(product) {}
-int TrashNotes::write(int item, const TrashNote& note) const {
-  if (madeUp.noteError != 0) return madeUp.noteError;
-  madeUp.notes[numberOf(item)] = noteText(note);
-  return 0;
-}
-std::optional<TrashNote> TrashNotes::read(int item) const {
-  const auto found = madeUp.notes.find(numberOf(item));
-  return found == madeUp.notes.end() ? std::nullopt : parsedNote(found->second);
-}
-void TrashNotes::remove(int item) const {
-  ++madeUp.notesRemoved;
-  madeUp.notes.erase(numberOf(item));
-}
-
 namespace {
 
 using ::testing::ElementsAre;
@@ -108,7 +51,7 @@ class MacTrashTest : public ::testing::Test {
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
-  MacTrash trash{fakes.users, fakes.clock, "com.example"};
+  MacTrash trash{fakes.users, fakes.clock, fakes.console, "com.example"};
 };
 
 TEST_F(MacTrashTest, TakesAnItemAndFindsItByWhereItCameFrom) {
@@ -254,6 +197,43 @@ TEST_F(MacTrashTest, WritesOutEachVolumeThatHasChangedOnce) {
   EXPECT_EQ(madeUp.writtenOut.size(), 1U);
 }
 
+TEST_F(MacTrashTest, SaysThatChangesMayNotBeOnTheDisk) {
+  EXPECT_TRUE(recycle("a.txt").status);
+  madeUp.writeOutError = EIO;
+  trash.makeDurable();
+  ASSERT_EQ(fakes.console.lines().size(), 1U);
+  EXPECT_THAT(fakes.console.lines().front(), HasSubstr("not be on the disk yet: " + disk.at("Volume") + ": "));
+}
+
+TEST_F(MacTrashTest, NotesNothingWithoutAProduct) {
+  MacTrash nameless{fakes.users, fakes.clock, fakes.console, ""};
+  EXPECT_TRUE(nameless.recycleItems(disk.at("folder"), disk.at("Trash"), {"a.txt"}).status);
+  EXPECT_THAT(madeUp.notes, IsEmpty());
+  EXPECT_THAT(nameless.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items, IsEmpty());
+  EXPECT_TRUE(nameless.putBack(inTrash("Trash/a.txt"), disk.at("Trash"), platform::MissingFolders::Fail));
+}
+
+TEST_F(MacTrashTest, MovesAFileWithAnotherNameWithItsNote) {
+  std::filesystem::create_hard_link(disk.at("folder/a.txt"), disk.at("other"));
+  EXPECT_TRUE(recycle("a.txt").status);
+  EXPECT_EQ(madeUp.notes.size(), 1U);
+}
+
+TEST_F(MacTrashTest, NotesNothingAsRootOnAFileWithAnotherName) {
+  actAsRoot();
+  std::filesystem::create_hard_link(disk.at("folder/a.txt"), disk.at("other"));
+  EXPECT_TRUE(recycle("a.txt").status);
+  EXPECT_TRUE(disk.has("Trash/a.txt"));
+  EXPECT_THAT(madeUp.notes, IsEmpty());
+}
+
+TEST_F(MacTrashTest, NotesAsRootWhereAFolderCameFrom) {
+  actAsRoot();
+  disk.addFolder("folder/inner/innermost");
+  EXPECT_TRUE(recycle("inner").status);
+  EXPECT_EQ(madeUp.notes.size(), 1U);
+}
+
 TEST_F(MacTrashTest, MovesNothingWhereNobodyIsLoggedIn) {
   EXPECT_EQ(trash.recycleItems(disk.at("folder"), std::nullopt, {"a.txt"}).status.code(), ENOENT);
   EXPECT_TRUE(disk.has("folder/a.txt"));
@@ -281,41 +261,6 @@ TEST_F(MacTrashTest, NeverPutsItemsAsRootIntoATrashThatOthersCanChange) {
 TEST_F(MacTrashTest, SaysAsRootThatAnItemIsMissing) {
   actAsRoot();
   EXPECT_EQ(recycle("missing").status.code(), ENOENT);
-}
-
-/// Root itself is at the console, and everybody could redirect the path.
-class MacTrashOfRootTest : public MacTrashTest {
- protected:
-  void playAsRoot(const std::function<void()>& body) {
-    testing::runInPrivateMachine([&] {
-      fakes.users.actAsRoot("root");
-      disk.addFile("Trash/b.txt");
-      disk.addFolder("open");
-      ::chmod(disk.at("open").c_str(), 0777);
-      body();
-    });
-  }
-};
-
-TEST_F(MacTrashOfRootTest, PutsAnItemBackAtItsPlaceAndMakesTheFolder) {
-  playAsRoot([&] {
-    const platform::TrashedItem item{disk.at("Trash/b.txt"), disk.at("open/Quillmark/b.txt"), ""};
-    EXPECT_TRUE(putBack(item, platform::MissingFolders::AreMade));
-    EXPECT_TRUE(disk.has("open/Quillmark/b.txt"));
-  });
-}
-
-TEST_F(MacTrashOfRootTest, PutsNothingBackBehindALinkThatAnybodyCouldHavePlanted) {
-  playAsRoot([&] {
-    constexpr uid_t kSomebody = 65534;
-    std::filesystem::create_directory_symlink(disk.at("folder"), disk.at("open/way"));
-    EXPECT_EQ(::lchown(disk.at("open/way").c_str(), kSomebody, kSomebody), 0);
-    const auto status = putBack({disk.at("Trash/b.txt"), disk.at("open/way/b.txt"), ""});
-    EXPECT_EQ(status.code(), ELOOP);
-    EXPECT_THAT(status.localizedDescription(), HasSubstr("could have been planted"));
-    EXPECT_TRUE(disk.has("Trash/b.txt"));
-    EXPECT_FALSE(disk.has("folder/b.txt"));
-  });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "Platform/posix/AttributeErrors.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/WholeList.h"
+#include "Platform/posix/rights/AccessList.h"
 
 namespace qm::macos {
 namespace {
@@ -15,15 +16,33 @@ namespace {
 
 constexpr mode_t kFile = S_IFREG | S_IRUSR | S_IWUSR;
 
-TEST(Clone, IsMadeOfAPlainFile) { EXPECT_TRUE(mayBeCloned(kFile, 0)); }
+TEST(Clone, IsMadeOfAPlainFile) { EXPECT_EQ(obstacleToCloning(kFile, kHidden), 0); }
 
 TEST(Clone, IsNotMadeOfAFileThatLendsRightsOrCannotBeOpenedOrChanged) {
-  EXPECT_FALSE(mayBeCloned(kFile | S_ISUID, 0));
-  EXPECT_FALSE(mayBeCloned(kFile | S_ISGID, 0));
-  EXPECT_FALSE(mayBeCloned(S_IFREG | S_IWUSR, 0));
+  EXPECT_EQ(obstacleToCloning(kFile | S_ISUID, 0), EPERM);
+  EXPECT_EQ(obstacleToCloning(kFile | S_ISGID, 0), EPERM);
+  EXPECT_EQ(obstacleToCloning(S_IFREG | S_IWUSR, 0), EPERM);
   for (const std::uint32_t flag : {kUserImmutable, kUserAppend, kSystemImmutable, kSystemAppend}) {
-    EXPECT_FALSE(mayBeCloned(kFile, flag)) << flag;
+    EXPECT_EQ(obstacleToCloning(kFile, flag), EPERM) << flag;
   }
+}
+
+TEST(FlagsOfACopy, AreThoseThatAnOwnerSets) {
+  constexpr std::uint32_t kTracked = 0x40;
+  constexpr std::uint32_t kCompressed = 0x20;
+  for (const std::uint32_t flag : {kNoDump, kUserImmutable, kUserAppend, kOpaque, kHidden}) {
+    EXPECT_EQ(flagsOfCopy(flag | kTracked), flag) << flag;
+  }
+  EXPECT_EQ(flagsOfCopy(kCompressed | kTracked | kSystemImmutable | kSystemAppend | kRestricted | kNoUnlink), 0U);
+}
+
+TEST(FlagsOfAnItem, ProtectItIfTheyForbidToChangeOrRemoveIt) {
+  for (const std::uint32_t flag :
+       {kUserImmutable, kUserAppend, kSystemImmutable, kSystemAppend, kRestricted, kNoUnlink}) {
+    EXPECT_TRUE(isProtectedBy(flag | kHidden)) << flag;
+  }
+  EXPECT_FALSE(isProtectedBy(kNoDump | kOpaque | kHidden));
+  EXPECT_FALSE(isProtectedBy(std::nullopt));
 }
 
 struct stat itemOf(mode_t mode, uid_t owner, nlink_t names) {
@@ -53,18 +72,38 @@ TEST(Lock, IsNotForRootToChangeOfAFileWithAnotherName) {
   EXPECT_EQ(obstacleToLocking(itemOf(kFile, 501, 2), false), 0);
 }
 
+TEST(Change, IsNotForRootToMakeOfAFileWithAnotherName) {
+  EXPECT_EQ(obstacleToChanging(itemOf(kFile, 0, 2), true), EPERM);
+  EXPECT_EQ(obstacleToChanging(itemOf(S_IFLNK, 0, 2), true), EPERM);
+  EXPECT_EQ(obstacleToChanging(itemOf(kFile, 0, 1), true), 0);
+  EXPECT_EQ(obstacleToChanging(itemOf(S_IFDIR, 0, 5), true), 0);
+  EXPECT_EQ(obstacleToChanging(itemOf(kFile, 501, 2), false), 0);
+}
+
 // ---- folders
 
 TEST(VolumeOfAFolder, IsTheSystemsWordWhereRootHasMountedItWithOwners) {
-  EXPECT_FALSE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
+  EXPECT_FALSE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
 }
 
 TEST(VolumeOfAFolder, IsSomebodysWordOtherwise) {
-  EXPECT_TRUE(isSomebodysWord({.isLocal = false, .ignoresOwners = false, .mountedBy = 0, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = true, .mountedBy = 0, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 501, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord({.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 99}));
+  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = false, .ignoresOwners = false, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = true, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 501, .owner = 0}));
+  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 99}));
+  EXPECT_TRUE(isSomebodysWord(std::nullopt));
 }
+
+using posix::AccessEntry;
+using posix::anyGrantsWriting;
+using posix::grantsWriting;
+using posix::grantsWritingWithoutList;
+using posix::kAddFile;
+using posix::kAddFolder;
+using posix::kChangeOwner;
+using posix::kDelete;
+using posix::kDeleteChild;
+using posix::kWriteSecurity;
 
 TEST(AccessEntry, GrantsWritingByAnyRightThatChangesWhatIsInTheFolder) {
   for (const std::uint64_t right : {kAddFile, kDelete, kAddFolder, kDeleteChild, kWriteSecurity, kChangeOwner}) {
@@ -79,6 +118,47 @@ TEST(AccessEntry, GrantsNoWritingByRightsToRead) {
 }
 
 TEST(AccessEntry, GrantsWritingWhereTheSystemDoesNotTellIt) { EXPECT_TRUE(grantsWriting(AccessEntry{})); }
+
+/// A list whose entries are read one after the other. Its last error is EINVAL unless reading fails.
+struct List {
+  std::vector<AccessEntry> entries;
+  int lastError = EINVAL;
+  std::size_t read = 0;
+
+  bool grants() {
+    return anyGrantsWriting([this](bool isFirst, AccessEntry& entry) {
+      EXPECT_EQ(isFirst, read == 0);
+      if (read == entries.size()) return lastError;
+      entry = entries[read++];
+      return 0;
+    });
+  }
+};
+constexpr AccessEntry kReads{.isKnown = true, .allows = true, .rights = 1U << 1U};
+constexpr AccessEntry kWrites{.isKnown = true, .allows = true, .rights = kAddFile};
+
+TEST(AccessList, GrantsWritingIfAnyEntryDoes) {
+  EXPECT_TRUE(List({kWrites}).grants());
+  EXPECT_TRUE(List({kReads, kReads, kWrites, kReads}).grants());
+  EXPECT_TRUE(List({kReads, AccessEntry{}}).grants());
+}
+
+TEST(AccessList, GrantsNoWritingIfAllEntriesWereRead) {
+  EXPECT_FALSE(List({}).grants());
+  EXPECT_FALSE(List({kReads, kReads}).grants());
+}
+
+TEST(AccessList, GrantsWritingIfItCannotBeReadToItsEnd) {
+  EXPECT_TRUE(List({{}, EIO}).grants());
+  EXPECT_TRUE(List({{kReads}, ENOMEM}).grants());
+}
+
+TEST(AccessList, GrantsNoWritingIfThereIsNone) {
+  for (const int error : {ENOENT, ENOTSUP, EOPNOTSUPP}) EXPECT_FALSE(grantsWritingWithoutList(error)) << error;
+  for (const int error : {EACCES, EIO, EBADF, ENOMEM}) EXPECT_TRUE(grantsWritingWithoutList(error)) << error;
+}
+
+TEST(MountPoints, AreHeldByNoFolderWithoutAPath) { EXPECT_FALSE(holdsAny("", {"/", "/Volumes/disk"})); }
 
 TEST(MountPoints, AreHeldByTheFoldersAboveThem) {
   EXPECT_TRUE(holdsAny("/Volumes", {"/", "/Volumes/disk"}));
@@ -137,6 +217,26 @@ TEST(AttributeOfACopy, StaysBehindWhereItIsRefusedOrHasNoRoom) {
 }
 
 TEST(AttributeOfACopy, FailsTheCopyWhereTheDiskDoes) { EXPECT_EQ(posix::unlessOptional(EIO), EIO); }
+
+TEST(AttributeOfACopy, IsNoneOfASourceThatHasVanished) {
+  EXPECT_EQ(posix::unlessGone(ENOENT), 0);
+  EXPECT_EQ(posix::unlessGone(EACCES), 0);
+  EXPECT_EQ(posix::unlessGone(EIO), EIO);
+}
+
+TEST(PartsOfAttributes, AreAllCopiedEvenIfOneIsRefused) {
+  std::string copied;
+  const auto part = [&](char name, int error) {
+    return [&copied, name, error] {
+      copied += name;
+      return error;
+    };
+  };
+  EXPECT_EQ(posix::copyAllParts(part('a', EPERM), part('b', 0)), 0);
+  EXPECT_EQ(posix::copyAllParts(part('c', EIO), part('d', EROFS)), EIO);
+  EXPECT_EQ(posix::copyAllParts(part('e', 0), part('f', EROFS)), EROFS);
+  EXPECT_EQ(copied, "abcdef");
+}
 
 }  // namespace
 }  // namespace qm::macos

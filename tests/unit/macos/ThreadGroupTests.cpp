@@ -15,5 +15,16 @@ TEST(GroupOfAThread, IsTheUsersOwnForAnybodyElse) {
   EXPECT_EQ(groupOfThread({.uid = 503, .gid = 20, .groups = {}}), 20U);
 }
 
+TEST(IdsOfAThread, AreTheUsersAndThatGroups) {
+  EXPECT_EQ(idsOfThread({.uid = 501, .gid = 20, .groups = {20, 80}}), (ThreadIds{501, kAdministrators}));
+}
+
+TEST(IdentityOfAThread, IsTakenOnlyIfItIsAnothers) {
+  const FileSystemIdentity person{.uid = 501, .gid = 20, .groups = {}};
+  EXPECT_TRUE(isAnothers(&person, 0));
+  EXPECT_FALSE(isAnothers(&person, 501));
+  EXPECT_FALSE(isAnothers(nullptr, 0));
+}
+
 }  // namespace
 }  // namespace qm::posix

@@ -9,9 +9,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <set>
+#include <utility>
 
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/NamedClone.h"
+#include "Platform/posix/RemovalRules.h"
+#include "Platform/posix/SecondTry.h"
 #include "Platform/posix/SystemFileCalls.h"
 
 namespace qm::testing::plain {
@@ -19,6 +24,7 @@ namespace {
 
 int clones = 0;
 bool cloning = true;
+std::function<void(int, const char*)> onClone;
 std::set<unsigned long> flagged;
 std::vector<std::string> noted;
 
@@ -30,9 +36,7 @@ unsigned long numberOf(int item) {
 void note(const char* what, unsigned long item) { noted.push_back(change(what, item)); }
 
 /// A clone has what its original has, but for what lends rights.
-int fillClone(int from, int clone) {
-  struct stat attributes {};
-  if (::fstat(from, &attributes) != 0) return errno;
+int fillClone(int from, const struct stat& attributes, int clone) {
   for (off_t done = 0; done < attributes.st_size;) {
     const ssize_t count = ::copy_file_range(from, &done, clone, nullptr, 65536, 0);
     if (count <= 0) return count == 0 ? EIO : errno;
@@ -40,10 +44,25 @@ int fillClone(int from, int clone) {
   return posix::errorOf(::fchmod(clone, attributes.st_mode & 0777));
 }
 
+/// The system's call: a clone by its name.
+int clone(int from, const struct stat& attributes, int folder, const char* name) {
+  if (!cloning) return ENOTSUP;
+  const posix::UniqueFd made(::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  if (!made) return errno;
+  if (const int error = fillClone(from, attributes, made.get())) {
+    ::unlinkat(folder, name, 0);
+    return error;
+  }
+  ++clones;
+  if (onClone) onClone(folder, name);
+  return 0;
+}
+
 }  // namespace
 
 int clonesMade() { return clones; }
 void refuseClones() { cloning = false; }
+void afterEachClone(std::function<void(int, const char*)> action) { onClone = std::move(action); }
 const std::vector<std::string>& changes() { return noted; }
 std::string change(const char* what, unsigned long item) { return std::string(what) + " " + std::to_string(item); }
 
@@ -78,22 +97,17 @@ bool isProtected(int folder, const char* name) {
   return ::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) == 0 && plain::flagged.contains(found.st_ino);
 }
 
-bool isRemovalDenied(int /*folder*/, const char* name) { return name == plain::kDenied; }
+bool isRemovalDenied(int folder, const char* name) {
+  return isRemovalDeniedBy([&] { return name == plain::kDenied ? EACCES : 0; }, folder, name);
+}
 
 int shareContents(int /*from*/, int /*to*/) { return ENOTSUP; }
 
 int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
-  if (!plain::cloning) return ENOTSUP;
-  clone.reset(::openat(folder, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  if (!clone) return errno;
-  const int error = plain::fillClone(from, clone.get());
-  if (error == 0) {
-    ++plain::clones;
-  } else {
-    ::unlinkat(folder, name, 0);
-    clone.reset();
-  }
-  return error;
+  struct stat attributes {};
+  if (::fstat(from, &attributes) != 0) return errno;
+  const auto make = [&] { return plain::clone(from, attributes, folder, name); };
+  return makeNamedClone(macos::obstacleToCloning(attributes.st_mode, 0), make, {folder, name}, clone);
 }
 
 int flushFile(int file) { return ::fsync(file) == 0 ? 0 : errno; }
@@ -102,7 +116,7 @@ int reserveSpace(int /*file*/, off_t /*offset*/, std::size_t /*count*/) { return
 int flushVolume(int folder) { return errorOf(::syncfs(folder)); }
 ssize_t copyRange(int /*from*/, int /*to*/, off_t /*offset*/, std::size_t /*count*/) { return -1; }
 
-/// No link can be opened otherwise here.
+/// No link can be opened otherwise here, and no socket at all.
 int openItself(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return -1;
@@ -111,7 +125,8 @@ int openItself(int folder, const char* name) {
     return -1;
   }
   const int access = S_ISLNK(found.st_mode) ? O_PATH : O_RDONLY | O_NONBLOCK | O_NOCTTY;
-  return ::openat(folder, name, access | O_NOFOLLOW | O_CLOEXEC);
+  return openItemOrFolder([&] { return ::openat(folder, name, access | O_NOFOLLOW | O_CLOEXEC); },
+                          [&] { return ::openat(folder, name, lookupFlag() | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
 }
 
 int setOwner(int item, uid_t user, gid_t group) { return errorOf(::fchownat(item, "", user, group, AT_EMPTY_PATH)); }
@@ -136,9 +151,8 @@ int setFlags(int item, ItemFlags flags) {
   return 0;
 }
 
-/// FIFOs only.
 int makeNode(int folder, const char* name, mode_t mode, dev_t /*device*/) {
-  return S_ISFIFO(mode) ? errorOf(::mkfifoat(folder, name, mode & 07777)) : ENOTSUP;
+  return makeFifoOnly(::mkfifoat, folder, name, mode);
 }
 
 int setCreationTime(const std::string& path, std::chrono::system_clock::time_point) {

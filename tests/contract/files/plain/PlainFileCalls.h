@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace qm::testing::plain {
 int clonesMade();
 /// From now on no volume can clone.
 void refuseClones();
+/// Calls `action` between the creation of a clone and its first use, with its folder and name.
+void afterEachClone(std::function<void(int folder, const char* name)> action);
 
 /// A file whose mode has the sticky bit is taken for one with a flag.
 inline constexpr unsigned kFlaggedMode = 01000;

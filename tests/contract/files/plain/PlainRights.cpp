@@ -1,47 +1,36 @@
 // SPDX-License-Identifier: MIT
 #include "tests/contract/files/plain/PlainRights.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
-#include <climits>
 #include <set>
-#include <utility>
 
+#include "Platform/posix/OwnItem.h"
 #include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/Writers.h"
 
 namespace qm::testing::plain {
 namespace {
 
-using Number = std::pair<dev_t, ino_t>;
-std::set<Number> withList;
+std::set<ino_t> listed;
+
+ino_t numberOf(int folder) {
+  const auto status = posix::statusOf(folder);
+  return status ? status->st_ino : 0;
+}
 
 }  // namespace
 
-void giveListThatGrantsWriting(const std::string& folder) {
-  struct stat found {};
-  if (::stat(folder.c_str(), &found) == 0) withList.insert({found.st_dev, found.st_ino});
-}
+void letListGrantWriting(int folder) { listed.insert(numberOf(folder)); }
 
 }  // namespace qm::testing::plain
 
 namespace qm::posix {
 
-namespace plain = testing::plain;
-
 bool isUserSpaceFileSystem(int /*folder*/) { return false; }
 
-bool hasListThatGrantsWriting(int folder) {
-  struct stat found {};
-  return ::fstat(folder, &found) != 0 || plain::withList.contains({found.st_dev, found.st_ino});
-}
+bool hasListThatGrantsWriting(int folder) { return testing::plain::listed.contains(testing::plain::numberOf(folder)); }
 
-std::optional<std::string> readLink(int item, int /*folder*/, const std::string& /*name*/) {
-  std::array<char, PATH_MAX> text{};
-  const ssize_t length = ::readlinkat(item, "", text.data(), text.size());
-  if (length < 0) return std::nullopt;
-  return std::string(text.data(), static_cast<std::size_t>(length));
+std::optional<std::string> readLink(int item, int folder, const std::string& name) {
+  return readOwnLinkText(item, folder, name);
 }
 
 }  // namespace qm::posix

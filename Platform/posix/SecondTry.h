@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cerrno>
+
+#include "Platform/posix/FileError.h"
+
+/// What is tried if a system's first choice of call fails, and when.
+namespace qm::posix {
+
+/// `item` opens an item of any kind. If it may not be read, `folder` opens it for naming items in it, which takes fewer
+/// permissions but succeeds for a folder only. Both return a descriptor, or -1 with `errno`. So does this function; the
+/// error is that of the first attempt.
+template <class OpenItem, class OpenFolder>
+int openItemOrFolder(OpenItem item, OpenFolder folder) {
+  const int opened = item();
+  if (opened >= 0 || errno != EACCES) return opened;
+  const int searched = folder();
+  if (searched < 0) errno = EACCES;
+  return searched;
+}
+
+/// `whole` also flushes the disk's own cache. If the file system does not support that, `plain` is called. Both return
+/// 0 or an error number. Any other failure of `whole` is reported, because then the file may not be on the disk.
+template <class Whole, class Plain>
+int flushAsFarAsSupported(Whole whole, Plain plain) {
+  const int error = whole();
+  return error == ENOTSUP || error == EINVAL || error == ENOTTY ? plain() : error;
+}
+
+/// The system's call that creates a FIFO relative to a folder; null on a system without it.
+using MakeFifoAt = int (*)(int folder, const char* name, mode_t mode);
+
+/// Creates a FIFO, on systems that can create nothing else relative to a folder. Returns 0 or an error number; ENOTSUP
+/// for an item of another kind and without such a call.
+inline int makeFifoOnly(MakeFifoAt call, int folder, const char* name, mode_t mode) {
+  constexpr mode_t kPermissions = 07777;
+  if (!S_ISFIFO(mode) || call == nullptr) return ENOTSUP;
+  return errorOf(call(folder, name, mode & kPermissions));
+}
+
+}  // namespace qm::posix

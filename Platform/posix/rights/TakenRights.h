@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+
+namespace qm::posix {
+
+/// The ids of a thread that count in permission checks.
+struct ThreadIds {
+  uid_t user = 0;
+  gid_t group = 0;
+
+  bool operator==(const ThreadIds&) const = default;
+};
+
+/// The order in which a thread takes another user's rights and gives them back, over the system's calls. `call` returns
+/// whether it succeeded. `now` returns the ids that the thread has. They are compared after each call, because a call
+/// that succeeds may still have changed nothing.
+class TakenRights {
+ public:
+  /// Whether the thread has the rights that it took last, or has given them back. False after a call that failed, until
+  /// rights are taken anew.
+  bool ok() const { return ok_; }
+
+  /// Does nothing while the thread has taken rights. A call that failed counts as one that took some of them.
+  template <class Call, class Now>
+  void take(const ThreadIds& wanted, Call call, Now now) {
+    if (taken_) return;
+    taken_ = true;
+    ok_ = call() && now() == wanted;
+  }
+
+  /// Tries more than once, because a thread that kept the rights could neither finish nor undo what it has begun. If
+  /// every attempt fails, the rights stay taken and can be given back later.
+  template <class Call, class Now>
+  void giveBack(const ThreadIds& own, Call call, Now now) {
+    constexpr int kTries = 3;
+    for (int time = 0; taken_ && time < kTries; ++time) taken_ = !(call() && now() == own);
+    ok_ = ok_ && !taken_;
+  }
+
+ private:
+  bool taken_ = false;
+  bool ok_ = true;
+};
+
+}  // namespace qm::posix

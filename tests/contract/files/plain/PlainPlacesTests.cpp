@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+
+// Places and rights on a system that cannot open sockets, reads links by their name, and has access lists that modes do
+// not show.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include <cerrno>
+#include <functional>
+
+#include "Platform/posix/OwnItem.h"
+#include "Platform/posix/SystemFileCalls.h"
+#include "Platform/posix/TrashName.h"
+#include "Platform/posix/rights/HeldPlace.h"
+#include "Platform/posix/rights/PathWalk.h"
+#include "Platform/posix/rights/PathWriters.h"
+#include "tests/contract/files/RealFiles.h"
+#include "tests/contract/files/plain/PlainRights.h"
+
+namespace qm::testing {
+namespace {
+
+using posix::UniqueFd;
+
+UniqueFd opened(const std::string& folder) {
+  return UniqueFd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+TEST(HeldPlace, OfTheRootIsTheRootItself) {
+  for (const char* const path : {"/", "//"}) {
+    posix::Place place;
+    EXPECT_EQ(posix::openHeldPlaceOrRoot(path, place), 0);
+    EXPECT_EQ(place.name, ".");
+    const auto found = posix::statusIn(place.folder.get(), place.name.c_str());
+    EXPECT_TRUE(found && posix::isSameItem(*found, attributesOf("/")));
+  }
+}
+
+TEST(HeldPlace, OfAnyOtherItemIsItsFolderAndName) {
+  posix::Place place;
+  EXPECT_EQ(posix::openHeldPlaceOrRoot("/usr/bin/", place), 0);
+  EXPECT_EQ(place.name, "bin");
+  const auto found = posix::statusOf(place.folder.get());
+  EXPECT_TRUE(found && posix::isSameItem(*found, attributesOf("/usr")));
+  EXPECT_EQ(posix::openHeldPlaceOrRoot("/missing/bin", place), ENOENT);
+  EXPECT_EQ(posix::openHeldPlaceOrRoot("", place), EINVAL);
+}
+
+TEST(HeldPlace, IsTheNearestThatThereIs) {
+  posix::Place place;
+  const auto isIn = [&](const char* folder) {
+    const auto found = posix::statusOf(place.folder.get());
+    return found && posix::isSameItem(*found, attributesOf(folder));
+  };
+  EXPECT_EQ(posix::openNearestHeldPlace("/usr/missing/folder/item", place), 0);
+  EXPECT_TRUE(isIn("/usr"));
+  EXPECT_EQ(posix::openNearestHeldPlace("/missing/folder/item", place), 0);
+  EXPECT_TRUE(isIn("/"));
+  EXPECT_EQ(posix::openNearestHeldPlace("relative/item", place), EINVAL);
+  EXPECT_EQ(posix::openNearestHeldPlace("/etc/passwd/item", place), ENOTDIR);
+}
+
+TEST(PathWithoutLinks, KeepsOnlyTheLinkAtItsEnd) {
+  runInPrivateMachine([] {
+    const std::string folder = openFolder("folder");
+    makeFolders(folder + "/real");
+    ASSERT_EQ(::symlink("real", (folder + "/way").c_str()), 0);
+    asUser(kUser, kUser, [&] {
+      EXPECT_EQ(posix::pathWithoutLinks(folder + "/way/item"), folder + "/real/item");
+      EXPECT_EQ(posix::pathWithoutLinks(folder + "/way"), folder + "/way");
+      EXPECT_EQ(posix::pathWithoutLinks(folder + "/missing/item"), folder + "/missing/item");
+    });
+  });
+}
+
+TEST(FreeName, IsTheFirstThatNothingHas) {
+  runInPrivateMachine([] {
+    const std::string from = openFolder("from");
+    const std::string to = openFolder("to");
+    makeFile(from + "/a.txt", "moved");
+    makeFile(to + "/a.txt");
+    makeFile(to + "/a 2.txt");
+    const UniqueFd source = opened(from);
+    const UniqueFd goal = opened(to);
+    std::string name;
+    EXPECT_EQ(posix::renameToFreeName({source.get(), "a.txt"}, goal.get(), name, 2), EEXIST);
+    EXPECT_EQ(textOf(from + "/a.txt"), "moved");
+    EXPECT_EQ(posix::renameToFreeName({source.get(), "a.txt"}, goal.get(), name, 3), 0);
+    EXPECT_EQ(name, "a 3.txt");
+    EXPECT_EQ(textOf(to + "/a 3.txt"), "moved");
+    EXPECT_EQ(posix::renameToFreeName({source.get(), "a.txt"}, goal.get(), name), ENOENT);
+  });
+}
+
+TEST(HeldItem, IsFoundEvenIfItCannotBeOpened) {
+  runInPrivateMachine([] {
+    const std::string folder = openFolder("folder");
+    makeFile(folder + "/secret");
+    ASSERT_EQ(::chmod((folder + "/secret").c_str(), 0), 0);
+    ASSERT_EQ(::mknod((folder + "/socket").c_str(), S_IFSOCK | 0600, 0), 0);
+    const auto expectSocket = [&] {
+      posix::HeldItem socket;
+      EXPECT_EQ(posix::holdItem(folder + "/socket", socket), 0);
+      EXPECT_FALSE(socket.item);
+      EXPECT_EQ(socket.openError, 0);
+      EXPECT_TRUE(S_ISSOCK(socket.status.st_mode));
+    };
+    expectSocket();
+    asUser(kUser, kUser, [&] {
+      expectSocket();
+      posix::HeldItem secret;
+      EXPECT_EQ(posix::holdItem(folder + "/secret", secret), 0);
+      EXPECT_EQ(secret.openError, EACCES);
+      EXPECT_EQ(secret.errorUnlessFound(), 0);
+      posix::HeldItem missing;
+      EXPECT_EQ(posix::holdItem(folder + "/missing", missing), 0);
+      EXPECT_EQ(missing.errorUnlessFound(), ENOENT);
+    });
+  });
+}
+
+TEST(PinnedPlace, MayBeThatOfASocketButNotBehindOne) {
+  runInPrivateMachine([] {
+    const std::string socket = openFolder("folder") + "/socket";
+    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+    const auto place = posix::pinPath(socket, posix::LastLink::Stays);
+    ASSERT_TRUE(place);
+    EXPECT_TRUE(place->exists());
+    EXPECT_TRUE(place->writers.anybody);
+    const auto behind = posix::pinPath(socket + "/item", posix::LastLink::Stays);
+    ASSERT_FALSE(behind);
+    EXPECT_EQ(behind.problem().error, EOPNOTSUPP);
+  });
+}
+
+/// In a private machine, with a link "way" to "one" in a folder.
+void withLink(const std::function<void(const std::string& path, int folder, int link)>& body) {
+  runInPrivateMachine([&] {
+    const std::string path = openFolder("folder");
+    ASSERT_EQ(::symlink("one", (path + "/way").c_str()), 0);
+    const UniqueFd folder = opened(path);
+    const UniqueFd link(posix::openItself(folder.get(), "way"));
+    ASSERT_TRUE(link);
+    body(path, folder.get(), link.get());
+  });
+}
+
+TEST(TextOfALink, IsReadByItsName) {
+  withLink([](const std::string&, int folder, int link) {
+    EXPECT_EQ(posix::readOwnLinkText(link, folder, "way"), "one");
+    EXPECT_EQ(posix::readOwnLinkText(link, folder, "missing"), std::nullopt);
+    EXPECT_EQ(errno, ENOENT);
+  });
+}
+
+TEST(TextOfALink, DoesNotCountIfAnotherLinkHasTheName) {
+  withLink([](const std::string& path, int folder, int link) {
+    ASSERT_EQ(::symlink("two", (path + "/other").c_str()), 0);
+    ASSERT_EQ(::rename((path + "/other").c_str(), (path + "/way").c_str()), 0);
+    EXPECT_EQ(posix::readOwnLinkText(link, folder, "way"), std::nullopt);
+    EXPECT_EQ(errno, ESTALE);
+  });
+}
+
+TEST(TextOfALink, DoesNotCountIfTheNameIsTakenWhileItIsRead) {
+  withLink([](const std::string& path, int folder, int link) {
+    ASSERT_EQ(::symlink("two", (path + "/other").c_str()), 0);
+    afterSystemCall(SYS_readlinkat, [&] { ::rename((path + "/other").c_str(), (path + "/way").c_str()); });
+    EXPECT_EQ(posix::readOwnLinkText(link, folder, "way"), std::nullopt);
+    EXPECT_EQ(errno, ESTALE);
+  });
+}
+
+TEST(AccessList, MakesEverybodyAWriterEvenInAStickyFolder) {
+  runInPrivateMachine([] {
+    const std::string folder = machineFolder() + "/folder";
+    makeFolders(folder, 01777);
+    makeFile(folder + "/file");
+    const UniqueFd open = opened(folder);
+    const auto writers = [&] {
+      return posix::writersOfEntry(open.get(), attributesOf(folder), attributesOf(folder + "/file"));
+    };
+    EXPECT_FALSE(writers().anybody);
+    plain::letListGrantWriting(open.get());
+    EXPECT_TRUE(writers().anybody);
+  });
+}
+
+TEST(FolderOfRoots, IsOnlyRootsIfNobodyElseCanWriteAnywhereBelow) {
+  runInPrivateMachine([] {
+    const std::string folder = machineFolder() + "/folder";
+    makeFolders(folder + "/inner");
+    makeFile(folder + "/inner/file");
+    EXPECT_FALSE(posix::othersWriteBelow(folder));
+    EXPECT_FALSE(posix::othersWriteBelow(folder + "/inner/file"));
+    EXPECT_FALSE(posix::othersWriteBelow(folder + "/missing"));
+    plain::letListGrantWriting(opened(folder + "/inner").get());
+    EXPECT_TRUE(posix::othersWriteBelow(folder));
+  });
+  runInPrivateMachine([] {
+    const std::string folder = machineFolder() + "/folder";
+    makeFolders(folder + "/inner", 0777);
+    EXPECT_TRUE(posix::othersWriteBelow(folder));
+    ASSERT_EQ(::chmod((folder + "/inner").c_str(), 0755), 0);
+    ASSERT_EQ(::chown((folder + "/inner").c_str(), kUser, kUser), 0);
+    EXPECT_TRUE(posix::othersWriteBelow(folder));
+    ASSERT_EQ(::chmod(folder.c_str(), 0700), 0);
+    asUser(kUser, kUser, [&] { EXPECT_TRUE(posix::othersWriteBelow(folder)); });
+  });
+}
+
+}  // namespace
+}  // namespace qm::testing
