@@ -27,8 +27,7 @@ scale_by() {
   settings[GSScaleFactor]=$1
   write_settings
 }
-# On a Mac the scale makes points larger, and a screen has at least 1024 x 640 of them. So a small screen has no scale
-# beyond that.
+# A Mac's screen has at least 1024 x 640 points at every scale, so a smaller one is not scaled here.
 small_screen_scale=1
 
 # desktop_colors WINDOW TEXT BUTTON FIELD SELECTION
@@ -43,6 +42,7 @@ desktop_colors() {
     settings[${name}Color]=$(color "$4")
   done
   for name in selectedControl selectedTextBackground selectedMenuItem; do settings[${name}Color]=$(color "$5"); done
+  settings[disabledControlTextColor]='0.65 0.65 0.65' # readable on dark colours
   for name in selectedControlText selectedText selectedMenuItemText; do settings[${name}Color]=$(color "$1"); done
   write_settings
 }
