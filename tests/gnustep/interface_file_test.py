@@ -51,6 +51,15 @@ class InterfaceFile(unittest.TestCase):
                 if custom.get("customClass") in own - {"QMApplication"}:
                     self.assertRegex(CODE, rf"IBOutlet \w+\* {outlet.get('property')};")
 
+    def test_sends_the_system_only_actions_that_it_has(self):
+        # tests/macos/declarations compares these declarations with the system's.
+        declared = (ROOT / "Platform/macos/declarations/AppKit/AppKit.h").read_text(encoding="utf-8")
+        own = {each.get("id") for each in FILE.iter("customObject") if each.get("customClass") in ("AppController", "QMPlanController")}
+        sent = [action.get("selector") for action in FILE.iter("action") if action.get("target") not in own]
+        self.assertIn("terminate:", sent)
+        for selector in sent:
+            self.assertIn(f"- (void){selector}(id)sender;", declared)
+
     def test_leads_every_connection_to_something(self):
         ids = {each.get("id") for each in FILE.iter() if each.get("id")}
         for connection in [*FILE.iter("outlet"), *FILE.iter("action")]:
