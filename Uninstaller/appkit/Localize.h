@@ -8,7 +8,7 @@
 namespace qm::appkit {
 
 /// Translates titles, texts, tool tips, column headers and the texts for screen readers. A button at the window's right
-/// edge grows to the left if its title gets longer.
+/// edge grows to the left if its title gets longer. If a text needs more lines, the window gets higher.
 void localize(NSWindow* window);
 /// Translates a menu with its submenus.
 void localize(NSMenu* menu);

@@ -8,6 +8,9 @@
 
 namespace {
 
+/// More than the height of any text.
+constexpr CGFloat kUnlimited = 10000;
+
 NSString* inLanguage(NSString* english) {
   return [english length] == 0 ? english : qm::appkit::textOf(qm::uninstaller::translated([english UTF8String]));
 }
@@ -17,6 +20,7 @@ void forEach(NSArray* all, const Work& work) {
   for (NSUInteger index = 0; index < [all count]; ++index) work([all objectAtIndex:index]);
 }
 
+bool isAtTop(NSView* view) { return ([view autoresizingMask] & NSViewMinYMargin) != 0; }
 bool isAtRightEdge(NSView* view) { return ([view autoresizingMask] & NSViewMinXMargin) != 0; }
 
 CGFloat widthOfTitle(NSButton* button) {
@@ -41,6 +45,37 @@ void grow(NSButton* button) {
   });
 }
 
+CGFloat heightOfText(NSTextField* label) {
+  return [[label cell] cellSizeForBounds:NSMakeRect(0, 0, [label frame].size.width, kUnlimited)].height;
+}
+
+void makeHigher(NSWindow* window, CGFloat more) {
+  NSRect frame = [window frame];
+  frame.size.height += more;
+  [window setFrame:frame display:NO];
+}
+
+/// Makes the label higher if its text needs more lines. The window grows, so what is above the label keeps its distance
+/// from the window's top. What is below the label moves down, except for what is at the window's bottom.
+void growDown(NSTextField* label) {
+  const CGFloat more = heightOfText(label) - [label frame].size.height;
+  if (more <= 0) return;
+  makeHigher([label window], more);
+  const CGFloat place = [label frame].origin.y;
+  forEach([[label superview] subviews], [&](NSView* other) {
+    NSRect moved = [other frame];
+    if (!isAtTop(other) || moved.origin.y > place) return;
+    moved.origin.y -= more;
+    if (other == label) moved.size.height += more;
+    [other setFrame:moved];
+  });
+}
+
+void localizeLabel(NSTextField* label) {
+  [label setStringValue:inLanguage([label stringValue])];
+  if (isAtTop(label)) growDown(label);
+}
+
 void localizeButton(NSButton* button) {
   [button setTitle:inLanguage([button title])];
   if (isAtRightEdge(button)) grow(button);
@@ -55,10 +90,7 @@ void localizeColumns(NSTableView* list) {
 void localizeView(NSView* view) {
   if ([view isKindOfClass:[NSButton class]]) localizeButton(static_cast<NSButton*>(view));
   if ([view isKindOfClass:[NSTableView class]]) localizeColumns(static_cast<NSTableView*>(static_cast<id>(view)));
-  if ([view isKindOfClass:[NSTextField class]]) {
-    auto* const text = static_cast<NSTextField*>(static_cast<id>(view));
-    [text setStringValue:inLanguage([text stringValue])];
-  }
+  if ([view isKindOfClass:[NSTextField class]]) localizeLabel(static_cast<NSTextField*>(static_cast<id>(view)));
   if ([[view toolTip] length] > 0) [view setToolTip:inLanguage([view toolTip])];
   const auto description = qm::appkit::translatedDescription(qm::appkit::descriptionOf(view));
   if (description) qm::appkit::describe(view, *description);

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Builds for one architecture of a Mac on Linux, with what `scripts/setup macos` has brought. QM_MAC_ARCHITECTURE: arm64
-# (the default) or x86_64.
+# Builds on Linux for one architecture of a Mac, with the tools that `scripts/setup macos` has downloaded.
+# QM_MAC_ARCHITECTURE is arm64 (the default) or x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(QM_MAC_ARCHITECTURE arm64 CACHE STRING "The architecture: arm64 or x86_64")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QM_MAC_ARCHITECTURE)
@@ -17,10 +17,10 @@ set(CMAKE_OSX_SYSROOT "" CACHE PATH "")
 set(CMAKE_OSX_DEPLOYMENT_TARGET "" CACHE STRING "")
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
-# The frameworks by hand: their headers, and their libraries' stubs.
+# The hand-written headers of the frameworks, and the stubs that are generated from them.
 set(QM_MAC_DECLARATIONS ${CMAKE_CURRENT_LIST_DIR}/../../Platform/macos/declarations)
 set(QM_MAC_STUBS ${CMAKE_BINARY_DIR}/stubs)
-# A file's ending tells its language; a word for it is one too many for this compiler.
+# CMake's own rule has the option -x objective-c++, which this compiler rejects. The ending .mm is enough for it.
 set(CMAKE_OBJCXX_COMPILE_OBJECT
   "<CMAKE_OBJCXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -o <OBJECT> -c <SOURCE>")
 foreach(language C CXX OBJCXX)

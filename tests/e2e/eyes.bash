@@ -3,11 +3,9 @@
 
 # ---- on other desktops
 
-# uninstall_with NAME=VALUE...: the whole way with the environment given, one picture of each window.
-uninstall_with() {
-  install sam && hold_killall && start_display
-  desktop_colors 42,46,50 252,252,252 49,54,59 27,30,32 61,174,233
-  start_program "$@"
+# uninstall_on_this_desktop: the whole way, with one picture of each window.
+uninstall_on_this_desktop() {
+  start_program "${desktop[@]}"
   picture main-window
   main_window_size=$(xdotool getwindowgeometry "$window" | sed -n 's/.*Geometry: //p')
   main_window_light=$(brightness)
@@ -21,28 +19,6 @@ uninstall_with() {
   expect_disk "${options[@]}"
 }
 
-# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: the owner's settings for a desktop that says so in XDG_CURRENT_DESKTOP.
-desktop_with_colors=(XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5)
-desktop_colors() {
-  as_owner mkdir /home/sam/.config
-  as_owner tee /home/sam/.config/kdeglobals >/dev/null <<SETTINGS
-[Colors:Button]
-BackgroundNormal=$3
-ForegroundNormal=$2
-[Colors:Selection]
-BackgroundNormal=$5
-ForegroundNormal=$1
-[Colors:View]
-BackgroundNormal=$4
-ForegroundNormal=$2
-[Colors:Window]
-BackgroundNormal=$1
-ForegroundNormal=$2
-[KDE]
-widgetStyle=Fusion
-SETTINGS
-}
-
 # How bright the window is on the whole, in percent.
 brightness() {
   wait_until 10 is_drawn
@@ -51,16 +27,21 @@ brightness() {
 
 the_windows_are_dark_on_a_dark_desktop() {
   suffix=-dark
-  uninstall_with "${desktop_with_colors[@]}"
+  install sam && hold_killall && start_display
+  desktop_colors 42,46,50 252,252,252 49,54,59 27,30,32 61,174,233
+  uninstall_on_this_desktop
   [ "$main_window_light" -lt 40 ] || fail "the main window is $main_window_light % bright"
 }
 
 the_windows_grow_with_the_scale() {
   suffix=-200
-  uninstall_with QT_SCALE_FACTOR=2
+  install sam && hold_killall && start_display
+  scale_by 2
+  uninstall_on_this_desktop
   local large=$main_window_size width=${main_window_size%x*}
   [ "$main_window_light" -gt 60 ] || fail "the main window is $main_window_light % bright"
-  start_program
+  scale_by 1
+  start_program "${desktop[@]}"
   main_window_size=$(xdotool getwindowgeometry "$window" | sed -n 's/.*Geometry: //p')
   press Escape
   expect_end
@@ -71,7 +52,7 @@ the_windows_are_white_on_black_in_high_contrast() {
   suffix=-contrast
   install sam && start_display
   desktop_colors 0,0,0 255,255,255 0,0,0 0,0,0 255,255,0
-  start_program "${desktop_with_colors[@]}"
+  start_program "${desktop[@]}"
   press Tab
   picture main-window
   main_window_light=$(brightness)
@@ -107,12 +88,14 @@ is_on_screen() {
   [ "$left" -ge 0 ] && [ "$top" -ge 0 ] && [ $((left + width)) -le 1024 ] && [ $((top + height)) -le 600 ]
 }
 
-# Everything is there at 250 % on the smallest screen that is still sold, with the longest alert.
+# Everything is there on the smallest screen that is still sold, at the largest scale for it, with the longest alert.
 the_windows_fit_on_a_small_screen() {
   suffix=-small
   install sam && hold_killall
   chown root:root /Applications
-  start_display 1024x600 && start_program QT_SCALE_FACTOR=2.5
+  start_display 1024x600
+  scale_by $small_screen_scale
+  start_program "${desktop[@]}"
   wait_until 5 is_on_screen
   picture main-window
   local main=$window

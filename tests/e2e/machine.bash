@@ -19,6 +19,12 @@ fail() {
 
 # ---- the program's texts
 
+install_catalogues() {
+  local built
+  built=$(dirname "$program_file")/../share/locale
+  if [ -d "$built" ]; then mkdir -p $catalogues && cp -r "$built/." $catalogues; fi
+}
+
 # text ENGLISH: in the language that LANGUAGE names, if it does.
 text() {
   if [ -z "${LANGUAGE-}" ]; then echo "$1"; else TEXTDOMAINDIR=$catalogues gettext -se -d tessaly-uninstaller "$1"; fi
@@ -126,6 +132,7 @@ start_display() {
 # become_program [NAME=VALUE...]: as the owner, or as root with `as_root=yes`. Its output is in the file `said`.
 said=$work/program.log
 toolkit_options=()
+desktop=() # the environment of a desktop with settings of its own
 become_program() {
   local sanitizers=(ASAN_OPTIONS=exitcode=23:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
     "TSAN_OPTIONS=exitcode=66:suppressions=$support/tsan.supp" "LSAN_OPTIONS=suppressions=$support/lsan.supp:print_suppressions=0")
@@ -180,7 +187,14 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
-has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
+# Whether the window manager is told that the window can be closed, and so shows a close button: by a set of functions
+# (the first bit of the flags), with closing among them. Without such a set everything is allowed.
+can_be_closed() {
+  local flags functions
+  IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
+  [ $((flags & 1)) = 0 ] || [ $((functions & 33)) != 0 ]
+}
+cannot_be_closed() { ! can_be_closed; }
 
 # Sets `window` to the window with the title, which then gets the keyboard input.
 wait_for_window() {

@@ -3,9 +3,7 @@
 
 install_program() {
   cp "$program_file" $uninstaller
-  local built
-  built=$(dirname "$program_file")/../share/locale
-  if [ -d "$built" ]; then mkdir -p $catalogues && cp -r "$built/." $catalogues; fi
+  install_catalogues
 }
 
 press() { xdotool key "$@"; }
@@ -23,14 +21,6 @@ toggle_details() { press "alt+$(letter '&Details')"; }
 # As the window manager does when somebody wants it.
 ask_to_close() { press alt+F4; }
 
-# What the window manager is told: a set of functions (the first bit), with closing among them.
-can_be_closed() {
-  local flags functions
-  IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
-  [ $((flags & 1)) = 0 ] || [ $((functions & 33)) != 0 ]
-}
-expect_no_close_button() { ! can_be_closed || fail 'the window manager is told that the window can be closed'; }
-
 click() {
   point "$@"
   xdotool mousedown 1 mouseup 1
@@ -44,6 +34,35 @@ note_window() { box_top=$(($(window_height) - 149)); }
 preferences_are_ticked() { has_text_at "16x18+24+$box_top"; }
 # "What will be moved" has its first line.
 plan_is_filled() { has_text_at "200x10+30+$((box_top + 120))"; }
+
+has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
+
+# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: the owner's settings for a desktop that says so in XDG_CURRENT_DESKTOP.
+desktop_colors() {
+  desktop+=(XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5)
+  as_owner mkdir /home/sam/.config
+  as_owner tee /home/sam/.config/kdeglobals >/dev/null <<SETTINGS
+[Colors:Button]
+BackgroundNormal=$3
+ForegroundNormal=$2
+[Colors:Selection]
+BackgroundNormal=$5
+ForegroundNormal=$1
+[Colors:View]
+BackgroundNormal=$4
+ForegroundNormal=$2
+[Colors:Window]
+BackgroundNormal=$1
+ForegroundNormal=$2
+[KDE]
+widgetStyle=Fusion
+SETTINGS
+}
+
+scale_by() { desktop+=("QT_SCALE_FACTOR=$1"); }
+small_screen_scale=2.5
+
+no_display_message='no window can be opened'
 
 # Nothing of the toolkit's is in the way of the comparison.
 forget_toolkit() { :; }

@@ -45,3 +45,11 @@ set(QM_SCENARIOS
   as_root_what_will_be_moved_is_shown_and_hidden_and_changes_nothing
   as_root_an_item_on_another_volume_goes_to_the_trash_there
   as_root_names_in_the_trash_are_never_reused)
+
+# What depends on the desktop, also with every toolkit. In tests/e2e/CMakeLists.txt are those that only Qt can play.
+set(QM_DESKTOP_SCENARIOS
+  the_windows_are_dark_on_a_dark_desktop
+  the_windows_are_white_on_black_in_high_contrast
+  the_windows_grow_with_the_scale
+  the_windows_fit_on_a_small_screen
+  it_says_so_when_there_is_no_display)

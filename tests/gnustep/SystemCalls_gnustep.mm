@@ -6,14 +6,17 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
+
+#include "Uninstaller/Language.h"
+#include "Uninstaller/appkit/Text.h"
 
 namespace qm::appkit {
 
 namespace {
 
 constexpr CGFloat kAccessoryMargin = 12;
-NSString* const kAlertButton = @"OK";
 constexpr std::size_t kKeysInAByte = 8;
 
 /// A connection to the X server from which GNUstep gets its key events.
@@ -65,13 +68,21 @@ KeysDown& keysDown() {
   return *shared;
 }
 
+std::map<NSView*, Description>& descriptions() {
+  static auto* const shared = new std::map<NSView*, Description>;
+  return *shared;
+}
+
 NSPanel* alert = nil;
 NSSize accessorySize = NSZeroSize;
+
+/// On a Mac the system has this text in the user's language.
+NSString* alertButtonTitle() { return textOf(uninstaller::translated("OK")); }
 
 NSView* alertButton() {
   NSEnumerator* const views = [[[alert contentView] subviews] objectEnumerator];
   while (NSView* const view = [views nextObject]) {
-    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:kAlertButton])
+    if ([view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:alertButtonTitle()])
       return view;
   }
   return nil;
@@ -126,7 +137,7 @@ bool isRepeat(NSEvent* event) {
 }
 
 void runAlert(NSString* title, NSString* message, NSAlertStyle /*style*/, NSView* accessory) {
-  alert = NSGetAlertPanel(title, @"%@", kAlertButton, nil, nil, message);
+  alert = NSGetAlertPanel(title, @"%@", alertButtonTitle(), nil, nil, message);
   [alert setTitle:title];
   if (accessory != nil) insertAccessory(accessory);
   [alert center];
@@ -141,9 +152,13 @@ void fitAlert(NSView* accessory) {
   accessorySize = size;
 }
 
-/// Does nothing, because no screen reader reads windows of GNUstep.
-void describe(NSView* /*control*/, const Description& /*description*/) {}
+/// Only keeps the texts for the tests, because no screen reader reads windows of GNUstep.
+void describe(NSView* control, const Description& description) { descriptions()[control] = description; }
 
-Description descriptionOf(NSView* /*control*/) { return {}; }
+/// GNUstep ignores the descriptions in the interface file.
+Description descriptionOf(NSView* control) {
+  const auto found = descriptions().find(control);
+  return found == descriptions().end() ? Description{} : found->second;
+}
 
 }  // namespace qm::appkit

@@ -1,14 +1,28 @@
 # SPDX-License-Identifier: MIT
-"""What the interface file of the Mac's front end must hold, whichever tool has written it last."""
+"""Checks the interface file of the Mac's front end, and the colours in its code. These checks need no window, so they also
+cover what GNUstep does not have: screen readers and contrast themes."""
 
+import importlib.machinery
+import importlib.util
 import pathlib
 import re
 import unittest
 import xml.etree.ElementTree as xml
 
-APPKIT = pathlib.Path(__file__).resolve().parents[2] / "Uninstaller/appkit"
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+APPKIT = ROOT / "Uninstaller/appkit"
 FILE = xml.parse(APPKIT / "MainInterface.xib")
-CODE = "".join(path.read_text(encoding="utf-8") for path in sorted(APPKIT.glob("*.mm")))
+CODE = "".join(path.read_text(encoding="utf-8") for path in sorted(APPKIT.glob("**/*.mm")))
+# Colours that follow the appearance and the contrast that the user has chosen.
+SYSTEM_COLOURS = {"textColor", "controlTextColor", "labelColor", "textBackgroundColor", "controlBackgroundColor"}
+
+
+def catalogues():
+    """The keys of each language's catalogue."""
+    loader = importlib.machinery.SourceFileLoader("languages", str(ROOT / "scripts/languages"))
+    languages = importlib.util.module_from_spec(importlib.util.spec_from_loader("languages", loader))
+    loader.exec_module(languages)
+    return {each: {english for english, _ in languages.catalogue(each)} for each in languages.LANGUAGES}
 
 
 def owner():
@@ -37,6 +51,15 @@ class InterfaceFile(unittest.TestCase):
                 if custom.get("customClass") in own - {"QMApplication"}:
                     self.assertRegex(CODE, rf"IBOutlet \w+\* {outlet.get('property')};")
 
+    def test_sends_the_system_only_actions_that_it_has(self):
+        # tests/macos/declarations compares these declarations with the system's.
+        declared = (ROOT / "Platform/macos/declarations/AppKit/AppKit.h").read_text(encoding="utf-8")
+        own = {each.get("id") for each in FILE.iter("customObject") if each.get("customClass") in ("AppController", "QMPlanController")}
+        sent = [action.get("selector") for action in FILE.iter("action") if action.get("target") not in own]
+        self.assertIn("terminate:", sent)
+        for selector in sent:
+            self.assertIn(f"- (void){selector}(id)sender;", declared)
+
     def test_leads_every_connection_to_something(self):
         ids = {each.get("id") for each in FILE.iter() if each.get("id")}
         for connection in [*FILE.iter("outlet"), *FILE.iter("action")]:
@@ -46,18 +69,34 @@ class InterfaceFile(unittest.TestCase):
         ids = [each.get("id") for each in FILE.iter() if each.get("id")]
         self.assertEqual(len(ids), len(set(ids)))
 
+    def test_has_labels_that_cannot_be_edited(self):
+        for label in FILE.iter("textField"):
+            cell = label.find("textFieldCell")
+            self.assertEqual((cell.get("editable"), cell.get("selectable")), ("NO", "NO"), label.get("id"))
+
     def test_takes_every_colour_from_the_system(self):
         for colour in FILE.iter("color"):
             self.assertEqual((colour.get("catalog"), colour.get("colorSpace")), ("System", "catalog"))
 
-    def test_tells_those_who_see_nothing_what_each_control_is(self):
+    def test_takes_the_colours_of_the_code_from_the_system(self):
+        used = set(re.findall(r"\[NSColor (\w+)", CODE))
+        self.assertTrue(used)
+        self.assertLessEqual(used, SYSTEM_COLOURS)
+        self.assertNotRegex(CODE, r"CGColor|NSDeviceRGB|NSCalibrated")
+
+    def test_has_a_translated_name_and_help_of_each_control_for_screen_readers(self):
+        keys = catalogues()
+        self.assertEqual(sorted(keys), ["de", "es", "fr", "ja"])
         for control in [*FILE.iter("button"), *FILE.iter("progressIndicator"), *FILE.iter("tableView")]:
             cell = control.find("buttonCell")
             if cell is not None and cell.get("refusesFirstResponder") == "YES":
                 continue  # a control's caption, which only the mouse uses
             described = control.find("accessibility")
             self.assertIsNotNone(described, control.get("id"))
-            self.assertTrue(described.get("description"))
+            for text in (described.get("description"), described.get("help")):
+                self.assertTrue(text, control.get("id"))
+                for language, translated in keys.items():
+                    self.assertIn(text, translated, language)
 
     def test_lets_the_keyboard_walk_round(self):
         following = {view.get("id"): outlet.get("destination") for view in FILE.iter()

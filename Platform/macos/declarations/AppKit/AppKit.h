@@ -125,7 +125,13 @@ enum : NSAutoresizingMaskOptions { NSViewMinXMargin = 1, NSViewWidthSizable = 2,
 typedef NSInteger NSTextAlignment;
 enum : NSTextAlignment { NSTextAlignmentLeft = 0 };
 
+@interface NSCell : NSObject
+@property(copy) NSString* stringValue;
+- (NSSize)cellSizeForBounds:(NSRect)rect;
+@end
+
 @interface NSControl : NSView
+@property(strong) NSCell* cell;
 @property(assign) id target;
 @property SEL action;
 @property NSTextAlignment alignment;
@@ -175,10 +181,6 @@ enum : NSBorderType { NSBezelBorder = 2 };
 @property BOOL hasVerticalScroller;
 @property(readonly) NSSize contentSize;
 @property(retain) NSView* documentView;
-@end
-
-@interface NSCell : NSObject
-@property(copy) NSString* stringValue;
 @end
 
 @interface NSTableHeaderCell : NSCell
