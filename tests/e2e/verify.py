@@ -149,12 +149,12 @@ class Verifier:
         self.explained_new |= {info} | {kept + key for key in now}
 
     def handed_over(self, item):
-        """What root has moved lends nobody's rights, and its folders are the user's."""
+        """What root has moved lends nobody's rights, and its folders are the user's but keep their group."""
         if item is None or item["owner"] == self.user:
             return item
         mode = int(item["mode"], 8)
         if stat.S_ISDIR(mode):
-            return {**item, "mode": oct(mode & ~0o6000 | 0o700), "owner": self.user, "group": self.user}
+            return {**item, "mode": oct(mode & ~0o6000 | 0o700), "owner": self.user}
         return {**item, "mode": oct(mode & ~0o6000) if stat.S_ISREG(mode) else item["mode"]}
 
     def gone(self, path):
