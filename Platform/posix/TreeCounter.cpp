@@ -35,10 +35,15 @@ class TreeCounter::Visitor : public TreeVisitor {
   const std::function<bool()>& isUnwanted_;
 };
 
-void TreeCounter::count(const std::string& path, const std::function<bool()>& isUnwanted) {
+/// Nothing of the tree is open any more when it returns.
+void TreeCounter::walk(const std::string& path, const std::function<bool()>& isUnwanted) {
   Visitor visitor(*this, isUnwanted);
   Place place;
   if (openPlace(path, place) == 0) static_cast<void>(walkTree(place.folder.get(), place.name, visitor));
+}
+
+void TreeCounter::count(const std::string& path, const std::function<bool()>& isUnwanted) {
+  walk(path, isUnwanted);
   finished_ = true;
   finished_.notify_all();
 }

@@ -35,6 +35,7 @@ class TreeCounter {
 
  private:
   class Visitor;
+  void walk(const std::string& path, const std::function<bool()>& isUnwanted);
 
   std::atomic<bool> stopped_{false};
   std::atomic<bool> finished_{false};

@@ -2,6 +2,7 @@
 #include "tests/fakes/FakeThreads.h"
 
 #include <chrono>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -35,19 +36,30 @@ bool FakeThreads::detachNewThread(std::function<void()> body) {
   } else {
     ++running_;
     lock.unlock();
-    start(std::move(body));
+    return start(std::move(body));
   }
   return true;
 }
 
-void FakeThreads::start(std::function<void()> body) {
-  std::thread([this, body = std::move(body)]() mutable {
-    body();
-    body = nullptr;  // what it holds is released before the thread counts as ended
-    const std::scoped_lock lock(mutex_);
-    --running_;
-    ended_.notify_all();
-  }).detach();
+/// Like the services of the system, it returns false if there are no threads left.
+bool FakeThreads::start(std::function<void()> body) {
+  try {
+    std::thread([this, body = std::move(body)]() mutable {
+      body();
+      body = nullptr;  // what it holds is released before the thread counts as ended
+      countEnd();
+    }).detach();
+    return true;
+  } catch (const std::system_error&) {
+    countEnd();
+    return false;
+  }
+}
+
+void FakeThreads::countEnd() {
+  const std::scoped_lock lock(mutex_);
+  --running_;
+  ended_.notify_all();
 }
 
 }  // namespace qm::testing

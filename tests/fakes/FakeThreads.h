@@ -27,7 +27,8 @@ class FakeThreads : public platform::Threads {
   bool detachNewThread(std::function<void()> body) override;
 
  private:
-  void start(std::function<void()> body);
+  bool start(std::function<void()> body);
+  void countEnd();
 
   Calls& calls_;
   std::mutex mutex_;

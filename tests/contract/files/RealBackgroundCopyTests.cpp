@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
@@ -391,6 +393,52 @@ TEST(CopyingInTheBackgroundOnDisk, CountsNoFurtherOnceItIsCancelledWithoutASecon
       }
       EXPECT_EQ(copy.run(from + "/tree", to, "copy"), cancelled ? platform::userCanceledErr : 0);
       EXPECT_EQ(attributesOf(inner).st_atim.tv_sec == 1'000'000'000, cancelled);
+    }
+  });
+}
+
+// MARK: - The end of the copy
+
+/// From now on this thread and those it starts share one processor.
+void useOneProcessor() {
+  cpu_set_t processors;
+  ASSERT_EQ(::sched_getaffinity(0, sizeof processors, &processors), 0);
+  std::size_t first = 0;
+  while (!CPU_ISSET(first, &processors)) ++first;
+  CPU_ZERO(&processors);
+  CPU_SET(first, &processors);
+  ASSERT_EQ(::sched_setaffinity(0, sizeof processors, &processors), 0);
+}
+
+/// Makes each thread that counts wait while any other thread of this test has something to do.
+posix::CopyRights patientCounting() {
+  return [calls = std::make_shared<std::atomic<int>>(0)](const std::string&, const std::string&) {
+    const sched_param none{};
+    const bool counts = ++*calls % 2 == 0;
+    EXPECT_EQ(::sched_setscheduler(0, counts ? SCHED_IDLE : SCHED_OTHER, &none), 0);
+    return std::make_shared<char>();
+  };
+}
+
+// A copy that fails at once waits for the thread that counts. That thread is interrupted as soon as it has waked it.
+TEST(CopyingInTheBackgroundOnDisk, HoldsNothingOfTheSourceOpenWhenItReportsTheEnd) {
+  runInPrivateMachine([] {
+    const std::string to = openFolder("to");
+    makeFile(to + "/taken");
+    const std::string volume = machineFolder() + "/volume";
+    useOneProcessor();
+    for (int round = 0; round < 300 && !::testing::Test::HasFailure(); ++round) {
+      ASSERT_NO_FATAL_FAILURE(mountTmpfs(volume, "mode=0777"));
+      makeFolders(volume + "/tree");
+      RealCopies machine;
+      posix::PosixFileOperations service{machine.mainThread, machine.threads, machine.clock, patientCounting()};
+      BackgroundCopy copy(service, machine.mainThread);
+      copy.react([&](const platform::FileOperationReport& report) {
+        if (report.stage != FileOperationStage::Complete) return;
+        ASSERT_EQ(::umount2(volume.c_str(), 0), 0) << "in round " << round;
+      });
+      ASSERT_EQ(copy.run(volume + "/tree", to, "taken"), EEXIST);
+      EXPECT_TRUE(machine.threads.waitUntilAllEnded());
     }
   });
 }

@@ -62,6 +62,9 @@ class RealFileWorld : public FileWorld {
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
   }
 
+  /// Returns when no copy has a thread any more. A process does not end well while its threads still do.
+  bool waitForThreads() { return copies_.threads.waitUntilAllEnded(); }
+
   bool has(const std::string& path) override { return fs::exists(fs::symlink_status(path)); }
   std::optional<std::string> contents(const std::string& path) override {
     std::ifstream file(path, std::ios::binary);
@@ -101,7 +104,10 @@ void runInRealWorld(const FileCase& body) {
   runInPrivateMachine([&] {
     RealFileWorld world;
     ASSERT_NO_FATAL_FAILURE(world.prepare());
-    asUser(kUser, kUser, [&] { body(world); });
+    asUser(kUser, kUser, [&] {
+      body(world);
+      EXPECT_TRUE(world.waitForThreads());
+    });
   });
 }
 
