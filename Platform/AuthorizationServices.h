@@ -25,7 +25,7 @@ using AuthorizationFlags = std::uint32_t;
 inline constexpr AuthorizationFlags kAuthorizationFlagDefaults = 0;            ///< none of the others
 inline constexpr AuthorizationFlags kAuthorizationFlagInteractionAllowed = 1;  ///< a dialog may be shown
 inline constexpr AuthorizationFlags kAuthorizationFlagExtendRights = 2;        ///< missing rights are obtained
-inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;  ///< before a tool is started, not with it
+inline constexpr AuthorizationFlags kAuthorizationFlagPreAuthorize = 16;       ///< obtained before a tool is started
 
 /// One named value of a rights set or an environment.
 struct AuthorizationItem {
@@ -69,11 +69,12 @@ class AuthorizationServices {
   /// Makes a session without rights. `environment` is empty or has credentials, of which no copy is kept.
   virtual AuthorizationStatus create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                      AuthorizationRef* session) = 0;
-  /// States for which tool rights will be requested next, so that the message about a refusal can name the item that
-  /// stays. Starts nothing and opens no dialog.
+  /// Announces the tool and the arguments for which rights will be requested next. So the message about a refusal can
+  /// name the item that stays. If the service grants rights for one command at a time, they are granted for this one.
+  /// Starts nothing and opens no dialog.
   virtual void announce(const std::string& /*tool*/, const std::vector<std::string>& /*arguments*/) {}
-  /// Until "" is passed, a removal of this folder fails unless nothing but empty folders and housekeeping files is in
-  /// it.
+  /// From now on a removal of this folder succeeds only if nothing but empty folders and housekeeping files is in it.
+  /// "" ends this.
   virtual void expectHollowFolder(const std::string& /*folder*/) {}
   /// Obtains rights for a session; shows the system's dialog when the flags allow interaction. Keeps no copy
   /// of credentials.
@@ -90,7 +91,7 @@ class AuthorizationServices {
   /// remain, without their rights.
   virtual void releaseRights() {}
   /// The command that a root process starts in place of a system tool for files, on behalf of the user at the console.
-  /// Where others can change names, root must not use a tool that works by name.
+  /// If others can redirect a path, root must not use a tool that opens items by path.
   virtual ToolCommand commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
     return {tool, arguments};
   }

@@ -67,7 +67,8 @@ struct CopyObjectRequest {
   FileOperationCallback callback;                  ///< null for no reports
 };
 
-/// Copying in the background. Any thread, but `unschedule` inside a callback comes from the main thread.
+/// Copying in the background. Any thread. A callback runs on the main thread, so that is where it calls
+/// `unscheduleFromMainRunLoop`.
 class FileOperations {
  public:
   virtual ~FileOperations() = default;

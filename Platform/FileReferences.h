@@ -40,8 +40,9 @@ class FileReferences {
  public:
   virtual ~FileReferences() = default;
 
-  /// A reference to the item at an absolute path, to a symbolic link itself. Unfilled when nothing is there, or when
-  /// the system cannot keep another one (each may hold a descriptor as long as it lives).
+  /// A reference to the item at an absolute path. A symbolic link is not followed: the reference is to the link.
+  /// Unfilled when nothing is there, or when the system cannot keep another one (each may hold a descriptor as long as
+  /// it lives).
   virtual FileReference make(const std::string& path) const = 0;
   /// Where the item is now. Null for an unfilled reference, and when the item is gone or cannot be found.
   virtual std::optional<std::string> path(const FileReference& reference) const = 0;

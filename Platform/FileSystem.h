@@ -76,9 +76,9 @@ class FileSystem {
   /// The target of a symbolic link, verbatim; null when the item is not a link.
   virtual std::optional<std::string> destinationOfSymbolicLink(const std::string& path) const = 0;
 
-  /// Moves an item, a link as the link. Never replaces: anything at the destination, even a dangling link, makes it
-  /// fail. Across volumes the item is copied (see `copyItem`) and then removed. If the copy fails, the source is whole
-  /// and no part of the copy is left.
+  /// Moves an item. A link is moved itself, not its target. Never replaces: anything at the destination, even a
+  /// dangling link, makes it fail. Across volumes the item is copied (see `copyItem`) and then removed. If the copy
+  /// fails, the source is whole and no part of the copy is left.
   virtual Status moveItem(const std::string& source, const std::string& destination) = 0;
   /// Gives a file, or a link itself, a second name on its volume; the first exists throughout. Never replaces. Fails
   /// where the volume allows only one name for an item.
@@ -93,13 +93,13 @@ class FileSystem {
   /// mounted file system. Stops at the first failure and returns it.
   virtual Status removeItem(const std::string& path) = 0;
   /// Removes a folder that contains, at any depth, only folders and expendable items: items that are not folders and
-  /// have one of these names. Anything else, including a link, makes it fail with ENOTEMPTY before anything is removed;
-  /// so does a folder in it that cannot be listed (EACCES), another mounted file system (EBUSY) and an item that may
-  /// not be removed. What appears meanwhile is never removed; some of the expendable items and empty folders may then
-  /// be gone. A link to a folder is not a folder.
+  /// have one of these names. Everything is checked before anything is removed. Anything else, also a link with another
+  /// name, gives ENOTEMPTY. A folder in it that cannot be listed gives EACCES, another mounted file system EBUSY, and
+  /// an item that may not be removed EPERM. What appears meanwhile is never removed; some of the expendable items and
+  /// empty folders may then be gone. A link to a folder is not a folder.
   virtual Status removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) = 0;
 
-  /// Sets the creation date of an item, of a link itself. ENOTSUP where the system does not allow that.
+  /// Sets the creation date of an item. A link is not followed. ENOTSUP where the system does not allow that.
   virtual Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) = 0;
 
   /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link

@@ -20,8 +20,8 @@ class MainThread {
   /// Queues `work` for the main thread and returns.
   virtual void perform(std::function<void()> work) = 0;
 
-  /// Main thread only: takes at most one pending event, waiting up to `limit` for it, and passes it to the application.
-  /// Returns whether there was one.
+  /// Main thread only: serves the next pending event, waiting up to `limit` for it. A toolkit may serve several events
+  /// that are ready together. Returns whether there was one.
   virtual bool handleOneEvent(std::chrono::milliseconds limit) = 0;
 };
 

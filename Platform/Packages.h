@@ -5,7 +5,7 @@
 
 namespace qm::platform {
 
-/// Which folders people are shown as one item.
+/// Which folders are shown to the user as one item.
 class Packages {
  public:
   virtual ~Packages() = default;

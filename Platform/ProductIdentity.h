@@ -9,8 +9,8 @@ namespace qm::platform {
 /// every user. A program that runs as root has its own compiled in and takes none from its caller. Names may be left
 /// out: operations that need them fail and say so.
 struct ProductIdentity {
-  /// The program's file name. It stands for the program in messages if the system does not name the running one, and it
-  /// is the name of the folder of its information dictionary in `dataFolder`.
+  /// The program's file name. Messages use it if the system cannot tell the path of the running program. It is also the
+  /// name of the folder in `dataFolder` that has the program's information dictionary.
   std::string_view program{};
   /// Each user has one instance of the program with this identifier.
   std::string_view identifier{};

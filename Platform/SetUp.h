@@ -17,8 +17,8 @@ namespace qm::platform {
 /// the result of a timed operation, and in `platform().mainThread->handleOneEvent`. A program that copies in the
 /// background calls that until the last report has come. There is no `userInterface`.
 ///
-/// Pass `users` if the program is run by root and works for one user after another: it returns the current one. It must
-/// never be destroyed.
+/// Pass `users` if the program is run by root and works for one user after another. Its `consoleUser` returns the user
+/// whom the program works for at that moment. The object must never be destroyed.
 const Platform& setUp(const ProductIdentity& product, Users* users = nullptr);
 
 }  // namespace qm::platform

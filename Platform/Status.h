@@ -10,7 +10,7 @@ namespace qm::platform {
 /// Why an operation of the system failed.
 struct Failure {
   int code = 0;                      ///< the system's error number, 0 where there is none
-  std::string localizedDescription;  ///< one sentence for people, without a newline
+  std::string localizedDescription;  ///< one sentence for users, without a newline
 };
 
 /// The result of an operation that returns nothing but success or a reason.
@@ -23,7 +23,7 @@ class [[nodiscard]] Status {
 
   /// A success, by name.
   static Status success() { return {}; }
-  /// A failure with the system's error number and a sentence for people.
+  /// A failure with the system's error number and a sentence for users.
   static Status failed(int code, std::string description) { return Failure{code, std::move(description)}; }
 
   /// Whether it is a success.
@@ -33,7 +33,7 @@ class [[nodiscard]] Status {
 
   /// The system's error number, 0 after a success.
   int code() const { return failure_ ? failure_->code : 0; }
-  /// The sentence for people, "" after a success.
+  /// The sentence for users, "" after a success.
   const std::string& localizedDescription() const {
     static const std::string none;
     return failure_ ? failure_->localizedDescription : none;

@@ -55,16 +55,17 @@ class Trash {
 
   /// The items in the user's Trash that came from the path `origin`, from every Trash that `recycle`, or a move with
   /// administrator rights, uses for that path. Links on the way to `origin` are followed, one at its end is not.
-  /// Records that break the rules, and those of items that are no longer there, are left out. Nothing is created.
-  /// Interrupted moves are finished first, with administrator rights.
+  /// Descriptions that break the rules of their format, and those of items that are no longer there, are left out. If
+  /// root works for another user, interrupted moves are finished or undone first, so that no item is missing in the
+  /// Trash. Otherwise nothing is changed.
   virtual TrashedItems itemsFrom(const std::string& origin, const std::optional<std::string>& trashDirectory) = 0;
 
-  /// Moves an item from the user's Trash back to where it came from, and removes its record. Works with that user's
-  /// rights. As root it uses root's rights if the user's do not suffice and nobody but root can redirect the path.
-  /// Owners stay what they are in the Trash. From an item that root puts back, set-user-id and set-group-id bits and
-  /// file capabilities are removed. Across volumes the item is copied and then removed. Nothing is replaced: anything
-  /// at the old path, even a dangling link, makes it fail. A failure leaves the item in the Trash, with its record, and
-  /// leaves folders that were created for it.
+  /// Moves an item from the user's Trash back to where it came from, and removes its description. Works with that
+  /// user's rights. As root it uses root's rights if the user's do not suffice and nobody but root can redirect the
+  /// path. Owners stay what they are in the Trash. From an item that root puts back, set-user-id and set-group-id bits
+  /// and file capabilities are removed. Across volumes the item is copied and then removed. Nothing is replaced:
+  /// anything at the old path, even a dangling link, makes it fail. A failure leaves the item in the Trash, with its
+  /// description, and leaves folders that were created for it.
   ///
   /// An uninstalled product's own folder was removed if it was empty. To put back a whole product, let missing folders
   /// be created. They belong to the user, or to root where creating them takes root's rights.
@@ -72,8 +73,8 @@ class Trash {
                          MissingFolders missing) = 0;
 
   /// Flushes to the disk what `recycle` and `putBack` have done since the last call, and waits for it. Before that, a
-  /// power cut can leave an item in the Trash whose origin is not recorded. Call it once for many items, since each
-  /// wait takes as long as hundreds of items.
+  /// power cut can leave an item in the Trash whose origin is not recorded. Call it once for many items, since one wait
+  /// takes as long as moving hundreds of items.
   virtual void makeDurable() = 0;
 };
 

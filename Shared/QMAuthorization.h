@@ -16,10 +16,11 @@
 /// /bin/mv, /bin/rm and /bin/mkdir.
 ///
 /// Rights are requested when the first command needs them and are kept until `authEnd`. A process whose real user id is
-/// 0 needs none: the tools are started directly. Every command that moves or removes checks the guard first and refuses
-/// system folders as a whole. Commands only start their tool: true means that it was started (as root, that starting it
-/// was tried), not that it succeeded, so callers that need the result watch the disk. Refusals are printed to the
-/// system console.
+/// 0 needs none: the tools are started directly. Every file command that moves or removes checks its path first and
+/// refuses system folders as a whole. The entries that `authTrashFolderContents` removes permanently are not checked
+/// one by one, nor is what `authExecTask` starts. Commands only start their tool: true means that it was started (as
+/// root, that starting it was tried), not that it succeeded, so callers that need the result watch the disk. Refusals
+/// are printed to the system console.
 ///
 /// Any thread. One thread at a time requests and uses the session: a thread that needs it while the password dialog is
 /// shown for another one waits.

@@ -21,11 +21,10 @@ class FileOperation;
 /// File operations that fall back to administrator rights, their variants that wait for the result to
 /// show on disk, and walks over folder trees.
 ///
-/// Every mutating operation is tried as the current user first. A failure is written to the log with
-/// the system's reason, in a line that ends in "Authorizing..." whether or not rights are requested
-/// next (trashing writes none), and is then repeated once with administrator rights unless the
-/// caller asked otherwise. Nothing is ever thrown. No state, any thread; a call blocks while a
-/// password dialog is shown.
+/// Moving, copying, creating, removing and trashing are tried as the current user first. If that fails, a line with the
+/// system's reason is written to the log. It ends in "Authorizing...", whether or not rights are requested next.
+/// (Trashing writes no line.) Then the attempt is repeated once with administrator rights, unless the caller asked
+/// otherwise. Nothing is ever thrown. No state, any thread; a call blocks while a password dialog is shown.
 class QMFileManager {
  public:
   /// A reference to an item that survives renaming.
@@ -104,8 +103,9 @@ class QMFileManager {
   static std::string uniqueFilename(const std::string& path);
 
   /// `copyFile:toPath:timeout:`. Copies, then waits until the destination is there; returns whether it is. All variants
-  /// with a limit return false at once if the operation fails. Otherwise they check the disk until the limit has
-  /// passed, every 0.3 seconds, or on the main thread between single events. With a limit of 0 or less they check once.
+  /// with a limit return false at once if the operation fails. Otherwise they check the disk until the result is there
+  /// or the limit has passed: every 0.3 seconds, or on the main thread after each event. With a limit of 0 or less they
+  /// check once.
   static bool copyFile(const std::optional<std::string>& source, const std::optional<std::string>& destination,
                        std::chrono::seconds timeout);
   /// `createDirectory:timeout:`. Returns whether the folder is there.
@@ -123,10 +123,11 @@ class QMFileManager {
                                       std::chrono::seconds timeout);
 
   /// `fileSize:`. Bytes of a file or of all files below a folder; 0 for what is not there or cannot be read. Links to
-  /// folders are followed, without a record of what was visited.
+  /// folders are followed. A folder that is reached twice is counted twice.
   static std::uint64_t fileSize(const std::string& path);
-  /// `isFolderEmpty:`. Whether there is nothing below but folders, links to such folders, ".DS_Store" and "Icon\r" (of
-  /// any type). True for a plain file, a missing path and a folder that cannot be listed.
+  /// `isFolderEmpty:`. Whether there is nothing below but folders that are empty in this sense, links to such folders,
+  /// and items of any type named ".DS_Store" or "Icon\r". True for a plain file, a missing path and a folder that
+  /// cannot be listed.
   static bool isFolderEmpty(const std::string& folder);
   /// `trashFilesNamed:inFolder:`. Trashes the files of exactly this name at any depth, also in packages, but never
   /// folders. Returns the paths, in the order visited, whether or not trashing succeeded.
@@ -134,9 +135,10 @@ class QMFileManager {
   /// `trashFilesOfType:inFolder:`. The same for an extension, in any letter case; "" means files
   /// without one.
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
-  /// `removeFolderIfEmpty:`. Removes what `isFolderEmpty:` finds empty. Returns false if it is not empty, also if it is
-  /// no longer empty after the attempt as the user. That attempt removes only folders that hold nothing, ".DS_Store"
-  /// and "Icon\r"; for folders that it cannot list, and for links, rights are requested.
+  /// `removeFolderIfEmpty:`. Removes permanently what `isFolderEmpty:` finds empty. A plain file counts as empty, so it
+  /// is removed as well, whatever is in it. Returns false if the folder is not empty, also if it is no longer empty
+  /// after the attempt as the user. That attempt removes only folders that hold nothing but ".DS_Store" and "Icon\r".
+  /// If one of them cannot be listed, or contains a link, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern matches, in the order found. The search begins
@@ -144,8 +146,8 @@ class QMFileManager {
   /// component with "*" is matched against the entries of each folder reached so far (hidden ones too, letter case
   /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
   /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
-  /// of the disk. A slash at the end of a pattern with "*" is a component "/" like the first one, and leads back to
-  /// where the search began.
+  /// of the disk. A slash at the end of a pattern with "*" counts as a component "/", as one at the beginning does. At
+  /// such a component the search starts again in the base folder, so the result is the base folder.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. Without a base.
@@ -166,14 +168,15 @@ class QMFileManager {
   static void setFinderColorIndex(unsigned index, const std::string& path);
 
   /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch; never creates the item. For an
-  /// item that the user may write, returns true at once, whatever the result. For any other, also a missing one,
-  /// administrator rights are requested, and the result is whether the tool was started. Whether the system allows the
-  /// creation date to be set has no influence. False for null.
+  /// item that the user may write, waits up to 5 seconds for the tool and returns true, whatever its result. For any
+  /// other, also a missing one, administrator rights are requested, and the result is whether the tool was started.
+  /// Whether the system allows the creation date to be set has no influence. False for null.
   static bool touchFile(const std::optional<std::string>& path, SetCreationDate setCreationDate);
   /// `touchFile:`. Without the creation date.
   static bool touchFile(const std::optional<std::string>& path);
 
-  /// `stringToFSRef:`. A reference to the item at a path, to a link itself; unfilled when there is none.
+  /// `stringToFSRef:`. A reference to the item at a path; unfilled when there is none. A link is not followed: the
+  /// reference is to the link.
   static FSRef stringToFSRef(const std::string& path);
   /// `stringWithFSRef:`. Where the item is now; null when it is gone, and for an unfilled reference or none.
   static std::optional<std::string> stringWithFSRef(const FSRef* reference);
@@ -187,8 +190,9 @@ class QMFileManager {
 
   /// `compressFile:toDestinationFile:includeParent:`. Makes a zip archive of a file or folder with the system's zip
   /// tool, and waits for it. Absolute paths, as in `decompressFile`. An item at the destination is moved to the Trash
-  /// first; if that fails it stays, nothing else is tried, and the tool replaces it. Returns whether anything exists at
-  /// the destination afterwards, including an old archive that could not be trashed. Errors are not reported.
+  /// first, as the user. If that fails, no administrator rights are requested: the item stays, and the tool replaces
+  /// it. Returns whether anything exists at the destination afterwards, including an old archive that could not be
+  /// trashed. Errors are not reported.
   static bool compressFile(const std::string& item, const std::string& destinationFile, IncludeParent includeParent);
   /// `compressFile:toDestinationFile:`. With the folder itself.
   static bool compressFile(const std::string& item, const std::string& destinationFile);
@@ -215,14 +219,14 @@ class QMFileManager {
   /// followed. Logs the beginning and the end of a wait. There is no limit.
   static void waitForFileWrites(const std::string& path);
 
-  /// `formatFileSize:`. A size in bytes for people: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps
-  /// of 1024 up to gigabytes.
+  /// `formatFileSize:`. A size in bytes as text: "1023 B", "1.50 KB", "1.00 MB", "1024.00 GB", in steps of 1024 up to
+  /// gigabytes.
   static std::string formatFileSize(double size);
   /// `validateFilename:`. A proposed name without one leading dot, then without white space and newlines at both ends,
   /// then without "/" and ":". May be "".
   static std::string validateFilename(const std::string& name);
 };
 
-/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed. Returns 0 if the notice was sent, else why the
-/// item could not be named or the notice could not be sent. Does not wait for a reply.
+/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed. Returns 0 if the notice was sent, else the
+/// status of making the alias or of sending the notice. Does not wait for a reply.
 QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference);

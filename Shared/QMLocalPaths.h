@@ -64,7 +64,7 @@ class QMLocalPaths {
   static std::string tempFile();
 
   /// `pathForDirectory:forUserDomain:`. The first folder of the search; null if there is none. As root, and for exactly
-  /// the user domain, it is moved into the console user's home: the prefix "/var/root" is dropped whole,
+  /// the user domain, the path is rewritten to lie in the console user's home: the prefix "/var/root" is dropped whole,
   /// "/private/var/root" except for its last letter, which stays in the result ("/private/var/root/Library" becomes
   /// "t/Library" in the home).
   static std::optional<std::string> pathForDirectory(qm::platform::StandardDirectory directory,
@@ -72,8 +72,8 @@ class QMLocalPaths {
 
   /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user or the machine,
   /// compared letter by letter; in the loose mode also anything that begins with /usr, /var, /private/var or /System. A
-  /// trailing slash is removed together with the letter before it, so "/Applications/" is not recognised. Null and
-  /// paths under 3 characters are not protected.
+  /// trailing slash is removed together with the letter before it, so "/Applications/" is not recognised. Null, and
+  /// other paths under 3 characters, are not protected.
   static bool isPathSystemDirectory(const std::optional<std::string>& path, ExactMatch exactMatch);
   /// `isPathSystemDirectory:`. The loose mode.
   static bool isPathSystemDirectory(const std::optional<std::string>& path);

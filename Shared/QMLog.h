@@ -14,8 +14,8 @@
 #include "Platform/foundation/Format.h"
 #include "Shared/Singleton.h"
 
-/// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, one dated line for each
-/// message, up to five files, a new one after 500,000 bytes.
+/// The process-wide log of an application: Library/Logs/Quillmark/APP.1.log of the user, or below "/" as root; one
+/// dated line for each message, up to five files, a new one after 500,000 bytes.
 ///
 /// Messages are formatted on the caller's thread and written in order by one worker thread. `appendLog` passes its
 /// formatted text on as a format string, so a literal "%" in an argument is expanded a second time. Failures never
@@ -29,8 +29,9 @@ class QMLog : public qm::Singleton<QMLog> {
   static void createNewLog();
   /// `createNewLog:`. Waits for pending writes, renames APP.1.log to APP.4.log up by one (the fifth is removed) and
   /// begins a new first file with its header. The name is used only if the executable has none. If the user's
-  /// preferences switch logging off, prints that to the console and does nothing else. If a step fails, the console
-  /// says which and no new file is begun. A process that ends meanwhile leaves the old first file or the new one.
+  /// preferences switch logging off, it waits, releases the open file, sets `loggingDisabled` and prints that to the
+  /// console; no file is renamed or begun. If a step fails, the console says which and no new file is begun. A process
+  /// that ends meanwhile leaves the old first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.
@@ -84,7 +85,8 @@ class QMLog : public qm::Singleton<QMLog> {
   /// `setBytesWritten:`
   void setBytesWritten(std::size_t bytes) { bytesWritten_ = bytes; }
   /// `bytesInQueue`. UTF-16 code units of messages not yet written. It is changed by separate reads and writes, so it
-  /// is only approximate while several threads log at once. After the writing of a message it is exact again.
+  /// is only approximate while several threads log at once. The writing of each message corrects it, so after the last
+  /// message it is exact.
   std::size_t bytesInQueue() const { return bytesInQueue_; }
   /// `setBytesInQueue:`
   void setBytesInQueue(std::size_t units) { unitsWaiting_ = bytesInQueue_ = units; }

@@ -13,8 +13,8 @@ struct SingletonReset;  // lets tests start from a fresh object
 /// A process-wide object: created by the first allocation under the class's lock, never destroyed. Its reference count
 /// is a fiction, so callers may release the shared object freely.
 ///
-/// The class declares this template a friend, has a default constructor, and hides `release` if that has to do
-/// anything.
+/// The class declares this template a friend and has a default constructor. If a release has to do something, the class
+/// defines a `release` of its own.
 template <class Class>
 class Singleton {
  public:

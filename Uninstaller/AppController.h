@@ -16,8 +16,9 @@
 class AppController : public qm::uninstaller::InterfaceOwner {
  public:
   AppController() = default;
-  /// With a witness, results have reasons. The witness outlives the controller; its services are the installed ones.
-  explicit AppController(RemovalObserver& witness) : observer_(&witness) {}
+  /// With an observer, the results say why items stayed. The observer outlives the controller, and its services are the
+  /// installed ones.
+  explicit AppController(RemovalObserver& observer) : observer_(&observer) {}
 
   void connect(const qm::uninstaller::Outlets& outlets) override;
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-/// What people read, in their language. The English texts are the keys of the catalogue, to the letter. What programs
+/// What users read, in their language. The English texts are the keys of the catalogue, to the letter. What programs
 /// and administrators read (log, console, journal, JSON) is always English.
 namespace qm::uninstaller {
 
@@ -20,7 +20,7 @@ class Language {
   virtual std::string translated(std::string_view english) const = 0;
   /// The form of the text that goes with the number.
   virtual std::string translatedFor(std::size_t count, std::string_view one, std::string_view many) const = 0;
-  /// The system's own words for an error, which are given in English.
+  /// Translates the system's own sentence for an error, which is passed in English.
   virtual std::string systemMessage(std::string_view english) const = 0;
   /// What separates the decimals of a number.
   virtual std::string decimalPoint() const = 0;

@@ -40,5 +40,6 @@ inline constexpr ProductItem kProductItems[] = {
      ItemCondition::Always},
 };
 
-/// The maker's folder in the computer's applications. It is removed when nothing is left in it.
+/// The maker's folder in the computer's applications. It is removed if nothing but empty folders and housekeeping files
+/// is left in it.
 inline constexpr std::string_view kMakersFolder = "Quillmark";

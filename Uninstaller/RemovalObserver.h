@@ -8,10 +8,10 @@
 
 /// What the services reported while one item was moved.
 struct Observations {
-  std::string trashedTo;         ///< where the move as the user has put it in the Trash; "" if it failed
+  std::string trashedTo;         ///< its path in the Trash after a move with the user's rights; "" if that move failed
   std::string plainReason;       ///< why the move as the user failed, the system's sentence; "" if it did not
   int plainError = 0;            ///< the error number for that reason, 0 if there is none
-  std::string privilegedReason;  ///< the last line that was printed to the console after that, "" without one
+  std::string privilegedReason;  ///< the last line that was printed to the console since `begin`, "" without one
   bool rightsRefused = false;    ///< administrator rights were requested and not granted
 };
 

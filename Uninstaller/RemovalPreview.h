@@ -12,7 +12,7 @@
 
 /// The existing items that can be removed, including the preferences.
 struct Preview {
-  std::vector<PlannedItem> items;  ///< those that would be removed, in that order
+  std::vector<PlannedItem> items;  ///< those that would be removed, in the order of removal
   std::size_t measured = 0;        ///< this many of them, from the first on, have their kind and size
 };
 

@@ -18,10 +18,10 @@ enum class ItemOutcome {
 struct ItemResult {
   PlannedItem planned;
   ItemOutcome outcome = ItemOutcome::Skipped;
-  std::string trashedTo;       ///< where in the Trash the move as the user has put it; "" otherwise, see `findInTrash`
-  std::string reason;          ///< why it stayed, in full sentences; "" otherwise
-  int error = 0;               ///< the error number of the move as the user, 0 if there is none
-  bool notAuthorized = false;  ///< it stayed because administrator rights were not granted
+  std::string trashedTo;  ///< its path in the Trash after a move with the user's rights; else "", see `findInTrash`
+  std::string reason;     ///< why it stayed, in full sentences; "" otherwise
+  int error = 0;          ///< the error number of the move as the user, 0 if there is none
+  bool notAuthorized = false;  ///< administrator rights were requested and not granted, see `stayedWithoutRights`
 };
 
 /// The result of the whole run.
@@ -33,8 +33,8 @@ struct RemovalReport {
 /// The items that were to be removed and are still there.
 std::vector<ItemResult> stayedItems(const RemovalReport& report);
 
-/// Determines where in the Trash an item is that was moved with administrator rights, because such a move does not
-/// report it. Searches the Trash, unless the path is already known.
+/// A move with administrator rights does not report where the item is in the Trash. This determines it. Searches the
+/// Trash, unless the path is already known.
 void findInTrash(ItemResult& result);
 
 /// Whether items are measured before they are moved, which takes a walk through each.
@@ -43,15 +43,16 @@ enum class Measured : bool { No, Yes };
 /// Moves the product to the Trash. Worker thread only: a call blocks while the system asks for a password.
 class RemovalRun {
  public:
-  /// Without a witness, results lack reasons and places in the Trash. The witness outlives the run; its services are
-  /// the installed ones.
-  explicit RemovalRun(RemovalObserver* witness = nullptr, Measured measured = Measured::No)
-      : observer_(witness), measured_(measured) {}
+  /// Without an observer, the results do not say why items stayed or where they are in the Trash. The observer outlives
+  /// the run, and its services are the installed ones.
+  explicit RemovalRun(RemovalObserver* observer = nullptr, Measured measured = Measured::No)
+      : observer_(observer), measured_(measured) {}
 
   /// Moves one item to the Trash unless a guard excludes it, and waits up to 10 seconds until it is gone from its path.
   ItemResult trash(PlannedItem item);
-  /// Removes every wanted item, then the maker's folder if nothing is left in it. Does not stop at failures. When it
-  /// returns, all changes are on the disk and nothing holds administrator rights any more.
+  /// Removes every wanted item, then the maker's folder if nothing but empty folders and housekeeping files is left in
+  /// it. Does not stop at failures. When it returns, what was moved to the Trash with the user's rights is on the disk,
+  /// and nothing holds administrator rights any more.
   RemovalReport removeProduct(RemoveConfig removeConfig);
 
  private:

@@ -14,13 +14,13 @@ namespace qm::uninstaller {
 /// of them, or the system's words; a "{reason}" is any sentence; a "{system}" is the system's words.
 using Sentences = std::span<const std::string_view>;
 
-/// An English sentence that a service, a program with administrator rights or this program has made, in the language.
-/// Such a sentence goes to log and journal as it is, and may come from another process; so its translation is found by
-/// the sentence that it was made from. `further` are sentences of the caller's own. A sentence that is not known stays
+/// Translates an English sentence that a service, a program with administrator rights or this program has made. Such a
+/// sentence goes to log and journal as it is, and may come from another process. So its translation is found by the
+/// sentence that it was made from. `further` are sentences of the caller's own. A sentence that is not known stays
 /// English.
 std::string inLanguage(const Language& language, std::string_view sentence, Sentences further = {});
 
-/// The same; null if the sentence is not one of those with placeholders.
+/// The same; null if the sentence is none of the listed ones and none of `further`.
 std::optional<std::string> knownInLanguage(const Language& language, std::string_view sentence, Sentences further = {});
 
 }  // namespace qm::uninstaller

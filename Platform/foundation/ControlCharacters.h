@@ -12,8 +12,9 @@ constexpr bool isControlCharacter(std::int32_t codePoint) {
   return (codePoint >= 0 && codePoint < 0x20) || (codePoint >= 0x7F && codePoint < 0xA0);
 }
 
-/// A text for a line or a terminal, which would obey control characters: each one, and each byte 80 to 9F that is not
-/// part of valid UTF-8, is replaced. Those in `kept` (ASCII) stay, and so do all other bytes.
+/// Makes a text fit for one line or for a terminal, which would obey control characters. Each control character is
+/// replaced, and each byte 80 to 9F that is not part of valid UTF-8. Those in `kept` (ASCII) stay, and so do all other
+/// bytes.
 std::string replacingControlCharacters(std::string_view text, char replacement, std::string_view kept = {});
 
 /// U+202A to U+202E and U+2066 to U+2069, which change the direction of the characters after them, to the end of a line

@@ -13,14 +13,14 @@
 namespace qm::foundation {
 
 /// One argument of a format string: text, null, a number or a character. Implicit, so that calls read like the
-/// platform's own; the compiler rejects a null pointer. Text is referred to, not copied: an argument must not outlive
-/// the call that it is made for.
+/// platform's own; the compiler rejects `nullptr`, but a `const char*` must not be null. Text is referred to, not
+/// copied: an argument must not outlive the call that it is made for.
 class FormatArgument {
  public:
   /// What an argument can be.
   using Value = std::variant<std::monostate, std::string_view, std::int64_t, std::uint64_t, double, char>;
 
-  /// A null pointer is rejected.
+  /// The compiler rejects `nullptr`.
   FormatArgument(std::nullptr_t) = delete;
   /// Text that ends at its NUL.
   FormatArgument(const char* text) : value_(std::string_view(text)) {}

@@ -31,7 +31,8 @@ bool hasCase(std::int32_t point) {
   return category == UTF8PROC_CATEGORY_LU || category == UTF8PROC_CATEGORY_LL || category == UTF8PROC_CATEGORY_LT;
 }
 
-/// Characters that do not separate a word from its letters: marks, modifiers, apostrophes and the like.
+/// Characters that are skipped when the letter before or after is looked for: marks, modifiers, apostrophes and the
+/// like.
 bool isIgnoredForCase(std::int32_t point) {
   static constexpr std::int32_t inWords[] = {'\'', '.', ':', 0xB7, 0x387, 0x55F, 0x5F4, 0x2018, 0x2019, 0x2024, 0x2027};
   if (std::find(std::begin(inWords), std::end(inWords), point) != std::end(inWords)) return true;

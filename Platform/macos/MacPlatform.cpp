@@ -27,7 +27,7 @@ namespace {
 /// One object for each service. A service comes after those that it uses.
 struct Services {
   Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
-      : users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
+      : users(frontEnd.usersOr(systemUsers)),
         authorization(console),
         tasks(frontEnd.mainThread, frontEnd.descriptorWait),
         fileSystem(users),

@@ -19,6 +19,8 @@ struct FrontEndServices {
   /// Pass this if a program run by root works for one user after another: it returns the current one as the console
   /// user. Null for the system's own users.
   platform::Users* users = nullptr;
+
+  platform::Users& usersOr(platform::Users& systems) const { return users != nullptr ? *users : systems; }
 };
 
 /// The services of a Mac for a product, together with those of the front end. The first call creates the set. It must

@@ -68,7 +68,7 @@ bool holdsForTheVolume(int error) {
   return error == ENOTSUP || error == ENOTTY || error == EXDEV || error == ENOSYS || error == EINVAL;
 }
 
-/// A method that a volume does not support is not tried for its next file.
+/// If a volume does not support a method, that method is not tried again for the next file of this volume.
 bool succeeds(std::optional<dev_t>& unable, const struct stat& attributes, auto call) {
   if (attributes.st_size == 0 || unable == attributes.st_dev) return false;
   const int error = call();

@@ -16,8 +16,8 @@ namespace qm::posix {
 /// Writes all bytes at the current position. Returns 0 or an error number.
 int writeAll(int file, const char* bytes, std::size_t count);
 
-/// Copies the contents of files, one after the other. A method that a volume does not support is not tried for its next
-/// file.
+/// Copies the contents of files, one after the other. If a volume does not support a method, that method is not tried
+/// again for the next file of this volume.
 class ContentsCopier {
  public:
   explicit ContentsCopier(CopyObserver& observer) : observer_(observer) {}

@@ -50,7 +50,7 @@ class CopiedTo {
   UniqueFd folder_;
 };
 
-/// Renames an item to a hidden name beside it, in one step, and back again unless it was removed.
+/// Renames an item to a hidden name beside it, and back again unless it was removed.
 class SetAside {
  public:
   explicit SetAside(const Place& place) : place_(place), item_(openItself(place.folder.get(), place.name.c_str())) {}

@@ -11,7 +11,7 @@ namespace qm::posix {
 
 /// Moves an item to a path where nothing exists. To another volume it is copied, after a check whether the original
 /// could be removed at all. Once the copy is complete, in its location and on the disk, the original is renamed to a
-/// hidden name beside it, in one step, and removed there.
+/// hidden name beside it (see `renameWithoutReplacing`) and removed there.
 ///
 /// A failure before the removal leaves the item as it was and no copy. If the removal fails midway, the copy stays and
 /// the error names the hidden remainder. If the process ends during the copy, the item is at its old location, and a

@@ -11,8 +11,9 @@
 
 namespace qm::posix {
 
-/// Copies in the background on threads of its own: one copies, and a second one counts at first. The services passed to
-/// the constructor must outlive this object and every copy. The process may end during a copy.
+/// Copies in the background. Each copy has a thread of its own, and at first a second one that counts what is to be
+/// copied. The services passed to the constructor must outlive this object and every copy. The process may end during a
+/// copy.
 ///
 /// Error numbers: EINVAL for an operation that is not this service's, is not scheduled, is already scheduled or was
 /// used before, and for invalid paths and names; EAGAIN if no thread can be started. A copy itself ends with the number

@@ -20,8 +20,8 @@ namespace qm::posix {
 /// guarantee that (EINVAL also for a folder that would be put into itself).
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to);
 
-/// The access mode of a folder that is opened only to name items in it. Search permission is enough if the system has
-/// such a mode; elsewhere the folder must be readable as well.
+/// The access mode of a folder that is opened only for calls that take its descriptor and the name of an item in it.
+/// Search permission is enough if the system has such a mode; elsewhere the folder must be readable as well.
 int lookupFlag();
 
 /// Identifies the folder of a descriptor, and the mount through which it was reached.

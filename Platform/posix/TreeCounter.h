@@ -9,7 +9,7 @@
 
 namespace qm::posix {
 
-/// The sum, or the largest number on overflow: holes make files of any size.
+/// The sum, or the largest number on overflow. A file with holes can have any size, so an overflow is possible.
 inline std::uint64_t saturatingSum(std::uint64_t one, std::uint64_t other) {
   const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
   return one > most - other ? most : one + other;

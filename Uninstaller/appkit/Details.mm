@@ -28,8 +28,7 @@ NSButton* makeTriangle() {
   [button setBezelStyle:NSBezelStyleDisclosure];
   [button setButtonType:NSButtonTypePushOnPushOff];
   [button setTitle:@""];
-  qm::appkit::describe(button, textOf(translated("Details")),
-                       textOf(translated("Shows what stayed where it was, and why.")));
+  qm::appkit::describe(button, {translated("Details"), translated("Shows what stayed where it was, and why.")});
   return button;
 }
 
@@ -52,7 +51,7 @@ NSTextView* makeText(NSString* details, NSSize size) {
   [text setString:[details stringByTrimmingCharactersInSet:[NSCharacterSet newlineCharacterSet]]];
   [text setVerticallyResizable:YES];
   [text setAutoresizingMask:NSViewWidthSizable];
-  qm::appkit::describe(text, textOf(translated("Details")), nil);
+  qm::appkit::describe(text, {translated("Details"), std::nullopt});
   return text;
 }
 

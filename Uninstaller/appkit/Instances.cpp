@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Uninstaller/appkit/Instances.h"
 
+#include <cstdio>
 #include <utility>
 
 namespace qm::appkit {
 namespace {
 
-bool isRunning(const Instance& instance) { return !instance.hasEnded && instance.start != 0; }
+bool isRunning(const Instance& instance) { return !instance.hasEnded && instance.start; }
 
 bool wasStartedBefore(const Instance& one, const Instance& other) {
   return std::pair(one.start, one.process) < std::pair(other.start, other.process);
@@ -20,6 +21,11 @@ std::optional<pid_t> instanceToLeaveTo(const Instance& own, const std::vector<In
     if (other.process != own.process && isRunning(other) && wasStartedBefore(other, *first)) first = &other;
   }
   return first == &own ? std::nullopt : std::optional(first->process);
+}
+
+int sayThatNobodyAnswers(const std::string& program) {
+  static_cast<void>(std::fprintf(stderr, "%s: it is running already, and does not answer.\n", program.c_str()));
+  return EXIT_FAILURE;
 }
 
 }  // namespace qm::appkit

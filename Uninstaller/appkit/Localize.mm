@@ -60,8 +60,8 @@ void localizeView(NSView* view) {
     [text setStringValue:inLanguage([text stringValue])];
   }
   if ([[view toolTip] length] > 0) [view setToolTip:inLanguage([view toolTip])];
-  const auto [label, help] = qm::appkit::descriptionOf(view);
-  if ([label length] > 0) qm::appkit::describe(view, inLanguage(label), inLanguage(help));
+  const auto description = qm::appkit::translatedDescription(qm::appkit::descriptionOf(view));
+  if (description) qm::appkit::describe(view, *description);
   forEach([view subviews], localizeView);
 }
 

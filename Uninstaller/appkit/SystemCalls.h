@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "Uninstaller/appkit/Description.h"
 #include "Uninstaller/appkit/FreshKeys.h"
 
 /// The calls that macOS and GNUstep implement differently. CMake's file lists choose the implementation. The
@@ -26,13 +27,9 @@ void runAlert(NSString* title, NSString* message, NSAlertStyle style, NSView* ac
 /// Fits the running alert to its accessory, whose size has changed.
 void fitAlert(NSView* accessory);
 
-/// Sets the control's name and help for screen readers. Controls from an interface file have theirs from that file.
-void describe(NSView* control, NSString* label, NSString* help);
-/// The control's present name and help; null if it has none.
-struct Description {
-  NSString* label;
-  NSString* help;
-};
+/// Sets the control's description for screen readers. Controls from an interface file have theirs from that file.
+void describe(NSView* control, const Description& description);
+/// The control's present description.
 Description descriptionOf(NSView* control);
 
 }  // namespace qm::appkit

@@ -5,6 +5,7 @@ set(QM_APPKIT_FILES
   AppController.mm
   Application.mm
   Controls.mm
+  Description.cpp
   Details.mm
   FreshKeys.cpp
   FrontEnd.mm

@@ -7,7 +7,8 @@
 #include "Platform/linux/privileges/helper/HelperPolicy.h"
 
 /// What the uninstaller's administrator rights allow: to move one of the product's items from its path in the table to
-/// the user's own Trash, or to remove the maker's folder if nothing is left in it. Nothing else.
+/// the user's own Trash, or to remove the maker's folder if nothing but empty folders and housekeeping files is left in
+/// it. Nothing else.
 class RemovalPolicy : public qm::linux_::HelperPolicy {
  public:
   using HelperPolicy::HelperPolicy;

@@ -7,8 +7,9 @@ class QToolButton;
 
 namespace qm::qt {
 
-/// Gives a button an arrow. Each press opens or closes what the button stands for; it is closed at first. `toggle` is
-/// called with true on opening and with false on closing. It is kept as long as the button.
+/// Gives a button an arrow. Each press opens or closes the content that belongs to the button, which is closed at
+/// first. `toggle` is called with true on opening and with false on closing. The function is kept as long as the
+/// button.
 void makeDisclosure(QToolButton& button, std::function<void(bool)> toggle);
 
 }  // namespace qm::qt

@@ -63,7 +63,8 @@ void QtMainThread::perform(std::function<void()> work) {
   if (ended_) return;
   queue_.push_back(std::move(work));
   const std::uint64_t one = 1;
-  // Fails only when the counter is full, and then the event loop is awake anyway.
+  // If the counter is full this fails, but then the event loop is awake anyway. Without a descriptor, `begin` has
+  // failed.
   [[maybe_unused]] const auto written = ::write(wakeUps_.get(), &one, sizeof one);
 }
 

@@ -8,8 +8,8 @@
 
 namespace qm::removal {
 
-/// The arguments with which the tool ends, in a user's session, the launch agent that a file describes. None if the
-/// file describes no agent. The product's agents are named like their files.
+/// The arguments of launchctl that end the launch agent described by a file, in a user's session. None if the file
+/// describes no agent. The product's agents are named like their files.
 std::vector<std::string> bootOutArguments(const std::string& path, uid_t person);
 
 /// Ends the launch agent that a file describes in a user's session. Call it before the file is moved: otherwise the

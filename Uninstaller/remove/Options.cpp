@@ -81,7 +81,7 @@ std::string addUser(Options& options, const std::string& value) {
 }
 
 std::string setIfRunning(Options& options, const std::string& value) {
-  options.saysIfRunning = true;
+  options.hasIfRunning = true;
   if (value == "refuse") {
     options.ifRunning = IfRunning::Refuse;
   } else if (value == "ask-to-quit") {
@@ -174,7 +174,7 @@ class Parser {
     const int choices = static_cast<int>(!options.users.empty()) + static_cast<int>(options.allUsers) +
                         static_cast<int>(options.systemOnly);
     if (choices > 1) return translated("--user, --all-users and --system-only exclude each other.");
-    const bool chooses = choices > 0 || options.preferences || options.saysIfRunning;
+    const bool chooses = choices > 0 || options.preferences || options.hasIfRunning;
     if (!options.restore || !chooses) return {};
     return translated("--restore puts back everything that the last run moved, so nothing can be selected.");
   }

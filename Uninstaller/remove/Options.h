@@ -28,7 +28,7 @@ struct Options {
   bool allUsers = false;
   bool systemOnly = false;
   bool restore = false;
-  bool saysIfRunning = false;
+  bool hasIfRunning = false;
   std::vector<std::string> users;
   IfRunning ifRunning = IfRunning::Refuse;
   ReportForm report = ReportForm::Table;

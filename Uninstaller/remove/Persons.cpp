@@ -19,12 +19,7 @@ using uninstaller::translated;
 constexpr const char* kLoginScreen = "loginwindow";
 constexpr const char* kRoot = "root";
 
-std::vector<UserRecord> ordinaryAccounts() {
-  const NumbersOfPersons range = numbersOfPersons();
-  std::vector<UserRecord> users = posix::listedUsers();
-  std::erase_if(users, [&](const UserRecord& user) { return user.id < range.first || user.id > range.last; });
-  return users;
-}
+std::vector<UserRecord> ordinaryAccounts() { return personsAmong(posix::listedUsers(), numbersOfPersons()); }
 
 bool hasHome(const UserRecord& user) { return user.home.size() > 1 && user.home.starts_with('/'); }
 
@@ -82,6 +77,11 @@ Choice forCaller(const Options& options, const Accounts& accounts) {
 }
 
 }  // namespace
+
+std::vector<UserRecord> personsAmong(std::vector<UserRecord> accounts, const NumbersOfPersons& numbers) {
+  std::erase_if(accounts, [&](const UserRecord& each) { return each.id < numbers.first || each.id > numbers.last; });
+  return accounts;
+}
 
 Accounts systemAccounts(const platform::Users& users) {
   Accounts accounts;

@@ -18,6 +18,19 @@ struct Concerned {
   std::string systemTrashOf;               ///< whose Trash the computer's items go to
 };
 
+/// The range of user ids for people. Other accounts belong to services.
+struct NumbersOfPersons {
+  uid_t first = 0;
+  uid_t last = 0;
+};
+
+/// On a Mac accounts of people have ids from 501 on, and those of services lower ones. The account "nobody" (-2) is
+/// above the range.
+inline constexpr NumbersOfPersons kNumbersOfPersonsOnAMac{501, 0x7ffffffe};
+
+/// The accounts with an id in that range.
+std::vector<posix::UserRecord> personsAmong(std::vector<posix::UserRecord> accounts, const NumbersOfPersons& numbers);
+
 /// The accounts of a computer.
 struct Accounts {
   posix::UserRecord caller;

@@ -138,8 +138,9 @@ class Program {
 
   /// False if the work had to be abandoned. It may then go on for as long as the process lives.
   bool remove() {
-    auto made = std::make_unique<Removal>(all_.users, all_.witness, concerned_,
-                                          options_.preferences ? RemoveConfig::Yes : RemoveConfig::No);
+    auto made =
+        std::make_unique<Removal>(all_.users, all_.witness, concerned_,
+                                  options_.preferences ? RemoveConfig::Yes : RemoveConfig::No, launchControlTool());
     Removal& removal = *made;
     work_ = std::move(made);
     if (!look()) return false;

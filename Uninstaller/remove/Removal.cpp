@@ -16,7 +16,6 @@
 #include "Uninstaller/RemovalDetails.h"
 #include "Uninstaller/remove/LaunchAgents.h"
 #include "Uninstaller/remove/MakersFolder.h"
-#include "Uninstaller/remove/ThisSystem.h"
 
 namespace qm::removal {
 namespace {
@@ -87,8 +86,13 @@ bool isGoneInTime(const std::string& folder) {
 
 }  // namespace
 
-Removal::Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig)
-    : users_(users), observer_(witness), concerned_(std::move(concerned)), removeConfig_(removeConfig) {}
+Removal::Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig,
+                 std::string launchControlTool)
+    : users_(users),
+      observer_(witness),
+      concerned_(std::move(concerned)),
+      removeConfig_(removeConfig),
+      launchControlTool_(std::move(launchControlTool)) {}
 
 void Removal::look() {
   for (const ProductItem& item : kProductItems) {
@@ -151,7 +155,7 @@ void Removal::run(const std::function<bool()>& timeIsUp, const Progress& progres
 void Removal::move(std::size_t index) {
   const Part& part = parts_[index];
   users_.workFor(part.trashOf);
-  bootOut(launchControlTool(), part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
+  bootOut(launchControlTool_, part.planned.path.value_or(""), part.person ? part.person->id : users_.realUserId());
   ItemResult result = RemovalRun(&observer_).trash(part.planned);
   findInTrash(result);
   ReportItem shown = item(index);

@@ -18,8 +18,9 @@ namespace qm::removal {
 class Removal final : public Work {
  public:
   /// The installed services must be those of `witness`, with `users` as the service for users. Both must outlive this
-  /// object.
-  Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig);
+  /// object. `launchControlTool` ends launch agents; "" if the system starts none.
+  Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig,
+          std::string launchControlTool);
 
   void look() override;
   /// Moves the existing items, and then removes the maker's folder.
@@ -50,6 +51,7 @@ class Removal final : public Work {
   RemovalObserver& observer_;
   const Concerned concerned_;
   const RemoveConfig removeConfig_;
+  const std::string launchControlTool_;
   std::vector<Part> parts_;
   std::optional<std::string> makersFolder_;
   const RunRecordFile* memory_ = nullptr;

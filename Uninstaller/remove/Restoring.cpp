@@ -29,9 +29,11 @@ constexpr const char* kRootsName = "root";
 constexpr const char* kSomethingIsThere = catalogued("Something else is there now.");
 constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
 constexpr const char* kNoItem = catalogued("No item of Tessaly belongs there.");
-constexpr const char* kClosedToPerson = catalogued("The user in whose Trash it was may not write to its folder.");
+constexpr const char* kClosedToPerson =
+    catalogued("The user in whose Trash it is may not write to the folder that it came from.");
 constexpr const char* kNoFolder = catalogued("Its folder couldn’t be created again.");
-constexpr const char* kOtherAccount = catalogued("The account whose Trash it was in is a different one now.");
+constexpr const char* kOtherAccount =
+    catalogued("The account in whose Trash it is no longer exists; another one may have its name.");
 constexpr const char* kOthersTrash = catalogued("It was in a user’s Trash, and that user may have changed it.");
 
 /// Even a dangling link counts as something.
@@ -69,15 +71,14 @@ void Restoring::look() {
 }
 
 /// A run that was interrupted right after its first move has not recorded that move, so the Trash is searched as well.
-bool Restoring::isOfUse(const RunRecord& run) {
-  run_ = run;
-  return run.hasChanged() || std::ranges::any_of(run.items, [this](const RememberedItem& item) {
+bool Restoring::isOfUse(const RunRecord& run) const {
+  return run.hasChanged() || std::ranges::any_of(run.items, [&](const RememberedItem& item) {
            std::string unused;
-           return !isTaken(item.path) && find(item, &unused).has_value();
+           return !isTaken(item.path) && find(item, run, &unused).has_value();
          });
 }
 
-/// The folder is the first item, so that it is as it was before its contents are put back.
+/// The folder is the first item, because it must be created again before its contents are put back.
 void Restoring::lookAtFolder() {
   if (!run_.folder) return;
   hasFolder_ = true;
@@ -90,7 +91,7 @@ void Restoring::lookAtFolder() {
 
 void Restoring::lookAt(std::size_t index, const RememberedItem& item) {
   std::string problem;
-  const Part part{index, item, item.isBack ? std::nullopt : find(item, &problem)};
+  const Part part{index, item, item.isBack ? std::nullopt : find(item, run_, &problem)};
   ReportItem shown = shownFor(part);
   if (!part.stored && !problem.empty() && !item.isBack) {
     shown.outcome = Outcome::Stayed;
@@ -138,11 +139,12 @@ bool Restoring::isOfProduct(const RememberedItem& item) const {
   });
 }
 
-std::optional<TrashedItem> Restoring::find(const RememberedItem& item, std::string* problem) const {
+std::optional<TrashedItem> Restoring::find(const RememberedItem& item, const RunRecord& run,
+                                           std::string* problem) const {
   users_.workFor(item.trashOf);
   const auto listed = platform().trash->itemsFrom(item.path, QMLocalPaths::trashDirectory());
   const auto isIt = [&](const TrashedItem& found) {
-    return item.trashedTo.empty() ? found.deletionDate >= run_.began : found.path == item.trashedTo;
+    return item.trashedTo.empty() ? found.deletionDate >= run.began : found.path == item.trashedTo;
   };
   const auto found = std::ranges::find_if(listed.items, isIt);
   if (found != listed.items.end()) return *found;

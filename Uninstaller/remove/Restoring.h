@@ -42,14 +42,15 @@ class Restoring final : public Work {
     std::optional<platform::TrashedItem> stored;
   };
 
-  bool isOfUse(const RunRecord& run);
+  bool isOfUse(const RunRecord& run) const;
   void lookAt(std::size_t index, const RememberedItem& item);
   void lookAtFolder();
   ReportItem shownFor(const Part& part) const;
   std::string obstacle(const RememberedItem& item) const;
   std::string obstacleForRoot(const RememberedItem& item) const;
   bool isOfProduct(const RememberedItem& item) const;
-  std::optional<platform::TrashedItem> find(const RememberedItem& item, std::string* problem) const;
+  std::optional<platform::TrashedItem> find(const RememberedItem& item, const RunRecord& run,
+                                            std::string* problem) const;
   void measureInTrash(const Part& part, ReportItem& shown) const;
   void putBack(std::size_t position);
   void makeFolder(std::size_t position);

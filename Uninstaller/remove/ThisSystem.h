@@ -10,6 +10,7 @@
 #include "Platform/Platform.h"
 #include "Platform/Users.h"
 #include "Platform/posix/process/MainLoop.h"
+#include "Uninstaller/remove/Persons.h"
 #include "Uninstaller/remove/Report.h"
 
 /// What the command needs and each system provides in its own way. The functions are implemented in the system's own
@@ -22,11 +23,6 @@ const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users&
 /// Returns the process's own user and the user at the console as the system knows them.
 const platform::Users& systemUsers();
 
-/// The range of user ids for people. Other accounts belong to services.
-struct NumbersOfPersons {
-  uid_t first = 0;
-  uid_t last = 0;
-};
 NumbersOfPersons numbersOfPersons();
 
 /// The folder for data that root keeps after a run. Nobody else may write there.

@@ -11,8 +11,8 @@
 
 namespace qm::removal {
 
-/// The system's users, with the user that a program run by root works for in place of the console user. For everybody
-/// but root there is no such user, and nothing differs. Any thread.
+/// The system's users, with one difference: after `workFor`, `consoleUser` returns the user whom the program works for.
+/// That user matters only if the program is run by root. Any thread.
 class WorkingFor final : public platform::Users {
  public:
   /// The system's users must outlive this object.

@@ -189,6 +189,26 @@ TEST_F(ArchiveAmongOthers, OpensUpNoFolderThatTookThePlaceOfOneThatItMade) {
   EXPECT_EQ(attributesOf(folder).st_mode & 07777, 0700U);
 }
 
+TEST_F(ArchiveAmongOthers, OpensUpNoFolderThatTookThePlaceOfOneWhoseContentsItSettles) {
+  makeFile("deep/folder/inner/file");
+  ASSERT_TRUE(pack(path("deep"), path("deep.zip")));
+  makeFolder("existing");
+  makeFolder("strangers", 0700);
+  runInPrivateMachine([this] {
+    inChild([this] {
+      // The innermost folder gets its permissions first. On the way up the two others are elsewhere.
+      afterSystemCall(SYS_chmod, [this] {
+        std::filesystem::rename(path("existing/deep/folder"), path("taken-folder"));
+        std::filesystem::rename(path("existing/deep"), path("taken"));
+        std::filesystem::rename(path("strangers"), path("existing/deep"));
+      });
+      EXPECT_EQ(unpack(path("deep.zip"), path("existing")).code(), ESTALE);
+    });
+  });
+  EXPECT_TRUE(isThere(path("taken-folder/inner/file")));
+  EXPECT_EQ(attributesOf(path("existing/deep")).st_mode & 07777, 0700U);
+}
+
 TEST_F(ArchiveAmongOthers, PutsNothingIntoAFolderThatTookThePlaceOfOneThatItMade) {
   makeFolder("existing");
   makeFolder("strangers");

@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "Platform/linux/system/SingleInstance.h"
 #include "Uninstaller/appkit/FrontEnd.h"
+#include "Uninstaller/appkit/Instances.h"
 #include "Uninstaller/appkit/SystemCalls.h"
 
 namespace qm::appkit {
@@ -89,12 +89,6 @@ void bringToFront() {
   WindowManager().bringForward(static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>([window windowRef])));
 }
 
-int sayThatNobodyAnswers() {
-  static_cast<void>(std::fprintf(stderr, "%s: it is running already, and does not answer.\n",
-                                 std::string(frontEnd().product.program).c_str()));
-  return EXIT_FAILURE;
-}
-
 bool isAsked(const SingleInstance& instance) {
   pollfd entry{.fd = instance.requests().get(), .events = POLLIN, .revents = 0};
   return ::poll(&entry, 1, 0) > 0;
@@ -152,7 +146,7 @@ std::optional<int> leaveToTheOtherInstance() {
     case SingleInstance::Start::Answered:
       return EXIT_SUCCESS;
     case SingleInstance::Start::NoAnswer:
-      return sayThatNobodyAnswers();
+      return sayThatNobodyAnswers(std::string(frontEnd().product.program));
     case SingleInstance::Start::First:
       if (instance->requests()) serveFurtherStarts(*instance);
       break;

@@ -140,6 +140,24 @@ TEST_F(MacPropertyLists, HaveEveryKindOfValue) {
 
 TEST_F(MacPropertyLists, MayBeEmpty) { EXPECT_EQ(readXml("<dict/>"), platform::PropertyList()); }
 
+/// A binary list of one dictionary with two keys, the number 1 and the text "a". Its last 32 bytes say how many bytes
+/// an offset and a reference have, how many objects there are, which is the first, and where the offsets are.
+std::string listWithANumberAsKey() {
+  const std::string objects("\xd2\x01\x02\x03\x04\x10\x01\x51\x61\x09\x08", 11);
+  const std::string offsets("\x08\x0d\x0f\x11\x12", 5);
+  std::string end(32, '\0');
+  end[6] = end[7] = 1;
+  end[15] = 5;
+  end[31] = static_cast<char>(8 + objects.size());
+  return "bplist00" + objects + offsets + end;
+}
+
+TEST_F(MacPropertyLists, HaveNoKeysButTexts) {
+  const auto list = read(listWithANumberAsKey());
+  ASSERT_TRUE(list);
+  EXPECT_EQ(*list, (platform::PropertyList{{"a", false}}));
+}
+
 TEST_F(MacPropertyLists, AreNoneWithoutADictionary) {
   EXPECT_EQ(readXml("<array><true/></array>"), std::nullopt);
   EXPECT_EQ(readXml("<string>x</string>"), std::nullopt);

@@ -142,8 +142,8 @@ void fitAlert(NSView* accessory) {
 }
 
 /// Does nothing, because no screen reader reads windows of GNUstep.
-void describe(NSView* /*control*/, NSString* /*label*/, NSString* /*help*/) {}
+void describe(NSView* /*control*/, const Description& /*description*/) {}
 
-Description descriptionOf(NSView* /*control*/) { return {nil, nil}; }
+Description descriptionOf(NSView* /*control*/) { return {}; }
 
 }  // namespace qm::appkit

@@ -30,6 +30,12 @@ class ItemHandedOver : public TrashMachine {
     EXPECT_TRUE(acting.ok());
     return static_cast<bool>(posix::UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC)));
   }
+
+  static gid_t groupOf(const std::string& path) {
+    struct stat found {};
+    EXPECT_EQ(::lstat(path.c_str(), &found), 0);
+    return found.st_gid;
+  }
 };
 
 TEST_F(ItemHandedOver, CanBeRestoredByThePerson) {
@@ -67,6 +73,23 @@ TEST_F(ItemHandedOver, GivesThePersonFoldersButNoFiles) {
     EXPECT_EQ(modeOf(item() + "/Contents/secret"), 0600U);
     EXPECT_EQ(ownerOf(item() + "/Contents/tool"), 0U);
     EXPECT_EQ(ownerOf("/etc"), 0U) << "links are not followed";
+  });
+}
+
+TEST_F(ItemHandedOver, GivesTheOtherMembersOfThePersonsGroupNothing) {
+  run([] {
+    const std::string bundle = applications() + "/Tessaly.app";
+    makeFolder(bundle);
+    makeFolder(bundle + "/shared", 0, 0750);
+    makeFile(bundle + "/shared/file", "precious");
+    ASSERT_TRUE(trashItem("Tessaly.app").succeeded());
+    EXPECT_EQ(ownerOf(item() + "/shared"), kPerson);
+    EXPECT_EQ(groupOf(item() + "/shared"), 0U);
+    ASSERT_EQ(::rename(item().c_str(), bundle.c_str()), 0);
+    asUser(kOther, kPerson, [bundle] {
+      EXPECT_NE(::access((bundle + "/shared").c_str(), R_OK), 0);
+      EXPECT_NE(::access((bundle + "/shared").c_str(), X_OK), 0);
+    });
   });
 }
 

@@ -15,7 +15,7 @@ inline constexpr std::size_t kLongestArchiveName = 4095;
 /// control a terminal, are shown as "?".
 std::string shownName(std::string_view name);
 
-/// "name: Why." A failure with a system's error number, or with a sentence of its own.
+/// "name: why", without a full stop. A failure with a system's error number, or with a sentence of its own.
 platform::Status problemWith(std::string_view name, int error);
 platform::Status problemWith(std::string_view name, const std::string& why);
 /// The same for an error number that describes what is at the item's path or on the way to it; a success for 0.

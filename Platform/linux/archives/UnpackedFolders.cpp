@@ -58,8 +58,8 @@ void UnpackedFolders::markWay(std::size_t folder) {
   for (; !folders_[folder].isOnTheWay; folder = folders_[folder].above) folders_[folder].isOnTheWay = true;
 }
 
-/// Walks down into each folder and up again, with one descriptor open. On the way up it checks that it is in the folder
-/// from which it went down.
+/// Walks down into each folder and up again. However deep the tree is, at most three descriptors are open. On the way
+/// up it checks that it is in the folder from which it went down.
 class UnpackedFolders::Walk {
  public:
   Walk(const std::vector<Folder>& folders, int top) : folders_(folders), top_(top) {}
@@ -106,13 +106,16 @@ class UnpackedFolders::Walk {
     way_.pop_back();
     if (way_.empty()) return;
     here_.reset(::openat(left.get(), "..", kFlags));
-    FolderIdentity above;
-    const bool isTheOne = here_ && posix::identify(here_.get(), above) == 0 && above.sameFolder(way_.back().identity);
-    if (!isTheOne) goDownAnew();
+    if (!isIn(way_.back())) goDownAnew();
     if (const int error = settled(left.get(), folders_[folder])) note(folder, error);
   }
 
-  // A folder that was moved elsewhere meanwhile is left alone.
+  bool isIn(const Step& step) const {
+    FolderIdentity found;
+    return here_ && posix::identify(here_.get(), found) == 0 && found.sameFolder(step.identity);
+  }
+
+  // A folder that was moved elsewhere meanwhile is left alone, and so is what took its place.
   void goDownAnew() {
     while (!reopen() && way_.size() > 1) {
       note(way_.back().folder, ESTALE);
@@ -122,8 +125,10 @@ class UnpackedFolders::Walk {
 
   bool reopen() {
     here_ = posix::duplicate(top_);
-    for (std::size_t i = 1; here_ && i < way_.size(); ++i)
+    for (std::size_t i = 1; here_ && i < way_.size(); ++i) {
       here_.reset(::openat(here_.get(), folderOf(way_[i]).name.c_str(), kFlags));
+      if (!isIn(way_[i])) return false;
+    }
     return static_cast<bool>(here_);
   }
 

@@ -16,8 +16,8 @@
 
 namespace qm::linux_ {
 
-/// The folders that items were unpacked into, each stored by its name in its parent. A path of thousands of names
-/// therefore takes no more memory than these.
+/// The folders that items were unpacked into, each stored by its name in its parent. So a path of thousands of names
+/// takes only the memory of these names.
 class UnpackedFolders {
  public:
   static constexpr std::size_t kTop = 0;

@@ -22,7 +22,8 @@ using platform::Status;
 
 constexpr std::size_t kBlock = 262144;
 constexpr std::uint32_t kMostMemory = 256U << 20U;
-constexpr std::size_t kLzmaProperties = 9;  // a version, their length, a byte, and the memory
+// Two bytes of version, two for the length of the rest, one byte, and four for the memory.
+constexpr std::size_t kLzmaProperties = 9;
 constexpr std::size_t kLzmaMemory = 5;
 constexpr const char* kPartMissing = "A part of it is missing";
 constexpr mode_t kPermissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
@@ -154,9 +155,9 @@ Status ZipReader::next(std::optional<ZipEntry>& entry) {
   return Status::success();
 }
 
-// With these two kinds of compression an archive dictates how much memory its reader allocates, up to 4 GiB. The
-// format's name includes the compression of the item, and the contents follow in the file. The target of a link has
-// been read already and is too short to fill any memory.
+// With LZMA and xz an archive determines how much memory its reader allocates, up to 4 GiB. The format's name includes
+// the compression of the item, and the contents follow in the file. The target of a link has been read already and is
+// too short to fill any memory.
 Status ZipReader::memoryAllowed() const {
   if (current_.kind == ZipEntry::Kind::Link) return Status::success();
   const std::string format = textOf(::archive_format_name(archive_.get()));

@@ -31,8 +31,8 @@ struct ZipEntry {
 
 /// Reads a zip archive by its directory, item after item. In memory it keeps only that directory, one block, and what
 /// the item's compression needs, at most 256 MiB. Names are returned byte for byte, except those from a field that
-/// holds them in UTF-8. Names and link targets end at the first NUL; `open` rejects an archive whose directory contains
-/// one. One thread at a time.
+/// holds them in UTF-8. Names and link targets end at the first NUL. So `open` rejects an archive if a name in its
+/// directory contains one. One thread at a time.
 class ZipReader {
  public:
   ZipReader();

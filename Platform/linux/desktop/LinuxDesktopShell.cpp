@@ -9,7 +9,7 @@
 
 #include "Platform/linux/desktop/ApplicationBundle.h"
 #include "Platform/linux/desktop/DesktopNotices.h"
-#include "Platform/linux/desktop/HeldItem.h"
+#include "Platform/linux/desktop/ItemOfReference.h"
 #include "Platform/linux/desktop/ThreadUser.h"
 #include "Platform/linux/system/Environment.h"
 #include "Platform/posix/AtomicWrite.h"
@@ -80,7 +80,7 @@ LinuxDesktopShell::LinuxDesktopShell(const platform::Users& users, platform::Tas
 
 OSStatus LinuxDesktopShell::newMinimalAlias(const platform::FileReference& reference,
                                             std::unique_ptr<platform::Alias>* alias) {
-  const HeldItem* item = heldItem(reference);
+  const ItemOfReference* item = itemOf(reference);
   std::optional<std::string> path = item == nullptr ? std::nullopt : item->path();
   if (!path) return platform::fnfErr;
   *alias = std::make_unique<ItemAlias>(ChangedItem{std::move(*path), item->isFolder()});

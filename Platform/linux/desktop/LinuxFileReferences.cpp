@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-#include "Platform/linux/desktop/HeldItem.h"
+#include "Platform/linux/desktop/ItemOfReference.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/rights/HeldPlace.h"
 
@@ -27,11 +27,11 @@ posix::UniqueFd openItem(const std::string& path) {
 platform::FileReference LinuxFileReferences::make(const std::string& path) const {
   if (posix::pathError(path) != 0) return {};
   posix::UniqueFd item = openItem(posix::withoutTrailingSlashes(path));
-  return item ? platform::FileReference(std::make_shared<HeldItem>(std::move(item))) : platform::FileReference();
+  return item ? platform::FileReference(std::make_shared<ItemOfReference>(std::move(item))) : platform::FileReference();
 }
 
 std::optional<std::string> LinuxFileReferences::path(const platform::FileReference& reference) const {
-  const HeldItem* item = heldItem(reference);
+  const ItemOfReference* item = itemOf(reference);
   return item == nullptr ? std::nullopt : item->path();
 }
 

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "Platform/linux/desktop/HeldItem.h"
+#include "Platform/linux/desktop/ItemOfReference.h"
 #include "Platform/posix/FileMessages.h"
 #include "Platform/posix/FinderBytes.h"
 
@@ -41,14 +41,14 @@ const char* finderAttributeOn(unsigned long volumeType) {
 }
 
 std::optional<std::uint16_t> LinuxFinderInformation::finderFlags(const platform::FileReference& reference) const {
-  const HeldItem* item = heldItem(reference);
+  const ItemOfReference* item = itemOf(reference);
   posix::FinderBytes bytes{};
   if (item == nullptr || posix::readFinderBytes(getterOf(item->handle()), bytes) != 0) return std::nullopt;
   return posix::finderFlagsIn(bytes);
 }
 
 platform::Status LinuxFinderInformation::setFinderFlags(const platform::FileReference& reference, std::uint16_t flags) {
-  const HeldItem* item = heldItem(reference);
+  const ItemOfReference* item = itemOf(reference);
   if (item == nullptr) return posix::statusOf(posix::FileOperation::Label, ENOENT, "");
   const int error = posix::writeFinderFlags(getterOf(item->handle()), setterOf(item->handle()), flags);
   return posix::statusOf(posix::FileOperation::Label, error, item->path().value_or(""));

@@ -15,7 +15,7 @@
 namespace qm::linux_ {
 namespace {
 
-// A pipe accepts this much at once, so writing never waits for the reader.
+// The longest name, and the longest password. A pipe accepts both at once, so writing does not wait for the reader.
 constexpr std::size_t kLongest = 4096;
 
 // Bytes that are wiped at the end. Reserved in advance, because growing would leave copies behind.

@@ -238,7 +238,8 @@ void PolkitAuthorization::releaseRights() {
 ToolCommand PolkitAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   if (!isFileTool(tool)) return {tool, arguments};
   const auto person = userWithName(users_.consoleUser().value_or(std::string()));
-  // The helper does not work for somebody who came to this program through pkexec.
+  // If pkexec started this program, PKEXEC_UID names its caller, and the helper would refuse to work for another user.
+  // So the variable is removed.
   std::vector<std::string> all = {
       "-u", "PKEXEC_UID", programs_.helper, "--for", std::to_string(person ? person->id : 0), tool};
   const std::vector<std::string> meant = asMeant(tool, arguments);

@@ -17,16 +17,18 @@
 
 namespace qm::linux_ {
 
-/// Administrator rights through polkit. A session with rights is a helper that pkexec started, and lives as long as the
-/// session. Credentials are the environment's items "username" and "password". The console shows why rights were not
-/// granted or why a tool was not started, and which item is left as it was because of that. It also shows that a tool
-/// failed.
+/// Administrator rights through polkit. A session with rights has a helper, which pkexec started. The helper runs as
+/// long as the session. Credentials are the environment's items "username" and "password". The console shows why rights
+/// were not granted or why a tool was not started, and which item is left as it was because of that. It also shows that
+/// a tool failed.
 ///
 ///   granted                                      0
 ///   the dialog was dismissed                     errAuthorizationCanceled
 ///   wrong name or password, or not allowed       errAuthorizationDenied
 ///   no agent can ask, or asking is not allowed   errAuthorizationInteractionNotAllowed
-///   pkexec, polkit or a program of ours missing  errAuthorizationToolEnvironmentError
+///   pkexec, polkit, a program of ours or the
+///   user's Trash cannot be used, or the helper
+///   ended before it was ready                    errAuthorizationToolEnvironmentError
 ///   a tool that cannot be started, or is refused errAuthorizationToolExecuteFailure
 ///   no such session, or its helper has ended     errAuthorizationInvalidRef
 ///
@@ -69,7 +71,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   /// A session without rights has no connection.
   struct Session {
     SharedConnection connection;
-    /// The one command that the rights allow.
+    /// The one command that the rights allow. Empty if they allow all; {""} if they are used up.
     OnlyCommand only;
   };
 
@@ -92,7 +94,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   std::uintptr_t lastSession_ = 0;
   /// The command that the next rights are requested for.
   OnlyCommand announced_;
-  /// The folder whose removal fails unless nothing but empty folders and housekeeping files is in it.
+  /// A removal of this folder succeeds only if nothing but empty folders and housekeeping files is in it.
   std::string hollowFolder_;
   std::map<platform::AuthorizationRef, Session> sessions_;
 };

@@ -47,10 +47,12 @@ int lookForChanges(int item, const struct stat& file, Reached reached, bool& cha
   return 0;
 }
 
+// The folder keeps its group, because members of another one could otherwise list it.
 int giveFolder(int folder, const FileSystemIdentity& person) {
+  constexpr auto kSameGroup = static_cast<gid_t>(-1);
   struct stat found {};
   if (::fstat(folder, &found) != 0) return errno;
-  if (found.st_uid != person.uid && ::fchown(folder, person.uid, person.gid) != 0) return errno;
+  if (found.st_uid != person.uid && ::fchown(folder, person.uid, kSameGroup) != 0) return errno;
   const mode_t mode = (found.st_mode & kPermissions & ~kLendingBits) | S_IRWXU;
   return mode == (found.st_mode & kPermissions) ? 0 : posix::errorOf(::fchmod(folder, mode));
 }

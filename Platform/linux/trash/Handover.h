@@ -15,22 +15,25 @@ enum class Reached : bool { No, Yes };
 /// Whether the user gets the item itself or a copy of it.
 enum class HandedOver : bool { TheItem, ACopy };
 
-/// Makes the item of a descriptor the user's to restore and to delete, wherever somebody moves it meanwhile.
+/// Changes the item of a descriptor so that the user can restore and delete it. It works by descriptor, so it does not
+/// matter if somebody moves the item meanwhile.
 ///
-/// Its folders become the user's. Files keep owner and contents. Nothing becomes readable that was not readable before:
-/// a file in a folder that was closed to the user gets permissions for its owner only. Set-user-id and set-group-id
-/// bits and file capabilities are dropped, because they would lend the owner's rights in a folder where the user can
-/// now replace neighbouring files. It works bottom up, so that nobody can interfere from above, and is idempotent. Goes
-/// on after a failure and returns the first one.
+/// The user becomes the owner of its folders, which keep their groups. Files keep owner, group and contents. So nothing
+/// becomes readable for anybody else, and for the user only the names in the folders: a file in a folder that was
+/// closed to the user gets permissions for its owner only. Set-user-id and set-group-id bits and file capabilities are
+/// dropped, because they would lend the owner's rights in a folder where the user can now replace neighbouring files.
+/// It works bottom up, so that nobody can interfere from above, and is idempotent. Goes on after a failure and returns
+/// the first one.
 ///
 /// In a copy, a device is refused with ENODEV. Only root can have created it there, and on the volume that it was
 /// copied from it may have had no effect as a device.
 posix::FileError handOver(int item, const FileSystemIdentity& person, Reached reached,
                           HandedOver what = HandedOver::TheItem);
 
-/// Why that would fail, or change what is not part of the item: a volume mounted in it, a locked item, or a file that
-/// has names outside the item and would have to be changed. An item that is handed over as a copy must contain no
-/// device; its files have no other names. Changes nothing.
+/// Why that would fail, or change what is not part of the item: a volume mounted in it, a locked folder or something
+/// locked in it, or a file that has names outside the item and would have to be changed. An item that is itself a
+/// locked file is not reported: the system does not let anybody move it. An item that is handed over as a copy must
+/// contain no device; its files have no other names. Changes nothing.
 posix::FileError obstacleToHandover(int item, const FileSystemIdentity& person, Reached reached, HandedOver what);
 
 /// Whether the user, by following `path`, reaches the item of the descriptor. Null if that cannot be determined.

@@ -17,9 +17,10 @@ inline constexpr mode_t kLendingBits = S_ISUID | S_ISGID;
 int lookForCapabilities(int item, bool& found);
 int dropCapabilities(int item);
 
-/// Why root would refuse to put the item of a descriptor back to its origin for the user whose Trash it is in. Changes
-/// nothing. It is neither a file nor a folder (ENOTSUP), contains a device (ENODEV), a mounted volume (EBUSY), or a
-/// file with names outside the item that belongs to somebody else or would have to be changed (EMLINK).
+/// Returns why root would refuse to put the item of a descriptor back to its origin for the user whose Trash it is in.
+/// Changes nothing. ENODEV: the item is or contains a device. ENOTSUP: it is neither a file nor a folder. EBUSY: it
+/// contains a mounted volume. EMLINK: a file of the item has names outside it, and belongs to somebody else or would
+/// have to be changed.
 posix::FileError obstacleToPuttingBack(int item, uid_t person);
 
 /// Removes from an item, and from everything in it, the bits and capabilities that lend rights. Files with several

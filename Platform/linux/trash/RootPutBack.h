@@ -13,15 +13,16 @@
 
 namespace qm::linux_ {
 
-/// Moves an item from a user's Trash to a folder that only root may change, with root's rights.
+/// Moves an item with root's rights from a user's Trash to a folder, if nobody but root can redirect the path to that
+/// folder.
 ///
 /// Only files and folders are put back this way: a link of the user's in a root-owned folder would be trusted as
-/// root's. The user can replace the item at every moment. So it is first moved into a folder that only root can access
-/// in the Trash, checked there, and then renamed to its destination without replacing anything. Owners stay; bits and
-/// capabilities that lend rights are dropped. Across volumes a copy is made where nobody else can reach it, checked,
-/// flushed to the disk and published before the item is removed. A process that ends in the middle leaves the item
-/// whole: at its destination, in the Trash, or in that folder of the Trash with a record, from which it is put into the
-/// Trash again (see `TrashMending.h`).
+/// root's. The user can replace the item at every moment. So it is checked, then moved into a folder in the Trash that
+/// only root can access, and compared there with the checked one by identity. Then it is renamed to its destination
+/// without replacing anything. Owners stay; bits and capabilities that lend rights are dropped before and after that.
+/// Across volumes a copy is made where nobody else can reach it, checked, flushed to the disk and published before the
+/// item is removed. A process that ends in the middle leaves the item whole: at its destination, in the Trash, or in
+/// that folder of the Trash with a record, from which it is put into the Trash again (see `TrashMending.h`).
 class RootPutBack {
  public:
   /// All arguments must outlive it.

@@ -61,7 +61,8 @@ class Mending {
     return removeExpendable(work_.descriptor()) == 0;
   }
 
-  // It contains a copy of what is in the Trash, or at the destination.
+  // The work folder beside the origin contains a copy of what is in the Trash or at the destination, so it can be
+  // removed.
   bool removeGrowing() const {
     if (record_.aside.empty() || mended_ == Mended::PutBacks) return true;
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);

@@ -6,7 +6,7 @@
 
 namespace qm::linux_ {
 
-/// The names in work folders of a copy that goes to the Trash, and of an item that was taken from its place.
+/// In a work folder, the name of a copy that goes to the Trash, and the name of an item that was taken from its place.
 inline constexpr const char* kCopyName = "copy";
 inline constexpr const char* kAsideName = "item";
 /// The same for an item whose copy is already at its destination, and for that copy while it grows beside its
@@ -29,8 +29,8 @@ int removeExpendable(int work);
 /// its description. Returns 0 or an error number.
 int returnToTrash(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work);
 
-/// Undoes interrupted attempts to put items of this Trash back on its volume. Nothing outside the Trash is touched, so
-/// a record on a volume that somebody plugged in cannot mislead root.
+/// Finishes or undoes interrupted attempts to put items of this Trash back to paths on the same volume. Nothing outside
+/// the Trash is touched, so a record on a volume that somebody plugged in cannot mislead root.
 void mendPutBacks(const TrashDirectory& trash, const FileSystemIdentity& person);
 
 /// Finishes or undoes every interrupted move to this Trash, or back from it. What cannot be mended now keeps its

@@ -21,17 +21,20 @@ struct ItemNumber {
 /// The item of a descriptor, or of a name in a folder. Null if there is none.
 std::optional<ItemNumber> itemNumber(int folder, const std::string& name = "");
 
-/// What a move to the Trash is about to do. It is written before the move begins, so that a later run can recognise
-/// what an interrupted process has left, and finish or undo it.
+/// What a move to the Trash, or back from it, is about to do. It is written before the move begins, so that a later run
+/// can recognise what an interrupted process has left, and finish or undo it.
 struct TrashRecord {
   std::string origin;  ///< the item's path
   ItemNumber item;
   ItemNumber copy;     ///< of the item, on the Trash's volume; zeros if the item itself is moved
   std::string stored;  ///< its name in the Trash
   std::string info;    ///< the text of its description
-  std::string aside;   ///< the work folder beside the origin, for the item once its copy is in the Trash
+  /// The work folder beside the origin: for the item once its copy is in the Trash, or for the growing copy of an item
+  /// that is put back.
+  std::string aside;
   Reached reached = Reached::No;
-  bool isTaken = false;  ///< its copy is in the Trash permanently, and the item has left its place
+  /// Its copy is in the Trash permanently, and the item has left its place. Without a copy: the item is put back.
+  bool isTaken = false;
 
   bool isCopy() const { return copy.inode != 0; }
   /// Whether the item is on its way out of the Trash.

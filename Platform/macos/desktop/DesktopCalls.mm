@@ -33,7 +33,10 @@ class Descriptor {
   Descriptor() = default;
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { ::AEDisposeDesc(&value_); }
+  ~Descriptor() {
+    const Pool pool;
+    ::AEDisposeDesc(&value_);
+  }
   AEDesc* get() { return &value_; }
 
  private:

@@ -87,41 +87,17 @@ std::string refusalForRoot(const std::string& tool, const std::vector<std::strin
 
 }  // namespace
 
-/// The output of a tool. Remembers whether the tool has ended.
-class ToolOutput final : public CommunicationsPipe {
- public:
-  explicit ToolOutput(std::FILE* file) : file_(file) {}
-  ToolOutput(const ToolOutput&) = delete;
-  ToolOutput& operator=(const ToolOutput&) = delete;
-  ~ToolOutput() override { static_cast<void>(std::fclose(file_)); }
-
-  int readCharacter() override {
-    const int character = std::fgetc(file_);
-    hasEnded_ = hasEnded_ || character < 0;
-    return character;
-  }
-
-  bool hasEnded() const { return hasEnded_; }
-  void waitForEnd() {
-    while (!hasEnded_) static_cast<void>(readCharacter());
-  }
-
- private:
-  std::FILE* file_;
-  std::atomic<bool> hasEnded_ = false;
-};
-
 MacAuthorization::MacAuthorization(platform::Console& console) : console_(console) {}
-
-MacAuthorization::~MacAuthorization() = default;
 
 AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environment, AuthorizationFlags flags,
                                              AuthorizationRef* session) {
   *session = nullptr;
   if (nextIsRefused_.exchange(false)) return errAuthorizationDenied;
+  // Without a way to start a tool nobody is asked for a password.
+  if (!canExecute()) return errAuthorizationToolExecuteFailure;
   AuthorizationRef made = nullptr;
   const AuthorizationStatus status = createSession(environment, flags, &made);
-  if (status == errAuthorizationSuccess) *session = keep(made);
+  if (status == errAuthorizationSuccess) *session = keep({made, kDestroyRights});
   return status;
 }
 
@@ -137,8 +113,11 @@ void MacAuthorization::expectHollowFolder(const std::string& folder) {
 std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::string& tool,
                                                                   const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);
-  const bool isHollow = tool == kRemove && !hollowFolder_.empty() && !arguments.empty();
-  if (!isHollow || arguments.back() != hollowFolder_) return arguments;
+  if (tool != kRemove || hollowFolder_.empty()) return arguments;
+  if (arguments.empty() || arguments.back() != hollowFolder_) {
+    console_.print(tool + " is not started: now it may remove nothing but the empty folder " + hollowFolder_ + ".");
+    return std::nullopt;
+  }
   auto items = hollowItemsAt(hollowFolder_);
   if (!items) {
     console_.print(hollowFolder_ + " stays: it can’t be shown that nothing is in it.");
@@ -150,6 +129,7 @@ std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::str
 
 AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const AuthorizationItems& rights,
                                                  const AuthorizationItems& environment, AuthorizationFlags flags) {
+  const std::scoped_lock used(inUse_);
   auto* const found = systems(session);
   return found == nullptr ? errAuthorizationInvalidRef : copySessionRights(found, rights, environment, flags);
 }
@@ -157,7 +137,7 @@ AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const
 AuthorizationStatus MacAuthorization::free(AuthorizationRef session, AuthorizationFlags flags) {
   std::unique_ptr<Session> ended;
   {
-    const std::scoped_lock lock(mutex_);
+    const std::scoped_lock lock(inUse_, mutex_);
     const auto found = sessions_.find(session);
     if (found == sessions_.end()) return errAuthorizationInvalidRef;
     ended = std::move(found->second);
@@ -171,6 +151,7 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
                                                             const std::vector<std::string>& arguments,
                                                             std::shared_ptr<CommunicationsPipe>* pipe) {
   if (!canExecute()) return errAuthorizationToolExecuteFailure;
+  const std::scoped_lock used(inUse_);
   auto* const rightful = systems(session);
   if (rightful == nullptr) return errAuthorizationInvalidRef;
   const auto meant = asMeant(tool, arguments);
@@ -184,16 +165,16 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
 
 /// Also waits for tools whose output nobody reads.
 void MacAuthorization::releaseRights() {
-  std::vector<std::shared_ptr<ToolOutput>> outputs;
-  std::vector<AuthorizationRef> ended;
+  std::vector<std::shared_ptr<posix::ToolOutput>> outputs;
+  std::vector<Session> ended;
   {
-    const std::scoped_lock lock(mutex_);
+    const std::scoped_lock lock(inUse_, mutex_);
     std::swap(outputs, outputs_);
-    for (const auto& [handle, session] : sessions_) ended.push_back(std::exchange(session->system, nullptr));
+    for (const auto& [handle, session] : sessions_) ended.push_back(std::exchange(*session, Session()));
   }
   for (const auto& output : outputs) output->waitForEnd();
-  std::erase(ended, nullptr);
-  for (auto* const session : ended) static_cast<void>(freeSession(session, kDestroyRights));
+  std::erase_if(ended, [](const Session& session) { return session.system == nullptr; });
+  for (const Session& session : ended) static_cast<void>(freeSession(session.system, session.atRelease));
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -208,15 +189,17 @@ ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std:
 AuthorizationStatus MacAuthorization::copyPrivilegedReference(AuthorizationRef* session, AuthorizationFlags flags) {
   AuthorizationRef handed = nullptr;
   const AuthorizationStatus status = copySessionOfParent(&handed, flags);
-  *session = status == errAuthorizationSuccess && handed != nullptr ? keep(handed) : nullptr;
+  const bool isThere = status == errAuthorizationSuccess && handed != nullptr;
+  // The parent goes on using its rights.
+  *session = isThere ? keep({handed, kAuthorizationFlagDefaults}) : nullptr;
   return status;
 }
 
-AuthorizationRef MacAuthorization::keep(AuthorizationRef system) {
-  auto session = std::make_unique<Session>(Session{system});
-  auto* const handle = reinterpret_cast<AuthorizationRef>(session.get());
+AuthorizationRef MacAuthorization::keep(const Session& session) {
+  auto kept = std::make_unique<Session>(session);
+  auto* const handle = reinterpret_cast<AuthorizationRef>(kept.get());
   const std::scoped_lock lock(mutex_);
-  sessions_[handle] = std::move(session);
+  sessions_[handle] = std::move(kept);
   return handle;
 }
 
@@ -227,7 +210,7 @@ AuthorizationRef MacAuthorization::systems(AuthorizationRef session) {
 }
 
 std::shared_ptr<CommunicationsPipe> MacAuthorization::keepOutput(std::FILE* output) {
-  auto kept = std::make_shared<ToolOutput>(output);
+  auto kept = std::make_shared<posix::ToolOutput>(output);
   const std::scoped_lock lock(mutex_);
   std::erase_if(outputs_, [](const auto& other) { return other->hasEnded(); });
   outputs_.push_back(kept);

@@ -12,17 +12,16 @@
 
 #include "Platform/AuthorizationServices.h"
 #include "Platform/Console.h"
+#include "Platform/posix/process/ToolOutput.h"
 
 namespace qm::macos {
-
-class ToolOutput;
 
 /// The system's Authorization Services. The tools that they start follow paths and remove even what only root can see.
 /// So this class limits the tools in two ways:
 ///
 /// - If a folder is to be removed only if it is empty, the tool gets the paths of the items that were found in it. It
 ///   never removes what is added meanwhile. If the folder cannot be shown to be empty, nothing is removed and no
-///   password is requested.
+///   password is requested. Until then no tool removes anything else.
 /// - A process run by root starts no tool on a path that others could redirect.
 class MacAuthorization final : public platform::AuthorizationServices {
  public:
@@ -30,7 +29,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
   explicit MacAuthorization(platform::Console& console);
   MacAuthorization(const MacAuthorization&) = delete;
   MacAuthorization& operator=(const MacAuthorization&) = delete;
-  ~MacAuthorization() override;
+  ~MacAuthorization() override = default;
 
   platform::AuthorizationStatus create(const platform::AuthorizationItems& environment,
                                        platform::AuthorizationFlags flags,
@@ -56,9 +55,10 @@ class MacAuthorization final : public platform::AuthorizationServices {
   /// session once it has been freed.
   struct Session {
     platform::AuthorizationRef system = nullptr;  // null when its rights have been released
+    platform::AuthorizationFlags atRelease = 0;   // the option with which it is freed then
   };
 
-  platform::AuthorizationRef keep(platform::AuthorizationRef system);
+  platform::AuthorizationRef keep(const Session& session);
   /// The system's session; null if there is none, or if its rights have been released.
   platform::AuthorizationRef systems(platform::AuthorizationRef session);
   std::shared_ptr<platform::CommunicationsPipe> keepOutput(std::FILE* output);
@@ -67,11 +67,12 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
 
   platform::Console& console_;
+  std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; before mutex_
   std::mutex mutex_;
   std::string hollowFolder_;                                                 // guarded by mutex_
   std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded by mutex_
-  std::vector<std::shared_ptr<ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
-  std::atomic<bool> nextIsRefused_ = false;           // the tool that was announced must not be started
+  std::vector<std::shared_ptr<posix::ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
+  std::atomic<bool> nextIsRefused_ = false;                  // the tool that was announced must not be started
 };
 
 }  // namespace qm::macos

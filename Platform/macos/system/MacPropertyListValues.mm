@@ -18,12 +18,13 @@ platform::PropertyListValue valueOf(id object) {
   return std::monostate();
 }
 
+/// A binary list may have keys of any kind. Only texts are keys here.
 platform::PropertyList listOf(NSDictionary* dictionary) {
   platform::PropertyList list;
   NSArray* const keys = [dictionary allKeys];
   for (NSUInteger i = 0; i < [keys count]; ++i) {
-    NSString* const key = [keys objectAtIndex:i];
-    list.emplace(textOf(key), valueOf([dictionary objectForKey:key]));
+    const id key = [keys objectAtIndex:i];
+    if ([key isKindOfClass:[NSString class]]) list.emplace(textOf(key), valueOf([dictionary objectForKey:key]));
   }
   return list;
 }

@@ -26,9 +26,10 @@ std::optional<int> ProcessHandle::reap() const {
   return WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-/// Nothing is sent to a child that has ended, because its id may be reused once other code has reaped it.
+/// Nothing is sent to a child that has ended, because its id may be reused once other code has reaped it. Without a
+/// process there is no id: kill(2) would send the signal to every process.
 void ProcessHandle::signal(int number) const {
-  if (!isReadable(descriptor(), 0)) ::kill(process_, number);
+  if (*this && !isReadable(descriptor(), 0)) ::kill(process_, number);
 }
 
 }  // namespace qm::posix

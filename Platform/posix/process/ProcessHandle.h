@@ -11,7 +11,8 @@
 namespace qm::posix {
 
 /// A handle of one process that stays valid after its end: a process id that the system has reused is never waited for
-/// or signalled. Only a child of this process can be reaped.
+/// or signalled. Only a child of this process can be reaped. On systems whose calls accept no descriptor of a process,
+/// this holds for children only.
 class ProcessHandle {
  public:
   /// No process.
@@ -29,7 +30,8 @@ class ProcessHandle {
   /// Reaps the child if it has exited. Returns its exit status or the number of the signal that ended it, null while it
   /// runs, and `kUnknownStatus` if the child was reaped by other code.
   std::optional<int> reap() const;
-  /// Sends a signal. Does nothing if the child has ended. Must not be called after the child was reaped.
+  /// Sends a signal. Does nothing if the child has ended, or if the handle is false. Must not be called after the child
+  /// was reaped.
   void signal(int number) const;
 
   static constexpr int kUnknownStatus = -1;

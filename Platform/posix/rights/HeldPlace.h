@@ -11,9 +11,9 @@
 
 namespace qm::posix {
 
-/// Opens the folder of an item, so that the item can be named in it. As root, the path is walked by the rules of
-/// `pinPath`, even if missing folders are created. Returns 0 or an error number. If this program itself refuses the
-/// path, `refusal` is the reason, for the console.
+/// Opens the folder of an item, so that calls can take this descriptor and the item's name instead of a path. As root,
+/// the path is walked by the rules of `pinPath`, even if missing folders are created. Returns 0 or an error number. If
+/// this program itself refuses the path, `refusal` is the reason, for the console.
 int openHeldPlace(const std::string& path, Place& place, std::string* refusal = nullptr,
                   platform::MissingFolders missing = platform::MissingFolders::Fail);
 

@@ -16,8 +16,8 @@ namespace qm::posix {
 struct PinnedPlace {
   UniqueFd folder;
   std::string name;
-  /// The item, opened for naming only (`lookupFlag`); none if nothing is there, or if the item is a socket that the
-  /// system cannot open.
+  /// The item, opened only for calls that take its descriptor (`lookupFlag`); none if nothing is there, or if the item
+  /// is a socket that the system cannot open.
   UniqueFd item;
   struct stat itemStatus {};
   /// Everybody but root who could have redirected the path.

@@ -20,8 +20,8 @@ class RightsForPaths {
  public:
   RightsForPaths(const platform::Users& users, std::initializer_list<std::string> paths);
 
-  /// Whether the thread has these rights. If not, nothing may be changed by path. Either several users could redirect
-  /// the paths while nobody or root itself is at the console, or the thread could not take the rights.
+  /// Whether paths may be changed with these rights. False if the thread could not take them, and if several users
+  /// could redirect the paths while nobody or root itself is at the console (see `arePlacesOnly`).
   bool ok() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
 
   /// Whether several users can redirect the paths and root itself is at the console. Then changes may be made only at

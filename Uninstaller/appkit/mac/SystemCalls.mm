@@ -3,11 +3,13 @@
 #include <CoreGraphics/CoreGraphics.h>
 #include <libproc.h>
 
-#include <cstdlib>
 #include <vector>
 
 #include "Platform/macos/Framework.h"
+#include "Platform/posix/WholeAnswer.h"
+#include "Uninstaller/appkit/FrontEnd.h"
 #include "Uninstaller/appkit/Instances.h"
+#include "Uninstaller/appkit/Text.h"
 
 namespace qm::appkit {
 namespace {
@@ -18,16 +20,30 @@ constexpr CGKeyCode kVirtualKeys = 128;
 /// The running alert; null if there is none. Main thread only.
 NSAlert* alert = nil;
 
-std::uint64_t startOf(pid_t process) {
-  proc_bsdinfo found{};
-  const int size = ::proc_pidinfo(process, PROC_PIDTBSDINFO, 0, &found, sizeof found);
-  return size == static_cast<int>(sizeof found) ? found.pbi_start_tvsec * 1000000 + found.pbi_start_tvusec : 0;
+std::optional<std::uint64_t> startOf(pid_t process) {
+  const auto found = posix::wholeAnswer<proc_bsdinfo>(
+      [process](proc_bsdinfo* facts, int size) { return ::proc_pidinfo(process, PROC_PIDTBSDINFO, 0, facts, size); });
+  return found ? std::optional(microsecondsOf(found->pbi_start_tvsec, found->pbi_start_tvusec)) : std::nullopt;
 }
 
 Instance instanceOf(NSRunningApplication* application) {
   const pid_t process = [application processIdentifier];
   return {.process = process, .start = startOf(process), .hasEnded = [application isTerminated] != NO};
 }
+
+std::vector<Instance> runningInstances(const std::string& identifier) {
+  NSArray* const running = [NSRunningApplication runningApplicationsWithBundleIdentifier:macos::stringOf(identifier)];
+  std::vector<Instance> instances;
+  for (NSUInteger i = 0; i < [running count]; ++i) instances.push_back(instanceOf([running objectAtIndex:i]));
+  return instances;
+}
+
+bool activate(pid_t process) {
+  return [[NSRunningApplication runningApplicationWithProcessIdentifier:process]
+      activateWithOptions:NSApplicationActivateAllWindows];
+}
+
+NSString* textOrNil(const std::optional<std::string>& text) { return text ? textOf(*text) : nil; }
 
 }  // namespace
 
@@ -41,20 +57,12 @@ HeldKeys heldKeys() {
 
 bool isRepeat(NSEvent* event) { return [event isARepeat]; }
 
-/// Launch Services start one instance only. This is for a user who starts the program's file directly. Without a bundle
-/// identifier other instances cannot be found.
+/// Launch Services start one instance only. This is for a user who starts the program's file directly.
 std::optional<int> leaveToTheOtherInstance() {
   const macos::Pool pool;
-  NSString* const identifier = [[NSBundle mainBundle] bundleIdentifier];
-  if (identifier == nil) return std::nullopt;
-  NSArray* const running = [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier];
-  std::vector<Instance> others;
-  for (NSUInteger i = 0; i < [running count]; ++i) others.push_back(instanceOf([running objectAtIndex:i]));
-  const auto first = instanceToLeaveTo(instanceOf([NSRunningApplication currentApplication]), others);
-  if (!first) return std::nullopt;
-  [[NSRunningApplication runningApplicationWithProcessIdentifier:*first]
-      activateWithOptions:NSApplicationActivateAllWindows];
-  return EXIT_SUCCESS;
+  return leaveToFirstInstance(macos::optionalTextOf([[NSBundle mainBundle] bundleIdentifier]),
+                              instanceOf([NSRunningApplication currentApplication]),
+                              std::string(frontEnd().product.program), runningInstances, activate);
 }
 
 void runAlert(NSString* title, NSString* message, NSAlertStyle style, NSView* accessory) {
@@ -74,11 +82,13 @@ void fitAlert(NSView* accessory) {
   [alert layout];
 }
 
-void describe(NSView* control, NSString* label, NSString* help) {
-  [control setAccessibilityLabel:label];
-  [control setAccessibilityHelp:help];
+void describe(NSView* control, const Description& description) {
+  [control setAccessibilityLabel:textOrNil(description.label)];
+  [control setAccessibilityHelp:textOrNil(description.help)];
 }
 
-Description descriptionOf(NSView* control) { return {[control accessibilityLabel], [control accessibilityHelp]}; }
+Description descriptionOf(NSView* control) {
+  return {macos::optionalTextOf([control accessibilityLabel]), macos::optionalTextOf([control accessibilityHelp])};
+}
 
 }  // namespace qm::appkit

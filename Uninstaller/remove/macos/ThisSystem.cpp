@@ -9,9 +9,11 @@
 
 #include "Platform/macos/MacPlatform.h"
 #include "Platform/macos/system/MacUsers.h"
+#include "Platform/posix/WholeAnswer.h"
 #include "Platform/posix/WholeList.h"
 #include "Uninstaller/Product.h"
 #include "Uninstaller/remove/LogLines.h"
+#include "Uninstaller/remove/Persons.h"
 
 namespace qm::removal {
 const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users& users) {
@@ -23,9 +25,7 @@ const platform::Users& systemUsers() {
   return *users;
 }
 
-/// Accounts of people have ids from 501 on, and those of services lower ones. The account "nobody" (-2) is above the
-/// range.
-NumbersOfPersons numbersOfPersons() { return {501, 0x7ffffffe}; }
+NumbersOfPersons numbersOfPersons() { return kNumbersOfPersonsOnAMac; }
 
 std::string stateFolderOfRoot() { return "/private/var/db"; }
 
@@ -36,9 +36,8 @@ std::optional<std::string> stateFolder(const std::string& home) { return home + 
 
 /// The system creates this folder for each user, and clears it.
 std::optional<std::string> runtimeFolder() {
-  std::array<char, 1024> path{};
-  const std::size_t length = ::confstr(_CS_DARWIN_USER_TEMP_DIR, path.data(), path.size());
-  return length > 0 && length <= path.size() ? std::optional<std::string>(path.data()) : std::nullopt;
+  return posix::wholeText<1024>(
+      [](char* path, std::size_t room) { return ::confstr(_CS_DARWIN_USER_TEMP_DIR, path, room); });
 }
 
 std::vector<pid_t> allProcesses() {
@@ -52,9 +51,10 @@ std::string nameOfProcess(pid_t process) {
 }
 
 std::optional<uid_t> userOfProcess(pid_t process) {
-  proc_bsdshortinfo found{};
-  const int size = ::proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, &found, sizeof found);
-  return size == static_cast<int>(sizeof found) ? std::optional(found.pbsi_ruid) : std::nullopt;
+  const auto found = posix::wholeAnswer<proc_bsdshortinfo>([process](proc_bsdshortinfo* facts, int size) {
+    return ::proc_pidinfo(process, PROC_PIDT_SHORTBSDINFO, 0, facts, size);
+  });
+  return found ? std::optional(found->pbsi_ruid) : std::nullopt;
 }
 
 std::string launchControlTool() { return "/bin/launchctl"; }

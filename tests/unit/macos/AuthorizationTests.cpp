@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -31,6 +35,10 @@ struct Asked {
   std::FILE* output = nullptr;            // of the tools that are started
   bool pipesWaited = false;               // no pipe could be made while a tool was started
   bool readBeforeTheEnd = false;          // the output had been read when a session was freed
+  bool canExecute = true;                 // the system has the call that starts tools
+  bool hasParent = false;                 // a parent has handed down a session
+  AuthorizationStatus ofParent = 0;       // the status of asking for that session
+  std::function<void()> whileStarting;    // is done while the system starts a tool
 };
 Asked asked;
 std::mutex pipes;
@@ -57,16 +65,17 @@ AuthorizationStatus freeSession(platform::AuthorizationRef session, Authorizatio
   return 0;
 }
 AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, AuthorizationFlags) {
-  *session = nullptr;
-  return 0;
+  *session = asked.hasParent ? systemsSession() : nullptr;
+  return asked.ofParent;
 }
-bool canExecute() { return true; }
+bool canExecute() { return asked.canExecute; }
 AuthorizationStatus executeWithRights(platform::AuthorizationRef, const std::string& tool, AuthorizationFlags,
                                       const std::vector<std::string>& arguments, std::FILE** output) {
   asked.started = {tool};
   asked.started.insert(asked.started.end(), arguments.begin(), arguments.end());
   *output = asked.output;
   std::thread([] { asked.pipesWaited = !std::unique_lock(pipes, std::try_to_lock).owns_lock(); }).join();
+  if (asked.whileStarting) asked.whileStarting();
   return 0;
 }
 
@@ -97,14 +106,20 @@ class MacAuthorizationTest : public ::testing::Test {
     return status != 0 ? status : service.copyRights(own, {}, {}, 0);
   }
   AuthorizationStatus start(const std::string& tool, const std::vector<std::string>& arguments) {
-    std::shared_ptr<platform::CommunicationsPipe> pipe;
     return service.executeWithPrivileges(session, tool, 0, arguments, &pipe);
+  }
+  /// Starts a tool with an output of its own, and returns the descriptor of the output.
+  int startWithOutput() {
+    asked.output = std::fopen("/dev/null", "re");
+    EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+    return ::fileno(asked.output);
   }
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
   MacAuthorization service{*fakes.platform.console};
   platform::AuthorizationRef session = nullptr;
+  std::shared_ptr<platform::CommunicationsPipe> pipe;  // of the tool that was started last
   const std::string folder = disk.at("Quillmark");
 };
 
@@ -153,13 +168,44 @@ TEST_F(MacAuthorizationTest, AsksAgainForTheNextTool) {
   EXPECT_EQ(askForRights("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
 }
 
-TEST_F(MacAuthorizationTest, RemovesOtherThingsAsEver) {
+TEST_F(MacAuthorizationTest, RemovesNothingElseUntilTheEmptyFolderIsRemoved) {
+  service.expectHollowFolder(folder);
+  const std::vector<std::vector<std::string>> others = {
+      {"-Rdf", "/other"}, {"-Rdf", folder + "/"}, {"-Rdf", disk.path() + "/./Quillmark"}, {folder, "/other"}, {}};
+  for (const auto& arguments : others) {
+    EXPECT_EQ(askForRights("/bin/rm", arguments), platform::errAuthorizationDenied);
+    EXPECT_EQ(start("/bin/rm", arguments), platform::errAuthorizationDenied);
+    EXPECT_EQ(service.commandForRoot("/bin/rm", arguments).tool, "/usr/bin/false");
+    EXPECT_THAT(fakes.console.lines().back(), HasSubstr("may remove nothing but the empty folder " + folder));
+  }
+  EXPECT_EQ(asked.dialogs, 0);
+  EXPECT_THAT(asked.started, IsEmpty());
+}
+
+TEST_F(MacAuthorizationTest, StartsOtherToolsWhileAnEmptyFolderIsToBeRemoved) {
+  service.expectHollowFolder(folder);
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_THAT(asked.started, ElementsAre("/bin/mv", "-f", "/a", "/b"));
+}
+
+TEST_F(MacAuthorizationTest, RemovesOtherThingsOnceNoEmptyFolderIsMeantAnyMore) {
   disk.addFile("Quillmark/letter.txt");
   service.expectHollowFolder(folder);
-  EXPECT_EQ(start("/bin/rm", {"-Rdf", "/other"}), platform::errAuthorizationSuccess);
   service.expectHollowFolder("");
   EXPECT_EQ(start("/bin/rm", {"-Rdf", folder}), platform::errAuthorizationSuccess);
   EXPECT_THAT(asked.started, ElementsAre("/bin/rm", "-Rdf", folder));
+}
+
+TEST_F(MacAuthorizationTest, AsksForNoPasswordWhereTheSystemCannotStartTools) {
+  asked.canExecute = false;
+  EXPECT_EQ(askForRights("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationToolExecuteFailure);
+  EXPECT_EQ(asked.dialogs, 0);
+}
+
+TEST_F(MacAuthorizationTest, StartsNothingWhereTheSystemCannotStartTools) {
+  asked.canExecute = false;
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationToolExecuteFailure);
+  EXPECT_THAT(asked.started, IsEmpty());
 }
 
 TEST_F(MacAuthorizationTest, HoldsNoRightsAnyMoreOnceTheyAreReleased) {
@@ -177,6 +223,73 @@ TEST_F(MacAuthorizationTest, WaitsForItsToolsBeforeItReleasesRights) {
   EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
   service.releaseRights();
   EXPECT_TRUE(asked.readBeforeTheEnd);
+}
+
+TEST_F(MacAuthorizationTest, ReleasesNoRightsWhileTheSystemStartsATool) {
+  std::atomic<bool> isReleasing = false;
+  std::thread releasing;
+  asked.whileStarting = [&] {
+    releasing = std::thread([&] {
+      isReleasing = true;
+      isReleasing.notify_one();
+      service.releaseRights();
+    });
+    isReleasing.wait(false);
+    constexpr int kChances = 1000;
+    for (int i = 0; i < kChances && asked.freed.empty(); ++i) std::this_thread::yield();
+    EXPECT_THAT(asked.freed, IsEmpty());
+  };
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  releasing.join();
+  EXPECT_THAT(asked.freed, ElementsAre(8));
+}
+
+TEST_F(MacAuthorizationTest, ForgetsTheOutputOfAToolThatHasEnded) {
+  const int first = startWithOutput();
+  EXPECT_EQ(pipe->readCharacter(), -1);
+  const int second = startWithOutput();
+  EXPECT_EQ(::fcntl(first, F_GETFD), -1);
+  EXPECT_NE(::fcntl(second, F_GETFD), -1);
+}
+
+TEST_F(MacAuthorizationTest, ReturnsNoOutputWhereTheSystemHasNone) {
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_EQ(pipe, nullptr);
+}
+
+/// A session that a parent with administrator rights has handed down.
+class SessionOfAParent : public MacAuthorizationTest {
+ protected:
+  AuthorizationStatus take() { return service.copyPrivilegedReference(&session, 0); }
+};
+
+TEST_F(SessionOfAParent, StartsToolsWithoutADialog) {
+  asked.hasParent = true;
+  EXPECT_EQ(take(), platform::errAuthorizationSuccess);
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
+  EXPECT_EQ(asked.dialogs, 0);
+}
+
+TEST_F(SessionOfAParent, LeavesTheParentItsRights) {
+  EXPECT_EQ(service.free(session, 0), platform::errAuthorizationSuccess);
+  asked.freed.clear();
+  asked.hasParent = true;
+  EXPECT_EQ(take(), platform::errAuthorizationSuccess);
+  service.releaseRights();
+  EXPECT_THAT(asked.freed, ElementsAre(0));  // they are not destroyed
+  EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationInvalidRef);
+}
+
+TEST_F(SessionOfAParent, IsNoneWhereTheParentHasNone) {
+  EXPECT_EQ(take(), platform::errAuthorizationSuccess);
+  EXPECT_EQ(session, nullptr);
+}
+
+TEST_F(SessionOfAParent, IsNoneWhereTheSystemRefusesIt) {
+  asked.hasParent = true;
+  asked.ofParent = platform::errAuthorizationDenied;
+  EXPECT_EQ(take(), platform::errAuthorizationDenied);
+  EXPECT_EQ(session, nullptr);
 }
 
 TEST_F(MacAuthorizationTest, NeverFreesASessionOfTheSystemsTwice) {

@@ -38,6 +38,7 @@ int writeOut(const std::string& volume) {
 
 int writeAttribute(int item, const std::string& name, const std::string& text) {
   EXPECT_EQ(name, kAttribute);
+  if (madeUp.noteError != 0) return madeUp.noteError;
   madeUp.notes[numberOf(item)] = text;
   return 0;
 }
@@ -50,6 +51,7 @@ std::string readAttribute(int item, const std::string& name) {
 void removeAttribute(int item, const std::string& name) {
   if (name.empty()) return;
   EXPECT_EQ(name, kAttribute);
+  ++madeUp.notesRemoved;
   madeUp.notes.erase(numberOf(item));
 }
 

@@ -20,6 +20,8 @@ struct MadeUp {
   std::string trash;  // the folder to which the call moves an item; "" if it fails
   std::vector<std::string> asked;
   std::map<Number, std::string> notes;
+  int noteError = 0;  // why no note can be written
+  int notesRemoved = 0;
   std::string volume;     // that every folder is on
   int writeOutError = 0;  // of every volume
   std::vector<std::string> writtenOut;

@@ -36,6 +36,11 @@ class MacTrashTest : public ::testing::Test {
     return trash.recycleItems(disk.at("folder"), disk.at("Trash"), {name});
   }
 
+  /// Gives an item in a Trash its note.
+  void note(const std::string& item, const std::string& origin) {
+    madeUp.notes[numberOf(disk.open(item).get())] = noteText({origin, "2024-02-29T23:05:07"});
+  }
+
   platform::TrashedItem inTrash(const std::string& path) const { return {disk.at(path), disk.at("folder/a.txt"), ""}; }
   platform::Status putBack(const platform::TrashedItem& item,
                            platform::MissingFolders missing = platform::MissingFolders::Fail) {
@@ -85,6 +90,23 @@ TEST_F(MacTrashTest, TakesTheNoteBackWhereTheItemStays) {
   EXPECT_THAT(madeUp.notes, IsEmpty());
 }
 
+TEST_F(MacTrashTest, TakesAnItemOnAVolumeWithoutNotes) {
+  madeUp.noteError = ENOTSUP;
+  const auto recycled = recycle("a.txt");
+  EXPECT_TRUE(recycled.status);
+  EXPECT_THAT(recycled.paths, ElementsAre(disk.at("Trash/a.txt")));
+  EXPECT_THAT(trash.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items, IsEmpty());
+}
+
+TEST_F(MacTrashTest, TakesNoNoteBackThatItHasNotWritten) {
+  madeUp.noteError = ENOTSUP;
+  madeUp.trash.clear();
+  madeUp.answer.domain = "NSCocoaErrorDomain";
+  madeUp.answer.code = 640;  // no space
+  EXPECT_FALSE(recycle("a.txt").status);
+  EXPECT_EQ(madeUp.notesRemoved, 0);
+}
+
 TEST_F(MacTrashTest, NeverAsksTheFrameworksAboutAPathThatIsNoText) {
   disk.addFile("folder/\xff");
   const auto recycled = recycle("\xff");
@@ -104,6 +126,36 @@ TEST_F(MacTrashTest, FindsAnItemInTheTrashOfItsVolumeAndPutsItBack) {
   EXPECT_EQ(found.items.front().path, disk.at("Volume/.Trashes/501/a.txt"));
   EXPECT_TRUE(putBack(found.items.front(), platform::MissingFolders::AreMade));
   EXPECT_TRUE(disk.has("folder/a.txt"));
+}
+
+TEST_F(MacTrashTest, FindsTheVolumeOfAPathByTheFirstFolderThatIsStillThere) {
+  disk.addFolder("Volume/.Trashes/501");
+  disk.addFile("Volume/.Trashes/501/a.txt");
+  const std::string origin = disk.at("folder/gone/too/a.txt");
+  note("Volume/.Trashes/501/a.txt", origin);
+  EXPECT_EQ(trash.itemsFrom(origin, disk.at("Trash")).items.size(), 1U);
+}
+
+TEST_F(MacTrashTest, LooksInItsOwnTrashAloneWhereTheVolumeOfAPathIsUnknown) {
+  disk.addFolder("Volume/.Trashes/501");
+  disk.addFile("Volume/.Trashes/501/a.txt");
+  disk.addFile("Trash/a.txt");
+  const std::string origin = disk.at("folder/a.txt/b.txt");  // "a.txt" is no folder
+  note("Volume/.Trashes/501/a.txt", origin);
+  note("Trash/a.txt", origin);
+  const auto found = trash.itemsFrom(origin, disk.at("Trash"));
+  ASSERT_EQ(found.items.size(), 1U);
+  EXPECT_EQ(found.items.front().path, disk.at("Trash/a.txt"));
+}
+
+TEST_F(MacTrashTest, LooksAsRootInNoTrashOfAVolume) {
+  actAsRoot();
+  disk.addFolder("Volume/.Trashes/0");
+  disk.addFile("Volume/.Trashes/0/a.txt");
+  note("Volume/.Trashes/0/a.txt", disk.at("folder/a.txt"));
+  EXPECT_THAT(trash.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items, IsEmpty());
+  std::filesystem::remove(disk.at("folder/a.txt"));
+  EXPECT_EQ(putBack(inTrash("Volume/.Trashes/0/a.txt")).code(), EINVAL);
 }
 
 TEST_F(MacTrashTest, TakesNoOtherUsersTrashOfTheVolumeForItsOwn) {

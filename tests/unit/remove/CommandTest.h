@@ -33,7 +33,7 @@ class Command : public PlatformTest {
   removal::Removal removalFor(const std::vector<posix::UserRecord>& persons,
                               RemoveConfig removeConfig = RemoveConfig::No) {
     const std::string trashOf = persons.empty() ? "root" : persons.front().name;
-    return {users, witness, removal::Concerned{persons, trashOf}, removeConfig};
+    return {users, witness, removal::Concerned{persons, trashOf}, removeConfig, launchControlTool};
   }
 
   std::vector<removal::ReportItem> run(removal::Removal& removal) {
@@ -57,6 +57,7 @@ class Command : public PlatformTest {
   }
 
   Strings seen;
+  std::string launchControlTool;  // "" as on Linux
   removal::WorkingFor users{fakes.users};
   removal::WithoutDialog withoutDialog{fakes.authorizationServices};
   RemovalObserver witness{services()};

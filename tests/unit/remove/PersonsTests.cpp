@@ -122,5 +122,22 @@ TEST(Persons, LeaveTheSystemsItemsToRootsOwnTrash) {
   }
 }
 
+std::vector<uid_t> personsOnAMacAmong(const std::vector<uid_t>& numbers) {
+  std::vector<UserRecord> accounts;
+  for (const uid_t number : numbers) accounts.push_back({number, 20, "account", "/Users/account"});
+  std::vector<uid_t> persons;
+  for (const UserRecord& each : personsAmong(accounts, kNumbersOfPersonsOnAMac)) persons.push_back(each.id);
+  return persons;
+}
+
+TEST(Persons, AreOnAMacAccountsFrom501On) {
+  EXPECT_THAT(personsOnAMacAmong({0, 1, 89, 500, 501, 502, 1000}), ElementsAre(501, 502, 1000));
+}
+
+TEST(Persons, AreOnAMacNotTheAccountNobody) {
+  constexpr uid_t kNobody = static_cast<uid_t>(-2);
+  EXPECT_THAT(personsOnAMacAmong({kNobody}), IsEmpty());
+}
+
 }  // namespace
 }  // namespace qm::removal

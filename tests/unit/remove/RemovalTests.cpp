@@ -152,6 +152,43 @@ TEST_F(Command, LeavesPersonsAloneWhereNobodyIsConcerned) {
   EXPECT_TRUE(fakes.disk.has("/root/.local/share/Trash/files/Tessaly.app"));
 }
 
+/// A system that starts agents of users, and has a tool that ends them.
+class CommandWithAgents : public Command {
+ protected:
+  CommandWithAgents() {
+    launchControlTool = "/bin/launchctl";
+    fakes.disk.addExecutable(launchControlTool);
+  }
+};
+
+TEST_F(CommandWithAgents, EndsEachAgentBeforeItsFileGoes) {
+  installItem(fakes.disk, 8);
+  bool wasThere = false;
+  fakes.tasks.script("/bin/launchctl", {.effect = [&](const auto&) { wasThere = fakes.disk.has(kItems[8]); }});
+  Removal removal = removalFor({kCaller});
+  EXPECT_EQ(at(run(removal), kItems[8]).outcome, Outcome::Trashed);
+  EXPECT_THAT(fakes.tasks.launches(),
+              ElementsAre(ElementsAre("/bin/launchctl", "bootout", "gui/501/com.quillmark.Tessaly")));
+  EXPECT_TRUE(wasThere);
+  EXPECT_FALSE(fakes.disk.has(kItems[8]));
+}
+
+TEST_F(CommandWithAgents, EndsAgentsInTheSessionOfTheirUser) {
+  actAsRoot();
+  fakes.disk.addFile("/home/v/Library/LaunchAgents/com.quillmark.Tessaly.plist");
+  Removal removal = removalFor({kCaller, {502, 502, "v", "/home/v"}});
+  run(removal);
+  EXPECT_THAT(fakes.tasks.launches(),
+              ElementsAre(ElementsAre("/bin/launchctl", "bootout", "gui/502/com.quillmark.Tessaly")));
+}
+
+TEST_F(CommandWithAgents, MovesTheFileOfAnAgentThatCannotBeEnded) {
+  installItem(fakes.disk, 8);
+  fakes.calls.failAlways("tasks.launch");
+  Removal removal = removalFor({kCaller});
+  EXPECT_EQ(at(run(removal), kItems[8]).outcome, Outcome::Trashed);
+}
+
 TEST_F(Command, BeginsNothingWhenTheTimeIsUp) {
   installItem(fakes.disk, 0);
   installItem(fakes.disk, 1);

@@ -28,7 +28,8 @@ using Problem = std::optional<Refusal>;
 
 bool isMissing(const Refusal& refusal) { return refusal.error == ENOENT || refusal.error == ENOTDIR; }
 
-// A link followed by a slash means the folder that it leads to, which no command here works on.
+// A link followed by a slash means the folder that it leads to. As a source, or as the operand of rm and mkdir, it is
+// refused.
 bool isLinkToFolder(const PinnedPlace& place) { return place.withTrailingSlash && place.item && !place.isFolder(); }
 
 // The operation on an operand.

@@ -14,12 +14,13 @@ namespace qm::linux_ {
 ///   cp     The same, but folders are merged, and only if nobody but root can change anything in them. A link at the
 ///          destination is not written through.
 ///   rm     Removes a whole tree, but no volume that is mounted in it. A missing item is a success.
-///   mkdir  Creates missing parent folders as well.
+///   mkdir  With -p, creates missing parent folders as well. Without it, does nothing if one is missing. An existing
+///          folder is a success.
 ///   touch  Sets the date of an item. A file with several names (hard links) is refused if users other than root can
 ///          change its folder. A missing item is a success.
 ///
-/// On a kernel without Landlock, a folder that others than root can change is neither copied nor moved to another
-/// volume.
+/// On a kernel without Landlock, nothing is moved to another volume, and an item is copied only if nobody but root can
+/// change it or the folder that it is in.
 PreparedWork prepareFileWork(const FileCommand& command);
 
 }  // namespace qm::linux_

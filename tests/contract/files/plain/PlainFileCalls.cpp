@@ -120,7 +120,7 @@ ssize_t copyRange(int /*from*/, int /*to*/, off_t /*offset*/, std::size_t /*coun
 int openItself(int folder, const char* name) {
   struct stat found {};
   if (::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) != 0) return -1;
-  if (S_ISSOCK(found.st_mode)) {
+  if (S_ISSOCK(found.st_mode) || name == plain::kUnopenable) {
     errno = EOPNOTSUPP;
     return -1;
   }

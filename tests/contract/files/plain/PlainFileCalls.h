@@ -21,6 +21,8 @@ void afterEachClone(std::function<void(int folder, const char* name)> action);
 inline constexpr unsigned kFlaggedMode = 01000;
 /// Names of which access lists forbid the removal.
 inline const std::string kDenied = "denied";
+/// Names of items that can be opened as little as a socket.
+inline const std::string kUnopenable = "unopenable";
 
 /// What was done to items from the first flag on: "flag", "no flag", "date" or "name", with the item's number.
 const std::vector<std::string>& changes();

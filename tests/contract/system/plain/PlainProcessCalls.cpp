@@ -64,12 +64,12 @@ void Wakeup::lower() const {
 /// The end of the thread is the end of the pipe, which poll(2) sees.
 ProcessHandle ProcessHandle::open(pid_t process) {
   Pipe pipe = makePipe();
-  if (!pipe.reading) return {};
+  if (!pipe.reading) return {UniqueFd(), process};
   try {
     std::thread([process, end = std::move(pipe.writing)] { waitAndLeaveToBeReaped(process); }).detach();
   } catch (const std::system_error&) {
     errno = EAGAIN;
-    return {};
+    return {UniqueFd(), process};
   }
   return {std::move(pipe.reading), process};
 }

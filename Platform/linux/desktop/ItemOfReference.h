@@ -13,11 +13,11 @@
 
 namespace qm::linux_ {
 
-/// An item held by a descriptor that gives no access to it; a reference and its copies share it. While it is held its
-/// volume cannot be unmounted.
-class HeldItem : public platform::ReferencedItem {
+/// The item that a reference refers to, held by a descriptor that gives no access to it. A reference and its copies
+/// share it. While it is held its volume cannot be unmounted.
+class ItemOfReference : public platform::ReferencedItem {
  public:
-  explicit HeldItem(posix::UniqueFd item) : item_(std::move(item)) {}
+  explicit ItemOfReference(posix::UniqueFd item) : item_(std::move(item)) {}
 
   /// A path that leads to the item itself, whatever its location and name.
   std::string handle() const { return posix::pathOfDescriptor(item_.get()); }
@@ -30,6 +30,6 @@ class HeldItem : public platform::ReferencedItem {
 };
 
 /// The item of a reference; null for an unfilled one.
-const HeldItem* heldItem(const platform::FileReference& reference);
+const ItemOfReference* itemOf(const platform::FileReference& reference);
 
 }  // namespace qm::linux_

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "Platform/macos/MacPlatform.h"
+#include "tests/fakes/FakePlatform.h"
+
+namespace qm::macos {
+namespace {
+
+class NoWait final : public posix::DescriptorWait {
+ public:
+  void waitUntilReadable(int /*descriptor*/) override {}
+};
+
+TEST(FrontEndOfAMac, MayHaveUsersOfItsOwn) {
+  qm::testing::FakePlatform fakes;
+  qm::testing::FakeUsers systems(fakes.calls);
+  NoWait wait;
+  const FrontEndServices plain{.mainThread = fakes.mainThread, .descriptorWait = wait};
+  EXPECT_EQ(&plain.usersOr(systems), &systems);
+  const FrontEndServices own{.mainThread = fakes.mainThread, .descriptorWait = wait, .users = &fakes.users};
+  EXPECT_EQ(&own.usersOr(systems), &fakes.users);
+}
+
+}  // namespace
+}  // namespace qm::macos
