@@ -46,7 +46,6 @@ int makeClone(int from, int folder, const char* name, UniqueFd& clone) {
   return makeNamedClone(macos::obstacleToCloning(source.st_mode, source.st_flags), make, {folder, name}, clone);
 }
 
-/// Asks the system, which takes access lists into account.
 bool isRemovalDenied(int folder, const char* name) {
   return isRemovalDeniedBy([&] { return errorOf(::faccessat(folder, name, _DELETE_OK, AT_EACCESS)); }, folder, name);
 }

@@ -82,7 +82,6 @@ int flushVolume(int folder) {
   return errorOf(::sync_volume_np(volume.f_mntonname, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
 }
 
-/// Also flushes the disk's own cache, unless the file system does not support that.
 int flushFile(int file) {
   return flushAsFarAsSupported([&] { return errorOf(::fcntl(file, F_FULLFSYNC)); },
                                [&] { return errorOf(::fsync(file)); });

@@ -7,8 +7,7 @@
 namespace qm::macos {
 
 /// Finder information, which the system presents as an extended attribute. Root changes it with the rights of whoever
-/// could put another item in the place of this one (see `RightsForPaths`), and not that of a file that has another name
-/// elsewhere, because somebody may have linked another user's file there.
+/// could put another item in the place of this one (see `RightsForPaths`), but not as `obstacleToChanging` forbids.
 class MacFinderInformation final : public platform::FinderInformation {
  public:
   /// The users must outlive this object.

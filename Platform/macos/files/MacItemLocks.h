@@ -8,8 +8,7 @@ namespace qm::macos {
 
 /// The lock is the owner's immutable flag, which the Finder shows as "Locked". As root, the path is walked by the rules
 /// of `pinPath`, and an item is changed with the rights of whoever could put another in its place (see
-/// `RightsForPaths`). If these rights are root's own, a file that has another name elsewhere is not changed, because
-/// somebody may have linked another user's file here.
+/// `RightsForPaths`), but not as `obstacleToLocking` forbids.
 class MacItemLocks final : public platform::ItemLocks {
  public:
   /// The users must outlive this object.

@@ -70,6 +70,7 @@ int moveIntoHeldTrash(const posix::Place& place, const struct stat& item, HeldTr
   const auto arrived = posix::statusIn(trashFolder, wanted.c_str());
   if (arrived && posix::isSameItem(*arrived, item)) return 0;
   error = posix::renameExclusively(trashFolder, wanted.c_str(), oldFolder, place.name.c_str());
+  if (error == ENOENT) return error;
   return error == 0 ? ESTALE : refuse(trash, kStrangerIn + stored, ESTALE);
 }
 

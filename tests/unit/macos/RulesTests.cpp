@@ -119,38 +119,33 @@ TEST(AccessEntry, GrantsNoWritingByRightsToRead) {
 
 TEST(AccessEntry, GrantsWritingWhereTheSystemDoesNotTellIt) { EXPECT_TRUE(grantsWriting(AccessEntry{})); }
 
-/// A list whose entries are read one after the other. Its last error is EINVAL unless reading fails.
-struct List {
-  std::vector<AccessEntry> entries;
-  int lastError = EINVAL;
+/// Reads a list whose entries are these, one after the other. The last error is EINVAL unless reading fails.
+bool listGrants(const std::vector<AccessEntry>& entries, int lastError = EINVAL) {
   std::size_t read = 0;
-
-  bool grants() {
-    return anyGrantsWriting([this](bool isFirst, AccessEntry& entry) {
-      EXPECT_EQ(isFirst, read == 0);
-      if (read == entries.size()) return lastError;
-      entry = entries[read++];
-      return 0;
-    });
-  }
-};
+  return anyGrantsWriting([&](bool isFirst, AccessEntry& entry) {
+    EXPECT_EQ(isFirst, read == 0);
+    if (read == entries.size()) return lastError;
+    entry = entries[read++];
+    return 0;
+  });
+}
 constexpr AccessEntry kReads{.isKnown = true, .allows = true, .rights = 1U << 1U};
 constexpr AccessEntry kWrites{.isKnown = true, .allows = true, .rights = kAddFile};
 
 TEST(AccessList, GrantsWritingIfAnyEntryDoes) {
-  EXPECT_TRUE(List({kWrites}).grants());
-  EXPECT_TRUE(List({kReads, kReads, kWrites, kReads}).grants());
-  EXPECT_TRUE(List({kReads, AccessEntry{}}).grants());
+  EXPECT_TRUE(listGrants({kWrites}));
+  EXPECT_TRUE(listGrants({kReads, kReads, kWrites, kReads}));
+  EXPECT_TRUE(listGrants({kReads, AccessEntry{}}));
 }
 
 TEST(AccessList, GrantsNoWritingIfAllEntriesWereRead) {
-  EXPECT_FALSE(List({}).grants());
-  EXPECT_FALSE(List({kReads, kReads}).grants());
+  EXPECT_FALSE(listGrants({}));
+  EXPECT_FALSE(listGrants({kReads, kReads}));
 }
 
 TEST(AccessList, GrantsWritingIfItCannotBeReadToItsEnd) {
-  EXPECT_TRUE(List({{}, EIO}).grants());
-  EXPECT_TRUE(List({{kReads}, ENOMEM}).grants());
+  EXPECT_TRUE(listGrants({}, EIO));
+  EXPECT_TRUE(listGrants({kReads}, ENOMEM));
 }
 
 TEST(AccessList, GrantsNoWritingIfThereIsNone) {

@@ -17,7 +17,6 @@
 #include "Platform/macos/files/MacTrash.h"
 #include "Platform/macos/files/RootTrash.h"
 #include "tests/contract/files/RealFiles.h"
-#include "tests/contract/files/plain/PlainRights.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/FakeItem.h"
 #include "tests/unit/macos/FakeTrashCalls.h"
@@ -159,38 +158,6 @@ TEST_F(MacTrashOfRoot, SaysWhereAnItemIsThatCannotBeGivenBack) {
     EXPECT_THAT(held.refusal, HasSubstr("could not be moved back from " + at("Trash/a.txt")));
     EXPECT_EQ(textOf(at("Trash/a.txt")), "another's");
     EXPECT_EQ(textOf(at("folder/a.txt")), "a third one");
-  });
-}
-
-/// The Trash of "nobody", in the home.
-class MissingTrash : public MacOfRoot {
- protected:
-  int open() { return macos::openTrashOfPerson(fakes.users, at("home/.Trash"), trash); }
-  macos::HeldTrash trash;
-};
-
-TEST_F(MissingTrash, IsMadeWithThePersonsRights) {
-  asRootFor("nobody", [&] {
-    EXPECT_EQ(open(), 0);
-    EXPECT_EQ(attributesOf(at("home/.Trash")).st_uid, nobody);
-    EXPECT_EQ(modeOf(at("home/.Trash")), 0700U);
-  });
-}
-
-TEST_F(MissingTrash, IsNotMadeWhereThePersonMayNotMakeIt) {
-  asRootFor("nobody", [&] {
-    ASSERT_EQ(::chown(at("home").c_str(), 0, 0), 0);
-    EXPECT_EQ(open(), EACCES);
-    EXPECT_FALSE(isThere(at("home/.Trash")));
-  });
-}
-
-TEST_F(MissingTrash, IsNotUsedIfAnAccessListLetsOthersWriteToIt) {
-  asRootFor("nobody", [&] {
-    EXPECT_EQ(open(), 0);
-    plain::letListGrantWriting(trash.folder.get());
-    EXPECT_EQ(open(), EPERM);
-    EXPECT_THAT(trash.refusal, HasSubstr("can change the Trash"));
   });
 }
 

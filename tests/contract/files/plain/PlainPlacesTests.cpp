@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Places and rights on a system that cannot open sockets, reads links by their name, and has access lists that modes do
-// not show.
+// Places on a system that reads links by their name.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -13,7 +12,6 @@
 #include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TrashName.h"
 #include "Platform/posix/rights/HeldPlace.h"
-#include "Platform/posix/rights/PathWalk.h"
 #include "Platform/posix/rights/PathWriters.h"
 #include "tests/contract/files/RealFiles.h"
 #include "tests/contract/files/plain/PlainRights.h"
@@ -98,17 +96,7 @@ TEST(HeldItem, IsFoundEvenIfItCannotBeOpened) {
     const std::string folder = openFolder("folder");
     makeFile(folder + "/secret");
     ASSERT_EQ(::chmod((folder + "/secret").c_str(), 0), 0);
-    ASSERT_EQ(::mknod((folder + "/socket").c_str(), S_IFSOCK | 0600, 0), 0);
-    const auto expectSocket = [&] {
-      posix::HeldItem socket;
-      EXPECT_EQ(posix::holdItem(folder + "/socket", socket), 0);
-      EXPECT_FALSE(socket.item);
-      EXPECT_EQ(socket.openError, 0);
-      EXPECT_TRUE(S_ISSOCK(socket.status.st_mode));
-    };
-    expectSocket();
     asUser(kUser, kUser, [&] {
-      expectSocket();
       posix::HeldItem secret;
       EXPECT_EQ(posix::holdItem(folder + "/secret", secret), 0);
       EXPECT_EQ(secret.openError, EACCES);
@@ -117,20 +105,6 @@ TEST(HeldItem, IsFoundEvenIfItCannotBeOpened) {
       EXPECT_EQ(posix::holdItem(folder + "/missing", missing), 0);
       EXPECT_EQ(missing.errorUnlessFound(), ENOENT);
     });
-  });
-}
-
-TEST(PinnedPlace, MayBeThatOfASocketButNotBehindOne) {
-  runInPrivateMachine([] {
-    const std::string socket = openFolder("folder") + "/socket";
-    ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
-    const auto place = posix::pinPath(socket, posix::LastLink::Stays);
-    ASSERT_TRUE(place);
-    EXPECT_TRUE(place->exists());
-    EXPECT_TRUE(place->writers.anybody);
-    const auto behind = posix::pinPath(socket + "/item", posix::LastLink::Stays);
-    ASSERT_FALSE(behind);
-    EXPECT_EQ(behind.problem().error, EOPNOTSUPP);
   });
 }
 
@@ -172,21 +146,6 @@ TEST(TextOfALink, DoesNotCountIfTheNameIsTakenWhileItIsRead) {
   });
 }
 
-TEST(AccessList, MakesEverybodyAWriterEvenInAStickyFolder) {
-  runInPrivateMachine([] {
-    const std::string folder = machineFolder() + "/folder";
-    makeFolders(folder, 01777);
-    makeFile(folder + "/file");
-    const UniqueFd open = opened(folder);
-    const auto writers = [&] {
-      return posix::writersOfEntry(open.get(), attributesOf(folder), attributesOf(folder + "/file"));
-    };
-    EXPECT_FALSE(writers().anybody);
-    plain::letListGrantWriting(open.get());
-    EXPECT_TRUE(writers().anybody);
-  });
-}
-
 TEST(FolderOfRoots, IsOnlyRootsIfNobodyElseCanWriteAnywhereBelow) {
   runInPrivateMachine([] {
     const std::string folder = machineFolder() + "/folder";
@@ -195,7 +154,7 @@ TEST(FolderOfRoots, IsOnlyRootsIfNobodyElseCanWriteAnywhereBelow) {
     EXPECT_FALSE(posix::othersWriteBelow(folder));
     EXPECT_FALSE(posix::othersWriteBelow(folder + "/inner/file"));
     EXPECT_FALSE(posix::othersWriteBelow(folder + "/missing"));
-    plain::letListGrantWriting(opened(folder + "/inner").get());
+    plain::giveListThatGrantsWriting(folder + "/inner");
     EXPECT_TRUE(posix::othersWriteBelow(folder));
   });
   runInPrivateMachine([] {

@@ -98,9 +98,7 @@ class FolderWithAnAccessList : public ::testing::Test {
 
   static std::string folder() { return machineFolder() + "/folder"; }
   static UniqueFd opened() { return UniqueFd(::open(folder().c_str(), O_RDONLY | O_CLOEXEC)); }
-  static void giveList(const std::string& path = folder()) {
-    plain::letListGrantWriting(UniqueFd(::open(path.c_str(), O_RDONLY | O_CLOEXEC)).get());
-  }
+  static void giveList(const std::string& path = folder()) { plain::giveListThatGrantsWriting(path); }
 
   /// Who can replace an item of this owner in the folder.
   static Writers writersOfItemOf(uid_t owner) {
