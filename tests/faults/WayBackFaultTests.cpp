@@ -87,7 +87,7 @@ class Services {
 
 bool removeAll() {
   auto& all = *new Services;  // the process ends with it
-  removal::Removal removal(all.users, *all.witness, {{{kPerson, kPerson, "sam", kHome}}, "root"}, RemoveConfig::No);
+  removal::Removal removal(all.users, *all.witness, {{{kPerson, kPerson, "sam", kHome}}, "root"}, RemoveConfig::No, "");
   removal.look();
   const auto run = removal.toRemember();
   if (!run || all.memory.begin(*run) != 0) return false;
