@@ -28,4 +28,8 @@ struct FileError {
 /// The error number of a call that returns -1 on failure, else 0.
 inline int errorOf(int answer) { return answer < 0 ? errno : 0; }
 
+/// The error number of a call that returns it, and 0 on success. Some versions return -1 instead, with the number in
+/// `errno`.
+inline int errorReturned(int answer) { return answer < 0 ? errno : answer; }
+
 }  // namespace qm::posix

@@ -24,7 +24,7 @@ int openItemOrFolder(OpenItem item, OpenFolder folder) {
 }
 
 /// `whole` also flushes the disk's own cache. If the file system does not support that, `plain` is called. Both return
-/// 0 or an error number. Any other failure of `whole` is reported, because then the file may not be on the disk.
+/// 0 or an error number. Any other failure of `whole` is reported, because then the changes may not be on the disk.
 template <class Whole, class Plain>
 int flushAsFarAsSupported(Whole whole, Plain plain) {
   const int error = whole();

@@ -77,9 +77,9 @@ ssize_t copyRange(int, int, off_t, std::size_t) { return -1; }
 int reserveSpace(int, off_t, std::size_t) { return ENOTSUP; }
 
 int flushVolume(int folder) {
-  struct statfs volume {};
-  if (::fstatfs(folder, &volume) != 0) return errno;
-  return errorOf(::sync_volume_np(volume.f_mntonname, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
+  return flushAsFarAsSupported(
+      [&] { return errorReturned(::fsync_volume_np(folder, SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT)); },
+      [&] { return errorOf(::fsync(folder)); });
 }
 
 int flushFile(int file) {

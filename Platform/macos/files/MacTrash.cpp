@@ -99,9 +99,10 @@ Status MacTrash::recycleOwn(const std::string& path, std::string& stored) {
 Status MacTrash::recycleAsRoot(const HeldItem& leaving, const std::string& path, const std::string& trash,
                                std::string& stored) const {
   HeldTrash held;
-  int error = leaving.openError;
-  if (error == 0) error = openTrashOfPerson(users_, trash, held);
-  if (error == 0) error = moveIntoHeldTrash(leaving.place, leaving.status, held, stored);
+  if (leaving.openError != 0) return trashFailure(leaving.openError, path);
+  const int unusable = openTrashOfPerson(users_, trash, held);
+  if (unusable != 0 && held.refusal.empty()) return trashFolderFailure(unusable, path, trash);
+  const int error = unusable != 0 ? unusable : moveIntoHeldTrash(leaving.place, leaving.status, held, stored);
   return error == 0 ? Status::success() : failureOf(error, held.refusal, path);
 }
 

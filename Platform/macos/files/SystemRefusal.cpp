@@ -15,8 +15,12 @@ constexpr const char* kApplications =
     "Management (before macOS 13: Full Disk Access), and start it again.";
 constexpr const char* kFiles =
     "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System "
-    "Settings "
-    "> Privacy & Security > Full Disk Access, and start it again.";
+    "Settings > Privacy & Security > Full Disk Access, and start it again.";
+constexpr const char* kTrash =
+    "The system keeps the Trash from this program. Allow the program, or the Terminal that it is started in, in System "
+    "Settings > Privacy & Security > Full Disk Access, and start it again.";
+
+bool isTrash(const std::string& path) { return foundation::lastPathComponent(path) == ".Trash"; }
 
 bool isApplication(const std::string& path) { return foundation::pathExtension(path) == "app"; }
 
@@ -27,6 +31,7 @@ std::string systemRefusal(int error, const RefusedItem& item) {
   if (((*item.flags | *item.folderFlags) & kLocked) != 0) return "";
   if ((*item.flags & (kRestricted | kNoUnlink)) != 0 || (*item.folderFlags & kRestricted) != 0) return kIntegrity;
   if (item.obstacle != 0) return "";
+  if (isTrash(item.path)) return kTrash;
   return isApplication(item.path) ? kApplications : kFiles;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "Platform/foundation/Format.h"
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/macos/files/SystemRefusal.h"
 #include "Platform/posix/ErrorWords.h"
@@ -67,6 +68,16 @@ Status trashFailure(int error, const std::string& path) {
   std::string sentence = words.empty() ? posix::withSystemMessage(name + " couldn’t be moved", error)
                                        : name + " couldn’t be moved because " + std::string(words);
   return withReason(error, refusedItemAt(path), sentence + ".");
+}
+
+Status trashFolderFailure(int error, const std::string& path, const std::string& trash) {
+  const std::string folder = posix::quoted(trash);
+  const std::string_view words = posix::messageFor(error, posix::Subject::TrashFolder);
+  const std::string because = words.empty()
+                                  ? posix::withSystemMessage("the Trash folder " + folder + " cannot be used", error)
+                                  : foundation::formatted(words, folder);
+  const std::string name = posix::quoted(foundation::lastPathComponent(path));
+  return withReason(error, refusedItemAt(trash), name + " couldn’t be moved because " + because + ".");
 }
 
 /// If permissions, sticky folders and access lists allow the move, the system itself has refused it, and the error is

@@ -16,6 +16,9 @@ int errorNumberOf(const TrashAnswer& answer);
 platform::Status trashFailure(int error, const std::string& path);
 platform::Status trashFailure(const TrashAnswer& answer, const std::string& path);
 
+/// The same if it was the Trash that could not be used.
+platform::Status trashFolderFailure(int error, const std::string& path, const std::string& trash);
+
 /// The same if no system call failed, but this program itself refused the move.
 platform::Status trashRefusal(int error, const std::string& reason, const std::string& path);
 

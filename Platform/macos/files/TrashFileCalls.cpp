@@ -17,7 +17,7 @@ std::string volumeOf(int folder) {
 }
 
 int writeOut(const std::string& volume) {
-  return posix::errorOf(::sync_volume_np(volume.c_str(), SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
+  return posix::errorReturned(::sync_volume_np(volume.c_str(), SYNC_VOLUME_FULLSYNC | SYNC_VOLUME_WAIT));
 }
 
 int writeAttribute(int item, const std::string& name, const std::string& text) {

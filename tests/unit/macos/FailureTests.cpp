@@ -40,6 +40,32 @@ TEST(SystemRefusalTest, SaysWhereToAllowFilesToBeReached) {
               HasSubstr("Privacy & Security > Full Disk Access"));
 }
 
+TEST(SystemRefusalTest, SaysWhereToAllowTheTrashToBeUsed) {
+  EXPECT_EQ(
+      systemRefusal(EPERM, {"/Users/sam/.Trash", 0, 0}),
+      "The system keeps the Trash from this program. Allow the program, or the Terminal that it is started in, in "
+      "System Settings > Privacy & Security > Full Disk Access, and start it again.");
+}
+
+TEST(TrashFolderFailureTest, NamesTheProtectionOfTheTrashAndNotOneOfTheItem) {
+  const auto status = trashFolderFailure(EPERM, "/Applications/Tessaly.app", "/Users/sam/.Trash");
+  EXPECT_EQ(status.code(), EPERM);
+  EXPECT_THAT(status.localizedDescription(), HasSubstr("keeps the Trash"));
+  EXPECT_THAT(status.localizedDescription(), ::testing::Not(HasSubstr("App Management")));
+}
+
+TEST(TrashFolderFailureTest, SaysWhyTheTrashCannotBeUsed) {
+  const auto because = [](int error) {
+    return trashFolderFailure(error, "/Applications/a", "/Users/sam/.Trash").localizedDescription();
+  };
+  EXPECT_EQ(because(EACCES),
+            "“a” couldn’t be moved because you don’t have permission to use the Trash folder “/Users/sam/.Trash”.");
+  EXPECT_EQ(because(ENOTDIR), "“a” couldn’t be moved because “/Users/sam/.Trash” is not a real folder.");
+  EXPECT_EQ(because(ENOENT),
+            "“a” couldn’t be moved because the Trash folder “/Users/sam/.Trash” cannot be used: No such file or "
+            "directory.");
+}
+
 TEST(SystemRefusalTest, LeavesLocksAndPermissionsToTheirOwnWords) {
   EXPECT_EQ(systemRefusal(EPERM, {"/a", kUserImmutable, 0, 0}), "");
   EXPECT_EQ(systemRefusal(EPERM, {"/a", 0, kUserImmutable, 0}), "");

@@ -258,6 +258,16 @@ TEST_F(MacTrashTest, NeverPutsItemsAsRootIntoATrashThatOthersCanChange) {
   EXPECT_TRUE(disk.has("folder/a.txt"));
 }
 
+TEST_F(MacTrashTest, SaysAsRootThatTheTrashCannotBeUsed) {
+  actAsRoot();
+  std::filesystem::remove_all(disk.at("Trash"));
+  disk.addFile("Trash");
+  const auto recycled = recycle("a.txt");
+  EXPECT_EQ(recycled.status.code(), ENOTDIR);
+  EXPECT_THAT(recycled.status.localizedDescription(), HasSubstr("“" + disk.at("Trash") + "” is not a real folder"));
+  EXPECT_TRUE(disk.has("folder/a.txt"));
+}
+
 TEST_F(MacTrashTest, SaysAsRootThatAnItemIsMissing) {
   actAsRoot();
   EXPECT_EQ(recycle("missing").status.code(), ENOENT);

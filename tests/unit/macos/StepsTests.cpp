@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <string_view>
 
+#include "Platform/posix/FileError.h"
 #include "Platform/posix/RemovalRules.h"
 #include "Platform/posix/SecondTry.h"
 #include "Platform/posix/Timespec.h"
@@ -17,6 +18,18 @@
 
 namespace qm::posix {
 namespace {
+
+// ---- answers of calls
+
+TEST(ErrorReturned, IsTheAnswerItself) {
+  EXPECT_EQ(errorReturned(0), 0);
+  EXPECT_EQ(errorReturned(EIO), EIO);
+}
+
+TEST(ErrorReturned, IsTakenFromErrnoIfTheAnswerIsMinusOne) {
+  errno = ENOSPC;
+  EXPECT_EQ(errorReturned(-1), ENOSPC);
+}
 
 // ---- rights of a thread
 
