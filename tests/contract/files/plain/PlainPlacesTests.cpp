@@ -140,9 +140,11 @@ TEST(TextOfALink, DoesNotCountIfAnotherLinkHasTheName) {
 TEST(TextOfALink, DoesNotCountIfTheNameIsTakenWhileItIsRead) {
   withLink([](const std::string& path, int folder, int link) {
     ASSERT_EQ(::symlink("two", (path + "/other").c_str()), 0);
-    afterSystemCall(SYS_readlinkat, [&] { ::rename((path + "/other").c_str(), (path + "/way").c_str()); });
-    EXPECT_EQ(posix::readOwnLinkText(link, folder, "way"), std::nullopt);
-    EXPECT_EQ(errno, ESTALE);
+    EXPECT_TRUE(inChild([&] {
+      afterSystemCall(SYS_readlinkat, [&] { ::rename((path + "/other").c_str(), (path + "/way").c_str()); });
+      EXPECT_EQ(posix::readOwnLinkText(link, folder, "way"), std::nullopt);
+      EXPECT_EQ(errno, ESTALE);
+    }));
   });
 }
 
