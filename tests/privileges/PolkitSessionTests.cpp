@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -30,9 +31,17 @@ using ::testing::SizeIs;
 
 // MARK: - The system around
 
+/// Whether the message bus has noticed that polkit has ended. Until then it would pass calls to the ended process.
+bool busHasNoPolkit() {
+  return std::system(
+             "dbus-send --system --print-reply --dest=org.freedesktop.DBus / org.freedesktop.DBus.NameHasOwner "
+             "string:org.freedesktop.PolicyKit1 | grep -q 'boolean false'") == 0;
+}
+
 TEST_P(AdministratorRights, AreGrantedWhenPolkitHadBeenStopped) {
   for (const pid_t process : processesNamed("polkitd")) ASSERT_EQ(::kill(process, SIGKILL), 0);
   ASSERT_TRUE(waitUntil([] { return processesNamed("polkitd").empty(); }));
+  ASSERT_TRUE(waitUntil(busHasNoPolkit));
   asAccount(GetParam(), [] {
     Application application;
     EXPECT_EQ(application.open(kAnna), errAuthorizationSuccess) << application.console.text();
