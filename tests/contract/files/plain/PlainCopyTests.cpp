@@ -19,7 +19,7 @@ namespace {
 
 /// Where one kind of change stands among all that was done to an item; -1 when it never was.
 std::ptrdiff_t lastOf(const char* what, const std::string& path) {
-  const auto& all = plain::changes();
+  const auto all = plain::changes();
   const auto found = std::find(all.rbegin(), all.rend(), plain::change(what, attributesOf(path).st_ino));
   return all.rend() - found - 1;
 }

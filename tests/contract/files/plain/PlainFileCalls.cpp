@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <mutex>
 #include <set>
 #include <utility>
 
@@ -22,18 +24,43 @@
 namespace qm::testing::plain {
 namespace {
 
-int clones = 0;
+std::atomic<int> clones = 0;
 bool cloning = true;
 std::function<void(int, const char*)> onClone;
-std::set<unsigned long> flagged;
-std::vector<std::string> noted;
 
 unsigned long numberOf(int item) {
   struct stat attributes {};
   return ::fstat(item, &attributes) == 0 ? attributes.st_ino : 0;
 }
 
-void note(const char* what, unsigned long item) { noted.push_back(change(what, item)); }
+/// Which items have a flag, and what was done to items. Several copies can run at once.
+class Items {
+ public:
+  bool isFlagged(unsigned long item) {
+    const std::scoped_lock lock(mutex_);
+    return flagged_.contains(item);
+  }
+  void setFlag(unsigned long item, bool on) {
+    const std::scoped_lock lock(mutex_);
+    const bool changed = on ? flagged_.insert(item).second : flagged_.erase(item) != 0;
+    if (changed) noted_.push_back(change(on ? "flag" : "no flag", item));
+  }
+  void note(const char* what, unsigned long item) {
+    const std::scoped_lock lock(mutex_);
+    noted_.push_back(change(what, item));
+  }
+  std::vector<std::string> noted() {
+    const std::scoped_lock lock(mutex_);
+    return noted_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::set<unsigned long> flagged_;
+  std::vector<std::string> noted_;
+};
+
+Items items;
 
 /// A clone has what its original has, but for what lends rights.
 int fillClone(int from, const struct stat& attributes, int clone) {
@@ -63,7 +90,7 @@ int clone(int from, const struct stat& attributes, int folder, const char* name)
 int clonesMade() { return clones; }
 void refuseClones() { cloning = false; }
 void afterEachClone(std::function<void(int, const char*)> action) { onClone = std::move(action); }
-const std::vector<std::string>& changes() { return noted; }
+std::vector<std::string> changes() { return items.noted(); }
 std::string change(const char* what, unsigned long item) { return std::string(what) + " " + std::to_string(item); }
 
 }  // namespace qm::testing::plain
@@ -75,9 +102,9 @@ namespace plain = testing::plain;
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
   struct stat attributes {};
   if (::fstatat(fromFolder, from, &attributes, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-  if (plain::flagged.contains(attributes.st_ino)) return EPERM;
+  if (plain::items.isFlagged(attributes.st_ino)) return EPERM;
   const int error = errorOf(::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE));
-  if (error == 0) plain::note("name", attributes.st_ino);
+  if (error == 0) plain::items.note("name", attributes.st_ino);
   return error;
 }
 
@@ -94,7 +121,7 @@ int identify(int folder, FolderIdentity& identity) {
 
 bool isProtected(int folder, const char* name) {
   struct stat found {};
-  return ::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) == 0 && plain::flagged.contains(found.st_ino);
+  return ::fstatat(folder, name, &found, AT_SYMLINK_NOFOLLOW) == 0 && plain::items.isFlagged(found.st_ino);
 }
 
 bool isRemovalDenied(int folder, const char* name) {
@@ -137,17 +164,15 @@ int setTimes(int item, const std::array<timespec, 2>& times) {
 
 int copyCreationTime(int item, const struct stat& /*attributes*/) {
   const unsigned long number = plain::numberOf(item);
-  if (plain::flagged.contains(number)) return EIO;
-  plain::note("date", number);
+  if (plain::items.isFlagged(number)) return EIO;
+  plain::items.note("date", number);
   return 0;
 }
 
 ItemFlags flagsForCopy(const struct stat& attributes) { return attributes.st_mode & plain::kFlaggedMode; }
 
 int setFlags(int item, ItemFlags flags) {
-  const unsigned long number = plain::numberOf(item);
-  const bool changes = flags != 0 ? plain::flagged.insert(number).second : plain::flagged.erase(number) != 0;
-  if (changes) plain::note(flags != 0 ? "flag" : "no flag", number);
+  plain::items.setFlag(plain::numberOf(item), flags != 0);
   return 0;
 }
 

@@ -25,7 +25,7 @@ inline const std::string kDenied = "denied";
 inline const std::string kUnopenable = "unopenable";
 
 /// What was done to items from the first flag on: "flag", "no flag", "date" or "name", with the item's number.
-const std::vector<std::string>& changes();
+std::vector<std::string> changes();
 std::string change(const char* what, unsigned long item);
 
 }  // namespace qm::testing::plain
