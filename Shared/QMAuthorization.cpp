@@ -24,8 +24,6 @@ constexpr std::int32_t kToolMissing = -2;
 /// Gives a tool that was just started time to begin.
 constexpr std::chrono::microseconds kStartPause(500);
 
-bool isRoot() { return platform().users->realUserId() == 0; }
-
 AuthorizationItems administratorRights() { return {{.name = "system.privilege.admin", .value = "", .flags = 0}}; }
 
 /// Fills the items in place: every copy of a password would have to be wiped as well, including those that a list moves
@@ -102,13 +100,13 @@ QMAuthorization* QMAuthorization::initWithGUI(WithGUI withGUI) {
   const auto status =
       platform().authorizationServices->copyPrivilegedReference(&handedDown, kAuthorizationFlagDefaults);
   if (status == errAuthorizationSuccess && handedDown != nullptr) authRef_ = handedDown;
-  if (!isRoot()) userDirectory_ = QMLocalPaths::userDirectory();
+  if (!platform().users->isRoot()) userDirectory_ = QMLocalPaths::userDirectory();
   return this;
 }
 
-bool QMAuthorization::canAuthorize() const { return hasGUI_ || isRoot(); }
+bool QMAuthorization::canAuthorize() const { return hasGUI_ || platform().users->isRoot(); }
 
-bool QMAuthorization::isAuthorized() const { return isRoot() || authRef_ != nullptr; }
+bool QMAuthorization::isAuthorized() const { return platform().users->isRoot() || authRef_ != nullptr; }
 
 bool QMAuthorization::authStart() {
   const std::scoped_lock lock(sessionMutex_);
@@ -139,7 +137,7 @@ bool QMAuthorization::startSession() {
 
 bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
                                         const std::optional<std::string>& password) {
-  if (isRoot()) return true;
+  if (platform().users->isRoot()) return true;
   if (!user || !password) return false;
   AuthorizationItems credentials(2);
   const WipeAtEnd wiped(credentials);
@@ -167,7 +165,8 @@ bool QMAuthorization::authStartWithUser(const std::optional<std::string>& user,
 
 void QMAuthorization::authEnd() {
   const std::scoped_lock lock(sessionMutex_);
-  if (!isRoot() && authRef_ != nullptr) platform().authorizationServices->free(authRef_, kAuthorizationFlagDefaults);
+  if (!platform().users->isRoot() && authRef_ != nullptr)
+    platform().authorizationServices->free(authRef_, kAuthorizationFlagDefaults);
   authRef_ = nullptr;
 }
 
@@ -183,7 +182,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
     printToConsole("Unable to execute task: path %@ doesn't exist", path);
     return kToolMissing;
   }
-  if (isRoot()) {
+  if (platform().users->isRoot()) {
     runAsRoot(path, parameters, async);
     return errAuthorizationSuccess;
   }
@@ -216,7 +215,7 @@ std::int32_t QMAuthorization::authExecTask(const std::string& path, const std::v
 
 /// Starts a tool of the file commands, which are always attempted if the process runs as root.
 bool QMAuthorization::startFileCommand(const std::string& tool, const std::vector<std::string>& parameters) {
-  if (!isRoot()) return authExecTask(tool, parameters) == errAuthorizationSuccess;
+  if (!platform().users->isRoot()) return authExecTask(tool, parameters) == errAuthorizationSuccess;
   runAsRoot(tool, parameters, Async::Yes);
   return true;
 }
@@ -225,7 +224,7 @@ bool QMAuthorization::startFileCommand(const std::string& tool, const std::vecto
 
 bool QMAuthorization::authCreateDir(const std::string& path) {
   if (!startFileCommand("/bin/mkdir", {"-p", path})) return false;
-  if (!isRoot()) platform().clock->sleep(kStartPause);
+  if (!platform().users->isRoot()) platform().clock->sleep(kStartPause);
   return true;
 }
 
@@ -253,7 +252,7 @@ bool QMAuthorization::authMoveFolderContents(const std::string& folder, const st
 std::optional<std::string> QMAuthorization::trashDestination(const std::string& path) const {
   const std::string name = qm::foundation::lastPathComponent(path);
   auto destination = appendingPathComponent(QMLocalPaths::trashDirectory(), name);
-  if (isRoot() && userDirectory_) destination = *userDirectory_ + formatted("/.Trash/%@", name);
+  if (platform().users->isRoot() && userDirectory_) destination = *userDirectory_ + formatted("/.Trash/%@", name);
   if (!destination || !exists(*destination)) return destination;
   const auto& clock = *platform().clock;
   const std::string date = qm::foundation::compactDate(clock.localTime(clock.now()));
@@ -262,7 +261,7 @@ std::optional<std::string> QMAuthorization::trashDestination(const std::string& 
 }
 
 bool QMAuthorization::deletesOnRootAccount(DeleteOnRootAccount flag) const {
-  return !userDirectory_ && flag == DeleteOnRootAccount::Yes && isRoot();
+  return !userDirectory_ && flag == DeleteOnRootAccount::Yes && platform().users->isRoot();
 }
 
 bool QMAuthorization::authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount) {

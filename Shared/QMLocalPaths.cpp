@@ -19,13 +19,9 @@ using qm::platform::StandardDirectory;
 
 namespace {
 
-constexpr unsigned kRootUser = 0;
-
 DomainMask domain(QMLocalPaths::UserDomain user) {
   return user == QMLocalPaths::UserDomain::Yes ? DomainMask::User : DomainMask::Local;
 }
-
-bool isRoot() { return platform().users->realUserId() == kRootUser; }
 
 /// The rest of a path in root's home. The second prefix is one letter short, so its last "t" stays: callers have come
 /// to find folders there.
@@ -124,12 +120,12 @@ std::optional<std::string> QMLocalPaths::movieDirectory() { return appendingPath
 
 std::optional<std::string> QMLocalPaths::userDirectory() {
   const auto* users = platform().users;
-  if (!isRoot()) return users->homeDirectory();
+  if (!platform().users->isRoot()) return users->homeDirectory();
   return users->homeDirectoryForUser(currentConsoleUser());
 }
 
 std::optional<std::string> QMLocalPaths::username() {
-  if (!isRoot()) return platform().users->userName();
+  if (!platform().users->isRoot()) return platform().users->userName();
   return currentConsoleUser();
 }
 
@@ -148,7 +144,7 @@ std::string QMLocalPaths::tempFile() { return appendingPathComponent(tempDirecto
 std::optional<std::string> QMLocalPaths::pathForDirectory(StandardDirectory directory, DomainMask domainMask) {
   const auto paths = platform().standardDirectories->search(directory, domainMask);
   if (paths.empty()) return std::nullopt;
-  if (domainMask != DomainMask::User || !isRoot()) return paths.front();
+  if (domainMask != DomainMask::User || !platform().users->isRoot()) return paths.front();
   return appendingPathComponent(userDirectory(), relativeToRootHome(paths.front()));
 }
 

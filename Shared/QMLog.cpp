@@ -153,7 +153,7 @@ QMLog::Files QMLog::files(const std::optional<std::string>& appName) {
   Files files;
   files.folder = appendingText(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::Yes), folderName);
   files.current =
-      platform().users->realUserId() == 0
+      platform().users->isRoot()
           ? appendingText(QMLocalPaths::libraryDirectory(QMLocalPaths::UserDomain::No), folderName + fileName)
           : appendingText(files.folder, fileName);
   return files;

@@ -20,8 +20,8 @@
 namespace qm::posix {
 namespace {
 
-constexpr mode_t kDefaultMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+constexpr mode_t kNewFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+constexpr mode_t kAccess = S_IRWXU | S_IRWXG | S_IRWXO;
 
 /// The file that is replaced; null if the name is free or belongs to a link.
 int lookAtOld(const Place& place, std::optional<struct stat>& old) {
@@ -37,7 +37,7 @@ int lookAtOld(const Place& place, std::optional<struct stat>& old) {
 int takeOver(int file, const struct stat& old) {
   // If the owner cannot be set, the new file belongs to this user.
   static_cast<void>(::fchown(file, old.st_uid, old.st_gid) == 0);
-  return errorOf(::fchmod(file, old.st_mode & kPermissions));
+  return errorOf(::fchmod(file, old.st_mode & kAccess));
 }
 
 int fill(int file, std::string_view contents, const std::optional<struct stat>& old) {
@@ -58,7 +58,7 @@ int writeAtomically(const std::string& path, std::string_view contents) {
   const int folder = place.folder.get();
   const std::string name = temporaryName();
   // The new file is never accessible to more users than the old one was.
-  const mode_t mode = old ? old->st_mode & kDefaultMode : kDefaultMode;
+  const mode_t mode = old ? old->st_mode & kNewFileMode : kNewFileMode;
   const UniqueFd file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
   if (!file) return errno;
   int error = fill(file.get(), contents, old);

@@ -86,7 +86,7 @@ int copyTimes(int error, int to, const struct stat& attributes) {
   return cannotBeKept(error) ? 0 : error;
 }
 
-int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
+int copyNodeAttributes(ItemName from, const MadeItem& to, const struct stat& attributes) {
   const int item = to.item.get();
   const bool hasOwner = to.attributes.st_uid == attributes.st_uid && to.attributes.st_gid == attributes.st_gid;
   const int ownerError = hasOwner ? 0 : setOwner(item, attributes.st_uid, attributes.st_gid);
@@ -100,7 +100,7 @@ int copyAttributes(ItemName from, const MadeItem& to, const struct stat& attribu
 ItemCopyResult finishMade(ItemName from, ItemName to, const struct stat& attributes, InheritedAccess inherited) {
   MadeItem item;
   if (const int error = openMade(to, attributes.st_mode, inherited, item)) return {error};
-  int error = copyAttributes(from, item, attributes);
+  int error = copyNodeAttributes(from, item, attributes);
   if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(item.item.get(), attributes);
   return {error, false, inherited == InheritedAccess::Possible ? std::move(item.item) : UniqueFd()};
 }

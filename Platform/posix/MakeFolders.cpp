@@ -11,17 +11,17 @@
 namespace qm::posix {
 namespace {
 
-constexpr mode_t kDefaultMode = S_IRWXU | S_IRWXG | S_IRWXO;  // minus the umask
+constexpr mode_t kNewFolderMode = S_IRWXU | S_IRWXG | S_IRWXO;  // minus the umask
 
-bool isFolder(const std::string& path) {
+bool leadsToFolder(const std::string& path) {
   struct stat attributes {};
   return ::stat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
 }
 
 int makeOne(const std::string& path) {
-  if (::mkdir(path.c_str(), kDefaultMode) == 0) return 0;
+  if (::mkdir(path.c_str(), kNewFolderMode) == 0) return 0;
   const int error = errno;
-  return error == EEXIST && isFolder(path) ? 0 : error;
+  return error == EEXIST && leadsToFolder(path) ? 0 : error;
 }
 
 }  // namespace

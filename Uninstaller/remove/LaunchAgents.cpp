@@ -9,7 +9,7 @@
 namespace qm::removal {
 namespace {
 
-constexpr std::chrono::seconds kLongest(10);
+constexpr std::chrono::seconds kMostTime(10);
 
 bool isAgent(const std::string& path) {
   const std::string folder = foundation::lastPathComponent(foundation::deletingLastPathComponent(path));
@@ -26,7 +26,7 @@ std::vector<std::string> bootOutArguments(const std::string& path, uid_t person)
 
 void bootOut(const std::string& tool, const std::string& path, uid_t person) {
   const std::vector<std::string> arguments = bootOutArguments(path, person);
-  if (!tool.empty() && !arguments.empty()) QMTask::runTask(tool, arguments, kLongest);
+  if (!tool.empty() && !arguments.empty()) QMTask::runTask(tool, arguments, kMostTime);
 }
 
 }  // namespace qm::removal

@@ -24,7 +24,7 @@ using posix::UniqueFd;
 constexpr const char* kFileName = "last-run";
 constexpr const char* kNewName = "last-run.new";
 constexpr const char* kFolder = "/tessaly-remove";
-constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
 // The most runs that are kept after the last one that is known to have changed something.
 constexpr std::size_t kMostWithoutChange = 8;
 
@@ -49,7 +49,7 @@ int makePrivateFolder(const std::string& path) {
 }
 
 int readAll(int file, std::string& text) {
-  text.resize(kLongest + 1);
+  text.resize(kMostBytes + 1);
   std::size_t length = 0;
   while (length < text.size()) {
     const ssize_t got = ::read(file, text.data() + length, text.size() - length);
@@ -58,7 +58,7 @@ int readAll(int file, std::string& text) {
     if (got > 0) length += static_cast<std::size_t>(got);
   }
   text.resize(length);
-  return length <= kLongest ? 0 : EFBIG;
+  return length <= kMostBytes ? 0 : EFBIG;
 }
 
 /// Replaces the existing file in one step. When this returns 0, the new file is on the disk.

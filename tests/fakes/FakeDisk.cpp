@@ -15,7 +15,6 @@ namespace {
 using platform::FileType;
 
 constexpr std::size_t longestPath = 4095;
-constexpr std::size_t longestName = 255;
 constexpr int mostLinks = 40;
 
 /// The components of a path in reverse order, without slashes and ".".

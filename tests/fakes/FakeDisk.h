@@ -23,6 +23,8 @@ enum class Access { User, Administrator };
 /// The result for one of the system's error numbers; 0 is success.
 platform::Status statusOf(int error);
 
+inline constexpr std::size_t longestName = 255;
+
 /// A disk in memory, on which all fake services work: files, folders, links, volumes. It begins with an empty root
 /// folder. Listings are in the order in which entries were created. Links are followed as in POSIX, up to 40 of them;
 /// paths end at 4095 bytes, names at 255. Any thread.

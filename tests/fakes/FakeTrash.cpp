@@ -16,7 +16,6 @@ using foundation::appendingPathComponent;
 using platform::Status;
 
 constexpr std::string_view informationSuffix = ".trashinfo";
-constexpr std::size_t longestName = 255;
 
 std::string percentEncoded(const std::string& path) {
   constexpr std::string_view kept = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.~/";

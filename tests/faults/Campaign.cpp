@@ -202,6 +202,10 @@ class Runs {
 
 }  // namespace
 
+void noteFinding(Violations& violations, const std::string& rule, const std::string& finding) {
+  if (!finding.empty()) violations[rule] = finding;
+}
+
 void failEveryCall(const Scenario& scenario) { Runs(scenario).carryOut({failures, 36}); }
 
 void endAtEveryCall(const Scenario& scenario) { Runs(scenario).carryOut({ends, 11}); }

@@ -15,6 +15,8 @@ enum class Said { Nothing, Failure, Success };
 
 /// A violated rule, by its name: "I1" and what was found.
 using Violations = std::map<std::string, std::string>;
+/// Adds one, unless nothing ("") was found.
+void noteFinding(Violations& violations, const std::string& rule, const std::string& finding);
 
 /// How much is tried unless QM_FAULTS is in the environment: each error and each kill at each call, or a sample of
 /// them, always the same one, in which errors and calls alternate.

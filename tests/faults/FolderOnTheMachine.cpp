@@ -40,10 +40,6 @@ Tree among(const Tree& tree, const Tree& found) {
   return left;
 }
 
-void note(Violations& violations, const std::string& rule, const std::string& finding) {
-  if (!finding.empty()) violations[rule] = finding;
-}
-
 }  // namespace
 
 std::string FolderOnTheMachine::folder() { return applications() + "/Quillmark"; }
@@ -66,15 +62,15 @@ void FolderOnTheMachine::prepare() {
 
 Violations FolderOnTheMachine::judge(Said said) const {
   Violations violations;
-  note(violations, "I1", brokenKeeping());
-  note(violations, "I2", brokenReport(said));
-  note(violations, "I3", strayIn(applications(), {"Quillmark", "Neighbour"}));
+  noteFinding(violations, "I1", brokenKeeping());
+  noteFinding(violations, "I2", brokenReport(said));
+  noteFinding(violations, "I3", strayIn(applications(), {"Quillmark", "Neighbour"}));
   return violations;
 }
 
 Violations FolderOnTheMachine::judgeNextRun() const {
   Violations violations;
-  note(violations, "I4", brokenNextRun());
+  noteFinding(violations, "I4", brokenNextRun());
   return violations;
 }
 

@@ -71,9 +71,9 @@ class ItemToPutBack {
 
   Violations judge(Said said) const {
     Violations violations;
-    note(violations, "I1", brokenWhole());
-    note(violations, "I2", brokenReport(said));
-    note(violations, "I3", brokenSurroundings(said));
+    noteFinding(violations, "I1", brokenWhole());
+    noteFinding(violations, "I2", brokenReport(said));
+    noteFinding(violations, "I3", brokenSurroundings(said));
     return violations;
   }
 
@@ -90,16 +90,12 @@ class ItemToPutBack {
     if (finding.empty() && exists(stored()) != exists(info())) finding = "there is one half of an entry in the Trash";
     for (const std::string& name : othersIn(trash(), {"files", "info"})) finding = "in the Trash is " + shownName(name);
     for (const std::string& name : othersIn(folder_, {kName})) finding = "beside it is " + shownName(name);
-    note(violations, "I4", finding);
+    noteFinding(violations, "I4", finding);
     return violations;
   }
 
  private:
   std::string place() const { return folder_ + "/" + kName; }
-
-  static void note(Violations& violations, const std::string& rule, const std::string& finding) {
-    if (!finding.empty()) violations[rule] = finding;
-  }
 
   std::string brokenWhole() const {
     int whole = 0;

@@ -69,10 +69,6 @@ std::string changedBystander(const std::string& folder) {
 
 std::vector<std::string> copies() { return othersIn(files(), {kBystander}); }
 
-void note(Violations& violations, const std::string& rule, const std::string& finding) {
-  if (!finding.empty()) violations[rule] = finding;
-}
-
 }  // namespace
 
 std::string TrashOnTheMachine::folder() const {
@@ -104,15 +100,15 @@ void TrashOnTheMachine::remember() { expected_ = treeAt(files() + "/" + kName); 
 
 Violations TrashOnTheMachine::judge(Said said) const {
   Violations violations;
-  note(violations, "I1", brokenWhole());
-  note(violations, "I2", brokenReport(said));
-  note(violations, "I3", brokenSurroundings(said));
+  noteFinding(violations, "I1", brokenWhole());
+  noteFinding(violations, "I2", brokenReport(said));
+  noteFinding(violations, "I3", brokenSurroundings(said));
   return violations;
 }
 
 Violations TrashOnTheMachine::judgeNextRun() const {
   Violations violations;
-  note(violations, "I4", brokenNextRun());
+  noteFinding(violations, "I4", brokenNextRun());
   return violations;
 }
 

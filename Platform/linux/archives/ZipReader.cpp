@@ -20,7 +20,7 @@ namespace {
 
 using platform::Status;
 
-constexpr std::size_t kBlock = 262144;
+constexpr std::size_t kReadBlock = 262144;
 constexpr std::uint32_t kMostMemory = 256U << 20U;
 // Two bytes of version, two for the length of the rest, one byte, and four for the memory.
 constexpr std::size_t kLzmaProperties = 9;
@@ -65,7 +65,7 @@ struct ZipReader::Source {
   posix::UniqueFd file;
   ZipNames names;
   std::int64_t position = 0;
-  std::vector<char> block = std::vector<char>(kBlock);
+  std::vector<char> block = std::vector<char>(kReadBlock);
 
   void clearMarks(std::size_t count) {
     const auto start = static_cast<std::uint64_t>(position);

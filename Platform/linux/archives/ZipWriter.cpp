@@ -17,7 +17,7 @@ namespace {
 
 using platform::Status;
 
-constexpr int kBlock = 262144;
+constexpr int kWriteBlock = 262144;
 
 using Entry = std::unique_ptr<archive_entry, void (*)(archive_entry*)>;
 
@@ -55,7 +55,7 @@ Status ZipWriter::open(int file) {
   if (writer == nullptr) return Status::failed(ENOMEM, "There is not enough memory");
   ::archive_write_set_format_zip(writer);
   ::archive_write_zip_set_compression_deflate(writer);
-  ::archive_write_set_bytes_per_block(writer, kBlock);
+  ::archive_write_set_bytes_per_block(writer, kWriteBlock);
   ::archive_write_set_bytes_in_last_block(writer, 1);  // nothing after the end
   return answer("", ::archive_write_open_fd(writer, file));
 }

@@ -29,8 +29,6 @@ namespace {
 using posix::FileError;
 using posix::UniqueFd;
 
-constexpr unsigned kMostNames = 64;
-
 }  // namespace
 
 /// The steps of one move.

@@ -21,8 +21,6 @@ namespace {
 
 using posix::UniqueFd;
 
-constexpr unsigned kMostNames = 64;
-
 // Somebody may have created one of the same name with other contents. An interrupted process may have written only the
 // beginning of its own.
 bool holdsBeginningOf(const std::string& text, int folder, const std::string& name) {

@@ -10,6 +10,9 @@ namespace qm::linux_ {
 
 using posix::freeNumber;
 
+/// How many names are tried where others may take them meanwhile.
+inline constexpr unsigned kMostNames = 64;
+
 /// The names that an item may get in the Trash, with room for the ".trashinfo" file.
 class TrashName : public posix::TrashName {
  public:

@@ -28,7 +28,7 @@ using platform::TrashedItems;
 using posix::HeldItem;
 using posix::UniqueFd;
 
-constexpr const char* kNobody = "Nobody is logged in whose Trash could be used.";
+constexpr const char* kNoTrash = "Nobody is logged in whose Trash could be used.";
 
 constexpr const char* kNotInTrash = "it is not in the Trash";
 constexpr const char* kNoText = "its path is no text that the system could be told";
@@ -58,7 +58,7 @@ platform::Recycled MacTrash::recycleItems(const std::string& sourceFolder,
                                           const std::vector<std::string>& names) {
   platform::Recycled recycled;
   if (!trashDirectory) {
-    recycled.status = Status::failed(ENOENT, kNobody);
+    recycled.status = Status::failed(ENOENT, kNoTrash);
     return recycled;
   }
   for (const std::string& name : names) {

@@ -33,10 +33,12 @@ constexpr Meaning kMeanings[] = {
     {3328, ENOTSUP},  // NSFeatureUnsupportedError
 };
 
-constexpr const char* kPosix = "NSPOSIXErrorDomain";
-constexpr const char* kCocoa = "NSCocoaErrorDomain";
+constexpr const char* kPosixDomain = "NSPOSIXErrorDomain";
+constexpr const char* kCocoaDomain = "NSCocoaErrorDomain";
 
-bool isNumber(const std::string& domain, long code) { return domain == kPosix && code > 0 && code <= kLastNumber; }
+bool isNumber(const std::string& domain, long code) {
+  return domain == kPosixDomain && code > 0 && code <= kLastNumber;
+}
 
 /// Whether the error may stand for a missing permission, a protection or a lock. The frameworks distinguish these only
 /// by an error number of the system, which is missing here.
@@ -55,7 +57,7 @@ Status withReason(int error, const RefusedItem& item, const std::string& otherwi
 int errorNumberOf(const TrashAnswer& answer) {
   if (isNumber(answer.domainBelow, answer.codeBelow)) return static_cast<int>(answer.codeBelow);
   if (isNumber(answer.domain, answer.code)) return static_cast<int>(answer.code);
-  if (answer.domain != kCocoa) return EIO;
+  if (answer.domain != kCocoaDomain) return EIO;
   for (const Meaning& meaning : kMeanings) {
     if (meaning.cocoaCode == answer.code) return meaning.error;
   }

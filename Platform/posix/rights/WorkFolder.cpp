@@ -22,7 +22,7 @@
 namespace qm::posix {
 namespace {
 
-constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+constexpr mode_t kAccess = S_IRWXU | S_IRWXG | S_IRWXO;
 
 // Opens a work folder. Somebody may have put another folder in its place, so it is trusted only if it belongs to root
 // and nobody else has permissions. Only its owner can move a folder to another parent, so nobody can bring one of
@@ -31,7 +31,7 @@ int openOwn(int folder, const std::string& name, UniqueFd& own) {
   own.reset(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   const auto status = own ? statusOf(own.get()) : std::nullopt;
   if (!status) return errno;
-  return status->st_uid == 0 && (status->st_mode & kPermissions) == S_IRWXU ? 0 : EPERM;
+  return status->st_uid == 0 && (status->st_mode & kAccess) == S_IRWXU ? 0 : EPERM;
 }
 
 bool hasPrefix(const std::string& name, std::string_view prefix) { return !prefix.empty() && name.starts_with(prefix); }

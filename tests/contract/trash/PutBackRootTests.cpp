@@ -30,11 +30,6 @@ const std::string kTrashFiles = kTrash + "/files/";
 const std::string kApplications = "/Applications";
 const std::string kProductPath = "/Applications/Tessaly.app";
 
-void makeRootsFolder(World& world, const std::string& path) {
-  world.makeFolder(path);
-  world.giveTo(0, path);
-}
-
 void makeRootsFile(World& world, const std::string& path, const std::string& contents, mode_t mode = 0644) {
   world.makeFile(path, contents);
   world.giveTo(0, path);
@@ -45,8 +40,8 @@ void makeRootsFile(World& world, const std::string& path, const std::string& con
 void playWithProduct(const std::function<void(World&)>& body) {
   World::play([&](World& world) {
     world.actAsRoot("u");
-    makeRootsFolder(world, kApplications);
-    makeRootsFolder(world, kProductPath);
+    world.makeRootsFolder(kApplications);
+    world.makeRootsFolder(kProductPath);
     makeRootsFile(world, kProductPath + "/binary", "binary", 0755);
     makeRootsFile(world, kProductPath + "/secret", "secret", 0600);
     ASSERT_TRUE(world.recycle(kApplications, "Tessaly.app"));
@@ -113,7 +108,7 @@ TEST(PutBackByRoot, ReturnsFromTheTrashOfRootsVolume) {
   World::play([](World& world) {
     world.makeVolume("/home/u");
     world.actAsRoot("u");
-    makeRootsFolder(world, kApplications);
+    world.makeRootsFolder(kApplications);
     makeRootsFile(world, kProductPath, "product");
     EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
     EXPECT_EQ(world.itemsFrom(kProductPath).at(0).path, "/.Trash-501/files/Tessaly.app");
@@ -163,7 +158,7 @@ TEST(PutBackByRoot, MakesMissingFoldersOfThePersonWhereThePersonMay) {
 TEST(PutBackByRoot, GoesWithThePersonsRightsWhereThePersonCouldLeadTheWay) {
   World::play([](World& world) {
     world.actAsRoot("u");
-    makeRootsFolder(world, "/home/u/Roots");
+    world.makeRootsFolder("/home/u/Roots");
     makeRootsFile(world, "/home/u/Roots/a", "a");
     EXPECT_TRUE(world.recycle("/home/u/Roots", "a"));
     const platform::Status status = world.putBackNewest("/home/u/Roots/a");
@@ -409,7 +404,7 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
 void leaveTaken(World& world, const std::string& work) {
   struct stat item {};
   ASSERT_EQ(::lstat((kTrashFiles + "Tessaly.app").c_str(), &item), 0);
-  makeRootsFolder(world, work);
+  world.makeRootsFolder(work);
   world.setMode(work, 0700);
   world.rename(kTrashFiles + "Tessaly.app", work + "/item");
   const std::string number = std::to_string(item.st_dev) + "\n" + std::to_string(item.st_ino);
@@ -457,7 +452,7 @@ TEST(EndedPutBack, IsMendedInTheTrashOfAVolume) {
   World::play([](World& world) {
     world.makeVolume("/home/u");
     world.actAsRoot("u");
-    makeRootsFolder(world, kApplications);
+    world.makeRootsFolder(kApplications);
     makeRootsFile(world, kProductPath, "product");
     EXPECT_TRUE(world.recycle(kApplications, "Tessaly.app"));
     putBackUntil(world, SYS_fsync);

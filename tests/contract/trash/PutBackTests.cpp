@@ -21,9 +21,7 @@ namespace {
 using Names = std::vector<std::string>;
 using platform::MissingFolders;
 
-const std::string kStick = "/volumes/stick";
-
-void trashFile(World& world, const std::string& name) {
+void putFileIntoTrash(World& world, const std::string& name) {
   world.makeFile("/home/u/" + name, name);
   ASSERT_TRUE(world.recycle("/home/u", name));
 }
@@ -59,7 +57,7 @@ void expectStays(World& world, const std::string& origin, int code, const std::s
 
 TEST(PutBack, AcrossVolumesTheWholeItemComesBack) {
   World::play([](World& world) {
-    trashFile(world, "other");
+    putFileIntoTrash(world, "other");
     world.makeVolume(kStick);
     makeTree(world, kTrash + "/files/Tree");
     putIntoHomeTrash(world, "Tree", kStick + "/Tree");
@@ -73,7 +71,7 @@ TEST(PutBack, AcrossVolumesTheWholeItemComesBack) {
 
 TEST(PutBack, AcrossVolumesNothingIsReplacedAndAFailureLeavesNothing) {
   World::play([](World& world) {
-    trashFile(world, "other");
+    putFileIntoTrash(world, "other");
     world.mountVolume(kStick, "mode=0755,uid=501,gid=501,size=64k");
     makeTree(world, kTrash + "/files/Tree");
     world.makeFile(kTrash + "/files/Tree/large", std::string(200'000, 'x'));
@@ -89,7 +87,7 @@ TEST(PutBack, AcrossVolumesNothingIsReplacedAndAFailureLeavesNothing) {
 
 TEST(PutBack, AcrossVolumesALinkComesBackAsTheLink) {
   World::play([](World& world) {
-    trashFile(world, "other");
+    putFileIntoTrash(world, "other");
     world.makeVolume(kStick);
     world.makeLink(kTrash + "/files/link", "/nowhere");
     putIntoHomeTrash(world, "link", kStick + "/link");
@@ -151,7 +149,7 @@ TEST(PutBack, FileWhereItsFolderWasIsAReason) {
 
 TEST(PutBack, VolumeThatCannotBeChangedIsAReason) {
   World::play([](World& world) {
-    trashFile(world, "other");
+    putFileIntoTrash(world, "other");
     world.makeVolume(kStick);
     makeTree(world, kTrash + "/files/Tree");
     putIntoHomeTrash(world, "Tree", kStick + "/Tree");
@@ -173,7 +171,7 @@ TEST(PutBack, VolumeMountedInTheItemIsAReason) {
 
 TEST(PutBack, SystemWithoutATableOfVolumesIsAReason) {
   World::play([](World& world) {
-    trashFile(world, "a");
+    putFileIntoTrash(world, "a");
     ASSERT_EQ(::umount2("/proc", MNT_DETACH), 0);
     const platform::Status status = world.putBackNewest("/home/u/a");
     EXPECT_FALSE(status);
@@ -247,7 +245,7 @@ TEST(PutBack, TrashOfTheEnvironmentsChoiceIsLookedInto) {
   World::play([](World& world) {
     world.makeFolder("/home/u/data");
     world.useDataHome("/home/u/data");
-    trashFile(world, "a");
+    putFileIntoTrash(world, "a");
     EXPECT_EQ(world.itemsFrom("/home/u/a").at(0).path, "/home/u/data/Trash/files/a");
     EXPECT_TRUE(world.putBackNewest("/home/u/a"));
     EXPECT_EQ(world.contentsOf("/home/u/a"), "a");
@@ -273,7 +271,7 @@ TEST(PutBack, TrashThatCannotBeUsedIsToldOfBesideWhatWasFoundElsewhere) {
 
 TEST(PutBack, TrashThatCannotBeListedIsToldOf) {
   World::play([](World& world) {
-    trashFile(world, "a");
+    putFileIntoTrash(world, "a");
     world.setMode(kTrash + "/info", 0300);
     const platform::TrashedItems found = world.itemsFrom("/home/u/a", World::kTrashLink);
     EXPECT_TRUE(found.items.empty());
@@ -297,7 +295,7 @@ TEST(PutBack, ItemWhosePathLeadsElsewhereNowIsNotFoundThere) {
 
 TEST(PutBack, DescriptionThatChangesMeanwhileIsLeftAlone) {
   World::play([](World& world) {
-    trashFile(world, "a");
+    putFileIntoTrash(world, "a");
     const std::string info = kTrash + "/info/a.trashinfo";
     afterSystemCall(SYS_renameat2, [&] { World::makePlainFile(info, "another's"); });
     EXPECT_TRUE(world.putBackNewest("/home/u/a"));
@@ -307,8 +305,8 @@ TEST(PutBack, DescriptionThatChangesMeanwhileIsLeftAlone) {
 
 TEST(PutBack, ComesBackWhereRenamingCannotBeExclusive) {
   World::play([](World& world) {
-    trashFile(world, "a");
-    trashFile(world, "b");
+    putFileIntoTrash(world, "a");
+    putFileIntoTrash(world, "b");
     world.makeFile("/home/u/b", "new");
     failSystemCall(SYS_renameat2, EINVAL);
     EXPECT_TRUE(world.putBackNewest("/home/u/a"));

@@ -48,6 +48,10 @@ class RealTrashWorld : public TrashWorld {
   void makeReadOnly(const std::string& path);
   void bind(const std::string& folder, const std::string& path);
   void giveTo(uid_t owner, const std::string& path);
+  void makeRootsFolder(const std::string& path) {
+    makeFolder(path);
+    giveTo(0, path);
+  }
   void setMode(const std::string& path, mode_t mode);
   mode_t modeOf(const std::string& path);
   uid_t ownerOf(const std::string& path);
@@ -81,5 +85,7 @@ using World = RealTrashWorld;
 
 /// The Trash at home.
 inline const std::string kTrash = World::kHomeTrash;
+/// Where the tests have a second volume.
+inline const std::string kStick = "/volumes/stick";
 
 }  // namespace qm::testing

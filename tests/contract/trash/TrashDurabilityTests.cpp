@@ -16,8 +16,6 @@
 namespace qm::testing {
 namespace {
 
-const std::string kVolume = "/volumes/stick";
-
 /// Whether a file system has been flushed since this was created.
 class Flush {
  public:
@@ -36,8 +34,8 @@ void makeDurable(World& world) {
 
 void makeFiles(World& world) {
   world.makeFile("/home/u/a", "a");
-  world.makeVolume(kVolume);
-  world.makeFile(kVolume + "/b", "b");
+  world.makeVolume(kStick);
+  world.makeFile(kStick + "/b", "b");
 }
 
 TEST(TrashDurability, WaitsForTheDiskOnceForAllItemsAndNotForEach) {
@@ -56,7 +54,7 @@ TEST(TrashDurability, IsWaitedForOnOtherVolumesToo) {
   World::play([](World& world) {
     makeFiles(world);
     const Flush flush;
-    EXPECT_TRUE(world.recycle(kVolume, "b"));
+    EXPECT_TRUE(world.recycle(kStick, "b"));
     makeDurable(world);
     EXPECT_TRUE(flush.seen());
   });
@@ -97,11 +95,11 @@ TEST(TrashDurability, IsNotWaitedForTwice) {
 TEST(TrashDurability, LeavesAVolumeFreeToBeEjectedAndWhatIsMountedInItsPlaceAlone) {
   World::play([](World& world) {
     makeFiles(world);
-    EXPECT_TRUE(world.recycle(kVolume, "b"));
-    ASSERT_EQ(::umount(kVolume.c_str()), 0) << errno;
-    world.makeVolume(kVolume);
-    world.makeFolder(kVolume + "/.Trash-501");
-    world.makeFolder(kVolume + "/.Trash-501/info");
+    EXPECT_TRUE(world.recycle(kStick, "b"));
+    ASSERT_EQ(::umount(kStick.c_str()), 0) << errno;
+    world.makeVolume(kStick);
+    world.makeFolder(kStick + "/.Trash-501");
+    world.makeFolder(kStick + "/.Trash-501/info");
     const Flush flush;
     makeDurable(world);
     EXPECT_FALSE(flush.seen());

@@ -31,11 +31,6 @@ void makeRootsFile(World& world, const std::string& path) {
   world.setMode(path, 0600);
 }
 
-void makeRootsFolder(World& world, const std::string& path) {
-  world.makeFolder(path);
-  world.giveTo(0, path);
-}
-
 void expectRootsFileStays(World& world, const std::string& path, const platform::Status& status) {
   expectRefused(status);
   EXPECT_EQ(world.contentsOf(path), "root's");
@@ -61,8 +56,8 @@ TEST(TrashAsRoot, MakesEverythingTheConsoleUsersOwn) {
 
 TEST(TrashAsRoot, TakesWhatOnlyRootMayTakeAndHandsItOver) {
   playAsRoot([](World& world) {
-    makeRootsFolder(world, "/Applications");
-    makeRootsFolder(world, "/Applications/Tessaly.app");
+    world.makeRootsFolder("/Applications");
+    world.makeRootsFolder("/Applications/Tessaly.app");
     makeRootsFile(world, "/Applications/Tessaly.app/binary");
     makeRootsFile(world, "/Applications/Tessaly.app/launcher");
     world.setMode("/Applications/Tessaly.app/launcher", 04755);
@@ -79,7 +74,7 @@ TEST(TrashAsRoot, TakesWhatOnlyRootMayTakeAndHandsItOver) {
 
 TEST(TrashAsRoot, TakesFromAFolderThatTheUserMayNotEnter) {
   playAsRoot([](World& world) {
-    makeRootsFolder(world, "/private");
+    world.makeRootsFolder("/private");
     makeRootsFile(world, "/private/a");
     world.setMode("/private", 0700);
     EXPECT_TRUE(world.recycle("/private", "a"));
@@ -89,7 +84,7 @@ TEST(TrashAsRoot, TakesFromAFolderThatTheUserMayNotEnter) {
 
 TEST(TrashAsRoot, FollowsLinksThatOnlyRootCanMake) {
   playAsRoot([](World& world) {
-    makeRootsFolder(world, "/Applications");
+    world.makeRootsFolder("/Applications");
     makeRootsFile(world, "/Applications/a");
     world.makeLink("/Programs", "Applications");
     world.giveTo(0, "/Programs");
@@ -100,7 +95,7 @@ TEST(TrashAsRoot, FollowsLinksThatOnlyRootCanMake) {
 
 TEST(TrashAsRoot, DoesNotFollowTheUsersLinkToWhatIsRoots) {
   playAsRoot([](World& world) {
-    makeRootsFolder(world, "/etc/secrets");
+    world.makeRootsFolder("/etc/secrets");
     makeRootsFile(world, "/etc/secrets/a");
     world.makeLink("/home/u/Library", "/etc");
     expectRootsFileStays(world, "/etc/secrets/a", world.recycle("/home/u/Library/secrets", "a"));
@@ -119,7 +114,7 @@ TEST(TrashAsRoot, DoesNotFollowARootsLinkInAFolderOfTheUsers) {
 TEST(TrashAsRoot, DoesNotFollowARootsLinkWhereAGroupOrEverybodyMayWrite) {
   playAsRoot([](World& world) {
     makeRootsFile(world, "/etc/a");
-    makeRootsFolder(world, "/shared");
+    world.makeRootsFolder("/shared");
     world.makeLink("/shared/link", "/etc");
     world.giveTo(0, "/shared/link");
     for (const mode_t mode : {0775U, 0757U, 0777U}) {
@@ -199,7 +194,7 @@ TEST(TrashAsRoot, FollowsTheUsersLinkToWhatIsHisOwn) {
 
 TEST(TrashAsRoot, FollowsLinksTheSameWayOnAnOldKernel) {
   playAsRoot([](World& world) {
-    makeRootsFolder(world, "/Applications");
+    world.makeRootsFolder("/Applications");
     makeRootsFile(world, "/Applications/a");
     makeRootsFile(world, "/Applications/b");
     world.makeLink("/Programs", "./../Applications/.");
@@ -239,7 +234,7 @@ TEST(TrashAsRoot, RefusesATrashOfSomebodyElse) {
   playAsRoot([](World& world) {
     world.makeFolder("/home/u/.local");
     world.makeFolder("/home/u/.local/share");
-    makeRootsFolder(world, kTrash);
+    world.makeRootsFolder(kTrash);
     world.makeFile("/home/u/a", "a");
     const platform::Status status = world.recycle("/home/u", "a");
     EXPECT_EQ(status.code(), EPERM);
@@ -261,7 +256,7 @@ TEST(TrashAsRoot, PaysNoHeedToItsOwnEnvironment) {
 TEST(TrashAsRoot, MakesTheUsersTrashOnAVolumeThatIsRootsAlone) {
   playAsRoot([](World& world) {
     world.makeVolume("/home/u");
-    makeRootsFolder(world, "/Applications");
+    world.makeRootsFolder("/Applications");
     makeRootsFile(world, "/Applications/a");
     EXPECT_TRUE(world.recycle("/Applications", "a"));
     expectRestorable(world, "/Applications/a", "/.Trash-501", "/");
@@ -287,7 +282,7 @@ TEST(TrashAsRoot, RefusesAForeignOrLinkedTrashOnAVolume) {
     world.makeLink("/volumes/stick/.Trash-501", "/etc");
     expectRefused(world.recycle("/volumes/stick", "a"));
     world.removeFile("/volumes/stick/.Trash-501");
-    makeRootsFolder(world, "/volumes/stick/.Trash-501");
+    world.makeRootsFolder("/volumes/stick/.Trash-501");
     expectRefused(world.recycle("/volumes/stick", "a"));
     EXPECT_EQ(world.namesIn("/volumes/stick"), (Names{".Trash-501", "a"}));
     EXPECT_EQ(world.kindOf("/etc/files"), ItemKind::Nothing);
@@ -314,7 +309,7 @@ TEST(TrashAsRoot, FollowsLinksOfRootsAndNobodyElsesToItsOwnTrash) {
     EXPECT_EQ(refused.localizedDescription(),
               "“theirs” couldn’t be moved to the Trash because a link that is not root’s leads to its folder.");
     EXPECT_EQ(world.contentsOf("/home/u/folder/theirs"), "theirs");
-    makeRootsFolder(world, "/folder");
+    world.makeRootsFolder("/folder");
     makeRootsFile(world, "/folder/a");
     world.makeLink("/entry", "folder");
     world.giveTo(0, "/entry");
@@ -366,7 +361,7 @@ TEST(TrashAsRoot, HasRootsRightsBackAfterwards) {
     EXPECT_EQ(::setfsuid(~0U), 0);
     EXPECT_EQ(::setfsgid(~0U), 0);
     EXPECT_EQ(::getgroups(0, nullptr), groups);
-    makeRootsFolder(world, "/private");
+    world.makeRootsFolder("/private");
     world.setMode("/private", 0);
     EXPECT_EQ(::access("/private", W_OK | X_OK), 0);
   });

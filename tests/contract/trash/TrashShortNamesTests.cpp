@@ -14,7 +14,7 @@
 
 namespace {
 
-std::optional<unsigned long> longestName;  // 0 is no answer
+std::optional<unsigned long> nameLimit;  // 0 is no answer
 
 }  // namespace
 
@@ -22,7 +22,7 @@ std::optional<unsigned long> longestName;  // 0 is no answer
 int fstatvfs(int file, struct statvfs* found) noexcept {
   static const auto original = reinterpret_cast<decltype(&fstatvfs)>(::dlsym(RTLD_NEXT, "fstatvfs"));
   const int result = original(file, found);
-  found->f_namemax = longestName.value_or(found->f_namemax);
+  found->f_namemax = nameLimit.value_or(found->f_namemax);
   return result;
 }
 
@@ -39,7 +39,7 @@ std::string storedName(World& world, std::size_t length) {
 
 TEST(TrashOfShortNames, LeavesRoomForTheDescriptionOfEachItem) {
   World::play([](World& world) {
-    longestName = 143;
+    nameLimit = 143;
     EXPECT_EQ(storedName(world, 133), std::string(133, 'x'));
     EXPECT_EQ(storedName(world, 134), std::string(131, 'x') + " 2") << "shortened to a name that is taken";
     EXPECT_EQ(storedName(world, 143), std::string(131, 'x') + " 3");
@@ -48,7 +48,7 @@ TEST(TrashOfShortNames, LeavesRoomForTheDescriptionOfEachItem) {
 
 TEST(TrashOfShortNames, IsNotPresumedWhereTheSystemDoesNotSay) {
   World::play([](World& world) {
-    longestName = 0;
+    nameLimit = 0;
     EXPECT_EQ(storedName(world, 245), std::string(245, 'x'));
     EXPECT_EQ(storedName(world, 246), std::string(243, 'x') + " 2");
   });

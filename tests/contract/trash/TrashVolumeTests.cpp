@@ -15,27 +15,26 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-const std::string kVolume = "/volumes/stick";
-const std::string kShared = kVolume + "/.Trash";
-const std::string kOwn = kVolume + "/.Trash-501";
+const std::string kShared = kStick + "/.Trash";
+const std::string kOwn = kStick + "/.Trash-501";
 
 void makeStick(World& world) {
-  world.makeVolume(kVolume);
-  world.makeFile(kVolume + "/a", "a");
+  world.makeVolume(kStick);
+  world.makeFile(kStick + "/a", "a");
 }
 
 void expectUsesOwn(World& world) {
-  EXPECT_TRUE(world.recycle(kVolume, "a"));
-  expectRestorable(world, kVolume + "/a", kOwn, kVolume);
+  EXPECT_TRUE(world.recycle(kStick, "a"));
+  expectRestorable(world, kStick + "/a", kOwn, kStick);
   EXPECT_EQ(world.modeOf(kOwn), 0700U);
   EXPECT_EQ(world.ownerOf(kOwn), World::kUser);
 }
 
 void expectStays(World& world, int code) {
-  const platform::Status status = world.recycle(kVolume, "a");
+  const platform::Status status = world.recycle(kStick, "a");
   expectRefused(status);
   EXPECT_EQ(status.code(), code) << status.localizedDescription();
-  EXPECT_EQ(world.contentsOf(kVolume + "/a"), "a");
+  EXPECT_EQ(world.contentsOf(kStick + "/a"), "a");
   expectNothingIn(world, World::kHomeTrash);
 }
 
@@ -49,8 +48,8 @@ TEST(TrashVolumes, UseTheSharedTrashWhenItHasTheStickyBit) {
   World::play([](World& world) {
     makeStick(world);
     makeShared(world, 01777);
-    EXPECT_TRUE(world.recycle(kVolume, "a"));
-    expectRestorable(world, kVolume + "/a", kShared + "/501", kVolume);
+    EXPECT_TRUE(world.recycle(kStick, "a"));
+    expectRestorable(world, kStick + "/a", kShared + "/501", kStick);
     EXPECT_EQ(world.modeOf(kShared + "/501"), 0700U);
     EXPECT_EQ(world.modeOf(kShared + "/501/files"), 0700U);
     EXPECT_EQ(world.kindOf(kOwn), ItemKind::Nothing);
@@ -69,11 +68,11 @@ TEST(TrashVolumes, UseTheUsersOwnTrashWhenTheSharedOneIsNotSticky) {
 TEST(TrashVolumes, UseTheUsersOwnTrashWhenTheSharedOneIsALink) {
   World::play([](World& world) {
     makeStick(world);
-    world.makeFolder(kVolume + "/target");
-    world.setMode(kVolume + "/target", 01777);
+    world.makeFolder(kStick + "/target");
+    world.setMode(kStick + "/target", 01777);
     world.makeLink(kShared, "target");
     expectUsesOwn(world);
-    EXPECT_EQ(world.namesIn(kVolume + "/target"), Names{});
+    EXPECT_EQ(world.namesIn(kStick + "/target"), Names{});
   });
 }
 
@@ -101,10 +100,10 @@ TEST(TrashVolumes, UseTheUsersOwnTrashWhenHisPartOfTheSharedOneIsALink) {
   World::play([](World& world) {
     makeStick(world);
     makeShared(world, 01777);
-    world.makeFolder(kVolume + "/target");
+    world.makeFolder(kStick + "/target");
     world.makeLink(kShared + "/501", "../target");
     expectUsesOwn(world);
-    EXPECT_EQ(world.namesIn(kVolume + "/target"), Names{});
+    EXPECT_EQ(world.namesIn(kStick + "/target"), Names{});
   });
 }
 
@@ -124,7 +123,7 @@ TEST(TrashVolumes, RefuseAForeignTrash) {
     world.setMode(kOwn, 0777);
     expectStays(world, EPERM);
     EXPECT_EQ(world.namesIn(kOwn), Names{});
-    EXPECT_EQ(world.recycle(kVolume, "a").localizedDescription(),
+    EXPECT_EQ(world.recycle(kStick, "a").localizedDescription(),
               "“a” couldn’t be moved to the Trash because the Trash folder “/volumes/stick/.Trash-501” belongs to "
               "somebody else.");
   });
@@ -133,17 +132,17 @@ TEST(TrashVolumes, RefuseAForeignTrash) {
 TEST(TrashVolumes, RefuseALinkedTrash) {
   World::play([](World& world) {
     makeStick(world);
-    world.makeFolder(kVolume + "/target");
+    world.makeFolder(kStick + "/target");
     world.makeLink(kOwn, "target");
     expectStays(world, ENOTDIR);
-    EXPECT_EQ(world.namesIn(kVolume + "/target"), Names{});
+    EXPECT_EQ(world.namesIn(kStick + "/target"), Names{});
   });
 }
 
 TEST(TrashVolumes, RefuseATrashWhoseInnerFolderIsLinkedOrForeign) {
   World::play([](World& world) {
     makeStick(world);
-    world.makeFolder(kVolume + "/target");
+    world.makeFolder(kStick + "/target");
     world.makeFolder(kOwn);
     world.makeLink(kOwn + "/files", "../target");
     expectStays(world, ENOTDIR);
@@ -167,8 +166,8 @@ TEST(TrashVolumes, AcceptTheUsersOwnTrashWithLooseModes) {
   World::play([](World& world) {
     makeStick(world);
     world.makeFolder(kOwn);
-    EXPECT_TRUE(world.recycle(kVolume, "a"));
-    expectRestorable(world, kVolume + "/a", kOwn, kVolume);
+    EXPECT_TRUE(world.recycle(kStick, "a"));
+    expectRestorable(world, kStick + "/a", kOwn, kStick);
     EXPECT_EQ(world.modeOf(kOwn), 0755U);
   });
 }
@@ -176,9 +175,9 @@ TEST(TrashVolumes, AcceptTheUsersOwnTrashWithLooseModes) {
 TEST(TrashVolumes, LeaveTheItemWhereItIsWhenTheVolumeIsReadOnly) {
   World::play([](World& world) {
     makeStick(world);
-    world.makeReadOnly(kVolume);
+    world.makeReadOnly(kStick);
     expectStays(world, EROFS);
-    EXPECT_EQ(world.recycle(kVolume, "a").localizedDescription(),
+    EXPECT_EQ(world.recycle(kStick, "a").localizedDescription(),
               "“a” couldn’t be moved to the Trash because its volume can’t be changed.");
   });
 }
@@ -186,7 +185,7 @@ TEST(TrashVolumes, LeaveTheItemWhereItIsWhenTheVolumeIsReadOnly) {
 TEST(TrashVolumes, LeaveTheItemWhereItIsWhenNoTrashMayBeMadeOnTheVolume) {
   World::play([](World& world) {
     makeStick(world);
-    world.giveTo(0, kVolume);
+    world.giveTo(0, kStick);
     expectStays(world, EACCES);
     EXPECT_EQ(world.kindOf(kOwn), ItemKind::Nothing);
   });
@@ -204,7 +203,7 @@ TEST(TrashVolumes, StayFreeToBeEjected) {
   World::play([](World& world) {
     makeStick(world);
     expectUsesOwn(world);
-    EXPECT_EQ(::umount(kVolume.c_str()), 0) << errno;
+    EXPECT_EQ(::umount(kStick.c_str()), 0) << errno;
   });
 }
 
@@ -233,9 +232,9 @@ TEST(TrashVolumes, ThatShowAFolderOfTheHomesVolumeUseTheirOwnTop) {
   World::play([](World& world) {
     world.makeFolder("/home/u/shown");
     world.makeFile("/home/u/shown/a", "a");
-    world.bind("/home/u/shown", kVolume);
-    EXPECT_TRUE(world.recycle(kVolume, "a"));
-    expectRestorable(world, kVolume + "/a", kOwn, kVolume);
+    world.bind("/home/u/shown", kStick);
+    EXPECT_TRUE(world.recycle(kStick, "a"));
+    expectRestorable(world, kStick + "/a", kOwn, kStick);
     EXPECT_EQ(world.kindOf("/home/u/shown/.Trash-501"), ItemKind::Folder);
     expectNothingIn(world, World::kHomeTrash);
   });
@@ -247,9 +246,9 @@ TEST(TrashVolumes, ThatShowTheHomesTrashAreTakenForWhatTheyAre) {
     EXPECT_TRUE(world.recycle("/home/u", "a"));
     world.makeFolder("/home/u/shown");
     world.makeFile("/home/u/shown/b", "b");
-    world.bind("/home/u", kVolume);
-    EXPECT_TRUE(world.recycle(kVolume + "/shown", "b"));
-    expectRestorable(world, kVolume + "/shown/b", kOwn, kVolume);
+    world.bind("/home/u", kStick);
+    EXPECT_TRUE(world.recycle(kStick + "/shown", "b"));
+    expectRestorable(world, kStick + "/shown/b", kOwn, kStick);
     expectInHomeTrash(world, "/home/u/a");
   });
 }
@@ -321,12 +320,12 @@ TEST(TrashVolumes, ThatHoldTheDataFolderHoldTheHomeTrash) {
 TEST(TrashVolumes, MountedOverEachOtherUseTheirOwnTop) {
   World::play([](World& world) {
     makeStick(world);
-    world.makeVolume(kVolume);
-    world.makeFile(kVolume + "/b", "b");
-    EXPECT_TRUE(world.recycle(kVolume, "b"));
-    expectRestorable(world, kVolume + "/b", kOwn, kVolume);
-    ASSERT_EQ(::umount(kVolume.c_str()), 0);
-    EXPECT_EQ(world.namesIn(kVolume), Names{"a"});
+    world.makeVolume(kStick);
+    world.makeFile(kStick + "/b", "b");
+    EXPECT_TRUE(world.recycle(kStick, "b"));
+    expectRestorable(world, kStick + "/b", kOwn, kStick);
+    ASSERT_EQ(::umount(kStick.c_str()), 0);
+    EXPECT_EQ(world.namesIn(kStick), Names{"a"});
   });
 }
 

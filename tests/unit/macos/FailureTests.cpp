@@ -4,26 +4,24 @@
 
 #include <cerrno>
 
+#include "Platform/macos/files/FlagBits.h"
 #include "Platform/macos/files/SystemRefusal.h"
 #include "Platform/macos/files/TrashFailure.h"
 
 namespace qm::macos {
 
 namespace {
-int obstacle = 0;
+int playedObstacle = 0;
 }  // namespace
 
 /// An invented item. Only its obstacle can be set.
 RefusedItem refusedItemAt(const std::string& path) {
-  return {.path = path, .flags = 0, .folderFlags = 0, .obstacle = obstacle};
+  return {.path = path, .flags = 0, .folderFlags = 0, .obstacle = playedObstacle};
 }
 
 namespace {
 
 using ::testing::HasSubstr;
-
-constexpr unsigned kUserImmutable = 0x2;
-constexpr unsigned kRestricted = 0x80000;
 
 TEST(SystemRefusalTest, NamesSystemIntegrityProtection) {
   EXPECT_THAT(systemRefusal(EPERM, {"/Applications/Safari.app", kRestricted, 0, 0}), HasSubstr("System Integrity"));
@@ -99,7 +97,7 @@ TrashAnswer answerOf(const char* domain, long code, const char* domainBelow = ""
 
 class TrashFailureTest : public ::testing::Test {
  protected:
-  TrashFailureTest() { obstacle = 0; }
+  TrashFailureTest() { playedObstacle = 0; }
 };
 
 TEST_F(TrashFailureTest, TakesTheNumberUnderneathBeforeTheFrameworksOwn) {
@@ -123,7 +121,7 @@ TEST_F(TrashFailureTest, NamesTheSystemsProtectionWhereNothingElseKeepsTheItem) 
 }
 
 TEST_F(TrashFailureTest, KeepsTheSystemsSentenceWherePermissionsKeepTheItem) {
-  obstacle = EACCES;
+  playedObstacle = EACCES;
   const auto status = trashFailure(answerOf(kCocoa, 513, kSystemStatus, -5000), "/Applications/Tessaly.app");
   EXPECT_EQ(status.localizedDescription(), "“a” couldn’t be moved?to the trash.");
   EXPECT_EQ(status.code(), EACCES);
