@@ -14,6 +14,7 @@ class Users {
 
   /// The real (not the effective) user id of the process.
   virtual unsigned realUserId() const = 0;
+  /// Whether that is root.
   bool isRoot() const { return realUserId() == 0; }
   /// The login name of the process's user.
   virtual std::string userName() const = 0;
