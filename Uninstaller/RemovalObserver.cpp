@@ -18,16 +18,16 @@ class RemovalObserver::Notes {
   template <class Change>
   void note(Change change) {
     const std::scoped_lock lock(mutex_);
-    change(testimony_);
+    change(observations_);
   }
   Observations read() const {
     const std::scoped_lock lock(mutex_);
-    return testimony_;
+    return observations_;
   }
 
  private:
   mutable std::mutex mutex_;
-  Observations testimony_;
+  Observations observations_;
 };
 
 class RemovalObserver::Trash final : public qm::platform::Trash {

@@ -6,9 +6,9 @@
 
 int main(int argc, char** argv) {
   // Never destroyed: a worker may be inside one of its services while the process ends.
-  static auto& witness = *new RemovalObserver(qm::uninstaller::systemPlatform(kProduct));
-  qm::platform::install(&witness.services());
+  static auto& observer = *new RemovalObserver(qm::uninstaller::systemPlatform(kProduct));
+  qm::platform::install(&observer.services());
   qm::uninstaller::useLanguage(qm::uninstaller::systemLanguage());
   return qm::uninstaller::applicationMain(argc, argv, kProduct,
-                                          [] { return std::make_unique<AppController>(witness); });
+                                          [] { return std::make_unique<AppController>(observer); });
 }

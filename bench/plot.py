@@ -41,7 +41,7 @@ def parse(lines):
             cases[-1].times.append(("this project", number(found[1]), OURS))
         elif found := re.match(r"  limit +([\d.]+) ms .*at most ([\d.]+):", line):
             cases[-1].most = number(found[2])
-            cases[-1].times.append(("the least that the system needs", number(found[1]), LIMIT))
+            cases[-1].times.append(("plain system calls", number(found[1]), LIMIT))
         elif found := re.match(r"  (\S.*?) +([\d.]+) ms +ours / it", line):
             cases[-1].times.append((found[1], number(found[2]), PEER))
         elif re.match(r"[^\s\[].* ms", line):
@@ -105,16 +105,16 @@ def page(svg, cases, others):
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
     lines = [
         "# Performance", "",
-        "Each case compares this project with the least that the system needs for the same work (the bare system calls, made",
-        "by a small program) and, where there are any, with other programs. Each bar is a multiple of that least time. The red",
-        "line marks the most that this project may take.", "",
-        f"![Running times as multiples of the least time]({svg})", "",
+        "Each case compares this project with a small program that makes the plain system calls for the same work and, where",
+        "there are any, with other programs. Each bar is a multiple of the small program's time. A ratio below 1 means that",
+        "this project works in a better way, for example with a larger pipe. The red line marks the most that it may take.", "",
+        f"![Running times as multiples of those of plain system calls]({svg})", "",
         f"Measured on {time.strftime('%-d %B %Y')} with {os.cpu_count()} processors ({processor()}), {memory:.0f} GiB, "
         f"Linux {platform.release().split('-')[0]}.",
         verdict(cases),
         "Times change from machine to machine and from hour to hour, so only the ratios of one run can be compared. Draw your",
         "own with `scripts/bench --plot`.", "",
-        "| Case | This project | Least | Ratio | At most |", "|---|---|---|---|---|"]
+        "| Case | This project | Plain calls | Ratio | At most |", "|---|---|---|---|---|"]
     for case in cases:
         ours, limit = case.times[0][1], case.times[1][1]
         name = case.name.replace("*", r"\*")

@@ -89,7 +89,7 @@ int writeAll(int file, const char* bytes, std::size_t count) {
 }
 
 int ContentsCopier::copy(int from, int to, const struct stat& attributes) {
-  if (share(from, to, attributes)) return tellShared(attributes);
+  if (share(from, to, attributes)) return reportWhole(attributes);
   const bool hasHoles = static_cast<off_t>(attributes.st_blocks) * kStatBlock < attributes.st_size;
   return hasHoles ? copyWithHoles(from, to, attributes.st_size) : copyData(from, to, {0, attributes.st_size});
 }
@@ -102,7 +102,7 @@ bool ContentsCopier::makeClone(int from, ItemName to, const struct stat& attribu
   return succeeds(uncloneable_, attributes, [&] { return posix::makeClone(from, to.folder, to.name.c_str(), clone); });
 }
 
-int ContentsCopier::tellShared(const struct stat& attributes) {
+int ContentsCopier::reportWhole(const struct stat& attributes) {
   return observer_.bytesCopied(static_cast<std::uint64_t>(attributes.st_size));
 }
 

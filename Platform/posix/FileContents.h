@@ -32,7 +32,7 @@ class ContentsCopier {
   /// that. Returns false if nothing was created. Does not notify the observer.
   bool makeClone(int from, ItemName to, const struct stat& attributes, UniqueFd& clone);
   /// Notifies the observer of a file that already has its contents. Returns the observer's error number.
-  int tellShared(const struct stat& attributes);
+  int reportWhole(const struct stat& attributes);
 
  private:
   struct Range;

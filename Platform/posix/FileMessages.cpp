@@ -9,27 +9,27 @@
 namespace qm::posix {
 namespace {
 
-std::string_view actionText(FileOperation operation) {
-  switch (operation) {
-    case FileOperation::Move:
+std::string_view actionText(FileAction action) {
+  switch (action) {
+    case FileAction::Move:
       return "moved";
-    case FileOperation::Link:
+    case FileAction::Link:
       return "linked";
-    case FileOperation::Copy:
+    case FileAction::Copy:
       return "copied";
-    case FileOperation::CreateFolder:
+    case FileAction::CreateFolder:
       return "created";
-    case FileOperation::Remove:
+    case FileAction::Remove:
       return "removed";
-    case FileOperation::Write:
+    case FileAction::Write:
       return "saved";
-    case FileOperation::Lock:
+    case FileAction::Lock:
       return "locked";
-    case FileOperation::Unlock:
+    case FileAction::Unlock:
       return "unlocked";
-    case FileOperation::Date:
+    case FileAction::Date:
       return "dated";
-    case FileOperation::Label:
+    case FileAction::Label:
       return "labelled";
   }
   return {};
@@ -49,12 +49,12 @@ std::string reasonText(const FileError& error) {
 
 }  // namespace
 
-platform::Status statusOf(FileOperation operation, const FileError& error, const std::string& path,
+platform::Status statusOf(FileAction action, const FileError& error, const std::string& path,
                           const std::string& destination) {
   if (!error) return platform::Status::success();
   const bool isCallersItem = error.item.empty() || error.side == FileError::Side::InTheWay;
   std::string text = quoted(isCallersItem ? nameIn(path) : error.item) + " couldn’t be ";
-  text += actionText(operation);
+  text += actionText(action);
   if (!destination.empty()) text += " to " + quoted(nameIn(folderOf(destination)));
   return platform::Status::failed(error.code, text + reasonText(error));
 }

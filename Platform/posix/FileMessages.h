@@ -8,12 +8,12 @@
 
 namespace qm::posix {
 
-/// The requested operation, for the sentences shown to people.
-enum class FileOperation { Move, Link, Copy, CreateFolder, Remove, Write, Lock, Unlock, Date, Label };
+/// The requested action, for the sentences shown to people.
+enum class FileAction { Move, Link, Copy, CreateFolder, Remove, Write, Lock, Unlock, Date, Label };
 
 /// Success, or the failure with its sentence. `path` is the item that the caller named, `destination` its target ("" if
-/// the operation has none).
-platform::Status statusOf(FileOperation operation, const FileError& error, const std::string& path,
+/// the action has none).
+platform::Status statusOf(FileAction action, const FileError& error, const std::string& path,
                           const std::string& destination = {});
 
 }  // namespace qm::posix

@@ -137,7 +137,7 @@ int ItemCopier::makeFile(const SourceFile& source, ItemName to, InheritedAccess 
 }
 
 int ItemCopier::fill(const SourceFile& source, const NewFile& copy) {
-  if (copy.isComplete) return contents_.tellShared(source.attributes);
+  if (copy.isComplete) return contents_.reportWhole(source.attributes);
   return contents_.copy(source.file.get(), copy.file.get(), source.attributes);
 }
 

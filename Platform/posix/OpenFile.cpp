@@ -53,9 +53,7 @@ class PosixFileHandle : public platform::FileHandle {
     return 0;
   }
 
-  Status answer(int error) const {
-    return error == 0 ? Status::success() : statusOf(FileOperation::Write, error, path_);
-  }
+  Status answer(int error) const { return error == 0 ? Status::success() : statusOf(FileAction::Write, error, path_); }
 
   const UniqueFd file_;
   off_t position_ = 0;

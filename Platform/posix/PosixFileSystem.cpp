@@ -115,37 +115,37 @@ std::optional<std::string> PosixFileSystem::destinationOfSymbolicLink(const std:
 }
 
 Status PosixFileSystem::moveItem(const std::string& source, const std::string& destination) {
-  return statusOf(FileOperation::Move, moveTree(source, destination), source, destination);
+  return statusOf(FileAction::Move, moveTree(source, destination), source, destination);
 }
 
 Status PosixFileSystem::linkItem(const std::string& source, const std::string& destination) {
-  return statusOf(FileOperation::Link, linkAt(source, destination), source, destination);
+  return statusOf(FileAction::Link, linkAt(source, destination), source, destination);
 }
 
 Status PosixFileSystem::copyItem(const std::string& source, const std::string& destination) {
   CopyObserver nobody;
-  return statusOf(FileOperation::Copy, copyTree(source, destination, nobody), source, destination);
+  return statusOf(FileAction::Copy, copyTree(source, destination, nobody), source, destination);
 }
 
 Status PosixFileSystem::createDirectory(const std::string& path) {
-  return statusOf(FileOperation::CreateFolder, makeFolders(path), path);
+  return statusOf(FileAction::CreateFolder, makeFolders(path), path);
 }
 
 Status PosixFileSystem::removeItem(const std::string& path) {
-  return statusOf(FileOperation::Remove, removeAt(path), path);
+  return statusOf(FileAction::Remove, removeAt(path), path);
 }
 
 Status PosixFileSystem::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
-  return statusOf(FileOperation::Remove, removeHollowAt(path, expendable), path);
+  return statusOf(FileAction::Remove, removeHollowAt(path, expendable), path);
 }
 
 Status PosixFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
   const int error = pathError(path);
-  return statusOf(FileOperation::Date, error != 0 ? error : setCreationTime(withoutTrailingSlashes(path), date), path);
+  return statusOf(FileAction::Date, error != 0 ? error : setCreationTime(withoutTrailingSlashes(path), date), path);
 }
 
 Status PosixFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {
-  return statusOf(FileOperation::Write, writeAtomically(path, contents), path);
+  return statusOf(FileAction::Write, writeAtomically(path, contents), path);
 }
 
 std::shared_ptr<platform::FileHandle> PosixFileSystem::openForWriting(const std::string& path) {

@@ -7,5 +7,5 @@
 /// If root itself is the user at the console, root measures with its own rights.
 void qm::appkit::measureAsAllowed(PlannedItem& item) {
   const posix::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.okAtPlaces()) measure(item);
+  if (rights.mayUsePlaces()) measure(item);
 }

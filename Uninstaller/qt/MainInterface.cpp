@@ -105,7 +105,7 @@ class PromptLetters final : public QObject {
 /// moment. Where root itself is meant, it measures with its own.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
-  if (rights.okAtPlaces()) measure(item);
+  if (rights.mayUsePlaces()) measure(item);
 }
 
 /// Makes a child of the canvas a window of its own, which is not shown yet.

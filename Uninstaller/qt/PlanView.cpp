@@ -18,7 +18,7 @@ constexpr int kListHeight = 190;
 
 /// In a language that is written from right to left, a path is still written from left to right. A size has the
 /// direction of its unit.
-class TextsOfTheirOwn final : public QStyledItemDelegate {
+class DirectedTexts final : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
@@ -39,7 +39,7 @@ QTreeWidget* makeList(QWidget& parent) {
   list->setAccessibleName(translated("What will be moved"));
   list->setAccessibleDescription(translated("The items that are on this computer, with their sizes."));
   list->setHeaderLabels({translated("Item"), translated("Size")});
-  list->setItemDelegate(new TextsOfTheirOwn(list));
+  list->setItemDelegate(new DirectedTexts(list));
   list->setRootIsDecorated(false);
   list->setUniformRowHeights(true);
   list->setTextElideMode(Qt::ElideMiddle);

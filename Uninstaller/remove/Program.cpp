@@ -47,8 +47,8 @@ struct Composition {
       : users(systemUsers()),
         services(systemServices(loop, users)),
         withoutDialog(*services.authorizationServices),
-        witness(quiet(services)) {
-    platform::install(&witness.services());
+        observer(quiet(services)) {
+    platform::install(&observer.services());
   }
 
   platform::Platform quiet(platform::Platform all) {
@@ -60,7 +60,7 @@ struct Composition {
   WorkingFor users;
   const platform::Platform& services;
   WithoutDialog withoutDialog;
-  RemovalObserver witness;
+  RemovalObserver observer;
 };
 
 Composition& composition() {
@@ -139,7 +139,7 @@ class Program {
   /// False if the work had to be abandoned. It may then go on for as long as the process lives.
   bool remove() {
     auto made =
-        std::make_unique<Removal>(all_.users, all_.witness, concerned_,
+        std::make_unique<Removal>(all_.users, all_.observer, concerned_,
                                   options_.preferences ? RemoveConfig::Yes : RemoveConfig::No, launchControlTool());
     Removal& removal = *made;
     work_ = std::move(made);

@@ -86,10 +86,10 @@ bool isGoneInTime(const std::string& folder) {
 
 }  // namespace
 
-Removal::Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig,
+Removal::Removal(WorkingFor& users, RemovalObserver& observer, Concerned concerned, RemoveConfig removeConfig,
                  std::string launchControlTool)
     : users_(users),
-      observer_(witness),
+      observer_(observer),
       concerned_(std::move(concerned)),
       removeConfig_(removeConfig),
       launchControlTool_(std::move(launchControlTool)) {}

@@ -17,9 +17,9 @@ namespace qm::removal {
 /// The product's items of all selected users, and of the computer: which exist, and their removal.
 class Removal final : public Work {
  public:
-  /// The installed services must be those of `witness`, with `users` as the service for users. Both must outlive this
+  /// The installed services must be those of `observer`, with `users` as the service for users. Both must outlive this
   /// object. `launchControlTool` ends launch agents; "" if the system starts none.
-  Removal(WorkingFor& users, RemovalObserver& witness, Concerned concerned, RemoveConfig removeConfig,
+  Removal(WorkingFor& users, RemovalObserver& observer, Concerned concerned, RemoveConfig removeConfig,
           std::string launchControlTool);
 
   void look() override;

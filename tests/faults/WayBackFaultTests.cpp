@@ -67,13 +67,13 @@ class Services {
     all_.clock = &clock_;
     mainThread_.disown();
     all_.mainThread = &mainThread_;
-    witness = std::make_unique<RemovalObserver>(all_);
-    platform::install(&witness->services());
+    observer = std::make_unique<RemovalObserver>(all_);
+    platform::install(&observer->services());
   }
 
   linux_::SystemUsers system;
   removal::WorkingFor users{system};
-  std::unique_ptr<RemovalObserver> witness;
+  std::unique_ptr<RemovalObserver> observer;
   removal::RunRecordFile memory{0, kMemory};
 
  private:
@@ -87,7 +87,8 @@ class Services {
 
 bool removeAll() {
   auto& all = *new Services;  // the process ends with it
-  removal::Removal removal(all.users, *all.witness, {{{kPerson, kPerson, "sam", kHome}}, "root"}, RemoveConfig::No, "");
+  removal::Removal removal(all.users, *all.observer, {{{kPerson, kPerson, "sam", kHome}}, "root"}, RemoveConfig::No,
+                           "");
   removal.look();
   const auto run = removal.toRemember();
   if (!run || all.memory.begin(*run) != 0) return false;

@@ -49,9 +49,9 @@ std::optional<std::uint16_t> LinuxFinderInformation::finderFlags(const platform:
 
 platform::Status LinuxFinderInformation::setFinderFlags(const platform::FileReference& reference, std::uint16_t flags) {
   const ItemOfReference* item = itemOf(reference);
-  if (item == nullptr) return posix::statusOf(posix::FileOperation::Label, ENOENT, "");
+  if (item == nullptr) return posix::statusOf(posix::FileAction::Label, ENOENT, "");
   const int error = posix::writeFinderFlags(getterOf(item->handle()), setterOf(item->handle()), flags);
-  return posix::statusOf(posix::FileOperation::Label, error, item->path().value_or(""));
+  return posix::statusOf(posix::FileAction::Label, error, item->path().value_or(""));
 }
 
 }  // namespace qm::linux_

@@ -101,7 +101,7 @@ int setFlag(const std::string& path, bool immutable) {
 }  // namespace
 
 platform::Status LinuxItemLocks::setImmutable(const std::string& path, bool immutable) {
-  const auto operation = immutable ? posix::FileOperation::Lock : posix::FileOperation::Unlock;
+  const auto operation = immutable ? posix::FileAction::Lock : posix::FileAction::Unlock;
   const std::string item = posix::withoutTrailingSlashes(path);
   return posix::statusOf(operation, setFlag(item, immutable), path);
 }

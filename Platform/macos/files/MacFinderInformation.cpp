@@ -12,7 +12,7 @@
 namespace qm::macos {
 namespace {
 
-using posix::FileOperation;
+using posix::FileAction;
 
 auto getterOf(const NumberedItem& item) {
   return [&item](unsigned char* bytes, std::size_t size) { return item.finderInformation(bytes, size); };
@@ -40,10 +40,10 @@ std::optional<std::uint16_t> MacFinderInformation::finderFlags(const platform::F
 platform::Status MacFinderInformation::setFinderFlags(const platform::FileReference& reference, std::uint16_t flags) {
   const NumberedItem* const item = NumberedItem::in(reference);
   const auto path = item == nullptr ? std::nullopt : item->path();
-  if (!path) return posix::statusOf(FileOperation::Label, ENOENT, "");
+  if (!path) return posix::statusOf(FileAction::Label, ENOENT, "");
   const posix::RightsForPaths rights(users_, {item->origin(), *path});
   const int error = rights.ok() ? writeFlags(*item, flags, users_.realUserId() == 0) : EPERM;
-  return posix::statusOf(FileOperation::Label, error, *path);
+  return posix::statusOf(FileAction::Label, error, *path);
 }
 
 }  // namespace qm::macos

@@ -14,7 +14,7 @@
 namespace qm::macos {
 namespace {
 
-using posix::FileOperation;
+using posix::FileAction;
 
 bool isLocked(const struct stat& item) { return !S_ISLNK(item.st_mode) && (flagsIn(item) & kUserImmutable) != 0; }
 
@@ -45,8 +45,8 @@ int setFlag(const std::string& path, bool immutable) {
 
 platform::Status MacItemLocks::setImmutable(const std::string& path, bool immutable) {
   const posix::RightsForPaths rights(users_, {path});
-  const int error = rights.okAtPlaces() ? setFlag(path, immutable) : EPERM;
-  return posix::statusOf(immutable ? FileOperation::Lock : FileOperation::Unlock, error, path);
+  const int error = rights.mayUsePlaces() ? setFlag(path, immutable) : EPERM;
+  return posix::statusOf(immutable ? FileAction::Lock : FileAction::Unlock, error, path);
 }
 
 std::optional<bool> MacItemLocks::isImmutable(const std::string& path) const {

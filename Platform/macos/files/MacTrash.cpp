@@ -146,7 +146,7 @@ Status MacTrash::putBack(const TrashedItem& item, const std::optional<std::strin
   if (!isInTrash) return trashRefusal(EINVAL, kNotInTrash, item.path);
   const posix::RightsForPaths rights(users_, {item.path, item.origin});
   // Both places are held by descriptor, so root may use its own rights even if others could redirect the paths.
-  if (!rights.okAtPlaces()) return trashRefusal(EPERM, kNoRights, item.path);
+  if (!rights.mayUsePlaces()) return trashRefusal(EPERM, kNoRights, item.path);
   return moveBack(item, missing);
 }
 

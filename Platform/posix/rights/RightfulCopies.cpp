@@ -11,7 +11,7 @@ CopyRights rightsForCopies(const platform::Users& users) {
   return [&users](const std::string& source, const std::string& destination) -> std::shared_ptr<void> {
     const std::initializer_list<std::string> paths = {source, destination};
     auto rights = std::make_shared<RightsForPaths>(users, paths);
-    return rights->ok() ? rights : nullptr;
+    return rights->mayUsePaths() ? rights : nullptr;
   };
 }
 

@@ -21,54 +21,53 @@ FileError removePinnedHollowFolder(const std::string& path, const std::vector<st
 
 using platform::Status;
 
-Status RightfulFileSystem::withRights(FileOperation operation, const std::string& path, const std::string& destination,
+Status RightfulFileSystem::withRights(FileAction action, const std::string& path, const std::string& destination,
                                       const std::function<Status()>& change) const {
   const RightsForPaths rights(users_, {path, destination.empty() ? path : destination});
-  return rights.ok() ? change() : statusOf(operation, EPERM, path, destination);
+  return rights.mayUsePaths() ? change() : statusOf(action, EPERM, path, destination);
 }
 
 Status RightfulFileSystem::moveItem(const std::string& source, const std::string& destination) {
-  return withRights(FileOperation::Move, source, destination,
+  return withRights(FileAction::Move, source, destination,
                     [&] { return PosixFileSystem::moveItem(source, destination); });
 }
 
 Status RightfulFileSystem::linkItem(const std::string& source, const std::string& destination) {
-  return withRights(FileOperation::Link, source, destination,
+  return withRights(FileAction::Link, source, destination,
                     [&] { return PosixFileSystem::linkItem(source, destination); });
 }
 
 Status RightfulFileSystem::copyItem(const std::string& source, const std::string& destination) {
-  return withRights(FileOperation::Copy, source, destination,
+  return withRights(FileAction::Copy, source, destination,
                     [&] { return PosixFileSystem::copyItem(source, destination); });
 }
 
 Status RightfulFileSystem::createDirectory(const std::string& path) {
-  return withRights(FileOperation::CreateFolder, path, "", [&] { return PosixFileSystem::createDirectory(path); });
+  return withRights(FileAction::CreateFolder, path, "", [&] { return PosixFileSystem::createDirectory(path); });
 }
 
 Status RightfulFileSystem::removeItem(const std::string& path) {
-  return withRights(FileOperation::Remove, path, "", [&] { return PosixFileSystem::removeItem(path); });
+  return withRights(FileAction::Remove, path, "", [&] { return PosixFileSystem::removeItem(path); });
 }
 
 Status RightfulFileSystem::removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) {
   const RightsForPaths rights(users_, {path});
-  if (rights.arePlacesOnly()) return statusOf(FileOperation::Remove, removePinnedHollowFolder(path, expendable), path);
-  return rights.ok() ? PosixFileSystem::removeHollowFolder(path, expendable)
-                     : statusOf(FileOperation::Remove, EPERM, path);
+  if (rights.arePlacesOnly()) return statusOf(FileAction::Remove, removePinnedHollowFolder(path, expendable), path);
+  return rights.mayUsePaths() ? PosixFileSystem::removeHollowFolder(path, expendable)
+                              : statusOf(FileAction::Remove, EPERM, path);
 }
 
 Status RightfulFileSystem::setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) {
-  return withRights(FileOperation::Date, path, "", [&] { return PosixFileSystem::setCreationDate(path, date); });
+  return withRights(FileAction::Date, path, "", [&] { return PosixFileSystem::setCreationDate(path, date); });
 }
 
 Status RightfulFileSystem::writeFileAtomically(const std::string& path, std::string_view contents) {
-  return withRights(FileOperation::Write, path, "",
-                    [&] { return PosixFileSystem::writeFileAtomically(path, contents); });
+  return withRights(FileAction::Write, path, "", [&] { return PosixFileSystem::writeFileAtomically(path, contents); });
 }
 
 std::shared_ptr<platform::FileHandle> RightfulFileSystem::openForWriting(const std::string& path) {
   const RightsForPaths rights(users_, {path});
-  return rights.ok() ? PosixFileSystem::openForWriting(path) : nullptr;
+  return rights.mayUsePaths() ? PosixFileSystem::openForWriting(path) : nullptr;
 }
 
 }  // namespace qm::posix

@@ -35,7 +35,7 @@ class RightfulFileSystem final : public PosixFileSystem {
 
  private:
   /// Calls `change` with the rights for both paths. `destination` is "" if there is only one path.
-  platform::Status withRights(FileOperation operation, const std::string& path, const std::string& destination,
+  platform::Status withRights(FileAction action, const std::string& path, const std::string& destination,
                               const std::function<platform::Status()>& change) const;
 
   const platform::Users& users_;

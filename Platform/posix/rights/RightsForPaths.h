@@ -22,14 +22,14 @@ class RightsForPaths {
 
   /// Whether paths may be changed with these rights. False if the thread could not take them, and if several users
   /// could redirect the paths while nobody or root itself is at the console (see `arePlacesOnly`).
-  bool ok() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
+  bool mayUsePaths() const { return whose_ != Whose::Nobodys && whose_ != Whose::RootsInPlaces && acting_.ok(); }
 
   /// Whether several users can redirect the paths and root itself is at the console. Then changes may be made only at
   /// places that `pinPath` has found.
   bool arePlacesOnly() const { return whose_ == Whose::RootsInPlaces; }
 
   /// Whether changes may be made at places that `pinPath` has found.
-  bool okAtPlaces() const { return ok() || arePlacesOnly(); }
+  bool mayUsePlaces() const { return mayUsePaths() || arePlacesOnly(); }
 
  private:
   enum class Whose { TheProcesses, APersons, RootsInPlaces, Nobodys };

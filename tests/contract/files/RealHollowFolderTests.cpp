@@ -42,7 +42,7 @@ TEST(RemovingAHollowFolderOnDisk, NamesWhatIsInTheWay) {
 }
 
 TEST(RemovingAHollowFolderOnDisk, SaysThatSomethingCameMeanwhile) {
-  expectError(posix::statusOf(posix::FileOperation::Remove, {ENOTEMPTY, "sub"}, "/home/tree"), ENOTEMPTY,
+  expectError(posix::statusOf(posix::FileAction::Remove, {ENOTEMPTY, "sub"}, "/home/tree"), ENOTEMPTY,
               "“sub” couldn’t be removed because something was put into it meanwhile.");
 }
 

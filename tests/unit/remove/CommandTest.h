@@ -33,7 +33,7 @@ class Command : public PlatformTest {
   removal::Removal removalFor(const std::vector<posix::UserRecord>& persons,
                               RemoveConfig removeConfig = RemoveConfig::No) {
     const std::string trashOf = persons.empty() ? "root" : persons.front().name;
-    return {users, witness, removal::Concerned{persons, trashOf}, removeConfig, launchControlTool};
+    return {users, observer, removal::Concerned{persons, trashOf}, removeConfig, launchControlTool};
   }
 
   std::vector<removal::ReportItem> run(removal::Removal& removal) {
@@ -60,7 +60,7 @@ class Command : public PlatformTest {
   std::string launchControlTool;  // "" as on Linux
   removal::WorkingFor users{fakes.users};
   removal::WithoutDialog withoutDialog{fakes.authorizationServices};
-  RemovalObserver witness{services()};
+  RemovalObserver observer{services()};
 
  private:
   platform::Platform services() {
@@ -70,7 +70,7 @@ class Command : public PlatformTest {
     return all;
   }
 
-  ScopedPlatform installed_{witness.services()};
+  ScopedPlatform installed_{observer.services()};
 };
 
 inline void installCaches(FakeDisk& disk, const std::string& home) {

@@ -18,7 +18,7 @@ using ::testing::SizeIs;
 
 const std::string kReason = "“Tessaly.app” couldn’t be moved to the Trash because it is busy.";
 
-/// A machine with a witness, on a thread that is not the main one.
+/// A machine with a observer, on a thread that is not the main one.
 class Run : public PlatformTest {
  protected:
   Run() {
@@ -27,13 +27,13 @@ class Run : public PlatformTest {
   }
 
   RemovalReport remove(Measured measured = Measured::No) {
-    return RemovalRun(&witness, measured).removeProduct(RemoveConfig::Yes);
+    return RemovalRun(&observer, measured).removeProduct(RemoveConfig::Yes);
   }
 
-  RemovalObserver witness{fakes.platform};
+  RemovalObserver observer{fakes.platform};
 
  private:
-  ScopedPlatform installed_{witness.services()};
+  ScopedPlatform installed_{observer.services()};
 };
 
 TEST_F(Run, ReturnsAResultForEveryItem) {
@@ -95,7 +95,7 @@ TEST_F(Run, SaysThatAnItemWasGoneAlready) {
 
 TEST_F(Run, SaysThatThePreferencesWereToStay) {
   installProduct(fakes.disk);
-  const RemovalReport report = RemovalRun(&witness).removeProduct(RemoveConfig::No);
+  const RemovalReport report = RemovalRun(&observer).removeProduct(RemoveConfig::No);
   for (std::size_t index = 0; index < kItems.size(); ++index) {
     EXPECT_EQ(report.items[index].outcome, isPreference(index) ? ItemOutcome::Skipped : ItemOutcome::Trashed);
     EXPECT_EQ(fakes.disk.has(kItems[index]), isPreference(index));
@@ -106,7 +106,7 @@ TEST_F(Run, NamesTheGuardThatSparedAnItem) {
   fakes.disk.addFile("/home/u/build/Release/Tessaly.app");
   PlannedItem item;
   item.path = "/home/u/build/Release/Tessaly.app";
-  const ItemResult result = RemovalRun(&witness).trash(item);
+  const ItemResult result = RemovalRun(&observer).trash(item);
   EXPECT_EQ(result.outcome, ItemOutcome::Skipped);
   EXPECT_EQ(result.planned.skip, SkipReason::InReleaseFolder);
 }
@@ -188,18 +188,18 @@ TEST_F(Run, HoldsNoRightsAndOwesTheDiskNothingAtItsEnd) {
   EXPECT_EQ(calls.back(), "authorization.releaseRights()");
 }
 
-/// The calls of a run on a new machine, where the first item needs rights, with or without a witness.
+/// The calls of a run on a new machine, where the first item needs rights, with or without a observer.
 Strings callsOfARun(bool isHeard) {
   FakePlatform fakes;
   fakes.mainThread.disown();
   installProduct(fakes.disk);
   fakes.calls.failNth("trash.recycle", 1);
   fakes.authorizationServices.offerParentSession();
-  RemovalObserver witness(fakes.platform);
-  const ScopedPlatform installed(isHeard ? witness.services() : fakes.platform);
+  RemovalObserver observer(fakes.platform);
+  const ScopedPlatform installed(isHeard ? observer.services() : fakes.platform);
   const SingletonReset<QMAuthorization> authorization;
   const SingletonReset<QMLog> log;
-  RemovalRun(isHeard ? &witness : nullptr).removeProduct(RemoveConfig::Yes);
+  RemovalRun(isHeard ? &observer : nullptr).removeProduct(RemoveConfig::Yes);
   QMAuthorization::sharedController()->authEnd();
   fakes.end();
   return fakes.calls.everything();

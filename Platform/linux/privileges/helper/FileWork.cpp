@@ -253,7 +253,7 @@ bool isOnOtherVolume(const PinnedPlace& source, const PinnedPlace& target) {
          !one.sameMount(other);
 }
 
-Problem mayBeRead(const FileCommand& command, const PinnedPlace& source, const PinnedPlace& target) {
+Problem mayGoUnconfined(const FileCommand& command, const PinnedPlace& source, const PinnedPlace& target) {
   if (Confinement::isAvailable()) return std::nullopt;
   if (command.kind == FileCommandKind::Move) {
     if (!isOnOtherVolume(source, target)) return std::nullopt;
@@ -272,7 +272,7 @@ PreparedWork transfer(const FileCommand& command) {
   if (!source->item || isLinkToFolder(*source)) return refusalFor(source->item ? ENOTDIR : ENOENT, from);
   Answer<PinnedPlace> target = TargetChoice(command.kind, command.operands[1], *source).pin();
   if (!target) return target.problem();
-  if (const Problem problem = mayBeRead(command, *source, *target)) return *problem;
+  if (const Problem problem = mayGoUnconfined(command, *source, *target)) return *problem;
   auto work = std::make_unique<Transfer>(from, std::move(*source), std::move(*target), command.kind);
   return std::unique_ptr<PrivilegedWork>(std::move(work));
 }
