@@ -67,8 +67,8 @@ struct CopyObjectRequest {
   FileOperationCallback callback;                  ///< null for no reports
 };
 
-/// Copying in the background. Any thread. A callback runs on the main thread, so that is where it calls
-/// `unscheduleFromMainRunLoop`.
+/// Copying in the background. Any thread. Callbacks run on the main thread and may call `unscheduleFromMainRunLoop`
+/// from there.
 class FileOperations {
  public:
   virtual ~FileOperations() = default;

@@ -41,8 +41,9 @@ class FileHandle {
   virtual Status seekToEndOfFile() = 0;
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
-  /// After a `writeData` at the end of the file that failed: cuts off what it left, and goes back to where it began.
-  /// Fails, and changes nothing, if something else has been appended since. Success if nothing was left.
+  /// Call it after a `writeData` that failed at the end of the file. Cuts off the part that the write left, and moves
+  /// the position back to where the write began. Fails, and changes nothing, if something else has been appended since.
+  /// Success if nothing was left.
   virtual Status removeIncompleteData() = 0;
 };
 
@@ -59,8 +60,8 @@ class FileSystem {
   virtual bool isDirectory(const std::string& path) const = 0;
   /// The path leads to a regular file that the process may execute. Links are followed.
   virtual bool isExecutableFile(const std::string& path) const = 0;
-  /// The path leads to an item that the process may write (into a folder: may change its entries).
-  /// Links are followed.
+  /// The path leads to an item that the process may write (into a folder: has write permission for it). Links are
+  /// followed.
   virtual bool isWritableFile(const std::string& path) const = 0;
   /// The names in a folder, one level, including hidden ones but not "." and "..", in the system's order. Null when the
   /// folder cannot be listed. A link to a folder is followed.

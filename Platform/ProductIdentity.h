@@ -5,9 +5,9 @@
 
 namespace qm::platform {
 
-/// The names of the product that the services work for. A program makes one and passes it to them; the texts outlive
-/// every user. A program that runs as root has its own compiled in and takes none from its caller. Names may be left
-/// out: operations that need them fail and say so.
+/// The names of the product that the services work for. A program makes one `ProductIdentity` and passes it to the
+/// services. The texts must outlive every service that uses them. A program that runs as root has its own compiled in
+/// and takes none from its caller. Names may be left out: operations that need them fail and say so.
 struct ProductIdentity {
   /// The program's file name. Messages use it if the system cannot tell the path of the running program. It is also the
   /// name of the folder in `dataFolder` that has the program's information dictionary.

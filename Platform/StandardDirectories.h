@@ -40,7 +40,7 @@ class StandardDirectories {
   /// domain of a process whose real user id is 0 lies below root's own home (/var/root).
   virtual std::vector<std::string> search(StandardDirectory directory, DomainMask domains) const = 0;
 
-  /// The temporary folder of the process, an absolute path. It may end in a slash, as the system has it.
+  /// The temporary folder of the process: an absolute path without a slash at the end.
   virtual std::string temporaryDirectory() const = 0;
 };
 

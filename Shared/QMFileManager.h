@@ -137,8 +137,9 @@ class QMFileManager {
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
   /// `removeFolderIfEmpty:`. Removes permanently what `isFolderEmpty:` finds empty. A plain file counts as empty, so it
   /// is removed as well, whatever is in it. Returns false if the folder is not empty, also if it is no longer empty
-  /// after the attempt as the user. That attempt removes only folders that hold nothing but ".DS_Store" and "Icon\r".
-  /// If one of them cannot be listed, or contains a link, rights are requested.
+  /// after the attempt as the user. That attempt removes a folder only if it contains, at any depth, nothing but
+  /// folders and files named ".DS_Store" and "Icon\r". If it fails for another reason than new contents, for example
+  /// because a folder in it cannot be listed, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern matches, in the order found. The search begins
@@ -147,7 +148,8 @@ class QMFileManager {
   /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
   /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
   /// of the disk. A slash at the end of a pattern with "*" counts as a component "/", as one at the beginning does. At
-  /// such a component the search starts again in the base folder, so the result is the base folder.
+  /// this component the search starts again in the base folder. So a pattern that ends in a slash gives the base
+  /// folder.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. Without a base.
@@ -160,8 +162,8 @@ class QMFileManager {
   /// `finderColorIndexForPath:`. All of the item's Finder flags, of which the label is 0x000E (0 for none); 0 on
   /// any failure. The item itself: a link is not followed.
   static unsigned finderColorIndexForPath(const std::string& path);
-  /// `finderColorForPath:`. The colour of the item's label; null when it has none, or has any other Finder
-  /// flag above 1.
+  /// `finderColorForPath:`. The colour of the item's label; null when it has none, or when any Finder flag is set
+  /// besides the label and the lowest bit.
   static std::optional<qm::foundation::Color> finderColorForPath(const std::string& path);
   /// `setFinderColorIndex:forPath:`. Sets the label, in its place in the Finder flags (2, 4 .. 14; other bits are
   /// ignored), and keeps the other flags. Failures are ignored.

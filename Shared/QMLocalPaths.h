@@ -56,7 +56,7 @@ class QMLocalPaths {
   /// `currentConsoleUser`. Null at the login window and when nobody is logged in.
   static std::optional<std::string> currentConsoleUser();
 
-  /// `tempDirectory`. The temporary folder of the process. May end in a slash, as the system has it.
+  /// `tempDirectory`. The temporary folder of the process, without a slash at the end.
   static std::string tempDirectory();
   /// `uuid`. A string that no other call gives.
   static std::string uuid();

@@ -28,10 +28,10 @@ class QMLog : public qm::Singleton<QMLog> {
   /// `createNewLog`. The same as `createNewLog:` with null.
   static void createNewLog();
   /// `createNewLog:`. Waits for pending writes, renames APP.1.log to APP.4.log up by one (the fifth is removed) and
-  /// begins a new first file with its header. The name is used only if the executable has none. If the user's
-  /// preferences switch logging off, it waits, releases the open file, sets `loggingDisabled` and prints that to the
-  /// console; no file is renamed or begun. If a step fails, the console says which and no new file is begun. A process
-  /// that ends meanwhile leaves the old first file or the new one.
+  /// begins a new first file with its header. The name is used only if none was set and the executable has none. If the
+  /// user's preferences switch logging off, it waits, releases the open file, sets `loggingDisabled` and prints that to
+  /// the console; no file is renamed or begun. If a step fails, the console says which and no new file is begun. A
+  /// process that ends meanwhile leaves the old first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.

@@ -84,7 +84,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
                                                    int) = delete;
   static bool runTask(const std::string&, const Arguments&, int) = delete;
 
-  /// A runner of its own, such as each call with a time limit makes.
+  /// Makes a new instance. Each call with a time limit makes one for itself.
   static std::shared_ptr<QMTask> make();
 
   /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose slot holds the task until the call returns.
@@ -166,7 +166,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   AsyncReceiver receiverOf(const std::shared_ptr<Task>& task) const;
 
   qm::platform::AtomicProperty<std::shared_ptr<Task>> theTask_;
-  mutable std::mutex asyncMutex_;  // guards receiver_, and its removal together with theTask_
+  mutable std::mutex asyncMutex_;  // guards receiver_; held while receiver_ and theTask_ are cleared together
   AsyncReceiver receiver_;
   std::mutex launchMutex_;  // a launch and an ending exclude each other
 };

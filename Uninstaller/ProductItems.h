@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// The items of the product. The run and the program with administrator rights use the same table, and neither touches
-/// anything else.
+/// anything else except the maker's folder.
 
 /// The standard folders that contain items.
 enum class ItemFolder { Applications, ApplicationSupport, Caches, Preferences, Library };

@@ -33,7 +33,7 @@ struct PlannedItem {
   std::optional<std::string> path;  ///< null if there is no such folder
   SkipReason skip = SkipReason::None;
   ItemKind kind = ItemKind::Other;  ///< of the existing item
-  std::uint64_t bytes = 0;          ///< of a file, or of all files in a folder, links not followed; 0 when skipped
+  std::uint64_t bytes = 0;          ///< of a file, or of all files in a folder, links not followed; 0 until measured
 };
 
 /// Whether a removal of this kind includes the item at all.

@@ -40,7 +40,7 @@ constexpr std::string_view kClauses[] = {
     catalogued("it is on another volume, whose file owners cannot be trusted"),
     catalogued("its volume has no Trash that it can be moved to"),
     catalogued("there is no space left on its volume"),
-    catalogued("its folder is not a folder"),
+    catalogued("a part of the path to it is not a folder"),
     catalogued("“{folder}” is not a real folder"),
     catalogued("the links to its folder lead in a circle"),
     catalogued("a volume is mounted there"),

@@ -25,7 +25,7 @@
 namespace qm::bench {
 namespace {
 
-constexpr int kFilesInFolder = 100;
+constexpr int kFilesInEach = 100;
 constexpr int kSide = 200;
 
 void makeFolder(const std::string& path) {
@@ -36,10 +36,10 @@ void makeFolder(const std::string& path) {
 std::string makeFiles(int count) {
   const std::string top = freshFolder("size");
   for (int i = 0; i < count; ++i) {
-    const std::string outer = top + "/outer " + std::to_string(i / (kFilesInFolder * 100));
-    const std::string inner = outer + "/inner " + std::to_string(i / kFilesInFolder);
-    if (i % (kFilesInFolder * 100) == 0) makeFolder(outer);
-    if (i % kFilesInFolder == 0) makeFolder(inner);
+    const std::string outer = top + "/outer " + std::to_string(i / (kFilesInEach * 100));
+    const std::string inner = outer + "/inner " + std::to_string(i / kFilesInEach);
+    if (i % (kFilesInEach * 100) == 0) makeFolder(outer);
+    if (i % kFilesInEach == 0) makeFolder(inner);
     const int file = ::open((inner + "/file " + std::to_string(i)).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
     if (file < 0 || ::write(file, "contents", 8) != 8) std::abort();
     ::close(file);

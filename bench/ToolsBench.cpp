@@ -17,18 +17,18 @@ namespace qm::bench {
 namespace {
 
 constexpr int kRuns = 1000;
-constexpr const char* kTool = "/bin/true";
+constexpr const char* kRunTool = "/bin/true";
 
 void runBare() {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  std::string tool = kTool;
+  std::string tool = kRunTool;
   char* const arguments[] = {tool.data(), nullptr};
   for (int i = 0; i < kRuns; ++i) {
     pid_t child = 0;
-    if (::posix_spawn(&child, kTool, &actions, nullptr, arguments, environ) != 0) std::abort();
+    if (::posix_spawn(&child, kRunTool, &actions, nullptr, arguments, environ) != 0) std::abort();
     int status = 0;
     ::waitpid(child, &status, 0);
   }
@@ -37,7 +37,7 @@ void runBare() {
 
 void runOurs() {
   for (int i = 0; i < kRuns; ++i) {
-    if (!QMTask::runTask(kTool, std::vector<std::string>())) std::abort();
+    if (!QMTask::runTask(kRunTool, std::vector<std::string>())) std::abort();
   }
 }
 

@@ -43,7 +43,7 @@ requires std::same_as<Path, std::optional<std::string>> Path appendingPathCompon
 std::vector<std::string> pathComponents(std::string_view path);
 
 /// Whether a path is that of the folder or of something below it. Whole components are compared: "/a" and "/a/b" are at
-/// or below "/a", "/ab" is not. Both are compared as given, without slashes at the end.
+/// or below "/a", "/ab" is not. Neither may end with a slash, so the folder is not "/". Nothing is normalised.
 bool isAtOrBelow(std::string_view path, std::string_view folder);
 
 /// Whether ".." is one of the components.

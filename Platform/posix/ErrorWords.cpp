@@ -59,7 +59,7 @@ constexpr Words kWords[] = {
     {EINVAL, kIntoItself, "a folder can’t be put into itself"},
     {ENOTDIR, kItem, "a part of its path isn’t a folder"},
     {ENOTDIR, kDestination, "a part of the path there isn’t a folder"},
-    {ENOTDIR, kTrashedsFolder, "its folder is not a folder"},
+    {ENOTDIR, kTrashedsFolder, "a part of the path to it is not a folder"},
     {ENOTDIR, kTrashFolder, "%@ is not a real folder"},
     {ENOTDIR, kUnpacked, "Something other than a folder is in the way"},
     {ELOOP, kTrashedsFolder, "the links to its folder lead in a circle"},

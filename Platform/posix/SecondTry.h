@@ -34,8 +34,8 @@ int flushAsFarAsSupported(Whole whole, Plain plain) {
 /// The system's call that creates a FIFO relative to a folder; null on a system without it.
 using MakeFifoAt = int (*)(int folder, const char* name, mode_t mode);
 
-/// Creates a FIFO, on systems that can create nothing else relative to a folder. Returns 0 or an error number; ENOTSUP
-/// for an item of another kind and without such a call.
+/// Creates a FIFO. For systems that have `mkfifoat`, but no `mknodat`. Returns 0 or an error number; ENOTSUP for an
+/// item of another kind and without such a call.
 inline int makeFifoOnly(MakeFifoAt call, int folder, const char* name, mode_t mode) {
   constexpr mode_t kPermissions = 07777;
   if (!S_ISFIFO(mode) || call == nullptr) return ENOTSUP;

@@ -13,9 +13,9 @@
 
 namespace qm::posix {
 
-/// A copy in progress towards a location in a folder, which outlives it. It is built under a hidden name beside that
-/// location. The destructor removes it, under whichever name it has, unless `keep` was called. It never removes an item
-/// that took its name.
+/// A copy in progress. `destination` must outlive this object. It is built under a hidden name beside that location.
+/// The destructor removes it, under whichever name it has, unless `keep` was called. It never removes an item that took
+/// its name.
 class NewCopy {
  public:
   explicit NewCopy(const Place& destination) : destination_(destination), name_(temporaryName()) {}
@@ -37,7 +37,7 @@ class NewCopy {
   UniqueFd made_;
 };
 
-/// Copies an item, a tree with all its contents, to a location in a folder where nothing exists. The copy is built
+/// Copies an item (a folder with everything in it) to a name that is free in the destination folder. The copy is built
 /// under a hidden name beside that location and then renamed without replacing anything, so that nobody sees an
 /// incomplete copy under its final name. After a failure, or if the observer ends the copy, nothing of it is left. (If
 /// the process is killed, the hidden part stays.) Items that vanish from a tree before they are reached are not copied.

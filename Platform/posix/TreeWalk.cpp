@@ -46,7 +46,8 @@ class Walk {
     if (!isFolder(entry)) return visitor_.item(chain_.folder(), entry.name);
     const std::size_t depth = chain_.depth();
     const int error = descend(entry.name);
-    // It was replaced after the listing. If it was entered, however, the number is the visitor's own.
+    // With these errors the entry was replaced after the listing. But if the folder was entered, the error comes from
+    // the visitor and is returned.
     const bool noFolder = (error == ENOTDIR || error == ELOOP) && chain_.depth() == depth;
     return noFolder ? visitor_.item(chain_.folder(), entry.name) : error;
   }

@@ -12,7 +12,8 @@ namespace qm::qt {
 /// The text in the user's language, for a widget.
 QString translated(std::string_view english);
 
-/// Passes the texts that Qt has translated, such as those of the interface file, to the user's language.
+/// Translates the texts for which Qt asks its translators, such as those of the interface file, by the catalogue of the
+/// user's language.
 class CatalogueTranslator final : public QTranslator {
  public:
   explicit CatalogueTranslator(const uninstaller::Language& language = uninstaller::language()) : language_(language) {}

@@ -102,7 +102,7 @@ class PromptLetters final : public QObject {
 };
 
 /// In a user's folder root measures with that user's rights, because the user can replace what is measured at any
-/// moment. Where root itself is meant, it measures with its own.
+/// moment. If root itself is the user at the console, root measures with its own rights.
 void measureWithRightsOfTheirs(PlannedItem& item) {
   const linux_::RightsForPaths rights(*platform::platform().users, {*item.path});
   if (rights.mayUsePlaces()) measure(item);

@@ -50,9 +50,10 @@ How
 Exit status
    0  nothing is left to remove or put back, also if nothing was there
    2  something is left
-   3  something is left because rights are missing; root has them
+   3  rights are missing; root has them
   64  the command line is wrong
-  75  Tessaly is running, or another run is in progress: try again later
+  75  nothing was done: Tessaly is running, another run is in progress, or the
+      lock or the record cannot be used
 )");
 
 struct Flag {

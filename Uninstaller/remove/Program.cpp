@@ -193,7 +193,8 @@ class Program {
     return false;
   }
 
-  /// Items that could not be put back later are not moved.
+  /// Without a record the items could not be put back, so nothing is moved then. Returns whether the record was
+  /// written.
   bool isRemembered(Removal& removal) {
     const auto run = removal.toRemember();
     const int error = run ? memory_.begin(*run) : EIO;

@@ -30,10 +30,10 @@ constexpr const char* kSomethingIsThere = catalogued("Something else is there no
 constexpr const char* kNotInTrash = catalogued("It is not in the Trash any more.");
 constexpr const char* kNoItem = catalogued("No item of Tessaly belongs there.");
 constexpr const char* kClosedToPerson =
-    catalogued("The user in whose Trash it is may not write to the folder that it came from.");
+    catalogued("It is in the Trash of a user who may not write to the folder that it came from.");
 constexpr const char* kNoFolder = catalogued("Its folder couldn’t be created again.");
 constexpr const char* kOtherAccount =
-    catalogued("The account in whose Trash it is no longer exists; another one may have its name.");
+    catalogued("It is in the Trash of an account that no longer exists. Another account may have that name now.");
 constexpr const char* kOthersTrash = catalogued("It was in a user’s Trash, and that user may have changed it.");
 
 /// Even a dangling link counts as something.

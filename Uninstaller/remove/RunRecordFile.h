@@ -13,8 +13,8 @@
 
 namespace qm::removal {
 
-/// The record of the caller's last runs, in a file that nobody but the caller can change. What the process does is
-/// added at once, except for the item being moved. One run at a time.
+/// The record of the caller's last runs, in a file that nobody but the caller can change. Each move is added as soon as
+/// it is done, so only the move in progress can be missing. One run at a time.
 class RunRecordFile {
  public:
   /// The record in this folder, which is created when something is to be recorded. A folder that others can change is

@@ -127,7 +127,7 @@ a_person_gives_root_nothing_to_put_into_the_system() {
   ln -s /etc/closed "$home/Library/LaunchAgents"
   chown -Rh sam:sam "$home/.local" "$home/Library/LaunchAgents"
   expect 2 root_removes --restore --yes --report=json
-  reported 'items["/home/sam/Library/Preferences/com.quillmark.tessaly.plist"]["reason"].startswith("The user in whose Trash it is")'
+  reported 'items["/home/sam/Library/Preferences/com.quillmark.tessaly.plist"]["reason"].startswith("It is in the Trash of a user who may not write")'
   reported 'all(item["outcome"] == "restored" for item in items.values() if item["user"] != "sam")'
   [ -z "$(find /Applications /Library -name evil)" ] || fail 'root has brought in what a person made'
   [ -z "$(ls -A /etc/closed)" ] || fail 'root was led into a folder of its own'

@@ -18,7 +18,8 @@ std::string shownName(std::string_view name);
 /// "name: why", without a full stop. A failure with a system's error number, or with a sentence of its own.
 platform::Status problemWith(std::string_view name, int error);
 platform::Status problemWith(std::string_view name, const std::string& why);
-/// The same for an error number that describes what is at the item's path or on the way to it; a success for 0.
+/// The same for an error of opening or creating the item: some numbers get a sentence about what is in the way. 0 gives
+/// a success.
 platform::Status problemInPlace(std::string_view name, int error);
 
 }  // namespace qm::linux_

@@ -155,9 +155,9 @@ Status ZipReader::next(std::optional<ZipEntry>& entry) {
   return Status::success();
 }
 
-// With LZMA and xz an archive determines how much memory its reader allocates, up to 4 GiB. The format's name includes
-// the compression of the item, and the contents follow in the file. The target of a link has been read already and is
-// too short to fill any memory.
+// With LZMA and xz an archive determines how much memory its reader allocates, up to 4 GiB. libarchive's name of the
+// format tells the item's compression. Its compressed data begin at the current position of the file, with the
+// properties that state the memory. The target of a link has been read already and is too short to fill any memory.
 Status ZipReader::memoryAllowed() const {
   if (current_.kind == ZipEntry::Kind::Link) return Status::success();
   const std::string format = textOf(::archive_format_name(archive_.get()));

@@ -14,10 +14,10 @@ struct ApplicationBundle {
 };
 
 /// The description of an application bundle in Contents/Info.plist: CFBundleDisplayName, else CFBundleName, else the
-/// folder's name; CFBundleExecutable, an executable file in Contents/MacOS; CFBundleIconFile in Contents/Resources;
-/// CFBundleTypeMIMETypes of every document type. If an image of the same name but in a format that desktops show (.svg
-/// or .png) is beside the icon, it is preferred. An icon whose name is not a valid file name is ignored. An executable
-/// with such a name gives kLSNoExecutableErr. `path` is absolute.
+/// folder's name without its extension; CFBundleExecutable, an executable file in Contents/MacOS; CFBundleIconFile in
+/// Contents/Resources; CFBundleTypeMIMETypes of every document type. If the icon's name has no extension or ".icns", an
+/// image of the same name in a format that desktops show (.svg or .png) is preferred. An icon whose name is not a valid
+/// file name is ignored. An executable with such a name gives kLSNoExecutableErr. `path` is absolute.
 platform::OSStatus readApplicationBundle(const std::string& path, ApplicationBundle& bundle);
 
 }  // namespace qm::linux_

@@ -26,8 +26,8 @@ class SingleInstance {
   /// `name` is the program's, the same for every user.
   explicit SingleInstance(const std::string& name);
 
-  /// Call it once. Takes no longer than `patience`. If the system provides no socket, this instance counts as the
-  /// first.
+  /// Call it once. Takes little longer than `patience` at most. If the system provides no socket, this instance counts
+  /// as the first.
   Start start(std::chrono::milliseconds patience);
 
   /// Readable when another start makes a request. None if this instance is not listening.

@@ -19,14 +19,14 @@ enum class HandedOver : bool { TheItem, ACopy };
 /// matter if somebody moves the item meanwhile.
 ///
 /// The user becomes the owner of its folders, which keep their groups. Files keep owner, group and contents. So nothing
-/// becomes readable for anybody else, and for the user only the names in the folders: a file in a folder that was
-/// closed to the user gets permissions for its owner only. Set-user-id and set-group-id bits and file capabilities are
-/// dropped, because they would lend the owner's rights in a folder where the user can now replace neighbouring files.
-/// It works bottom up, so that nobody can interfere from above, and is idempotent. Goes on after a failure and returns
-/// the first one.
+/// becomes readable for anybody else. The user can newly read only the names in the folders: files in a folder that was
+/// closed to the user keep permissions for their owner alone. Set-user-id and set-group-id bits and file capabilities
+/// are dropped: such a program runs with its owner's rights and may trust the files beside it, which the user can now
+/// replace. It works bottom up, so that nobody can interfere from above, and is idempotent. Goes on after a failure and
+/// returns the first one.
 ///
-/// In a copy, a device is refused with ENODEV. Only root can have created it there, and on the volume that it was
-/// copied from it may have had no effect as a device.
+/// In a copy, a device is refused with ENODEV. Only root could create the copy of a device, and the original may have
+/// been harmless because its volume was mounted without devices.
 posix::FileError handOver(int item, const FileSystemIdentity& person, Reached reached,
                           HandedOver what = HandedOver::TheItem);
 

@@ -21,7 +21,7 @@ struct PutBackPlace {
 /// Opens the folder that is to contain the item of an absolute path. As root, a link that somebody else could have
 /// planted is refused. As root for somebody else, a path that only root can redirect is walked with root's rights, any
 /// other with that user's alone. Missing folders are created with the user's rights; with root's if those do not
-/// suffice and root's may be used. The calling thread has the process's own rights.
+/// suffice and root's may be used. Call it with the process's own rights.
 TrashAnswer<PutBackPlace> openPutBackPlace(const std::string& path, const TrashUser& user,
                                            platform::MissingFolders missing);
 

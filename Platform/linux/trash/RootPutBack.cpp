@@ -78,7 +78,8 @@ FileError RootPutBack::moveItself(const WorkFolder& work) {
     static_cast<void>(giveBack(work));
     return error;
   }
-  // Somebody may have had a part of it open. What was added through that since then belongs to that user.
+  // Somebody may still have a folder of it open, and may have added files through that descriptor since the first pass.
+  // Their bits are dropped as well.
   static_cast<void>(dropLentRights(item_.get(), user_.identity.uid));
   return {};
 }
@@ -148,7 +149,8 @@ FileError RootPutBack::exchange(const WorkFolder& work, int folder) {
   int error = posix::flushVolume(folder);
   if (error == 0) error = take(work);
   if (error == 0) return removeTaken(work);
-  // Others may be allowed to put something else there.
+  // Others may be allowed to change the destination folder, so what was just renamed back may not be the copy. Then it
+  // returns to the destination.
   const bool isBack = posix::renameWithoutReplacing(there, grown) == 0;
   if (isBack && itemNumber(grown.folder, grown.name) != copy) {
     isCopyKept_ = posix::renameWithoutReplacing(grown, there) != 0;

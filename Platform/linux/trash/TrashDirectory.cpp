@@ -46,7 +46,7 @@ UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, Missin
   const auto open = [&] { return UniqueFd(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | flags)); };
   UniqueFd fd = open();
   if (fd || errno != ENOENT || missing == MissingTrash::StaysMissing) return fd;
-  // Somebody else may create it at the same moment; the second check decides.
+  // Somebody else may create it at the same moment, so opening it again decides.
   if (::mkdirat(parent, name.c_str(), kForOwnerAlone) != 0 && errno != EEXIST) return UniqueFd();
   return open();
 }

@@ -33,7 +33,8 @@ struct TrashRecord {
   /// that is put back.
   std::string aside;
   Reached reached = Reached::No;
-  /// Its copy is in the Trash permanently, and the item has left its place. Without a copy: the item is put back.
+  /// With a copy: the copy stays in the Trash, and the item has left its place. Without a copy: this is the record of
+  /// putting an item back.
   bool isTaken = false;
 
   bool isCopy() const { return copy.inode != 0; }

@@ -18,7 +18,7 @@ inline constexpr std::uint32_t kSystemAppend = 0x00040000;
 inline constexpr std::uint32_t kRestricted = 0x00080000;
 inline constexpr std::uint32_t kNoUnlink = 0x00100000;
 
-/// An item with any of these flags cannot be changed, whatever its permissions.
+/// An item with any of these flags cannot be renamed, removed or overwritten, whatever its permissions.
 inline constexpr std::uint32_t kLocked = kUserImmutable | kUserAppend | kSystemImmutable | kSystemAppend;
 
 /// The flags of a copy: those that the owner of an item may set. Flags that the file system itself maintains are not
@@ -27,7 +27,8 @@ inline std::uint32_t flagsOfCopy(std::uint32_t flags) {
   return flags & (kNoDump | kUserImmutable | kUserAppend | kOpaque | kHidden);
 }
 
-/// Whether the flags forbid to rename and remove the item. Null if there is no such item.
+/// Whether the flags forbid to rename and remove the item. `flags` is null if there is no such item; then the answer is
+/// no.
 inline bool isProtectedBy(std::optional<std::uint32_t> flags) {
   return (flags.value_or(0) & (kLocked | kRestricted | kNoUnlink)) != 0;
 }

@@ -7,8 +7,8 @@
 
 #include "Platform/macos/files/FlagBits.h"
 
-/// Rules for items on a Mac: which may be cloned, and what root may change. Each returns 0, or an error number if the
-/// item may not.
+/// Rules for items on a Mac: which may be cloned, and what root may change. Each returns 0 if it is allowed, and an
+/// error number otherwise.
 namespace qm::macos {
 
 /// A clone has the attributes of its file from the beginning. So a file with a set-user-id or set-group-id bit is not

@@ -42,7 +42,7 @@ platform::Status MacFinderInformation::setFinderFlags(const platform::FileRefere
   const auto path = item == nullptr ? std::nullopt : item->path();
   if (!path) return posix::statusOf(FileAction::Label, ENOENT, "");
   const posix::RightsForPaths rights(users_, {item->origin(), *path});
-  const int error = rights.ok() ? writeFlags(*item, flags, users_.realUserId() == 0) : EPERM;
+  const int error = rights.mayUsePaths() ? writeFlags(*item, flags, users_.realUserId() == 0) : EPERM;
   return posix::statusOf(FileAction::Label, error, *path);
 }
 

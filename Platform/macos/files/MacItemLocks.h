@@ -8,7 +8,7 @@ namespace qm::macos {
 
 /// The lock is the owner's immutable flag, which the Finder shows as "Locked". As root, the path is walked by the rules
 /// of `pinPath`, and an item is changed with the rights of whoever could put another in its place (see
-/// `RightsForPaths`), but not as `obstacleToLocking` forbids.
+/// `RightsForPaths`), unless `obstacleToLocking` forbids the change.
 class MacItemLocks final : public platform::ItemLocks {
  public:
   /// The users must outlive this object.

@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char* kIntegrity = "System Integrity Protection keeps it. Nobody can remove it while that is on.";
 constexpr const char* kApplications =
-    "The system keeps applications from other programs. Allow this one in System Settings > Privacy & Security > App "
+    "The system does not let other programs change applications. Allow this one in System Settings > Privacy & "
+    "Security > App "
     "Management (before macOS 13: Full Disk Access), and start it again.";
 constexpr const char* kFiles =
     "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System "

@@ -142,8 +142,9 @@ TEST(PutBack, FileWhereItsFolderWasIsAReason) {
     EXPECT_TRUE(world.recycle("/home/u/Folder", "a"));
     world.removeTree("/home/u/Folder");
     world.makeFile("/home/u/Folder", "file");
-    expectStays(world, "/home/u/Folder/a", ENOTDIR, "its folder is not a folder");
-    expectStays(world, "/home/u/Folder/a", ENOTDIR, "its folder is not a folder", MissingFolders::AreMade);
+    expectStays(world, "/home/u/Folder/a", ENOTDIR, "a part of the path to it is not a folder");
+    expectStays(world, "/home/u/Folder/a", ENOTDIR, "a part of the path to it is not a folder",
+                MissingFolders::AreMade);
   });
 }
 

@@ -132,7 +132,7 @@ TEST(TrashItems, LieInNoFileThatALinkLeadsTo) {
   World::play([](World& world) {
     world.makeFile("/home/u/file", "x");
     world.makeLink("/home/u/link", "file");
-    expectRefusal(world, "/home/u/link", "a", ENOTDIR, "its folder is not a folder");
+    expectRefusal(world, "/home/u/link", "a", ENOTDIR, "a part of the path to it is not a folder");
   });
 }
 
@@ -188,7 +188,7 @@ TEST(TrashItems, AreRefusedInWordsThatSayWhy) {
     expectRefusal(world, "/home", "u", EINVAL, "the Trash itself is in it");
     expectRefusal(world, "/home/u", ".Trash", EINVAL, "it is the Trash itself");
     expectRefusal(world, "/missing", "a", ENOENT, "its folder doesn’t exist");
-    expectRefusal(world, "/etc/passwd", "a", ENOTDIR, "its folder is not a folder");
+    expectRefusal(world, "/etc/passwd", "a", ENOTDIR, "a part of the path to it is not a folder");
     expectRefusal(world, "etc", "a", EINVAL, "the place of its folder is not known");
     world.makeLink("/home/u/loop", "loop");
     expectRefusal(world, "/home/u/loop", "a", ELOOP, "the links to its folder lead in a circle");

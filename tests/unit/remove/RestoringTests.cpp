@@ -239,7 +239,7 @@ TEST_F(WayBack, BringsRootNothingToAPlaceThatIsClosedToThePerson) {
   closed = "/home/v/Library/Caches/com.quillmark.tessaly";
   const ReportItem item = at(putBack(), closed);
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "The user in whose Trash it is may not write to the folder that it came from.");
+  EXPECT_EQ(item.reason, "It is in the Trash of a user who may not write to the folder that it came from.");
   EXPECT_FALSE(fakes.disk.has(closed));
 }
 
@@ -251,7 +251,8 @@ TEST_F(WayBack, BringsRootNothingFromTheTrashOfAnotherAccountOfTheSameName) {
   changes.push_back([](auto& runs) { runs.at(0).items.at(0).trashOwner = 503; });
   const ReportItem item = at(look(), "/home/v/Library/Caches/com.quillmark.tessaly");
   EXPECT_EQ(item.outcome, Outcome::Stayed);
-  EXPECT_EQ(item.reason, "The account in whose Trash it is no longer exists; another one may have its name.");
+  EXPECT_EQ(item.reason,
+            "It is in the Trash of an account that no longer exists. Another account may have that name now.");
 }
 
 TEST_F(WayBack, BeginsNothingWhenTheTimeIsUp) {

@@ -5,7 +5,8 @@
 
 namespace qm::linux_ {
 
-/// A name and a password in memory that is not swapped out and is wiped by the destructor.
+/// A name and a password in memory that is kept from being swapped out if the system allows that and is wiped by the
+/// destructor.
 class Credentials {
  public:
   Credentials();

@@ -41,7 +41,7 @@ FileError removeIt(const PinnedPlace& place) {
 }
 
 FileError makeFolder(const PinnedPlace& place) {
-  constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // without the bits of the process's umask
+  constexpr mode_t kMode = S_IRWXU | S_IRWXG | S_IRWXO;  // the umask removes its bits from this
   if (place.isFolder()) return {};
   return posix::errorOf(::mkdirat(place.folder.get(), place.name.c_str(), kMode));
 }

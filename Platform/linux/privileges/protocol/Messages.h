@@ -61,7 +61,8 @@ using Message = std::variant<Hello, Launch, Started, Exited>;
 std::optional<std::string> encoded(const Message& message);
 
 /// Accepts bytes as they arrive, in pieces of any size, and returns the messages in them. Trusts nothing: the first
-/// byte that breaks a rule ends the stream permanently. It never keeps more than one message and one piece.
+/// byte that breaks a rule ends the stream permanently. It keeps no more than one message and one piece, if `next` is
+/// called until it returns null before the next `append`.
 class MessageReader {
  public:
   void append(std::string_view bytes);
