@@ -161,7 +161,7 @@ what_others_could_have_written_is_not_believed() {
   sed -i 's|^Path=.*|Path=Applications/Other.app|' '/.Trash-0/info/Tessaly 2.app.trashinfo'
   expect 2 root_removes --restore --yes --report=json
   reported 'items["/Applications/Other.app"]["reason"] == "No item of Tessaly belongs there."' 'outcomes["stayed"] == 9' \
-    'items["/home/sam/Library/Caches/com.quillmark.tessaly"]["reason"].endswith("another one may have its name.")'
+    'items["/home/sam/Library/Caches/com.quillmark.tessaly"]["reason"].endswith("Another account may have that name now.")'
   [ ! -e /Applications/Other.app ] || fail 'what is none of the product came out of the Trash'
 }
 
