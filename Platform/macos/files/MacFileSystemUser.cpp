@@ -31,7 +31,7 @@ void FileSystemUser::enter() {
   if (!isAnothers(identity_, own_.uid)) return;
   const ThreadIds wanted = idsOfThread(*identity_);
   taken_.take(
-      wanted, [&] { return setThreadIdentity(wanted.user, wanted.group); }, threadIds);
+      wanted, [&] { return setThreadIdentity(wanted.user, wanted.group); }, threadIds, FailedCall::TookNothing);
 }
 
 void FileSystemUser::leave() {
