@@ -40,7 +40,7 @@ TEST(FileSystemUserOfAMac, MayDoNoMoreThanTheUserUntilItIsGone) {
   });
 }
 
-TEST(FileSystemUserOfAMac, ActsForAnAdministratorWithTheirGroup) {
+TEST(FileSystemUserOfAMac, ActsForAnAdministratorWithTheGroupOfAdministrators) {
   runInPrivateMachine([] {
     const FileSystemIdentity administrator{.uid = 1000, .gid = 1000, .groups = {1000, posix::kAdministrators}};
     const FileSystemUser acting(&administrator);
