@@ -3,6 +3,8 @@
 
 #include <cerrno>
 
+#include "Platform/posix/UniqueFd.h"
+
 namespace qm::posix {
 
 /// Whether an attribute is left out of a copy after this error: this process may not read or write it, or the other
@@ -24,6 +26,14 @@ inline int unlessOptional(int error) { return maySkipAfter(error) || hasNoRoomAf
 
 /// The same for an attempt that could not open the source. A source that has vanished has nothing to copy.
 inline int unlessGone(int error) { return error == ENOENT ? 0 : unlessOptional(error); }
+
+/// Opens a source and copies its attributes. `open` returns a descriptor, or -1 with `errno`. `copy` gets the
+/// descriptor and returns 0 or an error number.
+template <class Open, class Copy>
+int copyOfOpened(Open open, Copy copy) {
+  const UniqueFd source(open());
+  return source ? copy(source.get()) : unlessGone(errno);
+}
 
 /// Copies the parts of an item's attributes one after the other, all of them even if one is refused. Each part returns
 /// 0 or an error number. Returns the first error that is not optional.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <fcntl.h>
 #include <sys/types.h>
 
 #include <algorithm>
@@ -9,8 +10,16 @@
 #include <string_view>
 #include <vector>
 
-/// Rules for folders on a Mac: whether their owners can be trusted, and whether a volume is mounted below them.
+/// Rules for folders on a Mac: how they are opened, whether their owners can be trusted, and whether a volume is mounted
+/// below them.
 namespace qm::macos {
+
+/// The system's `O_EXEC`. With `O_DIRECTORY` it opens a folder that may be searched but not read.
+inline constexpr int kOpenToSearch = 0x40000000;
+
+/// The access mode of a folder that is opened only to name items in it. Before macOS 13 there is no mode for that, and
+/// the folder must be readable.
+inline int lookupMode(bool isSince13) { return isSince13 ? kOpenToSearch : O_RDONLY; }
 
 struct FolderFacts {
   bool isLocal = false;

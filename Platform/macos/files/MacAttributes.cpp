@@ -4,12 +4,9 @@
 #include <copyfile.h>
 #include <sys/acl.h>
 
-#include <cerrno>
-
 #include "Platform/posix/AttributeErrors.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
-#include "Platform/posix/UniqueFd.h"
 
 namespace qm::posix {
 /// On a Mac no attribute grants rights to a program, so it does not matter who owns the copy.
@@ -19,8 +16,8 @@ int copyExtendedAttributes(int from, int to, OwnerKept /*ownerKept*/) {
 }
 
 int copyExtendedAttributes(int fromFolder, const std::string& from, int to) {
-  const UniqueFd source(openItself(fromFolder, from.c_str()));
-  return source ? copyExtendedAttributes(source.get(), to, OwnerKept::No) : unlessGone(errno);
+  return copyOfOpened([&] { return openItself(fromFolder, from.c_str()); },
+                      [&](int source) { return copyExtendedAttributes(source, to, OwnerKept::No); });
 }
 
 /// Replaces the inherited list by an empty one.

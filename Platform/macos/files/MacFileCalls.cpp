@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <sys/attr.h>
 #include <sys/mount.h>
-#include <sys/param.h>
 #include <sys/stat.h>
 #include <sys/stdio.h>
 #include <unistd.h>
@@ -48,11 +47,9 @@ int renameExclusively(int fromFolder, const char* from, int toFolder, const char
   return errorOf(::renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL));
 }
 
-/// Before macOS 13 a folder must be readable to be opened, even if only to name items in it.
 int lookupFlag() {
-  constexpr int kSearch = 0x40000000;  // O_EXEC; the caller adds O_DIRECTORY
-  if (__builtin_available(macOS 13.0, *)) return kSearch;
-  return O_RDONLY;
+  if (__builtin_available(macOS 13.0, *)) return macos::lookupMode(true);
+  return macos::lookupMode(false);
 }
 
 int identify(int folder, FolderIdentity& identity) {

@@ -21,7 +21,8 @@ struct FileSystemIdentity {
 /// process run by root.
 ///
 /// Meanwhile getuid(2), geteuid(2) and `Users::realUserId` return that user on a Mac, and root on Linux. On a Mac a
-/// thread that has one user's rights must give them up before it can take another user's.
+/// thread that has one user's rights must give them up before it can take another user's. If it does not, the second
+/// object is not `ok`, and the thread keeps the rights of the first.
 class FileSystemUser {
  public:
   /// Takes the rights of `identity`; with null it changes nothing.

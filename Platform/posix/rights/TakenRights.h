@@ -13,6 +13,9 @@ struct ThreadIds {
   bool operator==(const ThreadIds&) const = default;
 };
 
+/// What a call to take rights has done if it failed: some of its steps, or nothing because it consists of one.
+enum class FailedCall { MayHaveTakenSome, TookNothing };
+
 /// The order in which a thread takes another user's rights and gives them back, over the system's calls. `call` returns
 /// whether it succeeded. `now` returns the ids that the thread has. They are compared after each call, because a call
 /// that succeeds may still have changed nothing.
@@ -22,12 +25,15 @@ class TakenRights {
   /// rights are taken anew.
   bool ok() const { return ok_; }
 
-  /// Does nothing while the thread has taken rights. A call that failed counts as one that took some of them.
+  /// Does nothing while the thread has taken rights. After a failed call that may have taken some, there are rights to
+  /// give back. After one that took nothing there are none. Giving back could then end rights that another object has
+  /// taken for the same thread.
   template <class Call, class Now>
-  void take(const ThreadIds& wanted, Call call, Now now) {
+  void take(const ThreadIds& wanted, Call call, Now now, FailedCall failed = FailedCall::MayHaveTakenSome) {
     if (taken_) return;
-    taken_ = true;
-    ok_ = call() && now() == wanted;
+    const bool succeeded = call();
+    taken_ = succeeded || failed == FailedCall::MayHaveTakenSome;
+    ok_ = succeeded && now() == wanted;
   }
 
   /// Tries more than once, because a thread that kept the rights could neither finish nor undo what it has begun. If

@@ -3,6 +3,9 @@
 #include <signal.h>
 
 #include <atomic>
+#include <cerrno>
+#include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 

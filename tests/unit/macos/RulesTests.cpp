@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "Platform/macos/files/FolderRules.h"
 #include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/AttributeErrors.h"
@@ -81,6 +83,12 @@ TEST(Change, IsNotForRootToMakeOfAFileWithAnotherName) {
 }
 
 // ---- folders
+
+TEST(FolderThatIsOpenedToNameItemsInIt, MustBeReadableOnlyBeforeVersion13) {
+  EXPECT_EQ(lookupMode(false), O_RDONLY);
+  EXPECT_EQ(lookupMode(true), kOpenToSearch);
+  EXPECT_EQ(kOpenToSearch & (O_ACCMODE | O_CREAT | O_TRUNC), 0);
+}
 
 TEST(VolumeOfAFolder, IsTheSystemsWordWhereRootHasMountedItWithOwners) {
   EXPECT_FALSE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
@@ -217,6 +225,36 @@ TEST(AttributeOfACopy, IsNoneOfASourceThatHasVanished) {
   EXPECT_EQ(posix::unlessGone(ENOENT), 0);
   EXPECT_EQ(posix::unlessGone(EACCES), 0);
   EXPECT_EQ(posix::unlessGone(EIO), EIO);
+}
+
+TEST(AttributesOfAnItemThatIsOpened, AreCopiedFromItAndItIsClosed) {
+  int opened = -1;
+  const auto copy = [&](int source) {
+    opened = source;
+    return ::fcntl(source, F_GETFD) >= 0 ? EROFS : EBADF;
+  };
+  EXPECT_EQ(posix::copyOfOpened([] { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }, copy), EROFS);
+  EXPECT_EQ(::fcntl(opened, F_GETFD), -1);
+}
+
+TEST(AttributesOfAnItemThatIsOpened, AreNoneIfItHasVanishedOrMayNotBeOpened) {
+  bool isCopied = false;
+  const auto copyAfter = [&](int error) {
+    const auto open = [error] {
+      errno = error;
+      return -1;
+    };
+    const auto copy = [&](int /*source*/) {
+      isCopied = true;
+      return 0;
+    };
+    return posix::copyOfOpened(open, copy);
+  };
+  EXPECT_EQ(copyAfter(ENOENT), 0);
+  EXPECT_EQ(copyAfter(EACCES), 0);
+  EXPECT_EQ(copyAfter(EIO), EIO);
+  EXPECT_EQ(copyAfter(EMFILE), EMFILE);
+  EXPECT_FALSE(isCopied);
 }
 
 TEST(PartsOfAttributes, AreAllCopiedEvenIfOneIsRefused) {

@@ -7,7 +7,9 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <optional>
 #include <string_view>
+#include <utility>
 
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/RemovalRules.h"
@@ -132,6 +134,58 @@ TEST(RightsOfAThread, AreNotInOrderIfTheyCannotBeGivenBack) {
     EXPECT_EQ(thread.ids, kRoot);
     EXPECT_FALSE(thread.rights.ok());
   }
+}
+
+/// A thread that can have one identity beside its process's. The call takes it as a whole, and fails while there is one.
+struct ThreadWithIdentity {
+  std::optional<ThreadIds> identity;
+
+  ThreadIds ids() const { return identity.value_or(kRoot); }
+  bool set(const ThreadIds& wanted) {
+    if (identity) return false;
+    identity = wanted;
+    return true;
+  }
+  bool drop() { return std::exchange(identity, std::nullopt).has_value(); }
+  void take(TakenRights& rights, const ThreadIds& wanted) {
+    rights.take(
+        wanted, [&] { return set(wanted); }, [this] { return ids(); }, FailedCall::TookNothing);
+  }
+  void giveBack(TakenRights& rights, const ThreadIds& own) {
+    rights.giveBack(
+        own, [this] { return drop(); }, [this] { return ids(); });
+  }
+};
+
+constexpr ThreadIds kOtherPerson{502, 20};
+
+TEST(RightsTakenByASingleCall, StayThoseOfTheFirstIfTheSecondCouldNotBeTaken) {
+  ThreadWithIdentity thread;
+  TakenRights first;
+  TakenRights second;
+  thread.take(first, kPerson);
+  thread.take(second, kOtherPerson);
+  EXPECT_FALSE(second.ok());
+  thread.giveBack(second, kPerson);
+  EXPECT_EQ(thread.ids(), kPerson);
+  EXPECT_TRUE(first.ok());
+  thread.giveBack(first, kRoot);
+  EXPECT_EQ(thread.ids(), kRoot);
+  EXPECT_TRUE(first.ok());
+}
+
+TEST(RightsTakenByASingleCall, CanBeTakenAnewAfterAFailure) {
+  ThreadWithIdentity thread;
+  TakenRights first;
+  TakenRights second;
+  thread.take(first, kPerson);
+  thread.take(second, kOtherPerson);
+  thread.giveBack(first, kRoot);
+  thread.take(second, kOtherPerson);
+  EXPECT_TRUE(second.ok());
+  EXPECT_EQ(thread.ids(), kOtherPerson);
+  thread.giveBack(second, kRoot);
+  EXPECT_EQ(thread.ids(), kRoot);
 }
 
 // ---- second attempts

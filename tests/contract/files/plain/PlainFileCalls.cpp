@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "Platform/linux/files/DescriptorPath.h"
+#include "Platform/macos/files/FolderRules.h"
 #include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/NamedClone.h"
@@ -108,7 +109,7 @@ int renameExclusively(int fromFolder, const char* from, int toFolder, const char
   return error;
 }
 
-int lookupFlag() { return O_RDONLY; }
+int lookupFlag() { return macos::lookupMode(false); }
 
 int identify(int folder, FolderIdentity& identity) {
   struct stat found {};
