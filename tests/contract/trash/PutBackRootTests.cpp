@@ -400,8 +400,9 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
   }
 }
 
-// The record and the item as left by a process that was interrupted right after it took the item.
-void leaveTaken(World& world, const std::string& work) {
+// The record and the item as left by a process that was interrupted right after it took the item. If its place is on
+// another volume, a copy may be growing there in the folder `aside`.
+void leaveTaken(World& world, const std::string& work, const std::string& aside = "") {
   struct stat item {};
   ASSERT_EQ(::lstat((kTrashFiles + "Tessaly.app").c_str(), &item), 0);
   world.makeRootsFolder(work);
@@ -411,13 +412,27 @@ void leaveTaken(World& world, const std::string& work) {
   const std::string info =
       "%5BTrash%20Info%5D%0APath%3D" + kProductPath + "%0ADeletionDate%3D2024-02-29T23%3A05%3A07%0A";
   makeRootsFile(world, work + "/record",
-                kProductPath + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n\n0\n1\nend");
+                kProductPath + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n" + aside + "\n0\n1\nend");
 }
 
 TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgain) {
   playWithProduct([](World& world) {
     leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
     EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgainWhileItsGrowingCopyCannotBeRemoved) {
+  playWithProductOfVolume([](World& world) {
+    const std::string beside = ".tessaly-uninstaller-2";
+    world.makeRootsFolder(kApplications + "/" + beside);
+    world.setMode(kApplications + "/" + beside, 0700);
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1", beside);
+    world.makeReadOnly(kApplications);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+    ASSERT_EQ(::mount(nullptr, kApplications.c_str(), nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
     expectIsBack(world);
   });
 }
@@ -466,6 +481,17 @@ TEST(EndedPutBack, LeavesNoGrowingCopyBesideItsPlace) {
     putBackUntil(world, SYS_syncfs);
     EXPECT_EQ(world.namesIn(kApplications).size(), 1U);
     EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret");
+    expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, KeepsItsRecordWhileItsGrowingCopyCannotBeRemoved) {
+  playWithProductOfVolume([](World& world) {
+    putBackUntil(world, SYS_syncfs);
+    world.makeReadOnly(kApplications);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+    ASSERT_EQ(::mount(nullptr, kApplications.c_str(), nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
     expectIsBack(world);
   });
 }
