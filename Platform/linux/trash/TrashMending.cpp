@@ -6,7 +6,9 @@
 
 #include <array>
 #include <cerrno>
+#include <optional>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/Handover.h"
 #include "Platform/linux/trash/InfoFile.h"
@@ -64,15 +66,28 @@ class Mending {
   bool removeGrowing() const {
     if (record_.aside.empty()) return true;
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    if (!origin) return origin.problem().error == ENOENT || origin.problem().error == ENOTDIR;
+    if (!origin) return isGone(origin.problem().error);
     const Answer<WorkFolder> beside = WorkFolder::open(origin->folder.get(), record_.aside, trash_.workFolderPrefix);
-    return beside ? beside->remove() == 0 : beside.problem().error == ENOENT;
+    return beside ? beside->remove() == 0 : isGone(beside.problem().error);
+  }
+
+  // Whether the error of opening the work folder beside the origin means that it does not exist any more. If its volume
+  // is not mounted, it may exist there.
+  bool isGone(int error) const {
+    if (error != ENOENT && error != ENOTDIR) return false;
+    std::string folder = record_.origin;
+    std::optional<ItemNumber> found;
+    while (!found && folder.size() > 1) {
+      folder = foundation::deletingLastPathComponent(folder);
+      found = itemNumber(AT_FDCWD, folder + "/.");
+    }
+    return found && found->device == record_.volume;
   }
 
   // As long as the item is at its place, the copy is superfluous.
   bool mendCopy() {
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    if (!origin) return record_.isTaken && (origin.problem().error == ENOENT || origin.problem().error == ENOTDIR);
+    if (!origin) return record_.isTaken && isGone(origin.problem().error);
     const bool isThere = origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
     if (isThere && isPublished && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
@@ -83,7 +98,7 @@ class Mending {
   // An item that was taken away is removed if its copy is in the Trash, and returns to its place otherwise.
   bool settleAside(const PinnedPlace& origin, bool isPublished) const {
     const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside, trash_.workFolderPrefix);
-    if (!aside) return aside.problem().error == ENOENT;
+    if (!aside) return isGone(aside.problem().error);
     const std::string asideName = kAsideName;
     const auto taken = itemNumber(aside->descriptor(), asideName);
     if (taken == record_.item && (isPublished || record_.isTaken)) return aside->remove() == 0;
