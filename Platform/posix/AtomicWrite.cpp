@@ -23,7 +23,7 @@ namespace {
 constexpr mode_t kNewFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 constexpr mode_t kAccess = S_IRWXU | S_IRWXG | S_IRWXO;
 
-/// The file that is replaced; null if the name is free or belongs to a link.
+/// The file that is replaced; null if the name is free or belongs to anything but a regular file.
 int lookAtOld(const Place& place, std::optional<struct stat>& old) {
   struct stat attributes {};
   if (::fstatat(place.folder.get(), place.name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -34,10 +34,18 @@ int lookAtOld(const Place& place, std::optional<struct stat>& old) {
   return 0;
 }
 
+/// The permissions of the old file for a file of another group. Members of one group count as others in the file of the
+/// other group, so group and others get only what both had.
+mode_t modeForAnotherGroup(mode_t old) {
+  const mode_t shared = (old >> 3U) & old & S_IRWXO;
+  return (old & S_IRWXU) | (shared << 3U) | shared;
+}
+
 int takeOver(int file, const struct stat& old) {
-  // If the owner cannot be set, the new file belongs to this user.
-  static_cast<void>(::fchown(file, old.st_uid, old.st_gid) == 0);
-  return errorOf(::fchmod(file, old.st_mode & kAccess));
+  // If the owner cannot be set, the new file belongs to this user. The user may still be a member of the group.
+  const bool hasGroup =
+      ::fchown(file, old.st_uid, old.st_gid) == 0 || ::fchown(file, static_cast<uid_t>(-1), old.st_gid) == 0;
+  return errorOf(::fchmod(file, hasGroup ? old.st_mode & kAccess : modeForAnotherGroup(old.st_mode)));
 }
 
 int fill(int file, std::string_view contents, const std::optional<struct stat>& old) {
@@ -57,8 +65,8 @@ int writeAtomically(const std::string& path, std::string_view contents) {
   if (const int error = lookAtOld(place, old)) return error;
   const int folder = place.folder.get();
   const std::string name = temporaryName();
-  // The new file is never accessible to more users than the old one was.
-  const mode_t mode = old ? old->st_mode & kNewFileMode : kNewFileMode;
+  // Until it has the group of the old file, only its owner can access it.
+  const mode_t mode = old ? S_IRUSR | S_IWUSR : kNewFileMode;
   const UniqueFd file(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
   if (!file) return errno;
   int error = fill(file.get(), contents, old);

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -85,6 +86,24 @@ TEST_F(EndedMove, IsUndoneWhileTheCopyGrows) {
     linux_::mendTrashMoves(person(), kProduct);
     expectEmptyTrash();
     EXPECT_EQ(namesIn(machineFolder() + "/volume"), std::vector<std::string>{"Tessaly.app"});
+  });
+}
+
+TEST_F(EndedMove, KeepsItsRecordWhileTheVolumeOfTheItemIsNotMounted) {
+  run([] {
+    const std::string volume = machineFolder() + "/volume";
+    mountTmpfs(volume, "mode=0755");
+    bindMount(volume, machineFolder() + "/elsewhere");
+    makeBundle(volume + "/Tessaly.app");
+    moveUntil(volume + "/Tessaly.app", SYS_unlinkat);
+    ASSERT_EQ(namesIn(volume).size(), 1U) << "the item was taken, and its copy is in the Trash";
+    ASSERT_EQ(::umount2(volume.c_str(), 0), 0);
+    linux_::mendTrashMoves(person(), kProduct);
+    EXPECT_EQ(leftovers().size(), 1U);
+    bindMount(machineFolder() + "/elsewhere", volume);
+    linux_::mendTrashMoves(person(), kProduct);
+    EXPECT_EQ(namesIn(volume), std::vector<std::string>{});
+    expectHandedOver();
   });
 }
 
@@ -178,7 +197,7 @@ TEST_F(EndedMove, FollowsNoRecordOutOfTheTrash) {
     ASSERT_EQ(::stat((machineFolder() + "/system").c_str(), &found), 0);
     const std::string work = trash() + "/" + leftovers().front();
     const std::string number = std::to_string(found.st_dev) + "\n" + std::to_string(found.st_ino) + "\n";
-    makeFile(work + "/record", "/a\n" + number + "0\n0\n" + machineFolder() + "/system\n\n\n1\n0\nend");
+    makeFile(work + "/record", "/a\n" + number + "0\n0\n" + machineFolder() + "/system\n\n\n1\n0\n0\nend");
     linux_::mendTrashMoves(person(), kProduct);
     EXPECT_EQ(ownerOf(machineFolder() + "/system"), 0U);
     EXPECT_TRUE(exists(work)) << "what is not understood is left alone";

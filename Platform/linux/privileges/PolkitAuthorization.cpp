@@ -162,16 +162,23 @@ AuthorizationStatus PolkitAuthorization::open(AuthorizationRef session, const Au
   return keep(session, std::move(opening), announced);
 }
 
+// The session may have been freed while the dialog was shown. Then the connection ends here.
 AuthorizationStatus PolkitAuthorization::keep(AuthorizationRef session, HelperOpening opening,
                                               const OnlyCommand& command) {
   const std::scoped_lock lock(mutex_);
+  const auto found = sessions_.find(session);
+  if (opening.connection && found != sessions_.end()) {
+    found->second = {std::move(opening.connection), command};
+    return opening.status;
+  }
   if (opening.connection) {
-    sessions_[session] = {std::move(opening.connection), command};
+    opening.connection.reset();
+    opening.status = errAuthorizationInvalidRef;
   } else {
     const std::vector<std::string> arguments(command.begin() + (command.empty() ? 0 : 1), command.end());
     console_.print(inOneLine("Administrator rights were not granted: " + opening.cause + leftAsItWas(arguments)));
-    if (!hasConnections()) keepMemoryToOurselves(false);
   }
+  if (!hasConnections()) keepMemoryToOurselves(false);
   return opening.status;
 }
 

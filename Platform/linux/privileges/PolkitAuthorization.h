@@ -30,7 +30,9 @@ namespace qm::linux_ {
 ///   user's Trash cannot be used, or the helper
 ///   ended before it was ready                    errAuthorizationToolEnvironmentError
 ///   a tool that cannot be started, or is refused errAuthorizationToolExecuteFailure
-///   no such session, or its helper has ended     errAuthorizationInvalidRef
+///   no such session, also because it was freed
+///   while rights were requested for it, or its
+///   helper has ended                             errAuthorizationInvalidRef
 ///
 /// A helper does only what its scope allows. If its scope is to run any tool, a dialog grants rights for the one
 /// command that it shows, and the next command opens the dialog again. Credentials, and rights that were requested
@@ -80,6 +82,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   platform::AuthorizationStatus open(platform::AuthorizationRef session,
                                      const platform::AuthorizationItems& environment,
                                      platform::AuthorizationFlags flags, const OnlyCommand& announced);
+  /// Gives the session the rights that were obtained, or prints why there are none. Returns the status of the request.
   platform::AuthorizationStatus keep(platform::AuthorizationRef session, HelperOpening opening,
                                      const OnlyCommand& command);
   platform::AuthorizationStatus connectionFor(platform::AuthorizationRef session, const OnlyCommand& command,

@@ -113,7 +113,7 @@ class RootMove::Steps {
   }
 
   FileError moveCopy(const WorkFolder& work) {
-    record_.aside = newWorkName();
+    if (const int error = record_.setAside(newWorkName(), source_.folder.get())) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;
     if (FileError error = makeCopy(work)) return error;
     if (const int error = record_.writeTo(work.descriptor())) return error;

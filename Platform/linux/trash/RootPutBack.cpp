@@ -102,7 +102,8 @@ int RootPutBack::giveBack(const WorkFolder& work) {
 FileError RootPutBack::moveCopy(const WorkFolder& work) {
   if (!isTrashOfHome(trash_, user_) || isUserSpaceFileSystem(trash_.files.get())) return EXDEV;
   if (FileError error = posix::obstacleToRemoval(trash_.files.get(), stored_.name)) return error;
-  record_.aside = WorkFolder::newName(trash_.workFolderPrefix);
+  const std::string aside = WorkFolder::newName(trash_.workFolderPrefix);
+  if (const int error = record_.setAside(aside, place_.folder.get())) return error;
   if (const int error = record_.writeTo(work.descriptor())) return error;
   const Answer<WorkFolder> beside = WorkFolder::make(place_.folder.get(), record_.aside);
   if (!beside) return beside.problem().error;

@@ -6,7 +6,9 @@
 
 #include <array>
 #include <cerrno>
+#include <optional>
 
+#include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/Handover.h"
 #include "Platform/linux/trash/InfoFile.h"
@@ -21,8 +23,8 @@ namespace {
 
 using posix::UniqueFd;
 
-// Somebody may have created one of the same name with other contents. An interrupted process may have written only the
-// beginning of its own.
+// Whether the description is this move's own. Somebody may have created a description of the same name. An interrupted
+// process may have written only the beginning of its description.
 bool holdsBeginningOf(const std::string& text, int folder, const std::string& name) {
   const UniqueFd file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   std::string found(text.size() + 1, '\0');
@@ -35,10 +37,10 @@ enum class Mended : bool { PutBacks, Everything };
 class Mending {
  public:
   Mending(const TrashDirectory& trash, const FileSystemIdentity& person, const WorkFolder& work,
-          const TrashRecord& record, Mended mended)
-      : trash_(trash), person_(person), work_(work), record_(record), mended_(mended) {}
+          const TrashRecord& record)
+      : trash_(trash), person_(person), work_(work), record_(record) {}
 
-  /// Nothing is left to do.
+  /// Returns whether everything is done, so that the work folder can be removed.
   bool run() { return record_.isLeaving() ? mendLeaving() : record_.isCopy() ? mendCopy() : mendItem(); }
 
  private:
@@ -49,12 +51,12 @@ class Mending {
     return true;
   }
 
-  // The destination is not checked: the copy is there before the item becomes expendable.
+  // The destination is not checked: the copy is there before the item becomes expendable. The item returns first, so
+  // that it is in the Trash even while the growing copy cannot be removed.
   bool mendLeaving() const {
+    const bool isAway = itemNumber(work_.descriptor(), kAsideName).has_value();
+    if (isAway && returnToTrash(trash_, person_, record_, work_.descriptor()) != 0) return false;
     if (!removeGrowing()) return false;
-    if (itemNumber(work_.descriptor(), kAsideName)) {
-      return returnToTrash(trash_, person_, record_, work_.descriptor()) == 0;
-    }
     if (!itemNumber(trash_.files.get(), record_.stored)) forgetDescription(trash_, person_, record_);
     return removeExpendable(work_.descriptor()) == 0;
   }
@@ -62,17 +64,30 @@ class Mending {
   // The work folder beside the origin contains a copy of what is in the Trash or at the destination, so it can be
   // removed.
   bool removeGrowing() const {
-    if (record_.aside.empty() || mended_ == Mended::PutBacks) return true;
+    if (record_.aside.empty()) return true;
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    if (!origin) return origin.problem().error == ENOENT || origin.problem().error == ENOTDIR;
+    if (!origin) return isGone(origin.problem().error);
     const Answer<WorkFolder> beside = WorkFolder::open(origin->folder.get(), record_.aside, trash_.workFolderPrefix);
-    return beside ? beside->remove() == 0 : beside.problem().error == ENOENT;
+    return beside ? beside->remove() == 0 : isGone(beside.problem().error);
+  }
+
+  // Whether the error of opening the work folder beside the origin means that it does not exist any more. If its volume
+  // is not mounted, it may exist there.
+  bool isGone(int error) const {
+    if (error != ENOENT && error != ENOTDIR) return false;
+    std::string folder = record_.origin;
+    std::optional<ItemNumber> found;
+    while (!found && folder.size() > 1) {
+      folder = foundation::deletingLastPathComponent(folder);
+      found = itemNumber(AT_FDCWD, folder + "/.");
+    }
+    return found && found->device == record_.volume;
   }
 
   // As long as the item is at its place, the copy is superfluous.
   bool mendCopy() {
     const Answer<PinnedPlace> origin = pinPath(record_.origin, LastLink::Stays);
-    if (!origin) return record_.isTaken && (origin.problem().error == ENOENT || origin.problem().error == ENOTDIR);
+    if (!origin) return record_.isTaken && isGone(origin.problem().error);
     const bool isThere = origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
     if (isThere && isPublished && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
@@ -83,7 +98,7 @@ class Mending {
   // An item that was taken away is removed if its copy is in the Trash, and returns to its place otherwise.
   bool settleAside(const PinnedPlace& origin, bool isPublished) const {
     const Answer<WorkFolder> aside = WorkFolder::open(origin.folder.get(), record_.aside, trash_.workFolderPrefix);
-    if (!aside) return aside.problem().error == ENOENT;
+    if (!aside) return isGone(aside.problem().error);
     const std::string asideName = kAsideName;
     const auto taken = itemNumber(aside->descriptor(), asideName);
     if (taken == record_.item && (isPublished || record_.isTaken)) return aside->remove() == 0;
@@ -98,7 +113,6 @@ class Mending {
   const FileSystemIdentity& person_;
   const WorkFolder& work_;
   const TrashRecord& record_;
-  const Mended mended_;
 };
 
 // The description is created first, and removed again if the item cannot follow.
@@ -115,6 +129,9 @@ int returnAs(const TrashDirectory& trash, const FileSystemIdentity& person, cons
   return error;
 }
 
+// Whether mending it touches nothing outside the Trash.
+bool isWithinTrash(const TrashRecord& record) { return record.isLeaving() && record.aside.empty(); }
+
 // A folder without a record is not one of ours, or its move had not begun: it is removed only if it is empty.
 void mend(const TrashDirectory& trash, const FileSystemIdentity& person, Mended mended) {
   for (const WorkFolder& work : WorkFolder::leftIn(trash.folder.get(), trash.workFolderPrefix)) {
@@ -124,8 +141,8 @@ void mend(const TrashDirectory& trash, const FileSystemIdentity& person, Mended 
       static_cast<void>(work.removeEmpty());
     }
     const auto record = hasRecord ? TrashRecord::readFrom(work.descriptor()) : std::nullopt;
-    const bool isMeant = record && (mended == Mended::Everything || record->isLeaving());
-    if (isMeant && Mending(trash, person, work, *record, mended).run()) static_cast<void>(work.remove());
+    const bool isMeant = record && (mended == Mended::Everything || isWithinTrash(*record));
+    if (isMeant && Mending(trash, person, work, *record).run()) static_cast<void>(work.remove());
   }
 }
 

@@ -18,23 +18,25 @@ inline constexpr const char* kGrowingName = "growing";
 /// touched.
 void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record);
 
-/// Moves the copy of an item that is still at its place out of the Trash, into the work folder. Returns 0 or an error
-/// number.
+/// Takes a copy out of the Trash and into the work folder, because its item is still at its place. Returns 0 or an
+/// error number. 0 also if the item of that name is not the copy any more; it then stays in the Trash.
 int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work);
 
 /// Removes the expendable item in a work folder, if there is one. Returns 0 or an error number.
 int removeExpendable(int work);
 
-/// Returns the item that was taken out of the Trash into a work folder. If its name is taken, it gets another one, with
-/// its description. Returns 0 or an error number.
+/// Puts the item in a work folder, which was taken out of the Trash, into the Trash again. If its name is in use there,
+/// it gets another one, with its description. Returns 0 or an error number.
 int returnToTrash(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record, int work);
 
-/// Finishes or undoes interrupted attempts to put items of this Trash back to paths on the same volume. Nothing outside
-/// the Trash is touched, so a record on a volume that somebody plugged in cannot mislead root.
+/// Finishes or undoes interrupted attempts to put items of this Trash back to paths on the same volume. Attempts across
+/// volumes are left to `mendTrashMoves`. Nothing outside the Trash is touched, so a record on a volume that somebody
+/// plugged in cannot mislead root.
 void mendPutBacks(const TrashDirectory& trash, const FileSystemIdentity& person);
 
 /// Finishes or undoes every interrupted move to this Trash, or back from it. What cannot be mended now keeps its
-/// record.
+/// record, also because the volume of the item's place is not mounted. An item that was taken out of the Trash is
+/// returned even then.
 void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person);
 
 }  // namespace qm::linux_

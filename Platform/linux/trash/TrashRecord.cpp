@@ -25,7 +25,7 @@ using posix::UniqueFd;
 constexpr const char* kName = "record";
 constexpr const char* kNewName = "record-new";
 constexpr std::string_view kEnd = "end";
-constexpr std::size_t kFields = 10;
+constexpr std::size_t kFields = 11;
 
 std::string numbered(std::uint64_t number) { return std::to_string(number); }
 
@@ -46,7 +46,8 @@ std::string textOf(const TrashRecord& record) {
                                                    record.info,
                                                    record.aside,
                                                    record.reached == Reached::Yes ? "1" : "0",
-                                                   record.isTaken ? "1" : "0"};
+                                                   record.isTaken ? "1" : "0",
+                                                   numbered(record.volume)};
   std::string text;
   for (const std::string& field : fields) text += percentEncoded(field) + "\n";
   return text.append(kEnd);
@@ -83,6 +84,14 @@ std::optional<ItemNumber> itemNumber(int folder, const std::string& name) {
   return ItemNumber{status->st_dev, status->st_ino};
 }
 
+int TrashRecord::setAside(const std::string& name, int folder) {
+  const auto number = itemNumber(folder);
+  if (!number) return errno;
+  aside = name;
+  volume = number->device;
+  return 0;
+}
+
 int TrashRecord::writeTo(int folder) const {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
   const std::string text = textOf(*this);
@@ -109,13 +118,14 @@ std::optional<TrashRecord> TrashRecord::readFrom(int folder) {
                      fields[5],
                      fields[6],
                      fields[7],
+                     number(fields[10]),
                      fields[8] == "1" ? Reached::Yes : Reached::No,
                      fields[9] == "1"};
 }
 
 TrashRecord leavingRecord(const std::string& origin, const ItemNumber& item, const std::string& stored,
                           const std::string& info) {
-  return {origin, item, {}, stored, info, "", Reached::No, true};
+  return {origin, item, {}, stored, info, "", 0, Reached::No, true};
 }
 
 }  // namespace qm::linux_

@@ -32,6 +32,8 @@ struct TrashRecord {
   /// The work folder beside the origin: for the item once its copy is in the Trash, or for the growing copy of an item
   /// that is put back.
   std::string aside;
+  /// The volume of `aside`. While it is not mounted, nobody knows whether `aside` is still there. 0 without `aside`.
+  std::uint64_t volume = 0;
   Reached reached = Reached::No;
   /// With a copy: the copy stays in the Trash, and the item has left its place. Without a copy: this is the record of
   /// putting an item back.
@@ -41,6 +43,8 @@ struct TrashRecord {
   /// Whether the item is on its way out of the Trash.
   bool isLeaving() const { return isTaken && !isCopy(); }
 
+  /// Sets `aside` to this name in `folder`. Returns 0 or an error number.
+  int setAside(const std::string& name, int folder);
   /// Writes it into a work folder, replacing an earlier one. If it returns 0 the record is on the disk; otherwise it
   /// returns an error number.
   int writeTo(int folder) const;

@@ -26,8 +26,8 @@ constexpr AuthorizationFlags kDestroyRights = 8;
 /// Started in place of a tool that is refused: it does nothing and fails.
 constexpr const char* kNothing = "/usr/bin/false";
 
-/// Whether every argument of the tool that is not an option is a path, even a relative one. Who can redirect a relative
-/// path cannot be determined.
+/// Whether every argument of the tool that is not an option is a path, even a relative one. Such a path must be among
+/// those that are checked: who can redirect it cannot be determined, so the tool is refused.
 bool takesPathsOnly(const std::string& tool) {
   constexpr const char* kTools[] = {"/bin/cp", "/bin/mkdir", "/bin/mv", "/bin/rm", "/usr/bin/ditto", "/usr/bin/touch"};
   return std::ranges::find(kTools, tool) != std::end(kTools);
@@ -62,7 +62,8 @@ bool putsIntoFolder(const std::string& tool, const std::string& destination) {
 }
 
 /// All paths that the tool may use. They include the path that each item of a copy or move would get if the destination
-/// is an existing folder. Nobody but root can make it one meanwhile, because the destination is among the paths.
+/// is an existing folder. If the destination is no folder now, nobody but root can put a folder there later: the
+/// destination is checked as well.
 std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std::string>& arguments) {
   std::vector<std::string> paths;
   std::ranges::copy_if(arguments, std::back_inserter(paths), takesPathsOnly(tool) ? isNoOption : isPath);
@@ -135,15 +136,15 @@ AuthorizationStatus MacAuthorization::copyRights(AuthorizationRef session, const
 }
 
 AuthorizationStatus MacAuthorization::free(AuthorizationRef session, AuthorizationFlags flags) {
-  std::unique_ptr<Session> ended;
+  Session ended;
   {
     const std::scoped_lock lock(inUse_, mutex_);
     const auto found = sessions_.find(session);
     if (found == sessions_.end()) return errAuthorizationInvalidRef;
-    ended = std::move(found->second);
+    ended = found->second;
     sessions_.erase(found);
   }
-  return ended->system == nullptr ? errAuthorizationSuccess : freeSession(ended->system, flags);
+  return ended.system == nullptr ? errAuthorizationSuccess : freeSession(ended.system, flags);
 }
 
 AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef session, const std::string& tool,
@@ -159,7 +160,9 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
   std::FILE* output = nullptr;
   const auto lock = posix::noPipeMeanwhile();
   const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *meant, &output);
-  if (status == errAuthorizationSuccess && output != nullptr) *pipe = keepOutput(output);
+  if (status != errAuthorizationSuccess || output == nullptr) return status;
+  auto kept = keepOutput(output);
+  if (pipe != nullptr) *pipe = std::move(kept);
   return status;
 }
 
@@ -170,7 +173,7 @@ void MacAuthorization::releaseRights() {
   {
     const std::scoped_lock lock(inUse_, mutex_);
     std::swap(outputs, outputs_);
-    for (const auto& [handle, session] : sessions_) ended.push_back(std::exchange(*session, Session()));
+    for (auto& [handle, session] : sessions_) ended.push_back(std::exchange(session, Session()));
   }
   for (const auto& output : outputs) output->waitForEnd();
   std::erase_if(ended, [](const Session& session) { return session.system == nullptr; });
@@ -196,17 +199,16 @@ AuthorizationStatus MacAuthorization::copyPrivilegedReference(AuthorizationRef* 
 }
 
 AuthorizationRef MacAuthorization::keep(const Session& session) {
-  auto kept = std::make_unique<Session>(session);
-  auto* const handle = reinterpret_cast<AuthorizationRef>(kept.get());
   const std::scoped_lock lock(mutex_);
-  sessions_[handle] = std::move(kept);
+  auto* const handle = reinterpret_cast<AuthorizationRef>(++lastSession_);  // NOLINT(performance-no-int-to-ptr)
+  sessions_[handle] = session;
   return handle;
 }
 
 AuthorizationRef MacAuthorization::systems(AuthorizationRef session) {
   const std::scoped_lock lock(mutex_);
   const auto found = sessions_.find(session);
-  return found == sessions_.end() ? nullptr : found->second->system;
+  return found == sessions_.end() ? nullptr : found->second.system;
 }
 
 std::shared_ptr<CommunicationsPipe> MacAuthorization::keepOutput(std::FILE* output) {

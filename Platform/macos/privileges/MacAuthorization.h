@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -51,8 +52,8 @@ class MacAuthorization final : public platform::AuthorizationServices {
                                                         platform::AuthorizationFlags flags) override;
 
  private:
-  /// A session of the system. Callers get a handle of this object, because the system's own handle may refer to another
-  /// session once it has been freed.
+  /// A session of the system. Callers get a handle of this object, which no other session gets later. The system's own
+  /// handle may refer to another session once it has been freed.
   struct Session {
     platform::AuthorizationRef system = nullptr;  // null when its rights have been released
     platform::AuthorizationFlags atRelease = 0;   // the option with which it is freed then
@@ -69,8 +70,9 @@ class MacAuthorization final : public platform::AuthorizationServices {
   platform::Console& console_;
   std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; before mutex_
   std::mutex mutex_;
-  std::string hollowFolder_;                                                 // guarded by mutex_
-  std::map<platform::AuthorizationRef, std::unique_ptr<Session>> sessions_;  // guarded by mutex_
+  std::string hollowFolder_;                                 // guarded by mutex_
+  std::uintptr_t lastSession_ = 0;                           // guarded by mutex_
+  std::map<platform::AuthorizationRef, Session> sessions_;   // guarded by mutex_
   std::vector<std::shared_ptr<posix::ToolOutput>> outputs_;  // guarded by mutex_: of tools that may still run
   std::atomic<bool> nextIsRefused_ = false;                  // the tool that was announced must not be started
 };

@@ -3,12 +3,15 @@
 #include <sys/sysmacros.h>
 
 #include <thread>
+#include <utility>
 
 #include "Platform/posix/PosixFileSystem.h"
 #include "tests/contract/files/RealFiles.h"
 
 namespace qm::testing {
 namespace {
+
+constexpr gid_t kOtherGroup = 2000;
 
 TEST(WritingOnDisk, GivesNewFilesTheDefaultModeAndKeepsThatOfOldOnes) {
   runInPrivateMachine([] {
@@ -31,6 +34,61 @@ TEST(WritingOnDisk, GivesNewFilesEveryRightThatTheMaskLeaves) {
     ::umask(0);
     expectDone(files.writeFileAtomically(home + "/new", "text"));
     EXPECT_EQ(modeOf(home + "/new"), 0666U);
+  });
+}
+
+/// A file that belongs to root and to `group`.
+void makeRootsFile(const std::string& path, gid_t group, mode_t mode) {
+  makeFile(path);
+  ASSERT_EQ(::chown(path.c_str(), 0, group), 0);
+  ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+}
+
+TEST(WritingOnDisk, LetsOnlyTheOwnerIntoTheNewFileUntilItHasTheGroupOfTheOldOne) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    ::umask(0);
+    makeRootsFile(home + "/old", kOtherGroup, 0666);
+    inChild([&] {
+      afterSystemCall(SYS_write, [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(home)) {
+          const bool isNew = entry.path().filename() != "old";
+          EXPECT_EQ(modeOf(entry.path()), isNew ? 0600U : 0666U);
+        }
+      });
+      expectDone(files.writeFileAtomically(home + "/old", "text"));
+    });
+    EXPECT_EQ(modeOf(home + "/old"), 0666U);
+    EXPECT_EQ(attributesOf(home + "/old").st_gid, kOtherGroup);
+  });
+}
+
+// The user may not give the file to root, but to a group that the user is a member of.
+TEST(WritingOnDisk, KeepsTheGroupOfAFileWhoseOwnerCannotBeKept) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    ASSERT_EQ(::chown(home.c_str(), 0, kOtherGroup), 0);
+    ASSERT_EQ(::chmod(home.c_str(), 02777), 0);  // new files belong to the folder's group
+    makeRootsFile(home + "/old", kUser, 0640);
+    asUser(kUser, kUser, [&] { expectDone(files.writeFileAtomically(home + "/old", "text")); });
+    EXPECT_EQ(attributesOf(home + "/old").st_uid, kUser);
+    EXPECT_EQ(attributesOf(home + "/old").st_gid, kUser);
+    EXPECT_EQ(modeOf(home + "/old"), 0640U);
+  });
+}
+
+// Members of the new group were others before, and the other way round.
+TEST(WritingOnDisk, GivesNobodyMoreRightsWhereTheGroupOfTheOldFileCannotBeKept) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    for (const auto& [before, after] :
+         {std::pair<mode_t, mode_t>{0640, 0600}, {0604, 0600}, {0660, 0600}, {0664, 0644}, {0644, 0644}}) {
+      makeRootsFile(home + "/old", kOtherGroup, before);
+      asUser(kUser, kUser, [&] { expectDone(files.writeFileAtomically(home + "/old", "text")); });
+      EXPECT_EQ(attributesOf(home + "/old").st_gid, kUser);
+      EXPECT_EQ(modeOf(home + "/old"), after) << std::oct << before;
+      ASSERT_EQ(::unlink((home + "/old").c_str()), 0);
+    }
   });
 }
 

@@ -373,12 +373,12 @@ TEST(PutBackByRoot, WorksOnlyWithRightsThatItCanTake) {
   });
 }
 
-/// Puts the product back in a process that is killed right after its first system call of this number.
-void putBackUntil(World& world, long call) {
+/// Puts an item back in a process that is killed right after its first system call of this number.
+void putBackUntil(World& world, long call, const std::string& path = kProductPath) {
   const pid_t child = ::fork();
   if (child == 0) {
     afterSystemCall(call, [] { ::kill(::getpid(), SIGKILL); });
-    static_cast<void>(world.putBackNewest(kProductPath));
+    static_cast<void>(world.putBackNewest(path));
     ::_exit(0);
   }
   int status = 0;
@@ -400,8 +400,9 @@ TEST(EndedPutBack, IsUndoneByTheNextLook) {
   }
 }
 
-// The record and the item as left by a process that was interrupted right after it took the item.
-void leaveTaken(World& world, const std::string& work) {
+// The record and the item as left by a process that was interrupted right after it took the item. If its place is on
+// another volume, a copy may be growing there in the folder `aside`.
+void leaveTaken(World& world, const std::string& work, const std::string& aside = "", dev_t volume = 0) {
   struct stat item {};
   ASSERT_EQ(::lstat((kTrashFiles + "Tessaly.app").c_str(), &item), 0);
   world.makeRootsFolder(work);
@@ -411,13 +412,28 @@ void leaveTaken(World& world, const std::string& work) {
   const std::string info =
       "%5BTrash%20Info%5D%0APath%3D" + kProductPath + "%0ADeletionDate%3D2024-02-29T23%3A05%3A07%0A";
   makeRootsFile(world, work + "/record",
-                kProductPath + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n\n0\n1\nend");
+                kProductPath + "\n" + number + "\n0\n0\nTessaly.app\n" + info + "\n" + aside + "\n0\n1\n" +
+                    std::to_string(volume) + "\nend");
 }
 
 TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgain) {
   playWithProduct([](World& world) {
     leaveTaken(world, kTrash + "/.tessaly-uninstaller-1");
     EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgainWhileItsGrowingCopyCannotBeRemoved) {
+  playWithProductOfVolume([](World& world) {
+    const std::string beside = ".tessaly-uninstaller-2";
+    world.makeRootsFolder(kApplications + "/" + beside);
+    world.setMode(kApplications + "/" + beside, 0700);
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1", beside);
+    world.makeReadOnly(kApplications);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+    ASSERT_EQ(::mount(nullptr, kApplications.c_str(), nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
     expectIsBack(world);
   });
 }
@@ -467,6 +483,56 @@ TEST(EndedPutBack, LeavesNoGrowingCopyBesideItsPlace) {
     EXPECT_EQ(world.namesIn(kApplications).size(), 1U);
     EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret");
     expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, KeepsItsRecordWhileItsGrowingCopyCannotBeRemoved) {
+  playWithProductOfVolume([](World& world) {
+    putBackUntil(world, SYS_syncfs);
+    world.makeReadOnly(kApplications);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+    ASSERT_EQ(::mount(nullptr, kApplications.c_str(), nullptr, MS_REMOUNT | MS_BIND, nullptr), 0);
+    expectIsBack(world);
+  });
+}
+
+TEST(EndedPutBack, KeepsItsRecordWhileTheVolumeOfItsGrowingCopyIsNotMounted) {
+  for (const bool isMountPointLeft : {true, false}) {
+    playWithProductOfVolume([&](World& world) {
+      world.bind(kApplications, "/elsewhere");
+      putBackUntil(world, SYS_syncfs);
+      ASSERT_EQ(::umount2(kApplications.c_str(), 0), 0);
+      ASSERT_TRUE(isMountPointLeft || ::rmdir(kApplications.c_str()) == 0);
+      EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+      EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+      world.bind("/elsewhere", kApplications);
+      expectIsBack(world);
+    });
+  }
+}
+
+TEST(EndedPutBack, PutsWhatWasTakenIntoTheTrashAgainAlsoWithoutTheVolumeOfItsPlace) {
+  playWithProduct([](World& world) {
+    struct stat folder {};
+    ASSERT_EQ(::stat(kApplications.c_str(), &folder), 0);
+    leaveTaken(world, kTrash + "/.tessaly-uninstaller-1", ".tessaly-uninstaller-2", folder.st_dev + 1);
+    EXPECT_EQ(world.itemsFrom(kProductPath).size(), 1U);
+    EXPECT_EQ(world.contentsOf(kTrashFiles + "Tessaly.app/secret"), "secret");
+    EXPECT_EQ(world.namesIn(kTrash).size(), 3U);
+  });
+}
+
+TEST(EndedPutBack, ForgetsAGrowingCopyThatWentWithItsFolder) {
+  playWithProductOfVolume([](World& world) {
+    const std::string place = kApplications + "/Folder/file";
+    world.makeRootsFolder(kApplications + "/Folder");
+    makeRootsFile(world, kTrashFiles + "file", "contents");
+    world.makeFile(kTrash + "/info/file.trashinfo", "[Trash Info]\nPath=" + place + "\n");
+    putBackUntil(world, SYS_syncfs, place);
+    world.removeTree(kApplications + "/Folder");
+    EXPECT_EQ(world.itemsFrom(place).size(), 1U);
+    EXPECT_EQ(world.namesIn(kTrash), (Names{"files", "info"}));
   });
 }
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -255,6 +256,26 @@ TEST_F(MacAuthorizationTest, ForgetsTheOutputOfAToolThatHasEnded) {
 TEST_F(MacAuthorizationTest, ReturnsNoOutputWhereTheSystemHasNone) {
   EXPECT_EQ(start("/bin/mv", {"-f", "/a", "/b"}), platform::errAuthorizationSuccess);
   EXPECT_EQ(pipe, nullptr);
+}
+
+TEST_F(MacAuthorizationTest, KeepsOutputThatItsCallerDoesNotWantUntilTheToolHasEnded) {
+  disk.addFile("output");
+  asked.output = std::fopen(disk.at("output").c_str(), "re");
+  EXPECT_EQ(service.executeWithPrivileges(session, "/bin/mv", 0, {"-f", "/a", "/b"}, nullptr),
+            platform::errAuthorizationSuccess);
+  service.releaseRights();
+  EXPECT_TRUE(asked.readBeforeTheEnd);
+}
+
+TEST_F(MacAuthorizationTest, GivesNoHandleOutAgain) {
+  constexpr std::size_t kSessions = 100;
+  std::set<platform::AuthorizationRef> handles = {session};
+  for (std::size_t i = 1; i < kSessions; ++i) {
+    EXPECT_EQ(service.free(session, 0), platform::errAuthorizationSuccess);
+    EXPECT_EQ(service.create({}, 0, &session), platform::errAuthorizationSuccess);
+    handles.insert(session);
+  }
+  EXPECT_EQ(handles.size(), kSessions);
 }
 
 /// A session that a parent with administrator rights has handed down.
