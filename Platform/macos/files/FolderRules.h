@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-/// Rules for folders on a Mac: how they are opened, whether their owners can be trusted, and whether a volume is mounted
-/// below them.
+/// Rules for folders on a Mac: how they are opened, whether their owners can be trusted, and whether a volume is
+/// mounted below them.
 namespace qm::macos {
 
 /// The system's `O_EXEC`. With `O_DIRECTORY` it opens a folder that may be searched but not read.

@@ -30,8 +30,8 @@ inline bool isAnothers(const FileSystemIdentity* identity, uid_t own) {
 /// The ids that count for the calling thread.
 ThreadIds threadIds();
 
-/// Gives the calling thread an identity of its own, or ends it. Both return whether they succeeded. The first fails, and
-/// changes nothing, if the thread has one already; the second fails if it has none.
+/// Gives the calling thread an identity of its own, or ends it. Both return whether they succeeded. The first fails,
+/// and changes nothing, if the thread has one already; the second fails if it has none.
 bool setThreadIdentity(const ThreadIds& wanted);
 bool dropThreadIdentity();
 

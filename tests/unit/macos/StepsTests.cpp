@@ -136,7 +136,8 @@ TEST(RightsOfAThread, AreNotInOrderIfTheyCannotBeGivenBack) {
   }
 }
 
-/// A thread that can have one identity beside its process's. The call takes it as a whole, and fails while there is one.
+/// A thread that can have one identity beside its process's. The call takes it as a whole, and fails while there is
+/// one.
 struct ThreadWithIdentity {
   std::optional<ThreadIds> identity;
 
