@@ -266,6 +266,15 @@ TEST(TrashAsRoot, MakesTheUsersTrashOnAVolumeThatIsRootsAlone) {
   });
 }
 
+TEST(TrashAsRoot, RecordsAPathRelativeToTheTopOfItsVolume) {
+  playAsRoot([](World& world) {
+    world.makeVolume(kStick);
+    makeRootsFile(world, kStick + "/folder/a");
+    EXPECT_TRUE(world.recycle(kStick + "/folder", "a"));
+    expectRestorable(world, kStick + "/folder/a", kStick + "/.Trash-501", kStick);
+  });
+}
+
 TEST(TrashAsRoot, MakesNoTrashOnAStrangersVolume) {
   playAsRoot([](World& world) {
     world.mountVolume("/volumes/stick", "mode=0755,uid=502");
