@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/LaunchAgents.h"
 
+#include <gmock/gmock.h>
+
 #include "tests/support/PlatformTest.h"
 
 namespace qm::removal {

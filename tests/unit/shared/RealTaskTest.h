@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -15,9 +14,9 @@
 #include <sstream>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
+#include "Platform/posix/process/Descriptors.h"
 #include "Platform/posix/process/PosixTasks.h"
 #include "Shared/QMLog.h"
 #include "Shared/QMTask.h"
@@ -86,16 +85,18 @@ class RealSleep : public FakeClock {
   using FakeClock::FakeClock;
 
   void sleep(Span span) override {
-    pollfd waiting{end_[0], POLLIN, 0};
+    pollfd waiting{end_.reading.get(), POLLIN, 0};
     (void)::poll(&waiting, 1, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(span).count()));
   }
-  void wakeEverybody() { ::close(std::exchange(end_[1], -1)); }
+  void wakeEverybody() { end_.writing.reset(); }
 
-  bool begin() { return ::pipe2(end_, O_CLOEXEC) == 0; }
-  ~RealSleep() override { ::close(end_[0]); }
+  bool begin() {
+    end_ = posix::makePipe();
+    return end_.reading && end_.writing;
+  }
 
  private:
-  int end_[2] = {-1, -1};
+  posix::Pipe end_;
 };
 
 /// Serves the fake main thread until a descriptor can be read.
