@@ -269,6 +269,7 @@ TEST(TrashAsRoot, MakesTheUsersTrashOnAVolumeThatIsRootsAlone) {
 TEST(TrashAsRoot, RecordsAPathRelativeToTheTopOfItsVolume) {
   playAsRoot([](World& world) {
     world.makeVolume(kStick);
+    world.makeRootsFolder(kStick + "/folder");
     makeRootsFile(world, kStick + "/folder/a");
     EXPECT_TRUE(world.recycle(kStick + "/folder", "a"));
     expectRestorable(world, kStick + "/folder/a", kStick + "/.Trash-501", kStick);
