@@ -38,7 +38,7 @@ int lookAtOld(const Place& place, std::optional<struct stat>& old) {
 /// other group, so group and others get only what both had.
 mode_t modeForAnotherGroup(mode_t old) {
   const mode_t shared = (old >> 3U) & old & S_IRWXO;
-  return (old & S_IRWXU) | (shared << 3U) | shared;
+  return static_cast<mode_t>((old & S_IRWXU) | (shared << 3U) | shared);
 }
 
 int takeOver(int file, const struct stat& old) {
