@@ -21,8 +21,8 @@ namespace qm::macos {
 /// So this class limits the tools in two ways:
 ///
 /// - If a folder is to be removed only if it is empty, the tool gets the paths of the items that were found in it. It
-/// never removes what is added meanwhile. If the folder cannot be shown to be empty, nothing is removed and no password
-/// is requested. Until `expectHollowFolder("")` ends this, `/bin/rm` is started for nothing else.
+///   never removes what is added meanwhile. If the folder cannot be shown to be empty, nothing is removed and no
+///   password is requested. Until `expectHollowFolder("")` ends this, `/bin/rm` is started for nothing else.
 /// - A process run by root starts no tool on a path that others could redirect.
 class MacAuthorization final : public platform::AuthorizationServices {
  public:
