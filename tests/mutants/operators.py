@@ -100,6 +100,8 @@ def flag(line, code):
     for found in FLAGS.finditer(code):
         names = line[found.start():found.end()].split(" | ")
         for dropped in range(len(names)):
+            if names[dropped] == "O_RDONLY":
+                continue  # it is 0
             left = names[:dropped] + names[dropped + 1:]
             yield line[: found.start()] + " | ".join(left) + line[found.end():]
 

@@ -170,6 +170,24 @@ TEST(PeerSocket, HearsWhatItsParentSaidBeforeAnotherSpeaks) {
   });
 }
 
+// The process of a launch leaves it to the helper, which still needs it.
+TEST(PeerSocket, IsLeftWithoutBeingClosedForTheOtherProcesses) {
+  runInPrivateMachine([] {
+    Ends ends = connect(kPerson);
+    asHelper([&] {
+      PeerSocket peer(std::move(ends.helper), kPerson);
+      inChild([&] {
+        peer.leave();
+        EXPECT_FALSE(peer.isOpen());
+        EXPECT_EQ(peer.descriptor(), -1);
+        EXPECT_EQ(peer.peerDescriptor(), -1);
+      });
+      peer.send("hello");
+    });
+    EXPECT_EQ(received(ends.application), "hello");
+  });
+}
+
 TEST(PeerSocket, IsNotOpenedForAConnectionOfAnotherPersons) {
   runInPrivateMachine([] {
     Ends ends = connect(kOther);

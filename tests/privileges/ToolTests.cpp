@@ -76,6 +76,7 @@ TEST(ToolOfRoots, IsReportedWithItsExitStatusAndItsErrors) {
   const Outcome outcome = launch("/bin/sh", {"-c", "echo one >&2; echo two >&2; exit 3"});
   EXPECT_EQ(WEXITSTATUS(outcome.waitStatus), 3);
   EXPECT_EQ(outcome.note, "one two");
+  EXPECT_EQ(launch("/bin/sh", {"-c", "printf 'one\\0two\\n\\n' >&2"}).note, "one two") << "a text in one line";
 }
 
 TEST(ToolOfRoots, MayWriteMoreErrorsThanAreKept) {

@@ -66,7 +66,7 @@ int serve(const HelperPolicy& policy, const UserRecord& person) {
 
 // A control character in a name must neither begin a line of its own in the log nor control the reader's terminal.
 void writeToSystemLog(const std::string& text) {
-  ::syslog(LOG_USER | LOG_WARNING, "%s", foundation::replacingControlCharacters(text, ' ').c_str());
+  ::syslog(LOG_WARNING, "%s", foundation::replacingControlCharacters(text, ' ').c_str());
 }
 
 // The reason goes to the system log, because there is no connection over which the caller could be told.

@@ -34,7 +34,7 @@ bool connect(int stream, int descriptor) {
 
 // Runs in the child, before exec: returns the error number that prevents the tool from starting.
 int becomeTool(const Launch& launch, int output, int errors) {
-  const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  const UniqueFd nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
   if (!nothing || !connect(STDIN_FILENO, nothing.get()) || !connect(STDOUT_FILENO, output) ||
       !connect(STDERR_FILENO, errors)) {
     return errno;
