@@ -42,9 +42,10 @@ class QMFileManager {
   QMFileManager(const QMFileManager&) = delete;
   QMFileManager& operator=(const QMFileManager&) = delete;
 
-  /// `moveFile:toPath:shouldAuth:`. The attempt as the user never replaces; the administrator's move does. Clears the
-  /// lock of the destination and of the files below destination/name-of-source first. A change of letter case alone
-  /// goes through a free name next to the destination.
+  /// `moveFile:toPath:shouldAuth:`. The attempt as the user never replaces; the administrator's move does. First
+  /// clears the lock of the destination and the locks of the files below destination/name-of-source, which is where the
+  /// administrator's move puts the item if the destination is a folder. A change of letter case alone goes through a
+  /// free name next to the destination.
   static bool moveFile(const std::string& source, const std::string& destination, ShouldAuth shouldAuth);
   /// `moveFile:toPath:`
   static bool moveFile(const std::string& source, const std::string& destination);
@@ -73,8 +74,9 @@ class QMFileManager {
   /// `trashDirectoryContents:`
   static bool trashDirectoryContents(const std::string& folder);
 
-  /// `createDirectoryStructure:destination:`. Creates the item's folder under another root ("/A/b/c.txt" under "/R"
-  /// gives "/R/A/b"; a folder that is not a package gives itself) and returns it, whether or not creating it succeeded.
+  /// `createDirectoryStructure:destination:`. Creates the folder that contains the item under another root: "/R/A/b"
+  /// for "/A/b/c.txt" under "/R". If the item is a folder and not a package, it is created itself: "/R/A/b" for "/A/b".
+  /// Returns the path of that folder, whether or not creating it succeeded.
   static std::string createDirectoryStructure(const std::string& item, const std::string& destination);
 
   /// `fileExistsAtPath:`. Links are followed: a link to a missing target reads as absent.
@@ -136,10 +138,10 @@ class QMFileManager {
   /// without one.
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
   /// `removeFolderIfEmpty:`. Removes permanently what `isFolderEmpty:` finds empty. A plain file counts as empty, so it
-  /// is removed as well, whatever is in it. Returns false if the folder is not empty, also if it is no longer empty
-  /// after the attempt as the user. That attempt removes a folder only if it contains, at any depth, nothing but
-  /// folders and files named ".DS_Store" and "Icon\r". If it fails for another reason than new contents, for example
-  /// because a folder in it cannot be listed, rights are requested.
+  /// is removed as well, whatever is in it. Returns false if the folder is not empty. The attempt as the user removes a
+  /// folder only if it contains, at any depth, nothing but folders and files named ".DS_Store" and "Icon\r". If that
+  /// attempt fails because something was added meanwhile, this returns false as well. If it fails for another reason,
+  /// for example because a folder in it cannot be listed, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern matches, in the order found. The search begins
@@ -147,9 +149,8 @@ class QMFileManager {
   /// component with "*" is matched against the entries of each folder reached so far (hidden ones too, letter case
   /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
   /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
-  /// of the disk. A slash at the end of a pattern with "*" counts as a component "/", as one at the beginning does. At
-  /// this component the search starts again in the base folder. So a pattern that ends in a slash gives the base
-  /// folder.
+  /// of the disk. In a pattern with "*", a slash at the end leads the search back to the base folder, as one at the
+  /// beginning does. So such a pattern gives the base folder alone.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. Without a base.
@@ -165,8 +166,8 @@ class QMFileManager {
   /// `finderColorForPath:`. The colour of the item's label; null when it has none, or when any Finder flag is set
   /// besides the label and the lowest bit.
   static std::optional<qm::foundation::Color> finderColorForPath(const std::string& path);
-  /// `setFinderColorIndex:forPath:`. Sets the label, in its place in the Finder flags (2, 4 .. 14; other bits are
-  /// ignored), and keeps the other flags. Failures are ignored.
+  /// `setFinderColorIndex:forPath:`. Sets the label and keeps the item's other Finder flags. `index` is the label
+  /// as it stands in the flags: 0 for none, 2, 4 .. 14. Its other bits are ignored. Failures are ignored.
   static void setFinderColorIndex(unsigned index, const std::string& path);
 
   /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch; never creates the item. For an
@@ -205,8 +206,8 @@ class QMFileManager {
   /// `copyFileWithProgress:destination:delegate:object:object:`. Begins to copy a file or folder in the background, and
   /// returns whether that was possible; the console says why not. The destination is the folder, created if it is
   /// missing, plus the new name; an existing item of that name is not replaced. The delegate is notified of progress
-  /// once a second and then, once, of the end, whatever the result, on the main thread, whose event loop must run.
-  /// Delegate, objects and paths come with every report. A copy that fails or is cancelled leaves nothing.
+  /// about once a second, and once of the end, whatever the result. This happens on the main thread, whose event loop
+  /// must run. Delegate, objects and paths come with every report. A copy that fails or is cancelled leaves nothing.
   static bool copyFileWithProgress(const std::string& source, const std::string& destination,
                                    const std::shared_ptr<qm::FileOperationDelegate>& delegate,
                                    const std::shared_ptr<void>& object, const std::shared_ptr<void>& object2);

@@ -27,11 +27,11 @@ class QMLog : public qm::Singleton<QMLog> {
 
   /// `createNewLog`. The same as `createNewLog:` with null.
   static void createNewLog();
-  /// `createNewLog:`. Waits for pending writes, renames APP.1.log to APP.4.log up by one (the fifth is removed) and
-  /// begins a new first file with its header. The name is used only if none was set and the executable has none. If the
-  /// user's preferences switch logging off, it waits, releases the open file, sets `loggingDisabled` and prints that to
-  /// the console; no file is renamed or begun. If a step fails, the console says which and no new file is begun. A
-  /// process that ends meanwhile leaves the old first file or the new one.
+  /// `createNewLog:`. Waits for pending writes, removes APP.5.log, renames the files from APP.4.log down to APP.1.log
+  /// to the next higher number, and begins a new first file with its header. The name is used only if none was set and
+  /// the executable has none. If the user's preferences switch logging off, it waits, releases the open file, prints
+  /// that to the console and sets `loggingDisabled`; no file is renamed or begun. If a step fails, the console says
+  /// which and no new file is begun. A process that ends meanwhile leaves the old first file or the new one.
   static void createNewLog(const std::optional<std::string>& name);
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.
@@ -48,8 +48,8 @@ class QMLog : public qm::Singleton<QMLog> {
     if (format) appendMessage(qm::foundation::formatted(*format, arguments...));
   }
 
-  /// `appendLogAndPrint:`. Trims the format, then as `appendLog:`, and prints the message to the
-  /// system console. A null format does nothing.
+  /// `appendLogAndPrint:`. Trims the format, appends the message as `appendLog:` does, and prints it to the system
+  /// console. A null format does nothing.
   template <class... Arguments>
   static void appendLogAndPrint(const std::optional<std::string>& format, const Arguments&... arguments) {
     if (format) appendAndPrintMessage(qm::foundation::formatted(trimmed(*format), arguments...));
@@ -133,7 +133,7 @@ class QMLog : public qm::Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   std::atomic<std::size_t> bytesInQueue_{0};
-  std::atomic<std::size_t> unitsWaiting_{0};  ///< the value of bytesInQueue_ while no thread is changing it
+  std::atomic<std::size_t> unitsWaiting_{0};  ///< the exact count, which bytesInQueue_ is corrected to
   std::atomic<bool> loggingDisabled_{false};
   std::atomic<bool> endsWithinALine_{false};  ///< the file ends with a partial line of a failed write
   std::atomic<bool> initialised_{false};

@@ -19,8 +19,8 @@
 ///
 /// A launch path that is not an executable file, or is a bundle, is refused with "Error: %@ is not executable" on the
 /// console and in the log. In that case, and if the system itself refuses the launch (about which nothing is logged),
-/// the call returns the value that means that no process was started: -1, null, false. A wait on the main thread serves
-/// its event loop. Arguments may be null (none).
+/// the call returns the value that means that no process was started: -1, null, "" or false. A wait on the main thread
+/// serves its event loop. Arguments may be null (none).
 ///
 /// The forms with a time limit ask the tool to end when the limit has passed; the call then returns in its normal way,
 /// with what the tool left. Their timer thread always sleeps for the whole limit.
@@ -113,8 +113,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// that the run held is released.
   ///
   /// One run at a time: a second call replaces the first. The first tool is not ended, but its further output is read
-  /// and dropped. A run whose task is removed from the slot in another way ends at its next piece. The instance lives
-  /// until its reading threads have ended. Any thread.
+  /// and dropped. If `setTheTask:`, or a call with a time limit on this instance, replaces the task of a run, that run
+  /// ends at its next piece. The instance lives until its reading threads have ended. Any thread.
   void asyncDataFromTask(const std::string& path, const Arguments& arguments,
                          const std::shared_ptr<qm::AsyncTaskDelegate>& delegate, const qm::AsyncTaskSelector& selector,
                          const std::shared_ptr<void>& object);
