@@ -13,7 +13,8 @@ class Console {
  public:
   virtual ~Console() = default;
 
-  /// Writes one message, without characters that would control a terminal. Any thread; never fails towards the caller.
+  /// Writes one message, without characters that would control a terminal. Any thread. A failure is not reported to the
+  /// caller.
   virtual void print(std::string_view text) = 0;
 };
 

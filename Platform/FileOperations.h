@@ -26,7 +26,7 @@ inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesR
 inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";          ///< objects to copy
 inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";    ///< objects copied
 inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";  ///< objects left
-/// Objects to copy that a user sees, which are all of them.
+/// Objects to copy that users see. Every object counts as one of these.
 inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
 /// How many of these have been copied.
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";
@@ -48,7 +48,7 @@ using FileOperationRef = std::shared_ptr<FileOperation>;
 
 /// What is reported about an operation.
 struct FileOperationReport {
-  FileOperationStage stage = FileOperationStage::Undefined;  ///< that the operation is in
+  FileOperationStage stage = FileOperationStage::Undefined;  ///< the stage that the operation is in
   /// The path of the item concerned: of the source while it is copied, of the copy at the end; null if there is none.
   std::optional<std::string> currentItem{};
   FileOperationStatus error = 0;                                    ///< how the operation has ended, 0 before

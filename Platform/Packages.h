@@ -11,8 +11,8 @@ class Packages {
   virtual ~Packages() = default;
 
   /// The path leads to a folder that is shown as one item, an application for example. On a Mac the Finder's view
-  /// decides. On a system whose file managers know no packages, a folder is one if its name or its contents are a
-  /// bundle's. Links are followed; false for a missing item and for anything but a folder. Any thread.
+  /// decides. Where file managers know no packages, a folder counts as a package if it has the name or the contents of
+  /// a bundle. Links are followed; false for a missing item and for anything but a folder. Any thread.
   virtual bool isFilePackage(const std::string& path) const = 0;
 };
 

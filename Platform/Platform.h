@@ -3,8 +3,8 @@
 
 namespace qm::platform {
 
-/// The services that the system provides. None is owned here. All outlive their users: a worker may still be inside its
-/// last call while the process ends.
+/// The services that the system provides. None is owned here. Each outlives all code that uses it: a worker may still
+/// be inside its last call while the process ends.
 struct Platform {
   class AuthorizationServices* authorizationServices = nullptr;  ///< administrator rights
   class Clock* clock = nullptr;                                  ///< time
@@ -30,8 +30,8 @@ struct Platform {
 /// The installed services. Any thread. If there are none yet, prints a message to standard error and aborts.
 const Platform& platform();
 
-/// Makes `services` the installed set and returns the one before it (null at first). Called by the
-/// composition root before any other thread exists, and by tests between them.
+/// Makes `services` the installed set and returns the one before it (null at first). The composition root calls it
+/// before any other thread exists. Tests call it while no other thread uses the services.
 const Platform* install(const Platform* services);
 
 }  // namespace qm::platform

@@ -6,8 +6,8 @@
 namespace qm::platform {
 
 /// The names of the product that the services work for. A program makes one `ProductIdentity` and passes it to the
-/// services. The texts must outlive every service that uses them. A program that runs as root has its own compiled in
-/// and takes none from its caller. Names may be left out: operations that need them fail and say so.
+/// services. The texts must outlive every service that uses them. In a program that runs as root the names are compiled
+/// in, and it accepts none from its caller. Names may be left out: operations that need them fail and say so.
 struct ProductIdentity {
   /// The program's file name. Messages use it if the system cannot tell the path of the running program. It is also the
   /// name of the folder in `dataFolder` that has the program's information dictionary.
@@ -39,7 +39,7 @@ struct ProductIdentity {
   /// The prefix of the names of root's work folders in a Trash. Folders with another prefix are never touched; without
   /// a prefix none is made.
   std::string_view workFolderPrefix{};
-  /// The key that marks a menu entry as created for a registered bundle. Without it and the prefix no bundle is
+  /// The key that marks a menu entry as created for a registered bundle. If this or the prefix is missing, no bundle is
   /// registered.
   std::string_view bundleEntryKey{};
   /// The prefix of the file name of such an entry.

@@ -35,9 +35,9 @@ class StandardDirectories {
  public:
   virtual ~StandardDirectories() = default;
 
-  /// Absolute paths without a trailing slash, user domain first, then local, then system, the
-  /// tilde expanded. The folders need not exist. Empty when a domain has no such folder. The user
-  /// domain of a process whose real user id is 0 lies below root's own home (/var/root).
+  /// Absolute paths without a trailing slash, user domain first, then local, then system, the tilde expanded. The
+  /// folders need not exist. A domain without such a folder adds nothing. The user domain of a process whose real user
+  /// id is 0 lies below root's own home (/var/root).
   virtual std::vector<std::string> search(StandardDirectory directory, DomainMask domains) const = 0;
 
   /// The temporary folder of the process: an absolute path without a slash at the end.

@@ -33,7 +33,7 @@ const Language& language();
 /// Called by main before there is another thread. The language is never destroyed.
 void useLanguage(const Language& language);
 
-/// Marks a key of the catalogue where it is not looked up at once.
+/// Marks a text as a key of the catalogue, for places that do not translate it themselves.
 constexpr const char* catalogued(const char* english) { return english; }
 
 /// Names of placeholders, each with the text for it.

@@ -151,7 +151,7 @@ void appendArgument(std::string& result, double number, const Directive& directi
                std::isfinite(number));
 }
 
-/// Returns the arguments in order.
+/// Appends the arguments to the result, each once and in order.
 class Arguments {
  public:
   explicit Arguments(std::span<const FormatArgument> list) : list_(list) {}

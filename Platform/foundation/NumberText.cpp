@@ -13,12 +13,12 @@ constexpr int kMostDigits = 17;
 /// The largest number has 309 digits before its point, and a locale's point has a few bytes.
 constexpr std::size_t kMostBeforeFraction = 330;
 
-/// A number as digits, read as a whole number, and the power of ten that they are multiplied with.
+/// A whole number, as its digits, times a power of ten.
 struct Decimal {
   std::string digits;
   int exponent = 0;
 
-  /// Of the first digit.
+  /// The power of ten of the first digit.
   int magnitude() const { return exponent + static_cast<int>(digits.size()) - 1; }
 };
 
@@ -46,7 +46,7 @@ void increase(Decimal& decimal) {
   }
 }
 
-/// No text without a point depends on the locale.
+/// Whether reading the decimal gives the number. Its text has no point, so the result does not depend on the locale.
 bool means(const Decimal& decimal, double number) {
   return std::strtod((decimal.digits + "e" + std::to_string(decimal.exponent)).c_str(), nullptr) == number;
 }
@@ -80,7 +80,7 @@ std::string withExponent(const Decimal& decimal) {
 }
 
 std::string withoutExponent(const Decimal& decimal, double number) {
-  if (decimal.exponent >= 0) return fixedText(number, 0);  // every digit before the point is the number's own
+  if (decimal.exponent >= 0) return fixedText(number, 0);  // all digits of the exact value, not zeros at the end
   const auto fraction = static_cast<std::size_t>(-decimal.exponent);
   std::string text = decimal.digits;
   if (text.size() <= fraction) text.insert(0, fraction + 1 - text.size(), '0');

@@ -10,7 +10,7 @@
 /// character each.
 namespace qm::foundation {
 
-/// Without white space and newlines (Unicode's, tab, and the zero-width space) at both ends.
+/// Without the white space and newlines at both ends. White space is Unicode's, with tab and the zero-width space.
 std::string trimmingWhitespaceAndNewlines(std::string_view text);
 
 /// The whole string in lower case, by Unicode's rules, without regard to a locale.

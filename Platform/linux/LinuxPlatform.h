@@ -10,7 +10,7 @@
 
 namespace qm::linux_ {
 
-/// The services that the front end provides. All outlive every user.
+/// The services that the front end provides. Each outlives all code that uses it.
 struct FrontEndServices {
   platform::MainThread& mainThread;
   posix::DescriptorWait& descriptorWait;

@@ -133,7 +133,7 @@ FileOperationStatusDictionary CopyJob::status(Time now) const {
           {platform::kFSOperationTotalObjectsKey, totalObjects},
           {platform::kFSOperationObjectsCompleteKey, objects_},
           {platform::kFSOperationObjectsRemainingKey, totalObjects - objects_},
-          // Desktops here show the contents of a package, so every object is visible to users.
+          // Objects inside a package count as visible, too, on every system.
           {platform::kFSOperationTotalUserVisibleObjectsKey, totalObjects},
           {platform::kFSOperationUserVisibleObjectsCompleteKey, objects_},
           {platform::kFSOperationUserVisibleObjectsRemainingKey, totalObjects - objects_},

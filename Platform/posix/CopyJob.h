@@ -56,7 +56,7 @@ class CopyJob final : public CopyObserver {
   std::string current_;  ///< the item being copied, relative to the source
   platform::FileOperationStage stage_ = platform::FileOperationStage::Undefined;
   Time lastReport_;
-  bool lastWaits_ = false;  ///< the last report was still waiting when that was last checked
+  bool lastWaits_ = false;  ///< at the last check, the last report was still queued
 };
 
 }  // namespace qm::posix

@@ -19,8 +19,8 @@ enum class Subject : unsigned {
   ItemPutBack = 256,        ///< an item that root puts back from somebody's Trash
 };
 
-/// The reason for a failure, as the end of a sentence without its full stop; for `UnpackedItem` a whole sentence
-/// without it. "" if there is only the system's own text.
+/// The reason for a failure, without a full stop: the end of a sentence, or for `UnpackedItem` a whole sentence. "" if
+/// there is only the system's own text.
 std::string_view messageFor(int error, Subject subject);
 
 /// The system's text for an error number.

@@ -22,10 +22,10 @@ class ContentsCopier {
  public:
   explicit ContentsCopier(CopyObserver& observer) : observer_(observer) {}
 
-  /// Copies the contents of a regular file into a new, empty one: shared if the file system supports that, else by the
-  /// kernel, else in blocks. Holes stay holes. `attributes` are the source's. Data appended to the source meanwhile is
-  /// not copied; if the source is truncated meanwhile, so is the copy. Returns 0 or an error number, which is the
-  /// observer's if the observer ends the copy.
+  /// Copies the contents of a regular file into a new, empty one. If the file system supports that, both share the
+  /// contents. Otherwise the kernel copies them, or they are read and written in blocks. Holes stay holes. `attributes`
+  /// are the source's. Data appended to the source meanwhile is not copied; if the source is truncated meanwhile, so is
+  /// the copy. Returns 0 or an error number, which is the observer's if the observer ends the copy.
   int copy(int from, int to, const struct stat& attributes);
 
   /// Creates the new file together with its contents (see `makeClone` in SystemFileCalls.h), if the system supports

@@ -28,7 +28,7 @@ class KnownFolders {
   std::set<std::pair<dev_t, ino_t>> folders_;
 };
 
-/// Shared by check and removal: where they may go and what they may touch.
+/// What the check, the removal and the listing have in common: where they may go and what is in their way.
 class HollowVisitor : public TreeVisitor {
  public:
   HollowVisitor(const MountGuard& guard, const IsExpendable& isExpendable)

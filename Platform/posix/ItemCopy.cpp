@@ -80,7 +80,7 @@ int holdMade(ItemName file, int opened, UniqueFd& made) {
   return ESTALE;
 }
 
-/// `error` is the result of setting the other times.
+/// Copies the creation date, unless `error`, the result of setting the other times, is a failure.
 int copyTimes(int error, int to, const struct stat& attributes) {
   if (error == 0) error = copyCreationTime(to, attributes);
   return cannotBeKept(error) ? 0 : error;

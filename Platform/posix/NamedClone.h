@@ -12,7 +12,7 @@ namespace qm::posix {
 int takeNamedClone(ItemName name, UniqueFd& clone);
 
 /// Creates a clone by its name, see `makeClone` in SystemFileCalls.h. `make` is the system's call, which returns 0 or
-/// an error number. It is not called if there is an `obstacle`, the error number of a rule.
+/// an error number. It is not called if a rule forbids the clone; `obstacle` is then the error number, else 0.
 template <class Make>
 int makeNamedClone(int obstacle, Make make, ItemName name, UniqueFd& clone) {
   if (obstacle != 0) return obstacle;

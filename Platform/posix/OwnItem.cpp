@@ -29,8 +29,9 @@ int ownerOfNewFile(int folder, uid_t& owner) {
   return 0;
 }
 
-/// For a folder that was created without rights for others and has some: whether they stay when they are removed,
-/// because the volume keeps no modes. If they can be removed, somebody granted them, and they are set again.
+/// Whether the volume keeps no modes. `item` is a folder to which others have rights, although it was created without
+/// any for them. If these rights cannot be removed, the volume keeps no modes. Otherwise somebody had granted them, and
+/// they are set again.
 bool keepsNoModes(int item, mode_t mode) {
   struct stat changed {};
   static_cast<void>(::fchmod(item, S_IRWXU));

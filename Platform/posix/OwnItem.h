@@ -10,7 +10,7 @@ namespace qm::posix {
 
 bool isSameItem(const struct stat& one, const struct stat& other);
 
-/// A file that `user` has just created, and that nobody has put in its place.
+/// Whether the file is the one that `user` has just created, and not another that somebody has put in its place.
 inline bool isOwnNewFile(const struct stat& found, uid_t user) {
   return S_ISREG(found.st_mode) && found.st_uid == user && found.st_nlink == 1;
 }

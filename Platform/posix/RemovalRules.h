@@ -16,7 +16,7 @@ class MountGuard {
  public:
   int begin(int parent) { return identify(parent, start_); }
 
-  /// EBUSY in a folder of another mount, and at the top if something is mounted anywhere below.
+  /// EBUSY if the walk is in a folder of another mount. In the top folder also EBUSY if something is mounted below it.
   int check(const FolderChain& chain) const;
 
  private:

@@ -11,9 +11,9 @@
 /// What is tried if a system's first choice of call fails, and when.
 namespace qm::posix {
 
-/// `item` opens an item of any kind. If it may not be read, `folder` opens it for naming items in it, which takes fewer
-/// permissions but succeeds for a folder only. Both return a descriptor, or -1 with `errno`. So does this function; the
-/// error is that of the first attempt.
+/// `item` opens an item of any kind. If it may not be read, `folder` opens it only so that items in it can be named.
+/// This takes fewer permissions, but succeeds for a folder only. Both return a descriptor, or -1 with `errno`. So does
+/// this function; the error is that of the first attempt.
 template <class OpenItem, class OpenFolder>
 int openItemOrFolder(OpenItem item, OpenFolder folder) {
   const int opened = item();

@@ -72,7 +72,7 @@ int flushFile(int file);
 ssize_t copyRange(int from, int to, off_t offset, std::size_t count);
 
 /// Copies the extended attributes, including access lists, as far as this process and the other file system accept
-/// them. Those that grant rights to a program, where a system has such, are copied only if the owner is the same.
+/// them. On some systems an attribute can grant rights to a program. It is copied only if the copy has the same owner.
 enum class OwnerKept : bool { No, Yes };
 int copyExtendedAttributes(int from, int to, OwnerKept ownerKept);
 
@@ -97,8 +97,8 @@ int copyCreationTime(int item, const struct stat& attributes);
 using ItemFlags = std::uint32_t;
 /// The flags that this process gives to a copy of the item; 0 for none.
 ItemFlags flagsForCopy(const struct stat& attributes);
-/// Sets exactly these flags. After that nothing else of the item may be changeable, not even its name. ENOTSUP if the
-/// system has no flags.
+/// Sets exactly these flags. They may make it impossible to change anything else of the item, even its name. ENOTSUP if
+/// the system has no flags.
 int setFlags(int item, ItemFlags flags);
 
 /// Creates a FIFO, a socket or a device, according to `mode`; nothing may have the name. ENOTSUP for a kind that the

@@ -26,8 +26,8 @@ class TrashName {
   std::size_t longest_;
 };
 
-/// A number from `first` on that is not taken. The number of calls is about twice the logarithm of how many are taken
-/// in a row. It is the smallest such number if the taken ones have no gaps.
+/// A number from `first` on that is not taken; the smallest of these if the taken ones have no gaps. `isTaken` is
+/// called about twice as often as the logarithm of how many are taken in a row.
 unsigned freeNumber(unsigned first, const std::function<bool(unsigned)>& isTaken);
 
 /// Moves an item into the folder in one step, under the first of its names that is free, and sets `name` to that.

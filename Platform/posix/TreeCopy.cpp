@@ -50,7 +50,7 @@ class CopyVisitor : public TreeVisitor {
   /// The copy's top folder, for the steps after the walk; none if it was not created.
   UniqueFd takeMade() { return std::move(made_); }
 
-  /// The walk has reached the copy: through another mount, the destination is inside the source.
+  /// The walk has reached the copy itself, because the destination is inside the source by way of another mount.
   bool intoItself() const { return intoItself_; }
 
   int entered(const FolderChain& chain, const std::string& name) override {

@@ -13,9 +13,9 @@
 
 namespace qm::posix {
 
-/// A copy in progress. `destination` must outlive this object. It is built under a hidden name beside that location.
-/// The destructor removes it, under whichever name it has, unless `keep` was called. It never removes an item that took
-/// its name.
+/// A copy in progress. It is built under a hidden name beside `destination`, which must outlive this object. The
+/// destructor removes the copy, under whichever name it has, unless `keep` was called. It never removes an item that
+/// took the name of the copy.
 class NewCopy {
  public:
   explicit NewCopy(const Place& destination) : destination_(destination), name_(temporaryName()) {}

@@ -8,8 +8,8 @@
 
 namespace qm::posix {
 
-/// A structure that a system call fills in. `call(structure, size)` returns how many bytes it wrote. Null unless these
-/// are all of them.
+/// A structure that a system call fills in. `call(structure, size)` returns how many bytes it wrote. Null unless it
+/// filled the whole structure.
 template <class Answer, class Call>
 std::optional<Answer> wholeAnswer(Call call) {
   constexpr int kSize = static_cast<int>(sizeof(Answer));

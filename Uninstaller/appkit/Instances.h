@@ -34,7 +34,8 @@ int sayThatNobodyAnswers(const std::string& program);
 /// Leaves the work to the instance that was started first, and returns the exit code for this process. Null if this
 /// process continues to run. `running` lists the instances of the program with a bundle identifier. Without an
 /// identifier other instances cannot be found. `activate` brings an instance to the front, and returns whether the
-/// system has accepted that. If it has not because the instance has ended meanwhile, this process continues to run.
+/// system has accepted that. If the instance has ended meanwhile, the system refuses, and this process continues to
+/// run.
 template <class Running, class Activate>
 std::optional<int> leaveToFirstInstance(const std::optional<std::string>& identifier, const Instance& own,
                                         const std::string& program, Running running, Activate activate) {

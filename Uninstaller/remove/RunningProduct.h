@@ -37,7 +37,7 @@ std::vector<ProductProcess> runningProduct(const std::set<uid_t>& users,
 /// to them. A process that is asked to quit has ten seconds; one that is ended has five before it is killed.
 ///
 /// Some systems have no handle for a process that is not a child, so another process may have got the number meanwhile.
-/// Therefore name and user are read again right before each signal, and a process with others gets none.
+/// Therefore name and user are read again right before each signal. If they have changed, no signal is sent.
 std::vector<ProductProcess> endProduct(const std::set<uid_t>& users, IfRunning how,
                                        const ProcessList& processes = systemProcesses());
 

@@ -47,8 +47,8 @@ int install(std::vector<sock_filter> program, unsigned flags = 0) {
   return static_cast<int>(installed);
 }
 
-/// Actions use static objects, which the process destroys at its end. The kernel keeps the order of the two, and
-/// ThreadSanitizer sees it by this number.
+/// Actions use static objects, which the process destroys at its end. The kernel ensures that an action is done before
+/// that. ThreadSanitizer cannot see this order, so this number shows it.
 std::atomic<int> actionsDone{0};
 
 /// Makes the calls on behalf of another thread of this process.

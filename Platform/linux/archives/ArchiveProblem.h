@@ -15,7 +15,8 @@ inline constexpr std::size_t kLongestArchiveName = 4095;
 /// control a terminal, are shown as "?".
 std::string shownName(std::string_view name);
 
-/// "name: why", without a full stop. A failure with a system's error number, or with a sentence of its own.
+/// A failure with the message "name: why", without a full stop. `error` is the system's number, whose text is the
+/// reason; or `why` is the reason itself.
 platform::Status problemWith(std::string_view name, int error);
 platform::Status problemWith(std::string_view name, const std::string& why);
 /// The same for an error of opening or creating the item: some numbers get a sentence about what is in the way. 0 gives

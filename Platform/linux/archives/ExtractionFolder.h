@@ -25,9 +25,9 @@ class ExtractionFolder {
 
   /// Creates one item, and the folders on the way to it. `reader` supplies the contents of a file.
   platform::Status add(const ZipEntry& entry, ZipReader& reader, const std::function<bool()>& isStopped);
-  /// Sets permissions and times of the folders, which could have kept items out or been changed by them; until then new
-  /// folders are accessible to their owner alone. Call it even after a failure to add an item. Existing folders of
-  /// other users are not changed. Continues past failures and returns the first.
+  /// Sets permissions and times of the folders. That is done last, because permissions could keep items out, and adding
+  /// items changes the times. Until then new folders are accessible to their owner alone. Call it even after a failure
+  /// to add an item. Existing folders of other users are not changed. Continues past failures and returns the first.
   platform::Status finish();
 
   int descriptor() const { return root_.get(); }

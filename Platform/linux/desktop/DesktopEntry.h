@@ -18,7 +18,7 @@ struct DesktopEntry {
 };
 
 /// How an entry created for the product is recognised: by a key in it. Its file's name begins with `filePrefix`. The
-/// texts outlive every user.
+/// texts outlive all code that uses them.
 struct EntryMark {
   std::string_view key;
   std::string_view filePrefix;

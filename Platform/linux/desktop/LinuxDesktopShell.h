@@ -18,10 +18,10 @@ namespace qm::linux_ {
 /// The freedesktop.org desktop of the process's user; as root, of the user at the console, with that user's rights. The
 /// services outlive it.
 ///
-/// An update notice is a signal on the session's message bus, upon which file managers that do not watch folders
-/// themselves read them again. An application is registered by an entry in the user's applications folder, named after
-/// the bundle's identifier: of several copies of one application, the last registered is the one in the menu. An entry
-/// that this class did not create is never replaced.
+/// An update notice is a signal on the session's message bus. File managers that do not watch folders themselves then
+/// read the folder again. An application is registered by an entry in the user's applications folder, named after the
+/// bundle's identifier: of several copies of one application, the last registered is the one in the menu. An entry that
+/// this class did not create is never replaced.
 class LinuxDesktopShell : public platform::DesktopShell {
  public:
   static constexpr std::chrono::milliseconds kBusLimit{3000};

@@ -21,7 +21,8 @@ int readLargestCapacity() {
   return capacity >= kDefaultCapacity && capacity <= (1L << 30) ? static_cast<int>(capacity) : kUsualLargestCapacity;
 }
 
-// A user whose pipes already hold a lot is refused the largest size, and later every larger one.
+// The system limits the capacity of all of a user's pipes together. Near that limit it refuses the largest sizes, and
+// at the limit every one above the default.
 void growPipe(int descriptor) {
   static const int largest = readLargestCapacity();
   for (int capacity = largest; capacity > kDefaultCapacity; capacity /= 2) {

@@ -19,8 +19,8 @@ std::optional<std::string> prettyName(std::string_view osRelease);
 std::optional<std::string> runningExecutable();
 
 /// Facts from the kernel and the distribution. The program's information dictionary is an Info.plist beside the folder
-/// of the executable (Contents/MacOS/program has Contents/Info.plist), or that of its name in the product's
-/// `dataFolder`.
+/// of the executable (Contents/MacOS/program has Contents/Info.plist). If there is none, it is the Info.plist in the
+/// folder with the program's name in the product's `dataFolder`.
 class SystemFacts : public platform::SystemInformation {
  public:
   SystemFacts(const platform::PropertyLists& propertyLists, const platform::ProductIdentity& product,

@@ -86,8 +86,8 @@ class RootMove::Steps {
     return record_.origin.substr(top == "/" ? 1 : top.size() + 1);
   }
 
-  // On a volume that somebody plugged in, and in folders on it, the owner "root" means nothing: a copy would make that
-  // user's files root's.
+  // On a volume that a user plugged in, the owner "root" means nothing: a copy of that user's files would belong to
+  // root.
   bool isOnTrustedVolume() const {
     struct statvfs volume {};
     return ::fstatvfs(source_.folder.get(), &volume) == 0 && (volume.f_flag & (ST_NODEV | ST_NOSUID)) == 0;
@@ -230,7 +230,8 @@ class RootMove::Steps {
   const FileSystemIdentity person_;
   const std::string wanted_;
   TrashRecord record_;
-  /// Where the item comes from, and whether the user can reach it there.
+  /// Whether three things are known: where the item comes from, whether the user can reach it there, and the Trash's
+  /// path.
   bool isKnown_ = false;
   std::string note_;
   int unfinished_ = 0;

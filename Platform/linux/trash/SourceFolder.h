@@ -21,8 +21,8 @@ struct SourceFolder {
 };
 
 /// Opens a folder by an absolute path that may contain links. As root, links that only root can make are followed with
-/// root's rights. From any other link on, only the rights of the user it works for are used; if it works for root
-/// itself, the path is refused.
+/// root's rights. From any other link on, only the rights of the user that the process works for are used. If it works
+/// for root itself, the path is refused.
 TrashAnswer<SourceFolder> openSourceFolder(const std::string& folder, const TrashUser& user);
 
 /// The same with the user's rights for the whole path.

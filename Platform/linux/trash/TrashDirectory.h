@@ -39,8 +39,8 @@ using OpenedTrash = TrashAnswer<SharedTrashDirectory>;
 /// Whether a missing Trash, or a missing folder of it, is created.
 enum class MissingTrash { IsMade, StaysMissing };
 
-/// Opens a folder in another one. If nothing is there, it is created for its owner alone, or there is no descriptor and
-/// errno is ENOENT. A link is followed unless `flags` contain O_NOFOLLOW.
+/// Opens a folder in another one. If nothing is there, `missing` decides: the folder is created for its owner alone, or
+/// there is no descriptor and errno is ENOENT. A link is followed unless `flags` contain O_NOFOLLOW.
 posix::UniqueFd openOrMakeFolder(int parent, const std::string& name, int flags, MissingTrash missing);
 
 /// Opens the user's Trash `name` of `parent` with its two folders. Links, and folders of other users, are refused.

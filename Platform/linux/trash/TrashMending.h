@@ -35,7 +35,7 @@ int returnToTrash(const TrashDirectory& trash, const FileSystemIdentity& person,
 void mendPutBacks(const TrashDirectory& trash, const FileSystemIdentity& person);
 
 /// Finishes or undoes every interrupted move to this Trash, or back from it. What cannot be mended now keeps its
-/// record, also because the volume of the item's place is not mounted. An item that was taken out of the Trash is
+/// record, for example if the volume of the item's place is not mounted. An item that was taken out of the Trash is
 /// returned even then.
 void mendTrashMoves(const TrashDirectory& trash, const FileSystemIdentity& person);
 

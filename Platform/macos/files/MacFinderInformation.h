@@ -7,7 +7,7 @@
 namespace qm::macos {
 
 /// Finder information, which the system presents as an extended attribute. Root changes it with the rights of whoever
-/// could put another item in the place of this one (see `RightsForPaths`), but not as `obstacleToChanging` forbids.
+/// could put another item in the place of this one (see `RightsForPaths`), unless `obstacleToChanging` forbids it.
 class MacFinderInformation final : public platform::FinderInformation {
  public:
   /// The users must outlive this object.

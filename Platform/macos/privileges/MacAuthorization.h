@@ -68,7 +68,7 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
 
   platform::Console& console_;
-  std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; before mutex_
+  std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; locked before mutex_
   std::mutex mutex_;
   std::string hollowFolder_;                                 // guarded by mutex_
   std::uintptr_t lastSession_ = 0;                           // guarded by mutex_

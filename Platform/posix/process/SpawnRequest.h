@@ -22,8 +22,8 @@ int keepStream(posix_spawn_file_actions_t* actions, int stream);
 /// This process's environment as it is now, terminated by a null pointer. Any change of the environment may move it.
 char** ownEnvironment();
 
-/// Everything that a child inherits: its standard streams, and nothing else of its parent's. It starts with default
-/// signals, none of them blocked, in the parent's working folder.
+/// Starts a child that inherits no descriptor of its parent's but its standard streams. All its signals have the
+/// default handling, and none is blocked. Its working folder is the parent's.
 class SpawnRequest {
  public:
   SpawnRequest();

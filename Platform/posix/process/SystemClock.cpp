@@ -39,7 +39,8 @@ foundation::CivilTime SystemClock::localTime(std::chrono::system_clock::time_poi
           static_cast<int>(local.tm_gmtoff / 60)};
 }
 
-/// What is left is computed anew after each signal. Any span can be asked for, so it is not converted to a finer unit.
+/// What is left is computed anew after each signal. The span may be of any length, so it is not converted to a finer
+/// unit, in which it could overflow.
 void SystemClock::sleep(microseconds span) {
   const auto begin = steady_clock::now();
   for (microseconds left = span; left > microseconds::zero(); left = span - sinceThen(begin)) {

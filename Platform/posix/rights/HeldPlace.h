@@ -20,7 +20,7 @@ int openHeldPlace(const std::string& path, Place& place, std::string* refusal = 
 /// The same for a path that may be the root, which is named "." in itself because it is in no folder.
 int openHeldPlaceOrRoot(const std::string& path, Place& place);
 
-/// The same for the first folder on the way up that there is.
+/// The same. If the folder is missing, opens the nearest existing one above it, with the name of what is missing there.
 int openNearestHeldPlace(std::string path, Place& place);
 
 /// The path without links on the way; a link at its end stays. If its folder cannot be opened, the path is returned

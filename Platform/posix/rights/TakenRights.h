@@ -16,18 +16,18 @@ struct ThreadIds {
 /// What a call to take rights has done if it failed: some of its steps, or nothing because it consists of one.
 enum class FailedCall { MayHaveTakenSome, TookNothing };
 
-/// The order in which a thread takes another user's rights and gives them back, over the system's calls. `call` returns
-/// whether it succeeded. `now` returns the ids that the thread has. They are compared after each call, because a call
-/// that succeeds may still have changed nothing.
+/// The order in which a thread takes another user's rights and gives them back. The system's calls are parameters:
+/// `call` returns whether it succeeded. `now` returns the ids that the thread has. They are compared after each call,
+/// because a call that succeeds may still have changed nothing.
 class TakenRights {
  public:
   /// Whether the thread has the rights that it took last, or has given them back. False after a call that failed, until
   /// rights are taken anew.
   bool ok() const { return ok_; }
 
-  /// Does nothing while the thread has taken rights. After a failed call that may have taken some, there are rights to
-  /// give back. After one that took nothing there are none. Giving back could then end rights that another object has
-  /// taken for the same thread.
+  /// Does nothing while the thread has taken rights. After a failed call that may have taken some, `giveBack` gives
+  /// them back. After one that took nothing, `giveBack` does nothing, because it could end rights that another object
+  /// has taken for the same thread.
   template <class Call, class Now>
   void take(const ThreadIds& wanted, Call call, Now now, FailedCall failed = FailedCall::MayHaveTakenSome) {
     if (taken_) return;

@@ -95,8 +95,8 @@ std::vector<WorkFolder> WorkFolder::leftIn(int folder, std::string_view prefix) 
   return left;
 }
 
-// Its contents are removed by its descriptor. Its name is removed only while it is still its own, because others may
-// change the parent folder.
+// The contents are removed by the folder's descriptor. The name is removed only while it still refers to this folder,
+// because others may change the parent folder.
 int WorkFolder::remove() const {
   std::vector<std::string> names;
   UniqueFd listed(::openat(own_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));

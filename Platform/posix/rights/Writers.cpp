@@ -52,7 +52,7 @@ Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct
   Writers writers;
   if (folderStatus.st_uid != 0) writers.persons.insert(folderStatus.st_uid);
   if (othersMayWrite(folder, folderStatus)) {
-    // An access list can grant to rename what is another's, whatever the sticky bit says.
+    // An access list can permit renaming other users' items, in spite of the sticky bit.
     const bool sticky = (folderStatus.st_mode & S_ISVTX) != 0 && !hasListThatGrantsWriting(folder);
     const bool couldBeMovedIn = entry.st_uid == 0 && S_ISLNK(entry.st_mode);
     if (sticky && entry.st_uid != 0) writers.persons.insert(entry.st_uid);

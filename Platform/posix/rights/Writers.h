@@ -26,9 +26,9 @@ struct Writers {
   void add(const Writers& others);
 };
 
-/// Who can replace the item `entry` of `folder` by another one. A group counts as anybody, because at best a directory
-/// service knows who has it as the primary group. In a sticky folder an item can be replaced by its owner; a root-owned
-/// item there could have been moved in by anybody.
+/// Who can replace the item `entry` of `folder` by another one. A group counts as anybody, because its members cannot
+/// all be listed: only a directory service may know whose primary group it is. In a sticky folder an item can be
+/// replaced by its owner; a root-owned link there could have been moved in by anybody.
 Writers writersOfEntry(int folder, const struct stat& folderStatus, const struct stat& entry);
 
 /// Whether nobody but root can create, rename or remove anything in the folder.

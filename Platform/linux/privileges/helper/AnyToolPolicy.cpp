@@ -40,7 +40,7 @@ PreparedWork AnyToolPolicy::prepare(const Launch& launch, const UserRecord& pers
   if (only_ && (launch.tool != only_->tool || launch.arguments != only_->arguments)) {
     return Refusal{EPERM, launch.tool + ": rights were given for another command"};
   }
-  // In a dialog such a character could disguise the command.
+  // In a dialog, characters that `isPlainText` rejects could disguise the command.
   if (only_ && !canBeShown(launch)) return Refusal{EPERM, launch.tool + ": no dialog can show this command"};
   const Answer<std::string> program = checkedProgram(launch.tool);
   if (!program) return program.problem();

@@ -19,8 +19,8 @@ inline constexpr std::size_t kMostArguments = 4096;
 /// The longest reason or note, in bytes; longer ones are cut.
 inline constexpr std::size_t kLongestText = 1024;
 
-/// The option of a removal that removes the one folder after it, and only if nothing but empty folders and housekeeping
-/// files is in that. The real rm has no such option.
+/// The option of a removal of one folder, whose path follows it. The folder is removed only if nothing but empty
+/// folders and housekeeping files is in it. The real rm has no such option.
 inline constexpr std::string_view kIfHollow = "--if-hollow";
 
 /// The helper's first message: rights are granted.
