@@ -4,13 +4,13 @@
 #include <unistd.h>
 #include <cstring>
 
-#include <cerrno>
 #include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Platform/posix/process/Descriptors.h"
+#include "Platform/posix/process/Uninterrupted.h"
 
 namespace qm::linux_ {
 namespace {
@@ -47,17 +47,10 @@ bool sendCredentials(int fd, const std::string& user, const std::string& passwor
   return bytes.writeTo(fd);
 }
 
-std::size_t readOnce(int fd, char* bytes, std::size_t size) {
-  ssize_t got = 0;
-  do {
-    got = ::read(fd, bytes, size);
-  } while (got < 0 && errno == EINTR);
-  return got > 0 ? static_cast<std::size_t>(got) : 0;
-}
-
+// One byte more than that is read, so that no longer answer passes for it.
 bool saysReady(int fd) {
-  char text[16] = {};
-  return std::string_view(text, readOnce(fd, text, sizeof text)) == "ready\n";
+  char text[sizeof "ready\n"] = {};
+  return std::string_view(text, posix::readOnce(fd, text, sizeof text)) == "ready\n";
 }
 
 }  // namespace
@@ -84,8 +77,8 @@ bool TerminalAgent::start(const std::string& program) {
     return false;
   }
   pipe.writing.reset();
-  char unused = 0;
-  return readOnce(pipe.reading.get(), &unused, 1) == 0;
+  char unused{};
+  return posix::readOnce(pipe.reading.get(), &unused, 1) == 0;
 }
 
 }  // namespace qm::linux_

@@ -11,6 +11,7 @@
 #include <sstream>
 #include <utility>
 
+#include "Platform/posix/process/ChildWait.h"
 #include "Platform/posix/process/SpawnRequest.h"
 
 namespace qm::linux_ {
@@ -38,26 +39,29 @@ int ChildProgram::start(const std::string& path, const std::vector<std::string>&
   request.connect(STDIN_FILENO, streams.input);
   request.connect(STDOUT_FILENO, streams.output);
   request.connect(STDERR_FILENO, streams.errors);
-  pid_t child = -1;
+  pid_t child{};
   if (const int error = request.spawn(path, arguments, &child, environment().data()); error != 0) return error;
   handle_ = posix::ProcessHandle::open(child);
-  return handle_ ? 0 : errno;
+  if (handle_) return 0;
+  const int error = errno;
+  ::kill(child, SIGKILL);
+  posix::waitForChild(child);
+  return error;
 }
 
 int ChildProgram::wait() {
-  if (!handle_) return -1;
   handle_.waitForExit();
   const auto status = handle_.reap();
   handle_ = posix::ProcessHandle();
-  return status.value_or(-1);
+  return status.value_or(posix::ProcessHandle::kUnknownStatus);
 }
 
 // A child that runs with other rights cannot be signalled; it ends by itself when its connection ends.
 void ChildProgram::end() {
   if (!handle_) return;
   handle_.signal(SIGTERM);
-  pollfd ended{handle_.descriptor(), POLLIN, 0};
-  if (::poll(&ended, 1, kPatienceMilliseconds) <= 0) handle_.signal(SIGKILL);
+  pollfd ended{handle_.descriptor(), POLLIN, {}};
+  if (::poll(&ended, 1, kPatienceMilliseconds) != 1) handle_.signal(SIGKILL);
   wait();
 }
 
@@ -65,9 +69,7 @@ void ChildProgram::end() {
 std::string ownStartTime() {
   std::ifstream file("/proc/self/stat");
   const std::string text{std::istreambuf_iterator<char>(file), {}};
-  const std::size_t bracket = text.rfind(')');
-  if (bracket == std::string::npos) return {};
-  std::istringstream fields(text.substr(bracket + 1));
+  std::istringstream fields(text.substr(text.rfind(')') + 1));
   std::string field;
   for (int number = 3; number <= kStartTimeField; ++number) fields >> field;
   return field;

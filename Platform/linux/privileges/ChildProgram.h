@@ -27,10 +27,11 @@ class ChildProgram {
     int errors = -1;
   };
 
-  /// Starts a program. Returns 0 or an error number.
+  /// Starts a program. Returns 0 or an error number, and then nothing runs.
   int start(const std::string& path, const std::vector<std::string>& arguments, const Streams& streams);
 
-  /// Blocks until the child has exited. Returns its exit status; -1 if there is no child, or a signal ended it.
+  /// Blocks until the child has exited. Returns its exit status, or the number of the signal that ended it; -1
+  /// if there is no child.
   int wait();
   /// Ends the child, first with SIGTERM.
   void end();

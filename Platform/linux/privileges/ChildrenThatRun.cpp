@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/ChildrenThatRun.h"
 
-#include <poll.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/types.h>
-#include <unistd.h>
+#include <sys/wait.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <system_error>
 
 #include "Platform/posix/OwnItem.h"
-#include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
 namespace {
@@ -35,19 +31,17 @@ std::optional<pid_t> childThatRuns(const std::string& program) {
   std::error_code error;
   for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", error)) {
     std::ifstream children(thread.path() / "children");
-    for (pid_t child = 0; children >> child;) {
+    for (pid_t child{}; children >> child;) {
       if (runs(child, program)) return child;
     }
   }
   return std::nullopt;
 }
 
-/// A child is reaped only after it has ended; until then the process id is its own.
-void waitForEnd(pid_t process) {
-  const posix::UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
-  pollfd watched{handle.get(), POLLIN, 0};
-  while (handle && ::poll(&watched, 1, -1) < 0 && errno == EINTR) {
-  }
+/// Also returns if a signal interrupts it.
+void waitForEnd(pid_t child) {
+  siginfo_t unused{};
+  ::waitid(P_PID, static_cast<id_t>(child), &unused, WEXITED | WNOWAIT);
 }
 
 }  // namespace

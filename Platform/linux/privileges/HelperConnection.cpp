@@ -5,12 +5,13 @@
 #include <sys/wait.h>
 
 #include <array>
-#include <cerrno>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
 #include "Platform/linux/privileges/ConsoleText.h"
 #include "Platform/posix/process/SocketMessage.h"
+#include "Platform/posix/process/Uninterrupted.h"
 
 namespace qm::linux_ {
 
@@ -24,21 +25,18 @@ bool receive(int socket, std::string& bytes, UniqueFd& descriptor) {
   std::array<char, 4096> block{};
   posix::SocketMessage<int> message(block.data(), block.size());
   message.makeRoom();
-  ssize_t got = 0;
-  do {
-    got = ::recvmsg(socket, message.get(), MSG_CMSG_CLOEXEC);
-  } while (got < 0 && errno == EINTR);
+  const ssize_t got = posix::uninterrupted([&] { return ::recvmsg(socket, message.get(), MSG_CMSG_CLOEXEC); });
   if (got <= 0) return false;
   descriptor = UniqueFd(message.attached(SCM_RIGHTS).value_or(-1));
   bytes.assign(block.data(), static_cast<std::size_t>(got));
   return true;
 }
 
-bool sendAll(int socket, const std::string& bytes) {
-  for (std::size_t sent = 0; sent < bytes.size();) {
-    const ssize_t count = ::send(socket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-    if (count < 0 && errno != EINTR) return false;
-    if (count > 0) sent += static_cast<std::size_t>(count);
+bool sendAll(int socket, std::string_view rest) {
+  while (!rest.empty()) {
+    const ssize_t sent = posix::uninterrupted([&] { return ::send(socket, rest.data(), rest.size(), MSG_NOSIGNAL); });
+    if (sent == -1) return false;
+    rest.remove_prefix(static_cast<std::size_t>(sent));
   }
   return true;
 }
@@ -99,9 +97,9 @@ void HelperConnection::State::takeExited(const Exited& exited) {
   std::string tool;
   {
     const std::scoped_lock lock(mutex);
-    const auto found = running.find(exited.number);
-    if (found != running.end()) tool = found->second;
-    running.erase(exited.number);
+    const auto found = running.extract(exited.number);
+    if (found.empty()) return;
+    tool = found.mapped();
   }
   if (exited.waitStatus != 0) {
     console.print(inOneLine(tool + " " + endText(exited.waitStatus) + (exited.note.empty() ? "" : ": " + exited.note)));

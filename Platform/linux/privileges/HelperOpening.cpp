@@ -13,6 +13,7 @@
 #include "Platform/linux/privileges/AuthenticationAgents.h"
 #include "Platform/posix/ErrorWords.h"
 #include "Platform/posix/process/Descriptors.h"
+#include "Platform/posix/process/Uninterrupted.h"
 
 namespace qm::linux_ {
 namespace {
@@ -25,7 +26,7 @@ constexpr int kNotAuthorized = 127;
 constexpr std::size_t kLongestErrors = 4096;
 
 bool makeSocketPair(UniqueFd& own, UniqueFd& helpers) {
-  int ends[2] = {-1, -1};
+  int ends[2] = {};
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
   own = posix::aboveStandardStreams(UniqueFd(ends[0]));
   helpers = posix::aboveStandardStreams(UniqueFd(ends[1]));
@@ -35,11 +36,8 @@ bool makeSocketPair(UniqueFd& own, UniqueFd& helpers) {
 // The bytes that came; empty at the end.
 std::string readSome(int fd) {
   std::array<char, 1024> block{};
-  ssize_t got = 0;
-  do {
-    got = ::read(fd, block.data(), block.size());
-  } while (got < 0 && errno == EINTR);
-  return got > 0 ? std::string(block.data(), static_cast<std::size_t>(got)) : std::string();
+  const std::size_t size = posix::readOnce(fd, block.data(), block.size());
+  return {block.data(), size};
 }
 
 // The line of pkexec's output that gives the reason; the rest is for people at a terminal.
@@ -95,8 +93,8 @@ class PkexecRun {
 
   bool waitForHello() {
     while (!ended_ && !granted_) {
-      pollfd watched[] = {{socket_.get(), POLLIN, 0}, {errorsReading_ ? errorsReading_.get() : -1, POLLIN, 0}};
-      if (::poll(watched, 2, -1) < 0 && errno != EINTR) return false;
+      pollfd watched[] = {{socket_.get(), POLLIN, {}}, {errorsReading_.get(), POLLIN, {}}};
+      if (::poll(watched, 2, -1) == -1 && errno != EINTR) endConnection();
       if (watched[1].revents != 0) takeErrors();
       if (watched[0].revents != 0) takeMessage();
     }
@@ -115,8 +113,13 @@ class PkexecRun {
     reader_.append(bytes);
     const auto message = reader_.next();
     granted_ = message && *message == Message(Hello{});
-    ended_ = bytes.empty() || (message && !granted_) || reader_.isBroken();
-    if (ended_) socket_.reset();
+    if (bytes.empty() || (message && !granted_) || reader_.isBroken()) endConnection();
+  }
+
+  // A helper that is still started ends at once then.
+  void endConnection() {
+    ended_ = true;
+    socket_.reset();
   }
 
   UniqueFd socket_;
@@ -128,7 +131,7 @@ class PkexecRun {
   bool ended_ = false;
 };
 
-bool hasTerminal() { return static_cast<bool>(UniqueFd(::open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY))); }
+bool hasTerminal() { return static_cast<bool>(UniqueFd(::open("/dev/tty", O_RDONLY | O_CLOEXEC))); }
 
 }  // namespace
 

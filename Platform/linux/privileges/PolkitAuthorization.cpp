@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -17,6 +16,7 @@
 #include "Platform/linux/rights/UserDatabase.h"
 #include "Platform/linux/trash/DesktopTrash.h"
 #include "Platform/linux/trash/TrashFinder.h"
+#include "Platform/posix/process/Uninterrupted.h"
 
 namespace qm::linux_ {
 
@@ -38,12 +38,8 @@ class OutputPipe : public CommunicationsPipe {
 
  private:
   bool fill() {
-    ssize_t got = 0;
-    do {
-      got = ::read(fd_.get(), block_.data(), block_.size());
-    } while (got < 0 && errno == EINTR);
     next_ = 0;
-    size_ = got > 0 ? static_cast<std::size_t>(got) : 0;
+    size_ = posix::readOnce(fd_.get(), block_.data(), block_.size());
     return size_ > 0;
   }
 
@@ -172,7 +168,6 @@ AuthorizationStatus PolkitAuthorization::keep(AuthorizationRef session, HelperOp
     return opening.status;
   }
   if (opening.connection) {
-    opening.connection.reset();
     opening.status = errAuthorizationInvalidRef;
   } else {
     const std::vector<std::string> arguments(command.begin() + (command.empty() ? 0 : 1), command.end());

@@ -2,22 +2,21 @@
 #include "Platform/linux/privileges/agent/Credentials.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
+
+#include "Platform/posix/process/Uninterrupted.h"
 
 namespace qm::linux_ {
 namespace {
 
 bool readAll(int fd, char* bytes, std::size_t size) {
   while (size > 0) {
-    const ssize_t got = ::read(fd, bytes, size);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
+    const std::size_t got = posix::readOnce(fd, bytes, size);
+    if (got == 0) return false;
     bytes += got;
-    size -= static_cast<std::size_t>(got);
+    size -= got;
   }
   return true;
 }
