@@ -11,6 +11,9 @@
 /// error number otherwise.
 namespace qm::macos {
 
+/// The system's error number (ENOATTR) for an extended attribute that an item does not have.
+inline constexpr int kNoAttribute = 93;
+
 /// A clone has the attributes of its file from the beginning. So a file with a set-user-id or set-group-id bit is not
 /// cloned, because the clone may have another owner and would run with that owner's rights. A file that its owner may
 /// not read, or that is locked, is not cloned, because the clone could not be opened or changed. The number is not

@@ -12,11 +12,14 @@
 #include <array>
 #include <cerrno>
 
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/posix/rights/HeldPlace.h"
 #include "Platform/posix/rights/Writers.h"
 
 namespace qm::macos {
 namespace {
+
+static_assert(kNoAttribute == ENOATTR);
 
 /// The layout of the attributes that the system returns.
 struct __attribute__((packed, aligned(4))) Numbers {
@@ -63,9 +66,7 @@ std::optional<std::string> NumberedItem::path() const {
 std::optional<struct stat> NumberedItem::status() const { return posix::statusIn(AT_FDCWD, handle().c_str()); }
 
 ssize_t NumberedItem::finderInformation(unsigned char* bytes, std::size_t size) const {
-  const ssize_t found = ::getxattr(handle().c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
-  if (found < 0 && errno == ENOATTR) errno = ENODATA;
-  return found;
+  return ::getxattr(handle().c_str(), XATTR_FINDERINFO_NAME, bytes, size, 0, XATTR_NOFOLLOW);
 }
 
 int NumberedItem::setFinderInformation(const unsigned char* bytes, std::size_t size) const {

@@ -23,7 +23,7 @@ int writeFlags(const NumberedItem& item, std::uint16_t flags, bool isRoot) {
   if (!status) return errno;
   if (const int obstacle = obstacleToChanging(*status, isRoot)) return obstacle;
   const auto set = [&](const unsigned char* bytes, std::size_t size) { return item.setFinderInformation(bytes, size); };
-  return posix::writeFinderFlags(getterOf(item), set, flags);
+  return posix::writeFinderFlags(getterOf(item), set, flags, kNoAttribute);
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ int writeFlags(const NumberedItem& item, std::uint16_t flags, bool isRoot) {
 std::optional<std::uint16_t> MacFinderInformation::finderFlags(const platform::FileReference& reference) const {
   const NumberedItem* const item = NumberedItem::in(reference);
   posix::FinderBytes bytes{};
-  if (item == nullptr || posix::readFinderBytes(getterOf(*item), bytes) != 0) return std::nullopt;
+  if (item == nullptr || posix::readFinderBytes(getterOf(*item), bytes, kNoAttribute) != 0) return std::nullopt;
   return posix::finderFlagsIn(bytes);
 }
 

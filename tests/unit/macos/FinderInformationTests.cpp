@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "Platform/macos/files/ItemRules.h"
 #include "Platform/macos/files/MacFileReferences.h"
 #include "Platform/macos/files/MacFinderInformation.h"
 #include "tests/fakes/FakePlatform.h"
@@ -40,7 +41,7 @@ TEST_F(FinderInformation, KeepsTheFlagsOfAnItem) {
 }
 
 TEST_F(FinderInformation, IsThatOfAnItemWithoutTheAttributeUntilItIsSet) {
-  onlyItem.readError = ENODATA;
+  onlyItem.readError = kNoAttribute;
   EXPECT_EQ(flags(), 0U);
   EXPECT_EQ(set(), 0);
   EXPECT_EQ(onlyItem.writes, 1);
