@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "Uninstaller/remove/LogLines.h"
 
+#include <syslog.h>
+
 #include <algorithm>
 #include <iterator>
 
 #include "Uninstaller/remove/Options.h"
 
 namespace qm::removal {
+
+int priorityOf(const LogLine& line) { return line.isWarning ? LOG_WARNING : LOG_NOTICE; }
 
 bool isLogged(const ReportItem& item) {
   constexpr Outcome kLogged[] = {Outcome::Trashed, Outcome::Removed, Outcome::Stayed, Outcome::Restored, Outcome::Lost};

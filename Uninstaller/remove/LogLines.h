@@ -14,6 +14,9 @@ struct LogLine {
   bool isWarning = false;  ///< something is left
 };
 
+/// The priority of a line for syslog(3). None is below a notice, because a Mac keeps no such lines.
+int priorityOf(const LogLine& line);
+
 /// Whether the log mentions the item: it was moved, or it stayed.
 bool isLogged(const ReportItem& item);
 

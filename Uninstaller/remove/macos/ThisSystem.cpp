@@ -61,9 +61,7 @@ std::string launchControlTool() { return "/bin/launchctl"; }
 
 void recordInSystemLog(const Report& report) {
   ::openlog("tessaly-remove", LOG_PID, LOG_USER);
-  for (const LogLine& line : logLinesOf(report)) {
-    ::syslog(line.isWarning ? LOG_WARNING : LOG_NOTICE, "%s", line.text.c_str());
-  }
+  for (const LogLine& line : logLinesOf(report)) ::syslog(priorityOf(line), "%s", line.text.c_str());
 }
 
 }  // namespace qm::removal

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <syslog.h>
 
 namespace qm::removal {
 namespace {
@@ -44,6 +45,11 @@ TEST(LogLines, WarnOfALostItem) {
   const auto lines = logLinesOf(reportOf({Outcome::Lost}));
   ASSERT_EQ(lines.size(), 2U);
   EXPECT_TRUE(lines.front().isWarning);
+}
+
+TEST(LogLines, AreNoticesOrWarnings) {
+  EXPECT_EQ(priorityOf({"", false}), LOG_NOTICE);
+  EXPECT_EQ(priorityOf({"", true}), LOG_WARNING);
 }
 
 TEST(LogLines, AreNoneOfAPlan) {
