@@ -32,6 +32,9 @@ FileError removeHollowFolder(int parent, const std::string& name,
 std::optional<std::vector<std::string>> hollowFolderItems(
     int parent, const std::string& name, const std::function<bool(const std::string& name)>& isExpendable);
 
+/// For `isExpendable`: whether the Finder keeps its notes about a folder under this name.
+inline bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
+
 /// For `isExpendable`: whether the name is among these, which must outlive the result.
 inline std::function<bool(const std::string& name)> isOneOf(const std::vector<std::string>& names) {
   return [&names](const std::string& name) { return std::ranges::find(names, name) != names.end(); };

@@ -10,6 +10,9 @@
 /// Thin wrappers of the calls of Authorization Services.
 namespace qm::macos {
 
+/// When a session is freed with this option, its rights are also taken from everybody who shares them.
+inline constexpr platform::AuthorizationFlags kDestroyRights = 8;
+
 platform::AuthorizationStatus createSession(const platform::AuthorizationItems& environment,
                                             platform::AuthorizationFlags flags, platform::AuthorizationRef* session);
 platform::AuthorizationStatus copySessionRights(platform::AuthorizationRef session,

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/macos/privileges/MacAuthorization.h"
 
-#include <sys/stat.h>
-
-#include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "Platform/foundation/PathComponents.h"
@@ -12,8 +8,7 @@
 #include "Platform/posix/HollowFolder.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/process/NoPipeMeanwhile.h"
-#include "Platform/posix/rights/PathWriters.h"
-#include "Platform/posix/rights/ToolTrees.h"
+#include "Platform/posix/rights/ToolRefusal.h"
 
 namespace qm::macos {
 namespace {
@@ -21,69 +16,19 @@ namespace {
 using namespace platform;  // the names of Authorization Services are long enough as they are
 
 constexpr const char* kRemove = "/bin/rm";
-/// When a session is freed with this option, its rights are also taken from everybody who shares them.
-constexpr AuthorizationFlags kDestroyRights = 8;
 /// Started in place of a tool that is refused: it does nothing and fails.
 constexpr const char* kNothing = "/usr/bin/false";
-
-/// Whether every argument of the tool that is not an option is a path, even a relative one. Such a path must be among
-/// those that are checked: who can redirect it cannot be determined, so the tool is refused.
-bool takesPathsOnly(const std::string& tool) {
-  constexpr const char* kTools[] = {"/bin/cp", "/bin/mkdir", "/bin/mv", "/bin/rm", "/usr/bin/ditto", "/usr/bin/touch"};
-  return std::ranges::find(kTools, tool) != std::end(kTools);
-}
-
-bool isPath(const std::string& argument) { return argument.starts_with('/'); }
-bool isNoOption(const std::string& argument) { return !argument.starts_with('-'); }
-
-bool isLed(const std::string& path) { return !posix::writersOfPath(path).none(); }
 
 /// Lists a folder that contains only folders and the Finder's files: every path before that of the folder that contains
 /// it, the folder itself last. Null if it contains anything else, or if that cannot be determined.
 std::optional<std::vector<std::string>> hollowItemsAt(const std::string& folder) {
-  const auto isHousekeeping = [](const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; };
   posix::Place place;
   if (posix::openPlace(folder, place) != 0) return std::nullopt;
-  auto items = posix::hollowFolderItems(place.folder.get(), place.name, isHousekeeping);
+  auto items = posix::hollowFolderItems(place.folder.get(), place.name, posix::isHousekeeping);
   if (!items) return std::nullopt;
   const std::string above = foundation::deletingLastPathComponent(folder);
   for (std::string& item : *items) item = foundation::appendingPathComponent(above, item);
   return items;
-}
-
-bool isFolder(const std::string& path) {
-  struct stat found {};
-  return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
-}
-
-/// Whether the tool puts its items into the destination instead of in its place.
-bool putsIntoFolder(const std::string& tool, const std::string& destination) {
-  return (tool == "/bin/cp" || tool == "/bin/mv") && isFolder(destination);
-}
-
-/// All paths that the tool may use. They include the path that each item of a copy or move would get if the destination
-/// is an existing folder. If the destination is no folder now, nobody but root can put a folder there later: the
-/// destination is checked as well.
-std::vector<std::string> pathsOf(const std::string& tool, const std::vector<std::string>& arguments) {
-  std::vector<std::string> paths;
-  std::ranges::copy_if(arguments, std::back_inserter(paths), takesPathsOnly(tool) ? isNoOption : isPath);
-  if (paths.size() < 2 || !putsIntoFolder(tool, paths.back())) return paths;
-  const std::size_t sources = paths.size() - 1;
-  const std::string destination = paths.back();
-  for (std::size_t i = 0; i < sources; ++i) {
-    const std::string name = foundation::lastPathComponent(paths[i]);
-    paths.push_back(foundation::appendingPathComponent(destination, name));
-  }
-  return paths;
-}
-
-/// Why root must not start the tool; "" if it may.
-std::string refusalForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
-  const std::vector<std::string> paths = pathsOf(tool, arguments);
-  const auto led = std::ranges::find_if(paths, isLed);
-  if (led != paths.end()) return "others than root could lead the way to " + *led + " elsewhere";
-  const std::string open = posix::treeThatOthersChange(tool, arguments, paths);
-  return open.empty() ? "" : "others than root can change what is in " + open;
 }
 
 }  // namespace
@@ -183,7 +128,7 @@ void MacAuthorization::releaseRights() {
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
   const auto meant = asMeant(tool, arguments);
   if (!meant) return {kNothing, {}};
-  const std::string refusal = refusalForRoot(tool, *meant);
+  const std::string refusal = posix::refusalForRoot(tool, *meant);
   if (refusal.empty()) return {tool, *meant};
   console_.print(tool + " is not started as root: " + refusal + ".");
   return {kNothing, {}};

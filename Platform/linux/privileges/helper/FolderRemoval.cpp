@@ -12,8 +12,6 @@
 namespace qm::linux_ {
 namespace {
 
-bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
-
 class FolderRemoval : public PrivilegedWork {
  public:
   FolderRemoval(std::string path, PinnedPlace place) : path_(std::move(path)), place_(std::move(place)) {}
@@ -25,7 +23,7 @@ class FolderRemoval : public PrivilegedWork {
     Confinement confinement;
     confinement.allowAll(place_.folder.get());
     if (const int error = confinement.enforce()) return resultOf(error, path_);
-    return resultOf(posix::removeHollowFolder(place_.folder.get(), place_.name, isHousekeeping), path_);
+    return resultOf(posix::removeHollowFolder(place_.folder.get(), place_.name, posix::isHousekeeping), path_);
   }
 
  private:
