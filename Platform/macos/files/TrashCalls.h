@@ -5,6 +5,17 @@
 
 namespace qm::macos {
 
+// Errors of the frameworks' own list (NSCocoaErrorDomain), with their numbers on a Mac.
+inline constexpr long kNoSuchFile = 4;
+inline constexpr long kFileLocked = 255;
+inline constexpr long kMayNotRead = 257;
+inline constexpr long kNoSuchFileToRead = 260;
+inline constexpr long kMayNotWrite = 513;
+inline constexpr long kFileExists = 516;
+inline constexpr long kOutOfSpace = 640;
+inline constexpr long kVolumeReadOnly = 642;
+inline constexpr long kUnsupported = 3328;
+
 /// The result of the system's call.
 struct TrashAnswer {
   bool done = false;

@@ -2,6 +2,15 @@
 
 #include "Platform/macos/Framework.h"
 
+static_assert(qm::macos::kNoSuchFile == NSFileNoSuchFileError && qm::macos::kFileLocked == NSFileLockingError);
+static_assert(qm::macos::kMayNotRead == NSFileReadNoPermissionError);
+static_assert(qm::macos::kNoSuchFileToRead == NSFileReadNoSuchFileError);
+static_assert(qm::macos::kMayNotWrite == NSFileWriteNoPermissionError);
+static_assert(qm::macos::kFileExists == NSFileWriteFileExistsError);
+static_assert(qm::macos::kOutOfSpace == NSFileWriteOutOfSpaceError);
+static_assert(qm::macos::kVolumeReadOnly == NSFileWriteVolumeReadOnlyError);
+static_assert(qm::macos::kUnsupported == NSFeatureUnsupportedError);
+
 qm::macos::TrashAnswer qm::macos::trashItem(const std::string& path) {
   const Pool pool;
   NSURL* place = nil;

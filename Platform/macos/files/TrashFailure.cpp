@@ -22,15 +22,9 @@ struct Meaning {
 };
 
 constexpr Meaning kMeanings[] = {
-    {4, ENOENT},      // NSFileNoSuchFileError
-    {255, EBUSY},     // NSFileLockingError
-    {257, EACCES},    // NSFileReadNoPermissionError
-    {260, ENOENT},    // NSFileReadNoSuchFileError
-    {513, EACCES},    // NSFileWriteNoPermissionError
-    {516, EEXIST},    // NSFileWriteFileExistsError
-    {640, ENOSPC},    // NSFileWriteOutOfSpaceError
-    {642, EROFS},     // NSFileWriteVolumeReadOnlyError
-    {3328, ENOTSUP},  // NSFeatureUnsupportedError
+    {kNoSuchFile, ENOENT},       {kFileLocked, EBUSY},     {kMayNotRead, EACCES},
+    {kNoSuchFileToRead, ENOENT}, {kMayNotWrite, EACCES},   {kFileExists, EEXIST},
+    {kOutOfSpace, ENOSPC},       {kVolumeReadOnly, EROFS}, {kUnsupported, ENOTSUP},
 };
 
 constexpr const char* kPosixDomain = "NSPOSIXErrorDomain";

@@ -12,6 +12,19 @@ namespace {
 
 using platform::AuthorizationStatus;
 
+static_assert(platform::errAuthorizationSuccess == errAuthorizationSuccess);
+static_assert(platform::errAuthorizationInvalidRef == errAuthorizationInvalidRef);
+static_assert(platform::errAuthorizationDenied == errAuthorizationDenied);
+static_assert(platform::errAuthorizationCanceled == errAuthorizationCanceled);
+static_assert(platform::errAuthorizationInteractionNotAllowed == errAuthorizationInteractionNotAllowed);
+static_assert(platform::errAuthorizationToolExecuteFailure == errAuthorizationToolExecuteFailure);
+static_assert(platform::errAuthorizationToolEnvironmentError == errAuthorizationToolEnvironmentError);
+static_assert(platform::kAuthorizationFlagDefaults == kAuthorizationFlagDefaults);
+static_assert(platform::kAuthorizationFlagInteractionAllowed == kAuthorizationFlagInteractionAllowed);
+static_assert(platform::kAuthorizationFlagExtendRights == kAuthorizationFlagExtendRights);
+static_assert(platform::kAuthorizationFlagPreAuthorize == kAuthorizationFlagPreAuthorize);
+static_assert(kDestroyRights == kAuthorizationFlagDestroyRights);
+
 ::AuthorizationRef theirs(platform::AuthorizationRef session) { return reinterpret_cast<::AuthorizationRef>(session); }
 
 platform::AuthorizationRef ours(::AuthorizationRef session) {
