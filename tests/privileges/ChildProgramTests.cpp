@@ -5,16 +5,18 @@
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <iterator>
+#include <set>
 #include <string>
 
 #include "Platform/linux/privileges/ChildProgram.h"
@@ -29,7 +31,15 @@ namespace {
 
 using linux_::ChildProgram;
 
-bool hasChildren() { return ::waitpid(-1, nullptr, WNOHANG) >= 0; }
+/// The children of this process that have not been reaped.
+std::set<pid_t> children() {
+  std::set<pid_t> found;
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream file(thread.path() / "children");
+    found.insert(std::istream_iterator<pid_t>(file), std::istream_iterator<pid_t>());
+  }
+  return found;
+}
 
 std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
@@ -49,17 +59,24 @@ class Child : public ::testing::Test {
     return child.start(scripts.at("program"), {"one", "two words"}, streams);
   }
 
+  /// Whether there is a child that was not there before the test.
+  bool hasChild() const {
+    const std::set<pid_t> now = children();
+    return !std::includes(before.begin(), before.end(), now.begin(), now.end());
+  }
+
+  const std::set<pid_t> before = children();
   Scripts scripts;
   ChildProgram child;
 };
 
 TEST_F(Child, IsWaitedForAndGivesItsStatus) {
-  const std::ptrdiff_t before = openDescriptors();
+  const std::ptrdiff_t descriptors = openDescriptors();
   ASSERT_EQ(start("exit 7"), 0);
   EXPECT_EQ(child.wait(), 7);
   EXPECT_EQ(scripts.runs("program"), "one two words\n");
-  EXPECT_EQ(openDescriptors(), before);
-  EXPECT_FALSE(hasChildren());
+  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_FALSE(hasChild());
   EXPECT_EQ(child.wait(), -1) << "there is none any more";
 }
 
@@ -96,7 +113,7 @@ TEST_F(Child, DoesNotRunOnWhereItCannotBeWatched) {
   inChild([this] {
     failSystemCall(SYS_pidfd_open, EMFILE);
     EXPECT_EQ(start("exec sleep 1000"), EMFILE);
-    EXPECT_FALSE(hasChildren());
+    EXPECT_FALSE(hasChild());
   });
 }
 
@@ -109,14 +126,14 @@ TEST_F(Child, IsAskedToEndBeforeItIsEnded) {
   ASSERT_EQ(::read(said.reading.get(), &ready, 1), 1);
   child = ChildProgram();
   EXPECT_EQ(scripts.text("asked"), "asked\n");
-  EXPECT_FALSE(hasChildren());
+  EXPECT_FALSE(hasChild());
 }
 
 TEST_F(Child, IsNotWaitedForLongerThanItTakesToEnd) {
   ASSERT_EQ(start("exec sleep 1000"), 0);
   EXPECT_TRUE(isQuick([this] { child.end(); }));
   EXPECT_TRUE(isQuick([this] { child.end(); })) << "there is none";
-  EXPECT_FALSE(hasChildren());
+  EXPECT_FALSE(hasChild());
 }
 
 TEST_F(Child, IsEndedWhenItDoesNotWantTo) {
@@ -127,7 +144,7 @@ TEST_F(Child, IsEndedWhenItDoesNotWantTo) {
     ASSERT_EQ(::read(said.reading.get(), &ready, 1), 1);
     for (const long call : {SYS_poll, SYS_ppoll}) failSystemCall(call, 0);  // as if the time had passed
     EXPECT_TRUE(isQuick([this] { child.end(); }));
-    EXPECT_FALSE(hasChildren());
+    EXPECT_FALSE(hasChild());
   });
 }
 
@@ -190,7 +207,7 @@ TEST_F(ChildrenThatRun, AreThoseAsWellThatAreAboutTo) {
 TEST_F(ChildrenThatRun, AreNoneThatRunAnother) {
   ASSERT_EQ(child.start("/bin/cat", {}, {.input = pipe.reading.get()}), 0);
   linux_::waitForChildrenThatRun(scripts.at("cat"));
-  EXPECT_TRUE(hasChildren());
+  EXPECT_TRUE(hasChild());
   pipe.writing.reset();
   EXPECT_EQ(child.wait(), 0);
 }

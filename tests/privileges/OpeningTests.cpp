@@ -40,7 +40,7 @@ using namespace platform;  // the names of Authorization Services are long enoug
 using linux_::HelperOpening;
 
 // Says hello, and stays until the connection ends.
-const std::string kGranted = "cat hello >&0\ncat > /dev/null";
+const std::string kGranted = "cat hello >&0\ncat > /dev/null 2>&1";
 const std::string kNoAgent = "echo 'Error getting authority: No authentication agent found.' >&2\nexit 127";
 
 class OpeningOfAHelper : public ::testing::Test {
@@ -277,7 +277,7 @@ TEST_F(OpeningAtATerminal, FailsWithoutAnAgent) {
     expectNobodyAsks();
     EXPECT_EQ(lines(scripts.runs("pkexec")), 2) << "it is not asked again";
   });
-  scripts.write("terminal-agent", kAgentIsReady);
+  scripts.write("terminal-agent", "exec 1>&-\nexec sleep 1000");
   for (const long call : {SYS_pidfd_open, SYS_pipe2}) {
     inChild([&] {
       failSystemCall(call, EMFILE);
@@ -303,7 +303,7 @@ class OpeningWithCredentials : public OpeningOfAHelper {
   }
   /// An agent that reads so many bytes of credentials, is ready and waits for its end.
   void writeAgent(std::size_t size) const {
-    scripts.write("agent", "head -c " + std::to_string(size) + " > received\necho ready\ncat > rest");
+    scripts.write("agent", "head -c " + std::to_string(size) + " > received\necho ready\nexec cat > rest");
   }
 };
 

@@ -216,11 +216,12 @@ TEST_F(SessionOfPolkit, KeepsTheMemoryToItselfAsLongAsItHasRights) {
 }
 
 TEST_F(SessionOfPolkit, ReleasesItsRightsOnceItsHelperHasEnded) {
+  std::ofstream(scripts.at("ended")) << "";
   const AuthorizationRef second = create();
   ASSERT_EQ(open(), errAuthorizationSuccess);
   ASSERT_EQ(open(second), errAuthorizationSuccess);
   service.releaseRights();
-  EXPECT_TRUE(scripts.has("ended"));
+  EXPECT_EQ(scripts.text("ended"), "ended");
   EXPECT_FALSE(isMemoryKept());
   EXPECT_EQ(start("/tool"), errAuthorizationInvalidRef);
   ASSERT_EQ(open(), errAuthorizationSuccess);

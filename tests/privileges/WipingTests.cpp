@@ -3,18 +3,23 @@
 // Names and passwords leave nothing in the memory that contained them.
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <new>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "Platform/foundation/Wipe.h"
 #include "Platform/linux/privileges/AuthenticationAgents.h"
 #include "Platform/linux/privileges/agent/Credentials.h"
 #include "Shared/QMAuthorization.h"
+#include "tests/contract/system/WaitUntil.h"
 #include "tests/support/FreedMemory.h"
 #include "tests/support/PlatformTest.h"
 
@@ -138,6 +143,16 @@ TEST_F(WipedCredentials, AreGoneWhenTheyWereSentToTheAgent) {
   }
 }
 
+TEST_F(WipedCredentials, LeaveNoNameEitherWhenTheyWereSent) {
+  for (const std::string_view secret : {kShort, kLong}) {
+    const std::string user(kUser);
+    const std::string password(secret);
+    const FreedMemory freed(kUser);
+    EXPECT_FALSE(linux_::CredentialsAgent().start("/usr/bin/cat", user, password));
+    EXPECT_EQ(FreedMemory::blocksWithText(), 0U);
+  }
+}
+
 // MARK: - In the agent
 
 void writeText(int fd, std::string_view text) {
@@ -185,11 +200,70 @@ TEST_F(AgentCredentials, AreWipedWhenTheyDidNotArriveWhole) {
   EXPECT_TRUE(isWiped(memory, sizeof memory));
 }
 
-TEST_F(AgentCredentials, AreNotTakenWhenTheyAreTooLong) {
-  const std::string name(4097, 'x');
-  writeText(writing.get(), name);
+TEST_F(AgentCredentials, AreTakenUpToTheirLimit) {
+  const std::string longest(4096, 'x');
+  for (const auto& [name, secret] : {std::pair(longest, longest), {"x", ""}, {"", "y"}}) {
+    writeText(writing.get(), name);
+    writeText(writing.get(), secret);
+    linux_::Credentials credentials;
+    EXPECT_TRUE(credentials.read(reading.get()));
+    EXPECT_EQ(credentials.user(), name);
+    EXPECT_EQ(credentials.password(), secret);
+  }
+}
+
+TEST_F(AgentCredentials, AreNotTakenWhenTheyAreTooLongOrNoText) {
+  const std::string end = std::string("\0\0\0\0", 4);
+  const std::vector<std::string> refused = {
+      std::string("\x01\x10\0\0", 4) + std::string(4097, 'x') + end,
+      std::string("\x04\0\x01\0user", 8) + end,
+      std::string("\x04\0\0\x01user", 8) + end,
+      std::string("\x04\0\0\0us\0r", 8) + end,
+      std::string("\x04\0\0\0user", 8) + std::string("\x04\0\0\0\0\0\0\0", 8),
+      std::string("\x04\0\0\0user", 8) + end.substr(1),
+      "",
+  };
+  for (const std::string& bytes : refused) {
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(::pipe(ends), 0);
+    reading.reset(ends[0]);
+    ASSERT_EQ(::write(ends[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ASSERT_EQ(::close(ends[1]), 0);
+    linux_::Credentials credentials;
+    EXPECT_FALSE(credentials.read(reading.get())) << bytes;
+  }
+}
+
+TEST_F(AgentCredentials, AreTakenInPieces) {
+  std::thread writer([this] {
+    for (const std::string& piece :
+         {std::string("\x04\0", 2), std::string("\0\0us", 4), std::string("er\x02\0\0\0p", 7), std::string("w")}) {
+      EXPECT_EQ(::write(writing.get(), piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+      int unread = 0;
+      EXPECT_TRUE(waitUntil([&] { return ::ioctl(writing.get(), FIONREAD, &unread) == 0 && unread == 0; }));
+    }
+  });
   linux_::Credentials credentials;
-  EXPECT_FALSE(credentials.read(reading.get()));
+  EXPECT_TRUE(credentials.read(reading.get()));
+  writer.join();
+  EXPECT_STREQ(credentials.user(), "user");
+  EXPECT_STREQ(credentials.password(), "pw");
+}
+
+std::string lockedMemory() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line) && !line.starts_with("VmLck:")) continue;
+  return line;
+}
+
+TEST_F(AgentCredentials, AreLockedInMemoryAsLongAsTheyAreThere) {
+  const std::string before = lockedMemory();
+  {
+    const linux_::Credentials credentials;
+    if (lockedMemory() == before) GTEST_SKIP() << "no memory can be locked here";
+  }
+  EXPECT_EQ(lockedMemory(), before);
 }
 
 }  // namespace
