@@ -4,6 +4,7 @@
 // the program that polkit's library starts to check a password.
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -164,14 +165,20 @@ TEST(CredentialsListener, RefusesDialogsThatAreNotForItsCredentials) {
 
 constexpr platform::ProductIdentity kNone = {};
 
-/// Runs the program in this process.
+/// Runs the program in this process, where it cannot become ready.
 int runAgent(std::vector<std::string> arguments, const std::string& input) {
+  const posix::Pipe output = posix::makePipe();
+  EXPECT_EQ(::dup2(output.writing.get(), STDOUT_FILENO), STDOUT_FILENO);
   EXPECT_EQ(::dup2(credentialsIn(input).get(), STDIN_FILENO), STDIN_FILENO);
   EXPECT_EQ(::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1), 0);
   std::vector<char*> vector;
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
-  return linux_::runCredentialsAgent(kNone, static_cast<int>(arguments.size()), vector.data());
+  const int status = linux_::runCredentialsAgent(kNone, static_cast<int>(arguments.size()), vector.data());
+  int unread = -1;
+  EXPECT_EQ(::ioctl(output.reading.get(), FIONREAD, &unread), 0);
+  EXPECT_EQ(unread, 0) << "it says nothing";
+  return status;
 }
 
 const std::string kWhole = sent("daemon") + sent("its secret");

@@ -13,6 +13,7 @@
 
 #include <cstdlib>
 
+#include "Platform/posix/process/Descriptors.h"
 #include "tests/contract/system/WaitUntil.h"
 #include "tests/privileges/PolkitTest.h"
 
@@ -238,6 +239,23 @@ TEST_P(AdministratorRights, AreDeniedForOtherCredentials) {
     EXPECT_EQ(application.open(kEve), errAuthorizationDenied) << "her account has expired";
     EXPECT_EQ(application.open(std::string(5000, 'x'), "x"), errAuthorizationToolEnvironmentError);
     application.end();
+  });
+}
+
+TEST_P(AdministratorRights, LeaveNoAgentWhenTheApplicationNeedsNoneAnyMore) {
+  asAccount(GetParam(), [] {
+    const Application application;
+    posix::Pipe input = posix::makePipe();
+    posix::Pipe output = posix::makePipe();
+    linux_::ChildProgram agent;
+    ASSERT_EQ(agent.start(application.programs.credentialsAgent, {std::to_string(::getpid()), linux_::ownStartTime()},
+                          {.input = input.reading.get(), .output = output.writing.get()}),
+              0);
+    ASSERT_EQ(::write(input.writing.get(), "\4\0\0\0anna\1\0\0\0x", 13), 13);
+    char ready[6] = {};
+    EXPECT_EQ(::read(output.reading.get(), ready, sizeof ready), 6);
+    input.writing.reset();
+    EXPECT_EQ(agent.wait(), 0);
   });
 }
 

@@ -405,6 +405,14 @@ TEST_F(SessionWithoutATrash, IsAskedForWhereALinkLeadsToOne) {
   EXPECT_EQ(open(), errAuthorizationSuccess);
 }
 
+TEST_F(SessionOfPolkit, IsAskedForWhereTheFolderOfTheTrashIsALink) {
+  const std::string home = scripts.at("home");
+  std::filesystem::create_directories(home + "/elsewhere/share");
+  std::filesystem::create_symlink("elsewhere", home + "/.local");
+  service.announce("/bin/mv", {"-f", "/an/item", home + "/.Trash/item"});
+  EXPECT_EQ(open(), errAuthorizationSuccess);
+}
+
 // MARK: - Names and texts
 
 TEST(PrivilegePrograms, AreThoseOfTheProductAndOfTheScope) {

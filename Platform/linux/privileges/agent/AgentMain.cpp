@@ -45,7 +45,7 @@ bool serve(Credentials& credentials, const AnsweredActions& actions, PolkitSubje
   PolkitAgentListener* listener = makeCredentialsListener(credentials, actions, endLoop, loop);
   gpointer registration = nullptr;
   const bool registered = registerFor(listener, process, &registration);
-  if (registered && ::write(STDOUT_FILENO, ready.data(), ready.size()) > 0) {
+  if (registered && ::write(STDOUT_FILENO, ready.data(), ready.size()) == static_cast<ssize_t>(ready.size())) {
     g_unix_fd_add(STDIN_FILENO, G_IO_HUP, onInputClosed, loop);
     g_main_loop_run(loop);
     // The answer to the dialog is still on its way.
