@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/helper/HelperSession.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
+#include <cstdlib>
 
 #include <array>
 #include <cerrno>
@@ -21,34 +21,27 @@ namespace {
 
 using posix::UniqueFd;
 
-// Each launch takes a few descriptors.
-constexpr std::size_t kMostRuns = 512;
-
 volatile std::sig_atomic_t askedToEnd = 0;
 
 extern "C" void noteEnd(int /*signal*/) { askedToEnd = 1; }
 
 // SIGTERM is delivered only while the session waits: between checking the flag and waiting it would be missed.
 void deliverEndWhileWaiting() {
-  sigset_t end;
-  sigemptyset(&end);
+  sigset_t end{};
   sigaddset(&end, SIGTERM);
   ::sigprocmask(SIG_BLOCK, &end, nullptr);
   static_cast<void>(std::signal(SIGTERM, noteEnd));
 }
 
-int waitFor(std::vector<pollfd>& watched) {
-  sigset_t none;
-  sigemptyset(&none);
-  return ::ppoll(watched.data(), watched.size(), nullptr, &none);
+// Where it fails, nothing is ready.
+void waitFor(std::vector<pollfd>& watched) {
+  const sigset_t none{};
+  ::ppoll(watched.data(), watched.size(), nullptr, &none);
 }
 
-void writeAll(int fd, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) return;
-    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
+// All of it or nothing is written, because a report is shorter than PIPE_BUF.
+void writeReport(const UniqueFd& messages, const Message& message) {
+  if (const auto bytes = encoded(message)) static_cast<void>(!::write(messages.get(), bytes->data(), bytes->size()));
 }
 
 // The process of one launch. It sends messages to the helper, which forwards them.
@@ -56,10 +49,8 @@ void writeAll(int fd, std::string_view bytes) {
                           const UniqueFd& messages) {
   // After SIGTERM the helper reads no more messages, but still finishes its launches.
   for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_IGN));
-  runLaunch(policy, launch, person, std::move(output), [&](const Message& message) {
-    if (const auto bytes = encoded(message)) writeAll(messages.get(), *bytes);
-  });
-  ::_exit(0);
+  runLaunch(policy, launch, person, std::move(output), [&](const Message& message) { writeReport(messages, message); });
+  ::_exit(EXIT_SUCCESS);
 }
 
 }  // namespace
@@ -71,12 +62,10 @@ void HelperSession::run() {
 }
 
 void HelperSession::waitForEvents() {
-  std::vector<pollfd> watched = {{peer_.isOpen() ? peer_.descriptor() : -1, POLLIN, 0},
-                                 {peer_.isOpen() ? peer_.peerDescriptor() : -1, POLLIN, 0}};
-  for (const Run& run : runs_) watched.push_back({run.messages.get(), POLLIN, 0});
-  const int found = waitFor(watched);
+  std::vector<pollfd> watched = {{peer_.descriptor(), POLLIN, {}}, {peer_.peerDescriptor(), POLLIN, {}}};
+  for (const Run& run : runs_) watched.push_back({run.messages.get(), POLLIN, {}});
+  waitFor(watched);
   if (askedToEnd != 0) peer_.close();
-  if (found < 0) return;
   for (std::size_t i = 0; i + 2 < watched.size(); ++i) {
     if (watched[i + 2].revents != 0) forward(runs_[i]);
   }
@@ -104,7 +93,7 @@ void HelperSession::receive() {
 void HelperSession::start(const Launch& launch) {
   std::optional<Run> run;
   errno = EAGAIN;
-  if (runs_.size() < kMostRuns) run = fork(launch);
+  if (runs_.size() < mostRuns_) run = fork(launch);
   if (!run) return send(Started{launch.number, errno, 0, posix::withSystemMessage(launch.tool, errno)});
   runs_.push_back(std::move(*run));
 }
@@ -133,18 +122,18 @@ std::optional<HelperSession::Run> HelperSession::fork(const Launch& launch) {
 void HelperSession::forward(Run& run) {
   std::array<char, 4096> block{};
   const ssize_t got = ::read(run.messages.get(), block.data(), block.size());
-  if (got < 0 && errno == EINTR) return;
   if (got <= 0) return finish(run);
   run.reader.append({block.data(), static_cast<std::size_t>(got)});
   while (const auto message = run.reader.next()) forwardMessage(run, *message);
 }
 
+// The first message is a `Started`. Nothing follows one that contains an error, or an `Exited`.
 void HelperSession::forwardMessage(Run& run, const Message& message) {
   const auto* started = std::get_if<Started>(&message);
   const bool runs = started != nullptr && started->error == 0;
   send(message, runs ? run.output.get() : -1);
-  run.started = run.started || started != nullptr;
-  run.exited = run.exited || std::holds_alternative<Exited>(message) || (started != nullptr && !runs);
+  run.started = true;
+  run.exited = !runs;
   if (runs) run.output.reset();
 }
 

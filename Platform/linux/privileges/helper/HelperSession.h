@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <deque>
 #include <optional>
 
@@ -18,8 +19,9 @@ namespace qm::linux_ {
 /// launches are finished at the end.
 class HelperSession {
  public:
-  HelperSession(PeerSocket& peer, const HelperPolicy& policy, const UserRecord& person)
-      : peer_(peer), policy_(policy), person_(person) {}
+  /// Each launch takes a few descriptors, so only `mostRuns` may run at a time.
+  HelperSession(PeerSocket& peer, const HelperPolicy& policy, const UserRecord& person, std::size_t mostRuns = 512)
+      : peer_(peer), policy_(policy), person_(person), mostRuns_(mostRuns) {}
 
   /// Sends the hello and serves. Returns when no launch is running any more.
   void run();
@@ -48,6 +50,7 @@ class HelperSession {
   PeerSocket& peer_;
   const HelperPolicy& policy_;
   const UserRecord& person_;
+  const std::size_t mostRuns_;
   MessageReader reader_;
   std::deque<Run> runs_;
 };

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <iterator>
 #include <optional>
 
 #include "Platform/posix/process/SocketMessage.h"
@@ -17,25 +18,18 @@ namespace {
 
 using posix::UniqueFd;
 
-bool isStreamSocket(int fd) {
-  int domain = 0;
-  int type = 0;
-  socklen_t size = sizeof domain;
-  if (::getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &size) != 0) return false;
-  size = sizeof type;
-  return ::getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && domain == AF_UNIX && type == SOCK_STREAM;
+// An option of a socket; a zero value if the system does not tell it.
+template <class Value>
+Value optionOf(int fd, int option) {
+  Value value{};
+  socklen_t size = sizeof value;
+  ::getsockopt(fd, SOL_SOCKET, option, &value, &size);
+  return value;
 }
 
 bool tellsSenders(int fd) {
   const int on = 1;
   return ::setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) == 0;
-}
-
-ucred peerOf(int fd) {
-  ucred peer{-1, static_cast<uid_t>(-1), static_cast<gid_t>(-1)};
-  socklen_t size = sizeof peer;
-  ::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size);
-  return peer;
 }
 
 // There is room for the sender's credentials only: the kernel drops descriptors that come along, and reports that.
@@ -48,11 +42,12 @@ bool isFrom(ReceivedMessage& message, pid_t process, uid_t person) {
 
 }  // namespace
 
-// The parent is checked again once its end can be observed: until then its process id could have been reused.
+// A socket that is not a UNIX socket has no peer's process, and there is no descriptor for the process 0. The parent is
+// checked again once its end can be observed: until then its process id could have been reused.
 PeerSocket::PeerSocket(UniqueFd socket, uid_t person) : socket_(std::move(socket)), person_(person) {
-  if (!isStreamSocket(socket_.get()) || !tellsSenders(socket_.get())) return;
-  const ucred peer = peerOf(socket_.get());
-  if (peer.uid != person || peer.pid <= 0 || peer.pid != ::getppid()) return;
+  if (optionOf<int>(socket_.get(), SO_TYPE) != SOCK_STREAM || !tellsSenders(socket_.get())) return;
+  const auto peer = optionOf<ucred>(socket_.get(), SO_PEERCRED);
+  if (peer.uid != person || peer.pid != ::getppid()) return;
   peerEnd_.reset(static_cast<int>(::syscall(SYS_pidfd_open, peer.pid, 0U)));
   peer_ = peer.pid;
   open_ = peerEnd_ && ::getppid() == peer.pid;
@@ -63,7 +58,7 @@ PeerSocket::Received PeerSocket::receive(std::string& bytes) {
   ReceivedMessage message(block.data(), block.size());
   message.makeRoom();
   const ssize_t got = ::recvmsg(socket_.get(), message.get(), MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-  if (got < 0 && (errno == EINTR || errno == EAGAIN)) return Received::Nothing;
+  if (got < 0 && errno == EAGAIN) return Received::Nothing;
   if (got <= 0 || !isFrom(message, peer_, person_)) {
     open_ = false;
     return Received::End;
@@ -78,10 +73,11 @@ void PeerSocket::leave() {
   peerEnd_.reset();
 }
 
-// False once the peer has ended: nobody will ever read.
+// False once the peer has ended: nobody will ever read. The caller tries again, so the wait may as well be interrupted.
 bool PeerSocket::waitForRoom() const {
-  pollfd watched[] = {{socket_.get(), POLLOUT, 0}, {peerEnd_.get(), POLLIN, 0}};
-  return ::poll(watched, 2, -1) >= 0 ? watched[1].revents == 0 : errno == EINTR;
+  pollfd watched[] = {{socket_.get(), POLLOUT, {}}, {peerEnd_.get(), POLLIN, {}}};
+  ::poll(watched, std::size(watched), -1);
+  return watched[1].revents == 0;
 }
 
 void PeerSocket::send(const std::string& bytes, int descriptor) const {
@@ -89,9 +85,11 @@ void PeerSocket::send(const std::string& bytes, int descriptor) const {
     posix::SocketMessage<int> message(const_cast<char*>(bytes.data()) + sent, bytes.size() - sent);
     if (descriptor >= 0 && sent == 0) message.attach(SCM_RIGHTS, descriptor);
     const ssize_t count = ::sendmsg(socket_.get(), message.get(), MSG_NOSIGNAL | MSG_DONTWAIT);
-    const bool isFull = count < 0 && errno == EAGAIN;
-    if (count < 0 && errno != EINTR && !(isFull && waitForRoom())) return;
-    if (count > 0) sent += static_cast<std::size_t>(count);
+    if (count > 0) {
+      sent += static_cast<std::size_t>(count);
+    } else if (errno != EAGAIN || !waitForRoom()) {
+      return;
+    }
   }
 }
 

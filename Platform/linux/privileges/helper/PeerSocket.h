@@ -19,9 +19,10 @@ class PeerSocket {
   PeerSocket(posix::UniqueFd socket, uid_t person);
 
   bool isOpen() const { return open_; }
-  int descriptor() const { return socket_.get(); }
-  /// Readable once the peer has ended.
-  int peerDescriptor() const { return peerEnd_.get(); }
+  /// Readable once something has arrived; -1, which poll(2) skips, once nothing more is received.
+  int descriptor() const { return open_ ? socket_.get() : -1; }
+  /// Readable once the peer has ended; -1 likewise.
+  int peerDescriptor() const { return open_ ? peerEnd_.get() : -1; }
 
   /// Appends what has arrived to `bytes`. Never blocks.
   Received receive(std::string& bytes);

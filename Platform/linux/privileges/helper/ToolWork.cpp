@@ -7,10 +7,12 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <csignal>
+#include <cstdlib>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -40,8 +42,7 @@ int becomeTool(const Launch& launch, int output, int errors) {
     return errno;
   }
   if (::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, kCloseOnExec) != 0) return errno;
-  sigset_t none;
-  sigemptyset(&none);
+  const sigset_t none{};
   if (::sigprocmask(SIG_SETMASK, &none, nullptr) != 0) return errno;
   for (const int number : {SIGPIPE, SIGTERM}) static_cast<void>(::signal(number, SIG_DFL));
   static char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
@@ -54,17 +55,14 @@ int becomeTool(const Launch& launch, int output, int errors) {
 [[noreturn]] void childMain(const Launch& launch, int output, int errors, int report) {
   const int error = becomeTool(launch, output, errors);
   static_cast<void>(!::write(report, &error, sizeof error));
-  ::_exit(127);
+  ::_exit(EXIT_FAILURE);
 }
 
 // Returns 0 if exec closed the pipe.
 int readReport(const UniqueFd& report) {
   int error = 0;
-  ssize_t got = 0;
-  do {
-    got = ::read(report.get(), &error, sizeof error);
-  } while (got < 0 && errno == EINTR);
-  return got == static_cast<ssize_t>(sizeof error) ? error : 0;
+  static_cast<void>(!::read(report.get(), &error, sizeof error));
+  return error;
 }
 
 // Reads what is available; false at the end.
@@ -72,11 +70,9 @@ bool drain(const UniqueFd& pipe, std::string& text) {
   std::array<char, 4096> block{};
   for (;;) {
     const ssize_t got = ::read(pipe.get(), block.data(), block.size());
-    if (got < 0 && errno == EINTR) continue;
     if (got < 0) return errno == EAGAIN;
     if (got == 0) return false;
-    const std::size_t room = kLongestErrors - std::min(kLongestErrors, text.size());
-    text.append(block.data(), std::min(room, static_cast<std::size_t>(got)));
+    text.append(block.data(), std::min(kLongestErrors - text.size(), static_cast<std::size_t>(got)));
   }
 }
 
@@ -100,18 +96,18 @@ class ToolWork : public PrivilegedWork {
   }
 
   // Ends when the tool ends, not when the last holder of its error stream does: the tool may have left a child behind.
+  // Where its end cannot be observed, that of the error stream is awaited first: a tool whose errors nobody reads could
+  // wait forever.
   WorkResult finish() override {
     WorkResult result;
     const UniqueFd ended(static_cast<int>(::syscall(SYS_pidfd_open, process_, 0U)));
-    bool open = true;
-    for (bool running = static_cast<bool>(ended); running;) {
-      pollfd watched[] = {{ended.get(), POLLIN, 0}, {open ? errors_.get() : -1, POLLIN, 0}};
-      if (::poll(watched, 2, -1) < 0 && errno != EINTR) break;
-      if (watched[1].revents != 0) open = drain(errors_, result.note);
+    for (bool running = true; running && (ended || errors_);) {
+      pollfd watched[] = {{ended.get(), POLLIN, {}}, {errors_.get(), POLLIN, {}}};
+      ::poll(watched, std::size(watched), -1);
+      if (watched[1].revents != 0 && !drain(errors_, result.note)) errors_.reset();
       running = watched[0].revents == 0;
     }
     result.waitStatus = posix::waitForChild(process_);
-    if (open) drain(errors_, result.note);
     while (result.note.ends_with('\n')) result.note.pop_back();
     std::ranges::replace(result.note, '\n', ' ');
     std::ranges::replace(result.note, '\0', ' ');
@@ -120,7 +116,7 @@ class ToolWork : public PrivilegedWork {
 
  private:
   const Launch launch_;
-  pid_t process_ = -1;
+  pid_t process_{};
   UniqueFd errors_;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Platform/linux/privileges/protocol/Messages.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qm::linux_ {
@@ -70,7 +71,6 @@ class Parser {
   template <class Value>
   Value failed() {
     good_ = false;
-    rest_ = {};
     return Value();
   }
 
@@ -87,11 +87,8 @@ bool mayBeSent(const Hello& /*hello*/) { return true; }
 bool mayBeSent(const Started& started) { return isText(cut(started.reason)); }
 bool mayBeSent(const Exited& exited) { return isText(cut(exited.note)); }
 bool mayBeSent(const Launch& launch) {
-  if (launch.arguments.size() > kMostArguments || !isText(launch.tool)) return false;
-  for (const std::string& argument : launch.arguments) {
-    if (!isText(argument) || argument.size() > kLargestBody) return false;
-  }
-  return launch.tool.size() <= kLargestBody;
+  return launch.arguments.size() <= kMostArguments && isText(launch.tool) &&
+         std::ranges::all_of(launch.arguments, isText);
 }
 
 Kind write(const Hello& hello, Writer& body) {
@@ -188,8 +185,6 @@ std::optional<Message> MessageReader::next() {
 
 std::optional<Message> MessageReader::fail() {
   broken_ = true;
-  buffer_.clear();
-  start_ = 0;
   return std::nullopt;
 }
 
