@@ -81,12 +81,13 @@ HelperInAChild::Main sessionOf(
   });
 }
 
-/// A deed that lasts until it is told to end.
+/// A deed that lasts until it is told to end, or until the test has ended.
 struct Waiting {
   posix::Pipe pipe = posix::makePipe();
 
   Deed deed() {
     return [this](int) {
+      pipe.writing.reset();
       char word = 0;
       return ::read(pipe.reading.get(), &word, 1) == 1 ? WorkResult() : WorkResult::failed("nobody told");
     };
