@@ -353,9 +353,12 @@ TEST_F(OpeningWithCredentials, FailsWhereTheSystemHasNoPipeForThem) {
     inChild([&] {
       const int next = ::dup(STDERR_FILENO);
       ::close(next);
-      const rlimit room{static_cast<rlim_t>(next + 2 * pipes), static_cast<rlim_t>(next + 2 * pipes)};
+      rlimit usual{};
+      ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+      const rlimit room{static_cast<rlim_t>(next + 2 * pipes), usual.rlim_max};
       ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &room), 0);
       EXPECT_FALSE(isAgentReady("a", "b"));
+      EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
     });
   }
   EXPECT_EQ(scripts.runs("agent"), "");
