@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <sstream>
 
 #include "tests/privileges/MoveMachine.h"
 
@@ -132,6 +134,34 @@ TEST_F(FailedStep, IsUndoneWhereTheUsersRightsCannotBeTaken) {
   });
 }
 
+// The file-system user of this process's first thread.
+std::string actingUser() {
+  std::istringstream status(contentsOf("/proc/self/status"));
+  for (std::string word; status >> word;) {
+    std::string real, effective, saved, fileSystem;
+    if (word == "Uid:" && status >> real >> effective >> saved >> fileSystem) return fileSystem;
+  }
+  return "";
+}
+
+TEST_F(FailedStep, IsUndoneInTheTrashWithTheUsersRights) {
+  run([] {
+    makeFile(applications() + "/a", "");
+    inChild([] {
+      linux_::RootMove move = moveOf(applications() + "/a");
+      std::string user;
+      watchSystemCalls({SYS_renameat2, SYS_unlinkat}, [&](const SystemCall& call) {
+        if (call.number == SYS_renameat2) return EIO;
+        if (call.text(1) == "a.trashinfo") user = actingUser();
+        return 0;
+      });
+      EXPECT_EQ(resultOf(move).error, EIO);
+      EXPECT_EQ(user, std::to_string(kPerson));
+    });
+    expectEmptyTrash();
+  });
+}
+
 // MARK: - What is not on the disk yet
 
 TEST_F(FailedStep, IsPrecededByFlushingEverythingBefore) {
@@ -244,6 +274,24 @@ TEST_F(FailedStep, LeavesTheFolderThatCannotBeRemovedToTheNextRun) {
     mend();
     EXPECT_EQ(namesIn(volume()), Names{});
     expectHandedOver();
+  });
+}
+
+// The user may delete the copy before the next run.
+TEST_F(FailedStep, LeavesWhatWasTakenToBeRemovedEvenWithoutItsCopy) {
+  run([] {
+    const std::string bundle = bundleOnVolume();
+    inChild([&] {
+      linux_::RootMove move = moveOf(bundle);
+      watchSystemCalls({SYS_unlinkat},
+                       [](const SystemCall& call) { return call.path().starts_with(volume()) ? EIO : 0; });
+      EXPECT_EQ(resultOf(move).error, 0);
+    });
+    EXPECT_TRUE(exists(leftOnVolume() + "/item"));
+    std::filesystem::remove_all(files() + "/Tessaly.app");
+    mend();
+    EXPECT_EQ(namesIn(volume()), Names{});
+    EXPECT_EQ(leftInTrash(), Names{});
   });
 }
 
