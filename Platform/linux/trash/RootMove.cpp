@@ -94,7 +94,6 @@ class RootMove::Steps {
   }
 
   FileError moveItself(const WorkFolder& work) {
-    if (const int error = record_.writeTo(work.descriptor())) return error;
     const auto rename = [&](const std::string& stored) {
       return posix::renameWithoutReplacing({source_.folder.get(), source_.name}, {trash_->files.get(), stored});
     };
