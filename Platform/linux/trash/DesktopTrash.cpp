@@ -19,15 +19,10 @@ namespace {
 
 using posix::UniqueFd;
 
-constexpr int kLookup = O_PATH | O_DIRECTORY | O_CLOEXEC;
+UniqueFd openAbove(int folder) { return UniqueFd(::openat(folder, "..", O_PATH | O_CLOEXEC)); }
 
 // Links are followed, except those that lead into another process (magic links).
 UniqueFd openLinked(const std::string& folder) { return openFolderByRules(folder, RESOLVE_NO_MAGICLINKS); }
-
-bool isOwnFolder(int folder, const char* name, uid_t owner) {
-  const std::optional<ItemIdentity> identity = itemIdentity(folder, name);
-  return identity && S_ISDIR(identity->mode) && identity->owner == owner;
-}
 
 // A volume that the user plugged in may claim any owners.
 bool isOnVolumeOfHome(const ItemIdentity& files, const TrashUser& person) {
@@ -35,26 +30,18 @@ bool isOnVolumeOfHome(const ItemIdentity& files, const TrashUser& person) {
   return home && home->device == files.device;
 }
 
-// Whether `files` is the folder of that name in a whole Trash of the user's own.
-bool isOfTrash(const ItemIdentity& files, int trash, const TrashUser& person) {
-  const uid_t owner = person.identity.uid;
-  const std::optional<ItemIdentity> own = itemIdentity(trash, "files");
-  return own && own->sameItem(files) && isOwnFolder(trash, "files", owner) && isOwnFolder(trash, "info", owner) &&
-         isOnVolumeOfHome(files, person);
-}
-
 }  // namespace
 
-// ~/.Trash stands for the folder "files" of a Trash. That Trash must be complete: nothing is created.
+// ~/.Trash stands for the folder "files" of a Trash of the user's own. That Trash must be complete: nothing is created.
 OpenedTrash openLinkedTrash(const TrashUser& person) {
   const std::string link = person.home + "/.Trash";
   const UniqueFd files = openLinked(link);
-  if (!files) return trashFolderProblem(errno, link);
-  const UniqueFd trash(::openat(files.get(), "..", kLookup));
-  const UniqueFd above(trash ? ::openat(trash.get(), "..", kLookup) : -1);
-  const std::optional<ItemIdentity> linked = itemIdentity(files.get());
-  if (!above || !linked) return trashFolderProblem(errno, link);
-  if (!isOfTrash(*linked, trash.get(), person)) return trashFolderProblem(ENOTDIR, link);
+  const std::optional<ItemIdentity> linked = files ? itemIdentity(files.get()) : std::nullopt;
+  if (!linked) return trashFolderProblem(errno, link);
+  if (!isOnVolumeOfHome(*linked, person)) return trashFolderProblem(ENOTDIR, link);
+  const UniqueFd trash = openAbove(files.get());
+  const UniqueFd above = openAbove(trash.get());
+  if (!above) return trashFolderProblem(errno, link);
   const std::string name = foundation::lastPathComponent(posix::shownPath(trash.get()));
   OpenedTrash opened = openTrashDirectory(above.get(), name, person, "", MissingTrash::StaysMissing);
   return opened && (*opened)->filesIdentity.sameItem(*linked) ? opened : trashFolderProblem(ESTALE, name);

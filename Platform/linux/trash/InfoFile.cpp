@@ -16,7 +16,8 @@ InfoFile::InfoFile(int folder, const std::string& stored)
     : folder_(folder), name_(stored + std::string(kTrashInfoSuffix)) {}
 
 int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  // A link of that name makes it taken: O_EXCL does not follow it.
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
   posix::UniqueFd file(::openat(folder_, name_.c_str(), kFlags, S_IRUSR | S_IWUSR));
   if (!file) return errno;
   made_ = true;

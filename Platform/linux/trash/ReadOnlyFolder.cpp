@@ -21,7 +21,7 @@ bool isOwnLockedFolder(int folder, const ItemIdentity& item, uid_t owner) {
 }
 
 int renameUnlocked(int above, const std::string& name, const ItemIdentity& item, const std::function<int()>& rename) {
-  const UniqueFd folder(::openat(above, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  const UniqueFd folder(::openat(above, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   const std::optional<ItemIdentity> found = folder ? itemIdentity(folder.get()) : std::nullopt;
   if (!found || !found->sameItem(item)) return EACCES;
   constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO | S_ISUID | S_ISGID | S_ISVTX;

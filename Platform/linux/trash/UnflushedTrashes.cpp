@@ -25,8 +25,7 @@ void UnflushedTrashes::flush() {
     folders.swap(folders_);
   }
   for (const auto& [device, folder] : folders) {
-    const posix::UniqueFd opened(
-        ::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const posix::UniqueFd opened(::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     // A folder that may not be read cannot be passed to syncfs; sync flushes everything.
     if (!opened && errno == EACCES) ::sync();
     const std::optional<ItemIdentity> identity = opened ? itemIdentity(opened.get()) : std::nullopt;
