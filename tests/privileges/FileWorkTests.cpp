@@ -304,5 +304,26 @@ TEST_F(MergedFolders, NameTheFolderThatCannotBeOpened) {
   });
 }
 
+// However few descriptors there are, a failure says so and leaves the file that was there.
+TEST_F(MergedFolders, KeepTheirFilesUntilThereAreEnoughDescriptors) {
+  runWithFolders([] {
+    makeFolder(to() + "/item");
+    makeFile(to() + "/item/file", "old");
+    Outcome outcome;
+    int failures = 0;
+    for (int number = 0; number < 32 && !outcome.succeeded(); ++number) {
+      outcome = merge([number] { leaveDescriptors(number); });
+      if (outcome.succeeded()) continue;
+      ++failures;
+      EXPECT_TRUE(outcome.note.ends_with(": Too many open files")) << number << " " << outcome.note;
+      EXPECT_EQ(contentsOf(to() + "/item/file"), "old") << number;
+      EXPECT_EQ(namesIn(to() + "/item"), Arguments{"file"}) << number;
+    }
+    EXPECT_GE(failures, 4);
+    EXPECT_TRUE(outcome.succeeded());
+    EXPECT_EQ(contentsOf(to() + "/item/file"), "new");
+  });
+}
+
 }  // namespace
 }  // namespace qm::testing

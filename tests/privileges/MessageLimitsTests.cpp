@@ -40,5 +40,28 @@ TEST(TextsInAMessage, AreReadUpToTheirLimit) {
   }
 }
 
+TEST(ArgumentsInAMessage, AreReadUpToTheirLimit) {
+  constexpr std::size_t header = 5;
+  constexpr std::size_t count = header + 8 + 4;
+  std::string bytes = encoded(Launch{1, "", std::vector<std::string>(kMostArguments)}).value_or("");
+  MessageReader reader;
+  reader.append(bytes);
+  EXPECT_TRUE(reader.next());
+  bytes[0] = static_cast<char>(bytes[0] + 4);  // one more empty text
+  ++bytes[count];
+  reader.append(bytes + std::string(4, '\0'));
+  EXPECT_FALSE(reader.next());
+  EXPECT_TRUE(reader.isBroken());
+}
+
+// What is missing is not made up for by what follows.
+TEST(TextsInAMessage, EndWithinTheMessage) {
+  const std::string head("\x10\0\0\0\x02\x01\0\0\0\0\0\0\0", 13);
+  MessageReader reader;
+  reader.append(head + std::string("\x05\0\0\0\0\0\0\0", 8));
+  EXPECT_FALSE(reader.next());
+  EXPECT_TRUE(reader.isBroken());
+}
+
 }  // namespace
 }  // namespace qm::linux_

@@ -85,8 +85,8 @@ class ToolWork : public PrivilegedWork {
     posix::Pipe report = posix::makePipe();
     if (!errors.reading || !report.reading) return errno;
     process_ = ::fork();
-    if (process_ == 0) childMain(launch_, output.get(), errors.writing.get(), report.writing.get());
     if (process_ < 0) return errno;
+    if (process_ == 0) childMain(launch_, output.get(), errors.writing.get(), report.writing.get());
     report.writing.reset();
     const int error = readReport(report.reading);
     if (error != 0) return posix::waitForChild(process_), error;

@@ -39,27 +39,25 @@ class Parser {
 
   template <class Number>
   Number number() {
-    if (rest_.size() < sizeof(Number)) return failed<Number>();
+    const std::string_view bytes = take(sizeof(Number));
     std::uint64_t value = 0;
-    for (std::size_t i = 0; i < sizeof(Number); ++i) {
-      value |= static_cast<std::uint64_t>(static_cast<unsigned char>(rest_[i])) << (8U * i);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      value |= static_cast<std::uint64_t>(static_cast<unsigned char>(bytes[i])) << (8U * i);
     }
-    rest_.remove_prefix(sizeof(Number));
     return static_cast<Number>(value);
   }
 
   std::string text(std::size_t longest) {
     const auto size = number<std::uint32_t>();
-    if (size > longest || size > rest_.size()) return failed<std::string>();
-    std::string text(rest_.substr(0, size));
-    rest_.remove_prefix(size);
-    if (text.find('\0') != std::string::npos) return failed<std::string>();
-    return text;
+    demand(size <= longest);
+    const std::string_view bytes = take(size);
+    demand(bytes.find('\0') == std::string_view::npos);
+    return std::string(bytes);
   }
 
   std::vector<std::string> texts() {
     const auto count = number<std::uint32_t>();
-    if (count > kMostArguments) return failed<std::vector<std::string>>();
+    demand(count <= kMostArguments);
     std::vector<std::string> texts;
     for (std::uint32_t i = 0; i < count && good_; ++i) texts.push_back(text(kLargestBody));
     return texts;
@@ -68,11 +66,15 @@ class Parser {
   bool isComplete() const { return good_ && rest_.empty(); }
 
  private:
-  template <class Value>
-  Value failed() {
-    good_ = false;
-    return Value();
+  // What is left, if that is less.
+  std::string_view take(std::size_t size) {
+    demand(size <= rest_.size());
+    const std::string_view taken = rest_.substr(0, size);
+    rest_.remove_prefix(taken.size());
+    return taken;
   }
+
+  void demand(bool rule) { good_ = good_ && rule; }
 
   std::string_view rest_;
   bool good_ = true;
