@@ -3,8 +3,11 @@
 
 #include <sys/types.h>
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 /// Tests that mount, change rights or act as other users run in a process of their own, on a machine that only it sees.
 /// Expectations that fail there are reported as failures of the running test, at their line; a failed assertion ends
@@ -53,5 +56,25 @@ void failSystemCallOn(int descriptor, long number, int error);
 /// Runs `action` on another thread right after the first system call `number` that this thread makes from here on,
 /// before the call returns. This cannot be undone either.
 void afterSystemCall(long number, std::function<void()> action);
+
+/// A system call that a thread of this process is about to make.
+struct SystemCall {
+  long number = 0;
+  std::array<std::uint64_t, 6> arguments{};
+
+  /// The path of the descriptor in its first argument.
+  std::string path() const;
+  /// The text that an argument points to.
+  std::string text(std::size_t argument) const;
+};
+
+/// From here on, `watch` is called on another thread before each of these system calls of this thread. It returns 0 if
+/// the call is to be made, or the error number that it fails with. A process can do this, or wait for a system call as
+/// above, only once.
+void watchSystemCalls(const std::vector<long>& numbers, std::function<int(const SystemCall&)> watch);
+
+/// The system call `number` fails with `error` when this thread makes it for the `nth` time from here on, and only
+/// then. It watches system calls.
+void failSystemCallOnce(long number, int nth, int error);
 
 }  // namespace qm::testing

@@ -8,13 +8,16 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <future>
+#include <iterator>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -67,7 +70,43 @@ void serve(int listener, std::function<void()> action) {
   }
 }
 
+/// Returns with the process, or if the calls cannot be answered any more.
+void answerCalls(int listener, const std::function<int(const SystemCall&)>& watch) {
+  seccomp_notif request{};
+  while (::ioctl(listener, SECCOMP_IOCTL_NOTIF_RECV, &request) == 0) {
+    SystemCall call{request.data.nr, {}};
+    std::copy(std::begin(request.data.args), std::end(request.data.args), call.arguments.begin());
+    const int error = watch(call);
+    actionsDone.fetch_add(1, std::memory_order_release);
+    seccomp_notif_resp response{request.id, 0, -error, 0};
+    if (error == 0) response.flags = SECCOMP_USER_NOTIF_FLAG_CONTINUE;
+    ASSERT_EQ(::ioctl(listener, SECCOMP_IOCTL_NOTIF_SEND, &response), 0) << std::strerror(errno);
+    request = {};
+  }
+}
+
+/// Has a thread that this filter does not concern answer its notifications.
+void installServed(std::vector<sock_filter> program, std::function<void(int listener)> answering) {
+  std::atexit([] { static_cast<void>(actionsDone.load(std::memory_order_acquire)); });
+  std::promise<int> listener;
+  std::thread([future = listener.get_future(), answering = std::move(answering)]() mutable {
+    answering(future.get());
+  }).detach();
+  listener.set_value(install(std::move(program), SECCOMP_FILTER_FLAG_NEW_LISTENER));
+}
+
 }  // namespace
+
+std::string SystemCall::path() const {
+  const std::string link = "/proc/self/fd/" + std::to_string(static_cast<int>(arguments[0]));
+  std::array<char, PATH_MAX> target{};
+  const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
+  return {target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
+std::string SystemCall::text(std::size_t argument) const {
+  return reinterpret_cast<const char*>(arguments.at(argument));  // NOLINT(performance-no-int-to-ptr): it is a pointer
+}
 
 void failSystemCall(long number, int error, int onlyWithFlags) {
   const std::uint32_t failure = SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error);
@@ -90,14 +129,23 @@ void failSystemCallOn(int descriptor, long number, int error) {
 }
 
 void afterSystemCall(long number, std::function<void()> action) {
-  std::atexit([] { static_cast<void>(actionsDone.load(std::memory_order_acquire)); });
-  std::promise<int> listener;
-  std::thread([future = listener.get_future(), action = std::move(action)]() mutable {
-    serve(future.get(), std::move(action));
-  }).detach();
-  listener.set_value(install({load(offsetof(seccomp_data, nr)), continueIf(static_cast<std::uint32_t>(number), 1),
-                              answer(SECCOMP_RET_USER_NOTIF), answer(SECCOMP_RET_ALLOW)},
-                             SECCOMP_FILTER_FLAG_NEW_LISTENER));
+  installServed({load(offsetof(seccomp_data, nr)), continueIf(static_cast<std::uint32_t>(number), 1),
+                 answer(SECCOMP_RET_USER_NOTIF), answer(SECCOMP_RET_ALLOW)},
+                [action = std::move(action)](int listener) { serve(listener, action); });
+}
+
+void watchSystemCalls(const std::vector<long>& numbers, std::function<int(const SystemCall&)> watch) {
+  std::vector<sock_filter> program{load(offsetof(seccomp_data, nr))};
+  for (const long number : numbers) {
+    program.push_back(continueIf(static_cast<std::uint32_t>(number), 1));
+    program.push_back(answer(SECCOMP_RET_USER_NOTIF));
+  }
+  program.push_back(answer(SECCOMP_RET_ALLOW));
+  installServed(std::move(program), [watch = std::move(watch)](int listener) { answerCalls(listener, watch); });
+}
+
+void failSystemCallOnce(long number, int nth, int error) {
+  watchSystemCalls({number}, [=, made = 0](const SystemCall&) mutable { return ++made == nth ? error : 0; });
 }
 
 }  // namespace qm::testing
