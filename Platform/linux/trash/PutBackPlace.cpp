@@ -34,12 +34,13 @@ PlaceOutcome openAsRoot(const std::string& path) {
   return TrashProblem{error, "somebody else could redirect the path to its folder"};
 }
 
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
 PlaceOutcome open(const std::string& path, const TrashUser& user) {
   if (user.identity.uid == 0) return openAsRoot(path);
   if (!user.forAnother) return openWithPersonsRights(path, user);
   Answer<PinnedPlace> pinned = pinPath(path, LastLink::Stays);
-  const int error = pinned ? 0 : pinned.problem().error;
-  if (error == ENOENT || error == ENOTDIR) return folderProblem(error);
+  if (!pinned && isMissing(pinned.problem().error)) return folderProblem(pinned.problem().error);
   if (!pinned || !pinned->writers.none()) return openWithPersonsRights(path, user);
   return PutBackPlace{std::move(pinned->folder), std::move(pinned->name), true};
 }
@@ -58,10 +59,9 @@ int makeFolder(const PutBackPlace& place, const TrashUser& user) {
 
 PlaceOutcome openPutBackPlace(const std::string& path, const TrashUser& user, MissingFolders missing) {
   PlaceOutcome place = open(path, user);
-  const std::string folder = foundation::deletingLastPathComponent(path);
-  const bool isMade = missing == MissingFolders::AreMade && folder.size() > 1;
-  if (place || place.problem().code != ENOENT || !isMade) return place;
-  PlaceOutcome above = openPutBackPlace(folder, user, missing);
+  if (place || place.problem().code != ENOENT || missing != MissingFolders::AreMade) return place;
+  // The root directory is never missing, so this ends.
+  PlaceOutcome above = openPutBackPlace(foundation::deletingLastPathComponent(path), user, missing);
   if (!above) return above;
   // Another program may create it at the same moment.
   const int error = makeFolder(*above, user);
