@@ -2,7 +2,6 @@
 #include "Platform/linux/trash/FreedesktopTrash.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,11 +37,9 @@ std::string linkTarget(const std::string& trashDirectory, const TrashUser& user,
   return beside ? ".local/share/Trash/files" : home.path + "/files";
 }
 
-// A convenience: its failure does not affect the item.
+// A convenience: its failure does not affect the item. What is there already is not replaced.
 void makeLink(const std::string& trashDirectory, const std::string& target) {
-  struct stat found {};
-  if (::lstat(trashDirectory.c_str(), &found) == 0 || errno != ENOENT) return;
-  if (::symlink(target.c_str(), trashDirectory.c_str()) != 0) return;
+  [[maybe_unused]] const int ignored = ::symlink(target.c_str(), trashDirectory.c_str());
 }
 
 bool isTrashItself(const SourceFolder& source, const std::string& name, const std::string& trashDirectory) {

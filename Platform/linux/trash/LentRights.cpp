@@ -23,9 +23,9 @@ constexpr const char* kCapabilities = "security.capability";
 
 bool isDevice(mode_t mode) { return S_ISBLK(mode) || S_ISCHR(mode); }
 
-// Returns 0 and sets `lends`, or returns an error number. A link has no permissions of its own.
+// Returns 0 and sets `lends`, or returns an error number. The system gives no link such bits.
 int lookForLentRights(int item, const struct stat& status, bool& lends) {
-  lends = !S_ISLNK(status.st_mode) && (status.st_mode & kLendingBits) != 0;
+  lends = (status.st_mode & kLendingBits) != 0;
   return lends || !S_ISREG(status.st_mode) ? 0 : lookForCapabilities(item, lends);
 }
 
@@ -78,8 +78,7 @@ class Dropping : public ItemsVisitor {
     if (!lends) return 0;
     if (status.st_nlink > 1 && status.st_uid != person_) return EMLINK;
     if (const int error = S_ISREG(status.st_mode) ? dropCapabilities(item) : 0) return error;
-    const mode_t mode = status.st_mode & kPermissions;
-    return (mode & kLendingBits) != 0 ? posix::setMode(item, mode & ~kLendingBits) : 0;
+    return posix::setMode(item, status.st_mode & kPermissions & ~kLendingBits);
   }
 
   int folderEntered(int folder) override {

@@ -53,7 +53,8 @@ class PuttingBack {
     const auto rename = [&] {
       return posix::renameWithoutReplacing({trash_.files.get(), item_.name}, {place_.folder.get(), place_.name});
     };
-    const bool isOpen = ::faccessat(place_.folder.get(), ".", W_OK | X_OK, AT_EACCESS) == 0;
+    // Looking up "." takes the right to search the folder.
+    const bool isOpen = ::faccessat(place_.folder.get(), ".", W_OK, AT_EACCESS) == 0;
     if (!isOpen) return rename();
     return renameUnlocking(trash_.files.get(), item_.name, stored_, trash_.filesIdentity.owner, rename);
   }

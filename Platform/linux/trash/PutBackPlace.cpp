@@ -34,12 +34,13 @@ PlaceOutcome openAsRoot(const std::string& path) {
   return TrashProblem{error, "somebody else could redirect the path to its folder"};
 }
 
+bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
+
 PlaceOutcome open(const std::string& path, const TrashUser& user) {
   if (user.identity.uid == 0) return openAsRoot(path);
   if (!user.forAnother) return openWithPersonsRights(path, user);
   Answer<PinnedPlace> pinned = pinPath(path, LastLink::Stays);
-  const int error = pinned ? 0 : pinned.problem().error;
-  if (error == ENOENT || error == ENOTDIR) return folderProblem(error);
+  if (!pinned && isMissing(pinned.problem().error)) return folderProblem(pinned.problem().error);
   if (!pinned || !pinned->writers.none()) return openWithPersonsRights(path, user);
   return PutBackPlace{std::move(pinned->folder), std::move(pinned->name), true};
 }

@@ -47,6 +47,7 @@ std::optional<TrashProblem> RootPutBack::run() {
   FileError error = obstacleToPuttingBack(item_.get(), user_.identity.uid);
   if (error.code == ENOTSUP) return TrashProblem{ENOTSUP, "root puts back files and folders only"};
   if (error) return problem(error.code);
+  // Nothing of the item is changed or copied where it cannot go.
   if (statusIn(place_.folder.get(), place_.name.c_str())) return itemProblem(EEXIST);
   const Answer<WorkFolder> work = WorkFolder::make(trash_.folder.get(), WorkFolder::newName(trash_.workFolderPrefix));
   if (!work) return itemProblem(work.problem().error);
@@ -75,7 +76,7 @@ FileError RootPutBack::moveItself(const WorkFolder& work) {
   if (const int error = take(work)) return error;
   const int error = posix::renameWithoutReplacing({work.descriptor(), kAside}, {place_.folder.get(), place_.name});
   if (error != 0) {
-    static_cast<void>(giveBack(work));
+    giveBack(work);
     return error;
   }
   // Somebody may still have a folder of it open, and may have added files through that descriptor since the first pass.
@@ -89,14 +90,12 @@ int RootPutBack::take(const WorkFolder& work) {
   if (const int error = record_.writeTo(work.descriptor())) return error;
   const int error = posix::renameWithoutReplacing({trash_.files.get(), stored_.name}, {work.descriptor(), kAside});
   if (error != 0 || itemNumber(work.descriptor(), kAside) == record_.item) return error;
-  static_cast<void>(giveBack(work));
+  giveBack(work);
   return ESTALE;
 }
 
-int RootPutBack::giveBack(const WorkFolder& work) {
-  const int error = returnToTrash(trash_, user_.identity, record_, work.descriptor());
-  isUnfinished_ = error != 0;
-  return error;
+void RootPutBack::giveBack(const WorkFolder& work) {
+  isUnfinished_ = returnToTrash(trash_, user_.identity, record_, work.descriptor()) != 0;
 }
 
 FileError RootPutBack::moveCopy(const WorkFolder& work) {

@@ -41,7 +41,7 @@ class RootPutBack {
   posix::FileError removeTaken(const WorkFolder& work);
   int take(const WorkFolder& work);
   void forget(const WorkFolder& work);
-  int giveBack(const WorkFolder& work);
+  void giveBack(const WorkFolder& work);
   bool isOnVolumeOfPlace() const;
 
   const TrashDirectory& trash_;

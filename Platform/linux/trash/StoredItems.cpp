@@ -80,7 +80,7 @@ std::optional<StoredItem> storedItem(const TrashDirectory& trash, const std::str
 
 TrashAnswer<std::vector<StoredItem>> storedItemsFrom(const TrashDirectory& trash, const std::string& origin) {
   std::vector<std::string> names;
-  UniqueFd listed(::openat(trash.info.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  UniqueFd listed(::openat(trash.info.get(), ".", O_RDONLY | O_CLOEXEC));
   const int error = listed ? posix::listFolder(std::move(listed), names) : errno;
   if (error != 0) return trashFolderProblem(error, trash.path + "/info");
   std::vector<StoredItem> items;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <utility>
 
 #include "Platform/linux/files/DescriptorPath.h"
 
@@ -18,10 +19,11 @@ using posix::UniqueFd;
 
 constexpr mode_t kForOwnerAlone = S_IRWXU;
 
+// Not every file system says it.
 std::size_t longestName(int folder) {
   struct statvfs found {};
-  if (::fstatvfs(folder, &found) != 0 || found.f_namemax == 0) return NAME_MAX;
-  return std::min<std::size_t>(found.f_namemax, NAME_MAX);
+  const bool isSaid = ::fstatvfs(folder, &found) == 0 && found.f_namemax != 0;
+  return isSaid ? std::min<std::size_t>(found.f_namemax, NAME_MAX) : NAME_MAX;
 }
 
 std::string shownIn(int parent, const std::string& name) {
@@ -29,15 +31,20 @@ std::string shownIn(int parent, const std::string& name) {
   return (path == "/" ? "" : path) + "/" + name;
 }
 
+struct OwnFolder {
+  UniqueFd fd;
+  ItemIdentity identity;
+};
+
 // A link, or a folder of another user, is refused. `shown` is its name in the problem.
-TrashAnswer<UniqueFd> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown,
-                                    MissingTrash missing) {
+TrashAnswer<OwnFolder> openOwnFolder(int parent, const std::string& name, uid_t owner, const std::string& shown,
+                                     MissingTrash missing) {
   UniqueFd fd = openOrMakeFolder(parent, name, O_NOFOLLOW, missing);
   if (!fd) return trashFolderProblem(errno, shown);
   const std::optional<ItemIdentity> identity = itemIdentity(fd.get());
   if (!identity) return trashFolderProblem(errno, shown);
   if (identity->owner != owner) return trashFolderProblem(EPERM, shown);
-  return fd;
+  return OwnFolder{std::move(fd), *identity};
 }
 
 }  // namespace
@@ -55,30 +62,18 @@ OpenedTrash openTrashDirectory(int parent, const std::string& name, const TrashU
                                MissingTrash missing) {
   const uid_t owner = user.identity.uid;
   const std::string shown = shownIn(parent, name);
-  TrashAnswer<UniqueFd> trash = openOwnFolder(parent, name, owner, shown, missing);
+  TrashAnswer<OwnFolder> trash = openOwnFolder(parent, name, owner, shown, missing);
   if (!trash) return trash.problem();
-  TrashAnswer<UniqueFd> files = openOwnFolder(trash->get(), "files", owner, shown + "/files", missing);
+  TrashAnswer<OwnFolder> files = openOwnFolder(trash->fd.get(), "files", owner, shown + "/files", missing);
   if (!files) return files.problem();
-  TrashAnswer<UniqueFd> info = openOwnFolder(trash->get(), "info", owner, shown + "/info", missing);
+  TrashAnswer<OwnFolder> info = openOwnFolder(trash->fd.get(), "info", owner, shown + "/info", missing);
   if (!info) return info.problem();
-  const auto folderIdentity = itemIdentity(trash->get());
-  const auto filesIdentity = itemIdentity(files->get());
-  const auto infoIdentity = itemIdentity(info->get());
-  if (!folderIdentity || !filesIdentity || !infoIdentity) return trashFolderProblem(errno, shown);
-  TrashDirectory result{std::move(*trash),
-                        std::move(*files),
-                        std::move(*info),
-                        *folderIdentity,
-                        *filesIdentity,
-                        *infoIdentity,
-                        "",
-                        topFolder,
-                        0,
-                        user.workFolderPrefix};
-  result.path = posix::shownPath(result.folder.get());
-  if (result.path.empty()) return trashFolderProblem(EIO, shown);
-  result.nameLimit = longestName(result.info.get());
-  return SharedTrashDirectory(std::make_shared<const TrashDirectory>(std::move(result)));
+  std::string path = posix::shownPath(trash->fd.get());
+  if (path.empty()) return trashFolderProblem(EIO, shown);
+  const std::size_t nameLimit = longestName(info->fd.get());
+  return SharedTrashDirectory(std::make_shared<const TrashDirectory>(
+      TrashDirectory{std::move(trash->fd), std::move(files->fd), std::move(info->fd), trash->identity, files->identity,
+                     info->identity, std::move(path), topFolder, nameLimit, user.workFolderPrefix}));
 }
 
 }  // namespace qm::linux_

@@ -91,25 +91,27 @@ class VolumeTrash {
 
   OpenedTrash openOwn() {
     OpenedTrash own = openTrashDirectory(top_.get(), ownName(), user_, path_);
-    if (own || own.problem().code != EACCES || !user_.forAnother || !makeAsRoot()) return own;
+    if (own || own.problem().code != EACCES || !user_.forAnother || !isRootsTop()) return own;
+    acting_.leave();
+    makeAndGive();
+    acting_.enter();
+    if (!acting_.ok()) return itemProblem(EPERM);
     return openTrashDirectory(top_.get(), ownName(), user_, path_);
   }
 
   // In a top folder that only root can write to, nobody can interfere between creating the folder and giving it away.
-  bool makeAsRoot() {
+  bool isRootsTop() const {
     const std::optional<ItemIdentity> top = itemIdentity(top_.get());
-    if (!top || top->owner != 0 || (top->mode & (S_IWGRP | S_IWOTH)) != 0) return false;
-    acting_.leave();
-    const bool made = makeAndGive();
-    acting_.enter();
-    return made && acting_.ok();
+    return top && top->owner == 0 && (top->mode & (S_IWGRP | S_IWOTH)) == 0;
   }
 
-  bool makeAndGive() const {
+  // A folder that cannot be given away is removed again, since the user could never use it.
+  void makeAndGive() const {
     const std::string name = ownName();
     const FileSystemIdentity& to = user_.identity;
-    return ::mkdirat(top_.get(), name.c_str(), S_IRWXU) == 0 &&
-           ::fchownat(top_.get(), name.c_str(), to.uid, to.gid, AT_SYMLINK_NOFOLLOW) == 0;
+    if (::mkdirat(top_.get(), name.c_str(), S_IRWXU) != 0) return;
+    if (::fchownat(top_.get(), name.c_str(), to.uid, to.gid, AT_SYMLINK_NOFOLLOW) == 0) return;
+    ::unlinkat(top_.get(), name.c_str(), AT_REMOVEDIR);
   }
 
   UniqueFd top_;
