@@ -41,15 +41,17 @@ const std::string kAwaitSleep =
     "i=0; while [ $i -lt 500 ]; do read -r a b state rest < /proc/$PPID/stat; [ $state = S ] && break; "
     "i=$((i+1)); sleep 0.01; done; [ $state = S ]; ";
 
-/// The helper's program, started by root with this command line.
-HelperInAChild::Main programWith(std::vector<std::string> arguments) {
-  return [arguments = std::move(arguments)](posix::UniqueFd socket) mutable {
+/// The helper's program, started by root with this command line. `before` is called in its process first.
+HelperInAChild::Main programWith(
+    std::vector<std::string> arguments, const std::function<void()>& before = [] {}) {
+  return [arguments = std::move(arguments), before](posix::UniqueFd socket) mutable {
     ::setenv("PKEXEC_UID", "0", 1);
     if (::dup2(socket.get(), STDIN_FILENO) != STDIN_FILENO) ::_exit(1);
     arguments.insert(arguments.begin(), "helper");
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
+    before();
     ::_exit(linux_::runToolHelper(kProduct, static_cast<int>(arguments.size()), pointers.data()));
   };
 }
@@ -66,7 +68,7 @@ int errorOf(HelperInAChild& helper, const std::string& tool, const std::vector<s
 
 TEST(HelperForAnyTool, ServesEverythingWithoutACommandLine) {
   needRootsOwnSystem();
-  for (const std::vector<std::string>& arguments : {std::vector<std::string>{}, {""}, {"more"}}) {
+  for (const std::vector<std::string>& arguments : {Arguments{}, {""}, {"more"}, {"--for", "0"}}) {
     HelperInAChild helper(programWith(arguments));
     EXPECT_TRUE(helper.next() == Message(Hello{}));
     EXPECT_EQ(errorOf(helper, "/bin/true", {}), 0);
@@ -105,6 +107,17 @@ TEST(HelperForAnyTool, TakesTheCommandForAnotherProcessOfTheUsers) {
   EXPECT_EQ(well.exitStatus(), EXIT_SUCCESS);
   HelperInAChild ill(programWith({"--for", "0", "/bin/false"}));
   EXPECT_EQ(ill.exitStatus(), EXIT_FAILURE);
+}
+
+TEST(HelperForAnyTool, StartsNothingInAProcessThatIsNotRootsOrNotClean) {
+  needRootsOwnSystem();
+  const std::vector<std::function<void()>> faults = {
+      [] { EXPECT_EQ(::setresuid(kPerson, 0, 0), 0); }, [] { EXPECT_EQ(::setresuid(0, kPerson, 0), 0); },
+      [] { failSystemCall(SYS_chdir, EIO); }, [] { failSystemCall(SYS_dup2, EBADF); }};
+  for (const auto& fault : faults) {
+    HelperInAChild helper(programWith({"--for", "0", "/bin/true"}, fault));
+    EXPECT_EQ(helper.exitStatus(), 2);
+  }
 }
 
 TEST(HelperForAnyTool, LetsAToolWriteWhereNobodyReads) {
