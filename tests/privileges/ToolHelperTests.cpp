@@ -3,7 +3,9 @@
 // The helper for any tool: what its rights are for, and how it waits for a tool.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/linux/privileges/helper/LaunchRun.h"
 #include "Platform/linux/privileges/helper/ToolHelperMain.h"
 #include "tests/privileges/HelperInAChild.h"
 #include "tests/privileges/LaunchMachine.h"
@@ -29,6 +32,8 @@ using linux_::Launch;
 using linux_::Message;
 using linux_::Started;
 
+using Arguments = std::vector<std::string>;
+
 constexpr const char* kOtherCommand = "rights were given for another command";
 
 // The process that waits for the tool, seen from the tool: it fails if that process takes time of a processor for ever.
@@ -36,15 +41,17 @@ const std::string kAwaitSleep =
     "i=0; while [ $i -lt 500 ]; do read -r a b state rest < /proc/$PPID/stat; [ $state = S ] && break; "
     "i=$((i+1)); sleep 0.01; done; [ $state = S ]; ";
 
-/// The helper's program, started by root with this command line.
-HelperInAChild::Main programWith(std::vector<std::string> arguments) {
-  return [arguments = std::move(arguments)](posix::UniqueFd socket) mutable {
+/// The helper's program, started by root with this command line. `before` is called in its process first.
+HelperInAChild::Main programWith(
+    std::vector<std::string> arguments, const std::function<void()>& before = [] {}) {
+  return [arguments = std::move(arguments), before](posix::UniqueFd socket) mutable {
     ::setenv("PKEXEC_UID", "0", 1);
     if (::dup2(socket.get(), STDIN_FILENO) != STDIN_FILENO) ::_exit(1);
     arguments.insert(arguments.begin(), "helper");
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
+    before();
     ::_exit(linux_::runToolHelper(kProduct, static_cast<int>(arguments.size()), pointers.data()));
   };
 }
@@ -61,7 +68,7 @@ int errorOf(HelperInAChild& helper, const std::string& tool, const std::vector<s
 
 TEST(HelperForAnyTool, ServesEverythingWithoutACommandLine) {
   needRootsOwnSystem();
-  for (const std::vector<std::string>& arguments : {std::vector<std::string>{}, {""}, {"more"}}) {
+  for (const std::vector<std::string>& arguments : {Arguments{}, {""}, {"more"}, {"--for", "0"}}) {
     HelperInAChild helper(programWith(arguments));
     EXPECT_TRUE(helper.next() == Message(Hello{}));
     EXPECT_EQ(errorOf(helper, "/bin/true", {}), 0);
@@ -100,6 +107,78 @@ TEST(HelperForAnyTool, TakesTheCommandForAnotherProcessOfTheUsers) {
   EXPECT_EQ(well.exitStatus(), EXIT_SUCCESS);
   HelperInAChild ill(programWith({"--for", "0", "/bin/false"}));
   EXPECT_EQ(ill.exitStatus(), EXIT_FAILURE);
+}
+
+TEST(HelperForAnyTool, StartsNothingInAProcessThatIsNotRootsOrNotClean) {
+  needRootsOwnSystem();
+  const std::vector<std::function<void()>> faults = {
+      [] { EXPECT_EQ(::setresuid(kPerson, 0, 0), 0); }, [] { EXPECT_EQ(::setresuid(0, kPerson, 0), 0); },
+      [] { failSystemCall(SYS_chdir, EIO); }, [] { failSystemCall(SYS_dup2, EBADF); }};
+  for (const auto& fault : faults) {
+    HelperInAChild helper(programWith({"--for", "0", "/bin/true"}, fault));
+    EXPECT_EQ(helper.exitStatus(), 2);
+  }
+}
+
+TEST(HelperForAnyTool, LetsAToolWriteWhereNobodyReads) {
+  needRootsOwnSystem();
+  HelperInAChild helper(programWith({"--for", "0", "/bin/sh", "-c", "echo text"}));
+  EXPECT_EQ(helper.exitStatus(), EXIT_SUCCESS);
+}
+
+TEST(HelperForAnyTool, NeedsNoStandardStreamsButItsConnection) {
+  needRootsOwnSystem();
+  HelperInAChild helper([](posix::UniqueFd socket) {
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
+    programWith({})(std::move(socket));
+  });
+  EXPECT_TRUE(helper.next() == Message(Hello{}));
+  EXPECT_EQ(errorOf(helper, "/bin/true", {}), 0);
+}
+
+TEST(HelperForAnyTool, StartsNothingWithoutANullDevice) {
+  runInPrivateMachine([] {
+    needRootsOwnSystem();
+    mountTmpfs("/dev", "mode=0755");
+    const std::string made = machineFolder() + "/made";
+    for (const Arguments& arguments : {Arguments{"--for", "0", "/bin/mkdir", made}, {}}) {
+      HelperInAChild helper(programWith(arguments));
+      EXPECT_EQ(helper.exitStatus(), 2);
+    }
+    EXPECT_FALSE(exists(made));
+  });
+}
+
+// Root's own move to the Trash, in a process that is killed in the middle.
+void interruptAMoveOf(const std::string& path) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    afterSystemCall(SYS_renameat2, [] { ::kill(::getpid(), SIGKILL); });
+    const Launch launch{1, "/bin/mv", {"-f", path, "/root/.Trash/item"}};
+    linux_::runLaunch(AnyToolPolicy(kProduct), launch, {0, 0, "root", "/root"}, posix::UniqueFd(), [](const auto&) {});
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status)) << "it was not ended in the middle";
+}
+
+TEST(HelperForAnyTool, MendsInterruptedMovesAtItsEnd) {
+  runInPrivateMachine([] {
+    needRootsOwnSystem();
+    const std::string trash = "/root/.local/share/Trash";
+    const Arguments plain = {"files", "info"};
+    for (const Arguments& arguments : {Arguments{}, {"--for", "0", "/bin/true"}}) {
+      mountTmpfs("/root", "mode=0700");
+      makeFolder("/root/item");
+      interruptAMoveOf("/root/item");
+      EXPECT_NE(namesIn(trash), plain);
+      HelperInAChild helper(programWith(arguments));
+      helper.endSpeech();
+      EXPECT_EQ(helper.exitStatus(), 0);
+      EXPECT_EQ(namesIn(trash), plain);
+    }
+  });
 }
 
 TEST(RightsForOneCommand, AreForNoOther) {
