@@ -187,6 +187,23 @@ TEST(TrashDetails, NamesAreTriedSixtyFourTimes) {
   });
 }
 
+// An orphaned item, or an orphaned description, also makes a name taken.
+TEST(TrashDetails, NamesAreFoundBehindAnyNumberOfTakenOnes) {
+  for (const auto& [folder, suffix] : {std::pair<std::string, std::string>{"/files/", ""}, {"/info/", ".trashinfo"}}) {
+    World::play([&, folder = folder, suffix = suffix](World& world) {
+      world.makeFile("/home/u/b", "b");
+      EXPECT_TRUE(world.recycle("/home/u", "b"));
+      world.makeFile(kTrash + folder + "a" + suffix, "");
+      for (int number = 2; number <= 100; ++number) {
+        world.makeFile(kTrash + folder + "a " + std::to_string(number) + suffix, "");
+      }
+      world.makeFile("/home/u/a", "a");
+      EXPECT_TRUE(world.recycle("/home/u", "a"));
+      EXPECT_EQ(world.recycledTo, Names{kTrash + "/files/a 101"});
+    });
+  }
+}
+
 // MARK: - Flushing
 
 void makeTrashDurable(World& world) {
