@@ -152,6 +152,17 @@ TEST_F(HandedOverItem, KeepsWhatIsAlreadyAsItShouldBe) {
   });
 }
 
+TEST_F(HandedOverItem, KeepsTheGroupsOfItsFolders) {
+  run([] {
+    ASSERT_EQ(::chown(item().c_str(), 0, kOther), 0);
+    EXPECT_EQ(given(item()), 0);
+    struct stat found {};
+    ASSERT_EQ(::stat(item().c_str(), &found), 0);
+    EXPECT_EQ(found.st_uid, kPerson);
+    EXPECT_EQ(found.st_gid, kOther);
+  });
+}
+
 struct FailingCall {
   long call = 0;
   mode_t folderMode = 0755;
@@ -175,6 +186,21 @@ TEST_F(HandedOverItem, ReportsEachCallThatFails) {
       });
     });
   }
+}
+
+TEST_F(HandedOverItem, ReportsAFolderThatCannotBeSeenAnyMore) {
+  run([] {
+    makeFolder(inItem("folder"));
+    inChild([] {
+      watchSystemCalls({SYS_newfstatat, SYS_fchown}, [looks = 0](const SystemCall& call) mutable {
+        const bool isLook = call.number == SYS_newfstatat && call.text(1).empty() && call.path() == inItem("folder");
+        return isLook && ++looks == 2 ? EIO : 0;  // the first look is that of the listing
+      });
+      EXPECT_EQ(given(item()), EIO);
+    });
+    EXPECT_EQ(ownerOf(inItem("folder")), 0U);
+    EXPECT_EQ(ownerOf(item()), kPerson);
+  });
 }
 
 TEST_F(HandedOverItem, NeedsTheUsersRightsToTellWhatTheUserReaches) {
@@ -230,9 +256,22 @@ TEST_F(HandedOverItem, IsNotPreventedByOtherNamesThatAreAllInIt) {
   });
 }
 
-TEST_F(HandedOverItem, IsPreventedWhereTheRightsOfAFileAreUnknown) {
+TEST_F(HandedOverItem, MayHoldAPipeWithOtherNames) {
+  run([] {
+    ASSERT_EQ(::mkfifo(inItem("pipe").c_str(), 0600), 0);
+    makeLinked(inItem("pipe"));
+    EXPECT_EQ(obstacle(item()).code, 0);
+    EXPECT_EQ(obstacle(inItem("pipe")).code, 0);
+  });
+}
+
+TEST_F(HandedOverItem, IsPreventedWhereTheRightsOfAFileWithOtherNamesAreUnknown) {
   run([] {
     makeFile(inItem("file"), "");
+    inChild([] {
+      failSystemCall(SYS_getxattr, EIO);
+      EXPECT_EQ(obstacle(item()).code, 0);
+    });
     makeLinked(inItem("file"));
     for (const std::string& path : {item(), inItem("file")}) {
       inChild([&] {

@@ -484,8 +484,13 @@ TEST_F(MendedMove, DescribesNothingThatCannotReturn) {
       return linux_::returnToTrash(*opened, trashUser().identity, recordOf({1, 2}), folder.get());
     };
     inChild([&] {
-      failSystemCall(SYS_renameat2, EIO);
+      std::string user;
+      watchSystemCalls({SYS_renameat2, SYS_unlinkat}, [&](const SystemCall& call) {
+        if (call.number == SYS_unlinkat) user = actingUser();
+        return call.number == SYS_renameat2 ? EIO : 0;
+      });
       EXPECT_EQ(returned(), EIO);
+      EXPECT_EQ(user, std::to_string(kPerson)) << "what the description was removed with";
     });
     inChild([&] {
       failSystemCall(SYS_setgroups, EAGAIN);

@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <sstream>
 
 #include "tests/privileges/MoveMachine.h"
 
@@ -132,16 +131,6 @@ TEST_F(FailedStep, IsUndoneWhereTheUsersRightsCannotBeTaken) {
     expectUndone(
         bundle, [] { failSystemCall(SYS_setgroups, EAGAIN); }, EPERM);
   });
-}
-
-// The file-system user of this process's first thread.
-std::string actingUser() {
-  std::istringstream status(contentsOf("/proc/self/status"));
-  for (std::string word; status >> word;) {
-    std::string real, effective, saved, fileSystem;
-    if (word == "Uid:" && status >> real >> effective >> saved >> fileSystem) return fileSystem;
-  }
-  return "";
 }
 
 TEST_F(FailedStep, IsUndoneInTheTrashWithTheUsersRights) {

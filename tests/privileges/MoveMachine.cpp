@@ -3,6 +3,8 @@
 
 #include <sys/syscall.h>
 
+#include <sstream>
+
 #include "Platform/foundation/PathComponents.h"
 #include "Platform/linux/rights/PathWalk.h"
 #include "Platform/linux/trash/DesktopTrash.h"
@@ -65,6 +67,15 @@ void MoveMachine::failRenames(const std::vector<FailedRename>& failed) {
     }
     return 0;
   });
+}
+
+std::string MoveMachine::actingUser() {
+  std::istringstream status(contentsOf("/proc/self/status"));
+  for (std::string word; status >> word;) {
+    std::string real, effective, saved, fileSystem;
+    if (word == "Uid:" && status >> real >> effective >> saved >> fileSystem) return fileSystem;
+  }
+  return "";
 }
 
 std::string MoveMachine::bundleOnVolume() {

@@ -39,6 +39,9 @@ class MoveMachine : public TrashMachine {
   /// The renames fail in this process. It watches system calls.
   static void failRenames(const std::vector<FailedRename>& failed);
 
+  /// The file-system user of this process's first thread.
+  static std::string actingUser();
+
   static std::string volume() { return machineFolder() + "/volume"; }
   /// A bundle on a volume of its own.
   static std::string bundleOnVolume();

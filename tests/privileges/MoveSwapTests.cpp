@@ -221,6 +221,35 @@ TEST_F(SwappedItem, MayBeALinkAndIsNotWhatItLeadsTo) {
   });
 }
 
+TEST_F(SwappedItem, MayBeAFileThatIsCopied) {
+  run([] {
+    mountTmpfs(volume(), "mode=0755");
+    makeFile(volume() + "/file", "contents", 0, 04640);
+    const Result result = moved(volume() + "/file");
+    EXPECT_EQ(result.error, 0);
+    EXPECT_EQ(result.note, "");
+    EXPECT_EQ(contentsOf(files() + "/file"), "contents");
+    EXPECT_EQ(modeOf(files() + "/file"), 0640U);
+    EXPECT_EQ(namesIn(volume()), Names{});
+    expectNoLeftovers();
+  });
+}
+
+TEST_F(SwappedItem, MayBeAFolderThatIsWrittenToMeanwhile) {
+  run([] {
+    const std::string bundle = bundleOnVolume();
+    inChild([&] {
+      linux_::RootMove move = moveOf(bundle);
+      watchSystemCalls({SYS_renameat2}, [&](const SystemCall& call) {
+        const timespec times[2] = {{1, 0}, {1, 0}};
+        return call.text(3) == "copy" ? posix::errorOf(::utimensat(AT_FDCWD, bundle.c_str(), times, 0)) : 0;
+      });
+      EXPECT_EQ(resultOf(move).error, 0);
+    });
+    EXPECT_EQ(namesIn(files()), Names{"Tessaly.app"});
+  });
+}
+
 // MARK: - What prevents a move
 
 class PreventedMove : public MoveMachine {

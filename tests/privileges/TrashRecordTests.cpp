@@ -72,6 +72,28 @@ TEST_F(MoveRecord, IsReadAsItWasWritten) {
   });
 }
 
+TEST_F(MoveRecord, MayHaveAnyLength) {
+  run([](int folder) {
+    TrashRecord one = record();
+    for (std::size_t length = 4000; length < 4100; ++length) {
+      one.origin.assign(length, 'o');
+      EXPECT_EQ(one.writeTo(folder), 0);
+      expectSame(TrashRecord::readFrom(folder), one);
+    }
+  });
+}
+
+TEST_F(MoveRecord, HasNoNumberWhereThereIsNone) {
+  run([](int folder) {
+    makeFile(path("record"), "/a\nx\n\n \n-1\nstored\ninfo\naside\n1\n0\n%\nend");
+    const auto found = TrashRecord::readFrom(folder);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->item, linux_::ItemNumber{});
+    EXPECT_EQ(found->copy, linux_::ItemNumber{});
+    EXPECT_EQ(found->volume, 0U);
+  });
+}
+
 // An earlier version's record may be waiting on the disk.
 TEST_F(MoveRecord, KeepsItsForm) {
   run([](int folder) {

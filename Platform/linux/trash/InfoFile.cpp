@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "Platform/linux/trash/TrashInfo.h"
+#include "Platform/posix/FileContents.h"
 #include "Platform/posix/UniqueFd.h"
 
 namespace qm::linux_ {
@@ -21,9 +22,7 @@ int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
   posix::UniqueFd file(::openat(folder_, name_.c_str(), kFlags, S_IRUSR | S_IWUSR));
   if (!file) return errno;
   made_ = true;
-  const ssize_t written = ::write(file.get(), text.data(), text.size());
-  if (written < 0) return errno;
-  if (static_cast<std::size_t>(written) < text.size()) return ENOSPC;
+  if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
   if (writtenThrough == WrittenThrough::Yes && ::fsync(file.get()) != 0) return errno;
   // Some file systems report a lack of space only now.
   return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;

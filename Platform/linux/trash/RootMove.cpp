@@ -123,7 +123,7 @@ class RootMove::Steps {
     // the record does not contain the taken item yet, because the copy may be gone before the next run mends this.
     if (!error && unfinished_ != 0) return {};
     const int removal = error ? aside->removeEmpty() : aside->remove();
-    if (removal != 0 && unfinished_ == 0) unfinished_ = removal;
+    if (unfinished_ == 0) unfinished_ = removal;
     return error;
   }
 
@@ -218,7 +218,7 @@ class RootMove::Steps {
   }
 
   void flush(int folder) {
-    const UniqueFd opened(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const UniqueFd opened(::openat(folder, ".", O_RDONLY | O_CLOEXEC));
     if (opened && ::fsync(opened.get()) == 0) return;
     if (!note_.empty()) note_ += "; ";
     note_ += posix::withSystemMessage("not on the disk yet", errno);

@@ -109,7 +109,6 @@ void TrashRecord::removePartIn(int folder) { ::unlinkat(folder, kNewName, 0); }
 
 std::optional<TrashRecord> TrashRecord::readFrom(int folder) {
   const UniqueFd file(::openat(folder, kName, O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-  if (!file) return std::nullopt;
   const std::vector<std::string> fields = linesOf(readAll(file.get()));
   if (fields.size() != kFields || !isNameOrNothing(fields[5]) || !isNameOrNothing(fields[7])) return std::nullopt;
   return TrashRecord{fields[0],

@@ -152,6 +152,58 @@ TEST(TrashDetails, OnlyARefusalIsAReasonForRootsRights) {
   });
 }
 
+TEST(TrashDetails, RootsItemStaysWhereItCannotBeOpened) {
+  playWithRootsFolder([](World& world) {
+    makeFileOfRoot(world, kRoots + "/a");
+    inChild([&] {
+      watchSystemCalls({SYS_openat}, [](const SystemCall& call) { return call.text(1) == "a" ? EMFILE : 0; });
+      EXPECT_EQ(world.recycle(kRoots, "a").code(), EMFILE);
+    });
+    EXPECT_EQ(world.contentsOf(kRoots + "/a"), "root's");
+  });
+}
+
+// Another program may take each name just before it is used.
+TEST(TrashDetails, NamesAreTriedSixtyFourTimes) {
+  World::play([](World& world) {
+    world.makeFile("/home/u/a", "a");
+    world.makeFile("/home/u/b", "b");
+    EXPECT_TRUE(world.recycle("/home/u", "b"));
+    inChild([&] {
+      std::atomic<int> tried{0};
+      watchSystemCalls({SYS_openat}, [&](const SystemCall& call) {
+        const std::string name = call.text(1);
+        if (!name.ends_with(".trashinfo")) return 0;
+        ++tried;
+        World::makePlainFile(kTrash + "/info/" + name, "another's");
+        return 0;
+      });
+      EXPECT_EQ(world.recycle("/home/u", "a").code(), EEXIST);
+      EXPECT_EQ(tried, 64);
+    });
+    EXPECT_EQ(world.contentsOf("/home/u/a"), "a");
+    EXPECT_EQ(world.namesIn(kTrash + "/files"), Names{"b"});
+    EXPECT_EQ(world.namesIn(kTrash + "/info").size(), 65U);
+  });
+}
+
+// An orphaned item, or an orphaned description, also makes a name taken.
+TEST(TrashDetails, NamesAreFoundBehindAnyNumberOfTakenOnes) {
+  for (const auto& [folder, suffix] : {std::pair<std::string, std::string>{"/files/", ""}, {"/info/", ".trashinfo"}}) {
+    World::play([&, folder = folder, suffix = suffix](World& world) {
+      world.makeFile("/home/u/b", "b");
+      EXPECT_TRUE(world.recycle("/home/u", "b"));
+      world.makeFile(kTrash + folder + "a" + suffix, "");
+      for (int number = 2; number <= 100; ++number) {
+        world.makeFile(kTrash + folder + "a " + std::to_string(number) + suffix, "");
+      }
+      world.makeFile("/home/u/a", "a");
+      EXPECT_TRUE(world.recycle("/home/u", "a"));
+      EXPECT_EQ(world.recycledTo, Names{kTrash + "/files/a 101"});
+    });
+  }
+}
+
 // MARK: - Flushing
 
 void makeTrashDurable(World& world) {
