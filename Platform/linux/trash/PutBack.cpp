@@ -43,7 +43,6 @@ class PuttingBack {
     if (!found) return itemProblem(errno);
     stored_ = *found;
     if (statusIn(place_.folder.get(), place_.name.c_str())) return itemProblem(EEXIST);
-    if (stored_.mount != trash_.filesIdentity.mount) return itemProblem(EBUSY);
     const auto mounts = volumes_.now();
     if (!*mounts) return TrashProblem{ENOTSUP, "it is not known whether a volume is mounted in it"};
     return mounts->hasMountAtOrBelow(pathOf(trash_, item_)) ? std::optional(itemProblem(EBUSY)) : std::nullopt;
