@@ -139,6 +139,7 @@ TEST(ObstacleToPuttingBack, IsTheErrorWhereItCannotBeLookedFor) {
     failSystemCall(SYS_getxattr, EIO);
     EXPECT_EQ(obstacleIn(kBundle), EIO);
     EXPECT_EQ(droppingFrom(kBundle), EIO);
+    ASSERT_EQ(::unlink(kSecondName.c_str()), 0);
     world.setMode(kTool, 04755);
     EXPECT_EQ(droppingFrom(kBundle), EIO) << "it may have capabilities besides the bit";
   });

@@ -277,8 +277,8 @@ TEST(PutBackByRootInSteps, CopiesNothingWhoseVolumesAreNotKnown) {
 }
 
 TEST(PutBackByRootInSteps, CopiesNothingThatIsMountedMeanwhile) {
-  // Before the copy begins, and while it grows.
-  for (const long call : {SYS_mkdirat, SYS_utimensat}) {
+  // Once the work folder is made, once the record is on the disk, and while the copy grows.
+  for (const long call : {SYS_mkdirat, SYS_fsync, SYS_utimensat}) {
     playWithItem(Volumes::Two, Item::Folder, [&](World& world) {
       world.makeFolder(kStored + "/inner");
       Work work;

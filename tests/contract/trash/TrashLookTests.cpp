@@ -230,6 +230,19 @@ TEST(LeftWorkFolders, AreRootsToRemoveWhenItWorksForTheUser) {
   });
 }
 
+TEST(LeftWorkFolders, AreNotLookedForInRootsOwnTrash) {
+  World::play([](World& world) {
+    world.actAsRoot("root");
+    world.makeFile("/home/u/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u", "/root/.Trash", {"a"}));
+    const std::string left = "/root/.local/share/Trash/" + kLeftWorkFolder;
+    world.makeRootsFolder(left);
+    world.setMode(left, 0700);
+    EXPECT_EQ(world.itemsFrom("/home/u/a", "/root/.Trash").items.size(), 1U);
+    EXPECT_EQ(world.kindOf(left), ItemKind::Folder);
+  });
+}
+
 // Trashes of other volumes, and none of them.
 
 TEST(TrashesOfAPath, AreListedNewestFirstFromAllOfThem) {
