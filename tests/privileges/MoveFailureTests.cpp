@@ -59,7 +59,7 @@ TEST_F(FailedStep, IsUndoneOnOneVolume) {
     makeBundle(bundle);
     for (const auto& [call, nth] : {std::pair<long, int>{SYS_mkdirat, 1}, {SYS_renameat, 1}, {SYS_renameat2, 1}}) {
       expectUndone(
-          bundle, [=] { failSystemCallOnce(call, nth, EIO); }, EIO);
+          bundle, [call = call, nth = nth] { failSystemCallOnce(call, nth, EIO); }, EIO);
     }
     // Of the record, of its folder, and of the description.
     for (const int nth : {1, 2, 3})
