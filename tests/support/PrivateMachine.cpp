@@ -109,9 +109,10 @@ std::string readLink(const char* path) {
   return {target, static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
-/// A leak check examines this process from a child of its own, which must be able to see it.
+/// A leak check examines this process from a child of its own, which must be able to see it and to list its threads.
 bool isSeenByItsChildren() {
-  return readLink("/proc/self") == std::to_string(::getpid()) &&
+  const UniqueFd threads(::open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return threads && readLink("/proc/self") == std::to_string(::getpid()) &&
          readLink("/proc/self/ns/pid") == readLink("/proc/self/ns/pid_for_children");
 }
 
