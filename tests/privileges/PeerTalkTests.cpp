@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,6 +22,13 @@ using Received = linux_::PeerSocket::Received;
 
 constexpr std::size_t kMuch = std::size_t{4} << 20U;
 
+// Receives once something has arrived, or the end has.
+Received awaited(linux_::PeerSocket& peer, std::string& text) {
+  pollfd arrival{peer.descriptor(), POLLIN, 0};
+  EXPECT_EQ(::poll(&arrival, 1, -1), 1);
+  return peer.receive(text);
+}
+
 TEST(ConnectionToAPeer, IsNotOpenedWhereTheSystemDoesNotTellWhoSpeaks) {
   for (const auto& [call, error] :
        {std::pair{SYS_setsockopt, EPERM}, {SYS_pidfd_open, ENOSYS}, {SYS_getsockopt, EIO}}) {
@@ -35,12 +43,12 @@ TEST(ConnectionToAPeer, IsNotOpenedWhereTheSystemDoesNotTellWhoSpeaks) {
 TEST(ConnectionToAPeer, EndsWithItsLastByte) {
   HelperInAChild helper(HelperInAChild::talking([](linux_::PeerSocket& peer) {
     std::string text;
-    while (peer.receive(text) == Received::Nothing) ::usleep(1000);
-    const bool isHeard = text == "x" && peer.receive(text) == Received::Nothing;
+    const bool isHeard =
+        awaited(peer, text) == Received::Bytes && text == "x" && peer.receive(text) == Received::Nothing;
     peer.send("heard");
     errno = EAGAIN;  // what the last attempt left
-    while (peer.isOpen() && peer.receive(text) == Received::Nothing) ::usleep(1000);
-    ::_exit(isHeard && text == "x" && peer.descriptor() == -1 && peer.peerDescriptor() == -1 ? 0 : 1);
+    const bool hasEnded = awaited(peer, text) == Received::End && !peer.isOpen();
+    ::_exit(isHeard && hasEnded && text == "x" && peer.descriptor() == -1 && peer.peerDescriptor() == -1 ? 0 : 1);
   }));
   helper.say("x");
   EXPECT_EQ(helper.some(), "heard");
@@ -60,9 +68,7 @@ TEST(ConnectionToAPeer, EndsAtAFailure) {
 TEST(ConnectionToAPeer, EndsWhereADescriptorComesAlong) {
   HelperInAChild helper(HelperInAChild::talking([](linux_::PeerSocket& peer) {
     std::string text;
-    Received received = Received::Nothing;
-    while ((received = peer.receive(text)) == Received::Nothing) ::usleep(1000);
-    ::_exit(received == Received::End && text.empty() ? 0 : 1);
+    ::_exit(awaited(peer, text) == Received::End && text.empty() ? 0 : 1);
   }));
   helper.say("evil", STDIN_FILENO);
   EXPECT_EQ(helper.exitStatus(), 0);
