@@ -44,8 +44,8 @@ int ChildProgram::start(const std::string& path, const std::vector<std::string>&
   handle_ = posix::ProcessHandle::open(child);
   if (handle_) return 0;
   const int error = errno;
-  ::kill(child, SIGKILL);
-  posix::waitForChild(child);
+  // One with other rights ends by itself when the caller closes its connection, so it must not be waited for here.
+  if (::kill(child, SIGKILL) == 0) posix::waitForChild(child);
   return error;
 }
 

@@ -27,7 +27,8 @@ class ChildProgram {
     int errors = -1;
   };
 
-  /// Starts a program. Returns 0 or an error number, and then nothing runs.
+  /// Starts a program. Returns 0 or an error number. After an error nothing runs, except a program with other rights
+  /// until its connection ends.
   int start(const std::string& path, const std::vector<std::string>& arguments, const Streams& streams);
 
   /// Blocks until the child has exited. Returns its exit status, or the number of the signal that ended it; -1
