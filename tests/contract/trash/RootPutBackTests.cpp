@@ -351,6 +351,19 @@ TEST(PutBackByRootInSteps, UndoesNothingButItsOwnCopy) {
   }
 }
 
+TEST(PutBackByRootInSteps, ChangesNothingOfAnItemWhosePlaceIsTaken) {
+  for (const Volumes volumes : kBoth) {
+    playWithItem(volumes, Item::File, [](World& world) {
+      world.setMode(kStored, 04755);
+      World::makePlainFile(kPlace, "another");
+      EXPECT_EQ(Work().putBack(), EEXIST);
+      EXPECT_EQ(world.modeOf(kStored), 04755U);
+      EXPECT_EQ(world.contentsOf(kPlace), "another");
+      expectInTrash(world);
+    });
+  }
+}
+
 TEST(PutBackByRootInSteps, KeepsAnItemThatCannotReturnToTheTrash) {
   playWithItem(Volumes::One, Item::Folder, [](World& world) {
     world.removeFile(kStoredInfo);
