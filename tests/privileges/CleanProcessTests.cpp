@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <functional>
@@ -42,10 +43,11 @@ rlimit limitOf(__rlimit_resource resource) {
   return limit;
 }
 
-// Anybody may do that. The upper limit stays: not every root may raise it again.
+// Anybody may do that. The upper limit stays: not every root may raise it again. It can be lower than the value.
 void setLower(__rlimit_resource resource, rlim_t value) {
-  const rlimit limit{value, limitOf(resource).rlim_max};
-  EXPECT_EQ(::setrlimit(resource, &limit), 0);
+  const rlim_t most = limitOf(resource).rlim_max;
+  const rlimit limit{std::min(value, most), most};
+  EXPECT_EQ(::setrlimit(resource, &limit), 0) << resource;
 }
 
 void expectBoth(__rlimit_resource resource, rlim_t value) {

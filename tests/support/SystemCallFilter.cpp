@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/LeakCheck.h"
 #include "tests/support/PrivateMachine.h"
 
 namespace qm::testing {
@@ -41,15 +42,15 @@ std::size_t argument(int index) {
   return offsetof(seccomp_data, args) + sizeof(std::uint64_t) * static_cast<std::size_t>(index);
 }
 
-std::atomic<bool> hasFilter{false};
-
 /// The descriptor for the filter's notifications if `flags` request it, else 0.
 int install(std::vector<sock_filter> program, unsigned flags = 0) {
   sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
   EXPECT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0) << std::strerror(errno);
   const long installed = ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, flags, &filter);
   EXPECT_GE(installed, 0) << std::strerror(errno);
-  hasFilter = true;
+  // That makes system calls while all threads stand still. They would fail, or wait for ever for the thread that
+  // answers.
+  skipLeakCheck();
   return static_cast<int>(installed);
 }
 
@@ -99,10 +100,6 @@ void installServed(std::vector<sock_filter> program, std::function<void(int list
 }
 
 }  // namespace
-
-/// Asked by a sanitizer. Its look for leaks makes system calls under the filter of this process while all threads of it
-/// stand still. They would fail, or wait for ever for the thread that answers.
-extern "C" int __lsan_is_turned_off() { return hasFilter ? 1 : 0; }
 
 std::string SystemCall::path() const {
   const std::string link = "/proc/self/fd/" + std::to_string(static_cast<int>(arguments[0]));
