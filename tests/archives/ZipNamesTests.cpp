@@ -42,7 +42,7 @@ TEST_F(ZipNames, AreMarkedInTheItemAndInTheDirectory) {
   const auto names = read(zipBytes({{"plain"}, {"\xC3\xA9", "", 0100644, 0x800}}));
   EXPECT_EQ(names.utf8Marks, (Marks{35 + 7, 67 + 51 + 9}));
   EXPECT_FALSE(names.holdNul);
-  EXPECT_FALSE(names.areNone);
+  EXPECT_FALSE(names.isEmpty);
 }
 
 TEST_F(ZipNames, AreFoundBehindWhatStandsBeforeTheArchive) {

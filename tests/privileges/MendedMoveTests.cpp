@@ -341,7 +341,7 @@ class ForgottenDescription : public MendedMove {
   static void forget(const std::string& stored) {
     TrashRecord record = recordOf({1, 2});
     record.stored = stored;
-    linux_::forgetDescription(*openedTrash(), trashUser().identity, record);
+    linux_::removeTrashInfo(*openedTrash(), trashUser().identity, record);
   }
 };
 
@@ -388,7 +388,7 @@ TEST_F(ForgottenDescription, IsRemovedWithTheUsersRights) {
     inChild([] {
       const linux_::SharedTrashDirectory opened = openedTrash();
       failSystemCall(SYS_setgroups, EAGAIN);
-      linux_::forgetDescription(*opened, trashUser().identity, recordOf({1, 2}));
+      linux_::removeTrashInfo(*opened, trashUser().identity, recordOf({1, 2}));
     });
     EXPECT_TRUE(exists(info()));
     ASSERT_EQ(::chown((trash() + "/info").c_str(), 0, 0), 0);
@@ -397,7 +397,7 @@ TEST_F(ForgottenDescription, IsRemovedWithTheUsersRights) {
     linux_::TrashDirectory closed;
     closed.files = posix::duplicate(files);
     closed.info = open(trash() + "/info");
-    linux_::forgetDescription(closed, trashUser().identity, recordOf({1, 2}));
+    linux_::removeTrashInfo(closed, trashUser().identity, recordOf({1, 2}));
     EXPECT_TRUE(exists(info()));
   });
 }

@@ -152,7 +152,7 @@ void takeDirectory(FileWindow& file, const Directory& directory, ZipNames& names
     position += length;
     ++names.items;
   }
-  names.areAll = (names.items & directory.mask) == directory.items;
+  names.isComplete = (names.items & directory.mask) == directory.items;
 }
 
 }  // namespace
@@ -162,7 +162,7 @@ ZipNames readZipNames(int archive) {
   FileWindow file(archive);
   const auto endRecord = endRecordOf(file);
   if (!endRecord) return names;
-  names.areNone = *endRecord == 0 && isOfNothing(*file.at(0, kEndRecord));
+  names.isEmpty = *endRecord == 0 && isOfNothing(*file.at(0, kEndRecord));
   if (const auto directory = directoryBefore(file, *endRecord)) takeDirectory(file, *directory, names);
   std::sort(names.utf8Marks.begin(), names.utf8Marks.end());
   return names;

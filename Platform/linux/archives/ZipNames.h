@@ -13,10 +13,10 @@ struct ZipNames {
   /// Whether a name in the directory has a NUL byte: a reader that stops there would take it for another name.
   bool holdNul = false;
   /// True for a valid empty archive: an end-of-central-directory record with zero entries and no data before it.
-  bool areNone = false;
+  bool isEmpty = false;
   /// The number of items in the directory, and whether the end record states the same.
   std::uint64_t items = 0;
-  bool areAll = false;
+  bool isComplete = false;
 };
 
 /// The bit of the flag "this name is UTF-8" in its byte.

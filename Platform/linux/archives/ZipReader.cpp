@@ -126,7 +126,7 @@ Status ZipReader::open(const std::string& path) {
   if (!source_->file || ::fstat(source_->file.get(), &attributes) != 0) return problemWith(path, errno);
   if (!S_ISREG(attributes.st_mode)) return problemWith(path, "It is not a zip archive");
   source_->names = readZipNames(source_->file.get());
-  if (source_->names.areNone) return Status::success();
+  if (source_->names.isEmpty) return Status::success();
   if (source_->names.holdNul) return problemWith(path, "A name in it contains a NUL byte");
   archive* const reader = archive_.get();
   if (reader == nullptr) return problemWith(path, ENOMEM);
@@ -134,13 +134,13 @@ Status ZipReader::open(const std::string& path) {
   ::archive_read_set_seek_callback(reader, &Source::seek);
   const int opened = ::archive_read_open2(reader, source_.get(), nullptr, &Source::read, &Source::skip, nullptr);
   if (opened != ARCHIVE_OK) return problemWith(path, "It is not a zip archive, or a part of it is missing");
-  return source_->names.areAll ? Status::success() : problemWith(path, kPartMissing);
+  return source_->names.isComplete ? Status::success() : problemWith(path, kPartMissing);
 }
 
 Status ZipReader::next(std::optional<ZipEntry>& entry) {
   entry.reset();
   read_ = 0;
-  if (source_->names.areNone) return Status::success();  // libarchive takes an empty archive for no archive
+  if (source_->names.isEmpty) return Status::success();  // libarchive takes an empty archive for no archive
   archive_entry* found = nullptr;
   const int result = ::archive_read_next_header(archive_.get(), &found);
   if (result == ARCHIVE_EOF) {

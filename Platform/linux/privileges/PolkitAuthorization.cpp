@@ -98,9 +98,9 @@ AuthorizationStatus PolkitAuthorization::create(const AuthorizationItems& /*envi
 }
 
 void PolkitAuthorization::announce(const std::string& tool, const std::vector<std::string>& arguments) {
-  const std::vector<std::string> meant = asMeant(tool, arguments);
+  const std::vector<std::string> used = argumentsToUse(tool, arguments);
   const std::scoped_lock lock(mutex_);
-  announced_ = commandLine(tool, meant);
+  announced_ = commandLine(tool, used);
 }
 
 void PolkitAuthorization::expectHollowFolder(const std::string& folder) {
@@ -110,8 +110,8 @@ void PolkitAuthorization::expectHollowFolder(const std::string& folder) {
 
 /// Replaces the removal of `hollowFolder_` by one that fails if other things are in it. The real rm has no option for
 /// that.
-std::vector<std::string> PolkitAuthorization::asMeant(const std::string& tool,
-                                                      const std::vector<std::string>& arguments) {
+std::vector<std::string> PolkitAuthorization::argumentsToUse(const std::string& tool,
+                                                             const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);
   const bool isIt =
       tool == "/bin/rm" && !arguments.empty() && !hollowFolder_.empty() && arguments.back() == hollowFolder_;
@@ -209,7 +209,7 @@ AuthorizationStatus PolkitAuthorization::executeWithPrivileges(AuthorizationRef 
                                                                AuthorizationFlags /*flags*/,
                                                                const std::vector<std::string>& asked,
                                                                std::shared_ptr<CommunicationsPipe>* pipe) {
-  const std::vector<std::string> arguments = asMeant(tool, asked);
+  const std::vector<std::string> arguments = argumentsToUse(tool, asked);
   SharedConnection connection;
   const AuthorizationStatus found = connectionFor(session, commandLine(tool, arguments), &connection);
   if (found != errAuthorizationSuccess) return found;
@@ -244,8 +244,8 @@ ToolCommand PolkitAuthorization::commandForRoot(const std::string& tool, const s
   // So the variable is removed.
   std::vector<std::string> all = {
       "-u", "PKEXEC_UID", programs_.helper, "--for", std::to_string(person ? person->id : 0), tool};
-  const std::vector<std::string> meant = asMeant(tool, arguments);
-  all.insert(all.end(), meant.begin(), meant.end());
+  const std::vector<std::string> used = argumentsToUse(tool, arguments);
+  all.insert(all.end(), used.begin(), used.end());
   return {kEnvironmentTool, all};
 }
 

@@ -78,7 +78,7 @@ class PolkitAuthorization : public platform::AuthorizationServices {
   };
 
   OnlyCommand takeAnnounced();
-  std::vector<std::string> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
+  std::vector<std::string> argumentsToUse(const std::string& tool, const std::vector<std::string>& arguments);
   platform::AuthorizationStatus open(platform::AuthorizationRef session,
                                      const platform::AuthorizationItems& environment,
                                      platform::AuthorizationFlags flags, const OnlyCommand& announced);

@@ -41,7 +41,7 @@ class RootMove::Steps {
     record_.item = {source_.itemStatus.st_dev, source_.itemStatus.st_ino};
     record_.info = trashInfoText(recordedPath(), deletionDate);
     const std::optional<Reached> reached = reaches(person_, path, source_.item.get());
-    isKnown_ = reached && !record_.origin.empty() && !trash_->path.empty();
+    arePathsKnown_ = reached && !record_.origin.empty() && !trash_->path.empty();
     record_.reached = reached.value_or(Reached::No);
   }
 
@@ -50,7 +50,7 @@ class RootMove::Steps {
     const std::optional<ItemIdentity> item = itemIdentity(source_.item.get());
     const std::optional<ItemIdentity> folder = itemIdentity(source_.folder.get());
     if (!item || !folder) return errno;
-    if (!isKnown_) return EIO;
+    if (!arePathsKnown_) return EIO;
     if (item->mount != folder->mount) return EBUSY;
     if (!isOnTrashVolume() && !isOnTrustedVolume()) return ENOTSUP;
     return obstacleToHandover(source_.item.get(), person_, record_.reached,
@@ -231,7 +231,7 @@ class RootMove::Steps {
   TrashRecord record_;
   /// Whether three things are known: where the item comes from, whether the user can reach it there, and the Trash's
   /// path.
-  bool isKnown_ = false;
+  bool arePathsKnown_ = false;
   std::string note_;
   int unfinished_ = 0;
 };

@@ -61,7 +61,7 @@ std::optional<TrashProblem> RootPutBack::run() {
 // As long as the item may return to the Trash, its description stays there.
 void RootPutBack::forget(const WorkFolder& work) {
   if (itemNumber(work.descriptor(), kAside)) return;
-  forgetDescription(trash_, user_.identity, record_);
+  removeTrashInfo(trash_, user_.identity, record_);
   const bool isLeft = itemNumber(trash_.info.get(), stored_.name + std::string(kTrashInfoSuffix)).has_value();
   isUnfinished_ = isUnfinished_ || isLeft;
 }

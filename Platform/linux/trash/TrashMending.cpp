@@ -47,7 +47,7 @@ class Mending {
   bool mendItem() {
     const UniqueFd item(::openat(trash_.files.get(), record_.stored.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (item && itemNumber(item.get()) == record_.item) return !handOver(item.get(), person_, record_.reached);
-    forgetDescription(trash_, person_, record_);
+    removeTrashInfo(trash_, person_, record_);
     return true;
   }
 
@@ -57,7 +57,7 @@ class Mending {
     const bool isAway = itemNumber(work_.descriptor(), kAsideName).has_value();
     if (isAway && returnToTrash(trash_, person_, record_, work_.descriptor()) != 0) return false;
     if (!removeGrowing()) return false;
-    if (!itemNumber(trash_.files.get(), record_.stored)) forgetDescription(trash_, person_, record_);
+    if (!itemNumber(trash_.files.get(), record_.stored)) removeTrashInfo(trash_, person_, record_);
     return removeExpendable(work_.descriptor()) == 0;
   }
 
@@ -91,7 +91,7 @@ class Mending {
     const bool isThere = origin->item && itemNumber(origin->item.get()) == record_.item;
     const bool isPublished = itemNumber(trash_.files.get(), record_.stored) == record_.copy;
     if (isThere && isPublished && unpublish(trash_, person_, record_, work_.descriptor()) != 0) return false;
-    if (isThere && !isPublished) forgetDescription(trash_, person_, record_);
+    if (isThere && !isPublished) removeTrashInfo(trash_, person_, record_);
     return settleAside(*origin, isPublished && !isThere) && (isThere || isPublished || record_.isTaken);
   }
 
@@ -148,7 +148,7 @@ void mend(const TrashDirectory& trash, const FileSystemIdentity& person, Mended 
 
 }  // namespace
 
-void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
+void removeTrashInfo(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record) {
   if (record.stored.empty()) return;
   const std::string name = record.stored + std::string(kTrashInfoSuffix);
   const FileSystemUser acting(&person);
@@ -162,7 +162,7 @@ int unpublish(const TrashDirectory& trash, const FileSystemIdentity& person, con
   const posix::ItemName inWork{work, copyName};
   if (const int error = posix::renameWithoutReplacing(inTrash, inWork)) return error;
   if (itemNumber(work, copyName) != record.copy) return posix::renameWithoutReplacing(inWork, inTrash);
-  forgetDescription(trash, person, record);
+  removeTrashInfo(trash, person, record);
   return 0;
 }
 

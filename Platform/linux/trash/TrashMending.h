@@ -16,7 +16,7 @@ inline constexpr const char* kGrowingName = "growing";
 
 /// Removes the description that a move has created, with the user's rights. A description of another program is not
 /// touched.
-void forgetDescription(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record);
+void removeTrashInfo(const TrashDirectory& trash, const FileSystemIdentity& person, const TrashRecord& record);
 
 /// Takes a copy out of the Trash and into the work folder, because its item is still at its place. Returns 0 or an
 /// error number. 0 also if the item of that name is not the copy any more; it then stays in the Trash.

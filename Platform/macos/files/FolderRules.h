@@ -31,7 +31,7 @@ struct FolderFacts {
 /// Whether the owner that the system reports for a folder cannot be trusted. On a volume that ignores owners, and in a
 /// folder of the account "unknown", every user is treated as the owner. If a volume is not local, or if a user has
 /// mounted it, somebody other than root decides what it reports. The same holds if the facts cannot be determined.
-inline bool isSomebodysWord(const std::optional<FolderFacts>& folder) {
+inline bool hasUntrustedOwner(const std::optional<FolderFacts>& folder) {
   constexpr uid_t kUnknown = 99;
   return !folder || !folder->isLocal || folder->ignoresOwners || folder->mountedBy != 0 || folder->owner == kUnknown;
 }

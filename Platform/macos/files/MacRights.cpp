@@ -55,7 +55,7 @@ std::optional<macos::FolderFacts> factsOf(int folder) {
 
 }  // namespace
 
-bool isUserSpaceFileSystem(int folder) { return macos::isSomebodysWord(factsOf(folder)); }
+bool isUserSpaceFileSystem(int folder) { return macos::hasUntrustedOwner(factsOf(folder)); }
 
 bool hasListThatGrantsWriting(int folder) {
   const AccessList list(::acl_get_fd_np(folder, ACL_TYPE_EXTENDED));

@@ -48,7 +48,7 @@ AuthorizationStatus MacAuthorization::create(const AuthorizationItems& environme
 }
 
 void MacAuthorization::announce(const std::string& tool, const std::vector<std::string>& arguments) {
-  nextIsRefused_ = !asMeant(tool, arguments);
+  nextIsRefused_ = !argumentsToUse(tool, arguments);
 }
 
 void MacAuthorization::expectHollowFolder(const std::string& folder) {
@@ -56,8 +56,8 @@ void MacAuthorization::expectHollowFolder(const std::string& folder) {
   hollowFolder_ = folder;
 }
 
-std::optional<std::vector<std::string>> MacAuthorization::asMeant(const std::string& tool,
-                                                                  const std::vector<std::string>& arguments) {
+std::optional<std::vector<std::string>> MacAuthorization::argumentsToUse(const std::string& tool,
+                                                                         const std::vector<std::string>& arguments) {
   const std::scoped_lock lock(mutex_);
   if (tool != kRemove || hollowFolder_.empty()) return arguments;
   if (arguments.empty() || arguments.back() != hollowFolder_) {
@@ -100,11 +100,11 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
   const std::scoped_lock used(inUse_);
   auto* const rightful = systems(session);
   if (rightful == nullptr) return errAuthorizationInvalidRef;
-  const auto meant = asMeant(tool, arguments);
-  if (!meant) return errAuthorizationDenied;
+  const auto used = argumentsToUse(tool, arguments);
+  if (!used) return errAuthorizationDenied;
   std::FILE* output = nullptr;
   const auto lock = posix::noPipeMeanwhile();
-  const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *meant, &output);
+  const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *used, &output);
   if (status != errAuthorizationSuccess || output == nullptr) return status;
   auto kept = keepOutput(output);
   if (pipe != nullptr) *pipe = std::move(kept);
@@ -126,10 +126,10 @@ void MacAuthorization::releaseRights() {
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
-  const auto meant = asMeant(tool, arguments);
-  if (!meant) return {kNothing, {}};
-  const std::string refusal = posix::refusalForRoot(tool, *meant);
-  if (refusal.empty()) return {tool, *meant};
+  const auto used = argumentsToUse(tool, arguments);
+  if (!used) return {kNothing, {}};
+  const std::string refusal = posix::refusalForRoot(tool, *used);
+  if (refusal.empty()) return {tool, *used};
   console_.print(tool + " is not started as root: " + refusal + ".");
   return {kNothing, {}};
 }

@@ -65,7 +65,8 @@ class MacAuthorization final : public platform::AuthorizationServices {
   std::shared_ptr<platform::CommunicationsPipe> keepOutput(std::FILE* output);
   /// The arguments that the tool is to be started with. Null if it must not be started; this prints a message that says
   /// so.
-  std::optional<std::vector<std::string>> asMeant(const std::string& tool, const std::vector<std::string>& arguments);
+  std::optional<std::vector<std::string>> argumentsToUse(const std::string& tool,
+                                                         const std::vector<std::string>& arguments);
 
   platform::Console& console_;
   std::mutex inUse_;  // held while the system uses a session, so that it is not freed meanwhile; locked before mutex_

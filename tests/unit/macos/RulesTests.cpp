@@ -91,15 +91,15 @@ TEST(FolderThatIsOpenedToNameItemsInIt, MustBeReadableOnlyBeforeVersion13) {
 }
 
 TEST(VolumeOfAFolder, IsTheSystemsWordWhereRootHasMountedItWithOwners) {
-  EXPECT_FALSE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
+  EXPECT_FALSE(hasUntrustedOwner(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 501}));
 }
 
 TEST(VolumeOfAFolder, IsSomebodysWordOtherwise) {
-  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = false, .ignoresOwners = false, .mountedBy = 0, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = true, .mountedBy = 0, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 501, .owner = 0}));
-  EXPECT_TRUE(isSomebodysWord(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 99}));
-  EXPECT_TRUE(isSomebodysWord(std::nullopt));
+  EXPECT_TRUE(hasUntrustedOwner(FolderFacts{.isLocal = false, .ignoresOwners = false, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(hasUntrustedOwner(FolderFacts{.isLocal = true, .ignoresOwners = true, .mountedBy = 0, .owner = 0}));
+  EXPECT_TRUE(hasUntrustedOwner(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 501, .owner = 0}));
+  EXPECT_TRUE(hasUntrustedOwner(FolderFacts{.isLocal = true, .ignoresOwners = false, .mountedBy = 0, .owner = 99}));
+  EXPECT_TRUE(hasUntrustedOwner(std::nullopt));
 }
 
 using posix::AccessEntry;
