@@ -32,7 +32,7 @@ SWAPPED = {
     "constant": {"true": "false", "false": "true"},
 }
 SIMPLE = r"[\w.:]+(?:->\w+)?(?:\(\))?"
-ARGUMENTS = re.compile(rf"(?<=[\w>])(?<!min)(?<!max)\(({SIMPLE}), ({SIMPLE})(?=[,)])")
+ARGUMENTS = re.compile(rf"(?<=[\w>])(?<!min)(?<!max)(?<!swap)\(({SIMPLE}), ({SIMPLE})(?=[,)])")
 CALL = re.compile(r"^(?!return\b|throw\b|delete\b|if\b|for\b|while\b|switch\b|case\b|else\b|using\b|static_assert\b)"
                   r"[\w:.>*\-\[\]()]+\(.*\);$")
 ASSIGNMENT = re.compile(r"^\*?[\w.>\-\[\]]+ (?:[+\-|&]?=) [^{]*;$")

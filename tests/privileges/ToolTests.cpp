@@ -94,8 +94,9 @@ TEST(ToolOfRoots, GetsLongArgumentsUpToTheSystemsLimit) {
 }
 
 TEST(ToolOfRoots, MayLeaveSomebodyBehindWhoHoldsItsErrors) {
-  const Outcome outcome = launch("/bin/sh", {"-c", "sleep 1000 >/dev/null & echo $!"});
+  const Outcome outcome = launch("/bin/sh", {"-c", "echo note >&2; sleep 1000 >/dev/null & echo $!"});
   EXPECT_EQ(outcome.waitStatus, 0);
+  EXPECT_EQ(outcome.note, "note");
   const Outcome ended = launch("/bin/kill", {"-KILL", outcome.output.substr(0, outcome.output.find('\n'))});
   EXPECT_EQ(ended.waitStatus, 0);
 }

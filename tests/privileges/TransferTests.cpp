@@ -193,6 +193,19 @@ TEST_F(FileToolOfRoots, LeavesNothingWhenItFails) {
   });
 }
 
+TEST_F(FileToolOfRoots, LeavesTheFileThatItCannotReplace) {
+  run([] {
+    makeFile(machineFolder() + "/new", "new");
+    makeFile(home() + "/file", "old", kPerson);
+    failSystemCall(SYS_renameat, EIO);
+    const Outcome outcome = launch("/bin/cp", {"-f", machineFolder() + "/new", home() + "/file"});
+    EXPECT_FALSE(outcome.succeeded());
+    EXPECT_NE(outcome.note.find("Input/output error"), std::string::npos) << outcome.note;
+    EXPECT_EQ(contentsOf(home() + "/file"), "old");
+    EXPECT_EQ(namesIn(home()), std::vector<std::string>{"file"});
+  });
+}
+
 TEST_F(FileToolOfRoots, RemovesTreesAndNotWhatTheirLinksLeadTo) {
   run([] {
     makeTree(home() + "/tree");

@@ -91,6 +91,22 @@ TEST(TrashDetails, UsersRightsAreTakenAgainAfterRootsWereUsed) {
   });
 }
 
+TEST(TrashDetails, AnItemGetsTheFirstFreeName) {
+  World::play([](World& world) {
+    Names expected{kTrash + "/files/a"};
+    for (const char* name : {"/a 2", "/a 4"}) {
+      world.makeFile("/home/u/a", "a");
+      EXPECT_TRUE(world.recycle("/home/u", "a"));
+      EXPECT_EQ(world.recycledTo, expected);
+      world.makeFile(kTrash + "/files/a 3", "another program's");
+      expected = {kTrash + "/files" + name};
+    }
+    world.makeFile("/home/u/a", "a");
+    EXPECT_TRUE(world.recycle("/home/u", "a"));
+    EXPECT_EQ(world.recycledTo, expected);
+  });
+}
+
 TEST(TrashDetails, RootsItemGetsTheFirstFreeName) {
   playWithRootsFolder([](World& world) {
     world.makeFile("/home/u/a", "a");
@@ -99,6 +115,21 @@ TEST(TrashDetails, RootsItemGetsTheFirstFreeName) {
     EXPECT_TRUE(world.recycle(kRoots, "a"));
     EXPECT_EQ(world.recycledTo, Names{kTrash + "/files/a 2"});
     EXPECT_EQ(world.contentsOf(kTrash + "/files/a 2"), "root's");
+  });
+}
+
+TEST(TrashDetails, NothingIsToldOfWhereAUsersLinkLeadsThatTheUserCouldNotSee) {
+  World::play([](World& world) {
+    world.makeFolder("/home/u/closed");
+    world.makeFile("/home/u/closed/item", "item");
+    world.makeLink("/home/u/link", "/home/u/closed");
+    world.actAsRoot("u");
+    world.setMode("/home/u/closed", 0);
+    for (const char* name : {"item", "missing"}) {
+      EXPECT_EQ(world.recycle("/home/u/link", name).code(), EACCES) << name;
+    }
+    world.setMode("/home/u/closed", 0700);
+    EXPECT_EQ(world.contentsOf("/home/u/closed/item"), "item");
   });
 }
 

@@ -359,6 +359,16 @@ TEST(DescriptionOfAnItem, ComesBeforeThoseOfTheSameSecondWithLowerNumbers) {
   });
 }
 
+TEST(DescriptionOfAnItem, ComesBeforeOlderOnesWithLongerNames) {
+  playWithTrash([](World& world) {
+    describeItem(world, "x 10", "[Trash Info]\nPath=/home/u/x\nDeletionDate=2024-02-29T23:05:07\n");
+    describeItem(world, "x", "[Trash Info]\nPath=/home/u/x\nDeletionDate=2024-02-29T23:05:08\n");
+    Names paths;
+    for (const auto& item : world.itemsFrom("/home/u/x")) paths.push_back(item.path);
+    EXPECT_EQ(paths, (Names{kTrash + "/files/x", kTrash + "/files/x 10"}));
+  });
+}
+
 TEST(DescriptionOfAnItem, HasNoValueWithoutAnEqualsSign) {
   const auto description = linux_::parsedTrashInfo("[Trash Info]\nPath\nPath=/a\n");
   ASSERT_TRUE(description);
