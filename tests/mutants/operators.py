@@ -32,7 +32,8 @@ SWAPPED = {
     "constant": {"true": "false", "false": "true"},
 }
 SIMPLE = r"[\w.:]+(?:->\w+)?(?:\(\))?"
-ARGUMENTS = re.compile(rf"(?<=[\w>])(?<!min)(?<!max)(?<!swap)\(({SIMPLE}), ({SIMPLE})(?=[,)])")
+ARGUMENTS = re.compile(rf"(?<=[\w>])\(({SIMPLE}), ({SIMPLE})(?=[,)])")
+SYMMETRIC = re.compile(r"\b(?:min|max|swap)(?:<[^<>]*>)?$")
 CALL = re.compile(r"^(?!return\b|throw\b|delete\b|if\b|for\b|while\b|switch\b|case\b|else\b|using\b|static_assert\b)"
                   r"[\w:.>*\-\[\]()]+\(.*\);$")
 ASSIGNMENT = re.compile(r"^\*?[\w.>\-\[\]]+ (?:[+\-|&]?=) [^{]*;$")
@@ -126,7 +127,7 @@ def returned(line, code):
 def argument(line, code):
     for found in ARGUMENTS.finditer(code):
         first, second = (line[found.start(group):found.end(group)] for group in (1, 2))
-        if first != second:
+        if first != second and not SYMMETRIC.search(code[: found.start()]):
             yield line[: found.start(1)] + f"{second}, {first}" + line[found.end(2):]
 
 

@@ -48,6 +48,7 @@ class Operators(unittest.TestCase):
         self.assertEqual(changes("move(from, to);")["argument"], ["move(to, from);"])
         self.assertNotIn("argument", changes("int move(int from, int to) {"))
         self.assertNotIn("argument", changes("return std::min(size, limit);"))
+        self.assertNotIn("argument", changes("return std::min<std::size_t>(size, limit);"))
         self.assertNotIn("argument", changes("std::swap(one, other);"))
 
     def test_change_only_their_line(self):

@@ -18,7 +18,7 @@ using ::testing::SizeIs;
 
 const std::string kReason = "“Tessaly.app” couldn’t be moved to the Trash because it is busy.";
 
-/// A machine with a observer, on a thread that is not the main one.
+/// A machine with an observer, on a thread that is not the main one.
 class Run : public PlatformTest {
  protected:
   Run() {
@@ -152,7 +152,19 @@ TEST_F(Run, TakesNoReasonFromTheItemBefore) {
   EXPECT_FALSE(report.items.at(8).notAuthorized);
 }
 
-TEST_F(Run, KnowsNoReasonsWithoutAWitness) {
+TEST_F(Run, TakesNoPlaceInTheTrashFromTheItemBefore) {
+  installItem(fakes.disk, 0);
+  installItem(fakes.disk, 1);
+  fakes.calls.failNth("trash.recycle", 2);
+  fakes.authorizationServices.onExecute(
+      "/bin/mv", [this](const Strings& arguments) { fakes.disk.remove(arguments.at(arguments.size() - 2)); });
+  const RemovalReport report = remove();
+  EXPECT_NE(report.items.at(0).trashedTo, "");
+  EXPECT_EQ(report.items.at(1).outcome, ItemOutcome::Trashed);
+  EXPECT_EQ(report.items.at(1).trashedTo, "");
+}
+
+TEST_F(Run, KnowsNoReasonsWithoutAnObserver) {
   installItem(fakes.disk, 1);
   fakes.calls.failNext("trash.recycle");
   fakes.authorizationServices.answerAlways("copyRights", errAuthorizationCanceled);
