@@ -18,8 +18,8 @@ InfoFile::InfoFile(int folder, const std::string& stored)
 
 int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
   // A link of that name makes it taken: O_EXCL does not follow it.
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-  posix::UniqueFd file(::openat(folder_, name_.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  constexpr mode_t kMode = S_IRUSR | S_IWUSR;
+  posix::UniqueFd file(::openat(folder_, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
   if (!file) return errno;
   made_ = true;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;

@@ -32,8 +32,9 @@ bool isRegular(int file) {
 
 // Anybody may have put anything there: a pipe, a link, an endless file.
 std::optional<std::string> readDescription(const TrashDirectory& trash, const std::string& stored) {
-  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-  const UniqueFd file(::openat(trash.info.get(), infoName(stored).c_str(), kFlags));
+  const std::string name = infoName(stored);
+  const int folder = trash.info.get();
+  const UniqueFd file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!file || !isRegular(file.get())) return std::nullopt;
   std::string text(kLongestDescription + 1, '\0');
   std::size_t length = 0;

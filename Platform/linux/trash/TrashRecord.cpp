@@ -93,9 +93,9 @@ int TrashRecord::setAside(const std::string& name, int folder) {
 }
 
 int TrashRecord::writeTo(int folder) const {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
+  constexpr mode_t kMode = S_IRUSR | S_IWUSR;
   const std::string text = textOf(*this);
-  const UniqueFd file(::openat(folder, kNewName, kFlags, S_IRUSR | S_IWUSR));
+  const UniqueFd file(::openat(folder, kNewName, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kMode));
   if (!file) return errno;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
   if (::fsync(file.get()) != 0) return errno;
