@@ -100,11 +100,11 @@ AuthorizationStatus MacAuthorization::executeWithPrivileges(AuthorizationRef ses
   const std::scoped_lock used(inUse_);
   auto* const rightful = systems(session);
   if (rightful == nullptr) return errAuthorizationInvalidRef;
-  const auto used = argumentsToUse(tool, arguments);
-  if (!used) return errAuthorizationDenied;
+  const auto passed = argumentsToUse(tool, arguments);
+  if (!passed) return errAuthorizationDenied;
   std::FILE* output = nullptr;
   const auto lock = posix::noPipeMeanwhile();
-  const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *used, &output);
+  const AuthorizationStatus status = executeWithRights(rightful, tool, flags, *passed, &output);
   if (status != errAuthorizationSuccess || output == nullptr) return status;
   auto kept = keepOutput(output);
   if (pipe != nullptr) *pipe = std::move(kept);
@@ -126,10 +126,10 @@ void MacAuthorization::releaseRights() {
 }
 
 ToolCommand MacAuthorization::commandForRoot(const std::string& tool, const std::vector<std::string>& arguments) {
-  const auto used = argumentsToUse(tool, arguments);
-  if (!used) return {kNothing, {}};
-  const std::string refusal = posix::refusalForRoot(tool, *used);
-  if (refusal.empty()) return {tool, *used};
+  const auto passed = argumentsToUse(tool, arguments);
+  if (!passed) return {kNothing, {}};
+  const std::string refusal = posix::refusalForRoot(tool, *passed);
+  if (refusal.empty()) return {tool, *passed};
   console_.print(tool + " is not started as root: " + refusal + ".");
   return {kNothing, {}};
 }
