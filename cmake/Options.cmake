@@ -13,7 +13,9 @@ target_compile_options(qm_options INTERFACE
 
 # Clang takes the older standard library's own use of what that has deprecated, in std::stable_sort, for ours. GCC, which
 # knows better, still warns of ours.
-target_compile_options(qm_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
+if(NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
+  target_compile_options(qm_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
+endif()
 
 # These options make a bug harder to exploit, in programs that handle other people's files or run as root. Sanitizer and
 # fuzzer builds do without them: the sanitizers check the same places, and detect less with these options.

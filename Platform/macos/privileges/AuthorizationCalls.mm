@@ -84,7 +84,11 @@ AuthorizationStatus freeSession(platform::AuthorizationRef session, platform::Au
 AuthorizationStatus copySessionOfParent(platform::AuthorizationRef* session, platform::AuthorizationFlags flags) {
   const Pool pool;
   ::AuthorizationRef found = nullptr;
+// Deprecated since 10.7, but without a successor: no other call gives a tool the session of its parent.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wdeprecated-declarations"
   const OSStatus status = ::AuthorizationCopyPrivilegedReference(&found, flags);
+#pragma clang diagnostic pop
   *session = ours(found);
   return status;
 }
