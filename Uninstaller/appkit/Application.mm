@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/Application.h"
 
 #import <AppKit/AppKit.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/appkit/FrontEnd.h"
 
 #include "Uninstaller/appkit/MainInterface.h"

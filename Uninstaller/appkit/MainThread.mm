@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/appkit/MainThread.h"
 
 #import <AppKit/AppKit.h>

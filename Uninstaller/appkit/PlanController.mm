@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #import <AppKit/AppKit.h>
 
 #include "Uninstaller/appkit/FrontEnd.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Uninstaller/appkit/UserInterface.h"
 
 #import <AppKit/AppKit.h>

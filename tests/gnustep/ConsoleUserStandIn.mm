@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/gnustep/ConsoleUserStandIn.h"
 
 #import <SystemConfiguration/SystemConfiguration.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/files/TrashCalls.h"
 
 #include "Platform/macos/Framework.h"

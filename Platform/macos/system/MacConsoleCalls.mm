@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/Framework.h"
 #include "Platform/macos/system/MacConsole.h"
 

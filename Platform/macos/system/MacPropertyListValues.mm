@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #import <CoreFoundation/CoreFoundation.h>
 
 #include "Platform/macos/Framework.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/system/MacThreads.h"
 
 #include "Platform/macos/Framework.h"

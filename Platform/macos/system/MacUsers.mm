@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Platform/macos/system/MacUsers.h"
 
 #import <SystemConfiguration/SystemConfiguration.h>
