@@ -100,7 +100,7 @@ void writeLog() {
            .bar = 1.3,
            .ours = {"fastAppendLog:", newLog, logOurs, {}},
            .limit = {"one write a line through a bare queue", {}, logBare, {}},
-           .peers = {{"appendLog: with lines twice as long", newLog, logLongLines, {}}},
+           .peers = {{"ours, with lines twice as long", newLog, logLongLines, {}}},
            .rounds = 7});
 }
 

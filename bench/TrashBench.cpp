@@ -79,7 +79,7 @@ void trashMany(int files) {
            .bar = 1.2,
            .ours = with("ours", trashOurs),
            .limit = with("limit", trashBare),
-           .peers = {with("g_file_trash", trashWithGio), with("trashFile: of the file manager", trashWithFileManager)},
+           .peers = {with("g_file_trash", trashWithGio), with("ours, through QMFileManager", trashWithFileManager)},
            .rounds = files > 5000 ? 5 : 9});
 }
 

@@ -13,20 +13,14 @@ using qm::appkit::KeyPress;
 
 namespace {
 
-bool walksFromControlToControl(NSEvent* event) {
+static_assert(qm::appkit::kTab == NSTabCharacter && qm::appkit::kBackTab == NSBackTabCharacter);
+static_assert(qm::appkit::kUpArrow == NSUpArrowFunctionKey && qm::appkit::kDownArrow == NSDownArrowFunctionKey);
+static_assert(qm::appkit::kLeftArrow == NSLeftArrowFunctionKey && qm::appkit::kRightArrow == NSRightArrowFunctionKey);
+
+/// 0 if the key has no character.
+char16_t firstCharacter(NSEvent* event) {
   NSString* const characters = [event charactersIgnoringModifiers];
-  if ([characters length] == 0) return false;
-  switch ([characters characterAtIndex:0]) {
-    case NSTabCharacter:
-    case NSBackTabCharacter:
-    case NSUpArrowFunctionKey:
-    case NSDownArrowFunctionKey:
-    case NSLeftArrowFunctionKey:
-    case NSRightArrowFunctionKey:
-      return true;
-    default:
-      return false;
-  }
+  return [characters length] > 0 ? [characters characterAtIndex:0] : u'\0';
 }
 
 bool isToBeHandled(NSEvent* event) {
@@ -34,7 +28,7 @@ bool isToBeHandled(NSEvent* event) {
   const KeyPress key{.key = [event keyCode],
                      .time = [event timestamp],
                      .isRepeat = qm::appkit::isRepeat(event),
-                     .walks = walksFromControlToControl(event)};
+                     .walks = qm::appkit::walksFromControlToControl(firstCharacter(event))};
   if ([event type] == NSEventTypeKeyDown) return frontEnd().freshKeys.takes(key);
   frontEnd().freshKeys.release(key.key, key.time);
   return true;

@@ -3,6 +3,10 @@
 
 namespace qm::appkit {
 
+bool walksFromControlToControl(char16_t character) {
+  return character == kTab || character == kBackTab || (character >= kUpArrow && character <= kRightArrow);
+}
+
 void FreshKeys::release(std::size_t key, double time) {
   if (key < kKeyCodes && time > held_.time) held_.keys.reset(key);
 }

@@ -10,6 +10,17 @@ namespace qm::appkit {
 constexpr std::size_t kKeyCodes = 256;
 using Keys = std::bitset<kKeyCodes>;
 
+/// The characters of keys, as AppKit reports them.
+inline constexpr char16_t kTab = 0x0009;
+inline constexpr char16_t kBackTab = 0x0019;
+inline constexpr char16_t kUpArrow = 0xF700;
+inline constexpr char16_t kDownArrow = 0xF701;
+inline constexpr char16_t kLeftArrow = 0xF702;
+inline constexpr char16_t kRightArrow = 0xF703;
+
+/// Whether the key with this character moves the focus from one control to another.
+bool walksFromControlToControl(char16_t character);
+
 /// Which keys are down at a moment, on the clock of the events.
 struct HeldKeys {
   Keys keys;

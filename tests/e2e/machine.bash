@@ -250,6 +250,7 @@ expect_end() {
 finish_run() {
   wait_for_window 'Uninstall complete'
   no_zombie_of "$program" || fail 'the program left a zombie'
+  wait_until 5 has_icon
   picture alert
   press Return
   expect_end

@@ -70,5 +70,14 @@ TEST(AppKitFreshKeys, KnowNothingOfCodesThatNoKeyboardHas) {
   EXPECT_TRUE(keys.takes(pressOf(kKeyCodes + 1, 2)));
 }
 
+TEST(AppKitFreshKeys, WalkFromControlToControlIfTheyAreTabsOrArrows) {
+  for (const char16_t key : {kTab, kBackTab, kUpArrow, kDownArrow, kLeftArrow, kRightArrow}) {
+    EXPECT_TRUE(walksFromControlToControl(key)) << static_cast<int>(key);
+  }
+  for (const char16_t key : {u'\0', u' ', u'\r', u'a', char16_t{kUpArrow - 1}, char16_t{kRightArrow + 1}}) {
+    EXPECT_FALSE(walksFromControlToControl(key)) << static_cast<int>(key);
+  }
+}
+
 }  // namespace
 }  // namespace qm::appkit
