@@ -83,7 +83,7 @@ def legend(y):
         yield text(x + BAR + 6, y + 12, words)
         x += BAR + 30 + 7 * len(words)
     yield f'<line x1="{x}" y1="{y - 1}" x2="{x}" y2="{y + BAR + 1}" stroke="{MARK}" stroke-width="2"/>'
-    yield text(x + 8, y + 12, "the most that this project may take")
+    yield text(x + 8, y + 12, "the most allowed")
 
 
 def drawing(cases):
