@@ -32,7 +32,7 @@ text() {
 # letter ENGLISH: the key with which Alt chooses the control.
 letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
 
-# Nothing is tried without the program of that name, and the answer says so.
+# need PROGRAM: skips the scenario if the program is not installed, and prints that.
 need() {
   command -v "$1" >/dev/null || { echo "$1 is not installed, so this is not tried: scripts/setup all installs it" && exit 77; }
 }
@@ -187,8 +187,8 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
-# Whether the window manager is told that the window can be closed, and so shows a close button: by a set of functions
-# (the first bit of the flags), with closing among them. Without such a set everything is allowed.
+# Whether the window has a close button. The window manager shows one if the window's set of functions (the first bit of
+# the flags) contains closing. Without such a set everything is allowed.
 can_be_closed() {
   local flags functions
   IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
@@ -276,7 +276,7 @@ moved() {
 }
 removed() { options+=(--removed "$1"); }
 
-# ---- pictures, where somebody wants them
+# ---- pictures, if a folder for them is given
 
 is_drawn() { [ "$(import -window "$window" png:- 2>/dev/null | identify -format %k png:- 2>/dev/null || echo 0)" -gt 20 ]; }
 

@@ -7,7 +7,7 @@ install_program() {
 }
 
 press() { xdotool key "$@"; }
-# The button that has the focus is pressed by this.
+# The key that presses the focused button.
 press_key=Return
 # The order of Tab is that of the screen. The box that stays ticked is in it.
 from_box_to_cancel=(Tab Tab Tab)
@@ -18,7 +18,7 @@ press_uninstall() { press "alt+$(letter '&Uninstall')"; }
 toggle_plan() { press "alt+$(letter '&What will be moved')"; }
 toggle_details() { press "alt+$(letter '&Details')"; }
 
-# As the window manager does when somebody wants it.
+# Presses the keys on which the window manager asks a window to close.
 ask_to_close() { press alt+F4; }
 
 click() {
@@ -37,7 +37,7 @@ plan_is_filled() { has_text_at "200x10+30+$((box_top + 120))"; }
 
 has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
 
-# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: the owner's settings for a desktop that says so in XDG_CURRENT_DESKTOP.
+# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: chooses a desktop whose settings Qt reads, and writes them.
 desktop_colors() {
   desktop+=(XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5)
   as_owner mkdir /home/sam/.config
