@@ -25,11 +25,11 @@ install_catalogues() {
   if [ -d "$built" ]; then mkdir -p $catalogues && cp -r "$built/." $catalogues; fi
 }
 
-# text ENGLISH: in the language that LANGUAGE names, if it does.
+# text ENGLISH: prints the text in the language that LANGUAGE names, or in English.
 text() {
   if [ -z "${LANGUAGE-}" ]; then echo "$1"; else TEXTDOMAINDIR=$catalogues gettext -se -d tessaly-uninstaller "$1"; fi
 }
-# letter ENGLISH: the key with which Alt chooses the control.
+# letter ENGLISH: prints the key that chooses the control together with Alt.
 letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
 
 # need PROGRAM: skips the scenario if the program is not installed, and prints that.
@@ -51,7 +51,7 @@ wait_until() {
   done
 }
 
-# holds_for MILLISECONDS COMMAND...: the command succeeds during all of the time.
+# holds_for MILLISECONDS COMMAND...: the command succeeds each time that it is run during this time.
 holds_for() {
   local end=$((${EPOCHREALTIME/./} + $1 * 1000))
   shift
@@ -101,7 +101,7 @@ start_product() {
   wait_until 5 process_named Tessaly
 }
 
-# From here on ending the product blocks until `let_killall_go`.
+# From here on, killall blocks before it ends the product, until `let_killall_go`.
 hold_killall() {
   # Any root can replace root's files, but not always move them.
   cp /usr/bin/killall /usr/bin/real-killall
