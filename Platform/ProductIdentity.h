@@ -37,7 +37,7 @@ struct ProductIdentity {
   std::string_view toolHelperAction{};
 
   /// The prefix of the names of root's work folders in a Trash. Folders with another prefix are never touched; without
-  /// a prefix none is made.
+  /// a prefix none is created.
   std::string_view workFolderPrefix{};
   /// The key that marks a menu entry as created for a registered bundle. If this or the prefix is missing, no bundle is
   /// registered.

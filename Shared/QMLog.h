@@ -22,7 +22,7 @@
 /// reach the caller; they are printed to the system console. Any thread.
 class QMLog : public qm::Singleton<QMLog> {
  public:
-  /// `sharedController`. The one log, made on first use.
+  /// `sharedController`. The one log, created on first use.
   static QMLog* sharedController();
 
   /// `createNewLog`. The same as `createNewLog:` with null.

@@ -68,7 +68,7 @@ FileError linkAt(const std::string& source, const std::string& destination) {
 
 }  // namespace
 
-/// faccessat takes a sixth less time than stat.
+/// faccessat takes about 17 % less time than stat.
 bool PosixFileSystem::fileExists(const std::string& path) const {
   return pathError(path) == 0 && ::faccessat(AT_FDCWD, path.c_str(), F_OK, AT_EACCESS) == 0;
 }

@@ -12,7 +12,7 @@ using Work = std::function<void()>;
 
 /// Work that is passed to the main thread. The object stores the work's address, because GCC does not accept the type
 /// of the work, a C++ template, in an Objective-C method.
-@interface QMErrand : NSObject {
+@interface QMMainThreadCall : NSObject {
   void* work_;
 }
 /// Takes ownership of the work.
@@ -20,7 +20,7 @@ using Work = std::function<void()>;
 - (void)run;
 @end
 
-@implementation QMErrand
+@implementation QMMainThreadCall
 
 - (id)initWithWork:(void*)work {
   self = [super init];
@@ -56,8 +56,8 @@ bool isReadable(int descriptor) {
 
 void handOver(Work work, BOOL waits) {
   NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-  QMErrand* const errand = [[[QMErrand alloc] initWithWork:new Work(std::move(work))] autorelease];
-  [errand performSelectorOnMainThread:@selector(run) withObject:nil waitUntilDone:waits];
+  QMMainThreadCall* const call = [[[QMMainThreadCall alloc] initWithWork:new Work(std::move(work))] autorelease];
+  [call performSelectorOnMainThread:@selector(run) withObject:nil waitUntilDone:waits];
   [pool drain];
 }
 

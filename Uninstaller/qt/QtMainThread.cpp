@@ -49,13 +49,13 @@ void QtMainThread::performAndWait(std::function<void()> work) {
     work();
     return;
   }
-  auto errand = std::make_shared<WorkItem>();
-  errand->work = std::move(work);
-  perform([this, errand] {
-    errand->work();
-    if (!holdsWaitingCallers_) errand->finish();
+  auto item = std::make_shared<WorkItem>();
+  item->work = std::move(work);
+  perform([this, item] {
+    item->work();
+    if (!holdsWaitingCallers_) item->finish();
   });
-  errand->wait();
+  item->wait();
 }
 
 void QtMainThread::perform(std::function<void()> work) {

@@ -27,9 +27,9 @@ class WindowManager {
 
   std::optional<std::uint32_t> currentDesktop() const {
     const auto asked = xcb_get_property(connection_, 0, root_, atom("_NET_CURRENT_DESKTOP"), XCB_ATOM_CARDINAL, 0, 1);
-    const X11Reply<xcb_get_property_reply_t> told(xcb_get_property_reply(connection_, asked, nullptr), std::free);
-    if (!told || told->format != kBitsOfData || told->value_len != 1) return std::nullopt;
-    return *static_cast<const std::uint32_t*>(xcb_get_property_value(told.get()));
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, asked, nullptr), std::free);
+    if (!reply || reply->format != kBitsOfData || reply->value_len != 1) return std::nullopt;
+    return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
   }
 
   void ask(std::string_view what, std::uint32_t first, std::uint32_t second) const {
@@ -48,8 +48,8 @@ class WindowManager {
  private:
   xcb_atom_t atom(std::string_view name) const {
     const auto asked = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const X11Reply<xcb_intern_atom_reply_t> told(xcb_intern_atom_reply(connection_, asked, nullptr), std::free);
-    return told ? told->atom : xcb_atom_t{XCB_ATOM_NONE};
+    const X11Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection_, asked, nullptr), std::free);
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
 
   xcb_connection_t* const connection_;

@@ -62,10 +62,10 @@ bool X11HeldKeys::nativeEventFilter(const QByteArray& /*kind*/, void* message, q
 }
 
 /// A bit for each key, without the first eight, which do not exist.
-void X11HeldKeys::hold(const xcb_keymap_notify_event_t& told) {
+void X11HeldKeys::hold(const xcb_keymap_notify_event_t& event) {
   held_.reset();
   for (unsigned key = kKeysInAByte; key < held_.size(); ++key) {
-    const unsigned byte = told.keys[key / kKeysInAByte - 1];
+    const unsigned byte = event.keys[key / kKeysInAByte - 1];
     held_[key] = (byte >> (key % kKeysInAByte) & 1U) != 0;
   }
 }

@@ -29,7 +29,7 @@ class X11HeldKeys final : public QObject, public QAbstractNativeEventFilter {
   bool nativeEventFilter(const QByteArray& kind, void* message, qintptr* result) override;
 
  private:
-  void hold(const xcb_keymap_notify_event_t& told);
+  void hold(const xcb_keymap_notify_event_t& event);
   void release(const xcb_key_press_event_t& event);
   bool isHeld(const xcb_key_press_event_t& press);
 

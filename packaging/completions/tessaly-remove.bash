@@ -3,7 +3,7 @@
 
 _tessaly_remove() {
   local word=$2 option=$3
-  # Bash takes an equals sign for a word of its own.
+  # Bash treats an equals sign as a separate word.
   if [ "$word" = '=' ]; then
     word=''
   elif [ "$option" = '=' ]; then

@@ -273,7 +273,7 @@ TEST_F(HostileArchive, WritesNothingOutsideWhicheverByteIsWrong) {
 
 class Bomb : public HostileArchive {
  protected:
-  /// 256 MiB of zeros in less than 300 KiB, with a stated size of `told` bytes.
+  /// An archive of less than 300 KiB that holds a file of 256 MiB of zeros.
   std::string bomb() {
     makeFolder("item");
     const int file = ::open(path("item/zeros").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);

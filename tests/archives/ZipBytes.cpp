@@ -23,10 +23,10 @@ std::string number(std::uint64_t value, int bytes) {
 
 /// The common part of an item's header and its line in the directory, from the flags to the length of the name.
 std::string common(const ZipItem& item, const std::string& name) {
-  const std::uint64_t told = item.contents.size() + static_cast<std::uint64_t>(item.sizeError);
+  const std::uint64_t statedSize = item.contents.size() + static_cast<std::uint64_t>(item.sizeError);
   return number(item.flags, 2) + number(item.method, 2) + number(0, 2) + number(0x2821, 2) +
-         number(checksumOf(item.contents) ^ item.checksumError, 4) + number(item.contents.size(), 4) + number(told, 4) +
-         number(name.size(), 2);
+         number(checksumOf(item.contents) ^ item.checksumError, 4) + number(item.contents.size(), 4) +
+         number(statedSize, 4) + number(name.size(), 2);
 }
 
 std::string inDirectory(const ZipItem& item, std::size_t offset) {

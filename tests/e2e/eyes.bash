@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: MIT
-# Other desktops, and people who see little, nothing or from the right. Sourced after machine.bash.
+# Scenarios on other desktops, and for users with contrast themes, screen readers or right-to-left languages. Sourced
+# after machine.bash.
 
 # ---- on other desktops
 
-# uninstall_on_this_desktop: the whole way, with one picture of each window.
+# uninstall_on_this_desktop: a whole run, with one picture of each window.
 uninstall_on_this_desktop() {
   start_program "${desktop[@]}"
   picture main-window
@@ -19,7 +20,7 @@ uninstall_on_this_desktop() {
   expect_disk "${options[@]}"
 }
 
-# How bright the window is on the whole, in percent.
+# The average brightness of the window, in percent.
 brightness() {
   wait_until 10 is_drawn
   import -window "$window" png:- | convert png:- -colorspace gray -format '%[fx:round(mean*100)]' info:
@@ -61,7 +62,7 @@ the_windows_are_white_on_black_in_high_contrast() {
   expect_end
 }
 
-# Uninstall is on the left then.
+# With a right-to-left language Uninstall is on the left.
 the_window_is_mirrored_where_people_read_from_the_right() {
   suffix=-mirrored
   toolkit_options=(-reverse)
@@ -88,7 +89,8 @@ is_on_screen() {
   [ "$left" -ge 0 ] && [ "$top" -ge 0 ] && [ $((left + width)) -le 1024 ] && [ $((top + height)) -le 600 ]
 }
 
-# Everything is there on the smallest screen that is still sold, at the largest scale for it, with the longest alert.
+# On the smallest usual screen, with the largest display scale for it, all controls can be reached, also in the longest
+# alert.
 the_windows_fit_on_a_small_screen() {
   suffix=-small
   install sam && hold_killall
@@ -120,8 +122,8 @@ the_windows_fit_on_a_small_screen() {
 
 reader_log=$work/reader/log
 
-# Orca reads, to nobody: it finds no speech dispatcher, and its log has all that it would say. It speaks to programs on a
-# session bus of the owner's, `bus` in the environment.
+# Starts Orca without a speech dispatcher, so it is silent, but its log has each text that it would say. It reaches the
+# program over a session bus of the owner, which is `bus` in the environment.
 start_screen_reader() {
   need orca
   mkdir -p $work/reader/orca && chown -R "$owner" $work/reader
@@ -136,7 +138,7 @@ start_screen_reader() {
 
 spoken() { sed -n "s/.* - SPEECH OUTPUT: '\(.*\)'{.*/\1/p" $reader_log 2>/dev/null | tr '\n' ' '; }
 
-# hear TEXT...: they are said in this order, after all that was heard before.
+# hear TEXT...: Orca says the texts in this order, after those that were heard before.
 heard=0
 hear() {
   local text

@@ -25,14 +25,14 @@ install_catalogues() {
   if [ -d "$built" ]; then mkdir -p $catalogues && cp -r "$built/." $catalogues; fi
 }
 
-# text ENGLISH: in the language that LANGUAGE names, if it does.
+# text ENGLISH: prints the text in the language that LANGUAGE names, or in English.
 text() {
   if [ -z "${LANGUAGE-}" ]; then echo "$1"; else TEXTDOMAINDIR=$catalogues gettext -se -d tessaly-uninstaller "$1"; fi
 }
-# letter ENGLISH: the key with which Alt chooses the control.
+# letter ENGLISH: prints the key that chooses the control together with Alt.
 letter() { text "$1" | sed 's/.*&\(.\).*/\L\1/'; }
 
-# Nothing is tried without the program of that name, and the answer says so.
+# need PROGRAM: skips the scenario if the program is not installed, and prints that.
 need() {
   command -v "$1" >/dev/null || { echo "$1 is not installed, so this is not tried: scripts/setup all installs it" && exit 77; }
 }
@@ -51,7 +51,7 @@ wait_until() {
   done
 }
 
-# holds_for MILLISECONDS COMMAND...: the command succeeds during all of the time.
+# holds_for MILLISECONDS COMMAND...: the command succeeds each time that it is run during this time.
 holds_for() {
   local end=$((${EPOCHREALTIME/./} + $1 * 1000))
   shift
@@ -101,7 +101,7 @@ start_product() {
   wait_until 5 process_named Tessaly
 }
 
-# From here on ending the product blocks until `let_killall_go`.
+# From here on, killall blocks before it ends the product, until `let_killall_go`.
 hold_killall() {
   # Any root can replace root's files, but not always move them.
   cp /usr/bin/killall /usr/bin/real-killall
@@ -187,8 +187,8 @@ cover_windows() {
 }
 has_keyboard() { [ "$(xdotool getactivewindow 2>/dev/null)" = "$window" ]; }
 
-# Whether the window manager is told that the window can be closed, and so shows a close button: by a set of functions
-# (the first bit of the flags), with closing among them. Without such a set everything is allowed.
+# Whether the window has a close button. The window manager shows one if the window's set of functions (the first bit of
+# the flags) contains closing. Without such a set everything is allowed.
 can_be_closed() {
   local flags functions
   IFS=' ,' read -r flags functions _ < <(xprop -id "$window" -notype _MOTIF_WM_HINTS | sed 's/.*= //')
@@ -277,7 +277,7 @@ moved() {
 }
 removed() { options+=(--removed "$1"); }
 
-# ---- pictures, where somebody wants them
+# ---- pictures, if a folder for them is given
 
 is_drawn() { [ "$(import -window "$window" png:- 2>/dev/null | identify -format %k png:- 2>/dev/null || echo 0)" -gt 20 ]; }
 

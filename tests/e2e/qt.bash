@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# How people use the windows of Qt. Sourced by a scenario.
+# The user's actions in windows of Qt. Sourced by a scenario.
 
 install_program() {
   cp "$program_file" $uninstaller
@@ -7,9 +7,9 @@ install_program() {
 }
 
 press() { xdotool key "$@"; }
-# The button that has the focus is pressed by this.
+# The key that presses the focused button.
 press_key=Return
-# The order of Tab is that of the screen. The box that stays ticked is in it.
+# Tab follows the order on the screen. It also reaches the box that is always ticked.
 from_box_to_cancel=(Tab Tab Tab)
 back_to_plan=(shift+Tab shift+Tab)
 # Each control has a letter.
@@ -18,7 +18,7 @@ press_uninstall() { press "alt+$(letter '&Uninstall')"; }
 toggle_plan() { press "alt+$(letter '&What will be moved')"; }
 toggle_details() { press "alt+$(letter '&Details')"; }
 
-# As the window manager does when somebody wants it.
+# Presses the keys on which the window manager asks a window to close.
 ask_to_close() { press alt+F4; }
 
 click() {
@@ -29,7 +29,7 @@ point_at_uninstall() { point 74 31; }
 click_uninstall() { click 74 31; }
 click_cancel() { click 184 31; }
 
-# What is above the box is higher in some languages, and what is below it is not.
+# Only the height of the part above the box depends on the language, so the box is found from below.
 note_window() { box_top=$(($(window_height) - 149)); }
 preferences_are_ticked() { has_text_at "16x18+24+$box_top"; }
 # "What will be moved" has its first line.
@@ -37,7 +37,7 @@ plan_is_filled() { has_text_at "200x10+30+$((box_top + 120))"; }
 
 has_icon() { xprop -id "$window" _NET_WM_ICON 2>/dev/null | grep -q 'Icon (128 x 128)'; }
 
-# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: the owner's settings for a desktop that says so in XDG_CURRENT_DESKTOP.
+# desktop_colors WINDOW TEXT BUTTON FIELD SELECTION: chooses a desktop whose settings Qt reads, and writes them.
 desktop_colors() {
   desktop+=(XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5)
   as_owner mkdir /home/sam/.config
@@ -64,7 +64,7 @@ small_screen_scale=2.5
 
 no_display_message='no window can be opened'
 
-# Nothing of the toolkit's is in the way of the comparison.
+# Qt leaves no files that the comparison of the disks would find.
 forget_toolkit() { :; }
-# Nor has it windows in front of others.
+# Qt has no window of its own above the others.
 is_always_above() { false; }

@@ -1,11 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Compares a throw-away machine's disk with what the run must have left.
+"""Compares a throw-away machine's disk with the state that the run must leave.
 
     verify.py BEFORE AFTER --user NUMBER --home FOLDER [--moved PATH[=TRASH]]... [--removed PATH]... [--remembered FOLDER]
 
-BEFORE and AFTER are snapshots. Every item "moved" must be in the home trash (or in the TRASH given),
-whole and unchanged, with a .trashinfo that leads back; everything "removed" must be gone; the FOLDER holds what is
-remembered of it, for its owner alone; and nothing else on the disk may differ. Prints what is wrong and answers 1, or prints nothing and answers 0.
+BEFORE and AFTER are snapshots. Every item "moved" must be in the home trash (or in the TRASH given), unchanged and with
+a .trashinfo that leads back. Everything "removed" must be gone. The FOLDER must hold the record of the run, accessible
+to its owner alone. Nothing else on the disk may differ. Prints the differences and exits with 1, or prints nothing and
+exits with 0.
 """
 
 import argparse
@@ -60,7 +61,7 @@ class Verifier:
         return self.infos[trash]
 
     def owner_of(self, trash):
-        """The Trash of a volume says whose it is."""
+        """The user's number: from the name of a volume's Trash; for a home trash, the scenario's user."""
         number = re.search(r"/\.Trash-(\d+)$", trash)
         return int(number.group(1)) if number else self.user
 
@@ -82,7 +83,7 @@ class Verifier:
         self.infos[trash][original] = path
 
     def check_trash_folders(self, trash):
-        """The folders that had to be made are private, and the user's."""
+        """Folders that the run created are private and belong to the user."""
         folder = trash
         made = {trash, trash + "/files", trash + "/info"}
         while parent(folder) not in self.before:
@@ -105,7 +106,7 @@ class Verifier:
         self.check_shortcut()
 
     def expect_home_trash_of_root(self):
-        """Root has one, too, however empty."""
+        """Root also has a home trash, which is empty."""
         folders = [f"/root/.local{rest}" for rest in ("", "/share", "/share/Trash", "/share/Trash/files", "/share/Trash/info")]
         for folder in folders:
             shown = self.after.get(folder)
@@ -114,7 +115,7 @@ class Verifier:
         self.touched_folders.add("/root")
 
     def check_shortcut(self):
-        """~/.Trash, where it was missing, leads to the home trash."""
+        """If ~/.Trash was missing, it is now a link to the home trash."""
         link = self.home + "/.Trash"
         shown = self.after.get(link)
         if link in self.before or shown is None:
@@ -149,7 +150,8 @@ class Verifier:
         self.explained_new |= {info} | {kept + key for key in now}
 
     def handed_over(self, item):
-        """What root has moved lends nobody's rights, and its folders are the user's but keep their group."""
+        """An item that root has moved has no set-user-id or set-group-id bit. Its folders belong to the user but keep
+        their group."""
         if item is None or item["owner"] == self.user:
             return item
         mode = int(item["mode"], 8)
@@ -163,7 +165,7 @@ class Verifier:
         self.touched_folders.add(parent(path))
 
     def remembered(self, folder):
-        """What is remembered is its owner's alone, and so are the folders that had to be made for it."""
+        """The record of a run, and the folders that were created for it, are accessible to their owner alone."""
         for path in (folder, folder + "/last-run"):
             shown = self.after.get(path)
             private = PRIVATE_DIRECTORY if path == folder else PRIVATE_FILE

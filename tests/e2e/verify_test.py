@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The comparison of disks finds every difference: each case changes one thing of a run that is right."""
+"""Tests that `verify.py` finds every difference. Each case changes one thing in the result of a correct run."""
 
 import copy
 import datetime

@@ -56,15 +56,15 @@ class WindowManager {
   }
   xcb_atom_t atom(std::string_view name) const {
     const auto length = static_cast<std::uint16_t>(name.size());
-    const auto told = answer(xcb_intern_atom_reply, xcb_intern_atom(connection_, 0, length, name.data()));
-    return told ? told->atom : xcb_atom_t{XCB_ATOM_NONE};
+    const auto reply = answer(xcb_intern_atom_reply, xcb_intern_atom(connection_, 0, length, name.data()));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
   }
   std::optional<std::uint32_t> shownDesktop() const {
-    const auto told =
+    const auto reply =
         answer(xcb_get_property_reply,
                xcb_get_property(connection_, 0, root(), atom("_NET_CURRENT_DESKTOP"), XCB_ATOM_CARDINAL, 0, 1));
-    if (!told || told->format != kBitsOfData || told->value_len != 1) return std::nullopt;
-    return *static_cast<const std::uint32_t*>(xcb_get_property_value(told.get()));
+    if (!reply || reply->format != kBitsOfData || reply->value_len != 1) return std::nullopt;
+    return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
   }
   void ask(xcb_window_t window, std::string_view what, std::uint32_t value) const {
     xcb_client_message_event_t message{};

@@ -35,10 +35,10 @@ double serverTime() {
 
 Keys keysOfServer() {
   Keys keys;
-  const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> told(
+  const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> reply(
       xcb_query_keymap_reply(server(), xcb_query_keymap(server()), nullptr), std::free);
-  for (std::size_t key = 0; told && key < kKeyCodes; ++key) {
-    keys[key] = (told->keys[key / kKeysInAByte] >> (key % kKeysInAByte) & 1U) != 0;
+  for (std::size_t key = 0; reply && key < kKeyCodes; ++key) {
+    keys[key] = (reply->keys[key / kKeysInAByte] >> (key % kKeysInAByte) & 1U) != 0;
   }
   return keys;
 }

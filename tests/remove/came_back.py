@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Compares a throw-away machine's disk with what it was before items went and came back.
+"""Compares a throw-away machine's disk with its state before items were moved to the Trash and put back.
 
     came_back.py BEFORE AFTER ITEM...
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Checks a report against its description, and answers questions about it.
+"""Validates a report against its schema, and evaluates expressions about it.
 
     check_report.py SCHEMA REPORT [EXPRESSION]...
 
@@ -19,7 +19,7 @@ def is_of(value, name):
 
 
 def faults(value, schema, place):
-    """What the value has that its description has not, for the words of a description that are used here."""
+    """The places where a value violates the schema. Only the keywords that the project's schema uses are known."""
     names = schema.get("type", [])
     names = [names] if isinstance(names, str) else names
     if names and not any(is_of(value, name) for name in names):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A system journal for one run: writes each entry's fields, one a line, and an empty line behind each entry.
+"""Takes the place of the system journal for one run: writes each entry's fields, one per line, and then an empty line.
 
     journal.py OUTPUT
 """
@@ -13,7 +13,7 @@ PLACE = "/run/systemd/journal/socket"
 
 
 def fields(data):
-    """The journal's own format: NAME=value, or NAME, the length and the value where that has several lines."""
+    """Reads the journal's format: NAME=value, or, if the value has several lines, NAME, the length and the value."""
     while data:
         line, _, rest = data.partition(b"\n")
         if b"=" in line:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# The scenarios of the way back. Sourced by `scenario`, whose words they are made of.
+# The scenarios of putting back. Sourced by `scenario`, whose functions they use.
 # shellcheck shell=bash disable=SC2154 # the machine's variables
 
 # came_back: everything is as it was at `look $work/before`.
@@ -9,7 +9,7 @@ came_back() {
     fail 'the disk is not as before'
 }
 
-# Sam and anna, and a system with everything that a restore has to keep.
+# Sam and anna, and items of the system with all attributes that a restore has to keep.
 install_for_two() {
   without_other_people
   install sam && add_person anna 1002

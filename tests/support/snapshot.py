@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: MIT
-"""What is on a throw-away machine's disk: every file, folder and link with all that describes it.
+"""Lists a throw-away machine's disk: every file, folder and link with all its attributes.
 
     snapshot.py OUTPUT [FOLDER...]
 
-Looks at everything that differs from the real machine's volume, at the machine's own volumes, and at
-the further FOLDERs, which are volumes too.
+The list has everything that differs from the real machine's volume, the machine's own volumes, and the
+further FOLDERs, which are volumes too.
 """
 
 import hashlib
@@ -48,8 +48,8 @@ def entry(path):
 
 
 def tree(folder, shown_as):
-    """The entries below a folder, the folder itself included, by the path at which they are seen. What is
-    shared with the real machine lies on other volumes and is left out."""
+    """A folder and all entries below it, by the path at which they are seen. Items shared with the real machine
+    are on other volumes and are left out."""
     volume = os.lstat(folder).st_dev
     found = {shown_as or "/": entry(folder)}
     for name in sorted(os.listdir(folder)):

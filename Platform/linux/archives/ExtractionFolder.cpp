@@ -78,7 +78,7 @@ Status ExtractionFolder::add(const ZipEntry& entry, ZipReader& reader, const std
   return addFile(name, entry, reader, isStopped);
 }
 
-Status ExtractionFolder::finish() { return folders_.settle(root_.get()); }
+Status ExtractionFolder::finish() { return folders_.applyAttributes(root_.get()); }
 
 /// Goes to a folder. Starts from the folder of the last item if that is on the way.
 int ExtractionFolder::goTo(Path path) {

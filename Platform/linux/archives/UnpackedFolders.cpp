@@ -107,7 +107,7 @@ class UnpackedFolders::Walk {
     if (way_.empty()) return;
     here_.reset(::openat(left.get(), "..", kFlags));
     if (!isIn(way_.back())) goDownAnew();
-    if (const int error = settled(left.get(), folders_[folder])) note(folder, error);
+    if (const int error = applyAttributesTo(left.get(), folders_[folder])) note(folder, error);
   }
 
   bool isIn(const Step& step) const {
@@ -132,7 +132,7 @@ class UnpackedFolders::Walk {
     return static_cast<bool>(here_);
   }
 
-  static int settled(int item, const Folder& folder) {
+  static int applyAttributesTo(int item, const Folder& folder) {
     struct stat attributes {};
     if (::fstat(item, &attributes) != 0) return errno;
     if (!folder.isMade && (!folder.permissions || attributes.st_uid != ::geteuid())) return 0;
@@ -162,7 +162,7 @@ class UnpackedFolders::Walk {
   Status first_;
 };
 
-Status UnpackedFolders::settle(int top) const { return Walk(folders_, top).run(); }
+Status UnpackedFolders::applyAttributes(int top) const { return Walk(folders_, top).run(); }
 
 mode_t permissionsOfNewFolder(const struct stat& attributes) {
   // The umask can be read only by setting it; no other thread is running that could see that.

@@ -25,8 +25,8 @@ class UnpackedFolders {
   /// The record of a folder by name and parent, created if there is none yet.
   std::size_t below(std::size_t folder, const std::string& name);
   /// Records that this process created the folder, which is open as `made` in `above`. The folder is accessible to its
-  /// owner alone until `settle`, which recognises it by its identity. Returns 0 or an error number: ESTALE if `made` is
-  /// another folder that took its place.
+  /// owner alone until `applyAttributes`, which recognises it by its identity. Returns 0 or an error number: ESTALE if
+  /// `made` is another folder that took its place.
   int setMade(std::size_t folder, int above, int made);
   /// Records what the archive says about it.
   void setAttributes(std::size_t folder, mode_t permissions, const std::optional<timespec>& modified);
@@ -35,7 +35,7 @@ class UnpackedFolders {
   /// deepest come first, since a folder may deny its owner access. No link is followed. Existing folders of other users
   /// are not changed, nor is an item that took the place of a created folder. Continues past failures and returns the
   /// first.
-  platform::Status settle(int top) const;
+  platform::Status applyAttributes(int top) const;
 
  private:
   struct Folder {
@@ -45,7 +45,7 @@ class UnpackedFolders {
     bool isMade = false;
     posix::FolderIdentity identity;     // of a folder that was created
     bool keepsPermissions = false;      // the volume of a folder that was created keeps modes
-    bool isOnTheWay = false;            // this folder or one below is to be settled
+    bool isOnTheWay = false;            // this folder or one below has attributes to apply
     std::optional<mode_t> permissions;  // without them, those of any new folder
     std::optional<timespec> modified;
   };

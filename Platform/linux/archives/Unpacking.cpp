@@ -107,8 +107,8 @@ Status unpackArchive(const std::string& archive, const std::string& folder, cons
   if (!existing) return problemWith(folder, errno);
   ExtractionFolder extraction(std::move(existing));
   Status filled = fill(extraction, reader, run);
-  Status settled = extraction.finish();
-  return filled ? settled : filled;
+  Status finished = extraction.finish();
+  return filled ? finished : filled;
 }
 
 }  // namespace qm::linux_

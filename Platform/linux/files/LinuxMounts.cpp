@@ -20,7 +20,7 @@ std::string shownPath(int descriptor) {
 
 bool holdsMountPoint(int folder) {
   const std::string path = shownPath(folder);
-  return !path.empty() && linux_::MountTable().hasMountBelow(path);
+  return !path.empty() && linux_::MountTable().containsMountPoint(path);
 }
 
 }  // namespace qm::posix

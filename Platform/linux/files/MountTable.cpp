@@ -116,7 +116,7 @@ bool MountTable::hasMountAtOrBelow(const std::string& path) const {
   return hasMountAt([&](std::string_view point) { return foundation::isAtOrBelow(point, path); });
 }
 
-bool MountTable::hasMountBelow(const std::string& path) const {
+bool MountTable::containsMountPoint(const std::string& path) const {
   return hasMountAt(
       [&](std::string_view point) { return foundation::isAtOrBelow(point, path) && point.size() > path.size(); });
 }

@@ -44,7 +44,7 @@ class MountTable {
   /// Whether anything is mounted at or below a path.
   bool hasMountAtOrBelow(const std::string& path) const;
   /// Whether anything is mounted below a path; a mount at the path itself does not count.
-  bool hasMountBelow(const std::string& path) const;
+  bool containsMountPoint(const std::string& path) const;
 
  private:
   template <class IsWanted>

@@ -29,7 +29,7 @@ static_assert(kAddFile == ACL_ADD_FILE && kAddFolder == ACL_ADD_SUBDIRECTORY);
 static_assert(kDelete == ACL_DELETE && kDeleteChild == ACL_DELETE_CHILD);
 static_assert(kWriteSecurity == ACL_WRITE_SECURITY && kChangeOwner == ACL_CHANGE_OWNER);
 
-AccessEntry told(acl_entry_t entry) {
+AccessEntry accessEntryOf(acl_entry_t entry) {
   acl_tag_t tag = ACL_UNDEFINED_TAG;
   acl_permset_mask_t rights = 0;
   const bool isKnown = ::acl_get_tag_type(entry, &tag) == 0 && ::acl_get_permset_mask_np(entry, &rights) == 0;
@@ -39,7 +39,7 @@ AccessEntry told(acl_entry_t entry) {
 int readEntry(acl_t list, bool isFirst, AccessEntry& entry) {
   acl_entry_t found = nullptr;
   const int error = errorOf(::acl_get_entry(list, isFirst ? ACL_FIRST_ENTRY : ACL_NEXT_ENTRY, &found));
-  if (error == 0) entry = told(found);
+  if (error == 0) entry = accessEntryOf(found);
   return error;
 }
 

@@ -60,9 +60,9 @@ TEST_F(SystemClock, RoundsDownBefore1970) {
 
 TEST_F(SystemClock, TellsTheTime) {
   const auto before = system_clock::now();
-  const auto told = clock.now();
-  EXPECT_LE(before, told);
-  EXPECT_LE(told, system_clock::now());
+  const auto now = clock.now();
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, system_clock::now());
 }
 
 TEST_F(SystemClock, SleepsTheWholeSpan) {
