@@ -62,8 +62,9 @@ if(QM_SANITIZE)
   # errors in tests that have no descriptor left.
   add_compile_options(-fsanitize=${QM_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QM_SANITIZE})
-  # The sanitizers' instrumentation makes the compiler warn about null pointers that cannot occur.
-  target_compile_options(qm_options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+  # The sanitizers' instrumentation makes GCC warn about null pointers that cannot occur.
+  target_compile_options(qm_options INTERFACE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference;-Wno-maybe-uninitialized>)
 endif()
 if(QM_COVERAGE)
   add_compile_options(--coverage -fprofile-update=atomic)
