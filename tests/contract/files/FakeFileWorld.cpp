@@ -31,7 +31,6 @@ class FakeFileWorld : public FileWorld {
   platform::FileSystem& files() override { return files_; }
   platform::FileOperations& operations() override { return operations_; }
   FakeMainThread& mainThread() override { return mainThread_; }
-  std::string root() const override { return "/disk"; }
 
   void addFile(const std::string& path, const std::string& contents) override { disk_.addFile(path, contents); }
   void addFolder(const std::string& path) override { disk_.addFolder(path); }
@@ -53,6 +52,8 @@ class FakeFileWorld : public FileWorld {
   }
 
  private:
+  std::string folder(const std::string& area) const override { return "/disk/" + area; }
+
   Calls calls_;
   FakeClock clock_{calls_};
   FakeDisk disk_{clock_};

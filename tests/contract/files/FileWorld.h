@@ -12,11 +12,12 @@
 
 namespace qm::testing {
 
-/// A disk with a file system service and a copying service on it, real or fake, for an ordinary user. Below `root` are
+/// A disk with a file system service and a copying service on it, real or fake, for an ordinary user. It has four
+/// folders, each on another volume:
 /// - home: the user's own folder, empty
-/// - volume: another volume, empty and the user's
-/// - small: another volume that takes 64 KiB
-/// - read-only: another volume, which cannot be changed, with "file" ("kept") and "folder/inside"
+/// - volume: empty and the user's
+/// - small: empty and the user's, on a volume that takes 64 KiB
+/// - read-only: on a volume that cannot be changed, with "file" ("kept") and "folder/inside"
 /// Arranging and looking is done past the service, with the user's own items.
 class FileWorld {
  public:
@@ -26,11 +27,14 @@ class FileWorld {
   virtual platform::FileOperations& operations() = 0;
   /// The calling thread becomes the main thread of the copying service.
   virtual FakeMainThread& mainThread() = 0;
-  virtual std::string root() const = 0;
   std::string home(const std::string& name = "") const { return at("home", name); }
   std::string volume(const std::string& name = "") const { return at("volume", name); }
   std::string small(const std::string& name = "") const { return at("small", name); }
   std::string readOnly(const std::string& name = "") const { return at("read-only", name); }
+  /// Where the volume itself is mounted: `volume()` or a folder above it.
+  virtual std::string mountPoint() const { return volume(); }
+  /// Whether names may be any bytes. Otherwise they must be UTF-8.
+  virtual bool takesAnyBytes() const { return true; }
 
   virtual void addFile(const std::string& path, const std::string& contents = "") = 0;
   virtual void addFolder(const std::string& path) = 0;
@@ -49,8 +53,11 @@ class FileWorld {
   virtual std::vector<std::string> tree(const std::string& folder) = 0;
 
  private:
+  /// One of the four.
+  virtual std::string folder(const std::string& area) const = 0;
+
   std::string at(const std::string& area, const std::string& name) const {
-    return root() + "/" + area + (name.empty() ? "" : "/" + name);
+    return folder(area) + (name.empty() ? "" : "/" + name);
   }
 };
 
@@ -63,7 +70,8 @@ struct FileWorldKind {
 };
 
 void runInFakeWorld(const FileCase& body);
-/// In a private machine, as an ordinary user.
+/// In a private machine, as an ordinary user; or with this process's rights on the volumes below the folder that
+/// QM_TEST_VOLUMES names.
 void runInRealWorld(const FileCase& body);
 
 }  // namespace qm::testing

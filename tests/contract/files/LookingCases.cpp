@@ -143,7 +143,7 @@ TEST_P(LookingAtItems, ListsNothingOfAnEmptyFolderAndNilOfWhatCannotBeListed) {
 
 TEST_P(LookingAtItems, ListsAnyBytesInNames) {
   inWorld([](FileWorld& world) {
-    Lines expected = oddNames();
+    Lines expected = oddNames(world);
     for (const auto& name : expected) world.addFile(world.home("a/" + name));
     auto names = world.files().contentsOfDirectory(world.home("a"));
     ASSERT_TRUE(names.has_value());

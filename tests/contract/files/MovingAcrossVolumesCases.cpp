@@ -178,9 +178,9 @@ TEST_P(MovingAcrossVolumes, TakesTheLongestNamesAndRefusesLongerOnes) {
 
 TEST_P(MovingAcrossVolumes, TakesAnyBytesInNames) {
   inWorld([](FileWorld& world) {
-    for (const auto& name : oddNames()) world.addFile(world.home("a/" + name), name);
+    for (const auto& name : oddNames(world)) world.addFile(world.home("a/" + name), name);
     expectSuccess(world.files().moveItem(world.home("a"), world.volume("a")));
-    for (const auto& name : oddNames()) EXPECT_EQ(world.contents(world.volume("a/" + name)), name);
+    for (const auto& name : oddNames(world)) EXPECT_EQ(world.contents(world.volume("a/" + name)), name);
     EXPECT_EQ(world.tree(world.home()), Lines{});
   });
 }

@@ -198,7 +198,7 @@ TEST_P(MovingAnItem, TellsNamesApartByLetterCase) {
 TEST_P(MovingAnItem, TakesAnyBytesInNames) {
   inWorld([](FileWorld& world) {
     world.addFolder(world.home("to"));
-    for (const auto& name : oddNames()) {
+    for (const auto& name : oddNames(world)) {
       world.addFile(world.home(name), name);
       expectSuccess(world.files().moveItem(world.home(name), world.home("to/" + name)));
       EXPECT_EQ(world.contents(world.home("to/" + name)), name);
@@ -267,8 +267,8 @@ TEST_P(MovingAnItem, FailsOnAReadOnlyVolume) {
 
 TEST_P(MovingAnItem, RefusesToMoveAVolume) {
   inWorld([](FileWorld& world) {
-    EXPECT_FALSE(world.files().moveItem(world.volume(), world.home("volume")).ok());
-    EXPECT_TRUE(world.has(world.volume()));
+    EXPECT_FALSE(world.files().moveItem(world.mountPoint(), world.home("volume")).ok());
+    EXPECT_TRUE(world.has(world.mountPoint()));
     EXPECT_EQ(world.tree(world.home()), Lines{});
   });
 }

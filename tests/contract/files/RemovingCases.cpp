@@ -153,7 +153,7 @@ TEST_P(RemovingAnItem, FailsOnAReadOnlyVolume) {
 TEST_P(RemovingAnItem, RefusesToRemoveAVolume) {
   inWorld([](FileWorld& world) {
     world.addFile(world.volume("file"), "text");
-    EXPECT_FALSE(world.files().removeItem(world.volume()).ok());
+    EXPECT_FALSE(world.files().removeItem(world.mountPoint()).ok());
     EXPECT_EQ(world.contents(world.volume("file")), "text");
   });
 }
@@ -175,7 +175,7 @@ TEST_P(RemovingAnItem, RefusesPathsThatAreTooLong) {
 
 TEST_P(RemovingAnItem, TakesAnyBytesInNames) {
   inWorld([](FileWorld& world) {
-    for (const auto& name : oddNames()) {
+    for (const auto& name : oddNames(world)) {
       const std::string folder = world.home("a/" + name);
       world.addFile(folder + "/" += name);
       expectSuccess(world.files().removeItem(folder));

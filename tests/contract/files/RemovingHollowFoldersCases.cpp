@@ -117,8 +117,8 @@ TEST_P(RemovingAHollowFolder, RefusesWhereItsOwnFolderMayNotBeChanged) {
 
 TEST_P(RemovingAHollowFolder, RefusesVolumesTheRootFolderAndPathsThatNameNothing) {
   inWorld([](FileWorld& world) {
-    EXPECT_FALSE(remove(world, world.volume()).ok());
-    EXPECT_TRUE(world.has(world.volume()));
+    EXPECT_FALSE(remove(world, world.mountPoint()).ok());
+    EXPECT_TRUE(world.has(world.mountPoint()));
     world.addFolder(world.home("a"));
     const std::string cut = world.home("a") + std::string("\0b", 2);
     for (const std::string& path : {std::string("/"), std::string(), std::string("home"), cut}) {

@@ -8,6 +8,7 @@
 
 #include <functional>
 
+#include "tests/contract/files/FileWorld.h"
 #include "tests/contract/files/RealFiles.h"
 
 namespace qm::testing {
@@ -15,16 +16,13 @@ namespace {
 
 class SystemFileCalls : public ::testing::Test {
  protected:
-  /// In a private machine, as an ordinary user, with a folder "work" that has a file in it.
+  /// As an ordinary user, in a folder that has a file in it.
   static void inFolder(const std::function<void(const std::string& path, int folder)>& body) {
-    runInPrivateMachine([&] {
-      const std::string path = openFolder("work");
-      asUser(kUser, kUser, [&] {
-        makeFile(path + "/file", "text");
-        const posix::UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        ASSERT_TRUE(folder);
-        body(path, folder.get());
-      });
+    runInRealWorld([&](FileWorld& world) {
+      world.addFile(world.home("file"), "text");
+      const posix::UniqueFd folder(::open(world.home().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+      ASSERT_TRUE(folder);
+      body(world.home(), folder.get());
     });
   }
 };
@@ -38,7 +36,7 @@ TEST_F(SystemFileCalls, MakeAWholeCloneOrNothing) {
     EXPECT_EQ(error == 0, isThere(path + "/clone"));
     if (error != 0) return;
     EXPECT_EQ(textOf(path + "/clone"), "text");
-    EXPECT_EQ(attributesOf(path + "/clone").st_uid, kUser);
+    EXPECT_EQ(attributesOf(path + "/clone").st_uid, ::geteuid());
     EXPECT_EQ(posix::setMode(clone.get(), 0600), 0);
   });
 }

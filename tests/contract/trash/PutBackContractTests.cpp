@@ -7,7 +7,7 @@
 #include <cerrno>
 
 #include "tests/contract/trash/TrashEntries.h"
-#include "tests/contract/trash/TrashWorlds.h"
+#include "TrashWorlds.h"
 
 namespace qm::testing {
 namespace {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/contract/trash/TrashEntries.h"
-#include "tests/contract/trash/TrashWorlds.h"
+#include "TrashWorlds.h"
 
 namespace qm::testing {
 namespace {
