@@ -88,14 +88,14 @@ class FailureSender : public ::testing::EmptyTestEventListener {
 };
 
 /// Null in the process that runs the test. A child of a child writes to the same pipe.
-FailureSender* sender = nullptr;
+FailureSender* failureSender = nullptr;
 
 void becomeSender(UniqueFd pipe) {
   auto& listeners = ::testing::UnitTest::GetInstance()->listeners();
   delete listeners.Release(listeners.default_result_printer());
   delete listeners.Release(listeners.default_xml_generator());
-  sender = new FailureSender(std::move(pipe));  // owned by the list
-  listeners.Append(sender);
+  failureSender = new FailureSender(std::move(pipe));  // owned by the list
+  listeners.Append(failureSender);
 }
 
 void runBody(const std::function<void()>& body) {
@@ -129,10 +129,10 @@ bool hasOtherThreads() {
 
 [[noreturn]] void childMain(UniqueFd pipe, const std::function<void()>& body) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (sender == nullptr) becomeSender(std::move(pipe));
+  if (failureSender == nullptr) becomeSender(std::move(pipe));
   runBody(body);
   if (!isSeenByItsChildren()) skipLeakCheck();
-  std::exit(sender->status());
+  std::exit(failureSender->status());
 }
 
 std::string readToEnd(int fd) {
@@ -175,11 +175,11 @@ int waitFor(pid_t child) {
 /// An exit status that the child's own failures do not explain is a failure as well.
 bool judge(int status, bool reported) {
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return !reported;
-  if (sender != nullptr && WIFEXITED(status) && WEXITSTATUS(status) == kSkipped) leaveSkippedTest();
+  if (failureSender != nullptr && WIFEXITED(status) && WEXITSTATUS(status) == kSkipped) leaveSkippedTest();
   const bool explained = WIFEXITED(status) && WEXITSTATUS(status) == 1;
   if (WIFSIGNALED(status)) {
     ADD_FAILURE() << "the child was ended by signal " << WTERMSIG(status);
-  } else if (!explained || (sender == nullptr && !reported)) {
+  } else if (!explained || (failureSender == nullptr && !reported)) {
     ADD_FAILURE() << "the child ended with status " << WEXITSTATUS(status);
   }
   return false;

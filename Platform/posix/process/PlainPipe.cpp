@@ -29,7 +29,7 @@ std::unique_lock<std::mutex> noPipeMeanwhile() {
 Pipe makePipe() {
   const auto lock = noPipeMeanwhile();
   int ends[2] = {-1, -1};
-  if (::pipe(ends) < 0) return {};
+  if (::pipe(ends) < 0) return {};  // NOLINT(android-cloexec-pipe): these systems have no pipe2
   Pipe pipe{aboveStandardStreams(UniqueFd(ends[0])), aboveStandardStreams(UniqueFd(ends[1]))};
   return closeOnExec(pipe.reading) && closeOnExec(pipe.writing) ? std::move(pipe) : Pipe();
 }

@@ -12,14 +12,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr uid_t kPerson = 1000;
+constexpr uid_t kOrdinaryUser = 1000;
 
 class MachineFileWorld : public RealFileWorld {
  public:
   /// As root, before the rights are dropped.
   void prepare() {
     fs::create_directories(home());
-    ASSERT_EQ(::chown(home().c_str(), kPerson, kPerson), 0);
+    ASSERT_EQ(::chown(home().c_str(), kOrdinaryUser, kOrdinaryUser), 0);
     mountTmpfs(volume(), "mode=0777");
     mountTmpfs(small(), "mode=0777,size=64k");
     mountTmpfs(readOnly(), "mode=0777");
@@ -39,7 +39,7 @@ void runInMachine(const FileCase& body) {
   runInPrivateMachine([&] {
     MachineFileWorld world;
     ASSERT_NO_FATAL_FAILURE(world.prepare());
-    asUser(kPerson, kPerson, [&] {
+    asUser(kOrdinaryUser, kOrdinaryUser, [&] {
       body(world);
       EXPECT_TRUE(world.waitForThreads());
     });

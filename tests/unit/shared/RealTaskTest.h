@@ -25,7 +25,7 @@
 namespace qm::testing {
 
 inline const std::string kShell = "/bin/sh";
-inline const std::string kLogFile = "/home/u/Library/Logs/Quillmark/Demo.1.log";
+inline const std::string kTaskLog = "/home/u/Library/Logs/Quillmark/Demo.1.log";
 inline constexpr std::size_t kMebibyte = 1048576;
 
 inline QMTask::Arguments script(const std::string& text) { return std::vector<std::string>{"-c", text}; }
@@ -121,7 +121,7 @@ class RealTask : public PlatformTest {
  protected:
   RealTask() : pumping_(fakes.mainThread), tasks_(fakes.mainThread, pumping_) {
     for (const std::string& tool : {kShell, std::string("/bin/cat")}) fakes.disk.addExecutable(tool);
-    fakes.disk.addFile(kLogFile);
+    fakes.disk.addFile(kTaskLog);
     services_ = fakes.platform;
     services_.tasks = &tasks_;
     services_.clock = &clock_;
@@ -139,7 +139,7 @@ class RealTask : public PlatformTest {
 
   std::string log() {
     QMLog::finishWriting();
-    return fakes.disk.fileContents(kLogFile).value_or("no log");
+    return fakes.disk.fileContents(kTaskLog).value_or("no log");
   }
 
   /// A folder of the test's own.
