@@ -17,6 +17,11 @@ if(NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
   target_compile_options(qm_options INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
 endif()
 
+# Clang 14 takes the compile-time branch of the standard library's "if consteval" at run time, so that strings are copied
+# byte by byte. Without the macro the library asks in another way.
+target_compile_options(qm_options INTERFACE
+  $<$<AND:$<COMPILE_LANG_AND_ID:CXX,Clang>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,15>>:-U__cpp_if_consteval>)
+
 # These options make a bug harder to exploit, in programs that handle other people's files or run as root. Sanitizer and
 # fuzzer builds do without them: the sanitizers check the same places, and detect less with these options.
 if(NOT QM_SANITIZE AND NOT QM_FUZZ AND NOT CMAKE_SYSTEM_NAME STREQUAL "Darwin")
