@@ -6,8 +6,8 @@
 
 #include <cerrno>
 
-#include "tests/contract/trash/TrashEntries.h"
 #include "TrashWorlds.h"
+#include "tests/contract/trash/TrashEntries.h"
 
 namespace qm::testing {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/contract/trash/TrashEntries.h"
 #include "TrashWorlds.h"
+#include "tests/contract/trash/TrashEntries.h"
 
 namespace qm::testing {
 namespace {
