@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <gmock/gmock.h>
+
+// References to items, and their Finder information.
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,19 +13,9 @@ namespace qm::testing {
 namespace {
 
 using platform::FileReference;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
-/// Cases that hold on the real desktop and on the fakes.
-class DesktopContract : public ::testing::TestWithParam<DesktopWorldKind> {
- protected:
-  static void inWorld(const DesktopCase& body) { GetParam().run(body); }
-};
-
-INSTANTIATE_TEST_SUITE_P(Both, DesktopContract,
-                         ::testing::Values(DesktopWorldKind{"Fake", runInFakeDesktop},
-                                           DesktopWorldKind{"Real", runInRealDesktop}),
-                         [](const auto& kind) { return std::string(kind.param.name); });
+class DesktopContract : public DesktopWorldTest {};
+INSTANTIATE_TEST_SUITE_P(Both, DesktopContract, bothDesktops(), nameOfDesktop);
 
 TEST_P(DesktopContract, FollowsAnItemThroughRenamingAndMoving) {
   inWorld([](DesktopWorld& world) {
@@ -136,62 +126,6 @@ TEST_P(DesktopContract, NeedsTheRightsToReadAndToWriteForFlags) {
     EXPECT_EQ(world.information().finderFlags(reference), 0);
     world.setReadable(world.home("file"), false);
     EXPECT_EQ(world.information().finderFlags(reference), std::nullopt);
-  });
-}
-
-TEST_P(DesktopContract, TellsWhoListensOfAnItemWhereItIs) {
-  inWorld([](DesktopWorld& world) {
-    world.setListening(true);
-    world.addFolder(world.home("folder"));
-    const FileReference reference = world.references().make(world.home("folder"));
-    world.rename(world.home("folder"), world.home("other"));
-    std::unique_ptr<platform::Alias> alias;
-    ASSERT_EQ(world.shell().newMinimalAlias(reference, &alias), platform::noErr);
-    EXPECT_EQ(world.shell().sendUpdateEvent(*alias), platform::noErr);
-    EXPECT_EQ(world.shell().sendUpdateEvent(*alias), platform::noErr);
-    EXPECT_THAT(world.notices(), ElementsAre(world.home("other"), world.home("other")));
-  });
-}
-
-TEST_P(DesktopContract, SaysWhenNoDesktopIsThere) {
-  inWorld([](DesktopWorld& world) {
-    std::unique_ptr<platform::Alias> alias;
-    ASSERT_EQ(world.shell().newMinimalAlias(world.references().make(world.home()), &alias), platform::noErr);
-    EXPECT_EQ(world.shell().sendUpdateEvent(*alias), platform::procNotFound);
-    EXPECT_THAT(world.notices(), IsEmpty());
-    world.setListening(true);
-    EXPECT_EQ(world.shell().sendUpdateEvent(*alias), platform::noErr);
-    world.setListening(false);
-    EXPECT_EQ(world.shell().sendUpdateEvent(*alias), platform::procNotFound);
-  });
-}
-
-TEST_P(DesktopContract, MakesNoAliasOfWhatIsNotThere) {
-  inWorld([](DesktopWorld& world) {
-    world.addFile(world.home("file"));
-    const FileReference gone = world.references().make(world.home("file"));
-    world.remove(world.home("file"));
-    std::unique_ptr<platform::Alias> alias;
-    EXPECT_EQ(world.shell().newMinimalAlias(FileReference(), &alias), platform::fnfErr);
-    EXPECT_EQ(world.shell().newMinimalAlias(gone, &alias), platform::fnfErr);
-    EXPECT_EQ(alias, nullptr);
-  });
-}
-
-TEST_P(DesktopContract, RegistersAnApplicationAsOftenAsItIsAsked) {
-  inWorld([](DesktopWorld& world) {
-    world.addApplication(world.home("A.app"));
-    EXPECT_EQ(world.shell().registerApplication(world.home("A.app")), platform::noErr);
-    EXPECT_EQ(world.shell().registerApplication(world.home("A.app")), platform::noErr);
-  });
-}
-
-TEST_P(DesktopContract, RegistersNothingElse) {
-  inWorld([](DesktopWorld& world) {
-    world.addFile(world.home("file"));
-    EXPECT_EQ(world.shell().registerApplication(world.home("file")), platform::kLSNotAnApplicationErr);
-    EXPECT_NE(world.shell().registerApplication(world.home("none")), platform::noErr);
-    EXPECT_NE(world.shell().registerApplication(""), platform::noErr);
   });
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <ostream>
 #include <string>
@@ -47,7 +49,18 @@ struct DesktopWorldKind {
 inline void PrintTo(const DesktopWorldKind& kind, std::ostream* stream) { *stream << kind.name; }
 
 void runInFakeDesktop(const DesktopCase& body);
-/// In a private machine, as an ordinary user.
+/// As an ordinary user.
 void runInRealDesktop(const DesktopCase& body);
+
+/// Cases that hold on the real desktop and on the fakes.
+class DesktopWorldTest : public ::testing::TestWithParam<DesktopWorldKind> {
+ protected:
+  static void inWorld(const DesktopCase& body) { GetParam().run(body); }
+};
+
+inline auto bothDesktops() {
+  return ::testing::Values(DesktopWorldKind{"Fake", runInFakeDesktop}, DesktopWorldKind{"Real", runInRealDesktop});
+}
+inline std::string nameOfDesktop(const ::testing::TestParamInfo<DesktopWorldKind>& kind) { return kind.param.name; }
 
 }  // namespace qm::testing
