@@ -26,7 +26,7 @@ inline constexpr const char* kFSOperationBytesRemainingKey = "kFSOperationBytesR
 inline constexpr const char* kFSOperationTotalObjectsKey = "kFSOperationTotalObjectsKey";          ///< objects to copy
 inline constexpr const char* kFSOperationObjectsCompleteKey = "kFSOperationObjectsCompleteKey";    ///< objects copied
 inline constexpr const char* kFSOperationObjectsRemainingKey = "kFSOperationObjectsRemainingKey";  ///< objects left
-/// Objects to copy that users see. Every object counts as one of these.
+/// Objects to copy that users see. All objects count as such, so this is the number of all objects.
 inline constexpr const char* kFSOperationTotalUserVisibleObjectsKey = "kFSOperationTotalUserVisibleObjectsKey";
 /// How many of these have been copied.
 inline constexpr const char* kFSOperationUserVisibleObjectsCompleteKey = "kFSOperationUserVisibleObjectsCompleteKey";

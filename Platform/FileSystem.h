@@ -60,8 +60,8 @@ class FileSystem {
   virtual bool isDirectory(const std::string& path) const = 0;
   /// The path leads to a regular file that the process may execute. Links are followed.
   virtual bool isExecutableFile(const std::string& path) const = 0;
-  /// The path leads to an item that the process may write (into a folder: has write permission for it). Links are
-  /// followed.
+  /// The path leads to an item that the process may write. For a folder this means that the process has write
+  /// permission for it. Links are followed.
   virtual bool isWritableFile(const std::string& path) const = 0;
   /// The names in a folder, one level, including hidden ones but not "." and "..", in the system's order. Null when the
   /// folder cannot be listed. A link to a folder is followed.

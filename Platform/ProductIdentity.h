@@ -12,7 +12,7 @@ struct ProductIdentity {
   /// The program's file name. Messages use it if the system cannot tell the path of the running program. It is also the
   /// name of the folder in `dataFolder` that has the program's information dictionary.
   std::string_view program{};
-  /// Each user has one instance of the program with this identifier.
+  /// The identifier by which a running instance is recognised: each user has one instance at most.
   std::string_view identifier{};
 
   /// Where an installation has the other programs, relative to the running program's folder. An absolute path is taken
@@ -25,7 +25,7 @@ struct ProductIdentity {
   /// a file name means one in `programsFolder`, or else one beside the running program; an absolute path is taken as it
   /// is.
   std::string_view helper{};
-  /// The helper with administrator rights for any tool, used where there is no other.
+  /// The helper with administrator rights for any tool. A product that has no `helper` uses it.
   std::string_view toolHelper{};
   /// The agent that answers a dialog with credentials.
   std::string_view credentialsAgent{};

@@ -31,7 +31,8 @@ enum class MissingFolders : bool { Fail, AreMade };
 /// The result of moving items to the Trash.
 struct Recycled {
   Status status;
-  /// Where the items that were moved are in the Trash, in the order of their names: absolute. "" if that is not known.
+  /// The absolute paths, in the Trash, of the items that were moved, in the order of the argument `names`. "" for an
+  /// item whose path is not known.
   std::vector<std::string> paths;
 };
 
@@ -53,7 +54,7 @@ class Trash {
     return recycleItems(sourceFolder, trashDirectory, names).status;
   }
 
-  /// The items in the user's Trash that came from the path `origin`, from every Trash that `recycle`, or a move with
+  /// The items that came from the path `origin`. Each Trash of the user is searched that `recycle`, or a move with
   /// administrator rights, uses for that path. Links on the way to `origin` are followed, one at its end is not.
   /// Descriptions that break the rules of their format, and those of items that are no longer there, are left out. If
   /// root works for another user, interrupted moves are finished or undone first, so that no item is missing in the
@@ -62,10 +63,10 @@ class Trash {
 
   /// Moves an item from the user's Trash back to where it came from, and removes its description. Works with that
   /// user's rights. As root it uses root's rights if the user's do not suffice and nobody but root can redirect the
-  /// path. Owners stay what they are in the Trash. From an item that root puts back, set-user-id and set-group-id bits
-  /// and file capabilities are removed. Across volumes the item is copied and then removed. Nothing is replaced:
-  /// anything at the old path, even a dangling link, makes it fail. A failure leaves the item in the Trash, with its
-  /// description, and leaves folders that were created for it.
+  /// path. The item keeps the owners that it has in the Trash. From an item that root puts back, set-user-id and
+  /// set-group-id bits and file capabilities are removed. Across volumes the item is copied and then removed. Nothing
+  /// is replaced: anything at the old path, even a dangling link, makes it fail. A failure leaves the item in the
+  /// Trash, with its description, and leaves folders that were created for it.
   ///
   /// An uninstalled product's own folder was removed if it was empty. To put back a whole product, let missing folders
   /// be created. They belong to the user, or to root where creating them takes root's rights.

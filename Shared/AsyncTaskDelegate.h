@@ -24,13 +24,13 @@ class AsyncTaskDelegate {
 
   /// One piece of output as it came; "" is the end, after which nothing more of this run follows. `object` is the
   /// caller's context, null when none was given. Called on the run's reading thread, and must not throw. It may end the
-  /// run, or begin another one on the same runner.
+  /// run, or begin another one with the same `QMTask`.
   virtual void perform(const std::string& selector, const std::string& data, QMTask& task,
                        const std::shared_ptr<void>& object) = 0;
 };
 
-/// Carries one piece of output from the reading thread to the runner: "QMAsyncTaskDataNotification", without a sender,
-/// with one entry in its user information. It is passed directly, never posted.
+/// Carries one piece of output from the reading thread to the `QMTask`. It has the name "QMAsyncTaskDataNotification",
+/// no sender, and one entry in its user information. It is passed directly, never posted.
 struct AsyncTaskNotification {
   /// The name of the notification.
   static constexpr const char* dataName = "QMAsyncTaskDataNotification";

@@ -22,7 +22,8 @@ using FileOperationValue =
 /// entries of the platform's status dictionary (Platform/FileOperations.h).
 using FileOperationDictionary = std::map<std::string, FileOperationValue>;
 
-/// Is notified about a copy. Each of its four operations is optional.
+/// Is notified about a copy. There are four notifications, named by the selectors below, and it may leave out any of
+/// them.
 class FileOperationDelegate {
  public:
   /// About progress: the report and the file operation. Preferred to `progress`.
@@ -37,12 +38,12 @@ class FileOperationDelegate {
 
   virtual ~FileOperationDelegate() = default;
 
-  /// Whether the delegate has the operation; asked for each report, on the main thread. If not, it is never called by
-  /// that name.
+  /// Whether the delegate takes the notification; asked for each report, on the main thread. If not, `perform` is never
+  /// called with that selector.
   virtual bool respondsToSelector(const std::string& selector) const = 0;
 
-  /// A report. `fileOperation` is what `cancelFileOperation:` takes; null for the operations that take the report
-  /// alone. Called on the main thread, and must not throw. It may cancel the copy or begin another one.
+  /// A report. `fileOperation` is what `cancelFileOperation:` takes; null for the selectors `progress` and `finished`.
+  /// Called on the main thread, and must not throw. It may cancel the copy or begin another one.
   virtual void perform(const std::string& selector, const FileOperationDictionary& report,
                        const platform::FileOperationRef& fileOperation) = 0;
 };

@@ -15,12 +15,13 @@
 /// The one object of the process that holds administrator rights, and the file commands that run with them: /bin/cp,
 /// /bin/mv, /bin/rm and /bin/mkdir.
 ///
-/// Rights are requested when the first command needs them and are kept until `authEnd`. A process whose real user id is
-/// 0 needs none: the tools are started directly. Every file command that moves or removes checks its path first and
-/// refuses system folders as a whole. The entries that `authTrashFolderContents` removes permanently are not checked
-/// one by one, nor is what `authExecTask` starts. Commands only start their tool: true means that it was started (as
-/// root, that starting it was tried), not that it succeeded, so callers that need the result watch the disk. Refusals
-/// are printed to the system console.
+/// Rights are requested when the first command needs them. They are kept until `authEnd`, unless the system grants them
+/// for one command at a time. A process whose real user id is 0 needs none: it starts the tools itself, or the program
+/// that the system has in their place. Every file command that moves or removes checks its path first and refuses
+/// system folders as a whole. The entries that `authTrashFolderContents` removes permanently are not checked one by
+/// one, nor is what `authExecTask` starts. Commands only start their tool. True means that it was started, not that it
+/// succeeded. In a process run by root, true means only that starting it was tried. So callers that need the result
+/// watch the disk. Refusals are printed to the system console.
 ///
 /// Any thread. One thread at a time requests and uses the session: a thread that needs it while the password dialog is
 /// shown for another one waits.
@@ -30,9 +31,9 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   using AuthorizationRef = qm::platform::AuthorizationRef;
   /// Whether the system's password dialog is allowed.
   enum class WithGUI : bool { No, Yes };
-  /// Whether a command returns when its tool was started, not when the tool has closed its output.
+  /// When a command returns. `Yes`: when its tool was started. `No`: when the tool has closed its output.
   enum class Async : bool { No, Yes };
-  /// Whether a controller that was created as root removes instead of trashing.
+  /// Whether a controller that was created as root removes an item permanently. Each function says which item.
   enum class DeleteOnRootAccount : bool { No, Yes };
 
   /// `sharedController`. The same as `sharedController:` with YES.
@@ -92,8 +93,9 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   /// on the console.
   bool authMoveFolderContents(const std::string& folder, const std::optional<std::string>& destination);
   /// `authTrashFile:deleteOnRootAccount:`. Moves the path into the user's Trash. If its name is taken there, the time
-  /// is added ("notes_20240229230507.txt"; without an extension the name ends in a dot). If the object was created as
-  /// root and the flag is set, the chosen name in the Trash is removed instead, and the path itself stays.
+  /// is added ("notes_20240229230507.txt"; without an extension the name ends in a dot). If this controller was created
+  /// as root and the flag is set, nothing is moved: the item in the Trash that has the chosen name is removed, and the
+  /// passed item stays.
   bool authTrashFile(const std::string& path, DeleteOnRootAccount deleteOnRootAccount);
   /// `authTrashFile:`
   bool authTrashFile(const std::string& path);

@@ -42,10 +42,10 @@ class QMFileManager {
   QMFileManager(const QMFileManager&) = delete;
   QMFileManager& operator=(const QMFileManager&) = delete;
 
-  /// `moveFile:toPath:shouldAuth:`. The attempt as the user never replaces; the administrator's move does. First
-  /// clears the lock of the destination and the locks of the files below destination/name-of-source, which is where the
-  /// administrator's move puts the item if the destination is a folder. A change of letter case alone goes through a
-  /// free name next to the destination.
+  /// `moveFile:toPath:shouldAuth:`. The attempt with the user's rights never replaces; the administrator's move does.
+  /// First clears the lock of the destination and the locks of the files below destination/name-of-source, which is
+  /// where the administrator's move puts the item if the destination is a folder. If only letter case changes, the item
+  /// first gets an unused name in the destination's folder, and then the new one.
   static bool moveFile(const std::string& source, const std::string& destination, ShouldAuth shouldAuth);
   /// `moveFile:toPath:`
   static bool moveFile(const std::string& source, const std::string& destination);
@@ -74,9 +74,9 @@ class QMFileManager {
   /// `trashDirectoryContents:`
   static bool trashDirectoryContents(const std::string& folder);
 
-  /// `createDirectoryStructure:destination:`. Creates the folder that contains the item under another root: "/R/A/b"
-  /// for "/A/b/c.txt" under "/R". If the item is a folder and not a package, it is created itself: "/R/A/b" for "/A/b".
-  /// Returns the path of that folder, whether or not creating it succeeded.
+  /// `createDirectoryStructure:destination:`. Creates, under another root, a folder with the path of the item's parent
+  /// folder: "/R/A/b" for "/A/b/c.txt" and the root "/R". If the item is a folder and not a package, it is created
+  /// itself: "/R/A/b" for "/A/b". Returns the path of that folder, whether or not creating it succeeded.
   static std::string createDirectoryStructure(const std::string& item, const std::string& destination);
 
   /// `fileExistsAtPath:`. Links are followed: a link to a missing target reads as absent.
@@ -138,10 +138,10 @@ class QMFileManager {
   /// without one.
   static std::vector<std::string> trashFilesOfType(const std::string& extension, const std::string& folder);
   /// `removeFolderIfEmpty:`. Removes permanently what `isFolderEmpty:` finds empty. A plain file counts as empty, so it
-  /// is removed as well, whatever is in it. Returns false if the folder is not empty. The attempt as the user removes a
-  /// folder only if it contains, at any depth, nothing but folders and files named ".DS_Store" and "Icon\r". If that
-  /// attempt fails because something was added meanwhile, this returns false as well. If it fails for another reason,
-  /// for example because a folder in it cannot be listed, rights are requested.
+  /// is removed as well, whatever is in it. Returns false if the folder is not empty. The attempt with the user's
+  /// rights removes a folder only if it contains, at any depth, nothing but folders and files named ".DS_Store" and
+  /// "Icon\r". If that attempt fails because something was added meanwhile, this returns false as well. If it fails for
+  /// another reason, for example because a folder in it cannot be listed, rights are requested.
   static bool removeFolderIfEmpty(const std::string& folder);
 
   /// `filesMatchingWildcardPath:fromBasePath:`. The paths that a pattern matches, in the order found. The search begins
@@ -149,8 +149,8 @@ class QMFileManager {
   /// component with "*" is matched against the entries of each folder reached so far (hidden ones too, letter case
   /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
   /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
-  /// of the disk. In a pattern with "*", a slash at the end leads the search back to the base folder, as one at the
-  /// beginning does. So such a pattern gives the base folder alone.
+  /// of the disk. In a pattern with "*", a slash at the beginning or at the end makes the search go to the base folder.
+  /// So such a pattern gives the base folder alone.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. Without a base.

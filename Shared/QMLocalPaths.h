@@ -64,9 +64,9 @@ class QMLocalPaths {
   static std::string tempFile();
 
   /// `pathForDirectory:forUserDomain:`. The first folder of the search; null if there is none. As root, and for exactly
-  /// the user domain, the path is rewritten to lie in the console user's home: the prefix "/var/root" is dropped whole,
-  /// "/private/var/root" except for its last letter, which stays in the result ("/private/var/root/Library" becomes
-  /// "t/Library" in the home).
+  /// the user domain, the path is rewritten to lie in the console user's home: the prefix "/var/root" is dropped. Of
+  /// the prefix "/private/var/root" the last letter stays ("/private/var/root/Library" becomes "t/Library" in the
+  /// home).
   static std::optional<std::string> pathForDirectory(qm::platform::StandardDirectory directory,
                                                      qm::platform::DomainMask domainMask);
 

@@ -29,9 +29,10 @@ class QMLog : public qm::Singleton<QMLog> {
   static void createNewLog();
   /// `createNewLog:`. Waits for pending writes, removes APP.5.log, renames the files from APP.4.log down to APP.1.log
   /// to the next higher number, and begins a new first file with its header. The name is used only if none was set and
-  /// the executable has none. If the user's preferences switch logging off, it waits, releases the open file, prints
-  /// that to the console and sets `loggingDisabled`; no file is renamed or begun. If a step fails, the console says
-  /// which and no new file is begun. A process that ends meanwhile leaves the old first file or the new one.
+  /// the executable has none. If the user's preferences switch logging off, it waits, releases the open file, prints to
+  /// the console that logging is off, and sets `loggingDisabled`; no file is renamed or begun. If a step fails, the
+  /// console says which and no new file is begun. A process that ends meanwhile leaves the old first file or the new
+  /// one.
   static void createNewLog(const std::optional<std::string>& name);
 
   /// `fastAppendLog:`. Formats, trims and queues a message, and returns. A null format does nothing.

@@ -87,7 +87,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// Makes a new instance. Each call with a time limit makes one for itself.
   static std::shared_ptr<QMTask> make();
 
-  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose slot holds the task until the call returns.
+  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose property `theTask`, the slot, is the task until
+  /// the call returns.
   long terminationCodeOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
   /// `dataFromTask:arguments:timeout:` on an instance.
   Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
@@ -122,8 +123,8 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `launchAsyncTask`. The reading thread: launches the task in the slot and reads to the end of its
   /// output. Logs "Unable to launch async task - no task set" when there is none.
   void launchAsyncTask();
-  /// `asyncTaskReturnData:`. Passes one piece to the delegate if that has the operation. After the empty piece it ends
-  /// the run in either case.
+  /// `asyncTaskReturnData:`. Passes one piece to the delegate if the delegate takes it. The empty piece ends the run,
+  /// whether or not the delegate takes it.
   void asyncTaskReturnData(const qm::AsyncTaskNotification& notification);
   /// `terminateAsyncTask`. Ends the reading, releases delegate and context, asks the tool to end and empties the slot,
   /// in this order; a blocked read ends at once. The delegate is not notified, but may still receive a piece that was
