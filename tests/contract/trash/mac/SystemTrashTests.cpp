@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "Platform/macos/files/MacTrash.h"
 #include "tests/contract/files/FileCases.h"
@@ -22,21 +24,26 @@ using platform::Recycled;
 using platform::TrashedItem;
 using ::testing::SizeIs;
 
-/// The user's Trash and that of the volume, which is empty at the beginning and at the end.
+/// The user's Trash and that of the volume. At the end the items that a case has put there are removed.
 class Trashes {
  public:
   explicit Trashes(FileWorld& world) : world_(world) {
     fakes_.users.setRealUserId(::getuid());
     world_.addFolder(own());
-    empty();
   }
   Trashes(const Trashes&) = delete;
   Trashes& operator=(const Trashes&) = delete;
-  ~Trashes() { empty(); }
+  ~Trashes() {
+    for (const std::string& item : stored_) fs::remove_all(item);
+  }
 
   std::string folder() const { return world_.mountPoint() + "/.Trashes/" + std::to_string(::getuid()); }
 
-  Recycled recycle(const std::string& name) { return trash_.recycleItems(world_.volume(), own(), {name}); }
+  Recycled recycle(const std::string& name) {
+    Recycled recycled = trash_.recycleItems(world_.volume(), own(), {name});
+    stored_.insert(stored_.end(), recycled.paths.begin(), recycled.paths.end());
+    return recycled;
+  }
   std::vector<TrashedItem> itemsFrom(const std::string& name) {
     const auto found = trash_.itemsFrom(world_.volume(name), own());
     EXPECT_TRUE(found.status) << found.status.localizedDescription();
@@ -47,12 +54,9 @@ class Trashes {
  private:
   /// An empty folder takes the place of the user's own Trash.
   std::string own() const { return world_.home("Trash"); }
-  void empty() {
-    if (!fs::exists(folder())) return;
-    for (const auto& entry : fs::directory_iterator(folder())) fs::remove_all(entry.path());
-  }
 
   FileWorld& world_;
+  std::vector<std::string> stored_;
   FakePlatform fakes_;
   macos::MacTrash trash_{fakes_.users, fakes_.clock, fakes_.console, "com.example"};
 };
@@ -99,16 +103,16 @@ TEST(SystemTrash, TakesALinkAndNotItsTarget) {
 
 TEST(SystemTrash, KeepsBothWhenNamesClash) {
   onVolume([](FileWorld& world, Trashes& trashes) {
-    Lines contents;
+    Lines stored;
     for (const std::string text : {"first", "second"}) {
       world.addFile(world.volume("a.txt"), text);
       const Recycled recycled = trashes.recycle("a.txt");
       expectSuccess(recycled.status);
       ASSERT_THAT(recycled.paths, SizeIs(1));
-      contents.push_back(recycled.paths.front());
+      stored.push_back(recycled.paths.front());
     }
-    EXPECT_EQ(world.contents(contents.front()), "first");
-    EXPECT_EQ(world.contents(contents.back()), "second");
+    EXPECT_EQ(world.contents(stored.front()), "first");
+    EXPECT_EQ(world.contents(stored.back()), "second");
   });
 }
 
