@@ -132,7 +132,7 @@ def page(svg, cases, others):
         name = case.name.replace("*", r"\*")
         lines.append(f"| {name} | {ours:,.1f} ms | {limit:,.1f} ms | {ratio(case):.2f} | {case.most:.2f} |")
     if others:
-        lines += ["", "Administrator rights, in milliseconds over the bare call:", "", "```", *others, "```"]
+        lines += ["", "Administrator rights. Behind the plus sign is what a step takes beyond `pkexec` alone, or beyond `posix_spawn`:", "", "```", *others, "```"]
     return "\n".join([*lines, ""])
 
 
