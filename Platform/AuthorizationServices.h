@@ -10,7 +10,8 @@
 
 namespace qm::platform {
 
-/// The status numbers of Authorization Services; any other number is returned to the caller unchanged.
+/// The status numbers of Authorization Services that are used by name. If the system reports another number, the caller
+/// gets it unchanged.
 using AuthorizationStatus = std::int32_t;
 inline constexpr AuthorizationStatus errAuthorizationSuccess = 0;                     ///< done
 inline constexpr AuthorizationStatus errAuthorizationInvalidRef = -60002;             ///< there is no such session

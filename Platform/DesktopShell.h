@@ -9,7 +9,8 @@
 
 namespace qm::platform {
 
-/// The status numbers of the desktop's services; any other number is returned to the caller unchanged.
+/// The status numbers of the desktop's services that are used by name. If the system reports another number, the caller
+/// gets it unchanged.
 using OSStatus = std::int32_t;
 inline constexpr OSStatus noErr = 0;
 inline constexpr OSStatus fnfErr = -43;            ///< there is no such item

@@ -35,7 +35,7 @@ inline constexpr const char* kFSOperationUserVisibleObjectsRemainingKey = "kFSOp
 /// Bytes per second since the copying began.
 inline constexpr const char* kFSOperationThroughputKey = "kFSOperationThroughputKey";
 /// Counts by the keys above. Bytes are those of the contents of files, holes included; objects are files, folders,
-/// links and whatever else there is, the item that is copied among them.
+/// links and whatever else there is. The item passed as the source is counted too.
 using FileOperationStatusDictionary = std::map<std::string, std::uint64_t>;
 
 /// One asynchronous operation: opaque, used once.

@@ -17,7 +17,7 @@ class ReferencedItem {
   virtual ~ReferencedItem() = default;
 };
 
-/// A stable reference to an item: it still refers to the item after that was renamed or moved within its volume. A
+/// A stable reference to an item: it still refers to the item after the item was renamed or moved within its volume. A
 /// value; copies share what they hold. An unfilled one refers to nothing.
 class FileReference {
  public:

@@ -41,9 +41,9 @@ class FileHandle {
   virtual Status seekToEndOfFile() = 0;
   /// Writes all bytes at the current position or fails; some of them may then be on disk.
   virtual Status writeData(std::string_view data) = 0;
-  /// Call it after a `writeData` that failed at the end of the file. Cuts off the part that the write left, and moves
-  /// the position back to where the write began. Fails, and changes nothing, if something else has been appended since.
-  /// Success if nothing was left.
+  /// Call it after a failed `writeData` that began at the end of the file. Cuts off the part that the write left, and
+  /// moves the position back to where the write began. Fails, and changes nothing, if something else has been appended
+  /// since. Success if nothing was left.
   virtual Status removeIncompleteData() = 0;
 };
 
@@ -66,10 +66,10 @@ class FileSystem {
   /// The names in a folder, one level, including hidden ones but not "." and "..", in the system's order. Null when the
   /// folder cannot be listed. A link to a folder is followed.
   virtual std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
-  /// Passes the entries of a folder to `visit` as they are read, in the same order, with their type. None is kept,
-  /// however many there are. Entries that cannot be reached are left out: all in a folder that may be listed but not
-  /// searched, and those whose path is longer than the system accepts. Returns whether the folder was listed to its
-  /// end; if not, ignore what was passed.
+  /// Passes the entries of a folder to `visit` as they are read, in the order of `contentsOfDirectory`, with their
+  /// type. None is kept, however many there are. Entries that cannot be reached are left out: all in a folder that may
+  /// be listed but not searched, and those whose path is longer than the system accepts. Returns whether the folder was
+  /// listed to its end; if not, ignore what was passed.
   virtual bool visitDirectory(const std::string& path, EntrySizes sizes,
                               const std::function<void(const DirectoryEntry&)>& visit) const = 0;
   /// The item itself (a link is not followed); null when nothing is there.
@@ -94,10 +94,10 @@ class FileSystem {
   /// mounted file system. Stops at the first failure and returns it.
   virtual Status removeItem(const std::string& path) = 0;
   /// Removes a folder that contains, at any depth, only folders and expendable items: items that are not folders and
-  /// have one of these names. Everything is checked before anything is removed. Anything else, also a link with another
-  /// name, gives ENOTEMPTY. A folder in it that cannot be listed gives EACCES, another mounted file system EBUSY, and
-  /// an item that may not be removed EPERM. What appears meanwhile is never removed; some of the expendable items and
-  /// empty folders may then be gone. A link to a folder is not a folder.
+  /// whose name is in `expendable`. Everything is checked before anything is removed. Anything else, also a link with
+  /// another name, gives ENOTEMPTY. A folder in it that cannot be listed gives EACCES, another mounted file system
+  /// EBUSY, and an item that may not be removed EPERM. What appears meanwhile is never removed; some of the expendable
+  /// items and empty folders may then be gone. A link to a folder is not a folder.
   virtual Status removeHollowFolder(const std::string& path, const std::vector<std::string>& expendable) = 0;
 
   /// Sets the creation date of an item. A link is not followed. ENOTSUP where the system does not allow that.

@@ -39,8 +39,8 @@ struct ProductIdentity {
   /// The prefix of the names of root's work folders in a Trash. Folders with another prefix are never touched; without
   /// a prefix none is created.
   std::string_view workFolderPrefix{};
-  /// The key that marks a menu entry as created for a registered bundle. If this or the prefix is missing, no bundle is
-  /// registered.
+  /// The key that marks a menu entry as created for a registered bundle. If this or `bundleEntryPrefix` is missing, no
+  /// bundle is registered.
   std::string_view bundleEntryKey{};
   /// The prefix of the file name of such an entry.
   std::string_view bundleEntryPrefix{};

@@ -15,7 +15,7 @@ namespace qm::platform {
 ///
 /// The calling thread becomes the main thread. What other threads pass to it is run whenever it waits: for a tool, for
 /// the result of a timed operation, and in `platform().mainThread->handleOneEvent`. A program that copies in the
-/// background calls that until the last report has come. There is no `userInterface`.
+/// background calls `handleOneEvent` repeatedly until the last report has come. There is no `userInterface`.
 ///
 /// Pass `users` if the program is run by root and works for one user after another. Its `consoleUser` returns the user
 /// whom the program works for at that moment. The object must never be destroyed.

@@ -54,8 +54,8 @@ class Trash {
     return recycleItems(sourceFolder, trashDirectory, names).status;
   }
 
-  /// The items that came from the path `origin`. Each Trash of the user is searched that `recycle`, or a move with
-  /// administrator rights, uses for that path. Links on the way to `origin` are followed, one at its end is not.
+  /// The items that came from the path `origin`. The search covers each Trash of the user that `recycle`, or a move
+  /// with administrator rights, uses for that path. Links on the way to `origin` are followed, one at its end is not.
   /// Descriptions that break the rules of their format, and those of items that are no longer there, are left out. If
   /// root works for another user, interrupted moves are finished or undone first, so that no item is missing in the
   /// Trash. Otherwise nothing is changed.

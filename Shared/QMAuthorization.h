@@ -16,15 +16,15 @@
 /// /bin/mv, /bin/rm and /bin/mkdir.
 ///
 /// Rights are requested when the first command needs them. They are kept until `authEnd`, unless the system grants them
-/// for one command at a time. A process whose real user id is 0 needs none: it starts the tools itself, or the program
-/// that the system has in their place. Every file command that moves or removes checks its path first and refuses
-/// system folders as a whole. The entries that `authTrashFolderContents` removes permanently are not checked one by
-/// one, nor is what `authExecTask` starts. Commands only start their tool. True means that it was started, not that it
-/// succeeded. In a process run by root, true means only that starting it was tried. So callers that need the result
-/// watch the disk. Refusals are printed to the system console.
+/// for one command at a time. A process whose real user id is 0 needs none: it starts the tools itself, or on Linux the
+/// helper in their place (see `AuthorizationServices::commandForRoot`). Every file command that moves or removes checks
+/// its path first and refuses system folders as a whole. The entries that `authTrashFolderContents` removes permanently
+/// are not checked one by one, nor is what `authExecTask` starts. Commands only start their tool. True means that it
+/// was started, not that it succeeded. In a process run by root, true means only that starting it was tried. So callers
+/// that need the result watch the disk. Refusals are printed to the system console.
 ///
-/// Any thread. One thread at a time requests and uses the session: a thread that needs it while the password dialog is
-/// shown for another one waits.
+/// Any thread. One thread at a time requests and uses the session. While the password dialog is shown for one thread,
+/// any other thread that needs the session waits.
 class QMAuthorization : public qm::Singleton<QMAuthorization> {
  public:
   /// A session's handle, see `OpaqueAuthorization`.

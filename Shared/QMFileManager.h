@@ -75,8 +75,9 @@ class QMFileManager {
   static bool trashDirectoryContents(const std::string& folder);
 
   /// `createDirectoryStructure:destination:`. Creates, under another root, a folder with the path of the item's parent
-  /// folder: "/R/A/b" for "/A/b/c.txt" and the root "/R". If the item is a folder and not a package, it is created
-  /// itself: "/R/A/b" for "/A/b". Returns the path of that folder, whether or not creating it succeeded.
+  /// folder: "/R/A/b" for "/A/b/c.txt" and the root "/R". If the item is a folder and not a package, the created folder
+  /// has the item's own path: "/R/A/b" for "/A/b". Returns the path of that folder, whether or not creating it
+  /// succeeded.
   static std::string createDirectoryStructure(const std::string& item, const std::string& destination);
 
   /// `fileExistsAtPath:`. Links are followed: a link to a missing target reads as absent.
@@ -149,8 +150,8 @@ class QMFileManager {
   /// component with "*" is matched against the entries of each folder reached so far (hidden ones too, letter case
   /// counts, "?" is one character); every other component is taken verbatim. Links are followed and dangling ones left
   /// out; folders that cannot be listed are skipped silently. A pattern without "*" gives its one path without a check
-  /// of the disk. In a pattern with "*", a slash at the beginning or at the end makes the search go to the base folder.
-  /// So such a pattern gives the base folder alone.
+  /// of the disk. In a pattern with "*", a slash at the beginning has no effect. A slash at the end leads back to the
+  /// folder where the search began, so such a pattern gives that folder alone.
   static std::vector<std::string> filesMatchingWildcardPath(const std::string& pattern,
                                                             const std::optional<std::string>& basePath);
   /// `filesMatchingWildcardPath:`. Without a base.
@@ -184,8 +185,8 @@ class QMFileManager {
   /// `stringWithFSRef:`. Where the item is now; null when it is gone, and for an unfilled reference or none.
   static std::optional<std::string> stringWithFSRef(const FSRef* reference);
 
-  /// `registerApplicationWithLaunchServices:`. Registers an application bundle with the desktop, again if it already
-  /// is. False if the desktop refused it.
+  /// `registerApplicationWithLaunchServices:`. Registers an application bundle with the desktop. A bundle that is
+  /// already registered is registered again. False if the desktop refused it.
   static bool registerApplicationWithLaunchServices(const std::string& path);
   /// `notifyFileSystemChanged:`. Notifies the desktop that an item, usually a folder, has changed. Whether that
   /// succeeds is not checked.

@@ -72,8 +72,8 @@ class QMLocalPaths {
 
   /// `isPathSystemDirectory:exactMatch:`. The path is "/" or one of the standard folders of the user or the machine,
   /// compared letter by letter; in the loose mode also anything that begins with /usr, /var, /private/var or /System. A
-  /// trailing slash is removed together with the letter before it, so "/Applications/" is not recognised. Null, and
-  /// other paths under 3 characters, are not protected.
+  /// trailing slash is removed together with the letter before it, so "/Applications/" is not recognised. Null is not
+  /// protected, and neither is any path under 3 characters except "/".
   static bool isPathSystemDirectory(const std::optional<std::string>& path, ExactMatch exactMatch);
   /// `isPathSystemDirectory:`. The loose mode.
   static bool isPathSystemDirectory(const std::optional<std::string>& path);

@@ -34,7 +34,7 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   using Arguments = std::optional<std::vector<std::string>>;
   using Data = std::optional<std::string>;  ///< bytes; null when no process was started
 
-  /// `terminationCodeFromTask:arguments:task:`. The exit status, sign-extended; output discarded.
+  /// `terminationCodeFromTask:arguments:task:`. The exit status, an `int` widened to `long`; output discarded.
   /// When not null, `task` receives the task before it is launched.
   static long terminationCodeFromTask(const std::string& path, const Arguments& arguments, std::shared_ptr<Task>* task);
   /// `terminationCodeFromTask:arguments:`
@@ -84,11 +84,11 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
                                                    int) = delete;
   static bool runTask(const std::string&, const Arguments&, int) = delete;
 
-  /// Makes a new instance. Each call with a time limit makes one for itself.
+  /// Makes a new instance. Each call of a static function with a time limit makes one for itself.
   static std::shared_ptr<QMTask> make();
 
-  /// `terminationCodeFromTask:arguments:timeout:` on an instance, whose property `theTask`, the slot, is the task until
-  /// the call returns.
+  /// `terminationCodeFromTask:arguments:timeout:` on an instance. Its property `theTask` is the task until the call
+  /// returns; below, this property is called the slot.
   long terminationCodeOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
   /// `dataFromTask:arguments:timeout:` on an instance.
   Data dataOnInstance(const std::string& path, const Arguments& arguments, TimeoutInterval timeout);
