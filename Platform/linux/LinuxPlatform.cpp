@@ -31,10 +31,10 @@ HelperScope scopeOf(const platform::ProductIdentity& product) {
 
 /// Each service once, in the order of their dependencies.
 struct Services {
-  Services(const platform::ProductIdentity& product, const FrontEndServices& frontEnd)
+  Services(const platform::ProductIdentity& product, const posix::FrontEndServices& frontEnd)
       : executable(runningExecutable()),
         console(clock, programName(product, executable)),
-        users(frontEnd.users != nullptr ? *frontEnd.users : systemUsers),
+        users(frontEnd.usersOr(systemUsers)),
         directories(users),
         facts(propertyLists, product, executable),
         authorization(console, users, privilegePrograms(product, executable, scopeOf(product))),
@@ -76,14 +76,15 @@ struct Services {
   platform::Platform platform;
 };
 
-Services* makeServices(const platform::ProductIdentity& product, const FrontEndServices& frontEnd) {
+Services* makeServices(const platform::ProductIdentity& product, const posix::FrontEndServices& frontEnd) {
   settleInheritedState();
   return new Services(product, frontEnd);
 }
 
 }  // namespace
 
-const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd) {
+const platform::Platform& linuxPlatform(const platform::ProductIdentity& product,
+                                        const posix::FrontEndServices& frontEnd) {
   static Services* const services = makeServices(product, frontEnd);
   return services->platform;
 }

@@ -1,24 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "Platform/MainThread.h"
 #include "Platform/Platform.h"
 #include "Platform/ProductIdentity.h"
-#include "Platform/UserInterface.h"
-#include "Platform/Users.h"
-#include "Platform/posix/process/DescriptorWait.h"
+#include "Platform/posix/process/FrontEndServices.h"
 
 namespace qm::linux_ {
-
-/// The services that the front end provides. Each outlives all code that uses it.
-struct FrontEndServices {
-  platform::MainThread& mainThread;
-  posix::DescriptorWait& descriptorWait;
-  /// Null without a toolkit.
-  platform::UserInterface* userInterface = nullptr;
-  /// The users to work for, if not the system's: a program run by root may work for one user after another.
-  platform::Users* users = nullptr;
-};
 
 /// The services of a Linux machine for a product, together with those of the front end. The first call creates them; it
 /// must come before any other thread exists, and also normalises the state that the process was started in. Later calls
@@ -26,10 +13,11 @@ struct FrontEndServices {
 ///
 /// There is no `desktopShell`, `fileOperations`, `fileReferences` or `finderInformation`: a removal uses none, so the
 /// program does not carry their code.
-const platform::Platform& linuxPlatform(const platform::ProductIdentity& product, const FrontEndServices& frontEnd);
+const platform::Platform& linuxPlatform(const platform::ProductIdentity& product,
+                                        const posix::FrontEndServices& frontEnd);
 
 /// The same with these four, for programs that use all of the maker's classes.
 const platform::Platform& wholeLinuxPlatform(const platform::ProductIdentity& product,
-                                             const FrontEndServices& frontEnd);
+                                             const posix::FrontEndServices& frontEnd);
 
 }  // namespace qm::linux_

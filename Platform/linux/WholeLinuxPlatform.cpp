@@ -33,7 +33,7 @@ struct WholeSet {
 }  // namespace
 
 const platform::Platform& wholeLinuxPlatform(const platform::ProductIdentity& product,
-                                             const FrontEndServices& frontEnd) {
+                                             const posix::FrontEndServices& frontEnd) {
   static const auto* const whole = new WholeSet(product, linuxPlatform(product, frontEnd));
   return whole->platform;
 }

@@ -8,6 +8,8 @@
 #include <set>
 #include <utility>
 
+#include "Platform/foundation/PathComponents.h"
+#include "Platform/posix/ItemPath.h"
 #include "Platform/posix/RemovalRules.h"
 #include "Platform/posix/TreeWalk.h"
 
@@ -163,6 +165,17 @@ FileError removeHollowFolder(int parent, const std::string& name, const IsExpend
   KnownFolders known;
   if (FileError obstacle = Look(guard, isExpendable, known).walk(parent, name)) return obstacle;
   return HollowRemoval(guard, isExpendable, known).walk(parent, name);
+}
+
+std::optional<std::vector<std::string>> pathsInHollowFolder(
+    const std::string& folder, const std::function<bool(const std::string& name)>& isExpendable) {
+  Place place;
+  if (openPlace(folder, place) != 0) return std::nullopt;
+  auto items = hollowFolderItems(place.folder.get(), place.name, isExpendable);
+  if (!items) return std::nullopt;
+  const std::string above = foundation::deletingLastPathComponent(folder);
+  for (std::string& item : *items) item = foundation::appendingPathComponent(above, item);
+  return items;
 }
 
 }  // namespace qm::posix

@@ -32,6 +32,10 @@ FileError removeHollowFolder(int parent, const std::string& name,
 std::optional<std::vector<std::string>> hollowFolderItems(
     int parent, const std::string& name, const std::function<bool(const std::string& name)>& isExpendable);
 
+/// The same for the folder at a path, as absolute paths.
+std::optional<std::vector<std::string>> pathsInHollowFolder(
+    const std::string& folder, const std::function<bool(const std::string& name)>& isExpendable);
+
 /// For `isExpendable`: whether the Finder keeps its notes about a folder under this name.
 inline bool isHousekeeping(const std::string& name) { return name == ".DS_Store" || name == "Icon\r"; }
 

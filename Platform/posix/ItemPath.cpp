@@ -4,7 +4,10 @@
 #include <fcntl.h>
 
 #include <climits>
+#include <cstdlib>
+#include <memory>
 
+#include "Platform/foundation/Utf8.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/SystemFileCalls.h"
 
@@ -34,6 +37,12 @@ std::string folderOf(const std::string& path) {
 bool isDirectlyIn(const std::string& folder, const std::string& path) {
   const std::string name = nameIn(path);
   return name != "." && name != ".." && folderOf(path) == withoutTrailingSlashes(folder);
+}
+
+std::string resolvedTextPath(const std::string& path) {
+  if (pathError(path) != 0) return "";
+  const std::unique_ptr<char, decltype(&std::free)> found(::realpath(path.c_str(), nullptr), std::free);
+  return found && foundation::isUtf8(found.get()) ? found.get() : "";
 }
 
 int openPlace(const std::string& path, Place& place) {

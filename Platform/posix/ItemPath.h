@@ -23,6 +23,10 @@ bool isDirectlyIn(const std::string& folder, const std::string& path);
 /// The path without trailing slashes, so that it names the item itself and never the target of a link of that name.
 std::string withoutTrailingSlashes(const std::string& path);
 
+/// The absolute path of the item that `path` leads to, without links. "" if nothing is there, and if the path is not
+/// UTF-8.
+std::string resolvedTextPath(const std::string& path);
+
 /// An item's parent folder, held open, and its name. Operations through it stay in that folder even if somebody renames
 /// or replaces a part of the path meanwhile.
 struct Place {

@@ -11,11 +11,7 @@
 #include <set>
 #include <thread>
 
-#include "Platform/macos/system/MacDirectories.h"
-#include "Platform/macos/system/MacFacts.h"
-#include "Platform/macos/system/MacPropertyLists.h"
-#include "Platform/macos/system/MacThreads.h"
-#include "Platform/macos/system/MacUsers.h"
+#include "Platform/macos/MacServices.h"
 #include "tests/gnustep/ConsoleUserStandIn.h"
 
 namespace qm::testing {
@@ -24,29 +20,30 @@ namespace {
 using platform::DomainMask;
 using platform::StandardDirectory;
 using ::testing::Each;
+using ::testing::HasSubstr;
 
 MATCHER(IsAbsoluteWithoutTrailingSlash, "") { return arg.starts_with('/') && arg.size() > 1 && !arg.ends_with('/'); }
 
 // ---- folders
 
 TEST(MacDirectories, AreAbsoluteAndComplete) {
-  const macos::MacDirectories directories;
+  const auto directories = macos::makeDirectories();
   for (const auto directory :
        {StandardDirectory::Library, StandardDirectory::Application, StandardDirectory::Documentation}) {
-    const auto found = directories.search(directory, DomainMask::Local);
+    const auto found = directories->search(directory, DomainMask::Local);
     EXPECT_FALSE(found.empty());
     EXPECT_THAT(found, Each(IsAbsoluteWithoutTrailingSlash()));
   }
 }
 
 TEST(MacDirectories, OfAUserAreInTheHome) {
-  const auto found = macos::MacDirectories().search(StandardDirectory::Library, DomainMask::User);
+  const auto found = macos::makeDirectories()->search(StandardDirectory::Library, DomainMask::User);
   ASSERT_FALSE(found.empty());
-  EXPECT_EQ(found.front().rfind(macos::MacUsers().homeDirectory(), 0), 0U) << found.front();
+  EXPECT_EQ(found.front().rfind(macos::makeUsers()->homeDirectory(), 0), 0U) << found.front();
 }
 
 TEST(MacDirectories, KnowTheTemporaryFolder) {
-  const std::string folder = macos::MacDirectories().temporaryDirectory();
+  const std::string folder = macos::makeDirectories()->temporaryDirectory();
   EXPECT_THAT(folder, IsAbsoluteWithoutTrailingSlash());
   EXPECT_TRUE(std::filesystem::is_directory(folder));
 }
@@ -58,49 +55,49 @@ class MacUsers : public ::testing::Test {
   ~MacUsers() override { setConsoleUser(std::nullopt); }
 
  protected:
-  const macos::MacUsers users{};
+  const std::unique_ptr<platform::Users> users = macos::makeUsers();
   const passwd* const own = ::getpwuid(::getuid());
 };
 
 TEST_F(MacUsers, KnowTheirOwn) {
-  EXPECT_EQ(users.realUserId(), ::getuid());
-  EXPECT_EQ(users.userName(), own->pw_name);
-  EXPECT_EQ(users.homeDirectory(), own->pw_dir);
+  EXPECT_EQ(users->realUserId(), ::getuid());
+  EXPECT_EQ(users->userName(), own->pw_name);
+  EXPECT_EQ(users->homeDirectory(), own->pw_dir);
 }
 
 TEST_F(MacUsers, HaveAHomeWhereTheyAreKnown) {
-  EXPECT_EQ(users.homeDirectoryForUser("root"), ::getpwnam("root")->pw_dir);
-  EXPECT_EQ(users.homeDirectoryForUser("nobody-of-this-name"), std::nullopt);
-  EXPECT_EQ(users.homeDirectoryForUser(std::nullopt), std::nullopt);
+  EXPECT_EQ(users->homeDirectoryForUser("root"), ::getpwnam("root")->pw_dir);
+  EXPECT_EQ(users->homeDirectoryForUser("nobody-of-this-name"), std::nullopt);
+  EXPECT_EQ(users->homeDirectoryForUser(std::nullopt), std::nullopt);
 }
 
 TEST_F(MacUsers, MayBeAtTheConsole) {
-  EXPECT_EQ(users.consoleUser(), std::nullopt);
+  EXPECT_EQ(users->consoleUser(), std::nullopt);
   setConsoleUser("anna");
-  EXPECT_EQ(users.consoleUser(), "anna");
+  EXPECT_EQ(users->consoleUser(), "anna");
 }
 
 TEST_F(MacUsers, AreKnownToAThreadOfTheLanguages) {
   std::string name;
-  std::thread([&] { name = users.userName(); }).join();
+  std::thread([&] { name = users->userName(); }).join();
   EXPECT_EQ(name, own->pw_name);
 }
 
 // ---- facts
 
 TEST(MacFacts, AreTheSystems) {
-  const macos::MacFacts facts;
-  EXPECT_EQ(facts.processorCount(), ::sysconf(_SC_NPROCESSORS_ONLN));
+  const auto facts = macos::makeSystemInformation();
+  EXPECT_EQ(facts->processorCount(), ::sysconf(_SC_NPROCESSORS_ONLN));
   const auto pages = static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES));
-  EXPECT_EQ(facts.physicalMemory(), pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)));
-  EXPECT_EQ(facts.executablePath(), std::filesystem::read_symlink("/proc/self/exe").string());
-  EXPECT_NE(facts.operatingSystemVersion(), "");
+  EXPECT_EQ(facts->physicalMemory(), pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)));
+  EXPECT_EQ(facts->executablePath(), std::filesystem::read_symlink("/proc/self/exe").string());
+  EXPECT_NE(facts->operatingSystemVersion(), "");
 }
 
 TEST(MacFacts, HaveStringsThatAreNeverTheSame) {
-  const macos::MacFacts facts;
+  const auto facts = macos::makeSystemInformation();
   std::set<std::string> strings;
-  for (int i = 0; i < 100; ++i) strings.insert(facts.globallyUniqueString());
+  for (int i = 0; i < 100; ++i) strings.insert(facts->globallyUniqueString());
   EXPECT_EQ(strings.size(), 100U);
 }
 
@@ -113,14 +110,14 @@ class MacPropertyLists : public ::testing::Test {
  protected:
   std::optional<platform::PropertyList> read(const std::string& contents) const {
     std::ofstream(path()) << contents;
-    return lists.read(path());
+    return lists->read(path());
   }
   std::optional<platform::PropertyList> readXml(const std::string& body) const {
     return read("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>\n");
   }
   std::string path() const { return folder_ + "/a.plist"; }
 
-  const macos::MacPropertyLists lists{};
+  const std::unique_ptr<platform::PropertyLists> lists = macos::makePropertyLists();
 
  private:
   char pattern_[22] = "/tmp/mac-lists-XXXXXX";
@@ -164,10 +161,10 @@ TEST_F(MacPropertyLists, AreNoneWithoutADictionary) {
 }
 
 TEST_F(MacPropertyLists, AreNoneWhereThereIsNoFileToRead) {
-  EXPECT_EQ(lists.read(path()), std::nullopt);
-  EXPECT_EQ(lists.read("/tmp"), std::nullopt);
+  EXPECT_EQ(lists->read(path()), std::nullopt);
+  EXPECT_EQ(lists->read("/tmp"), std::nullopt);
   ASSERT_EQ(::mkfifo(path().c_str(), 0600), 0);
-  EXPECT_EQ(lists.read(path()), std::nullopt);
+  EXPECT_EQ(lists->read(path()), std::nullopt);
 }
 
 TEST_F(MacPropertyLists, AreNoneWhereTheBytesAreBroken) {
@@ -177,13 +174,34 @@ TEST_F(MacPropertyLists, AreNoneWhereTheBytesAreBroken) {
   EXPECT_EQ(read(std::string(4096, '\xff')), std::nullopt);
 }
 
+// ---- console
+
+std::string printed(std::string_view text) {
+  ::testing::internal::CaptureStderr();
+  macos::makeConsole()->print(text);
+  return ::testing::internal::GetCapturedStderr();
+}
+
+TEST(MacConsole, PrintsTextAsItIs) { EXPECT_THAT(printed("“ü” stays"), HasSubstr(" “ü” stays\n")); }
+
+TEST(MacConsole, ShowsBytesThatAreNoText) { EXPECT_THAT(printed("a\xff\tb\xc3"), HasSubstr(" a? b?\n")); }
+
+// ---- packages
+
+TEST(MacPackages, AreNoneWhereNothingIsAndWhereThePathIsNoText) {
+  EXPECT_FALSE(macos::makePackages()->isFilePackage("/tmp/missing.app"));
+  EXPECT_FALSE(macos::makePackages()->isFilePackage(""));
+  EXPECT_FALSE(macos::makePackages()->isFilePackage("/tmp/\xff.app"));
+  EXPECT_FALSE(macos::makePackages()->isFilePackage("/tmp"));
+}
+
 // ---- threads
 
 TEST(MacThreads, RunBesideTheirMaker) {
-  macos::MacThreads threads;
+  const auto threads = macos::makeThreads();
   std::atomic<bool> ended = false;
   std::thread::id other;
-  ASSERT_TRUE(threads.detachNewThread([&] {
+  ASSERT_TRUE(threads->detachNewThread([&] {
     other = std::this_thread::get_id();
     ended = true;
     ended.notify_one();
@@ -193,12 +211,13 @@ TEST(MacThreads, RunBesideTheirMaker) {
 }
 
 TEST(MacThreads, MayUseEveryService) {
-  macos::MacThreads threads;
+  const auto threads = macos::makeThreads();
   std::atomic<int> ended = 0;
   std::set<std::string> strings[8];
   for (auto& mine : strings) {
-    ASSERT_TRUE(threads.detachNewThread([&] {
-      for (int i = 0; i < 50; ++i) mine.insert(macos::MacFacts().globallyUniqueString() + macos::MacUsers().userName());
+    ASSERT_TRUE(threads->detachNewThread([&] {
+      for (int i = 0; i < 50; ++i)
+        mine.insert(macos::makeSystemInformation()->globallyUniqueString() + macos::makeUsers()->userName());
       ++ended;
       ended.notify_one();
     }));

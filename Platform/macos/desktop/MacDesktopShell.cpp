@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/desktop/MacDesktopShell.h"
-
 #include <utility>
 
-#include "Platform/macos/desktop/DesktopCalls.h"
-#include "Platform/macos/files/MacFileReferences.h"
+#include "Platform/macos/MacServices.h"
+#include "Platform/macos/SystemCalls.h"
+#include "Platform/macos/files/NumberedItem.h"
 
 namespace qm::macos {
 namespace {
@@ -22,30 +21,31 @@ class ItemAlias final : public platform::Alias {
   const std::string path_;
 };
 
+class MacDesktopShell final : public platform::DesktopShell {
+ public:
+  OSStatus newMinimalAlias(const platform::FileReference& reference, std::unique_ptr<platform::Alias>* alias) override {
+    const NumberedItem* const item = NumberedItem::in(reference);
+    const auto path = item == nullptr ? std::nullopt : item->path();
+    if (!path) return platform::fnfErr;
+    *alias = std::make_unique<ItemAlias>(*path);
+    return platform::noErr;
+  }
+
+  OSStatus sendUpdateEvent(const platform::Alias& alias) override {
+    const auto* const item = dynamic_cast<const ItemAlias*>(&alias);
+    const std::string location = item == nullptr ? std::string() : locationOf(item->path());
+    if (location.empty()) return platform::fnfErr;
+    if (const OSStatus status = permissionToUpdateFinder()) return status;
+    return updateFinder(location);
+  }
+
+  OSStatus registerApplication(const std::string& path) override {
+    return locationOf(path).empty() ? platform::fnfErr : registerBundle(path);
+  }
+};
+
 }  // namespace
 
-OSStatus MacDesktopShell::newMinimalAlias(const platform::FileReference& reference,
-                                          std::unique_ptr<platform::Alias>* alias) {
-  const NumberedItem* const item = NumberedItem::in(reference);
-  const auto path = item == nullptr ? std::nullopt : item->path();
-  if (!path) return platform::fnfErr;
-  *alias = std::make_unique<ItemAlias>(*path);
-  return platform::noErr;
-}
-
-OSStatus MacDesktopShell::sendUpdateEvent(const platform::Alias& alias) {
-  const auto* const item = dynamic_cast<const ItemAlias*>(&alias);
-  const std::string location = item == nullptr ? std::string() : locationOf(item->path());
-  if (location.empty()) return platform::fnfErr;
-  if (const OSStatus status = permissionToUpdateFinder()) return status;
-  UpdateEvent event;
-  if (const OSStatus status = event.create()) return status;
-  if (const OSStatus status = event.setLocation(location)) return status;
-  return event.send();
-}
-
-OSStatus MacDesktopShell::registerApplication(const std::string& path) {
-  return locationOf(path).empty() ? platform::fnfErr : registerBundle(path);
-}
+std::unique_ptr<platform::DesktopShell> makeDesktopShell() { return std::make_unique<MacDesktopShell>(); }
 
 }  // namespace qm::macos

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <fcntl.h>
 #include <sys/acl.h>
+#include <sys/kauth.h>
 #include <sys/mount.h>
 #include <sys/param.h>
 #include <sys/stat.h>
@@ -11,11 +12,12 @@
 #include <memory>
 #include <optional>
 
-#include "Platform/macos/files/FolderRules.h"
+#include "Platform/macos/files/FileRules.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/rights/AccessList.h"
 #include "Platform/posix/rights/SystemRights.h"
+#include "Platform/posix/rights/ThreadIdentity.h"
 
 namespace qm::posix {
 namespace {
@@ -24,10 +26,6 @@ struct FreeList {
   void operator()(acl_t list) const { ::acl_free(list); }
 };
 using AccessList = std::unique_ptr<std::remove_pointer_t<acl_t>, FreeList>;
-
-static_assert(kAddFile == ACL_ADD_FILE && kAddFolder == ACL_ADD_SUBDIRECTORY);
-static_assert(kDelete == ACL_DELETE && kDeleteChild == ACL_DELETE_CHILD);
-static_assert(kWriteSecurity == ACL_WRITE_SECURITY && kChangeOwner == ACL_CHANGE_OWNER);
 
 AccessEntry accessEntryOf(acl_entry_t entry) {
   acl_tag_t tag = ACL_UNDEFINED_TAG;
@@ -71,5 +69,14 @@ std::string shownPath(int descriptor) {
 std::optional<std::string> readLink(int item, int folder, const std::string& name) {
   return readOwnLinkText(item, folder, name);
 }
+
+ThreadIds threadIds() { return {.user = ::geteuid(), .group = ::getegid()}; }
+
+// Deprecated since 10.12, but without a successor: no other call gives a single thread the rights of a user.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wdeprecated-declarations"
+bool setThreadIdentity(const ThreadIds& wanted) { return ::pthread_setugid_np(wanted.user, wanted.group) == 0; }
+bool dropThreadIdentity() { return ::pthread_setugid_np(KAUTH_UID_NONE, KAUTH_GID_NONE) == 0; }
+#pragma clang diagnostic pop
 
 }  // namespace qm::posix

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/files/TrashFailure.h"
-
 #include <cerrno>
+#include <utility>
 
 #include "Platform/foundation/Format.h"
 #include "Platform/foundation/PathComponents.h"
-#include "Platform/macos/files/SystemRefusal.h"
+#include "Platform/macos/files/FileRules.h"
+#include "Platform/macos/files/TrashParts.h"
 #include "Platform/posix/ErrorWords.h"
 
 namespace qm::macos {
@@ -13,20 +13,32 @@ namespace {
 
 using platform::Status;
 
+constexpr const char* kIntegrity = "System Integrity Protection keeps it. Nobody can remove it while that is on.";
+constexpr const char* kApplications =
+    "The system does not let other programs change applications. Allow this one in System Settings > Privacy & "
+    "Security > App Management (before macOS 13: Full Disk Access), and start it again.";
+constexpr const char* kFiles =
+    "The system keeps it from this program. Allow the program, or the Terminal that it is started in, in System "
+    "Settings > Privacy & Security > Full Disk Access, and start it again.";
+constexpr const char* kTrash =
+    "The system keeps the Trash from this program. Allow the program, or the Terminal that it is started in, in System "
+    "Settings > Privacy & Security > Full Disk Access, and start it again.";
+
 /// The largest error number of the system that is accepted.
 constexpr long kLastNumber = 255;
 
-struct Meaning {
-  long cocoaCode;
-  int error;
+/// Errors of the frameworks' own list (NSCocoaErrorDomain), and what they stand for.
+constexpr std::pair<long, int> kMeanings[] = {
+    {4, ENOENT},      // NSFileNoSuchFileError
+    {255, EBUSY},     // NSFileLockingError
+    {257, EACCES},    // NSFileReadNoPermissionError
+    {260, ENOENT},    // NSFileReadNoSuchFileError
+    {513, EACCES},    // NSFileWriteNoPermissionError
+    {516, EEXIST},    // NSFileWriteFileExistsError
+    {640, ENOSPC},    // NSFileWriteOutOfSpaceError
+    {642, EROFS},     // NSFileWriteVolumeReadOnlyError
+    {3328, ENOTSUP},  // NSFeatureUnsupportedError
 };
-
-constexpr Meaning kMeanings[] = {
-    {kNoSuchFile, ENOENT},       {kFileLocked, EBUSY},     {kMayNotRead, EACCES},
-    {kNoSuchFileToRead, ENOENT}, {kMayNotWrite, EACCES},   {kFileExists, EEXIST},
-    {kOutOfSpace, ENOSPC},       {kVolumeReadOnly, EROFS}, {kUnsupported, ENOTSUP},
-};
-
 constexpr const char* kPosixDomain = "NSPOSIXErrorDomain";
 constexpr const char* kCocoaDomain = "NSCocoaErrorDomain";
 
@@ -41,6 +53,10 @@ bool isAnyRefusal(const TrashAnswer& answer) {
          errorNumberOf(answer) == EACCES;
 }
 
+std::string couldNotBeMoved(const std::string& path) {
+  return posix::quoted(foundation::lastPathComponent(path)) + " couldn’t be moved";
+}
+
 Status withReason(int error, const RefusedItem& item, const std::string& otherwise) {
   const std::string refusal = systemRefusal(error, item);
   return Status::failed(error, refusal.empty() ? otherwise : refusal);
@@ -48,21 +64,29 @@ Status withReason(int error, const RefusedItem& item, const std::string& otherwi
 
 }  // namespace
 
+std::string systemRefusal(int error, const RefusedItem& item) {
+  if (error != EPERM || !item.flags || !item.folderFlags) return "";
+  if (((*item.flags | *item.folderFlags) & kLocked) != 0) return "";
+  if ((*item.flags & (kRestricted | kNoUnlink)) != 0 || (*item.folderFlags & kRestricted) != 0) return kIntegrity;
+  if (item.obstacle != 0) return "";
+  if (foundation::lastPathComponent(item.path) == ".Trash") return kTrash;
+  return foundation::pathExtension(item.path) == "app" ? kApplications : kFiles;
+}
+
 int errorNumberOf(const TrashAnswer& answer) {
   if (isNumber(answer.domainBelow, answer.codeBelow)) return static_cast<int>(answer.codeBelow);
   if (isNumber(answer.domain, answer.code)) return static_cast<int>(answer.code);
   if (answer.domain != kCocoaDomain) return EIO;
-  for (const Meaning& meaning : kMeanings) {
-    if (meaning.cocoaCode == answer.code) return meaning.error;
+  for (const auto& [cocoaCode, error] : kMeanings) {
+    if (cocoaCode == answer.code) return error;
   }
   return EIO;
 }
 
 Status trashFailure(int error, const std::string& path) {
-  const std::string name = posix::quoted(foundation::lastPathComponent(path));
   const std::string_view words = posix::messageFor(error, posix::Subject::TrashedItem);
-  std::string sentence = words.empty() ? posix::withSystemMessage(name + " couldn’t be moved", error)
-                                       : name + " couldn’t be moved because " + std::string(words);
+  const std::string sentence = words.empty() ? posix::withSystemMessage(couldNotBeMoved(path), error)
+                                             : couldNotBeMoved(path) + " because " + std::string(words);
   return withReason(error, refusedItemAt(path), sentence + ".");
 }
 
@@ -72,8 +96,7 @@ Status trashFolderFailure(int error, const std::string& path, const std::string&
   const std::string because = words.empty()
                                   ? posix::withSystemMessage("the Trash folder " + folder + " cannot be used", error)
                                   : foundation::formatted(words, folder);
-  const std::string name = posix::quoted(foundation::lastPathComponent(path));
-  return withReason(error, refusedItemAt(trash), name + " couldn’t be moved because " + because + ".");
+  return withReason(error, refusedItemAt(trash), couldNotBeMoved(path) + " because " + because + ".");
 }
 
 /// If permissions, sticky folders and access lists allow the move, the system itself has refused it, and the error is
@@ -85,8 +108,7 @@ Status trashFailure(const TrashAnswer& answer, const std::string& path) {
 }
 
 Status trashRefusal(int error, const std::string& reason, const std::string& path) {
-  const std::string name = posix::quoted(foundation::lastPathComponent(path));
-  return Status::failed(error, name + " couldn’t be moved: " + posix::onOneLine(reason) + ".");
+  return Status::failed(error, couldNotBeMoved(path) + ": " + posix::onOneLine(reason) + ".");
 }
 
 }  // namespace qm::macos

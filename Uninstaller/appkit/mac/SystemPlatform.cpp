@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/MacPlatform.h"
+#include "Platform/macos/MacServices.h"
 #include "Uninstaller/Application.h"
 #include "Uninstaller/appkit/FrontEnd.h"
 

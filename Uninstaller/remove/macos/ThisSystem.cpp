@@ -7,8 +7,7 @@
 
 #include <array>
 
-#include "Platform/macos/MacPlatform.h"
-#include "Platform/macos/system/MacUsers.h"
+#include "Platform/macos/MacServices.h"
 #include "Platform/posix/WholeAnswer.h"
 #include "Platform/posix/WholeList.h"
 #include "Uninstaller/Product.h"
@@ -21,7 +20,7 @@ const platform::Platform& systemServices(posix::MainLoop& loop, platform::Users&
 }
 
 const platform::Users& systemUsers() {
-  static const auto* const users = new macos::MacUsers;
+  static const auto* const users = macos::makeUsers().release();
   return *users;
 }
 

@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/macos/privileges/AuthorizationCalls.h"
-#include "Platform/macos/privileges/MacAuthorization.h"
+#include "Platform/macos/MacServices.h"
+#include "Platform/macos/SystemCalls.h"
 #include "Platform/posix/process/NoPipeMeanwhile.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/TemporaryFolder.h"
@@ -118,7 +118,8 @@ class MacAuthorizationTest : public ::testing::Test {
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
-  MacAuthorization service{*fakes.platform.console};
+  const std::unique_ptr<platform::AuthorizationServices> made = makeAuthorization(*fakes.platform.console);
+  platform::AuthorizationServices& service = *made;
   platform::AuthorizationRef session = nullptr;
   std::shared_ptr<platform::CommunicationsPipe> pipe;  // of the tool that was started last
   const std::string folder = disk.at("Quillmark");

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/desktop/MacDesktopShell.h"
+#include "Platform/macos/MacServices.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Platform/macos/desktop/DesktopCalls.h"
-#include "Platform/macos/files/MacFileReferences.h"
+#include "Platform/macos/SystemCalls.h"
+#include "Platform/macos/files/NumberedItem.h"
 #include "tests/unit/macos/FakeItem.h"
 
 namespace qm::macos {
@@ -16,9 +16,7 @@ using platform::OSStatus;
 /// The results of the fake calls of the system, and which calls were made.
 struct Desktop {
   OSStatus permission = 0;
-  OSStatus created = 0;
-  OSStatus located = 0;
-  OSStatus sent = 0;
+  OSStatus updated = 0;
   OSStatus registered = 0;
   std::vector<std::string> calls;
 };
@@ -31,15 +29,9 @@ OSStatus note(std::string call, OSStatus answer) {
 
 }  // namespace
 
-struct UpdateEvent::Parts {};
-UpdateEvent::UpdateEvent() = default;
-UpdateEvent::~UpdateEvent() = default;
-OSStatus UpdateEvent::create() { return note("create", desktop.created); }
-OSStatus UpdateEvent::setLocation(const std::string& location) { return note(location, desktop.located); }
-OSStatus UpdateEvent::send() { return note("send", desktop.sent); }
-
 std::string locationOf(const std::string& path) { return path.starts_with('/') ? "file://" + path : ""; }
 OSStatus permissionToUpdateFinder() { return note("permission", desktop.permission); }
+OSStatus updateFinder(const std::string& location) { return note("update " + location, desktop.updated); }
 OSStatus registerBundle(const std::string& path) { return note("register " + path, desktop.registered); }
 
 namespace {
@@ -62,12 +54,13 @@ class MacDesktopShellTest : public ::testing::Test {
   }
 
   const platform::FileReference item{std::make_shared<NumberedItem>()};
-  MacDesktopShell shell;
+  const std::unique_ptr<platform::DesktopShell> made = makeDesktopShell();
+  platform::DesktopShell& shell = *made;
 };
 
 TEST_F(MacDesktopShellTest, TellsTheFinderWhereTheItemIs) {
   EXPECT_EQ(update(), platform::noErr);
-  EXPECT_THAT(desktop.calls, ElementsAre("permission", "create", "file:///Applications/a.app", "send"));
+  EXPECT_THAT(desktop.calls, ElementsAre("permission", "update file:///Applications/a.app"));
 }
 
 TEST_F(MacDesktopShellTest, SendsNothingWithoutPermission) {
@@ -77,16 +70,8 @@ TEST_F(MacDesktopShellTest, SendsNothingWithoutPermission) {
   EXPECT_THAT(desktop.calls, ElementsAre("permission"));
 }
 
-TEST_F(MacDesktopShellTest, EndsAtTheFirstStepThatFails) {
-  desktop.created = -1;
-  EXPECT_EQ(update(), -1);
-  EXPECT_EQ(desktop.calls.size(), 2U);
-  desktop = {};
-  desktop.located = -2;
-  EXPECT_EQ(update(), -2);
-  EXPECT_EQ(desktop.calls.size(), 3U);
-  desktop = {};
-  desktop.sent = platform::procNotFound;
+TEST_F(MacDesktopShellTest, TellsWhyTheFinderCouldNotBeTold) {
+  desktop.updated = platform::procNotFound;
   EXPECT_EQ(update(), platform::procNotFound);
 }
 

@@ -4,9 +4,8 @@
 
 #include <cerrno>
 
-#include "Platform/macos/files/FlagBits.h"
-#include "Platform/macos/files/SystemRefusal.h"
-#include "Platform/macos/files/TrashFailure.h"
+#include "Platform/macos/files/FileRules.h"
+#include "Platform/macos/files/TrashParts.h"
 
 namespace qm::macos {
 

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "Platform/macos/files/MacFileReferences.h"
+#include "Platform/macos/files/NumberedItem.h"
 
 namespace qm::macos {
 

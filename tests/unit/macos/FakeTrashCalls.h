@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/macos/files/TrashCalls.h"
+#include "Platform/macos/SystemCalls.h"
 
 namespace qm::macos {
 

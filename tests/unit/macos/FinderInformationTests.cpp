@@ -4,9 +4,9 @@
 
 #include <cerrno>
 
-#include "Platform/macos/files/ItemRules.h"
-#include "Platform/macos/files/MacFileReferences.h"
-#include "Platform/macos/files/MacFinderInformation.h"
+#include "Platform/macos/MacServices.h"
+#include "Platform/macos/files/FileRules.h"
+#include "Platform/macos/files/NumberedItem.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/FakeItem.h"
 
@@ -31,7 +31,8 @@ class FinderInformation : public ::testing::Test {
   }
 
   qm::testing::FakePlatform fakes;
-  MacFinderInformation information{fakes.users};
+  const std::unique_ptr<platform::FinderInformation> made = makeFinderInformation(fakes.users);
+  platform::FinderInformation& information = *made;
 };
 
 TEST_F(FinderInformation, KeepsTheFlagsOfAnItem) {

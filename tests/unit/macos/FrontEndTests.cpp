@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include "Platform/macos/MacPlatform.h"
+#include "Platform/posix/process/FrontEndServices.h"
 #include "tests/fakes/FakePlatform.h"
 
-namespace qm::macos {
+namespace qm::posix {
 namespace {
 
 class NoWait final : public posix::DescriptorWait {
@@ -12,7 +12,7 @@ class NoWait final : public posix::DescriptorWait {
   void waitUntilReadable(int /*descriptor*/) override {}
 };
 
-TEST(FrontEndOfAMac, MayHaveUsersOfItsOwn) {
+TEST(FrontEnd, MayHaveUsersOfItsOwn) {
   qm::testing::FakePlatform fakes;
   qm::testing::FakeUsers systems(fakes.calls);
   NoWait wait;
@@ -23,4 +23,4 @@ TEST(FrontEndOfAMac, MayHaveUsersOfItsOwn) {
 }
 
 }  // namespace
-}  // namespace qm::macos
+}  // namespace qm::posix

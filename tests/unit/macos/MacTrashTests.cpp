@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/files/MacTrash.h"
+#include "Platform/macos/MacServices.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,7 +51,8 @@ class MacTrashTest : public ::testing::Test {
 
   qm::testing::TemporaryFolder disk;
   qm::testing::FakePlatform fakes;
-  MacTrash trash{fakes.users, fakes.clock, fakes.console, "com.example"};
+  const std::unique_ptr<platform::Trash> made = makeTrash(fakes.users, fakes.clock, fakes.console, "com.example");
+  platform::Trash& trash = *made;
 };
 
 TEST_F(MacTrashTest, TakesAnItemAndFindsItByWhereItCameFrom) {
@@ -206,11 +207,11 @@ TEST_F(MacTrashTest, SaysThatChangesMayNotBeOnTheDisk) {
 }
 
 TEST_F(MacTrashTest, NotesNothingWithoutAProduct) {
-  MacTrash nameless{fakes.users, fakes.clock, fakes.console, ""};
-  EXPECT_TRUE(nameless.recycleItems(disk.at("folder"), disk.at("Trash"), {"a.txt"}).status);
+  const auto nameless = makeTrash(fakes.users, fakes.clock, fakes.console, "");
+  EXPECT_TRUE(nameless->recycleItems(disk.at("folder"), disk.at("Trash"), {"a.txt"}).status);
   EXPECT_THAT(madeUp.notes, IsEmpty());
-  EXPECT_THAT(nameless.itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items, IsEmpty());
-  EXPECT_TRUE(nameless.putBack(inTrash("Trash/a.txt"), disk.at("Trash"), platform::MissingFolders::Fail));
+  EXPECT_THAT(nameless->itemsFrom(disk.at("folder/a.txt"), disk.at("Trash")).items, IsEmpty());
+  EXPECT_TRUE(nameless->putBack(inTrash("Trash/a.txt"), disk.at("Trash"), platform::MissingFolders::Fail));
 }
 
 TEST_F(MacTrashTest, MovesAFileWithAnotherNameWithItsNote) {

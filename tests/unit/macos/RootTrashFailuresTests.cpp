@@ -11,13 +11,13 @@
 
 #include <cerrno>
 
-#include "Platform/macos/files/RootTrash.h"
 #include "Platform/posix/TrashName.h"
+#include "Platform/posix/rights/RootTrash.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/support/PrivateMachine.h"
 #include "tests/unit/macos/TemporaryFolder.h"
 
-namespace qm::macos {
+namespace qm::posix {
 namespace {
 
 using posix::UniqueFd;
@@ -160,4 +160,4 @@ TEST(FullTrash, LeavesTheItemWhereItIs) {
 }
 
 }  // namespace
-}  // namespace qm::macos
+}  // namespace qm::posix

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/files/RootTrash.h"
+#include "Platform/posix/rights/RootTrash.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/TemporaryFolder.h"
 
-namespace qm::macos {
+namespace qm::posix {
 namespace {
 
 /// A Trash and a folder with an item, on one volume.
@@ -114,4 +114,4 @@ TEST_F(TrashOfPerson, IsNobodysWhereNobodyIsThere) {
 }
 
 }  // namespace
-}  // namespace qm::macos
+}  // namespace qm::posix

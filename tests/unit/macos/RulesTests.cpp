@@ -4,8 +4,7 @@
 
 #include <cerrno>
 
-#include "Platform/macos/files/FolderRules.h"
-#include "Platform/macos/files/ItemRules.h"
+#include "Platform/macos/files/FileRules.h"
 #include "Platform/posix/AttributeErrors.h"
 #include "Platform/posix/OwnItem.h"
 #include "Platform/posix/WholeList.h"
@@ -44,7 +43,7 @@ TEST(FlagsOfAnItem, ProtectItIfTheyForbidToChangeOrRemoveIt) {
     EXPECT_TRUE(isProtectedBy(flag | kHidden)) << flag;
   }
   EXPECT_FALSE(isProtectedBy(kNoDump | kOpaque | kHidden));
-  EXPECT_FALSE(isProtectedBy(std::nullopt));
+  EXPECT_FALSE(isProtectedBy(0));
 }
 
 struct stat itemOf(mode_t mode, uid_t owner, nlink_t names) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/files/TrashNote.h"
+#include "Platform/macos/files/TrashParts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,9 +4,8 @@
 
 #include <filesystem>
 
-#include "Platform/macos/desktop/MacDesktopShell.h"
-#include "Platform/macos/files/MacFileReferences.h"
-#include "Platform/macos/files/MacFinderInformation.h"
+#include "Platform/macos/MacServices.h"
+#include "Platform/macos/files/NumberedItem.h"
 #include "tests/contract/desktop/DesktopWorld.h"
 #include "tests/contract/files/FileWorld.h"
 #include "tests/fakes/Calls.h"
@@ -22,9 +21,9 @@ class MacDesktopWorld : public DesktopWorld {
  public:
   explicit MacDesktopWorld(FileWorld& files) : files_(files) { users_.setRealUserId(::getuid()); }
 
-  platform::FileReferences& references() override { return references_; }
-  platform::FinderInformation& information() override { return information_; }
-  platform::DesktopShell& shell() override { return shell_; }
+  platform::FileReferences& references() override { return *references_; }
+  platform::FinderInformation& information() override { return *information_; }
+  platform::DesktopShell& shell() override { return *shell_; }
 
   using DesktopWorld::home;
   std::string home() const override { return files_.home(); }
@@ -46,9 +45,9 @@ class MacDesktopWorld : public DesktopWorld {
   FileWorld& files_;
   Calls calls_;
   FakeUsers users_{calls_};
-  macos::MacFileReferences references_;
-  macos::MacFinderInformation information_{users_};
-  macos::MacDesktopShell shell_;
+  const std::unique_ptr<platform::FileReferences> references_ = macos::makeFileReferences();
+  const std::unique_ptr<platform::FinderInformation> information_ = macos::makeFinderInformation(users_);
+  const std::unique_ptr<platform::DesktopShell> shell_ = macos::makeDesktopShell();
 };
 
 }  // namespace

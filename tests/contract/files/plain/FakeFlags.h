@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-/// Flags of items as a Mac has them, for Platform/macos/files/FlagCalls.h.
+/// Flags of items as a Mac has them, for Platform/macos/SystemCalls.h.
 namespace qm::testing::plain {
 
 struct Flags {

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <functional>
 
-#include "Platform/macos/files/ThreadGroup.h"
+#include "Platform/posix/rights/ThreadIdentity.h"
 #include "tests/contract/files/RealFiles.h"
 
 namespace qm::testing {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "Platform/macos/files/MacItemLocks.h"
+#include "Platform/macos/MacServices.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <functional>
 
-#include "Platform/macos/files/FlagBits.h"
-#include "Platform/macos/files/FlagCalls.h"
+#include "Platform/macos/SystemCalls.h"
+#include "Platform/macos/files/FileRules.h"
 #include "Platform/posix/rights/Writers.h"
 #include "tests/contract/files/RealFiles.h"
 #include "tests/contract/files/plain/FakeFlags.h"
@@ -74,7 +74,8 @@ class MacItemLocksTest : public ::testing::Test {
   std::string folder;
   Calls calls;
   FakeUsers users{calls};
-  macos::MacItemLocks locks{users};
+  const std::unique_ptr<platform::ItemLocks> made = macos::makeItemLocks(users);
+  platform::ItemLocks& locks = *made;
 };
 
 TEST_F(MacItemLocksTest, LocksAndUnlocksTheOpenItemAndKeepsItsOtherFlags) {

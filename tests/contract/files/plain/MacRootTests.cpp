@@ -12,10 +12,9 @@
 #include <cerrno>
 #include <functional>
 
-#include "Platform/macos/files/MacFileReferences.h"
-#include "Platform/macos/files/MacFinderInformation.h"
-#include "Platform/macos/files/MacTrash.h"
-#include "Platform/macos/files/RootTrash.h"
+#include "Platform/macos/MacServices.h"
+#include "Platform/macos/files/NumberedItem.h"
+#include "Platform/posix/rights/RootTrash.h"
 #include "tests/contract/files/RealFiles.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/FakeItem.h"
@@ -59,7 +58,8 @@ class MacFinderInformationOfRoot : public MacOfRoot {
     return information.setFinderFlags(platform::FileReference(macos::NumberedItem::at(origin)), 2).code();
   }
 
-  macos::MacFinderInformation information{fakes.users};
+  const std::unique_ptr<platform::FinderInformation> made = macos::makeFinderInformation(fakes.users);
+  platform::FinderInformation& information = *made;
   uid_t writer = 0;
 };
 
@@ -104,7 +104,9 @@ class MacTrashOfRoot : public MacOfRoot {
     return trash.putBack({at("Trash/b.txt"), at(origin), ""}, at("Trash"), missing);
   }
 
-  macos::MacTrash trash{fakes.users, fakes.clock, fakes.console, "com.example"};
+  const std::unique_ptr<platform::Trash> made =
+      macos::makeTrash(fakes.users, fakes.clock, fakes.console, "com.example");
+  platform::Trash& trash = *made;
 };
 
 TEST_F(MacTrashOfRoot, PutsAnItemBackAtItsPlaceAndMakesTheFolder) {
@@ -148,13 +150,13 @@ TEST_F(MacTrashOfRoot, GetsASocketThatCannotBeOpened) {
 TEST_F(MacTrashOfRoot, SaysWhereAnItemIsThatCannotBeGivenBack) {
   play([&] {
     makeFile(at("folder/a.txt"), "another's");
-    macos::HeldTrash held;
-    EXPECT_EQ(macos::openTrashOfPerson(fakes.users, at("Trash"), held), 0);
+    posix::HeldTrash held;
+    EXPECT_EQ(posix::openTrashOfPerson(fakes.users, at("Trash"), held), 0);
     posix::Place place;
     EXPECT_EQ(posix::openPlace(at("folder/a.txt"), place), 0);
     std::string stored;
     afterSystemCall(SYS_renameat2, [&] { makeFile(at("folder/a.txt"), "a third one"); });
-    EXPECT_EQ(macos::moveIntoHeldTrash(place, attributesOf(at("Trash/b.txt")), held, stored), ESTALE);
+    EXPECT_EQ(posix::moveIntoHeldTrash(place, attributesOf(at("Trash/b.txt")), held, stored), ESTALE);
     EXPECT_THAT(held.refusal, HasSubstr("could not be moved back from " + at("Trash/a.txt")));
     EXPECT_EQ(textOf(at("Trash/a.txt")), "another's");
     EXPECT_EQ(textOf(at("folder/a.txt")), "a third one");

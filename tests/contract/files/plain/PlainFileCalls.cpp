@@ -14,8 +14,7 @@
 #include <utility>
 
 #include "Platform/linux/files/DescriptorPath.h"
-#include "Platform/macos/files/FolderRules.h"
-#include "Platform/macos/files/ItemRules.h"
+#include "Platform/macos/files/FileRules.h"
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/NamedClone.h"
 #include "Platform/posix/RemovalRules.h"

@@ -8,10 +8,10 @@
 
 #include <cerrno>
 
-#include "Platform/macos/files/RootTrash.h"
 #include "Platform/posix/rights/HeldPlace.h"
 #include "Platform/posix/rights/PathWalk.h"
 #include "Platform/posix/rights/PathWriters.h"
+#include "Platform/posix/rights/RootTrash.h"
 #include "Platform/posix/rights/Writers.h"
 #include "tests/contract/files/RealFiles.h"
 #include "tests/contract/files/plain/PlainFileCalls.h"
@@ -152,10 +152,10 @@ TEST_F(FolderWithAnAccessList, IsNotUsedAsATrash) {
   play([] {
     FakePlatform fakes;
     fakes.users.actAsRoot("root");
-    macos::HeldTrash trash;
-    EXPECT_EQ(macos::openTrashOfPerson(fakes.users, folder(), trash), 0);
+    posix::HeldTrash trash;
+    EXPECT_EQ(posix::openTrashOfPerson(fakes.users, folder(), trash), 0);
     giveList();
-    EXPECT_EQ(macos::openTrashOfPerson(fakes.users, folder(), trash), EPERM);
+    EXPECT_EQ(posix::openTrashOfPerson(fakes.users, folder(), trash), EPERM);
     EXPECT_THAT(trash.refusal, ::testing::HasSubstr("can change the Trash"));
   });
 }

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "Platform/macos/files/ThreadGroup.h"
+#include "Platform/posix/rights/ThreadIdentity.h"
 
 namespace qm::posix {
 namespace {

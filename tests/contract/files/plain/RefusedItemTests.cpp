@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <functional>
 
-#include "Platform/macos/files/FlagBits.h"
-#include "Platform/macos/files/SystemRefusal.h"
+#include "Platform/macos/files/FileRules.h"
+#include "Platform/macos/files/TrashParts.h"
 #include "tests/contract/files/RealFiles.h"
 #include "tests/contract/files/plain/FakeFlags.h"
 #include "tests/contract/files/plain/PlainFileCalls.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/macos/files/MacTrash.h"
+#include "Platform/macos/MacServices.h"
 #include "tests/contract/files/FileCases.h"
 #include "tests/fakes/FakePlatform.h"
 
@@ -40,16 +40,16 @@ class Trashes {
   std::string folder() const { return world_.mountPoint() + "/.Trashes/" + std::to_string(::getuid()); }
 
   Recycled recycle(const std::string& name) {
-    Recycled recycled = trash_.recycleItems(world_.volume(), own(), {name});
+    Recycled recycled = trash_->recycleItems(world_.volume(), own(), {name});
     stored_.insert(stored_.end(), recycled.paths.begin(), recycled.paths.end());
     return recycled;
   }
   std::vector<TrashedItem> itemsFrom(const std::string& name) {
-    const auto found = trash_.itemsFrom(world_.volume(name), own());
+    const auto found = trash_->itemsFrom(world_.volume(name), own());
     EXPECT_TRUE(found.status) << found.status.localizedDescription();
     return found.items;
   }
-  platform::Status putBack(const TrashedItem& item) { return trash_.putBack(item, own(), MissingFolders::Fail); }
+  platform::Status putBack(const TrashedItem& item) { return trash_->putBack(item, own(), MissingFolders::Fail); }
 
  private:
   /// An empty folder takes the place of the user's own Trash.
@@ -58,7 +58,8 @@ class Trashes {
   FileWorld& world_;
   std::vector<std::string> stored_;
   FakePlatform fakes_;
-  macos::MacTrash trash_{fakes_.users, fakes_.clock, fakes_.console, "com.example"};
+  const std::unique_ptr<platform::Trash> trash_ =
+      macos::makeTrash(fakes_.users, fakes_.clock, fakes_.console, "com.example");
 };
 
 void onVolume(const std::function<void(FileWorld& world, Trashes& trashes)>& body) {
