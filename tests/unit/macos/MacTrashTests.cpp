@@ -9,6 +9,7 @@
 
 #include <cerrno>
 
+#include "Platform/macos/files/TrashParts.h"
 #include "tests/fakes/FakePlatform.h"
 #include "tests/unit/macos/FakeTrashCalls.h"
 #include "tests/unit/macos/TemporaryFolder.h"
