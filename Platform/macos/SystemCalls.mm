@@ -15,6 +15,7 @@
 
 #include "Platform/macos/Framework.h"
 #include "Platform/posix/FileError.h"
+#include "Platform/posix/SecondTry.h"
 #include "Platform/posix/process/ArgumentVector.h"
 
 namespace qm::macos {
@@ -152,11 +153,14 @@ platform::OSStatus updateFinder(const std::string& location) {
   Descriptor finder(kFinder);
   Descriptor event;
   Descriptor reply;
-  OSStatus status =
-      ::AECreateAppleEvent(kFinderSuite, kUpdate, finder.get(), kAutoGenerateReturnID, kAnyTransactionID, event.get());
   const auto length = static_cast<Size>(location.size());
-  if (status == noErr) status = ::AEPutParamPtr(event.get(), keyDirectObject, typeFileURL, location.data(), length);
-  return status == noErr ? ::AESendMessage(event.get(), reply.get(), kAENoReply, kAEDefaultTimeout) : status;
+  return posix::firstFailure(
+      [&] {
+        return ::AECreateAppleEvent(kFinderSuite, kUpdate, finder.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                                    event.get());
+      },
+      [&] { return ::AEPutParamPtr(event.get(), keyDirectObject, typeFileURL, location.data(), length); },
+      [&] { return ::AESendMessage(event.get(), reply.get(), kAENoReply, kAEDefaultTimeout); });
 }
 
 platform::OSStatus registerBundle(const std::string& path) {

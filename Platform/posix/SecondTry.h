@@ -8,7 +8,7 @@
 
 #include "Platform/posix/FileError.h"
 
-/// What is tried if a system's first choice of call fails, and when.
+/// What is done if a system's call fails, and when another one is tried.
 namespace qm::posix {
 
 /// `item` opens an item of any kind. If it may not be read, `folder` opens it only so that items in it can be named.
@@ -29,6 +29,14 @@ template <class Whole, class Plain>
 int flushAsFarAsSupported(Whole whole, Plain plain) {
   const int error = whole();
   return error == ENOTSUP || error == EINVAL || error == ENOTTY ? plain() : error;
+}
+
+/// Makes the calls in their order until one fails, and returns its number; 0 if none fails.
+template <class... Calls>
+int firstFailure(Calls... calls) {
+  int error = 0;
+  static_cast<void>((((error = calls()) == 0) && ...));
+  return error;
 }
 
 /// The system's call that creates a FIFO relative to a folder; null on a system without it.

@@ -239,6 +239,22 @@ TEST(FlushingAFile, IsDoneWithoutTheDisksCacheOnlyIfThatIsNotSupported) {
   for (const int error : {EIO, ENOSPC, EBADF}) EXPECT_EQ(flushed(error, 0), error) << error;
 }
 
+TEST(StepsOfAWork, EndAtTheFirstThatFails) {
+  int calls = 0;
+  const auto step = [&](int error) {
+    return [&calls, error] {
+      ++calls;
+      return error;
+    };
+  };
+  EXPECT_EQ(firstFailure(step(0), step(0), step(0)), 0);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(firstFailure(step(0), step(-600), step(-1)), -600);
+  EXPECT_EQ(calls, 5);
+  EXPECT_EQ(firstFailure(step(EIO), step(0)), EIO);
+  EXPECT_EQ(calls, 6);
+}
+
 mode_t madeMode = 0;
 int makeFifo(int /*folder*/, const char* name, mode_t mode) {
   madeMode = mode;
