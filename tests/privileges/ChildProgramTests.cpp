@@ -3,8 +3,10 @@
 // Child programs: how they start, how they are ended, and who waits for them.
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <csignal>
 
@@ -202,6 +204,40 @@ TEST_F(ChildrenThatRun, AreThoseAsWellThatAreAboutTo) {
   EXPECT_FALSE(isOver(waiting));
   pipe = {};
   waiting.get();
+}
+
+/// A child that ends once the writing end is closed and until then runs this program, as every child does at first.
+pid_t startCopyOfThisProgram(posix::Pipe& pipe) {
+  const pid_t copy = ::fork();
+  if (copy != 0) return copy;
+  pipe.writing.reset();
+  char unused{};
+  ::_exit(::read(pipe.reading.get(), &unused, 1) == 0 ? 0 : 1);
+}
+
+TEST_F(ChildrenThatRun, AreThoseAsWellThatHaveYetToLeaveThisProgram) {
+  const pid_t copy = startCopyOfThisProgram(pipe);
+  ASSERT_GT(copy, 0);
+  std::future<void> waiting = wait();
+  EXPECT_TRUE(waitForThreadIn(SYS_waitid));
+  EXPECT_FALSE(isOver(waiting));
+  pipe.writing.reset();
+  waiting.get();
+  int status = -1;
+  EXPECT_EQ(::waitpid(copy, &status, 0), copy);
+  EXPECT_EQ(status, 0);
+}
+
+TEST_F(ChildrenThatRun, AreSeenWhileTheyGoFromOneProgramToTheNext) {
+  const std::string source = scripts.at("hello");
+  for (int round = 0; round < 300; ++round) {
+    ASSERT_EQ(child.start("/usr/bin/env", {scripts.at("cat"), source}, {.output = pipe.writing.get()}), 0);
+    linux_::waitForChildrenThatRun(scripts.at("cat"));
+    pollfd output = {pipe.reading.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&output, 1, 0), 1) << "in round " << round << ", it had yet to write";
+    EXPECT_EQ(child.wait(), 0);
+    pipe = posix::makePipe();
+  }
 }
 
 TEST_F(ChildrenThatRun, AreNoneThatRunAnother) {

@@ -15,15 +15,16 @@
 namespace qm::linux_ {
 namespace {
 
-bool isFile(const std::string& one, const std::string& other) {
-  struct stat first {};
-  struct stat second {};
-  return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 && posix::isSameItem(first, second);
-}
-
+/// Whether the process runs the program, or will: a new child still runs this process's own program, and then perhaps
+/// env. What it runs is looked at once, because it can go on from one of them to the next between two looks.
 bool runs(pid_t process, const std::string& program) {
-  const std::string running = "/proc/" + std::to_string(process) + "/exe";
-  return isFile(running, program) || isFile(running, "/usr/bin/env");
+  struct stat running {};
+  if (::stat(("/proc/" + std::to_string(process) + "/exe").c_str(), &running) != 0) return false;
+  const auto isRunning = [&running](const std::string& file) {
+    struct stat found {};
+    return ::stat(file.c_str(), &found) == 0 && posix::isSameItem(running, found);
+  };
+  return isRunning(program) || isRunning("/usr/bin/env") || isRunning("/proc/self/exe");
 }
 
 /// The kernel lists a child under the thread that started it, or under another one once that has ended.
