@@ -137,9 +137,11 @@ TEST(CleanProcess, TakesEverySignalAsUsual) {
 TEST(CleanProcess, HasTheLimitsOfASystemProgram) {
   constexpr __rlimit_resource kUnlimited[] = {RLIMIT_CPU, RLIMIT_FSIZE, RLIMIT_DATA, RLIMIT_AS, RLIMIT_RSS};
   constexpr rlim_t kMuch = rlim_t{1} << 62U;
+  // The kernel counts in nanoseconds. A number of seconds that it cannot express so is a limit that is reached at once.
+  constexpr rlim_t kManySeconds = rlim_t{1} << 30U;
   prepared(
       [&] {
-        for (const auto resource : kUnlimited) setLower(resource, kMuch);
+        for (const auto resource : kUnlimited) setLower(resource, resource == RLIMIT_CPU ? kManySeconds : kMuch);
         for (const auto resource : {RLIMIT_STACK, RLIMIT_CORE}) setLower(resource, 1U << 20U);
         setLower(RLIMIT_NOFILE, 512);
       },
