@@ -42,7 +42,8 @@ class QMAuthorization : public qm::Singleton<QMAuthorization> {
   /// password dialog is allowed, later ones are ignored.
   static QMAuthorization* sharedController(WithGUI withGUI);
 
-  /// `init`. With the password dialog allowed. Takes over the session of a privileged parent.
+  /// `init`. With the password dialog allowed. If the parent process has administrator rights and hands its session
+  /// down, this object uses that session.
   QMAuthorization* init();
   /// `initWithoutGUI`
   QMAuthorization* initWithoutGUI();

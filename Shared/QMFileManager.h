@@ -173,8 +173,8 @@ class QMFileManager {
 
   /// `touchFile:setCreationDate:`. Sets the item's dates to now with /usr/bin/touch; never creates the item. For an
   /// item that the user may write, waits up to 5 seconds for the tool and returns true, whatever its result. For any
-  /// other, also a missing one, administrator rights are requested, and the result is whether the tool was started.
-  /// Whether the system allows the creation date to be set has no influence. False for null.
+  /// other, also a missing one, administrator rights are requested, and the result is whether the tool was started. The
+  /// result does not depend on whether the creation date could be set. False for null.
   static bool touchFile(const std::optional<std::string>& path, SetCreationDate setCreationDate);
   /// `touchFile:`. Without the creation date.
   static bool touchFile(const std::optional<std::string>& path);
@@ -231,6 +231,7 @@ class QMFileManager {
   static std::string validateFilename(const std::string& name);
 };
 
-/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed. Returns 0 if the notice was sent, else the
-/// status of making the alias or of sending the notice. Does not wait for a reply.
+/// `SendFinderSyncEvent`. Notifies the desktop that an item has changed, with an alias of the item. Returns 0 if the
+/// notice was sent, else the status of the step that failed: making the alias or sending the notice. Does not wait for
+/// a reply.
 QMFileManager::OSStatus SendFinderSyncEvent(const QMFileManager::FSRef* reference);

@@ -129,8 +129,9 @@ class QMTask : public std::enable_shared_from_this<QMTask> {
   /// `terminateAsyncTask`. Ends the reading, releases delegate and context, asks the tool to end and empties the slot,
   /// in this order; a blocked read ends at once. The delegate is not notified, but may still receive a piece that was
   /// already on its way. Does nothing if nothing is running or the ending has begun. Any thread, including from the
-  /// delegate's own calls. The destructor of a delegate or context may call it while this runner releases that object.
-  /// It then ends the run that the object belonged to, and no other.
+  /// delegate's own calls. The destructor of a delegate or context may call it while this object releases that delegate
+  /// or context. Such a call concerns only the run that they belonged to, which may have ended already, and never a
+  /// later one.
   void terminateAsyncTask();
 
  private:
