@@ -6,8 +6,8 @@ target_compile_options(qm_options INTERFACE
   -Woverloaded-virtual -Wnon-virtual-dtor -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough
   $<$<BOOL:${QM_WERROR}>:-Werror>)
 target_include_directories(qm_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
-# GCC 12 inlines the standard library's strings and streams in optimised builds and then gives false warnings. Other
-# builds compile the same sources with these warnings.
+# GCC 12 inlines the standard library's strings and streams in optimised builds and then gives false warnings. The
+# linter looks for the same faults.
 target_compile_options(qm_options INTERFACE
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<CONFIG:Release,RelWithDebInfo>>:-Wno-null-dereference;-Wno-restrict;-Wno-stringop-overflow>)
 
