@@ -163,6 +163,7 @@ TEST_P(AdministratorRights, LetARunningToolFinishWhenTheHelperIsEnded) {
       for (const pid_t helper : processesNamed("quillmark-admin-helper")) {
         if (parentOf(helper) == application) ::kill(helper, SIGKILL);
       }
+      std::ofstream("/run/killed") << "yes\n";
     });
     asAccount(GetParam(), [] {
       Application application;
@@ -170,6 +171,7 @@ TEST_P(AdministratorRights, LetARunningToolFinishWhenTheHelperIsEnded) {
       ASSERT_EQ(application.start("/bin/sh", {"-c", "cat /run/gate > /run/tool-has-finished; echo said"}), 0);
       const auto output = application.pipe;
       std::ofstream("/run/ready") << ::getpid() << "\n";
+      EXPECT_TRUE(waitUntil([] { return fileText("/run/killed") == "yes\n"; }));
       EXPECT_TRUE(
           waitUntil([&] { return application.start("/bin/true", {"/an/item"}) == errAuthorizationInvalidRef; }));
       EXPECT_TRUE(
@@ -185,6 +187,7 @@ TEST_P(AdministratorRights, LetARunningToolFinishWhenTheHelperIsEnded) {
   EXPECT_EQ(fileText("/run/tool-has-finished"), "finished\n");
   ::unlink("/run/gate");
   ::unlink("/run/tool-has-finished");
+  ::unlink("/run/killed");
 }
 
 TEST_P(AdministratorRights, LetARunningToolFinishWhenTheApplicationIsKilled) {
