@@ -103,8 +103,9 @@ class FileSystem {
   /// Sets the creation date of an item. A link is not followed. ENOTSUP where the system does not allow that.
   virtual Status setCreationDate(const std::string& path, std::chrono::system_clock::time_point date) = 0;
 
-  /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link
-  /// at the path is replaced, not written through. The folder must exist.
+  /// Writes a file so that readers see the old contents or the new, never a part. A symbolic link at the path is
+  /// replaced, not written through. The folder must exist. Does not wait for the disk: after a power failure the file
+  /// may be empty.
   virtual Status writeFileAtomically(const std::string& path, std::string_view contents) = 0;
   /// Opens an existing regular file for writing without truncating it; null when there is none or
   /// it may not be written. Never creates a file, never follows a link at the last component.

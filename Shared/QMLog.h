@@ -128,14 +128,17 @@ class QMLog : public qm::Singleton<QMLog> {
   static void appendMessage(const std::string& text);
   static void appendAndPrintMessage(const std::string& text);
 
+  /// What the logging threads change, what the writing thread changes, what both change and what hardly ever changes
+  /// lie on separate cache lines, so that the threads do not slow each other down.
+  static constexpr std::size_t kCacheLine = 64;
   qm::platform::AtomicProperty<std::shared_ptr<qm::platform::OperationQueue>> writeQueue_;
-  qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
+  alignas(kCacheLine) qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
   qm::platform::AtomicProperty<std::optional<std::string>> appName_;
   qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
-  std::atomic<std::size_t> bytesInQueue_{0};
+  alignas(kCacheLine) std::atomic<std::size_t> bytesInQueue_{0};
   std::atomic<std::size_t> unitsWaiting_{0};  ///< the exact count, which bytesInQueue_ is corrected to
-  std::atomic<bool> loggingDisabled_{false};
+  alignas(kCacheLine) std::atomic<bool> loggingDisabled_{false};
   std::atomic<bool> endsWithinALine_{false};  ///< the file ends with a partial line of a failed write
   std::atomic<bool> initialised_{false};
 };

@@ -13,7 +13,6 @@
 #include "Platform/posix/FileError.h"
 #include "Platform/posix/ItemPath.h"
 #include "Platform/posix/OwnItem.h"
-#include "Platform/posix/SystemFileCalls.h"
 #include "Platform/posix/TemporaryName.h"
 #include "Platform/posix/UniqueFd.h"
 
@@ -48,12 +47,18 @@ int takeOver(int file, const struct stat& old) {
   return errorOf(::fchmod(file, hasGroup ? old.st_mode & kAccess : modeForAnotherGroup(old.st_mode)));
 }
 
+/// The error that closing the file would report. The file itself stays open, to be recognised again.
+int delayedError(int file) {
+  UniqueFd sameFile = duplicate(file);
+  return sameFile ? sameFile.close() : errno;
+}
+
 int fill(int file, std::string_view contents, const std::optional<struct stat>& old) {
   if (const int error = writeAll(file, contents.data(), contents.size())) return error;
   if (old) {
     if (const int error = takeOver(file, *old)) return error;
   }
-  return flushFile(file);
+  return delayedError(file);
 }
 
 }  // namespace

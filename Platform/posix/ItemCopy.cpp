@@ -153,8 +153,8 @@ ItemCopyResult ItemCopier::copyFile(const SourceFile& source, ItemName to, Inher
   int error = fill(source, file);
   if (error == 0) error = copyAttributes(source.file.get(), copy.get(), source.attributes);
   if (error == 0 && inherited == InheritedAccess::None) error = copyFlags(copy.get(), source.attributes);
-  // Some file systems report only here that they could not store what was written.
-  if (::close(copy.release()) != 0 && error == 0 && errno != EINTR) error = errno;
+  const int closing = copy.close();
+  if (error == 0) error = closing;
   return {error, false, std::move(made)};
 }
 

@@ -38,6 +38,13 @@ class UniqueFd {
     errno = saved;
   }
 
+  /// Closes the descriptor and returns 0 or the error number. Some file systems report only now that they could not
+  /// store what was written.
+  [[nodiscard]] int close() noexcept {
+    const int closed = ::close(release());
+    return closed == 0 || errno == EINTR ? 0 : errno;
+  }
+
  private:
   int fd_ = -1;
 };

@@ -51,8 +51,7 @@ int NewFile::finish(mode_t permissions, const std::optional<timespec>& modified)
     const timespec times[] = {*modified, *modified};
     if (::futimens(file_.get(), times) != 0 && !posix::cannotBeKept(errno)) return errno;
   }
-  // Some file systems report only here that they could not store what was written.
-  if (::close(file_.release()) != 0 && errno != EINTR) return errno;
+  if (const int error = file_.close()) return error;
   if (currentName_ != name_) {
     if (::renameat(folder_, currentName_.c_str(), folder_, name_.c_str()) != 0) return errno;
   }

@@ -48,8 +48,7 @@ class NewArchive {
 
   int publish() {
     if (isOldFile_ && ::fchmod(file_.get(), old_.st_mode & kPermissions) != 0) return errno;
-    // Some file systems report only here that they could not store what was written.
-    if (::close(file_.release()) != 0 && errno != EINTR) return errno;
+    if (const int error = file_.close()) return error;
     const int folder = place_.folder.get();
     const int error = posix::errorOf(::renameat(folder, name_.c_str(), folder, place_.name.c_str()));
     if (error == 0) isMade_ = false;

@@ -24,8 +24,7 @@ int InfoFile::create(std::string_view text, WrittenThrough writtenThrough) {
   made_ = true;
   if (const int error = posix::writeAll(file.get(), text.data(), text.size())) return error;
   if (writtenThrough == WrittenThrough::Yes && ::fsync(file.get()) != 0) return errno;
-  // Some file systems report a lack of space only now.
-  return ::close(file.release()) == 0 || errno == EINTR ? 0 : errno;
+  return file.close();
 }
 
 void InfoFile::discard() {

@@ -96,7 +96,7 @@ TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
     makeFile(home + "/file", "old");
-    for (const long call : {SYS_fsync, SYS_renameat}) {
+    for (const long call : {SYS_close, SYS_renameat}) {
       inChild([&] {
         failSystemCall(call, EIO);
         expectError(files.writeFileAtomically(home + "/file", "new"), EIO,
@@ -119,7 +119,7 @@ TEST(WritingOnDisk, RemovesNothingThatTookThePlaceOfItsTemporaryFile) {
     };
     inChild([&] {
       failSystemCall(SYS_renameat, EIO);
-      afterSystemCall(SYS_fsync, swap);
+      afterSystemCall(SYS_write, swap);
       EXPECT_EQ(files.writeFileAtomically(home + "/file", "new").code(), EIO);
     });
     EXPECT_EQ(textOf(std::filesystem::directory_iterator(home)->path()), "kept");
