@@ -64,6 +64,12 @@ void require(const Status& step) {
 
 double gigabytes(std::uint64_t bytes) { return static_cast<double>(bytes) / 1024 / 1024 / 1024; }
 
+/// A second and its text at the beginning of a line.
+struct LineDate {
+  std::chrono::system_clock::time_point second;
+  std::string text;
+};
+
 }  // namespace
 
 /// Where the log goes. As root the file that is written is not in the folder that is checked, created and rotated.
@@ -256,14 +262,11 @@ std::string QMLog::line(const std::string& message) {
   constexpr std::size_t usualDate = 40;
   const auto now = platform().clock->now();
   const auto second = std::chrono::floor<std::chrono::seconds>(now);
-  auto date = lineDate_.get();
-  if (!date || date->second != second) {
-    date = std::make_shared<const LineDate>(LineDate{second, dateText(now)});
-    lineDate_.set(date);
-  }
+  static thread_local LineDate date;
+  if (date.text.empty() || date.second != second) date = {second, dateText(now)};
   std::string text;
   text.reserve(message.size() + usualDate);
-  text.append(date->text).append(" - ").append(message).append(1, '\n');
+  text.append(date.text).append(" - ").append(message).append(1, '\n');
   return text;
 }
 
@@ -295,10 +298,10 @@ void QMLog::append(FileHandle& handle, const std::string& text) {
 
 /// `bytesInQueue_` is read and written separately, so threads that raise it at the same moment lose each other's step.
 /// An exact count is kept in `unitsWaiting_`. It is raised first, so that it includes the message before the message is
-/// written.
+/// written. The queue's lock orders raising and writing of a message, so the stores need no order of their own.
 void QMLog::raiseBytesInQueue(std::size_t units) {
   unitsWaiting_ += units;
-  bytesInQueue_ = bytesInQueue_ + units;
+  bytesInQueue_.store(bytesInQueue() + units, std::memory_order_relaxed);
 }
 
 /// Also corrects `bytesInQueue_`. A thread that is just raising it may undo the correction. But the message of that
@@ -307,7 +310,7 @@ void QMLog::lowerBytesInQueue(std::size_t units) {
   std::size_t waiting = unitsWaiting_;
   while (!unitsWaiting_.compare_exchange_weak(waiting, waiting - std::min(waiting, units))) {
   }
-  bytesInQueue_ = unitsWaiting_.load();
+  bytesInQueue_.store(unitsWaiting_, std::memory_order_relaxed);
 }
 
 std::shared_ptr<FileHandle> QMLog::openedHandle(const std::string& message) {

@@ -104,10 +104,6 @@ class QMLog : public qm::Singleton<QMLog> {
   ~QMLog() = default;
 
   struct Files;
-  struct LineDate {
-    std::chrono::system_clock::time_point second;
-    std::string text;
-  };
   static bool isSwitchedOff();
   static Files files(const std::optional<std::string>& appName);
   enum class Rotation { Failed, Moved, Linked };
@@ -117,7 +113,7 @@ class QMLog : public qm::Singleton<QMLog> {
   static std::shared_ptr<qm::platform::FileHandle> openCurrent(const std::optional<std::string>& path);
   bool beginFile(const std::optional<std::string>& path);
   std::shared_ptr<qm::platform::FileHandle> openedHandle(const std::string& message);
-  std::string line(const std::string& message);
+  static std::string line(const std::string& message);
   void write(const std::string& message);
   void reportWritingFailure(const std::string& reason) const;
   void append(qm::platform::FileHandle& handle, const std::string& text);
@@ -134,7 +130,6 @@ class QMLog : public qm::Singleton<QMLog> {
   qm::platform::AtomicProperty<std::shared_ptr<qm::platform::OperationQueue>> writeQueue_;
   alignas(kCacheLine) qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
   qm::platform::AtomicProperty<std::optional<std::string>> appName_;
-  qm::platform::AtomicProperty<std::shared_ptr<const LineDate>> lineDate_;
   std::atomic<std::size_t> bytesWritten_{0};
   alignas(kCacheLine) std::atomic<std::size_t> bytesInQueue_{0};
   std::atomic<std::size_t> unitsWaiting_{0};  ///< the exact count, which bytesInQueue_ is corrected to
