@@ -287,7 +287,7 @@ void QMLog::write(const std::string& message) {
 
 /// A line that could be written only in part is removed again. If that fails, the next line begins after it.
 void QMLog::append(FileHandle& handle, const std::string& text) {
-  const Status written = handle.writeData(endsWithinALine_ ? "\n" + text : text);
+  const Status written = endsWithinALine_ ? handle.writeData("\n" + text) : handle.writeData(text);
   if (written) {
     endsWithinALine_ = false;
   } else if (!handle.removeIncompleteData()) {
