@@ -117,9 +117,10 @@ def page(svg, cases, others):
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
     lines = [
         "# Performance", "",
-        "Each case compares this project with a small program that makes the plain system calls for the same work and, where",
-        "there are any, with other programs. Each bar is a multiple of the small program's time. A ratio below 1 means that",
-        "this project works in a better way, for example with a larger pipe. The red line marks the most that it may take.", "",
+        "Each case compares this project with a small program that does the same work with plain system calls. If other programs",
+        "do that work, too, it is also compared with them. Each bar is a multiple of the small program's time. A ratio below 1",
+        "means that this project works in a better way, for example with a larger pipe. The red line marks the most that it may",
+        "take.", "",
         f"![Running times as multiples of those of plain system calls]({svg})", "",
         f"Measured on {time.strftime('%-d %B %Y')} with {os.cpu_count()} processors ({processor()}), {memory:.0f} GiB, "
         f"Linux {platform.release().split('-')[0]}.",
