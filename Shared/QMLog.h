@@ -125,8 +125,8 @@ class QMLog : public qm::Singleton<QMLog> {
   static void appendAndPrintMessage(const std::string& text);
 
   /// What the logging threads change, what the writing thread changes, what both change and what hardly ever changes
-  /// lie on separate cache lines, so that the threads do not slow each other down.
-  static constexpr std::size_t kCacheLine = 64;
+  /// lie on separate cache lines, so that the threads do not slow each other down. Apple's processors have the longest.
+  static constexpr std::size_t kCacheLine = 128;
   qm::platform::AtomicProperty<std::shared_ptr<qm::platform::OperationQueue>> writeQueue_;
   alignas(kCacheLine) qm::platform::AtomicProperty<std::shared_ptr<qm::platform::FileHandle>> fileHandle_;
   qm::platform::AtomicProperty<std::optional<std::string>> appName_;
