@@ -108,6 +108,18 @@ TEST(WritingOnDisk, RemovesItsTemporaryFileWhenTheDiskFails) {
   });
 }
 
+TEST(WritingOnDisk, DoesNotWaitForTheDisk) {
+  runInPrivateMachine([] {
+    const std::string home = openFolder("home");
+    makeFile(home + "/file", "old");
+    inChild([&] {
+      for (const long call : {SYS_fsync, SYS_fdatasync, SYS_syncfs, SYS_sync}) failSystemCall(call, EIO);
+      expectDone(files.writeFileAtomically(home + "/file", "new"));
+    });
+    EXPECT_EQ(textOf(home + "/file"), "new");
+  });
+}
+
 TEST(WritingOnDisk, RemovesNothingThatTookThePlaceOfItsTemporaryFile) {
   runInPrivateMachine([] {
     const std::string home = openFolder("home");
